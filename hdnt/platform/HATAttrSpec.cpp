@@ -42,8 +42,8 @@ T decode(std::uint64_t slot) {
 // of words), large ones grow by a quarter.
 std::size_t capacityFor(std::size_t count) {
     if (count <= 9) return count == 0 ? 0 : count <= 3 ? 3 : count | 1U;
-    const std::size_t step = std::bit_floor(count) / 4;
-    return (count + step - 1) / step * step + 1;
+    const auto step = std::bit_width(count) - 3;
+    return ((((count - 1) >> step) + 1) << step) + 1;
 }
 
 } // namespace

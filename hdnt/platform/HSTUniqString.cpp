@@ -64,7 +64,7 @@ void HSTUniqString::drop(const Entry* entry) noexcept {
     if (entry->references.fetch_sub(1, std::memory_order_acq_rel) == 1) shard.entries.erase(shard.entries.find(key));
 }
 
-const std::string& HSTUniqString::emptyText() noexcept {
+const std::string& HSTUniqString::emptyText() {
     static const std::string* const text = new std::string;
     return *text;
 }

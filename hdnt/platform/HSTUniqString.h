@@ -68,7 +68,7 @@ private:
     };
     struct Pool;
 
-    static const std::string& emptyText() noexcept;
+    static const std::string& emptyText();
     static void drop(const Entry* entry) noexcept;
 
     const Entry* entry_ = nullptr;
