@@ -124,8 +124,9 @@ TEST_F(InputFile, RefusesDamageAndTrailingBytes) {
     for (const Kind& kind : Kinds) {
         const std::string archive = kind.pack(text);
         for (const std::string& tail :
-             {std::string("\n"), std::string(4, '\0'), std::string("trailing"), Kinds[0].pack("") + "x"})
+             {std::string("\n"), std::string(4, '\0'), Kinds[0].pack("") + "x", std::string("trailing")})
             EXPECT_FALSE(read(archive + tail)) << kind.name;
+        EXPECT_EQ(why, "bytes after the end of the archive");
         for (std::size_t i = 0; i < archive.size(); ++i) {
             std::string damaged = archive;
             damaged[i] = static_cast<char>(damaged[i] ^ 1);
@@ -171,13 +172,13 @@ TEST_F(InputFile, HoldsItsLimits) {
         EXPECT_EQ(read(zeros), c.plain) << why;
         for (const Kind& kind : Kinds) EXPECT_EQ(read(kind.pack(zeros)), c.packed) << kind.name << ": " << why;
     }
-    const std::string archive = gzip(zeros);
-    for (const unsigned above : {0U, 1U}) { // text exactly the ratio times the file passes
-        std::string text(archive.size() * 20 + above, '0');
-        std::string packed = gzip(text);
-        limits = {1 << 20, 20, 0};
-        EXPECT_EQ(read(packed), text.size() <= packed.size() * 20) << packed.size();
-    }
+    std::string text(1000, '0'); // of a length that is a whole multiple of its archive's
+    while (text.size() % gzip(text).size() != 0) text += '0';
+    const auto ratio = static_cast<unsigned>(text.size() / gzip(text).size());
+    limits = {1 << 20, ratio, 0};
+    EXPECT_TRUE(read(gzip(text))) << why;
+    limits.maxRatio = ratio - 1;
+    EXPECT_FALSE(read(gzip(text)));
 }
 
 TEST_F(InputFile, StopsWhileExpanding) {
