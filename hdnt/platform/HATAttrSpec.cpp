@@ -1,0 +1,216 @@
+#include "hdnt/platform/HATAttrSpec.h"
+
+#include "hdnt/platform/HEX.h"
+
+#include <bit>
+#include <cfloat>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+static_assert(sizeof(void*) == sizeof(std::uint64_t), "a slot holds a pointer");
+
+namespace {
+
+std::uint64_t bitsOf(double value) {
+    return std::bit_cast<std::uint64_t>(value);
+}
+std::uint64_t bitsOf(const void* token) {
+    return reinterpret_cast<std::uintptr_t>(token);
+}
+const void* tokenOf(std::uint64_t slot) {
+    return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(slot));
+}
+void release(std::uint64_t slot) {
+    HSTUniqString::adopt(tokenOf(slot));
+}
+
+template <typename T>
+T decode(std::uint64_t slot) {
+    if constexpr (std::is_same_v<T, int>)
+        return static_cast<int>(static_cast<std::uint32_t>(slot));
+    else if constexpr (std::is_same_v<T, double>)
+        return std::bit_cast<double>(slot);
+    else
+        return HSTUniqString::textOf(tokenOf(slot));
+}
+
+// The capacity follows from the count, so none is stored: small arrays fill what malloc hands out anyway (an odd number
+// of words), large ones grow by a quarter.
+std::size_t capacityFor(std::size_t count) {
+    if (count <= 9) return count == 0 ? 0 : count <= 3 ? 3 : count | 1U;
+    const auto step = std::bit_width(count) - 3;
+    return ((((count - 1) >> step) + 1) << step) + 1;
+}
+
+} // namespace
+
+template <typename T>
+HATValueIter<T>::~HATValueIter() = default;
+
+template <typename T>
+void HATValueIter<T>::next() {
+    if (!hasNext()) throw HEXAlgException("HATValueIter::next called on iterator with no next value");
+    current_ = next_++;
+}
+
+template <typename T>
+T HATValueIter<T>::current() const {
+    if (!current_) throw HEXAlgException("HATValueIter::current called on iterator with no current value");
+    return decode<T>(*current_);
+}
+
+template class HATValueIter<int>;
+template class HATValueIter<double>;
+template class HATValueIter<const std::string&>;
+
+HATAttrSpec::HATAttrSpec(HATAttrTypes::AttrType type, int kind)
+    : type_(static_cast<std::uint8_t>(type)), kind_(static_cast<std::uint8_t>(kind)) {
+    static_assert(NumFacets <= 32);
+}
+
+HATAttrSpec::~HATAttrSpec() {
+    for (unsigned facet = FirstText; facet < FirstList; ++facet)
+        if (has(facet)) release(slots_[indexOf(facet)]);
+    if (present_ >> FirstTextList != 0)
+        for (std::size_t i = listBegin(FirstTextList), end = numSlots(); i < end; ++i) release(slots_[i]);
+    std::free(slots_);
+}
+
+std::size_t HATAttrSpec::indexOf(unsigned facet) const {
+    return static_cast<std::size_t>(std::popcount(present_ & ((1U << facet) - 1)));
+}
+
+std::size_t HATAttrSpec::listBegin(unsigned list) const {
+    std::size_t begin = static_cast<std::size_t>(std::popcount(present_));
+    for (unsigned earlier = FirstList; earlier < list; ++earlier) begin += listLength(earlier);
+    return begin;
+}
+
+void HATAttrSpec::insertSlot(std::size_t index, std::uint64_t value) {
+    const std::size_t count = numSlots();
+    if (const std::size_t capacity = capacityFor(count + 1); capacity != capacityFor(count)) {
+        void* grown = std::realloc(slots_, capacity * sizeof *slots_);
+        if (!grown) throw std::bad_alloc();
+        slots_ = static_cast<std::uint64_t*>(grown);
+    }
+    std::memmove(slots_ + index + 1, slots_ + index, (count - index) * sizeof *slots_);
+    slots_[index] = value;
+}
+
+// A facet once set keeps its slot, also when it is set back: realloc to a smaller size is not worth its code.
+void HATAttrSpec::put(Facet facet, std::uint64_t value, std::uint64_t absent) {
+    if (has(facet)) {
+        slots_[indexOf(facet)] = value;
+    } else if (value != absent) {
+        insertSlot(indexOf(facet), value);
+        present_ |= 1U << facet;
+    }
+}
+
+void HATAttrSpec::append(Facet list, std::uint64_t value) {
+    if (!has(list)) {
+        insertSlot(indexOf(list), 0);
+        present_ |= 1U << list;
+    }
+    insertSlot(listBegin(list) + listLength(list), value);
+    ++slots_[indexOf(list)];
+}
+
+const std::string& HATAttrSpec::text(Facet facet) const {
+    return HSTUniqString::textOf(tokenOf(get(facet, 0)));
+}
+
+void HATAttrSpec::putText(Facet facet, HSTUniqString value) {
+    const std::uint64_t old = get(facet, 0);
+    put(facet, bitsOf(value.id()), 0);
+    value.detach();
+    release(old);
+}
+
+void HATAttrSpec::appendText(Facet list, HSTUniqString value) {
+    append(list, bitsOf(value.id()));
+    value.detach();
+}
+
+template <typename T>
+HATValueIter<T>* HATAttrSpec::makeIter(Facet list) const {
+    if (!has(list)) return new HATValueIter<T>(nullptr, nullptr);
+    const std::uint64_t* begin = slots_ + listBegin(list);
+    return new HATValueIter<T>(begin, begin + listLength(list));
+}
+
+template HATIntIter* HATAttrSpec::makeIter<int>(Facet) const;
+template HATDoubleIter* HATAttrSpec::makeIter<double>(Facet) const;
+template HATTextIter* HATAttrSpec::makeIter<const std::string&>(Facet) const;
+
+bool HATAttrSpec::isEnumerated() const {
+    switch (getAttrType()) {
+    case HATAttrTypes::TypeInt: return flag(DiscreteInt) || has(IntList);
+    case HATAttrTypes::TypeDouble: return flag(DiscreteDouble) || has(DoubleList);
+    case HATAttrTypes::TypeString: return has(StringList);
+    case HATAttrTypes::TypeBitHex: return has(HexList);
+    case HATAttrTypes::TypeBitBinary: return has(BinaryList);
+    default: return false;
+    }
+}
+
+void HATAttrSpec::removeAllowedSourceType(int sourceType) {
+    if (sourceType < 0 || sourceType >= HATSrcInfo::NumSourceTypes) return;
+    put(RemovedSources, get(RemovedSources, 0) | 1ULL << sourceType, 0);
+}
+
+bool HATAttrSpec::isAllowedSourceType(int sourceType) const {
+    if (sourceType < 0 || sourceType >= HATSrcInfo::NumSourceTypes) return false;
+    return (get(RemovedSources, 0) >> sourceType & 1U) == 0;
+}
+
+void HATAttrSpec::setIntRange(int low, int high) {
+    put(IntRange, pack(low, high), pack(INT_MIN, INT_MAX));
+}
+int HATAttrSpec::getLowIntRange() const {
+    return first(get(IntRange, pack(INT_MIN, INT_MAX)));
+}
+int HATAttrSpec::getHighIntRange() const {
+    return second(get(IntRange, pack(INT_MIN, INT_MAX)));
+}
+
+void HATAttrSpec::setDoubleRange(double low, double high) {
+    put(DoubleLow, bitsOf(low), bitsOf(-DBL_MAX));
+    put(DoubleHigh, bitsOf(high), bitsOf(DBL_MAX));
+}
+double HATAttrSpec::getLowDoubleRange() const {
+    return decode<double>(get(DoubleLow, bitsOf(-DBL_MAX)));
+}
+double HATAttrSpec::getHighDoubleRange() const {
+    return decode<double>(get(DoubleHigh, bitsOf(DBL_MAX)));
+}
+void HATAttrSpec::addDiscreteDoubleRange(double value) {
+    append(DoubleList, bitsOf(value));
+}
+void HATAttrSpec::setDoubleDefault(double value) {
+    put(DoubleDefault, bitsOf(value), bitsOf(0.0));
+}
+double HATAttrSpec::getDoubleDefault() const {
+    return decode<double>(get(DoubleDefault, bitsOf(0.0)));
+}
+
+// Both texts are taken before either is put: one given may be the other's old value.
+void HATAttrSpec::setHexRange(std::string_view low, std::string_view high) {
+    HSTUniqString newLow(low), newHigh(high);
+    putText(HexLow, std::move(newLow));
+    putText(HexHigh, std::move(newHigh));
+}
+
+void HATAttrSpec::setBinaryRange(std::string_view low, std::string_view high) {
+    HSTUniqString newLow(low), newHigh(high);
+    putText(BinaryLow, std::move(newLow));
+    putText(BinaryHigh, std::move(newHigh));
+}
+
+std::size_t HATAttrSpec::packedBytes() const {
+    return capacityFor(numSlots()) * sizeof *slots_;
+}

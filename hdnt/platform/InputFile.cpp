@@ -1,0 +1,109 @@
+#include "hdnt/platform/InputFile.h"
+
+#include "hdnt/platform/Decoder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+#include <new>
+#include <string_view>
+#include <system_error>
+
+namespace hdnt::platform {
+namespace {
+
+constexpr std::size_t ChunkBytes = std::size_t{256} << 10;
+
+std::string systemReason(int code) {
+    return std::generic_category().message(code);
+}
+std::string sizeReason(std::size_t limit) {
+    return "larger than " + std::to_string(limit) + " bytes";
+}
+
+struct Descriptor {
+    explicit Descriptor(int fd) : value(fd) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (value >= 0) close(value);
+    }
+    const int value;
+};
+
+bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, std::string& why) {
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+    struct stat status {};
+    if (file.value < 0 || fstat(file.value, &status) != 0) return why = systemReason(errno), false;
+    if (S_ISDIR(status.st_mode)) return why = systemReason(EISDIR), false;
+    std::size_t expected = S_ISREG(status.st_mode) && status.st_size > 0 ? static_cast<std::size_t>(status.st_size) : 0;
+    if (expected > maxBytes) return why = sizeReason(maxBytes), false;
+    // One byte more than expected, so that the end of an unchanged file shows without growing the buffer.
+    for (std::size_t size = 0;;) {
+        out.resize(expected >= size ? expected + 1 : size + ChunkBytes);
+        const ssize_t got = read(file.value, out.data() + size, out.size() - size);
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) return why = systemReason(errno), false;
+        size += static_cast<std::size_t>(got);
+        if (size > maxBytes) return why = sizeReason(maxBytes), false;
+        if (got == 0) return out.resize(size), true;
+    }
+}
+
+bool withinLimits(std::size_t textBytes, std::size_t fileBytes, const InputLimits& limits, std::string& why) {
+    if (textBytes > limits.maxBytes)
+        return why = "expands to more than " + std::to_string(limits.maxBytes) + " bytes", false;
+    if (textBytes > limits.ratioFloor && textBytes > fileBytes * limits.maxRatio)
+        return why = "expands to more than " + std::to_string(limits.maxRatio) + " times its size", false;
+    return true;
+}
+
+bool expand(Decoder& decoder, std::string_view archive, const InputLimits& limits, std::string& out, std::string& why) {
+    const auto chunk = std::make_unique<char[]>(ChunkBytes);
+    std::string_view rest = archive;
+    for (;;) {
+        if (!decoder.recognises(rest)) return why = "bytes after the end of the archive", false;
+        if (!decoder.begin()) return why = systemReason(ENOMEM), false;
+        Decoder::Status status = Decoder::Status::More;
+        while (status == Decoder::Status::More) {
+            const std::size_t before = rest.size();
+            char* end = chunk.get();
+            status = decoder.step(rest, end, chunk.get() + ChunkBytes);
+            out.append(chunk.get(), end);
+            if (!withinLimits(out.size(), archive.size(), limits, why)) return false;
+            if (status == Decoder::Status::More && rest.size() == before && end == chunk.get())
+                return why = "archive is cut short", false;
+        }
+        if (status == Decoder::Status::Damaged) return why = "archive is damaged", false;
+        if (status == Decoder::Status::TooMuchMemory) return why = "archive needs too much memory", false;
+        if (rest.empty()) return true;
+    }
+}
+
+bool readText(const std::string& path, const InputLimits& limits, std::string& out, std::string& why) {
+    if (!readRaw(path, limits.maxBytes, out, why)) return false;
+    const std::unique_ptr<Decoder> decoder = Decoder::forArchive(out);
+    if (!decoder) return true;
+    std::string text;
+    if (!expand(*decoder, out, limits, text, why)) return false;
+    out = std::move(text);
+    return true;
+}
+
+} // namespace
+
+bool readInput(const std::string& path, const InputLimits& limits, std::string& out, std::string& why) {
+    bool good = false;
+    try {
+        good = readText(path, limits, out, why);
+    } catch (const std::bad_alloc&) {
+        why = systemReason(ENOMEM);
+    }
+    if (!good) out = std::string();
+    return good;
+}
+
+} // namespace hdnt::platform
