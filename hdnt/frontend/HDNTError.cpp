@@ -93,7 +93,9 @@ void HDNTError::InvalidNetlistEntity(yyltype* loc) {
     OutputError(loc, "Invalid netlist entry. Please refer to NTL grammar.");
 }
 void HDNTError::InvalidOperandType(yyltype* loc) { OutputError(loc, "Invalid operands"); }
-void HDNTError::BadFileName(const std::string& fileName) { OutputError(nullptr, "Could not open file: " + fileName); }
+void HDNTError::BadFileName(const std::string& fileName, std::string_view reason) {
+    OutputErrorDetail(nullptr, "Could not open file: " + fileName, reason);
+}
 void HDNTError::ArrayFormatDisallowed(yyltype* loc, const char* text) {
     OutputError(loc, std::string("Array Format is disallowed here in string: ") + text);
 }

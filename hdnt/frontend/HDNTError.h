@@ -1,5 +1,4 @@
-#ifndef HDNT_FRONTEND_HDNTERROR_H
-#define HDNT_FRONTEND_HDNTERROR_H
+#pragma once
 
 #include "hdnt/frontend/yyltype.h"
 #include "hdnt/platform/Export.h"
@@ -74,7 +73,8 @@ public:
     static void BlockDefNeedsToHaveAtleastOnePin(yyltype* loc);
     static void InvalidNetlistEntity(yyltype* loc);
     static void InvalidOperandType(yyltype* loc);
-    static void BadFileName(const std::string& fileName);
+    /// `reason` goes to the listener only.
+    static void BadFileName(const std::string& fileName, std::string_view reason = {});
     static void ArrayFormatDisallowed(yyltype* loc, const char* text);
     static void UntermString(yyltype* loc, const char* text);
     static void FunctionNumArgsMismatch(yyltype* loc, const char* functionName);
@@ -97,5 +97,3 @@ public:
 /// The parser's error hook: a report at the token the parser stopped on, then the last eleven source lines on standard
 /// output (both silenced together). A null message counts as an empty one.
 HDNT_API void HDNTParsererror(const char* message);
-
-#endif

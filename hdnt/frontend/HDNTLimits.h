@@ -1,5 +1,4 @@
-#ifndef HDNT_FRONTEND_HDNTLIMITS_H
-#define HDNT_FRONTEND_HDNTLIMITS_H
+#pragma once
 
 #include "hdnt/platform/Export.h"
 
@@ -27,5 +26,3 @@ struct HDNT_API HDNTLimits {
     /// Replaces them for every later parse. Not to be called during a load.
     static void set(const HDNTLimits& limits);
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef HDNT_FRONTEND_LINESTORE_H
-#define HDNT_FRONTEND_LINESTORE_H
+#pragma once
 
 #include <cstddef>
 #include <memory>
@@ -42,5 +41,3 @@ private:
 };
 
 } // namespace hdnt::frontend
-
-#endif

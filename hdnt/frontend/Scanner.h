@@ -1,5 +1,4 @@
-#ifndef HDNT_FRONTEND_SCANNER_H
-#define HDNT_FRONTEND_SCANNER_H
+#pragma once
 
 #include "hdnt/frontend/yyltype.h"
 #include "hdnt/platform/Export.h"
@@ -139,5 +138,3 @@ HDNT_API void yyset_debug(int on);
 HDNT_API void* yyalloc(size_t size);
 HDNT_API void* yyrealloc(void* block, size_t size);
 HDNT_API void yyfree(void* block);
-
-#endif

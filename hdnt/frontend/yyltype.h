@@ -1,5 +1,4 @@
-#ifndef HDNT_FRONTEND_YYLTYPE_H
-#define HDNT_FRONTEND_YYLTYPE_H
+#pragma once
 
 /// Where a token or a model node stands in NTL text. A plain value; copies are independent of each other.
 ///
@@ -23,5 +22,3 @@ struct yyltype {
     /// A report quotes line first_line + storeOffset of the store.
     int storeOffset = 0;
 };
-
-#endif

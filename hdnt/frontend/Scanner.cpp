@@ -1,0 +1,294 @@
+#include "hdnt/frontend/Scanner.h"
+
+#include "hdnt/frontend/Keywords.h"
+#include "hdnt/frontend/ScannerState.h"
+
+#include <array>
+#include <charconv>
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <locale.h>
+
+namespace hdnt::frontend {
+
+namespace {
+
+enum class Kind : unsigned char { Other, Blank, Tab, Digit, Letter, Quote, Punctuation, Operator };
+
+constexpr std::array<Kind, 256> makeKinds() {
+    std::array<Kind, 256> kinds{};
+    for (unsigned c = '0'; c <= '9'; ++c) kinds[c] = Kind::Digit;
+    for (unsigned c = 'a'; c <= 'z'; ++c) kinds[c] = kinds[c - 'a' + 'A'] = Kind::Letter;
+    kinds['_'] = Kind::Letter;
+    kinds[' '] = Kind::Blank;
+    kinds['\t'] = Kind::Tab;
+    kinds['"'] = Kind::Quote;
+    for (const char c : std::string_view("$%()*+,.:;[]{}")) kinds[static_cast<unsigned char>(c)] = Kind::Punctuation;
+    for (const char c : std::string_view("-/<>=!&|")) kinds[static_cast<unsigned char>(c)] = Kind::Operator;
+    return kinds;
+}
+
+constexpr auto kinds = makeKinds();
+
+Kind kindOf(char c) { return kinds[static_cast<unsigned char>(c)]; }
+bool isDigit(char c) { return kindOf(c) == Kind::Digit; }
+bool isWordPart(char c) { return kindOf(c) == Kind::Letter || kindOf(c) == Kind::Digit; }
+bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+
+const char* skipDigits(const char* p) {
+    while (isDigit(*p)) ++p;
+    return p;
+}
+
+// What strtol gives in 64 bits, saturated, cut to its low 32 bits.
+int intValue(const char* start, const char* end) {
+    long value = 0;
+    if (std::from_chars(start, end, value).ec == std::errc::result_out_of_range)
+        value = *start == '-' ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
+    return static_cast<int>(static_cast<unsigned long>(value) & 0xffffffffUL);
+}
+
+double doubleValue(const char* start, const char* end) {
+    double value = 0.0;
+    if (std::from_chars(start, end, value, std::chars_format::fixed).ec == std::errc::result_out_of_range) {
+        static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
+        value = strtod_l(std::string(start, end).c_str(), nullptr, cLocale);
+    }
+    return value;
+}
+
+} // namespace
+
+Scanner& Scanner::instance() {
+    static Scanner* const scanner = new Scanner; // never destroyed: its tables stay reachable until the process ends
+    return *scanner;
+}
+
+void Scanner::pushState(State state) {
+    states_.push_back(state_);
+    state_ = state;
+}
+
+void Scanner::popState() {
+    if (states_.empty()) fatal("start-condition stack underflow");
+    state_ = states_.back();
+    states_.pop_back();
+}
+
+void Scanner::locate(size_t length) {
+    yyltype& location = HDNTParserlloc;
+    location.fileName = fileName_;
+    location.fileLine = line_;
+    location.first_line = globalLine_;
+    location.first_column = column_;
+    column_ += static_cast<int>(length);
+    location.last_column = column_ - 1;
+    location.storeOffset = storeOffset_;
+}
+
+void Scanner::newline() {
+    locate(1);
+    ++cursor_;
+    lineEnd_ = nullptr;
+    ++line_;
+    ++globalLine_;
+    column_ = 1;
+}
+
+// One column further than usual tab stops after a tab in column 8, 16, ...: the columns that reports underline.
+void Scanner::tab() {
+    locate(1);
+    ++cursor_;
+    column_ = column_ - column_ % 8 + 9;
+}
+
+int Scanner::accept(const char* start, const char* end, int token) {
+    matchLength_ = static_cast<size_t>(end - start);
+    matchStart_ = static_cast<size_t>(start - buffers_.back()->text->bytes.data());
+    locate(matchLength_);
+    cursor_ = end;
+    return token;
+}
+
+void Scanner::captureLine() {
+    if (!lineEnd_) findLineEnd();
+    const std::shared_ptr<SourceText>& text = buffers_.back()->text;
+    const size_t offset = static_cast<size_t>(cursor_ - text->bytes.data());
+    const size_t length = static_cast<size_t>(lineEnd_ - cursor_);
+    if (length > 0) {
+        pendingCapture_ = false;
+        LineStore::instance().add(text, offset, length);
+        locate(length);
+        column_ = 1;
+        popState();
+    } else if (atEnd()) {
+        popState();
+    } else {
+        newline();
+        LineStore::instance().add(text, offset, 0);
+    }
+}
+
+int Scanner::skipComment() {
+    if (!lineEnd_) findLineEnd();
+    while (cursor_ != lineEnd_) {
+        if (*cursor_ == '*' && cursor_[1] == '/') {
+            accept(cursor_, cursor_ + 2, 0);
+            state_ = State::Normal;
+            return StateChanged;
+        }
+        if (*cursor_ == '\t') {
+            tab();
+        } else {
+            locate(1);
+            ++cursor_;
+        }
+    }
+    if (atEnd()) {
+        std::puts("Unterminated comment");
+        notify(HDNTNotice::Kind::UnterminatedComment, {});
+        return 0;
+    }
+    newline();
+    pendingCapture_ = true;
+    pushState(State::LineCapture);
+    return StateChanged;
+}
+
+int Scanner::scanNumber(const char* start, bool negative) {
+    const char* end = skipDigits(negative ? start + 1 : start);
+    if (!negative && *end == '\'' && (end[1] == 'h' || end[1] == 'b')) {
+        const bool hex = end[1] == 'h';
+        end += 2;
+        while (hex ? isHexDigit(*end) : *end == '0' || *end == '1') ++end;
+        HDNTParserlval.text = newText({start, static_cast<size_t>(end - start)});
+        return accept(start, end, hex ? T_HexConstant : T_BinaryConstant);
+    }
+    if (*end == '.') {
+        end = skipDigits(end + 1);
+        HDNTParserlval.doubleValue = doubleValue(start, end);
+        return accept(start, end, T_DoubleConstant);
+    }
+    HDNTParserlval.intValue = intValue(start, end);
+    return accept(start, end, T_IntConstant);
+}
+
+int Scanner::scanString(const char* start) {
+    const size_t rest = static_cast<size_t>(lineEnd_ - start - 1);
+    if (const void* quote = std::memchr(start + 1, '"', rest)) {
+        const char* const end = static_cast<const char*>(quote);
+        HDNTParserlval.text = newText({start + 1, static_cast<size_t>(end - start - 1)});
+        return accept(start, end + 1, T_StringConstant);
+    }
+    accept(start, lineEnd_, 0);
+    const std::string text(start, lineEnd_);
+    std::puts(text.c_str());
+    std::puts("Unterminated string constant");
+    notify(HDNTNotice::Kind::UnterminatedString, text);
+    return StateChanged;
+}
+
+int Scanner::scanIdentifier(const char* start) {
+    const char* end = start + 1;
+    while (isWordPart(*end)) ++end;
+    const std::string_view word(start, static_cast<size_t>(end - start));
+    if (word == "INCLUDE" || word == "INLINE") {
+        accept(start, end, 0);
+        if (word == "INLINE") pushState(State::InlineFile);
+        else state_ = State::IncludeFile;
+        return StateChanged;
+    }
+    if (const int token = keywordToken(word)) return accept(start, end, token);
+    if (word == "true" || word == "false") {
+        HDNTParserlval.boolValue = word == "true";
+        return accept(start, end, T_BoolConstant);
+    }
+    accept(start, end, T_Identifier);
+    constexpr size_t room = sizeof HDNTParserlval.identifier;
+    if (word.size() >= room) HDNTError::LongIdentifier(&HDNTParserlloc, std::string(word).c_str());
+    const size_t length = std::min(word.size(), room - 1);
+    std::memcpy(HDNTParserlval.identifier, start, length);
+    HDNTParserlval.identifier[length] = '\0';
+    return T_Identifier;
+}
+
+int Scanner::scanOperator(const char* start) {
+    const char first = start[0];
+    const char second = start[1];
+    const auto pair = [&](int token) { return accept(start, start + 2, token); };
+    switch (first) {
+    case '-': if (isDigit(second)) return scanNumber(start, true); break;
+    case '>': if (second == '=') return pair(T_GreaterEqual); break;
+    case '<': if (second == '=') return pair(T_LessEqual); break;
+    case '=': if (second == '=') return pair(T_EqualTo); break;
+    case '!': if (second == '=') return pair(T_NotEqual); break;
+    case '&': if (second == '&') return pair(T_AndAnd); break;
+    case '|': if (second == '|') return pair(T_OrOr); break;
+    case '/':
+        if (second == '*') {
+            state_ = State::Comment;
+            return pair(StateChanged);
+        }
+        if (second == '/') return accept(start, lineEnd_, StateChanged);
+        break;
+    default: break;
+    }
+    if (first == '!' || first == '|') {
+        accept(start, start + 1, 0);
+        HDNTError::UnrecogChar(&HDNTParserlloc, first);
+        return StateChanged;
+    }
+    return accept(start, start + 1, first);
+}
+
+// One token, or StateChanged when the caller has to look at the state again.
+int Scanner::scanLine() {
+    if (!lineEnd_) findLineEnd();
+    while (cursor_ != lineEnd_) {
+        const char* const start = cursor_;
+        switch (kindOf(*start)) {
+        case Kind::Blank: {
+            const char* end = start + 1;
+            while (*end == ' ') ++end;
+            accept(start, end, 0);
+            break;
+        }
+        case Kind::Tab: tab(); break;
+        case Kind::Letter: return scanIdentifier(start);
+        case Kind::Digit: return scanNumber(start, false);
+        case Kind::Quote: return scanString(start);
+        case Kind::Punctuation: return accept(start, start + 1, *start);
+        case Kind::Operator: return scanOperator(start);
+        case Kind::Other:
+            accept(start, start + 1, 0);
+            HDNTError::UnrecogChar(&HDNTParserlloc, *start);
+            break;
+        }
+    }
+    if (atEnd()) return endOfInput() ? StateChanged : 0;
+    newline();
+    pendingCapture_ = true;
+    pushState(State::LineCapture);
+    return StateChanged;
+}
+
+int Scanner::next() {
+    load();
+    int token = StateChanged;
+    while (token == StateChanged) {
+        switch (state_) {
+        case State::LineCapture: captureLine(); break;
+        case State::Comment: token = skipComment(); break;
+        case State::IncludeFile:
+        case State::InlineFile: token = fileStatement(); break;
+        case State::Initial:
+        case State::Normal: token = scanLine(); break;
+        }
+    }
+    unload();
+    return token;
+}
+
+} // namespace hdnt::frontend

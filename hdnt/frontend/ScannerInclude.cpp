@@ -1,0 +1,141 @@
+#include "hdnt/frontend/HDNTLimits.h"
+#include "hdnt/frontend/ScannerState.h"
+#include "hdnt/frontend/SourceInput.h"
+
+#include "hdnt/platform/HSTUniqString.h"
+#include "hdnt/platform/HUTFile.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace hdnt::frontend {
+
+static bool isBlank(char c) { return c == ' ' || c == '\t'; }
+
+void Scanner::notify(HDNTNotice::Kind kind, std::string_view text, std::string_view detail) const {
+    HDNTError::notify({kind, HDNTParserlloc, text, detail});
+}
+
+std::string Scanner::findFile(const std::string& name) const {
+    if (!name.empty() && name.front() == '/') return HUTPathUtils::exists(name) ? name : std::string();
+    for (const std::string& directory : searchDirectories_) {
+        std::string path = directory + "/" + name;
+        if (debug_) std::printf("file element: %s\n", path.c_str());
+        if (HUTPathUtils::exists(path)) return path;
+    }
+    return {};
+}
+
+// In a file-name state: a line that holds a ";" is the file-name line and is taken with its newline. Of any other line,
+// blank space is passed over and the rest echoed, and the next line is tried.
+int Scanner::fileStatement() {
+    if (!lineEnd_) findLineEnd();
+    const size_t length = static_cast<size_t>(lineEnd_ - cursor_);
+    if (lineEnd_ != textEnd_ && std::memchr(cursor_, ';', length)) {
+        const char* start = cursor_;
+        while (isBlank(*start)) ++start;
+        const char* end = start;
+        while (!isBlank(*end) && *end != ';') ++end;
+        const std::string name(start, end);
+        const bool once = state_ == State::IncludeFile;
+        accept(cursor_, lineEnd_ + 1, 0);
+        lineEnd_ = nullptr;
+        include(name, once);
+        return StateChanged;
+    }
+    while (cursor_ != lineEnd_) {
+        const char* end = cursor_;
+        while (isBlank(*end)) ++end;
+        if (end == cursor_) {
+            std::fputc(*cursor_, output());
+            accept(cursor_, cursor_ + 1, 0);
+        } else if (end == cursor_ + 1 && *cursor_ == '\t') {
+            tab();
+        } else {
+            accept(cursor_, end, 0);
+        }
+    }
+    if (atEnd()) return endOfInput() ? StateChanged : 0;
+    newline();
+    pendingCapture_ = true;
+    pushState(State::LineCapture);
+    return StateChanged;
+}
+
+// The statement's line is done with: back to the state around it, and on to the next line.
+void Scanner::endStatement(bool once) {
+    ++globalLine_;
+    column_ = 1;
+    if (once) state_ = State::Normal;
+    else popState();
+    pendingCapture_ = true;
+    pushState(State::LineCapture);
+}
+
+void Scanner::include(std::string_view name, bool once) {
+    if (once && std::find(included_.begin(), included_.end(), name) != included_.end()) {
+        notify(HDNTNotice::Kind::IncludeSkipped, name);
+    } else if (const std::string path = findFile(std::string(name)); path.empty()) {
+        std::printf("Could not find %s file: %s . ", once ? "INCLUDE" : "INLINE", std::string(name).c_str());
+        std::puts("check NTL_PATH");
+        notify(HDNTNotice::Kind::IncludeNotFound, name);
+    } else {
+        if (debug_) std::printf("CURRENT FILE IS %s\n", path.c_str());
+        if (once) included_.emplace_back(name);
+        if (open(path, once)) return;
+    }
+    ++line_;
+    endStatement(once);
+}
+
+// Opens a found file and makes it the input; false, with a line on standard output, when that fails.
+bool Scanner::open(const std::string& path, bool once) {
+    const int depth = HDNTLimits::get().includeDepth;
+    auto text = std::make_shared<SourceText>();
+    std::string reason;
+    bool opened = false;
+    if (saved_.size() >= static_cast<size_t>(std::max(depth, 0)))
+        reason = "more than " + std::to_string(depth) + " files open at once (limit includeDepth)";
+    else
+        opened = isInsideRoot(path, reason) && readSource(path, text->bytes, reason);
+    std::printf("\t Loading File : %s\n", path.c_str());
+    if (!opened) {
+        std::printf("file %s could not be opened\n", path.c_str());
+        notify(HDNTNotice::Kind::IncludeNotOpened, path, reason);
+        return false;
+    }
+    unload();
+    saved_.push_back({buffers_.back(), fileName_, line_});
+    buffers_.back() = new yy_buffer_state;
+    buffers_.back()->text = std::move(text);
+    cursor_ = nullptr;
+    load();
+    fileName_ = HSTUniqString::internCString(path);
+    openedFiles_.push_back(path);
+    line_ = 1;
+    endStatement(once);
+    return true;
+}
+
+// True when an including file goes on.
+bool Scanner::endOfInput() {
+    if (debug_) std::puts("FILE ENDED");
+    if (saved_.empty()) return false;
+    delete buffers_.back();
+    const SavedInput saved = saved_.back();
+    saved_.pop_back();
+    buffers_.back() = saved.buffer;
+    cursor_ = nullptr;
+    load();
+    fileName_ = saved.fileName;
+    line_ = saved.line + 1;
+    pushState(State::LineCapture);
+    if (!pendingCapture_) {
+        ++globalLine_;
+        column_ = 1;
+    }
+    pendingCapture_ = true;
+    return true;
+}
+
+} // namespace hdnt::frontend

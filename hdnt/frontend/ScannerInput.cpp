@@ -1,0 +1,183 @@
+#include "hdnt/frontend/ScannerState.h"
+
+#include "hdnt/platform/HSTUniqString.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace hdnt::frontend {
+
+void fatal(const char* text) {
+    std::fprintf(stderr, "%s\n", text);
+    std::exit(2);
+}
+
+// cursor_, lineEnd_ and textEnd_ point into the current buffer between load() and unload().
+void Scanner::load() {
+    if (buffers_.empty()) buffers_.push_back(nullptr);
+    if (!buffers_.back()) {
+        buffers_.back() = new yy_buffer_state;
+        buffers_.back()->input = input_;
+        buffers_.back()->ownedByScanner = true;
+    }
+    if (cursor_) return;
+    const yy_buffer_state& buffer = *buffers_.back();
+    const std::string& bytes = buffer.text->bytes;
+    cursor_ = bytes.data() + buffer.position;
+    textEnd_ = bytes.data() + bytes.size();
+    lineEnd_ = nullptr;
+}
+
+// The position is written back at each token, so that buffers may be switched between tokens.
+void Scanner::unload() {
+    yy_buffer_state& buffer = *buffers_.back();
+    buffer.position = static_cast<size_t>(cursor_ - buffer.text->bytes.data());
+}
+
+// Appends up to 8192 bytes of the stream; false at its end.
+bool Scanner::refill(size_t& scanned) {
+    yy_buffer_state& buffer = *buffers_.back();
+    if (!buffer.input || !buffer.input->good()) return false;
+    constexpr size_t chunk = 8192;
+    std::string& bytes = buffer.text->bytes;
+    const size_t position = static_cast<size_t>(cursor_ - bytes.data());
+    scanned = bytes.size();
+    if (bytes.capacity() < scanned + chunk) bytes.reserve(std::max(bytes.capacity() * 2, scanned + chunk));
+    bytes.resize(scanned + chunk);
+    buffer.input->read(bytes.data() + scanned, chunk);
+    bytes.resize(scanned + static_cast<size_t>(buffer.input->gcount()));
+    if (buffer.input->bad()) fatal("input in flex scanner failed");
+    cursor_ = bytes.data() + position;
+    textEnd_ = bytes.data() + bytes.size();
+    return bytes.size() > scanned;
+}
+
+void Scanner::findLineEnd() {
+    size_t scanned = static_cast<size_t>(cursor_ - buffers_.back()->text->bytes.data());
+    do {
+        const char* const from = buffers_.back()->text->bytes.data() + scanned;
+        if (const void* found = std::memchr(from, '\n', static_cast<size_t>(textEnd_ - from))) {
+            lineEnd_ = static_cast<const char*>(found);
+            return;
+        }
+    } while (refill(scanned));
+    lineEnd_ = textEnd_;
+}
+
+std::string* Scanner::newText(std::string_view text) { return new std::string(text); }
+
+char* Scanner::matchText() {
+    const yy_buffer_state* const buffer = buffers_.empty() ? nullptr : buffers_.back();
+    matchText_.clear();
+    if (buffer && matchStart_ + matchLength_ <= buffer->text->bytes.size())
+        matchText_.assign(buffer->text->bytes, matchStart_, matchLength_);
+    return matchText_.data();
+}
+
+void Scanner::init() {
+    debug_ = std::getenv("NTL_DEBUG") != nullptr;
+    states_.clear();
+    state_ = State::Normal;
+    pushState(State::LineCapture);
+    closeIncludes();
+    line_ = globalLine_ = column_ = 1;
+    pendingCapture_ = false;
+    storeOffset_ = folderMode_ ? static_cast<int>(LineStore::instance().size()) : 0;
+    fileName_ = ntl_parse_top_level_file ? HSTUniqString::internCString(ntl_parse_top_level_file) : nullptr;
+    if (!folderMode_) openedFiles_.clear();
+    if (fileName_) openedFiles_.emplace_back(fileName_);
+    HDNTParserlloc = {};
+    HDNTParserlloc.fileName = fileName_;
+}
+
+// Back to the input that the open INCLUDE and INLINE statements stand in.
+void Scanner::closeIncludes() {
+    if (saved_.empty()) return;
+    delete buffers_.back();
+    buffers_.back() = saved_.front().buffer;
+    for (size_t i = 1; i < saved_.size(); ++i) delete saved_[i].buffer;
+    saved_.clear();
+    cursor_ = nullptr;
+}
+
+void Scanner::beginText(std::shared_ptr<SourceText> text) {
+    closeIncludes();
+    buffers_.push_back(new yy_buffer_state);
+    buffers_.back()->text = std::move(text);
+    cursor_ = nullptr;
+}
+
+void Scanner::endText() {
+    closeIncludes();
+    pop();
+    states_.clear();
+    state_ = State::Initial;
+}
+
+void Scanner::destroy() {
+    closeIncludes();
+    while (!buffers_.empty()) pop();
+    states_.clear();
+    state_ = State::Initial;
+    line_ = globalLine_ = column_ = 1;
+    storeOffset_ = 0;
+    fileName_ = nullptr;
+    input_ = nullptr;
+    output_ = nullptr;
+    matchStart_ = matchLength_ = 0;
+}
+
+void Scanner::setInputOf(yy_buffer_state& buffer, std::istream* input) {
+    buffer.text = std::make_shared<SourceText>();
+    buffer.position = 0;
+    buffer.input = input;
+    if (&buffer == buffers_.back()) cursor_ = nullptr;
+}
+
+void Scanner::restart(std::istream* input) {
+    input_ = input;
+    if (!buffers_.empty() && buffers_.back()) setInputOf(*buffers_.back(), input);
+}
+
+void Scanner::setInput(std::istream* input) {
+    input_ = input;
+    if (buffers_.empty() || !buffers_.back()) return;
+    yy_buffer_state& buffer = *buffers_.back();
+    if (buffer.position == buffer.text->bytes.size()) setInputOf(buffer, input);
+}
+
+void Scanner::switchTo(yy_buffer_state* buffer) {
+    if (buffers_.empty()) buffers_.push_back(nullptr);
+    if (buffers_.back() && buffers_.back()->ownedByScanner) delete buffers_.back();
+    buffers_.back() = buffer;
+    cursor_ = nullptr;
+}
+
+void Scanner::push(yy_buffer_state* buffer) {
+    if (!buffer) return;
+    if (buffers_.empty() || buffers_.back()) buffers_.push_back(buffer);
+    else buffers_.back() = buffer;
+    cursor_ = nullptr;
+}
+
+void Scanner::pop() {
+    if (buffers_.empty()) return;
+    delete buffers_.back();
+    buffers_.pop_back();
+    cursor_ = nullptr;
+}
+
+void Scanner::forget(yy_buffer_state* buffer) {
+    if (!buffers_.empty() && buffers_.back() == buffer) cursor_ = nullptr;
+    std::replace(buffers_.begin(), buffers_.end(), buffer, static_cast<yy_buffer_state*>(nullptr));
+    delete buffer;
+}
+
+void Scanner::flush(yy_buffer_state* buffer) {
+    if (!buffer) return;
+    buffer->position = buffer->text->bytes.size();
+    if (!buffers_.empty() && buffers_.back() == buffer) cursor_ = nullptr;
+}
+
+} // namespace hdnt::frontend

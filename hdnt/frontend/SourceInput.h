@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace hdnt::frontend {
+
+/// Reads a whole source file, compressed or not, within the limits in force. False with a reason when that fails.
+bool readSource(const std::string& path, std::string& out, std::string& reason);
+
+/// Whether a path that a text names may be opened: everything may, unless a root folder is set and the path, links
+/// resolved, is not below it. False with a reason.
+bool isInsideRoot(const std::string& path, std::string& reason);
+
+} // namespace hdnt::frontend
