@@ -1,0 +1,54 @@
+#pragma once
+
+#include <initializer_list>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+class ConfigBase;
+class HDNTBlock;
+class HDNTLibrary;
+
+// What the configuration files say, as the model's queries use it. Internal.
+namespace hdnt::model {
+
+struct CellFacts {
+    std::vector<std::string> architectures;
+    std::vector<std::string> shadowPins;
+    std::map<std::string, std::string, std::less<>> pinFunctions;
+    std::string masterDriverPin;
+    bool canTiePins = false;
+    bool nibbleSizedHex = false;
+    bool pseudoDifferential = false;
+};
+
+struct ArchFacts {
+    std::string simDevice;
+    std::string master;
+    bool internalPins = false;
+};
+
+/// The application configuration, translated once so that queries need neither a lock nor libconfig. An entry of another
+/// type than expected counts as absent.
+struct ArchTables {
+    std::map<std::string, CellFacts, std::less<>> cells;
+    std::map<std::string, ArchFacts, std::less<>> architectures;
+    std::set<std::string, std::less<>> readOnlyAttributes;
+    std::set<std::string, std::less<>> ioPinConstraints;
+    std::vector<std::string> masterDriverTypes;
+    std::vector<std::string> pseudoDifferentialFunctions;
+};
+
+/// Takes the configuration's lock.
+std::unique_ptr<const ArchTables> readArchTables(ConfigBase& config);
+
+/// Null when the configuration has no entry for the block, or the block no library.
+const CellFacts* cellFacts(const HDNTBlock& block);
+
+/// The text that the library's description configuration has under a name within a name, and so on; empty when there is
+/// none. Locks the configuration while it looks; may read the file on first use and then throw HEXDataException.
+std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string> names);
+
+} // namespace hdnt::model

@@ -1,0 +1,193 @@
+#include "hdnt/model/HDNTBlock.h"
+
+#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/model/ArchTables.h"
+#include "hdnt/model/HDNTFlags.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/HDNTPin.h"
+#include "hdnt/model/HDNTPrimGroup.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/platform/HEX.h"
+#include "hdnt/platform/PartSpec.h"
+
+#include <algorithm>
+#include <iostream>
+
+std::vector<std::string>& HDNTBlock::s_unregisteredNames = *new std::vector<std::string>;
+
+static unsigned short typeOf(const std::string& name) {
+    const HDNTCellviewLib::Type type = HDNTCellviewLib::getGlobal()->getType(name);
+    if (type != HDNTCellviewLib::UNKNOWN) return static_cast<unsigned short>(type);
+    HDNTBlock::s_unregisteredNames.push_back(name);
+    return static_cast<unsigned short>(
+        std::min<size_t>(HDNTCellviewLib::UNKNOWN + HDNTBlock::s_unregisteredNames.size(), UINT16_MAX));
+}
+
+HDNTBlock::HDNTBlock(const std::string& name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist,
+                     HDNTLibrary* library)
+    : name_(name), netlist_(netlist) {
+    setParent(library);
+    try {
+        type_ = typeOf(name);
+        if (netlist) {
+            netlistKind_ = library && library->getParentLibrary() ? OwnNetlistInChild : OwnNetlist;
+            canTiePins_ = netlist->isTieCapable() && canTiePins();
+        }
+        if (entities) adopt(*entities);
+    } catch (...) {
+        deleteOwned();
+        throw;
+    }
+}
+
+HDNTBlock::~HDNTBlock() { deleteOwned(); }
+
+void HDNTBlock::deleteOwned() {
+    for (const HDNTPin* pin : pins_) delete pin;
+    for (const HDNTBus* bus : buses_) delete bus;
+    for (const HDNTProperty* property : properties_) delete property;
+}
+
+// Entities that were not reached when one of them throws are deleted here, the others by the block.
+void HDNTBlock::adopt(std::vector<HDNTBlockEntity*>& entities) {
+    size_t next = 0;
+    try {
+        while (next < entities.size()) {
+            std::unique_ptr<HDNTBlockEntity> entity(entities[next++]);
+            if (!entity || applyAttribute(*entity)) continue;
+            entity->setParent(this);
+            if (auto* const bus = dynamic_cast<HDNTBus*>(entity.get())) {
+                buses_.push_back(bus);
+                entity.release();
+                adoptBus(*bus);
+            } else if (auto* const property = dynamic_cast<HDNTProperty*>(entity.get())) {
+                properties_.push_back(property);
+                entity.release();
+            } else {
+                entity.release(); // of no known kind: left to whoever made it
+            }
+        }
+    } catch (...) {
+        for (; next < entities.size(); ++next) delete entities[next];
+        throw;
+    }
+}
+
+void HDNTBlock::adoptBus(HDNTBus& bus) {
+    const size_t before = pins_.size();
+    bus.elaborate(pins_);
+    if (bus.getDirection() == HDNT_PIN_INTERNAL) {
+        ++internalBusCount_;
+        internalPinCount_ += static_cast<uint32_t>(pins_.size() - before);
+    } else if (internalBusCount_ > 0) {
+        throw HEXDataException("Internal pins must be last in list, in tessel " + name_);
+    }
+    if (bus.getRequiredValue() != HDNT_PIN_NO_VALUE) canTiePins_ = true;
+}
+
+bool HDNTBlock::applyAttribute(const HDNTBlockEntity& entity) {
+    if (const auto* const flag = dynamic_cast<const HDNTInternalFlag*>(&entity)) internal_ = flag->getValue();
+    else if (const auto* const level = dynamic_cast<const HDNTMaturityLevel*>(&entity)) maturityLevel_ = level->getValue();
+    else if (const auto* const test = dynamic_cast<const HDNTTestFlag*>(&entity)) test_ = test->getValue();
+    else if (const auto* const group = dynamic_cast<const HDNTPrimGroup*>(&entity)) applyGroup(*group);
+    else return false;
+    return true;
+}
+
+void HDNTBlock::applyGroup(const HDNTPrimGroup& group) {
+    setPrimGroupType(group.getPrimGroupAbbrev());
+    if (const std::string text = group.getPrimSubGroupAbbrev(); !text.empty()) setPrimSubGroupType(text);
+    if (const std::string text = group.getLegacyPrimGroupAbbrev(); !text.empty()) setLegacyPrimGroupType(text);
+    else legacyGroup_ = group_;
+    if (const std::string text = group.getLegacyPrimSubGroupAbbrev(); !text.empty()) setLegacyPrimSubGroupType(text);
+}
+
+void HDNTBlock::check() {
+    checkNames(name_, false);
+    if (netlist_) netlist_->check();
+    for (HDNTPin* pin : pins_) pin->check();
+    for (HDNTProperty* property : properties_) property->check();
+}
+
+HDNTLibrary* HDNTBlock::getLibrary() const { return static_cast<HDNTLibrary*>(getParent()); }
+
+void HDNTBlock::setNetlist(HDNTNetlist* netlist) {
+    netlist_.reset(netlist);
+    netlistKind_ = NoNetlist;
+    if (!netlist) return;
+    const HDNTLibrary* const library = getLibrary();
+    netlistKind_ = library && library->getParentLibrary() ? OwnNetlistInChild : OwnNetlist;
+    netlist->setParent(this);
+    netlist->finalize();
+    if (netlist->isTieCapable()) canTiePins_ |= canTiePins();
+}
+
+size_t HDNTBlock::getNumPins() const {
+    const bool hidden = internalBusCount_ > 0 && !internalPinsSupported(nullptr);
+    return hidden ? pins_.size() - internalPinCount_ : pins_.size();
+}
+
+HDNTPin* HDNTBlock::getPin(size_t i) const {
+    if (i < pins_.size()) return pins_[i];
+    std::cerr << i << " >= " << pins_.size() << std::endl;
+    throw HEXAlgException("Pin index out of range for tessel " + name_);
+}
+
+HDNTBus* HDNTBlock::getBus(size_t i) const {
+    if (i < buses_.size() && i < pins_.size()) return buses_[i];
+    if (i < pins_.size()) return nullptr;
+    throw HEXAlgException("Bus index out of range for tessel " + name_);
+}
+
+HDNTProperty* HDNTBlock::getProperty(size_t i) const {
+    if (i >= properties_.size()) throw HEXAlgException("Property index out of range");
+    return properties_[i];
+}
+
+void HDNTBlock::getBusPins(const std::string& baseName, std::vector<HDNTPin*>& out) const {
+    const auto matches = [&](const HDNTPin* pin) { return pin->getBaseName() == baseName; };
+    const auto first = std::find_if(pins_.begin(), pins_.end(), matches);
+    out.insert(out.end(), first, std::find_if_not(first, pins_.end(), matches));
+}
+
+const char* HDNTBlock::groupText(int index) const {
+    const HDNTLibrary* const library = getLibrary();
+    return index == -1 || !library ? nullptr : library->getGroupAbbrev(static_cast<size_t>(index));
+}
+
+int HDNTBlock::groupIndex(std::string abbrev) const {
+    HDNTLibrary* const library = getLibrary();
+    return library ? static_cast<int>(library->getGroupAbbrevIdx(std::move(abbrev))) : -1;
+}
+
+const char* HDNTBlock::getPrimGroupType(bool legacy) const { return groupText(legacy ? legacyGroup_ : group_); }
+const char* HDNTBlock::getPrimSubGroupType(bool legacy) const {
+    return groupText(legacy ? legacySubGroup_ : subGroup_);
+}
+void HDNTBlock::setPrimGroupType(std::string abbrev) { group_ = groupIndex(std::move(abbrev)); }
+void HDNTBlock::setPrimSubGroupType(std::string abbrev) { subGroup_ = groupIndex(std::move(abbrev)); }
+void HDNTBlock::setLegacyPrimGroupType(std::string abbrev) { legacyGroup_ = groupIndex(std::move(abbrev)); }
+void HDNTBlock::setLegacyPrimSubGroupType(std::string abbrev) { legacySubGroup_ = groupIndex(std::move(abbrev)); }
+
+static const hdnt::model::CellFacts& factsOf(const HDNTBlock& block) {
+    static const auto* const none = new hdnt::model::CellFacts;
+    const hdnt::model::CellFacts* const facts = hdnt::model::cellFacts(block);
+    return facts ? *facts : *none;
+}
+
+bool HDNTBlock::canTiePins() const { return factsOf(*this).canTiePins; }
+bool HDNTBlock::usesNibbleSizeHexAttrs() const { return factsOf(*this).nibbleSizedHex; }
+bool HDNTBlock::canBePseudoDifferential() const { return factsOf(*this).pseudoDifferential; }
+std::vector<std::string> HDNTBlock::getCellArchesCfg() const { return factsOf(*this).architectures; }
+std::string HDNTBlock::getMasterDriverPinName() const { return factsOf(*this).masterDriverPin; }
+void HDNTBlock::getMasterShadowPins(std::vector<std::string>& out) const { out = factsOf(*this).shadowPins; }
+
+bool HDNTBlock::internalPinsSupported(const CommonPart::PartSpec* part) const {
+    if (!part) part = HDNTLibraryMgr::getLibraryMgr()->m_partSpec;
+    const HDNTLibrary* const library = getLibrary();
+    if (!part || !library) return false;
+    const auto& architectures = library->getArchTables().architectures;
+    const auto found = architectures.find(part->architecture);
+    return found != architectures.end() && found->second.internalPins;
+}

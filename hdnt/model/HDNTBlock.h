@@ -1,0 +1,153 @@
+#pragma once
+
+#include "hdnt/manager/HDNTCellviewLib.h"
+#include "hdnt/model/HDNTBus.h"
+#include "hdnt/platform/HATAttrObj.h"
+#include "hdnt/platform/HSTKeyValIter.h"
+
+#include <cstdint>
+#include <memory>
+
+class HATAttrSpec;
+class HDNTLibrary;
+class HDNTNetlist;
+class HDNTPin;
+class HDNTPrimGroup;
+class HDNTProperty;
+
+namespace CommonPart {
+struct PartSpec;
+}
+
+/// One primitive of a library: its pins bit by bit, its buses as declared, its properties, flags and primitive group, and
+/// at most one mapping netlist.
+///
+/// Owns all of these. Once its library is finalized, the const operations may run in any number of threads.
+class HDNT_API HDNTBlock : public HDNTBlockEntity, public HATAttrObj {
+public:
+    /// Netlist kinds.
+    enum Kind : unsigned short {
+        AnyArchitecture = 100,   ///< from a map library without sections for architectures
+        NoNetlist = 101,
+        OwnNetlist = 103,
+        OwnNetlistInChild = 104, ///< of a library that has a parent
+    };
+
+    /// Sorts the entities into the block and deletes those that only set an attribute (flags, maturity level, group).
+    /// Takes over the other entities and the netlist, also when it throws; the vector stays the caller's and may be
+    /// null, as may netlist and library. A name that the cellview registry does not know is noted in s_unregisteredNames.
+    /// Throws HEXDataException "Internal pins must be last in list, in tessel " + name for a bus that is not internal
+    /// behind one that is.
+    HDNTBlock(const std::string& name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist,
+              HDNTLibrary* library);
+    ~HDNTBlock() override;
+    HDNTBlock(const HDNTBlock&) = delete;
+
+    /// Reports the block's name and what its netlist, pins and properties find wrong.
+    void check() override;
+    /// Builds the indexes over pins and properties and finalizes properties and netlist. A name that is taken is
+    /// reported; the first one keeps it.
+    void finalize() override;
+
+    const std::string& getName() const { return name_; }
+    /// The parent; null for a block without library.
+    HDNTLibrary* getLibrary() const;
+    /// Numbers above HDNTCellviewLib::UNKNOWN for blocks that the registry does not know: 4001 for the first of the
+    /// process, and so on; 65535 for all past that.
+    HDNTCellviewLib::Type getType() const { return static_cast<HDNTCellviewLib::Type>(type_); }
+    bool isInternal() const { return internal_; }
+    bool isTest() const { return test_; }
+    /// 0 early, 1 beta, 2 production, 3 deprecated; 0 when not declared.
+    int getMaturityLevel() const { return maturityLevel_; }
+    /// Whether pins of the block can be tied: it has a bus with a required value, or a netlist that allows it.
+    bool getCanTiePins() const { return canTiePins_; }
+
+    /// The block's mapping netlist; null when it has none.
+    HDNTNetlist* getNetlist() const { return netlist_.get(); }
+    /// Replaces the netlist and deletes the one before; null removes it. Finalizes the new one. Loading thread only.
+    void setNetlist(HDNTNetlist* netlist);
+    unsigned short getNetlistKind() const { return netlistKind_; }
+
+    /// Pins counted bit by bit; without those of internal buses when the manager's current part does not support them.
+    size_t getNumPins() const;
+    /// In order of declaration, internal pins included. Past the end: a line on standard error, and HEXAlgException
+    /// "Pin index out of range for tessel " + name.
+    HDNTPin* getPin(size_t i) const;
+    size_t getNumBuses() const { return buses_.size(); }
+    /// Null for an index between the number of buses and that of all pins. From there on, HEXAlgException
+    /// "Bus index out of range for tessel " + name.
+    HDNTBus* getBus(size_t i) const;
+    size_t getNumProperties() const { return properties_.size(); }
+    /// Throws HEXAlgException "Property index out of range".
+    HDNTProperty* getProperty(size_t i) const;
+
+    // By name; null when there is none.
+
+    /// `CLK` or `D[7]`. The query is upper-cased and compared with the names as declared, so that a pin declared with
+    /// lower-case letters is not found. Needs finalize().
+    HDNTPin* getPinByName(const std::string& name) const;
+    /// Upper-cases the query likewise. By the whole name (`D[7:0]`) or by the base name (`D`); the first match.
+    HDNTBus* getBusByName(const std::string& name, bool fullName) const;
+    /// Case aside. Needs finalize().
+    HDNTProperty* getPropertyByName(const std::string& name) const;
+    /// Appends the pins of the first run of pins with exactly that base name: the bits of one bus.
+    void getBusPins(const std::string& baseName, std::vector<HDNTPin*>& out) const;
+    /// Iterator over the attribute specifications of the block's own properties, in order of declaration; the caller
+    /// owns it, and the block must outlive it.
+    HSTKeyValIter<std::string, HATAttrSpec*>* createSpecIter() const;
+
+    // Primitive group: texts valid as long as the library; null when there is none. Setters: loading thread only; they
+    // do nothing for a block without library.
+    const char* getPrimGroupType(bool legacy) const;
+    const char* getPrimSubGroupType(bool legacy) const;
+    void setPrimGroupType(std::string abbrev);
+    void setPrimSubGroupType(std::string abbrev);
+    void setLegacyPrimGroupType(std::string abbrev);
+    void setLegacyPrimSubGroupType(std::string abbrev);
+
+    // What the application configuration says of the block; neutral where it says nothing. Lists are cleared first.
+    bool canTiePins() const;
+    bool usesNibbleSizeHexAttrs() const;
+    bool canBePseudoDifferential() const;
+    /// For the part's architecture; null: the manager's current part, and false when there is none.
+    bool internalPinsSupported(const CommonPart::PartSpec* part) const;
+    std::vector<std::string> getCellArchesCfg() const;
+    std::string getMasterDriverPinName() const;
+    void getMasterShadowPins(std::vector<std::string>& out) const;
+
+    /// Names of blocks that the registry does not know, in order of construction. Never cleared.
+    static std::vector<std::string>& s_unregisteredNames;
+
+private:
+    void deleteOwned();
+    void adopt(std::vector<HDNTBlockEntity*>& entities);
+    void adoptBus(HDNTBus& bus);
+    void applyGroup(const HDNTPrimGroup& group);
+    bool applyAttribute(const HDNTBlockEntity& entity);
+    void indexPins();
+    void indexProperties();
+    std::vector<size_t> findRedefinedPins() const;
+    const char* groupText(int index) const;
+    int groupIndex(std::string abbrev) const;
+
+    std::string name_;
+    std::unique_ptr<HDNTNetlist> netlist_;
+    std::vector<HDNTPin*> pins_;
+    std::vector<HDNTBus*> buses_;
+    std::vector<HDNTProperty*> properties_;
+    std::vector<uint32_t> busesByName_;      ///< positions of buses with pins, by base name, then as declared
+    std::vector<uint32_t> propertiesByName_; ///< positions of properties, by name, case aside
+    uint32_t internalBusCount_ = 0;
+    uint32_t internalPinCount_ = 0;
+    int maturityLevel_ = 0;
+    int group_ = -1;
+    int subGroup_ = -1;
+    int legacyGroup_ = -1;
+    int legacySubGroup_ = -1;
+    unsigned short type_ = HDNTCellviewLib::UNKNOWN;
+    unsigned short netlistKind_ = NoNetlist;
+    bool canTiePins_ = false;
+    bool internal_ = false;
+    bool test_ = false;
+    bool indexed_ = false;
+};

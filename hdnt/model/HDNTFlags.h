@@ -1,0 +1,33 @@
+#pragma once
+
+#include "hdnt/model/HDNTNode.h"
+
+// Declarations that only set an attribute of their block, which reads and deletes them when it is constructed.
+
+class HDNT_API HDNTInternalFlag : public HDNTBlockEntity {
+public:
+    explicit HDNTInternalFlag(bool value) : value_(value) {}
+    bool getValue() const { return value_; }
+
+private:
+    bool value_;
+};
+
+class HDNT_API HDNTTestFlag : public HDNTBlockEntity {
+public:
+    explicit HDNTTestFlag(bool value) : value_(value) {}
+    bool getValue() const { return value_; }
+
+private:
+    bool value_;
+};
+
+/// 0 early, 1 beta, 2 production, 3 deprecated.
+class HDNT_API HDNTMaturityLevel : public HDNTBlockEntity {
+public:
+    explicit HDNTMaturityLevel(int value) : value_(value) {}
+    int getValue() const { return value_; }
+
+private:
+    int value_;
+};

@@ -1,0 +1,190 @@
+#include "hdnt/model/HDNTLibrary.h"
+
+#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/frontend/Scanner.h"
+#include "hdnt/model/ArchTables.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/netlist/HDNTFunctionDecl.h"
+#include "hdnt/platform/ConfigBase.h"
+#include "hdnt/platform/HEX.h"
+#include "hdnt/platform/HPAParamMgr.h"
+#include "hdnt/platform/HSTStringUtils.h"
+#include "hdnt/platform/HUTMemWatcher.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+HDNTLibrary::HDNTLibrary(HDNTLibrary* parent) : parentLibrary_(parent) {
+    if (!parent) {
+        config_ = std::make_unique<ConfigBase>(nullptr);
+        config_->readFile("HDNTApplicationData.cfg", "");
+        archTables_ = hdnt::model::readArchTables(*config_);
+    }
+    myTopLib = this;
+    NtlInitParser();
+}
+
+HDNTLibrary::~HDNTLibrary() {
+    for (const HDNTBlock* block : blocks_) delete block;
+    for (const HDNTFunctionDecl* function : functions_) delete function;
+    if (myTopLib == this) myTopLib = nullptr;
+    std::free(ntl_parse_top_level_file);
+    ntl_parse_top_level_file = nullptr;
+}
+
+void HDNTLibrary::init(const std::string& name, std::vector<HDNTDecl*>* decls) {
+    name_ = name;
+    const bool testFeatures = HPAParamMgr::getParamMgr()->getValueAsBool("arch.enableTestFeatures");
+    if (!decls) return;
+    for (HDNTDecl* decl : *decls) {
+        if (!decl) continue;
+        decl->setParent(this);
+        if (auto* const block = dynamic_cast<HDNTBlock*>(decl)) {
+            if (block->isTest() && !testFeatures) delete block;
+            else blocks_.push_back(block);
+        } else if (auto* const function = dynamic_cast<HDNTFunctionDecl*>(decl)) {
+            functions_.push_back(function);
+        } else {
+            throw HEXAlgException("Invalid library declaration type");
+        }
+    }
+}
+
+void HDNTLibrary::finalize() {
+    if (!names_.empty()) return;
+    const HUTMemWatcher watcher("HDNTLibrary::finalize", name_);
+    indexByName_.reserve(blocks_.size());
+    for (HDNTBlock* block : blocks_) index(block);
+    sortNames();
+}
+
+// The value entered counts indexed names, not positions: after a redefinition, names lead one block back.
+void HDNTLibrary::index(HDNTBlock* block) {
+    std::string upperName = HSTStringUtils::to_upper_copy(block->getName());
+    if (const auto found = indexByName_.find(upperName); found != indexByName_.end()) {
+        const HDNTBlock* const earlier = names_[found->second].definition;
+        HDNTError::BlockRedefinitionError(block->getLocation(), earlier->getLocation(), block->getName().c_str());
+        return;
+    }
+    names_.push_back({std::move(upperName), block, names_.size()});
+    indexByName_.emplace(names_.back().upperName, names_.back().index);
+    block->finalize();
+}
+
+void HDNTLibrary::sortNames() {
+    sortedNames_.reserve(names_.size());
+    for (const IndexedName& name : names_) sortedNames_.push_back(&name);
+    std::sort(sortedNames_.begin(), sortedNames_.end(),
+              [](const IndexedName* a, const IndexedName* b) { return a->upperName < b->upperName; });
+}
+
+void HDNTLibrary::check() {
+    for (HDNTBlock* block : blocks_) block->check();
+}
+
+size_t HDNTLibrary::getNumTypeBlocks(bool withParents) const {
+    return blocks_.size() + (withParents && parentLibrary_ ? parentLibrary_->getNumTypeBlocks(true) : 0);
+}
+
+HDNTBlock* HDNTLibrary::getTypeBlock(size_t index) const {
+    if (index < blocks_.size()) return blocks_[index];
+    if (parentLibrary_) return parentLibrary_->getTypeBlock(index - blocks_.size());
+    throw HEXAlgException("HDNTLibrary::getTypeBlock call is invalid");
+}
+
+HDNTBlock* HDNTLibrary::getTypeBlockByName(const std::string& name, bool searchParents) const {
+    const std::string upperName = HSTStringUtils::to_upper_copy(name);
+    for (const HDNTLibrary* library = this; library; library = searchParents ? library->parentLibrary_ : nullptr) {
+        const auto found = library->indexByName_.find(upperName);
+        if (found != library->indexByName_.end()) return library->blocks_[found->second];
+    }
+    return nullptr;
+}
+
+bool HDNTLibrary::getTypeBlocksBeginWith(const std::string& prefix, std::vector<HDNTBlock*>& out,
+                                         bool searchParents) const {
+    if (prefix.empty()) return false;
+    const std::string upperPrefix = HSTStringUtils::to_upper_copy(prefix);
+    auto name = std::lower_bound(
+        sortedNames_.begin(), sortedNames_.end(), upperPrefix,
+        [](const IndexedName* entry, const std::string& wanted) { return entry->upperName < wanted; });
+    bool any = false;
+    for (; name != sortedNames_.end() && (*name)->upperName.starts_with(upperPrefix); ++name) {
+        out.push_back(blocks_[(*name)->index]);
+        any = true;
+    }
+    if (searchParents && parentLibrary_) any |= parentLibrary_->getTypeBlocksBeginWith(prefix, out, true);
+    return any;
+}
+
+HDNTFunctionDecl* HDNTLibrary::getFunctionDecl(size_t i) const {
+    if (i >= functions_.size()) throw HEXAlgException("Function declaration index out of range");
+    return functions_[i];
+}
+
+HDNTFunctionDecl* HDNTLibrary::getFunctionDeclByName(const std::string& name) const {
+    for (HDNTFunctionDecl* function : functions_)
+        if (function->getName() == name) return function;
+    return parentLibrary_ ? parentLibrary_->getFunctionDeclByName(name) : nullptr;
+}
+
+const char* HDNTLibrary::getGroupAbbrev(size_t index) const {
+    if (index >= groupAbbrevs_.size()) throw HEXAlgException("Prim group name index out of bounds");
+    return groupAbbrevs_[index].c_str();
+}
+
+size_t HDNTLibrary::getGroupAbbrevIdx(std::string abbrev) {
+    const auto found = std::find(groupAbbrevs_.begin(), groupAbbrevs_.end(), abbrev);
+    const size_t index = static_cast<size_t>(found - groupAbbrevs_.begin());
+    if (found == groupAbbrevs_.end()) groupAbbrevs_.push_back(std::move(abbrev));
+    return index;
+}
+
+static std::string textOrEmpty(const char* text) { return text ? text : ""; }
+
+std::string HDNTLibrary::getPrimGroupType(const std::string& blockName, bool legacy) const {
+    const HDNTBlock* const block = getTypeBlockByName(blockName, true);
+    return block ? textOrEmpty(block->getPrimGroupType(legacy)) : std::string();
+}
+
+std::string HDNTLibrary::getPrimSubGroupType(const std::string& blockName, bool legacy) const {
+    const HDNTBlock* const block = getTypeBlockByName(blockName, true);
+    return block ? textOrEmpty(block->getPrimSubGroupType(legacy)) : std::string();
+}
+
+const HDNTLibrary& HDNTLibrary::root() const {
+    const HDNTLibrary* library = this;
+    while (library->parentLibrary_) library = library->parentLibrary_;
+    return *library;
+}
+
+ConfigBase* HDNTLibrary::getConfig() const { return root().config_.get(); }
+
+ConfigBase* HDNTLibrary::getDescConfig() const {
+    const HDNTLibrary& owner = root();
+    std::call_once(owner.descConfigRead_, [&owner] {
+        auto config = std::make_unique<ConfigBase>(nullptr);
+        config->readFile("tessel.desc.cfg", "");
+        owner.descConfig_ = std::move(config);
+    });
+    return owner.descConfig_.get();
+}
+
+static const hdnt::model::ArchFacts& archFacts(const HDNTLibrary& library, const std::string& arch) {
+    static const auto* const none = new hdnt::model::ArchFacts;
+    const auto& architectures = library.getArchTables().architectures;
+    const auto found = architectures.find(arch);
+    return found == architectures.end() ? *none : found->second;
+}
+
+std::string HDNTLibrary::getSimDeviceString(const std::string& arch) const { return archFacts(*this, arch).simDevice; }
+std::string HDNTLibrary::getMasterArchitecture(const std::string& arch) const { return archFacts(*this, arch).master; }
+bool HDNTLibrary::isIOPinConstr(const std::string& name) const {
+    return getArchTables().ioPinConstraints.contains(name);
+}
+bool HDNTLibrary::isReadOnlyAttribute(const std::string& name) const {
+    return getArchTables().readOnlyAttributes.contains(name);
+}
+void HDNTLibrary::getMasterDriverTypes(std::vector<std::string>& out) const {
+    out = getArchTables().masterDriverTypes;
+}

@@ -1,0 +1,131 @@
+#pragma once
+
+#include "hdnt/model/HDNTNode.h"
+#include "hdnt/platform/HATAttrObj.h"
+#include "hdnt/platform/HATAttrTypes.h"
+
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <unordered_map>
+
+class ConfigBase;
+class HDNTBlock;
+class HDNTFunctionDecl;
+
+namespace hdnt::model {
+struct ArchTables;
+}
+
+/// One parsed library: its blocks and function declarations, and the library it extends, if any. Look-ups that are
+/// allowed to go on ask the parent when this library has no answer.
+///
+/// Made and owned by HDNTLibraryMgr, or by whoever constructs one. Life: constructed, parsed into (one text or several),
+/// finalize(), check(), queries. Constructing and parsing belong to the loading thread; once finalized, the queries may
+/// run in any number of threads.
+class HDNT_API HDNTLibrary : public HDNTDecl, public HATAttrObj {
+public:
+    /// Builds an empty library over `parent`, which may be null, is not owned and must outlive it, and makes it the
+    /// target of the parser (myTopLib). A library without parent reads "HDNTApplicationData.cfg": a malformed file throws
+    /// HEXDataException with its name and line.
+    explicit HDNTLibrary(HDNTLibrary* parent);
+    /// Deletes blocks and function declarations; what a child library still refers to is gone then.
+    ~HDNTLibrary() override;
+    HDNTLibrary(const HDNTLibrary&) = delete;
+
+    /// Calls check() of every own block, in order.
+    void check() override;
+    /// Builds the name index and finalizes the blocks. A block whose name, case aside, is taken is reported, stays
+    /// reachable by index and is not finalized; each such block shifts the names of later blocks by one position. Does
+    /// nothing once the index holds entries.
+    void finalize() override;
+
+    // Text (frontend). Errors in the text are reported through HDNTError; what counts as success is the caller's to
+    // decide from the result and HDNTError::numErrors. The text goes to the library constructed last (myTopLib), which
+    // is usually the one these are called on. Exceptions of constructors pass through, with the scanner left clean.
+
+    /// Parses a file, compressed or not. 0 on success; 1 and a report when it cannot be opened; else not 0.
+    int parseFile(const std::string& path);
+    /// Parses a text in memory; its locations have no file name.
+    int parseString(const std::string& text);
+    /// Loads the map library `name` of the data location "maplib", with the sections for `arch`, when the parameter
+    /// "ntl.enableMapLib" was on at the first call in the process. True when it was loaded and has sections for
+    /// architectures. False without one, also for a name that is empty or holds a slash. A text that does not parse
+    /// throws HEXDataException "Invalid maplib ntl file: " + name.
+    bool loadMaplib(const std::string& name, const std::string& arch);
+
+    /// Adopts parsed declarations: blocks and function declarations, in order; null entries are skipped. Blocks with the
+    /// test flag are deleted unless the parameter "arch.enableTestFeatures" is on. The vector stays the caller's and may
+    /// be null. Another kind throws HEXAlgException "Invalid library declaration type"; what came before stays adopted.
+    void init(const std::string& name, std::vector<HDNTDecl*>* decls);
+
+    /// The name in the last text parsed into this library; empty before.
+    const std::string& getName() const { return name_; }
+    HDNTLibrary* getParentLibrary() const { return parentLibrary_; }
+
+    size_t getNumTypeBlocks(bool withParents) const;
+    /// Own blocks first, then the parent's, as getNumTypeBlocks(true) counts them. Throws HEXAlgException
+    /// "HDNTLibrary::getTypeBlock call is invalid" past the end.
+    HDNTBlock* getTypeBlock(size_t index) const;
+    /// By name, case aside; null when there is none. Finds nothing in a library that is not finalized.
+    HDNTBlock* getTypeBlockByName(const std::string& name, bool searchParents) const;
+    /// Appends the blocks whose names begin with the prefix, case aside, in the order of their upper-cased names, then
+    /// the parents' (also those that own blocks hide). True when any was appended; never for an empty prefix.
+    bool getTypeBlocksBeginWith(const std::string& prefix, std::vector<HDNTBlock*>& out, bool searchParents) const;
+
+    size_t getNumFunctionDecls() const { return functions_.size(); }
+    /// Own declarations only. Throws HEXAlgException "Function declaration index out of range".
+    HDNTFunctionDecl* getFunctionDecl(size_t i) const;
+    /// By exact name, in the parents too; null when there is none.
+    HDNTFunctionDecl* getFunctionDeclByName(const std::string& name) const;
+
+    /// Text of a group abbreviation, valid as long as the library. Throws HEXAlgException
+    /// "Prim group name index out of bounds".
+    const char* getGroupAbbrev(size_t index) const;
+    /// Index of an abbreviation (case matters), added when new. Loading thread only.
+    size_t getGroupAbbrevIdx(std::string abbrev);
+    /// The group, or subgroup, of the named block here or in a parent; empty when block or group is unknown.
+    std::string getPrimGroupType(const std::string& blockName, bool legacy) const;
+    std::string getPrimSubGroupType(const std::string& blockName, bool legacy) const;
+
+    /// The root library's application configuration. Hold its mutex() while using it.
+    ConfigBase* getConfig() const;
+    /// The root library's description configuration, "tessel.desc.cfg", read on first use: a malformed file throws
+    /// HEXDataException, and the next call reads it again. Any thread.
+    ConfigBase* getDescConfig() const;
+
+    // What the application configuration says; neutral answers where it says nothing. Any thread.
+    std::string getSimDeviceString(const std::string& arch) const;
+    std::string getMasterArchitecture(const std::string& arch) const;
+    bool isIOPinConstr(const std::string& name) const;
+    bool isReadOnlyAttribute(const std::string& name) const;
+    /// The list is cleared first.
+    void getMasterDriverTypes(std::vector<std::string>& out) const;
+    /// The configuration as tables. Internal.
+    const hdnt::model::ArchTables& getArchTables() const { return *root().archTables_; }
+
+private:
+    struct IndexedName {
+        std::string upperName;
+        const HDNTBlock* definition; ///< what bears the name; a look-up answers the block at index
+        size_t index;
+    };
+
+    const HDNTLibrary& root() const;
+    void index(HDNTBlock* block);
+    void sortNames();
+
+    std::string name_;
+    std::vector<HDNTBlock*> blocks_;
+    std::vector<HDNTFunctionDecl*> functions_;
+    std::deque<IndexedName> names_;                               ///< in the order of indexing; addresses stay
+    std::unordered_map<std::string_view, size_t> indexByName_;    ///< upper-cased, keys in names_
+    std::vector<const IndexedName*> sortedNames_;                 ///< by upper-cased name
+    std::deque<std::string> groupAbbrevs_;
+    std::unique_ptr<ConfigBase> config_;
+    std::unique_ptr<const hdnt::model::ArchTables> archTables_;
+    mutable std::unique_ptr<ConfigBase> descConfig_;
+    mutable std::once_flag descConfigRead_;
+    HDNTLibrary* parentLibrary_;
+};

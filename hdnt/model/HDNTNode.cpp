@@ -1,0 +1,131 @@
+#include "hdnt/model/HDNTNode.h"
+
+#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/frontend/HDNTLimits.h"
+#include "hdnt/manager/HDNTLibraryMgr.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <limits>
+
+namespace {
+
+bool isPlainPart(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+bool isPlainName(const std::string& name) {
+    return std::all_of(name.begin(), name.end(), [](char c) { return c == '@' || isPlainPart(c); });
+}
+
+// Reads decimal digits at p; false when there is none. Numbers past the range of int stand for its greatest value, which
+// is more than any range or bit may be.
+bool readBound(const char*& p, const char* end, int& bound) {
+    if (p == end || *p < '0' || *p > '9') return false;
+    const std::from_chars_result result = std::from_chars(p, end, bound);
+    if (result.ec == std::errc::result_out_of_range) bound = std::numeric_limits<int>::max();
+    p = result.ptr;
+    return true;
+}
+
+struct RangedName {
+    size_t baseLength;
+    int first;
+    int second;
+};
+
+// base[m:n] or base[n], the whole text.
+bool parseRangedName(const std::string& name, RangedName& out) {
+    const char* p = name.data();
+    const char* const end = p + name.size();
+    while (p != end && isPlainPart(*p)) ++p;
+    out.baseLength = static_cast<size_t>(p - name.data());
+    if (out.baseLength == 0 || p == end || *p++ != '[') return false;
+    if (!readBound(p, end, out.first)) return false;
+    out.second = out.first;
+    if (p != end && *p == ':' && !readBound(++p, end, out.second)) return false;
+    return p != end && *p == ']' && p + 1 == end;
+}
+
+} // namespace
+
+HDNTNode::~HDNTNode() = default;
+void HDNTNode::check() {}
+void HDNTNode::finalize() {}
+
+void HDNTNode::setLocation(const yyltype& location) {
+    location_ = location;
+    hasLocation_ = true;
+}
+
+bool HDNTNode::isMultipleInstances(const std::string& name) const { return name.find_first_of("[]") != name.npos; }
+
+bool HDNTNode::checkValidMultipleInstFormat(const std::string& name, std::string& baseName, int& first,
+                                            int& second) const {
+    RangedName range;
+    if (!parseRangedName(name, range)) {
+        HDNTError::InvalidArrayFormatName(getLocation(), name.c_str());
+        return false;
+    }
+    baseName.assign(name, 0, range.baseLength);
+    first = range.first;
+    second = range.second;
+    return true;
+}
+
+void HDNTNode::checkNames(const std::string& name, bool allowArrayFormat) const {
+    if (!HDNTLibraryMgr::m_diagnostics) return;
+    if (name.empty()) {
+        HDNTError::NameCannotBeEmptyString(getLocation());
+    } else if (!isMultipleInstances(name)) {
+        if (!isPlainName(name)) HDNTError::InvalidName(getLocation(), name.c_str());
+    } else if (!allowArrayFormat) {
+        HDNTError::ArrayFormatDisallowed(getLocation(), name.c_str());
+    } else {
+        std::string baseName;
+        int first = 0;
+        int second = 0;
+        checkValidMultipleInstFormat(name, baseName, first, second);
+    }
+}
+
+bool HDNTNode::rangeOf(const std::string& name, std::string& baseName, int& first, int& last) const {
+    int from = 0;
+    int to = 0;
+    std::string base;
+    if (!checkValidMultipleInstFormat(name, base, from, to)) return false;
+    const long elements = std::labs(static_cast<long>(from) - to) + 1;
+    if (const long limit = HDNTLimits::get().rangeElements; elements > limit) {
+        HDNTError::Formatted(getLocation(), "Range \"%s\" has %ld elements, more than %ld (limit rangeElements).",
+                             name.c_str(), elements, limit);
+        return false;
+    }
+    baseName = base;
+    first = from;
+    last = to;
+    return true;
+}
+
+void HDNTNode::expandRangedNameNames(const std::string& name, std::vector<std::string>& names,
+                                     std::vector<int>& indices) const {
+    if (!isMultipleInstances(name)) {
+        names.push_back(name);
+        return;
+    }
+    std::string baseName;
+    int first = 0;
+    int last = 0;
+    if (!rangeOf(name, baseName, first, last)) return;
+    const long step = first > last ? -1 : 1;
+    for (long i = first; i != last + step; i += step) {
+        names.push_back(baseName);
+        indices.push_back(static_cast<int>(i));
+    }
+}
+
+void HDNTNode::expandRangedNameVector(const std::vector<std::string>* inNames, std::vector<std::string>& names,
+                                      std::vector<int>& indices) const {
+    if (!inNames) return;
+    for (const std::string& name : *inNames) expandRangedNameNames(name, names, indices);
+}

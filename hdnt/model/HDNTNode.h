@@ -1,0 +1,67 @@
+#pragma once
+
+#include "hdnt/frontend/yyltype.h"
+#include "hdnt/platform/Export.h"
+
+#include <string>
+#include <vector>
+
+/// Base of every model object: who owns it and where it was declared.
+///
+/// Every object goes through the same life: constructed by the parser, then finalize() (indexes are built, references
+/// resolved), then check() (faults are reported), then queries. Ownership is a tree; parent pointers never own.
+class HDNT_API HDNTNode {
+public:
+    HDNTNode() = default;
+    /// Copies the parent pointer and the location.
+    HDNTNode(const HDNTNode&) = default;
+    HDNTNode& operator=(const HDNTNode&) = delete;
+
+    // The order of the virtual operations is part of the interface.
+    virtual ~HDNTNode();
+    /// Reports what is wrong with this object and what it owns, through HDNTError. By default nothing.
+    virtual void check();
+    /// Completes the object once everything around it is known. By default nothing.
+    virtual void finalize();
+
+    HDNTNode* getParent() const { return parent_; }
+    void setParent(HDNTNode* parent) { parent_ = parent; }
+    /// Null when none was set. Owned by the node and valid as long as it; takes part in no comparison.
+    yyltype* getLocation() const { return hasLocation_ ? &location_ : nullptr; }
+    void setLocation(const yyltype& location);
+
+    // Names. Faults are reported at this node's location.
+
+    /// Whether the name holds a "[" or a "]".
+    bool isMultipleInstances(const std::string& name) const;
+    /// Takes `base[m:n]` and `base[n]` apart; for the second, first and second are the same. The base is letters, digits
+    /// and underscores, the bounds are decimal digits without a sign (values above INT_MAX become INT_MAX). False, with
+    /// a report and the arguments untouched, for any other name.
+    bool checkValidMultipleInstFormat(const std::string& name, std::string& baseName, int& first, int& second) const;
+    /// Reports what is wrong with a declared name. Does nothing while HDNTLibraryMgr::m_diagnostics is off.
+    void checkNames(const std::string& name, bool allowArrayFormat) const;
+    /// Appends the elements a name stands for, in the order its range was written: base names to `names`, and for a
+    /// bracketed name the bits to `indices`. A plain name appends no index. A malformed name, or a range of more elements
+    /// than the limit rangeElements, is reported and appends nothing.
+    void expandRangedNameNames(const std::string& name, std::vector<std::string>& names,
+                               std::vector<int>& indices) const;
+    /// The same for each name in order; null is an empty list. With plain names among ranged ones the two results do
+    /// not run in step.
+    void expandRangedNameVector(const std::vector<std::string>* inNames, std::vector<std::string>& names,
+                                std::vector<int>& indices) const;
+
+protected:
+    /// What expandRangedNameNames checks first: form and limit. False after a report.
+    bool rangeOf(const std::string& name, std::string& baseName, int& first, int& last) const;
+
+private:
+    HDNTNode* parent_ = nullptr;
+    mutable yyltype location_{};
+    bool hasLocation_ = false;
+};
+
+/// What a library holds: blocks and function declarations.
+class HDNT_API HDNTDecl : public HDNTNode {};
+
+/// What a block holds: buses, properties, flags, primitive group.
+class HDNT_API HDNTBlockEntity : public HDNTDecl {};

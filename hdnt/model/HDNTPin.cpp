@@ -1,0 +1,116 @@
+#include "hdnt/model/HDNTPin.h"
+
+#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/model/ArchTables.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/HEX.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+// Part of the process-wide state that outlives every library.
+static const std::array<const char*, 4> directionNames = {"input", "output", "bidir", "internal"};
+static const std::array<const char*, 10> typeNames = {"data",   "clear", "clock", "enable",   "mixed",
+                                                      "preset", "reset", "set",   "setreset", "writeEnable"};
+
+HDNTBus* HDNTPin::getBus() const { return static_cast<HDNTBus*>(getParent()); }
+
+HDNTBlock* HDNTPin::getBlock() const {
+    const HDNTBus* const bus = getBus();
+    return bus ? bus->getBlock() : nullptr;
+}
+
+const std::string& HDNTPin::getBaseName() const {
+    static const std::string* const none = new std::string;
+    const HDNTBus* const bus = getBus();
+    return bus ? bus->getBaseName() : *none;
+}
+
+void HDNTPin::getName(std::string& out, bool noBrackets) const {
+    out = getBaseName();
+    if (bitIndex_ < 0) return;
+    char digits[8];
+    const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, bitIndex_);
+    if (!noBrackets) out += '[';
+    out.append(digits, end.ptr);
+    if (!noBrackets) out += ']';
+}
+
+std::string HDNTPin::getName(bool noBrackets) const {
+    std::string name;
+    getName(name, noBrackets);
+    return name;
+}
+
+HDNT_PIN_DIRECTION HDNTPin::getDirection() const {
+    const HDNTBus* const bus = getBus();
+    return bus ? bus->getDirection() : HDNT_PIN_INTERNAL;
+}
+
+HDNT_PIN_TYPE HDNTPin::getType() const {
+    const HDNTBus* const bus = getBus();
+    const HDNT_PIN_TYPE type = bus ? bus->getType() : HDNT_PIN_DATA;
+    const HDNTBlock* const block = type == HDNT_PIN_MIXED ? getBlock() : nullptr;
+    if (!block || !block->getLibrary()) return type;
+    const std::string configured =
+        hdnt::model::describedText(*block->getLibrary(), {"PINTYPES", block->getName(), getName(true)});
+    const auto found = std::find(typeNames.begin(), typeNames.end(), configured);
+    return found == typeNames.end() ? type : static_cast<HDNT_PIN_TYPE>(found - typeNames.begin());
+}
+
+HDNT_PIN_REQUIREDVALUE HDNTPin::getRequiredValue() const {
+    const HDNTBus* const bus = getBus();
+    return bus ? bus->getRequiredValue() : HDNT_PIN_NO_VALUE;
+}
+
+bool HDNTPin::isTest() const {
+    const HDNTBus* const bus = getBus();
+    return bus && bus->isTest();
+}
+
+bool HDNTPin::isAbstract() const {
+    const HDNTBus* const bus = getBus();
+    return bus && bus->isAbstract();
+}
+
+size_t HDNTPin::getNumProperties() const {
+    const HDNTBus* const bus = getBus();
+    return bus ? bus->getNumProperties() : 0;
+}
+
+HDNTProperty* HDNTPin::getProperty(unsigned short i) const {
+    const HDNTBus* const bus = getBus();
+    if (!bus) throw HEXAlgException("Property index out of range");
+    return bus->getProperty(i);
+}
+
+HDNTProperty* HDNTPin::getPropertyByName(const std::string& name) const {
+    const HDNTBus* const bus = getBus();
+    return bus ? bus->getPropertyByName(name) : nullptr;
+}
+
+bool HDNTPin::getPinFunction(std::string& out) const {
+    const HDNTBus* const bus = getBus();
+    if (bus) return bus->getPinFunction(out);
+    out.clear();
+    return false;
+}
+
+void HDNTPin::check() {
+    const std::string name = getName(false);
+    checkNames(name, true);
+    if (getDirection() == HDNT_PIN_OUTPUT && getRequiredValue() != HDNT_PIN_NO_VALUE)
+        HDNTError::InvalidTieoff(getLocation(), name.c_str());
+}
+
+std::string HDNTPin::getDirectionName(HDNT_PIN_DIRECTION direction) {
+    const bool known = direction >= HDNT_PIN_INPUT && direction < HDNT_PIN_INTERNAL;
+    return directionNames[static_cast<size_t>(known ? direction : HDNT_PIN_INTERNAL)];
+}
+
+std::string HDNTPin::getTypeName(HDNT_PIN_TYPE type) {
+    if (type < 0 || static_cast<size_t>(type) >= typeNames.size()) throw HEXDataException("Unknown pin type");
+    return typeNames[static_cast<size_t>(type)];
+}

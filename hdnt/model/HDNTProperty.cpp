@@ -1,0 +1,142 @@
+#include "hdnt/model/HDNTProperty.h"
+
+#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/model/ArchTables.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/HEX.h"
+
+#include <algorithm>
+#include <memory>
+
+using Type = HATAttrTypes::AttrType;
+
+HDNTProperty::HDNTProperty(const std::string& name, Type type, bool test, bool simulation, bool constraintsOnly,
+                           bool muxControl, const std::string& units)
+    : spec_(type, 0), muxControl_(muxControl) {
+    spec_.setName(name);
+    spec_.setTest(test);
+    spec_.setSimulation(simulation);
+    spec_.setIsTessel(true);
+    if (!units.empty()) {
+        spec_.setHasUnit(true);
+        spec_.addUnitRange(units);
+        spec_.setUnitDefault(units);
+    }
+    if (constraintsOnly) {
+        spec_.setConstraintsOnly(true);
+        spec_.setVisible(false);
+    }
+}
+
+HDNTProperty::~HDNTProperty() = default;
+
+HDNTBlock* HDNTProperty::getBlock() const {
+    HDNTNode* node = getParent();
+    if (auto* const bus = dynamic_cast<HDNTBus*>(node)) node = bus->getParent();
+    return dynamic_cast<HDNTBlock*>(node);
+}
+
+template <typename T, typename Value = T>
+static std::vector<Value> listOf(HATValueIter<T>* iterator) {
+    const std::unique_ptr<HATValueIter<T>> owned(iterator);
+    std::vector<Value> values;
+    while (owned->hasNext()) {
+        owned->next();
+        values.push_back(owned->current());
+    }
+    return values;
+}
+
+static std::vector<std::string> textsOf(HATTextIter* iterator) {
+    return listOf<const std::string&, std::string>(iterator);
+}
+
+std::vector<int> HDNTProperty::getAllowedIntValues() const { return listOf(spec_.createDiscreteIntRangeIter()); }
+std::vector<double> HDNTProperty::getAllowedDoubleValues() const {
+    return listOf(spec_.createDiscreteDoubleRangeIter());
+}
+std::vector<std::string> HDNTProperty::getAllowedStringValues() const { return textsOf(spec_.createStringRangeIter()); }
+std::vector<std::string> HDNTProperty::getAllowedHexValues() const { return textsOf(spec_.createHexIter()); }
+std::vector<std::string> HDNTProperty::getAllowedBinaryValues() const { return textsOf(spec_.createBinaryIter()); }
+
+template <typename T>
+static bool contains(const std::vector<T>& values, const T& wanted) {
+    return std::find(values.begin(), values.end(), wanted) != values.end();
+}
+
+static bool defaultIsListed(const HDNTProperty& property) {
+    switch (property.getType()) {
+    case Type::TypeDouble: return contains(property.getAllowedDoubleValues(), property.getDefaultDoubleValue());
+    case Type::TypeBitHex: return contains(property.getAllowedHexValues(), property.getDefaultHexValue());
+    case Type::TypeBitBinary: return contains(property.getAllowedBinaryValues(), property.getDefaultBinaryValue());
+    default: return true;
+    }
+}
+
+void HDNTProperty::check() {
+    checkNames(getName(), false);
+    if (spec_.isEnumerated() && !defaultIsListed(*this))
+        HDNTError::PropertyDefaultNotInList(getLocation(), getName().c_str());
+}
+
+void HDNTProperty::finalize() {
+    const HDNTBlock* const block = getBlock();
+    if (const HDNTLibrary* const library = block ? block->getLibrary() : nullptr) {
+        const bool constraint = library->isIOPinConstr(getName());
+        if (constraint)
+            for (const int sourceType : {2, 12, 11, 8}) spec_.removeAllowedSourceType(sourceType);
+        spec_.setReadOnly(constraint || library->isReadOnlyAttribute(getName()));
+        setDescription();
+    }
+    if (getType() != Type::TypeBitHex) return;
+    if (getBitWidth() % 4 != 0) nibbleSized_ = block && block->usesNibbleSizeHexAttrs();
+    if (!spec_.isEnumerated()) completeHexRange();
+}
+
+void HDNTProperty::completeHexRange() {
+    const int digits = getBitWidth() / 4;
+    const int rest = getBitWidth() % 4;
+    std::string low = getMinHexValue();
+    std::string high = getMaxHexValue();
+    if (high.empty()) {
+        if (rest > 0) high = std::to_string((1 << rest) - 1);
+        high.append(static_cast<size_t>(std::max(digits, 0)), 'F');
+    }
+    if (low.empty()) low.assign(static_cast<size_t>(std::max(digits + (rest != 0), 0)), '0');
+    spec_.setHexRange(low, high);
+}
+
+void HDNTProperty::setDescription() {
+    const HDNTBlock& block = *getBlock();
+    const std::string text = hdnt::model::describedText(*block.getLibrary(), {block.getName(), getName()});
+    if (!text.empty()) spec_.setDescription(text);
+}
+
+ConfigBase* HDNTProperty::getDescConfig() const {
+    const HDNTBlock* const block = getBlock();
+    const HDNTLibrary* const library = block ? block->getLibrary() : nullptr;
+    return library ? library->getDescConfig() : nullptr;
+}
+
+int HDNTProperty::getAdjustedBitWidth() const {
+    const int rest = getBitWidth() % 4;
+    return nibbleSized_ && rest != 0 ? getBitWidth() - rest + 4 : getBitWidth();
+}
+
+bool HDNTProperty::isPinInversion() const {
+    const std::string& name = getName();
+    return name.size() >= 13 && name.starts_with("IS_") && name.ends_with("_INVERTED");
+}
+
+std::string HDNTProperty::getTypeName(Type type) {
+    switch (type) {
+    case Type::TypeBool: return "bool";
+    case Type::TypeInt: return "int";
+    case Type::TypeDouble: return "double";
+    case Type::TypeString: return "string";
+    case Type::TypeBitHex: return "bithex";
+    case Type::TypeBitBinary: return "bitbinary";
+    }
+    throw HEXAlgException("Unknown HDNTProperty type");
+}
