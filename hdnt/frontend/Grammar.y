@@ -1,0 +1,290 @@
+/* The grammar of NTL. It only says what the language is: every action calls the builder.
+   The numbers of tokens and rules are part of the interface; new rules keep the order of the groups. */
+
+%define api.prefix {HDNTParser}
+%define api.token.prefix {TOKEN_}
+%define api.value.type {NtlTokenValue}
+%define api.location.type {yyltype}
+%define parse.trace
+%locations
+%expect 0
+
+%code top {
+#include "hdnt/frontend/GrammarSupport.h"
+}
+
+%token T_Library 258 T_Block 259 T_Property 260 T_Pin 261 T_Int 262 T_String 263 T_Bool 264 T_End 265 T_Input 266
+%token T_Output 267 T_Bidir 268 T_Null 269 T_Double 270 T_BitHex 271 T_PinList 272
+%token <identifier> T_Identifier 273
+%token <text> T_StringConstant 274 T_HexConstant 275 T_BinaryConstant 276
+%token <intValue> T_IntConstant 277
+%token <doubleValue> T_DoubleConstant 278
+%token <boolValue> T_BoolConstant 279
+%token T_Default 280 T_Min 281 T_Max 282 T_Precision 283 T_MapTo 284 T_Inst 285 T_Connect 286 T_Assign 287
+%token T_Signal 288 T_Function 289 T_If 290 T_Else 291 T_GreaterEqual 292 T_LessEqual 293 T_EqualTo 294
+%token T_NotEqual 295 T_AndAnd 296 T_OrOr 297 T_ModifiedBy 298 T_Description 299 T_Data 300 T_Clock 301
+%token T_Enable 302 T_Reset 303 T_SetReset 304 T_Simulation 305 T_TieLow 306 T_TieHigh 307 T_TieSpecial 308
+%token T_Untie 309 T_Units 310 T_Values 311 T_Internal 312 T_Test 313 T_PrimGroup 314 T_ConstraintsOnly 315
+%token T_MaturityLevel 316 T_Early 317 T_Beta 318 T_Production 319 T_Deprecated 320 T_ExpandTo 321 T_Set 322
+%token T_Clear 323 T_Preset 324 T_WriteEnable 325 T_RetargetTo 326 T_Mixed 327 T_MuxControl 328
+%token T_MustConnect 329 T_Active 330 T_Abstract 331
+
+/* Operators of mapping expressions, weakest first. */
+%nonassoc OPTELSE
+%nonassoc T_Else
+%left T_OrOr
+%left T_AndAnd
+%left T_EqualTo T_NotEqual
+%left '<' '>' T_LessEqual T_GreaterEqual
+%left '+' '-'
+%left '*' '/' '%'
+%right UMINUS '!'
+
+%type <decl> LibraryElement
+%type <decls> LibraryElementList
+%type <block> Block
+%type <function> FunctionDecl
+%type <types> ListOfTypes CommaSeparatedTypes
+%type <intValue> Type Direction PinType RequiredValue Maturity
+%type <boolValue> TestPin AbstractPin
+%type <entity> BlockEntity InternalFlag TestFlag MaturityLevel PrimGroup
+%type <entities> BlockEntityList
+%type <property> Property
+%type <properties> PropertyList
+%type <bus> Pin
+%type <options> IntPropData DoublePropData BoolDefault BoolPropData IntValues IntList HexValues HexList
+%type <options> BinaryValues BinaryList DoubleValues DoubleList StringValues StringPropData
+
+%destructor { delete $$; } <text> <decl> <block> <function> <entity> <bus> <property> <types>
+%destructor { build::deleteList($$); } <decls> <entities> <properties>
+%destructor { build::deleteOptions($$); } <options>
+
+%%
+
+Top: LibraryDecl;
+
+LibraryDecl: T_Library T_StringConstant '{' LibraryElementList '}' { BUILD(build::library($2, $4, @$)); };
+
+LibraryElementList:
+    LibraryElementList LibraryElement { BUILD($$ = build::append($1, $2)); }
+  | %empty { BUILD($$ = build::emptyList<HDNTDecl*>()); };
+
+LibraryElement:
+    Block { $$ = $1; }
+  | FunctionDecl { $$ = $1; };
+
+FunctionDecl: T_Function Type T_Identifier '(' ListOfTypes ')' ';' { BUILD($$ = build::function($2, $3, $5, @$)); };
+
+ListOfTypes:
+    CommaSeparatedTypes
+  | %empty { BUILD($$ = build::emptyList<HATAttrTypes::AttrType>()); };
+
+CommaSeparatedTypes:
+    CommaSeparatedTypes ',' Type { BUILD($$ = build::append($1, $3)); }
+  | Type { BUILD($$ = build::append(nullptr, $1)); };
+
+Type:
+    T_Int { $$ = HATAttrTypes::TypeInt; }
+  | T_String { $$ = HATAttrTypes::TypeString; }
+  | T_Double { $$ = HATAttrTypes::TypeDouble; }
+  | T_Bool { $$ = HATAttrTypes::TypeBool; }
+  | T_HexConstant { delete $1; $$ = HATAttrTypes::TypeBitHex; }
+  | T_BinaryConstant { delete $1; $$ = HATAttrTypes::TypeBitBinary; };
+
+Block: T_Block T_StringConstant '{' BlockEntityList '}' { BUILD($$ = build::block($2, $4, @$)); };
+
+BlockEntityList:
+    BlockEntityList BlockEntity { BUILD($$ = build::append($1, $2)); }
+  | %empty { BUILD($$ = build::emptyList<HDNTBlockEntity*>()); };
+
+InternalFlag: T_Internal '=' T_BoolConstant ';' { BUILD($$ = build::internalFlag($3, @$)); };
+TestFlag: T_Test '=' T_BoolConstant ';' { BUILD($$ = build::testFlag($3, @$)); };
+MaturityLevel: T_MaturityLevel '=' Maturity ';' { BUILD($$ = build::maturityLevel($3, @$)); };
+
+Maturity:
+    T_Early { $$ = 0; }
+  | T_Beta { $$ = 1; }
+  | T_Production { $$ = 2; }
+  | T_Deprecated { $$ = 3; };
+
+PrimGroup: T_PrimGroup '=' T_StringConstant ';' { BUILD($$ = build::primGroup($3, @$)); };
+
+BlockEntity:
+    Property { $$ = $1; }
+  | Pin { $$ = $1; }
+  | InternalFlag
+  | TestFlag
+  | PrimGroup
+  | MaturityLevel;
+
+PropertyList:
+    PropertyList Property { BUILD($$ = build::append($1, $2)); }
+  | %empty { BUILD($$ = build::emptyList<HDNTProperty*>()); };
+
+Property:
+    T_Property T_Int T_StringConstant '{' IntPropData '}' { BUILD($$ = build::property(HATAttrTypes::TypeInt, $3, $5, @$)); }
+  | T_Property T_Double T_StringConstant '{' DoublePropData '}' { BUILD($$ = build::property(HATAttrTypes::TypeDouble, $3, $5, @$)); }
+  | T_Property T_Bool T_StringConstant '{' BoolPropData '}' { BUILD($$ = build::property(HATAttrTypes::TypeBool, $3, $5, @$)); }
+  | T_Property T_Bool T_StringConstant T_BoolConstant ';' { BUILD($$ = build::shortBoolProperty($3, $4, @$)); }
+  | T_Property T_String T_StringConstant '{' StringPropData '}' { BUILD($$ = build::property(HATAttrTypes::TypeString, $3, $5, @$)); }
+  | T_Property T_HexConstant T_StringConstant '{' HexList '}' { BUILD($$ = build::bitProperty(HATAttrTypes::TypeBitHex, $2, $3, $5, @$)); }
+  | T_Property T_BinaryConstant T_StringConstant '{' BinaryList '}' { BUILD($$ = build::bitProperty(HATAttrTypes::TypeBitBinary, $2, $3, $5, @$)); };
+
+IntPropData:
+    IntList
+  | IntList ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); };
+
+DoublePropData:
+    DoubleList
+  | DoubleList ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); };
+
+BoolDefault: T_Default '=' T_BoolConstant { BUILD($$ = build::options()); $$->boolDefault = $3; };
+
+BoolPropData:
+    BoolDefault
+  | BoolPropData ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
+  | BoolPropData ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
+  | BoolPropData ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
+  | BoolPropData ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
+  | BoolPropData ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); };
+
+IntValues:
+    T_IntConstant { BUILD($$ = build::value(nullptr, $1)); }
+  | IntValues ',' T_IntConstant { BUILD($$ = build::value($1, $3)); };
+
+IntList:
+    T_Values '{' IntValues '}' { $$ = $3; }
+  | T_Min '=' T_IntConstant { BUILD($$ = build::options()); $$->intMin = $3; }
+  | IntList ',' T_Max '=' T_IntConstant { $$ = $1; $$->intMax = $5; }
+  | IntList ',' T_Default '=' T_IntConstant { $$ = $1; $$->intDefault = $5; }
+  | IntList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
+  | IntList ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
+  | IntList ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
+  | IntList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
+  | IntList ',' T_Units '=' T_StringConstant { $$ = $1; $$->units = build::take($5); }
+  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options()); $$->simulation = $3; }
+  | T_MuxControl '=' T_BoolConstant { BUILD($$ = build::options()); $$->muxControl = $3; }
+  | T_Test '=' T_BoolConstant { BUILD($$ = build::options()); $$->test = $3; }
+  | T_ConstraintsOnly '=' T_BoolConstant { BUILD($$ = build::options()); $$->constraintsOnly = $3; }
+  | T_Default '=' T_IntConstant { BUILD($$ = build::options()); $$->intDefault = $3; };
+
+HexValues:
+    T_HexConstant { BUILD($$ = build::value(nullptr, $1)); }
+  | HexValues ',' T_HexConstant { BUILD($$ = build::value($1, $3)); };
+
+HexList:
+    T_Values '{' HexValues '}' { $$ = $3; }
+  | T_Min '=' T_HexConstant { BUILD_TEXT($3, $$ = build::options()); $$->textMin = build::take($3); }
+  | HexList ',' T_Max '=' T_HexConstant { $$ = $1; $$->textMax = build::take($5); }
+  | HexList ',' T_Default '=' T_HexConstant { $$ = $1; $$->textDefault = build::take($5); }
+  | HexList ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); }
+  | HexList ',' T_Units '=' T_StringConstant { $$ = $1; $$->units = build::take($5); }
+  | HexList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
+  | HexList ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
+  | HexList ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
+  | HexList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
+  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options()); $$->simulation = $3; }
+  | T_MuxControl '=' T_BoolConstant { BUILD($$ = build::options()); $$->muxControl = $3; }
+  | T_Default '=' T_HexConstant { BUILD_TEXT($3, $$ = build::options()); $$->textDefault = build::take($3); };
+
+BinaryValues:
+    T_BinaryConstant { BUILD($$ = build::value(nullptr, $1)); }
+  | BinaryValues ',' T_BinaryConstant { BUILD($$ = build::value($1, $3)); };
+
+BinaryList:
+    T_Values '{' BinaryValues '}' { $$ = $3; }
+  | T_Min '=' T_BinaryConstant { BUILD_TEXT($3, $$ = build::options()); $$->textMin = build::take($3); }
+  | BinaryList ',' T_Max '=' T_BinaryConstant { $$ = $1; $$->textMax = build::take($5); }
+  | BinaryList ',' T_Default '=' T_BinaryConstant { $$ = $1; $$->textDefault = build::take($5); }
+  | BinaryList ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); }
+  | BinaryList ',' T_Units '=' T_StringConstant { $$ = $1; $$->units = build::take($5); }
+  | BinaryList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
+  | BinaryList ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
+  | BinaryList ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
+  | BinaryList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
+  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options()); $$->simulation = $3; }
+  | T_Default '=' T_BinaryConstant { BUILD_TEXT($3, $$ = build::options()); $$->textDefault = build::take($3); };
+
+DoubleValues:
+    T_DoubleConstant { BUILD($$ = build::value(nullptr, $1)); }
+  | DoubleValues ',' T_DoubleConstant { BUILD($$ = build::value($1, $3)); };
+
+DoubleList:
+    T_Values '{' DoubleValues '}' { $$ = $3; }
+  | T_Min '=' T_DoubleConstant { BUILD($$ = build::options()); $$->doubleMin = $3; }
+  | DoubleList ',' T_Max '=' T_DoubleConstant { $$ = $1; $$->doubleMax = $5; }
+  | DoubleList ',' T_Default '=' T_DoubleConstant { $$ = $1; $$->doubleDefault = $5; }
+  | DoubleList ',' T_Precision '=' T_IntConstant { $$ = $1; $$->precision = $5; }
+  | DoubleList ',' T_Units '=' T_StringConstant { $$ = $1; $$->units = build::take($5); }
+  | DoubleList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
+  | DoubleList ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
+  | DoubleList ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
+  | DoubleList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
+  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options()); $$->simulation = $3; }
+  | T_Default '=' T_DoubleConstant { BUILD($$ = build::options()); $$->doubleDefault = $3; };
+
+StringValues:
+    T_StringConstant { BUILD($$ = build::value(nullptr, $1)); }
+  | StringValues ',' T_StringConstant { BUILD($$ = build::value($1, $3)); };
+
+StringPropData:
+    T_Values '{' StringValues '}' { $$ = $3; }
+  | StringPropData ',' T_Default '=' T_StringConstant { $$ = $1; $$->textDefault = build::take($5); }
+  | StringPropData ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); }
+  | StringPropData ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
+  | StringPropData ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
+  | StringPropData ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
+  | StringPropData ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
+  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options()); $$->simulation = $3; }
+  | T_MuxControl '=' T_BoolConstant { BUILD($$ = build::options()); $$->muxControl = $3; }
+  | T_Default '=' T_StringConstant { BUILD_TEXT($3, $$ = build::options()); $$->textDefault = build::take($3); };
+
+Pin:
+    T_Pin T_StringConstant Direction TestPin AbstractPin PinType RequiredValue ';'
+        { BUILD($$ = build::bus($2, $3, $4, $5, $6, $7, nullptr, @$)); }
+  | T_Pin T_StringConstant Direction TestPin AbstractPin PinType RequiredValue '{' PropertyList '}'
+        { BUILD($$ = build::bus($2, $3, $4, $5, $6, $7, $9, @$)); };
+
+TestPin:
+    T_Test { $$ = true; }
+  | %empty { $$ = false; };
+
+AbstractPin:
+    T_Abstract { $$ = true; }
+  | %empty { $$ = false; };
+
+RequiredValue:
+    T_TieLow { $$ = HDNT_PIN_TIE_LOW; }
+  | T_TieHigh { $$ = HDNT_PIN_TIE_HIGH; }
+  | T_TieSpecial { $$ = HDNT_PIN_TIE_SPECIAL; }
+  | T_Untie { $$ = HDNT_PIN_UNTIE; }
+  | T_Active { $$ = HDNT_PIN_ACTIVE; }
+  | T_MustConnect { $$ = HDNT_PIN_MUST_CONNECT; }
+  | %empty { $$ = HDNT_PIN_NO_VALUE; };
+
+PinType:
+    T_Data { $$ = HDNT_PIN_DATA; }
+  | T_Clock { $$ = HDNT_PIN_CLOCK; }
+  | T_Clear { $$ = HDNT_PIN_CLEAR; }
+  | T_Enable { $$ = HDNT_PIN_ENABLE; }
+  | T_Mixed { $$ = HDNT_PIN_MIXED; }
+  | T_Preset { $$ = HDNT_PIN_PRESET; }
+  | T_Reset { $$ = HDNT_PIN_RESET; }
+  | T_Set { $$ = HDNT_PIN_SET; }
+  | T_SetReset { $$ = HDNT_PIN_SET_RESET; }
+  | T_WriteEnable { $$ = HDNT_PIN_WRITE_ENABLE; }
+  | %empty { $$ = HDNT_PIN_DATA; };
+
+Direction:
+    T_Input { $$ = HDNT_PIN_INPUT; }
+  | T_Output { $$ = HDNT_PIN_OUTPUT; }
+  | T_Bidir { $$ = HDNT_PIN_BIDIR; }
+  | T_Internal { $$ = HDNT_PIN_INTERNAL; };
+
+%%
+
+/* The parser and the scanner agree on the numbers. */
+static_assert(+TOKEN_T_Library == +T_Library && +TOKEN_T_Bool == +T_Bool && +TOKEN_T_PinList == +T_PinList);
+static_assert(+TOKEN_T_Identifier == +T_Identifier && +TOKEN_T_BoolConstant == +T_BoolConstant && +TOKEN_T_Else == +T_Else);
+static_assert(+TOKEN_T_GreaterEqual == +T_GreaterEqual && +TOKEN_T_OrOr == +T_OrOr && +TOKEN_T_Untie == +T_Untie);
+static_assert(+TOKEN_T_Deprecated == +T_Deprecated && +TOKEN_T_Abstract == +T_Abstract && T_Abstract == 331);

@@ -1,0 +1,29 @@
+#include "hdnt/frontend/ParseSession.h"
+
+#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/frontend/HDNTLimits.h"
+
+#include <utility>
+
+namespace hdnt::frontend {
+
+ParseSession& ParseSession::instance() {
+    static ParseSession* const session = new ParseSession; // never destroyed, like the scanner
+    return *session;
+}
+
+void ParseSession::finish() {
+    if (const std::exception_ptr failure = std::exchange(failure_, nullptr)) std::rethrow_exception(failure);
+}
+
+long ParseSession::greatestDepth() { return HDNTLimits::get().parserDepth; }
+
+void ParseSession::reportExhausted(const char* message) { HDNTParsererror(message); }
+
+void ParseSession::reserve(size_t depth, size_t stateBytes) {
+    states_.resize(depth * stateBytes / sizeof(long) + 1);
+    values_.resize(depth);
+    locations_.resize(depth);
+}
+
+} // namespace hdnt::frontend
