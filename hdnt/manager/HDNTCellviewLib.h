@@ -1,0 +1,52 @@
+#pragma once
+
+#include "hdnt/platform/Export.h"
+#include "hdnt/platform/HCTMutex.h"
+
+#include <iosfwd>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+/// The registry of cellview types: every primitive that the design tool knows has a fixed number and an upper-case name.
+/// The table is compiled in (data/cellviews.csv, or the file given when the library was built) and never changes; values
+/// carry no meaning beyond identity.
+///
+/// Built on the first getGlobal(), from any thread; all queries may run in any number of threads.
+class HDNT_API HDNTCellviewLib {
+public:
+    enum Type : int {
+        UNKNOWN = 4000, ///< no registered primitive
+    };
+
+    /// Never null; lives as long as the process.
+    static const HDNTCellviewLib* getGlobal();
+    /// Fills s_typeToName. Called by getGlobal().
+    static void initializeValues();
+
+    /// "UNKNOWN" for 4000. For an unused value: a message on standard output, which is left in a failed state, and
+    /// HEXInternalException.
+    const std::string& getName(Type type) const;
+    /// By exact name; UNKNOWN for a name that is not registered, "UNKNOWN" included.
+    Type getType(const std::string& name) const;
+    std::unordered_map<Type, std::string> getTypeToNameMap() const { return m_typeToNameMap; }
+    /// All registered values, ascending; UNKNOWN is the last.
+    const std::vector<Type>& allTesselEnums() const { return allTesselEnums_; }
+
+    /// Names by value, null for unused values. Null throughout before initializeValues().
+    static const char* s_typeToName[4001];
+    static bool initializedValue;
+    /// Greatest registered value below 4000; set when the registry is built.
+    static int MAX;
+    static HCTMutex m_initializeValuesMutex;
+
+private:
+    HDNTCellviewLib();
+
+    std::vector<Type> allTesselEnums_;
+    std::unordered_map<std::string, Type> nameToType_;
+    std::unordered_map<Type, std::string> m_typeToNameMap;
+};
+
+/// Writes the name; for an unused value nothing, and the stream turns bad.
+HDNT_API std::ostream& operator<<(std::ostream& out, HDNTCellviewLib::Type type);
