@@ -1,0 +1,178 @@
+// What the comparison with the oracle cannot say: the interface around the tokens.
+#include "tests/platform/TempDir.h"
+#include "tests/support/Capture.h"
+#include "tests/support/Library.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+static std::vector<int> tokensOf(const std::string& text) {
+    yy_scan_bytes(text.data(), static_cast<int>(text.size()));
+    NtlInitScanner();
+    std::vector<int> tokens;
+    while (const int token = HDNTParserlex()) {
+        tokens.push_back(token);
+        if (token == T_StringConstant || token == T_HexConstant || token == T_BinaryConstant)
+            delete HDNTParserlval.text;
+    }
+    yylex_destroy();
+    return tokens;
+}
+
+TEST(Scanner, LongestMatchAndPriorities) {
+    support::Reports reports;
+    const struct {
+        std::string text;
+        std::vector<int> tokens;
+    } cases[] = {
+        {"Block BLOCK block", {T_Identifier, T_Identifier, T_Block}},
+        {"12'h 4'b102", {T_HexConstant, T_BinaryConstant, T_IntConstant}},
+        {"1.5e-3", {T_DoubleConstant, T_Identifier, T_IntConstant}},
+        {"a-1 - 2", {T_Identifier, T_IntConstant, '-', T_IntConstant}},
+        {"\"a\\\"b", {T_StringConstant, T_Identifier}},
+        {"a<=b>=c==d!=e&&f||g", {T_Identifier, T_LessEqual, T_Identifier, T_GreaterEqual, T_Identifier, T_EqualTo,
+                                 T_Identifier, T_NotEqual, T_Identifier, T_AndAnd, T_Identifier, T_OrOr, T_Identifier}},
+        {"a // b\n/* c \n * d */ true", {T_Identifier, T_BoolConstant}},
+        {std::string("\"x\0y\"", 5), {T_StringConstant}},
+        {"", {}},
+    };
+    for (const auto& [text, tokens] : cases) EXPECT_EQ(tokensOf(text), tokens) << text;
+    EXPECT_EQ(reports.take(), support::Texts{});
+    tokensOf("!|~\r");
+    EXPECT_EQ(reports.take().size(), 4U);
+}
+
+TEST(Scanner, NumbersSaturateLikeStrtol) {
+    const struct {
+        const char* text;
+        int value;
+    } cases[] = {{"2147483647", 2147483647}, {"2147483648", -2147483647 - 1}, {"4294967297", 1},
+                 {"99999999999999999999", -1}, {"-99999999999999999999", 0}, {"-12", -12}};
+    for (const auto& [text, value] : cases) {
+        yy_scan_string(text);
+        NtlInitScanner();
+        EXPECT_EQ(HDNTParserlex(), T_IntConstant);
+        EXPECT_EQ(HDNTParserlval.intValue, value) << text;
+        EXPECT_EQ(yyget_text(), std::string(text));
+        yylex_destroy();
+    }
+}
+
+TEST(Scanner, TabStops) {
+    yy_scan_string("\ta\n       \ta\n        \ta");
+    NtlInitScanner();
+    for (const int column : {9, 17, 17}) {
+        EXPECT_EQ(HDNTParserlex(), T_Identifier);
+        EXPECT_EQ(HDNTParserlloc.first_column, column);
+    }
+    yylex_destroy();
+}
+
+TEST(Scanner, IdentifiersAreCutAt31) {
+    support::Reports reports;
+    for (const size_t length : {31U, 32U}) {
+        yy_scan_string(std::string(length, 'x').c_str());
+        NtlInitScanner();
+        EXPECT_EQ(HDNTParserlex(), T_Identifier);
+        EXPECT_EQ(HDNTParserlval.identifier, std::string(31, 'x'));
+        yylex_destroy();
+    }
+    EXPECT_EQ(reports.texts, support::Texts{"1:1-32 Identifier too long: \"" + std::string(32, 'x') + "\""});
+}
+
+TEST(Scanner, StreamsMayBeSetBeforeOrAfterInit) {
+    for (const bool before : {true, false}) {
+        std::istringstream stream("block 1");
+        if (before) yyset_in(&stream);
+        NtlInitScanner();
+        if (!before) yyset_in(&stream);
+        EXPECT_EQ(HDNTParserlex(), T_Block);
+        EXPECT_EQ(HDNTParserlex(), T_IntConstant);
+        EXPECT_EQ(HDNTParserlex(), 0);
+        std::istringstream next("pin");
+        yyrestart(&next);
+        EXPECT_EQ(HDNTParserlex(), T_Pin);
+        yylex_destroy();
+    }
+}
+
+TEST(Scanner, BuffersStack) {
+    YY_BUFFER_STATE const outer = yy_scan_string("block pin");
+    NtlInitScanner();
+    EXPECT_EQ(HDNTParserlex(), T_Block);
+    std::istringstream stream("library");
+    yypush_buffer_state(yy_create_buffer(&stream, 16384));
+    EXPECT_EQ(HDNTParserlex(), T_Library);
+    yypop_buffer_state();
+    EXPECT_EQ(HDNTParserlex(), T_Pin);
+    yy_delete_buffer(outer);
+    char text[] = "end\0"; // and the terminator
+    EXPECT_EQ(yy_scan_buffer(text, 4), nullptr);
+    ASSERT_NE(yy_scan_buffer(text, 5), nullptr);
+    EXPECT_EQ(HDNTParserlex(), T_End);
+    yylex_destroy();
+}
+
+struct BadBuffer : std::streambuf {
+    int underflow() override { throw std::runtime_error("disk"); }
+};
+
+TEST(ScannerDeathTest, AStreamThatTurnsBadEndsTheProcess) {
+    BadBuffer buffer;
+    std::istream stream(&buffer);
+    yyset_in(&stream);
+    NtlInitScanner();
+    EXPECT_EXIT(HDNTParserlex(), testing::ExitedWithCode(2), "^input in flex scanner failed\n$");
+}
+
+// The classic mistakes around INCLUDE, with what is printed, noticed and quoted afterwards.
+TEST(Include, SplicesSkipsAndReports) {
+    support::Reports reports;
+    const TempDir dir;
+    dir.write("inner", "pin");
+    dir.write("broken.gz", "\x1f\x8b");
+    NtlAddSearchDirectory(dir.path());
+    const std::string text = "INCLUDE inner ;\nINCLUDE inner;\nINLINE inner; rest\nINCLUDE none;\nINCLUDE broken.gz;\nend";
+    yy_scan_string(text.c_str());
+    NtlInitScanner();
+    std::vector<int> tokens;
+    std::vector<int> lines;
+    const std::string out = support::printedBy([&] {
+                                while (const int token = HDNTParserlex()) {
+                                    tokens.push_back(token);
+                                    lines.push_back(HDNTParserlloc.fileLine);
+                                }
+                            }).out;
+    EXPECT_EQ(tokens, (std::vector<int>{T_Pin, T_Pin, T_End}));
+    EXPECT_EQ(lines, (std::vector<int>{1, 1, 6}));
+    EXPECT_EQ(NtlGetLineNumbered(static_cast<unsigned long>(HDNTParserlloc.first_line)), "end");
+    const std::string inner = dir.path() + "/inner";
+    const std::string broken = dir.path() + "/broken.gz";
+    EXPECT_EQ(out, "\t Loading File : " + inner + "\n\t Loading File : " + inner +
+                       "\nCould not find INCLUDE file: none . check NTL_PATH\n\t Loading File : " + broken + "\nfile " +
+                       broken + " could not be opened\n");
+    using Kind = HDNTNotice::Kind;
+    EXPECT_EQ(reports.notices,
+              (std::vector<Kind>{Kind::IncludeSkipped, Kind::IncludeNotFound, Kind::IncludeNotOpened}));
+    yylex_destroy();
+}
+
+TEST(Include, DepthAndRootFolderAreLimited) {
+    support::Reports reports;
+    const TempDir dir;
+    dir.write("loop", "INLINE " + dir.path() + "/loop;\npin");
+    HDNTLimits limits;
+    limits.includeDepth = 3;
+    const struct {
+        std::string root;
+        size_t pins;
+    } cases[] = {{"", 3}, {dir.path(), 3}, {"/usr", 0}};
+    for (const auto& [root, pins] : cases) {
+        limits.rootFolder = root;
+        HDNTLimits::set(limits);
+        std::vector<int> tokens;
+        support::printedBy([&, text = "INLINE " + dir.path() + "/loop;\n"] { tokens = tokensOf(text); });
+        EXPECT_EQ(tokens.size(), pins) << root;
+        EXPECT_EQ(std::exchange(reports.notices, {}), std::vector{HDNTNotice::Kind::IncludeNotOpened});
+    }
+}

@@ -1,0 +1,64 @@
+// The data that every checkout runs on.
+#include "tests/support/Capture.h"
+#include "tests/support/Library.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <set>
+#include <sstream>
+
+using support::Reports;
+using support::Texts;
+
+TEST(ShippedData, LoadsWithoutAReportAndIsRegistered) {
+    HPAParamMgr::getParamMgr()->setValueAsBool("arch.enableTestFeatures", true);
+    HPAParamMgr::getParamMgr()->setValueAsBool("ntl.enableDiagnostics", true);
+    HDNTLibrary& library = *HDNTLibraryMgr::getSimulationLibrary();
+    EXPECT_EQ(HDNTBlock::s_unregisteredNames, Texts{});
+    EXPECT_GE(library.getNumTypeBlocks(true), 90U);
+    std::set<int> types;
+    std::set<int> values;
+    std::set<int> directions;
+    std::set<int> maturities;
+    for (size_t i = 0; i < library.getNumTypeBlocks(true); ++i) {
+        const HDNTBlock& block = *library.getTypeBlock(i);
+        maturities.insert(block.getMaturityLevel());
+        for (size_t b = 0; b < block.getNumBuses(); ++b) {
+            types.insert(block.getBus(b)->getType());
+            values.insert(block.getBus(b)->getRequiredValue());
+            directions.insert(block.getBus(b)->getDirection());
+        }
+    }
+    EXPECT_EQ(std::tuple(types.size(), values.size(), directions.size(), maturities.size()), std::tuple(10U, 7U, 4U, 4U));
+}
+
+// The fenced examples of the language reference: what is shown as right parses without a report, what is shown as wrong
+// is reported.
+TEST(ShippedData, ExamplesOfTheLanguageReference) {
+    Reports reports;
+    std::ifstream reference(HDNT_DOCS "/language.md");
+    std::string line;
+    size_t examples = 0;
+    while (std::getline(reference, line)) {
+        if (!line.starts_with("```ntl")) continue;
+        const std::string kind = line.substr(3);
+        std::string text;
+        while (std::getline(reference, line) && line != "```") text += line + "\n";
+        if (kind == "ntl-block") text = support::inBlock(text);
+        if (kind == "ntl-library") text = "library \"L\" {\n" + text + "}\n";
+        ++examples;
+        support::printedBy([&] {
+            const auto library = std::make_unique<HDNTLibrary>(nullptr);
+            HDNTLibraryMgr::m_diagnostics = true;
+            if (library->parseString(text) != 0) return;
+            library->finalize();
+            library->check();
+        });
+        const Texts found = reports.take();
+        EXPECT_EQ(found.empty() && reports.notices.empty(), kind != "ntl-error")
+            << kind << "\n" << text << (found.empty() ? "" : found.front());
+        reports.notices.clear();
+    }
+    EXPECT_GE(examples, 30U);
+}

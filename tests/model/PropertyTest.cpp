@@ -1,0 +1,156 @@
+#include "tests/support/Library.h"
+
+#include <gtest/gtest.h>
+
+using support::inBlock;
+using support::loaded;
+using support::Reports;
+using support::Texts;
+
+using Type = HATAttrTypes::AttrType;
+
+struct OneProperty {
+    explicit OneProperty(const std::string& declaration) : library(loaded(inBlock("property " + declaration))) {}
+    const HDNTProperty* operator->() const { return library->getTypeBlock(0)->getProperty(0); }
+    std::unique_ptr<HDNTLibrary> library;
+};
+
+TEST(Property, DefaultsOutsideTheList) {
+    Reports reports;
+    const struct {
+        const char* text;
+        bool reported;
+    } cases[] = {
+        {"double \"P\" { values { 0.5, 1.0 }, default = 1.0 }", false},
+        {"double \"P\" { values { 0.5, 1.0 }, default = 2.0 }", true},
+        {"double \"P\" { min = 0.0, max = 1.0, default = 9.0 }", false},
+        {"8'h \"P\" { values { 8'h0F, 8'hFF }, default = 8'h0F }", false},
+        {"8'h \"P\" { values { 8'h0F, 8'hFF }, default = 8'hF }", true},
+        {"2'b \"P\" { values { 2'b01, 2'b10 }, default = 2'b1 }", true},
+        {"int \"P\" { values { 1, 2 }, default = 3 }", false},
+        {"string \"P\" { values { \"a\" }, default = \"b\" }", false},
+    };
+    for (const auto& [text, reported] : cases) {
+        const OneProperty property(text);
+        EXPECT_EQ(reports.take().size(), reported ? 1U : 0U) << text;
+    }
+}
+
+TEST(Property, HexRangesAreCompleted) {
+    const struct {
+        const char* text;
+        const char* low;
+        const char* high;
+    } cases[] = {{"1'h \"P\" { default = 1'h0 }", "0", "1"},
+                 {"4'h \"P\" { default = 1'h0 }", "0", "F"},
+                 {"5'h \"P\" { default = 1'h0 }", "00", "1F"},
+                 {"7'h \"P\" { default = 1'h0 }", "00", "7F"},
+                 {"10'h \"P\" { default = 1'h0 }", "000", "3FF"},
+                 {"16'h \"P\" { min = 16'h1 }", "16'h1", "FFFF"},
+                 {"8'h \"P\" { values { 8'h9, 8'h10 } }", "8'h10", "8'h9"}};
+    for (const auto& [text, low, high] : cases) {
+        const OneProperty property(text);
+        EXPECT_EQ(property->getMinHexValue(), low) << text;
+        EXPECT_EQ(property->getMaxHexValue(), high) << text;
+    }
+    EXPECT_EQ(OneProperty("4'b \"P\" { default = 4'b0 }")->getMaxBinaryValue(), "");
+}
+
+TEST(Property, PinInversion) {
+    for (const auto& [name, inversion] : {std::pair("IS_C_INVERTED", true), {"IS_INVERTED", false},
+                                          {"IS__INVERTED", false}, {"WAS_C_INVERTED", false}})
+        EXPECT_EQ(OneProperty(std::string("bool \"") + name + "\" true;")->isPinInversion(), inversion) << name;
+}
+
+TEST(Property, FlagsAndUnits) {
+    const OneProperty property("int \"P\" { min = 0, constraintsOnly = true, simulation = true, units = \"ns\" }");
+    const HATAttrSpec& spec = *property->getAttrSpec();
+    EXPECT_TRUE(spec.isConstraintsOnly() && !spec.isVisible() && spec.isSimulation() && spec.isTessel() && spec.hasUnit());
+    EXPECT_EQ(HDNTProperty::getTypeName(Type::TypeBitHex), "bithex");
+    EXPECT_THROW(HDNTProperty::getTypeName(static_cast<Type>(4)), HEXAlgException);
+}
+
+TEST(PropertyValue, Reasons) {
+    const OneProperty ranged("int \"P\" { min = 0, max = 10 }");
+    const OneProperty listed("int \"P\" { values { 5, 1 } }");
+    const OneProperty real("double \"P\" { min = 0.5, max = 2.0 }");
+    const OneProperty reals("double \"P\" { values { 0.5 } }");
+    const OneProperty flag("bool \"P\" true;");
+    const OneProperty text("string \"P\" { values { \"ABC\", \"DEF\" } }");
+    const OneProperty freeText("string \"P\" { default = \"\" }");
+    const OneProperty hex("8'h \"P\" { min = 8'h0 }");
+    const OneProperty hexes("8'h \"P\" { values { 8'h0F } }");
+    std::string reason;
+    const auto ask = [&](const OneProperty& property, auto value) {
+        reason = "valid";
+        const bool valid = property->isValidValue(value, reason);
+        EXPECT_EQ(valid, reason == "valid");
+        return reason;
+    };
+    EXPECT_EQ(ask(ranged, 0), "valid");
+    EXPECT_EQ(ask(ranged, 10), "valid");
+    EXPECT_EQ(ask(ranged, -1), "The integer value (-1) is less than the allowed minimum (0).");
+    EXPECT_EQ(ask(ranged, 11), "The integer value (11) is greater than the allowed minimum (10).");
+    EXPECT_EQ(ask(listed, 2), "The integer value is not one of the allowed values.");
+    EXPECT_EQ(ask(ranged, true), "Property is not of type bool.");
+    EXPECT_EQ(ask(real, 1), "Property is not of type integer.");
+    EXPECT_EQ(ask(real, 3.0), "The double value (3) is greater than the allowed minimum (0.5).");
+    EXPECT_EQ(ask(real, 0.25), "The double value (0.25) is less than the allowed minimum (0.5).");
+    EXPECT_EQ(ask(reals, 0.25), "The double value is not one of the allowed values.");
+    EXPECT_EQ(ask(ranged, 1.0), "Property is not of type double.");
+    EXPECT_EQ(ask(flag, false), "valid");
+    EXPECT_EQ(ask(text, "abc"), "valid");
+    EXPECT_EQ(ask(text, "x"), "The string value is not one of the allowed values.");
+    EXPECT_EQ(ask(freeText, "x"), "valid");
+    EXPECT_EQ(ask(ranged, "x"), "Property is not of type string.");
+    EXPECT_EQ(ask(hex, std::string("anything")), "valid");
+    EXPECT_EQ(ask(hexes, "8'h0f"), "valid");
+    EXPECT_EQ(ask(hexes, "0F"), "The string value is not one of the allowed values.");
+    EXPECT_EQ(listed->getMinIntValue() * 10 + listed->getMaxIntValue(), 15);
+}
+
+TEST(PropertyValue, CompressedIntegers) {
+    for (const auto& [text, expected] :
+         {std::pair("0000", "0"), {"16'h0000", "16'h0"}, {"", ""}, {"00FF", "0FF"}, {"8'h000A", "8'h0A"}, {"0F", "0F"},
+          {"12", "12"}, {"8'h", "8'h"}, {"8'", "8'"}})
+        EXPECT_EQ(compressIntString(text), expected) << text;
+}
+
+TEST(PropertyValue, Formats) {
+    const OneProperty hex("12'h \"P\" { min = 12'h0 }");
+    const OneProperty binary("6'b \"P\" { min = 6'b0 }");
+    const OneProperty number("int \"P\" { min = 0 }");
+    const struct {
+        const OneProperty& property;
+        const char* value;
+        const char* full;
+        const char* shortened;
+        const char* formatted;
+    } cases[] = {{hex, "12'h00a", "00A", "0A", "12'h0a"}, {hex, "4'b1010", "00A", "0A", "12'h0a"},
+                 {hex, "FFF", "FFF", "FFF", "12'hFFF"},     {hex, "8'b00120101", "00120101", "0120101", "12'h0X5"},
+                 {binary, "6'b000101", "000101", "0101", "6'b6'b0101"}, {binary, "6'hF", "001111", "01111", "6'b06'hF"},
+                 {number, "007", "007", "007", "007"},      {hex, "'", "", "", "12'h0'"}};
+    for (const auto& [property, value, full, shortened, formatted] : cases) {
+        EXPECT_EQ(property->formatValue(value, true), full) << value;
+        EXPECT_EQ(property->formatValue(value, false), shortened) << value;
+        EXPECT_EQ(property->formatValue(value, 'b', 'h', "%d'%c%s"), formatted) << value;
+    }
+}
+
+TEST(SpecIter, WalksBlocksAndParents) {
+    const auto parent = loaded("library \"P\" { block \"A\" { } block \"B\" { property bool \"X\" true; } }");
+    const auto child = loaded("library \"C\" { block \"C\" { property bool \"Y\" true; property bool \"Z\" true; } }", parent.get());
+    HDNTAllSpecIter all(child.get());
+    EXPECT_THROW(all.getKey(), HEXAlgException);
+    EXPECT_THROW(all.getVal(), HEXAlgException);
+    Texts names;
+    while (all.hasNext()) {
+        all.next();
+        names.push_back(all.getKey());
+        EXPECT_EQ(all.getVal()->getName(), names.back());
+    }
+    EXPECT_EQ(names, (Texts{"Y", "Z", "X"}));
+    const std::unique_ptr<HSTKeyValIter<std::string, HATAttrSpec*>> none(parent->getTypeBlock(0)->createSpecIter());
+    EXPECT_FALSE(none->hasNext());
+    EXPECT_THROW(none->getKey(), HEXAlgException);
+}
