@@ -2,8 +2,9 @@
 #include "bench/Generator.h"
 #include "hdnt/hdnt.h"
 
-#include <algorithm>
 #include <benchmark/benchmark.h>
+
+#include <algorithm>
 #include <map>
 #include <memory>
 

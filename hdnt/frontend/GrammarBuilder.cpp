@@ -89,7 +89,8 @@ void applyTexts(HATAttrSpec& spec, HATAttrTypes::AttrType type, const PropertyOp
     }
     hex ? spec.setHexDefault(chosen) : spec.setBinaryDefault(chosen);
     if (options.texts.empty())
-        hex ? spec.setHexRange(options.textMin, options.textMax) : spec.setBinaryRange(options.textMin, options.textMax);
+        hex ? spec.setHexRange(options.textMin, options.textMax)
+            : spec.setBinaryRange(options.textMin, options.textMax);
     for (const std::string& value : options.texts) hex ? spec.addDiscreteHex(value) : spec.addDiscreteBinary(value);
 }
 
@@ -201,9 +202,9 @@ HDNTBus* bus(std::string* name, int direction, bool test, bool abstract, int typ
              std::vector<HDNTProperty*>* properties, const yyltype& place) {
     OwnedList<HDNTProperty> owned(properties);
     std::string text = take(name);
-    auto* const result = new HDNTBus(text, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract,
-                                     static_cast<HDNT_PIN_TYPE>(type), static_cast<HDNT_PIN_REQUIREDVALUE>(required),
-                                     properties);
+    auto* const result =
+        new HDNTBus(text, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract, static_cast<HDNT_PIN_TYPE>(type),
+                    static_cast<HDNT_PIN_REQUIREDVALUE>(required), properties);
     owned.releaseItems();
     return placed(result, place);
 }

@@ -64,8 +64,7 @@ void HDNTError::UnderlineErrorInLine(const char* text, yyltype* loc) {
     if (!text) return;
     std::cerr << text << std::endl;
     std::string carets;
-    for (int column = 1; loc && column <= loc->last_column; ++column)
-        carets += column >= loc->first_column ? '^' : ' ';
+    for (int column = 1; loc && column <= loc->last_column; ++column) carets += column >= loc->first_column ? '^' : ' ';
     std::cerr << carets << std::endl;
 }
 
@@ -114,9 +113,7 @@ void HDNTError::PropertyDefaultNotInList(yyltype* loc, const char* propertyName)
 void HDNTError::InvalidName(yyltype* loc, const char* text) {
     OutputError(loc, std::string("Invalid name format in string \"") + text + "\" . Valid name is [a-z0-9_A-Z]+ .");
 }
-void HDNTError::UnrecogChar(yyltype* loc, char c) {
-    OutputError(loc, std::string("Unrecognized char: '") + c + "'");
-}
+void HDNTError::UnrecogChar(yyltype* loc, char c) { OutputError(loc, std::string("Unrecognized char: '") + c + "'"); }
 void HDNTError::InvalidArrayFormatName(yyltype* loc, const char* text) {
     OutputError(loc, std::string("Invalid name format in string \"") + text +
                          "\" . Valid name is name[+veinteger:+veinteger].");

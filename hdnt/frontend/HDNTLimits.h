@@ -10,16 +10,16 @@
 /// A bound met while a file is opened shows as the failure of that opening; one met in the text is one report at the
 /// declaration, which names the bound and the value.
 struct HDNT_API HDNTLimits {
-    int includeDepth = 256;                      ///< INCLUDE and INLINE files open at once
-    size_t inputBytes = size_t{1} << 30;         ///< bytes of one input after decompression
-    unsigned expansionRatio = 200;               ///< decompressed bytes per stored byte ...
-    size_t expansionFloor = size_t{64} << 20;    ///< ... once more than this many bytes came out
-    long rangeElements = 1048576;                ///< elements of one ranged name
-    int bitWidth = 65536;                        ///< bits of a hex or binary property
-    int precision = 100;                         ///< fraction digits of a double property
-    int parserDepth = 4000;                      ///< entries of the parser's stack; at least 200 are always there
-    long expansionInstances = 1000000;           ///< instances that one expanded mapping may have
-    std::string rootFolder;                      ///< INCLUDE, INLINE and map libraries stay below it; empty: anywhere
+    int includeDepth = 256;                   ///< INCLUDE and INLINE files open at once
+    size_t inputBytes = size_t{1} << 30;      ///< bytes of one input after decompression
+    unsigned expansionRatio = 200;            ///< decompressed bytes per stored byte ...
+    size_t expansionFloor = size_t{64} << 20; ///< ... once more than this many bytes came out
+    long rangeElements = 1048576;             ///< elements of one ranged name
+    int bitWidth = 65536;                     ///< bits of a hex or binary property
+    int precision = 100;                      ///< fraction digits of a double property
+    int parserDepth = 4000;                   ///< entries of the parser's stack; at least 200 are always there
+    long expansionInstances = 1000000;        ///< instances that one expanded mapping may have
+    std::string rootFolder;                   ///< INCLUDE, INLINE and map libraries stay below it; empty: anywhere
 
     /// The limits in force. Read at the start of each parse; the reference lives as long as the process.
     static const HDNTLimits& get();

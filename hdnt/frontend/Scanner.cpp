@@ -3,13 +3,14 @@
 #include "hdnt/frontend/Keywords.h"
 #include "hdnt/frontend/ScannerState.h"
 
+#include <locale.h>
+
+#include <algorithm>
 #include <array>
 #include <charconv>
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <locale.h>
 
 namespace hdnt::frontend {
 
@@ -219,13 +220,27 @@ int Scanner::scanOperator(const char* start) {
     const char second = start[1];
     const auto pair = [&](int token) { return accept(start, start + 2, token); };
     switch (first) {
-    case '-': if (isDigit(second)) return scanNumber(start, true); break;
-    case '>': if (second == '=') return pair(T_GreaterEqual); break;
-    case '<': if (second == '=') return pair(T_LessEqual); break;
-    case '=': if (second == '=') return pair(T_EqualTo); break;
-    case '!': if (second == '=') return pair(T_NotEqual); break;
-    case '&': if (second == '&') return pair(T_AndAnd); break;
-    case '|': if (second == '|') return pair(T_OrOr); break;
+    case '-':
+        if (isDigit(second)) return scanNumber(start, true);
+        break;
+    case '>':
+        if (second == '=') return pair(T_GreaterEqual);
+        break;
+    case '<':
+        if (second == '=') return pair(T_LessEqual);
+        break;
+    case '=':
+        if (second == '=') return pair(T_EqualTo);
+        break;
+    case '!':
+        if (second == '=') return pair(T_NotEqual);
+        break;
+    case '&':
+        if (second == '&') return pair(T_AndAnd);
+        break;
+    case '|':
+        if (second == '|') return pair(T_OrOr);
+        break;
     case '/':
         if (second == '*') {
             state_ = State::Comment;

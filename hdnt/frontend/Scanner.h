@@ -27,23 +27,89 @@ struct PropertyOptions;
 
 /// Token numbers. Single characters stand for themselves, 0 is the end of all input.
 enum NtlToken : int {
-    T_Library = 258, T_Block, T_Property, T_Pin, T_Int, T_String, T_Bool, T_End, T_Input, T_Output, T_Bidir, T_Null,
-    T_Double, T_BitHex, T_PinList, T_Identifier, T_StringConstant, T_HexConstant, T_BinaryConstant, T_IntConstant,
-    T_DoubleConstant, T_BoolConstant, T_Default, T_Min, T_Max, T_Precision, T_MapTo, T_Inst, T_Connect, T_Assign,
-    T_Signal, T_Function, T_If, T_Else, T_GreaterEqual, T_LessEqual, T_EqualTo, T_NotEqual, T_AndAnd, T_OrOr,
-    T_ModifiedBy, T_Description, T_Data, T_Clock, T_Enable, T_Reset, T_SetReset, T_Simulation, T_TieLow, T_TieHigh,
-    T_TieSpecial, T_Untie, T_Units, T_Values, T_Internal, T_Test, T_PrimGroup, T_ConstraintsOnly, T_MaturityLevel,
-    T_Early, T_Beta, T_Production, T_Deprecated, T_ExpandTo, T_Set, T_Clear, T_Preset, T_WriteEnable, T_RetargetTo,
-    T_Mixed, T_MuxControl, T_MustConnect, T_Active, T_Abstract
+    T_Library = 258,
+    T_Block,
+    T_Property,
+    T_Pin,
+    T_Int,
+    T_String,
+    T_Bool,
+    T_End,
+    T_Input,
+    T_Output,
+    T_Bidir,
+    T_Null,
+    T_Double,
+    T_BitHex,
+    T_PinList,
+    T_Identifier,
+    T_StringConstant,
+    T_HexConstant,
+    T_BinaryConstant,
+    T_IntConstant,
+    T_DoubleConstant,
+    T_BoolConstant,
+    T_Default,
+    T_Min,
+    T_Max,
+    T_Precision,
+    T_MapTo,
+    T_Inst,
+    T_Connect,
+    T_Assign,
+    T_Signal,
+    T_Function,
+    T_If,
+    T_Else,
+    T_GreaterEqual,
+    T_LessEqual,
+    T_EqualTo,
+    T_NotEqual,
+    T_AndAnd,
+    T_OrOr,
+    T_ModifiedBy,
+    T_Description,
+    T_Data,
+    T_Clock,
+    T_Enable,
+    T_Reset,
+    T_SetReset,
+    T_Simulation,
+    T_TieLow,
+    T_TieHigh,
+    T_TieSpecial,
+    T_Untie,
+    T_Units,
+    T_Values,
+    T_Internal,
+    T_Test,
+    T_PrimGroup,
+    T_ConstraintsOnly,
+    T_MaturityLevel,
+    T_Early,
+    T_Beta,
+    T_Production,
+    T_Deprecated,
+    T_ExpandTo,
+    T_Set,
+    T_Clear,
+    T_Preset,
+    T_WriteEnable,
+    T_RetargetTo,
+    T_Mixed,
+    T_MuxControl,
+    T_MustConnect,
+    T_Active,
+    T_Abstract
 };
 
 /// The value of a token, and of what the grammar makes of tokens. Trivial: who takes `text` owns the string.
 union NtlTokenValue {
-    int intValue;         ///< T_IntConstant: the low 32 bits; also the enumerations of the grammar
-    double doubleValue;   ///< T_DoubleConstant
-    bool boolValue;       ///< T_BoolConstant
-    char identifier[32];  ///< T_Identifier: at most 31 characters and the terminating zero
-    std::string* text;    ///< T_StringConstant without its quotes; T_HexConstant, T_BinaryConstant as written
+    int intValue;        ///< T_IntConstant: the low 32 bits; also the enumerations of the grammar
+    double doubleValue;  ///< T_DoubleConstant
+    bool boolValue;      ///< T_BoolConstant
+    char identifier[32]; ///< T_Identifier: at most 31 characters and the terminating zero
+    std::string* text;   ///< T_StringConstant without its quotes; T_HexConstant, T_BinaryConstant as written
     HDNTDecl* decl;
     HDNTBlock* block;
     HDNTFunctionDecl* function;

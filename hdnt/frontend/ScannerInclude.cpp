@@ -1,7 +1,6 @@
 #include "hdnt/frontend/HDNTLimits.h"
 #include "hdnt/frontend/ScannerState.h"
 #include "hdnt/frontend/SourceInput.h"
-
 #include "hdnt/platform/HSTUniqString.h"
 #include "hdnt/platform/HUTFile.h"
 
@@ -96,8 +95,7 @@ bool Scanner::open(const std::string& path, bool once) {
     bool opened = false;
     if (saved_.size() >= static_cast<size_t>(std::max(depth, 0)))
         reason = "more than " + std::to_string(depth) + " files open at once (limit includeDepth)";
-    else
-        opened = isInsideRoot(path, reason) && readSource(path, text->bytes, reason);
+    else opened = isInsideRoot(path, reason) && readSource(path, text->bytes, reason);
     std::printf("\t Loading File : %s\n", path.c_str());
     if (!opened) {
         std::printf("file %s could not be opened\n", path.c_str());

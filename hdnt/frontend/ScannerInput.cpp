@@ -1,5 +1,4 @@
 #include "hdnt/frontend/ScannerState.h"
-
 #include "hdnt/platform/HSTUniqString.h"
 
 #include <algorithm>

@@ -1,6 +1,5 @@
 // The exported names of the scanner: thin covers, never called from inside the library.
 #include "hdnt/frontend/Scanner.h"
-
 #include "hdnt/frontend/ScannerState.h"
 
 #include <algorithm>

@@ -23,7 +23,8 @@ const HDNTCellviewLib* HDNTCellviewLib::getGlobal() {
 }
 
 void HDNTCellviewLib::initializeValues() {
-    for (const auto* entry = hdnt::manager::cellviewTable; entry->name; ++entry) s_typeToName[entry->value] = entry->name;
+    for (const auto* entry = hdnt::manager::cellviewTable; entry->name; ++entry)
+        s_typeToName[entry->value] = entry->name;
     initializedValue = true;
 }
 

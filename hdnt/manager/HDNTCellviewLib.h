@@ -8,9 +8,9 @@
 #include <unordered_map>
 #include <vector>
 
-/// The registry of cellview types: every primitive that the design tool knows has a fixed number and an upper-case name.
-/// The table is compiled in (data/cellviews.csv, or the file given when the library was built) and never changes; values
-/// carry no meaning beyond identity.
+/// The registry of cellview types: every primitive that the design tool knows has a fixed number and an upper-case
+/// name. The table is compiled in (data/cellviews.csv, or the file given when the library was built) and never changes;
+/// values carry no meaning beyond identity.
 ///
 /// Built on the first getGlobal(), from any thread; all queries may run in any number of threads.
 class HDNT_API HDNTCellviewLib {

@@ -39,9 +39,9 @@ public:
     /// "ntl.enableDiagnostics" and "ntl.retargetAllCells" into the switches below.
     HDNTLibrary* createLibrary(HDNTLibrary* parent);
     /// Loads a file, or all .btl files of a folder in name order into one library, finalizes it, and checks it when
-    /// diagnostics are on. Nothing at `path`: the parent itself, or HEXDataException "No such ntl library file: " + path
-    /// without one. Any report, now or before: HEXDataException "Invalid ntl library file: " + path, and the library is
-    /// gone. Exceptions of the parse and of configuration files pass through, likewise. Not cached.
+    /// diagnostics are on. Nothing at `path`: the parent itself, or HEXDataException "No such ntl library file: " +
+    /// path without one. Any report, now or before: HEXDataException "Invalid ntl library file: " + path, and the
+    /// library is gone. Exceptions of the parse and of configuration files pass through, likewise. Not cached.
     HDNTLibrary* loadLibrary(std::string path, HDNTLibrary* parent);
 
     /// Loads once by path, the located common data when empty. With a parent, a path where nothing is gives the parent.

@@ -32,9 +32,7 @@ std::vector<std::string> textsOf(const Setting* list) {
     return texts;
 }
 
-const Setting* memberOf(const Setting& group, const char* name) {
-    return group.exists(name) ? &group[name] : nullptr;
-}
+const Setting* memberOf(const Setting& group, const char* name) { return group.exists(name) ? &group[name] : nullptr; }
 
 // Calls visit(name, setting) for each member of a group; of anything else for none.
 template <typename Visit>

@@ -30,8 +30,8 @@ struct ArchFacts {
     bool internalPins = false;
 };
 
-/// The application configuration, translated once so that queries need neither a lock nor libconfig. An entry of another
-/// type than expected counts as absent.
+/// The application configuration, translated once so that queries need neither a lock nor libconfig. An entry of
+/// another type than expected counts as absent.
 struct ArchTables {
     std::map<std::string, CellFacts, std::less<>> cells;
     std::map<std::string, ArchFacts, std::less<>> architectures;

@@ -88,7 +88,8 @@ void HDNTBlock::adoptBus(HDNTBus& bus) {
 
 bool HDNTBlock::applyAttribute(const HDNTBlockEntity& entity) {
     if (const auto* const flag = dynamic_cast<const HDNTInternalFlag*>(&entity)) internal_ = flag->getValue();
-    else if (const auto* const level = dynamic_cast<const HDNTMaturityLevel*>(&entity)) maturityLevel_ = level->getValue();
+    else if (const auto* const level = dynamic_cast<const HDNTMaturityLevel*>(&entity))
+        maturityLevel_ = level->getValue();
     else if (const auto* const test = dynamic_cast<const HDNTTestFlag*>(&entity)) test_ = test->getValue();
     else if (const auto* const group = dynamic_cast<const HDNTPrimGroup*>(&entity)) applyGroup(*group);
     else return false;

@@ -19,15 +19,15 @@ namespace CommonPart {
 struct PartSpec;
 }
 
-/// One primitive of a library: its pins bit by bit, its buses as declared, its properties, flags and primitive group, and
-/// at most one mapping netlist.
+/// One primitive of a library: its pins bit by bit, its buses as declared, its properties, flags and primitive group,
+/// and at most one mapping netlist.
 ///
 /// Owns all of these. Once its library is finalized, the const operations may run in any number of threads.
 class HDNT_API HDNTBlock : public HDNTBlockEntity, public HATAttrObj {
 public:
     /// Netlist kinds.
     enum Kind : unsigned short {
-        AnyArchitecture = 100,   ///< from a map library without sections for architectures
+        AnyArchitecture = 100, ///< from a map library without sections for architectures
         NoNetlist = 101,
         OwnNetlist = 103,
         OwnNetlistInChild = 104, ///< of a library that has a parent
@@ -35,9 +35,9 @@ public:
 
     /// Sorts the entities into the block and deletes those that only set an attribute (flags, maturity level, group).
     /// Takes over the other entities and the netlist, also when it throws; the vector stays the caller's and may be
-    /// null, as may netlist and library. A name that the cellview registry does not know is noted in s_unregisteredNames.
-    /// Throws HEXDataException "Internal pins must be last in list, in tessel " + name for a bus that is not internal
-    /// behind one that is.
+    /// null, as may netlist and library. A name that the cellview registry does not know is noted in
+    /// s_unregisteredNames. Throws HEXDataException "Internal pins must be last in list, in tessel " + name for a bus
+    /// that is not internal behind one that is.
     HDNTBlock(const std::string& name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist,
               HDNTLibrary* library);
     ~HDNTBlock() override;

@@ -26,9 +26,8 @@ void HDNTBlock::finalize() {
 void HDNTBlock::indexPins() {
     for (uint32_t i = 0; i < buses_.size(); ++i)
         if (buses_[i]->getFirstPinIndex() >= 0) busesByName_.push_back(i);
-    std::stable_sort(busesByName_.begin(), busesByName_.end(), [this](uint32_t a, uint32_t b) {
-        return buses_[a]->getBaseName() < buses_[b]->getBaseName();
-    });
+    std::stable_sort(busesByName_.begin(), busesByName_.end(),
+                     [this](uint32_t a, uint32_t b) { return buses_[a]->getBaseName() < buses_[b]->getBaseName(); });
     for (const size_t pin : findRedefinedPins())
         HDNTError::PinRedefinition(pins_[pin]->getLocation(), pins_[pin]->getName(false).c_str());
 }
@@ -38,8 +37,8 @@ std::vector<size_t> HDNTBlock::findRedefinedPins() const {
     std::vector<size_t> redefined;
     for (auto group = busesByName_.begin(); group != busesByName_.end();) {
         const std::string& baseName = buses_[*group]->getBaseName();
-        const auto groupEnd = std::find_if(
-            group, busesByName_.end(), [&](uint32_t bus) { return buses_[bus]->getBaseName() != baseName; });
+        const auto groupEnd = std::find_if(group, busesByName_.end(),
+                                           [&](uint32_t bus) { return buses_[bus]->getBaseName() != baseName; });
         std::unordered_set<int> bits;
         for (auto entry = group; groupEnd - group > 1 && entry != groupEnd; ++entry) {
             const HDNTBus& bus = *buses_[*entry];

@@ -105,9 +105,9 @@ bool HDNTLibrary::getTypeBlocksBeginWith(const std::string& prefix, std::vector<
                                          bool searchParents) const {
     if (prefix.empty()) return false;
     const std::string upperPrefix = HSTStringUtils::to_upper_copy(prefix);
-    auto name = std::lower_bound(
-        sortedNames_.begin(), sortedNames_.end(), upperPrefix,
-        [](const IndexedName* entry, const std::string& wanted) { return entry->upperName < wanted; });
+    auto name =
+        std::lower_bound(sortedNames_.begin(), sortedNames_.end(), upperPrefix,
+                         [](const IndexedName* entry, const std::string& wanted) { return entry->upperName < wanted; });
     bool any = false;
     for (; name != sortedNames_.end() && (*name)->upperName.starts_with(upperPrefix); ++name) {
         out.push_back(blocks_[(*name)->index]);
@@ -185,6 +185,4 @@ bool HDNTLibrary::isIOPinConstr(const std::string& name) const {
 bool HDNTLibrary::isReadOnlyAttribute(const std::string& name) const {
     return getArchTables().readOnlyAttributes.contains(name);
 }
-void HDNTLibrary::getMasterDriverTypes(std::vector<std::string>& out) const {
-    out = getArchTables().masterDriverTypes;
-}
+void HDNTLibrary::getMasterDriverTypes(std::vector<std::string>& out) const { out = getArchTables().masterDriverTypes; }

@@ -21,14 +21,14 @@ struct ArchTables;
 /// One parsed library: its blocks and function declarations, and the library it extends, if any. Look-ups that are
 /// allowed to go on ask the parent when this library has no answer.
 ///
-/// Made and owned by HDNTLibraryMgr, or by whoever constructs one. Life: constructed, parsed into (one text or several),
-/// finalize(), check(), queries. Constructing and parsing belong to the loading thread; once finalized, the queries may
-/// run in any number of threads.
+/// Made and owned by HDNTLibraryMgr, or by whoever constructs one. Life: constructed, parsed into (one text or
+/// several), finalize(), check(), queries. Constructing and parsing belong to the loading thread; once finalized, the
+/// queries may run in any number of threads.
 class HDNT_API HDNTLibrary : public HDNTDecl, public HATAttrObj {
 public:
     /// Builds an empty library over `parent`, which may be null, is not owned and must outlive it, and makes it the
-    /// target of the parser (myTopLib). A library without parent reads "HDNTApplicationData.cfg": a malformed file throws
-    /// HEXDataException with its name and line.
+    /// target of the parser (myTopLib). A library without parent reads "HDNTApplicationData.cfg": a malformed file
+    /// throws HEXDataException with its name and line.
     explicit HDNTLibrary(HDNTLibrary* parent);
     /// Deletes blocks and function declarations; what a child library still refers to is gone then.
     ~HDNTLibrary() override;
@@ -55,9 +55,10 @@ public:
     /// throws HEXDataException "Invalid maplib ntl file: " + name.
     bool loadMaplib(const std::string& name, const std::string& arch);
 
-    /// Adopts parsed declarations: blocks and function declarations, in order; null entries are skipped. Blocks with the
-    /// test flag are deleted unless the parameter "arch.enableTestFeatures" is on. The vector stays the caller's and may
-    /// be null. Another kind throws HEXAlgException "Invalid library declaration type"; what came before stays adopted.
+    /// Adopts parsed declarations: blocks and function declarations, in order; null entries are skipped. Blocks with
+    /// the test flag are deleted unless the parameter "arch.enableTestFeatures" is on. The vector stays the caller's
+    /// and may be null. Another kind throws HEXAlgException "Invalid library declaration type"; what came before stays
+    /// adopted.
     void init(const std::string& name, std::vector<HDNTDecl*>* decls);
 
     /// The name in the last text parsed into this library; empty before.
@@ -119,9 +120,9 @@ private:
     std::string name_;
     std::vector<HDNTBlock*> blocks_;
     std::vector<HDNTFunctionDecl*> functions_;
-    std::deque<IndexedName> names_;                               ///< in the order of indexing; addresses stay
-    std::unordered_map<std::string_view, size_t> indexByName_;    ///< upper-cased, keys in names_
-    std::vector<const IndexedName*> sortedNames_;                 ///< by upper-cased name
+    std::deque<IndexedName> names_;                            ///< in the order of indexing; addresses stay
+    std::unordered_map<std::string_view, size_t> indexByName_; ///< upper-cased, keys in names_
+    std::vector<const IndexedName*> sortedNames_;              ///< by upper-cased name
     std::deque<std::string> groupAbbrevs_;
     std::unique_ptr<ConfigBase> config_;
     std::unique_ptr<const hdnt::model::ArchTables> archTables_;

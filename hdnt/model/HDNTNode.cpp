@@ -19,8 +19,8 @@ bool isPlainName(const std::string& name) {
     return std::all_of(name.begin(), name.end(), [](char c) { return c == '@' || isPlainPart(c); });
 }
 
-// Reads decimal digits at p; false when there is none. Numbers past the range of int stand for its greatest value, which
-// is more than any range or bit may be.
+// Reads decimal digits at p; false when there is none. Numbers past the range of int stand for its greatest value,
+// which is more than any range or bit may be.
 bool readBound(const char*& p, const char* end, int& bound) {
     if (p == end || *p < '0' || *p > '9') return false;
     const std::from_chars_result result = std::from_chars(p, end, bound);

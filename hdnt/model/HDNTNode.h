@@ -34,15 +34,15 @@ public:
 
     /// Whether the name holds a "[" or a "]".
     bool isMultipleInstances(const std::string& name) const;
-    /// Takes `base[m:n]` and `base[n]` apart; for the second, first and second are the same. The base is letters, digits
-    /// and underscores, the bounds are decimal digits without a sign (values above INT_MAX become INT_MAX). False, with
-    /// a report and the arguments untouched, for any other name.
+    /// Takes `base[m:n]` and `base[n]` apart; for the second, first and second are the same. The base is letters,
+    /// digits and underscores, the bounds are decimal digits without a sign (values above INT_MAX become INT_MAX).
+    /// False, with a report and the arguments untouched, for any other name.
     bool checkValidMultipleInstFormat(const std::string& name, std::string& baseName, int& first, int& second) const;
     /// Reports what is wrong with a declared name. Does nothing while HDNTLibraryMgr::m_diagnostics is off.
     void checkNames(const std::string& name, bool allowArrayFormat) const;
     /// Appends the elements a name stands for, in the order its range was written: base names to `names`, and for a
-    /// bracketed name the bits to `indices`. A plain name appends no index. A malformed name, or a range of more elements
-    /// than the limit rangeElements, is reported and appends nothing.
+    /// bracketed name the bits to `indices`. A plain name appends no index. A malformed name, or a range of more
+    /// elements than the limit rangeElements, is reported and appends nothing.
     void expandRangedNameNames(const std::string& name, std::vector<std::string>& names,
                                std::vector<int>& indices) const;
     /// The same for each name in order; null is an empty list. With plain names among ranged ones the two results do

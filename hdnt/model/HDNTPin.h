@@ -3,8 +3,8 @@
 #include "hdnt/model/HDNTBus.h"
 #include "hdnt/platform/HATAttrObj.h"
 
-/// One bit of a bus, or a single pin. Made by HDNTBus::elaborate and owned by the block; what was declared stands in the
-/// bus, its parent. A pin without a bus answers as a bus with empty name, direction internal and nothing set.
+/// One bit of a bus, or a single pin. Made by HDNTBus::elaborate and owned by the block; what was declared stands in
+/// the bus, its parent. A pin without a bus answers as a bus with empty name, direction internal and nothing set.
 class HDNT_API HDNTPin : public HDNTBlockEntity, public HATAttrObj {
 public:
     HDNTPin(short bit, unsigned short index) : bitIndex_(bit), pinIndex_(index) {}

@@ -18,8 +18,8 @@ public:
     ~HDNTProperty() override;
     HDNTProperty(const HDNTProperty&) = delete;
 
-    /// Reports a bad name, and a default that is not listed (double, hex, binary). Int, string and bool defaults are not
-    /// checked, nor is a double against its range.
+    /// Reports a bad name, and a default that is not listed (double, hex, binary). Int, string and bool defaults are
+    /// not checked, nor is a double against its range.
     void check() override;
     /// Takes read-only flag and description from the configuration, and completes the range of a hex property. Called
     /// for the properties of blocks, not for those of buses.

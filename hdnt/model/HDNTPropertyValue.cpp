@@ -4,8 +4,9 @@
 #include "hdnt/platform/HSTStringUtils.h"
 #include "hdnt/platform/HUTConvert.h"
 
-#include <algorithm>
 #include <boost/format.hpp>
+
+#include <algorithm>
 
 using Type = HATAttrTypes::AttrType;
 
@@ -80,7 +81,8 @@ bool HDNTProperty::isValidValue(double value, std::string& reason) const {
     }
     const double minimum = getMinDoubleValue();
     if (minimum > value)
-        return refuse(reason, outOfRange("The double value (%g) is less than the allowed minimum (%g).", value, minimum));
+        return refuse(reason,
+                      outOfRange("The double value (%g) is less than the allowed minimum (%g).", value, minimum));
     if (value > getMaxDoubleValue())
         return refuse(reason,
                       outOfRange("The double value (%g) is greater than the allowed minimum (%g).", value, minimum));
@@ -99,9 +101,8 @@ bool HDNTProperty::isValidValue(std::string value, std::string& reason) const {
     case Type::TypeBitBinary: allowed = getAllowedBinaryValues(); break;
     default: return refuse(reason, "Property is not of type string.");
     }
-    const bool listed = std::any_of(allowed.begin(), allowed.end(), [&](const std::string& text) {
-        return HSTStrUtils::compareCI(text, value) == 0;
-    });
+    const bool listed = std::any_of(allowed.begin(), allowed.end(),
+                                    [&](const std::string& text) { return HSTStrUtils::compareCI(text, value) == 0; });
     return listed || !spec_.isEnumerated() || refuse(reason, "The string value is not one of the allowed values.");
 }
 

@@ -14,12 +14,8 @@
 
 namespace {
 
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '*';
-}
-bool isNameChar(char c) {
-    return isLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '_';
-}
+bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '*'; }
+bool isNameChar(char c) { return isLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '_'; }
 
 bool isName(std::string_view text) {
     return !text.empty() && isLetter(text.front()) && std::all_of(text.begin(), text.end(), isNameChar);
@@ -96,9 +92,7 @@ std::string ConfigBase::findValidPartPath(const std::string& key, const CommonPa
     return isPath(key) && config_->exists(full) ? full : std::string();
 }
 
-bool ConfigBase::isValidName(const std::string& name) {
-    return isName(name);
-}
+bool ConfigBase::isValidName(const std::string& name) { return isName(name); }
 
 std::string ConfigBase::getDataLocation(const std::string& name) {
     return HUTPathUtils::findInPath(std::getenv("HDNT_DATA_PATH"), hdnt::platform::shareDirectory(), name);

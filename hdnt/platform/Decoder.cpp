@@ -22,9 +22,7 @@ constexpr std::string_view ZstdMagic("\x28\xb5\x2f\xfd", 4);
 constexpr std::string_view ZstdSkippableMagic("\x2a\x4d\x18", 3); // after a byte 0x50 to 0x5f
 
 // zlib and bzip2 count in unsigned int.
-unsigned slice(std::size_t size) {
-    return static_cast<unsigned>(std::min<std::size_t>(size, INT_MAX));
-}
+unsigned slice(std::size_t size) { return static_cast<unsigned>(std::min<std::size_t>(size, INT_MAX)); }
 
 bool startsWithMagic(std::string_view text, std::string_view magic) {
     if (text.size() >= magic.size()) return text.substr(0, magic.size()) == magic;

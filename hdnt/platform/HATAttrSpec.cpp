@@ -15,27 +15,16 @@ static_assert(sizeof(void*) == sizeof(std::uint64_t), "a slot holds a pointer");
 
 namespace {
 
-std::uint64_t bitsOf(double value) {
-    return std::bit_cast<std::uint64_t>(value);
-}
-std::uint64_t bitsOf(const void* token) {
-    return reinterpret_cast<std::uintptr_t>(token);
-}
-const void* tokenOf(std::uint64_t slot) {
-    return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(slot));
-}
-void release(std::uint64_t slot) {
-    HSTUniqString::adopt(tokenOf(slot));
-}
+std::uint64_t bitsOf(double value) { return std::bit_cast<std::uint64_t>(value); }
+std::uint64_t bitsOf(const void* token) { return reinterpret_cast<std::uintptr_t>(token); }
+const void* tokenOf(std::uint64_t slot) { return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(slot)); }
+void release(std::uint64_t slot) { HSTUniqString::adopt(tokenOf(slot)); }
 
 template <typename T>
 T decode(std::uint64_t slot) {
-    if constexpr (std::is_same_v<T, int>)
-        return static_cast<int>(static_cast<std::uint32_t>(slot));
-    else if constexpr (std::is_same_v<T, double>)
-        return std::bit_cast<double>(slot);
-    else
-        return HSTUniqString::textOf(tokenOf(slot));
+    if constexpr (std::is_same_v<T, int>) return static_cast<int>(static_cast<std::uint32_t>(slot));
+    else if constexpr (std::is_same_v<T, double>) return std::bit_cast<double>(slot);
+    else return HSTUniqString::textOf(tokenOf(slot));
 }
 
 // The capacity follows from the count, so none is stored: small arrays fill what malloc hands out anyway (an odd number
@@ -120,9 +109,7 @@ void HATAttrSpec::append(Facet list, std::uint64_t value) {
     ++slots_[indexOf(list)];
 }
 
-const std::string& HATAttrSpec::text(Facet facet) const {
-    return HSTUniqString::textOf(tokenOf(get(facet, 0)));
-}
+const std::string& HATAttrSpec::text(Facet facet) const { return HSTUniqString::textOf(tokenOf(get(facet, 0))); }
 
 void HATAttrSpec::putText(Facet facet, HSTUniqString value) {
     const std::uint64_t old = get(facet, 0);
@@ -168,35 +155,19 @@ bool HATAttrSpec::isAllowedSourceType(int sourceType) const {
     return (get(RemovedSources, 0) >> sourceType & 1U) == 0;
 }
 
-void HATAttrSpec::setIntRange(int low, int high) {
-    put(IntRange, pack(low, high), pack(INT_MIN, INT_MAX));
-}
-int HATAttrSpec::getLowIntRange() const {
-    return first(get(IntRange, pack(INT_MIN, INT_MAX)));
-}
-int HATAttrSpec::getHighIntRange() const {
-    return second(get(IntRange, pack(INT_MIN, INT_MAX)));
-}
+void HATAttrSpec::setIntRange(int low, int high) { put(IntRange, pack(low, high), pack(INT_MIN, INT_MAX)); }
+int HATAttrSpec::getLowIntRange() const { return first(get(IntRange, pack(INT_MIN, INT_MAX))); }
+int HATAttrSpec::getHighIntRange() const { return second(get(IntRange, pack(INT_MIN, INT_MAX))); }
 
 void HATAttrSpec::setDoubleRange(double low, double high) {
     put(DoubleLow, bitsOf(low), bitsOf(-DBL_MAX));
     put(DoubleHigh, bitsOf(high), bitsOf(DBL_MAX));
 }
-double HATAttrSpec::getLowDoubleRange() const {
-    return decode<double>(get(DoubleLow, bitsOf(-DBL_MAX)));
-}
-double HATAttrSpec::getHighDoubleRange() const {
-    return decode<double>(get(DoubleHigh, bitsOf(DBL_MAX)));
-}
-void HATAttrSpec::addDiscreteDoubleRange(double value) {
-    append(DoubleList, bitsOf(value));
-}
-void HATAttrSpec::setDoubleDefault(double value) {
-    put(DoubleDefault, bitsOf(value), bitsOf(0.0));
-}
-double HATAttrSpec::getDoubleDefault() const {
-    return decode<double>(get(DoubleDefault, bitsOf(0.0)));
-}
+double HATAttrSpec::getLowDoubleRange() const { return decode<double>(get(DoubleLow, bitsOf(-DBL_MAX))); }
+double HATAttrSpec::getHighDoubleRange() const { return decode<double>(get(DoubleHigh, bitsOf(DBL_MAX))); }
+void HATAttrSpec::addDiscreteDoubleRange(double value) { append(DoubleList, bitsOf(value)); }
+void HATAttrSpec::setDoubleDefault(double value) { put(DoubleDefault, bitsOf(value), bitsOf(0.0)); }
+double HATAttrSpec::getDoubleDefault() const { return decode<double>(get(DoubleDefault, bitsOf(0.0))); }
 
 // Both texts are taken before either is put: one given may be the other's old value.
 void HATAttrSpec::setHexRange(std::string_view low, std::string_view high) {
@@ -211,6 +182,4 @@ void HATAttrSpec::setBinaryRange(std::string_view low, std::string_view high) {
     putText(BinaryHigh, std::move(newHigh));
 }
 
-std::size_t HATAttrSpec::packedBytes() const {
-    return capacityFor(numSlots()) * sizeof *slots_;
-}
+std::size_t HATAttrSpec::packedBytes() const { return capacityFor(numSlots()) * sizeof *slots_; }

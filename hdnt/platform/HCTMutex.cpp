@@ -20,9 +20,7 @@ void HCTMutex::unlock() {
     if (const int code = pthread_mutex_unlock(&mutex_)) throw HCTThreadException(code);
 }
 
-HCTLock::HCTLock(HCTMutex& mutex) : mutex_(&mutex) {
-    mutex.lock();
-}
+HCTLock::HCTLock(HCTMutex& mutex) : mutex_(&mutex) { mutex.lock(); }
 
 HCTLock::~HCTLock() {
     try {

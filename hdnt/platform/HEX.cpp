@@ -6,9 +6,7 @@ HEXAll::HEXAll(const std::string& message) : message_(message) {}
 HEXAll::HEXAll(const HEXAll&) = default;
 HEXAll& HEXAll::operator=(const HEXAll&) = default;
 HEXAll::~HEXAll() = default;
-const char* HEXAll::what() const noexcept {
-    return message_.c_str();
-}
+const char* HEXAll::what() const noexcept { return message_.c_str(); }
 
 HEXAlgException::~HEXAlgException() = default;
 HEXDataException::~HEXDataException() = default;

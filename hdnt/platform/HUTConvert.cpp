@@ -15,9 +15,7 @@ bool isHex(std::string_view digits) {
                        [](char c) { return HexDigits.find(HSTStringUtils::to_upper(c)) != std::string_view::npos; });
 }
 
-bool isBinary(std::string_view digits) {
-    return digits.find_first_not_of("01") == std::string_view::npos;
-}
+bool isBinary(std::string_view digits) { return digits.find_first_not_of("01") == std::string_view::npos; }
 
 std::string toBits(std::string_view hexDigits) {
     std::string bits;

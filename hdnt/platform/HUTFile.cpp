@@ -25,9 +25,7 @@ const std::string& HUTFileIter::current() const {
 
 HUTFile::HUTFile(std::string path) : path_(std::move(path)) {}
 
-bool HUTFile::exists() const {
-    return HUTPathUtils::exists(path_);
-}
+bool HUTFile::exists() const { return HUTPathUtils::exists(path_); }
 
 bool HUTFile::isDir() const {
     std::error_code error;
@@ -61,9 +59,7 @@ std::string HUTPathUtils::replaceExtension(const std::string& path, const std::s
     return fs::path(path).replace_extension(extension).string();
 }
 
-std::string HUTPathUtils::directoryOf(const std::string& path) {
-    return fs::path(path).parent_path().string();
-}
+std::string HUTPathUtils::directoryOf(const std::string& path) { return fs::path(path).parent_path().string(); }
 
 std::string HUTPathUtils::findInPath(const char* list, const std::string& lastDirectory, const std::string& name) {
     if (name.empty()) return {};

@@ -17,12 +17,8 @@ namespace {
 
 constexpr std::size_t ChunkBytes = std::size_t{256} << 10;
 
-std::string systemReason(int code) {
-    return std::generic_category().message(code);
-}
-std::string sizeReason(std::size_t limit) {
-    return "larger than " + std::to_string(limit) + " bytes";
-}
+std::string systemReason(int code) { return std::generic_category().message(code); }
+std::string sizeReason(std::size_t limit) { return "larger than " + std::to_string(limit) + " bytes"; }
 
 struct Descriptor {
     explicit Descriptor(int fd) : value(fd) {}

@@ -14,7 +14,8 @@ static void storeLines(int count) {
     for (int i = 1; i <= count; ++i) text += "line" + std::to_string(i) + "\n";
     yy_scan_string(text.c_str());
     NtlInitScanner();
-    while (HDNTParserlex() != 0) {}
+    while (HDNTParserlex() != 0) {
+    }
     yylex_destroy();
 }
 
@@ -36,8 +37,7 @@ TEST(Report, EdgesOfLocations) {
         {place("f", 1, 9, 3, 2), "\n*** Error line 9.\nfile: f line: 1.\nline2\n  \n*** m\n\n"},
         {place("f", 1, 2, 1, 0), "\n*** Error line 2.\nfile: f line: 1.\nline2\n\n*** m\n\n"},
     };
-    for (auto [at, expected] : cases)
-        EXPECT_EQ(printedBy([&] { HDNTError::OutputError(&at, "m"); }).err, expected);
+    for (auto [at, expected] : cases) EXPECT_EQ(printedBy([&] { HDNTError::OutputError(&at, "m"); }).err, expected);
     EXPECT_EQ(printedBy([] { HDNTError::ParserFailed("m"); }).err, "\n*** Error.\n*** m\n\n");
     EXPECT_EQ(HDNTError::numErrors, 5);
 }
@@ -70,16 +70,15 @@ TEST(Report, NamedErrorsHaveTheirTexts) {
     HDNTError::BlockRedefinitionError(nullptr, &at, "x");
     HDNTError::MismatchedArgument(nullptr, 2);
     HDNTError::Formatted(nullptr, "%d%s", 1, "x");
-    EXPECT_EQ(reports.texts, (support::Texts{"Input ends with unterminated comment", "Libraries are missing in map",
-                                             "No valid signal found in connect statement",
-                                             "Block Definition needs to have at least 1 pin.",
-                                             "Invalid netlist entry. Please refer to NTL grammar.", "Invalid operands",
-                                             "Could not open file: f", "Unterminated string constant: x",
-                                             "Function call has mismatched number of args in function x",
-                                             "Property x default value not within allowed min/max range.",
-                                             "Unrecognized char: 'x'", "Function x is missing from library",
-                                             "Block x has already been defined at location 7",
-                                             "Argument type mismatch at argument 2", "1x"}));
+    EXPECT_EQ(reports.texts,
+              (support::Texts{
+                  "Input ends with unterminated comment", "Libraries are missing in map",
+                  "No valid signal found in connect statement", "Block Definition needs to have at least 1 pin.",
+                  "Invalid netlist entry. Please refer to NTL grammar.", "Invalid operands", "Could not open file: f",
+                  "Unterminated string constant: x", "Function call has mismatched number of args in function x",
+                  "Property x default value not within allowed min/max range.", "Unrecognized char: 'x'",
+                  "Function x is missing from library", "Block x has already been defined at location 7",
+                  "Argument type mismatch at argument 2", "1x"}));
 }
 
 TEST(Report, LongFormattedTextIsCut) {

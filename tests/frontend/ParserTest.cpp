@@ -1,9 +1,10 @@
-#include "tests/support/Capture.h"
 #include "tests/platform/TempDir.h"
+#include "tests/support/Capture.h"
 #include "tests/support/Library.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
+
+#include <fstream>
 #include <sstream>
 
 using support::inBlock;
@@ -54,12 +55,14 @@ TEST(Parser, SyntaxErrors) {
 
 TEST(Parser, ASyntaxErrorPrintsTheLastLines) {
     const support::Printed printed = support::printedBy([] { parsed("library \"L\" {\n  oops\n}\n", 1); });
-    EXPECT_EQ(printed.err, "\n*** Error line 2.\nfile: unknown file name line: 2.\n  oops\n  ^^^^\n*** syntax error\n\n");
+    EXPECT_EQ(printed.err,
+              "\n*** Error line 2.\nfile: unknown file name line: 2.\n  oops\n  ^^^^\n*** syntax error\n\n");
     EXPECT_EQ(printed.out, "1: library \"L\" {\n2:   oops\n");
 }
 
 TEST(Parser, NodesStandWhereTheirRuleBegins) {
-    const auto library = parsed("library \"L\" {\n  block \"ADD\" {\n  pin \"A\" input; property bool \"P\" true;\n}\n}");
+    const auto library =
+        parsed("library \"L\" {\n  block \"ADD\" {\n  pin \"A\" input; property bool \"P\" true;\n}\n}");
     ASSERT_TRUE(library);
     const HDNTBlock& block = *library->getTypeBlock(0);
     const yyltype& atBlock = *block.getLocation();
@@ -71,10 +74,10 @@ TEST(Parser, NodesStandWhereTheirRuleBegins) {
 }
 
 TEST(Parser, OptionRecordsStartNeutralAndTheLastWins) {
-    const auto library = parsed(inBlock(
-        "property int \"I\" { test = true, default = 3, default = 4 } property int \"J\" { values { 7, 2 } }"
-        "property double \"D\" { default = 0.5 } property 6'b \"B\" { values { 6'b1, 6'b0 }, units = \"u\" }"
-        "property string \"S\" { muxControl = true } property 4'h \"H\" { min = 4'h1 }"));
+    const auto library = parsed(
+        inBlock("property int \"I\" { test = true, default = 3, default = 4 } property int \"J\" { values { 7, 2 } }"
+                "property double \"D\" { default = 0.5 } property 6'b \"B\" { values { 6'b1, 6'b0 }, units = \"u\" }"
+                "property string \"S\" { muxControl = true } property 4'h \"H\" { min = 4'h1 }"));
     ASSERT_TRUE(library);
     const HDNTBlock& block = *library->getTypeBlock(0);
     const HDNTProperty& i = *block.getProperty(0);
@@ -119,7 +122,8 @@ TEST(Parser, LimitsOfTheText) {
 }
 
 TEST(Parser, ExceptionsPassAndTheNextParseWorks) {
-    const std::string bad = inBlock("pin \"A\" input; pin \"I[1:0]\" internal; pin \"B\" output; property bool \"P\" true;");
+    const std::string bad =
+        inBlock("pin \"A\" input; pin \"I[1:0]\" internal; pin \"B\" output; property bool \"P\" true;");
     try {
         parsed(bad);
         FAIL();
@@ -174,11 +178,13 @@ TEST(ParseEntry, TextGoesToTheLibraryConstructedLast) {
 
 TEST(ParseEntry, ArchitectureFilter) {
     const TempDir dir;
-    const std::string path = dir.write("m.btl", "a\n#ifArch \"x\" \"y\"\nb\n#ifArch \"z\"\nc\n#endif tail\n  #ifArch \"q\"\nd");
+    const std::string path =
+        dir.write("m.btl", "a\n#ifArch \"x\" \"y\"\nb\n#ifArch \"z\"\nc\n#endif tail\n  #ifArch \"q\"\nd");
     const struct {
         const char* arch;
         const char* expected;
-    } cases[] = {{"x", "a\nb\n  #ifArch \"q\"\nd\n"}, {"z", "a\n  #ifArch \"q\"\nd\n"}, {"", "a\n  #ifArch \"q\"\nd\n"}};
+    } cases[] = {
+        {"x", "a\nb\n  #ifArch \"q\"\nd\n"}, {"z", "a\n  #ifArch \"q\"\nd\n"}, {"", "a\n  #ifArch \"q\"\nd\n"}};
     for (const auto& [arch, expected] : cases) {
         std::string out;
         // The second directive ends nothing: sections do not nest, and what names none of the architectures is dropped.

@@ -4,6 +4,7 @@
 #include "tests/support/Library.h"
 
 #include <gtest/gtest.h>
+
 #include <sstream>
 
 static std::vector<int> tokensOf(const std::string& text) {
@@ -30,8 +31,9 @@ TEST(Scanner, LongestMatchAndPriorities) {
         {"1.5e-3", {T_DoubleConstant, T_Identifier, T_IntConstant}},
         {"a-1 - 2", {T_Identifier, T_IntConstant, '-', T_IntConstant}},
         {"\"a\\\"b", {T_StringConstant, T_Identifier}},
-        {"a<=b>=c==d!=e&&f||g", {T_Identifier, T_LessEqual, T_Identifier, T_GreaterEqual, T_Identifier, T_EqualTo,
-                                 T_Identifier, T_NotEqual, T_Identifier, T_AndAnd, T_Identifier, T_OrOr, T_Identifier}},
+        {"a<=b>=c==d!=e&&f||g",
+         {T_Identifier, T_LessEqual, T_Identifier, T_GreaterEqual, T_Identifier, T_EqualTo, T_Identifier, T_NotEqual,
+          T_Identifier, T_AndAnd, T_Identifier, T_OrOr, T_Identifier}},
         {"a // b\n/* c \n * d */ true", {T_Identifier, T_BoolConstant}},
         {std::string("\"x\0y\"", 5), {T_StringConstant}},
         {"", {}},
@@ -46,8 +48,8 @@ TEST(Scanner, NumbersSaturateLikeStrtol) {
     const struct {
         const char* text;
         int value;
-    } cases[] = {{"2147483647", 2147483647}, {"2147483648", -2147483647 - 1}, {"4294967297", 1},
-                 {"99999999999999999999", -1}, {"-99999999999999999999", 0}, {"-12", -12}};
+    } cases[] = {{"2147483647", 2147483647},   {"2147483648", -2147483647 - 1}, {"4294967297", 1},
+                 {"99999999999999999999", -1}, {"-99999999999999999999", 0},    {"-12", -12}};
     for (const auto& [text, value] : cases) {
         yy_scan_string(text);
         NtlInitScanner();
@@ -132,7 +134,8 @@ TEST(Include, SplicesSkipsAndReports) {
     dir.write("inner", "pin");
     dir.write("broken.gz", "\x1f\x8b");
     NtlAddSearchDirectory(dir.path());
-    const std::string text = "INCLUDE inner ;\nINCLUDE inner;\nINLINE inner; rest\nINCLUDE none;\nINCLUDE broken.gz;\nend";
+    const std::string text =
+        "INCLUDE inner ;\nINCLUDE inner;\nINLINE inner; rest\nINCLUDE none;\nINCLUDE broken.gz;\nend";
     yy_scan_string(text.c_str());
     NtlInitScanner();
     std::vector<int> tokens;

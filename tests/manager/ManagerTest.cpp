@@ -3,6 +3,7 @@
 #include "tests/support/Library.h"
 
 #include <gtest/gtest.h>
+
 #include <sstream>
 #include <thread>
 
@@ -149,10 +150,11 @@ TEST(Cellviews, TableHasItsForm) {
 }
 
 TEST(Cellviews, AnUnusedValueLeavesStandardOutputBad) {
-    const std::string out = support::printedBy([] {
-                                EXPECT_THROW(HDNTCellviewLib::getGlobal()->getName(static_cast<HDNTCellviewLib::Type>(3999)),
-                                             HEXInternalException);
-                            }).out;
+    const std::string out =
+        support::printedBy([] {
+            EXPECT_THROW(HDNTCellviewLib::getGlobal()->getName(static_cast<HDNTCellviewLib::Type>(3999)),
+                         HEXInternalException);
+        }).out;
     EXPECT_EQ(out, "Error: HDNTCellviewLib: Not able to find the type ");
     EXPECT_TRUE(std::cout.bad());
     std::ostringstream stream;

@@ -2,9 +2,10 @@
 #include "tests/support/Capture.h"
 #include "tests/support/Library.h"
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <set>
 #include <sstream>
 
@@ -30,7 +31,8 @@ TEST(ShippedData, LoadsWithoutAReportAndIsRegistered) {
             directions.insert(block.getBus(b)->getDirection());
         }
     }
-    EXPECT_EQ(std::tuple(types.size(), values.size(), directions.size(), maturities.size()), std::tuple(10U, 7U, 4U, 4U));
+    EXPECT_EQ(std::tuple(types.size(), values.size(), directions.size(), maturities.size()),
+              std::tuple(10U, 7U, 4U, 4U));
 }
 
 // The fenced examples of the language reference: what is shown as right parses without a report, what is shown as wrong
@@ -57,7 +59,8 @@ TEST(ShippedData, ExamplesOfTheLanguageReference) {
         });
         const Texts found = reports.take();
         EXPECT_EQ(found.empty() && reports.notices.empty(), kind != "ntl-error")
-            << kind << "\n" << text << (found.empty() ? "" : found.front());
+            << kind << "\n"
+            << text << (found.empty() ? "" : found.front());
         reports.notices.clear();
     }
     EXPECT_GE(examples, 30U);

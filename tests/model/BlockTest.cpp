@@ -15,15 +15,34 @@ TEST(Block, PinsByName) {
     const struct {
         const char* name;
         int position;
-    } cases[] = {{"clk", 0},  {"CLK", 0},   {"low", -1}, {"LOW", -1},   {"D[3]", 2},  {"d[0]", 5}, {"D[6]", 6},
-                 {"D[8]", 8}, {"D[5]", -1}, {"D", -1},   {"D[03]", -1}, {"D[+3]", -1}, {"D[]", -1}, {"D[3]x", -1},
-                 {"E[5]", 9}, {"E", -1},    {"", -1},    {"[1]", -1},   {"D[99999999999]", -1}, {"CLK[-1]", -1}};
+    } cases[] = {{"clk", 0},
+                 {"CLK", 0},
+                 {"low", -1},
+                 {"LOW", -1},
+                 {"D[3]", 2},
+                 {"d[0]", 5},
+                 {"D[6]", 6},
+                 {"D[8]", 8},
+                 {"D[5]", -1},
+                 {"D", -1},
+                 {"D[03]", -1},
+                 {"D[+3]", -1},
+                 {"D[]", -1},
+                 {"D[3]x", -1},
+                 {"E[5]", 9},
+                 {"E", -1},
+                 {"", -1},
+                 {"[1]", -1},
+                 {"D[99999999999]", -1},
+                 {"CLK[-1]", -1}};
     for (const auto& [name, position] : cases)
-        EXPECT_EQ(block.getPinByName(name), position < 0 ? nullptr : block.getPin(static_cast<size_t>(position))) << name;
+        EXPECT_EQ(block.getPinByName(name), position < 0 ? nullptr : block.getPin(static_cast<size_t>(position)))
+            << name;
 }
 
 TEST(Block, BusesByName) {
-    const auto library = loaded(inBlock("pin \"D[3:0]\" input; pin \"D[9:8]\" input; pin \"E[5]\" input; pin \"c\" input;"));
+    const auto library =
+        loaded(inBlock("pin \"D[3:0]\" input; pin \"D[9:8]\" input; pin \"E[5]\" input; pin \"c\" input;"));
     const HDNTBlock& block = *library->getTypeBlock(0);
     EXPECT_EQ(block.getBusByName("d", false), block.getBus(0));
     EXPECT_EQ(block.getBusByName("d[9:8]", true), block.getBus(1));
@@ -46,9 +65,10 @@ TEST(Block, PinsOfTheFirstRunOnly) {
 
 TEST(Block, Redefinitions) {
     Reports reports;
-    const auto library = loaded(inBlock("pin \"D[3:0]\" input;\npin \"A\" input;\npin \"D[1:2]\" input;\npin \"A\" output;\n"
-                                        "property bool \"P\" true;\nproperty int \"p\" { default = 1 }\n"
-                                        "property bool \"Q\" true;"));
+    const auto library =
+        loaded(inBlock("pin \"D[3:0]\" input;\npin \"A\" input;\npin \"D[1:2]\" input;\npin \"A\" output;\n"
+                       "property bool \"P\" true;\nproperty int \"p\" { default = 1 }\n"
+                       "property bool \"Q\" true;"));
     EXPECT_EQ(reports.take(), (Texts{"5:1-19 Pin D[1] is being redefined.", "5:1-19 Pin D[2] is being redefined.",
                                      "6:1-15 Pin A is being redefined.", "8:1-32 Property p is being redefined."}));
     const HDNTBlock& block = *library->getTypeBlock(0);
@@ -81,7 +101,8 @@ TEST(Block, IndexesOutOfRange) {
 }
 
 TEST(Block, UnregisteredNamesAreNumbered) {
-    const auto library = loaded("library \"L\" { block \"NOT_IN_TABLE\" { } block \"HOLD\" { } block \"NOR_THIS\" { } }");
+    const auto library =
+        loaded("library \"L\" { block \"NOT_IN_TABLE\" { } block \"HOLD\" { } block \"NOR_THIS\" { } }");
     EXPECT_EQ(library->getTypeBlock(0)->getType(), 4001);
     EXPECT_LT(library->getTypeBlock(1)->getType(), 4000);
     EXPECT_EQ(library->getTypeBlock(2)->getType(), 4002);
@@ -106,8 +127,9 @@ TEST(Block, AttributesAndNetlist) {
 }
 
 TEST(Pins, NamesAndAttributes) {
-    const auto library = loaded(inBlock("pin \"D[0:2]\" bidir test abstract setreset mustConnect { property bool \"P\" true;"
-                                        " property bool \"p\" false; }\npin \"C\" output;"));
+    const auto library =
+        loaded(inBlock("pin \"D[0:2]\" bidir test abstract setreset mustConnect { property bool \"P\" true;"
+                       " property bool \"p\" false; }\npin \"C\" output;"));
     const HDNTBlock& block = *library->getTypeBlock(0);
     const HDNTPin& pin = *block.getPin(2);
     EXPECT_EQ(pin.getName(false) + ' ' + pin.getName(true) + ' ' + pin.getBus()->getName(), "D[2] D2 D[0:2]");

@@ -1,7 +1,9 @@
-#include "tests/platform/TempDir.h"
 #include "tests/support/Library.h"
 
+#include "tests/platform/TempDir.h"
+
 #include <gtest/gtest.h>
+
 #include <thread>
 
 using support::loaded;
@@ -47,8 +49,8 @@ TEST(Library, BlocksThatBeginWith) {
         const char* prefix;
         bool parents;
         std::vector<std::string> names;
-    } cases[] = {{"a", true, {"AB", "aA", "AB"}}, {"a", false, {"AB"}},     {"ab", true, {"AB", "AB"}},
-                 {"", true, {}},                  {"B", true, {"B", "bb"}}, {"bbb", true, {}}};
+    } cases[] = {{"a", true, {"AB", "aA", "AB"}}, {"a", false, {"AB"}}, {"ab", true, {"AB", "AB"}}, {"", true, {}},
+                 {"B", true, {"B", "bb"}},        {"bbb", true, {}}};
     for (const auto& [prefix, parents, names] : cases) {
         std::vector<HDNTBlock*> found;
         EXPECT_EQ(child->getTypeBlocksBeginWith(prefix, found, parents), !names.empty()) << prefix;
@@ -115,9 +117,10 @@ TEST(Library, InitTakesBlocksAndFunctionsOnly) {
 }
 
 TEST(Library, PrimitiveGroups) {
-    const auto library = loaded("library \"L\" {"
-                                "block \"A\" { primgroup = \"G:S\"; } block \"B\" { primgroup = \"G:S,  O:P\"; }"
-                                "block \"C\" { primgroup = \"g,\"; } block \"D\" { } block \"E\" { primgroup = \"\"; } }");
+    const auto library =
+        loaded("library \"L\" {"
+               "block \"A\" { primgroup = \"G:S\"; } block \"B\" { primgroup = \"G:S,  O:P\"; }"
+               "block \"C\" { primgroup = \"g,\"; } block \"D\" { } block \"E\" { primgroup = \"\"; } }");
     const struct {
         const char* block;
         Texts texts; // group, subgroup, legacy group, legacy subgroup
@@ -145,14 +148,17 @@ CELLS = { ADD = { architectures = ["alpha"]; canTiePins = true; nibbleSizedHex =
 
 TEST(Library, ConfigurationQueries) {
     const TempDir dir;
-    dir.write("HDNTApplicationData.cfg", "MASTER_DRIVER_TYPES = [\"ADD\"];" + std::string(applicationData).replace(
-              std::string(applicationData).find("MASTER"), 34, ""));
-    dir.write("tessel.desc.cfg", "ADD = { FIXED = \"text\"; }; PINTYPES = { ADD = { M1 = \"clock\"; M0 = \"none\"; }; };");
+    dir.write("HDNTApplicationData.cfg",
+              "MASTER_DRIVER_TYPES = [\"ADD\"];" +
+                  std::string(applicationData).replace(std::string(applicationData).find("MASTER"), 34, ""));
+    dir.write("tessel.desc.cfg",
+              "ADD = { FIXED = \"text\"; }; PINTYPES = { ADD = { M1 = \"clock\"; M0 = \"none\"; }; };");
     setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
-    const auto library = loaded(support::inBlock(
-        "property bool \"FIXED\" true; property bool \"PAD\" true; property bool \"OFF\" true; property bool \"@X\" true;"
-        "property 10'h \"H\" { default = 10'h0 }"
-        "pin \"O\" output; pin \"M[1:0]\" input mixed; pin \"I[3:0]\" internal;"));
+    const auto library =
+        loaded(support::inBlock("property bool \"FIXED\" true; property bool \"PAD\" true; property bool \"OFF\" true; "
+                                "property bool \"@X\" true;"
+                                "property 10'h \"H\" { default = 10'h0 }"
+                                "pin \"O\" output; pin \"M[1:0]\" input mixed; pin \"I[3:0]\" internal;"));
     const HDNTBlock& block = *library->getTypeBlock(0);
     EXPECT_EQ(library->getSimDeviceString("alpha"), "SIM_A");
     EXPECT_EQ(library->getMasterArchitecture("alpha"), "alpha0");
@@ -205,7 +211,8 @@ TEST(Library, MalformedConfiguration) {
 
 // A finished model may be asked from any thread.
 TEST(Library, QueriesRunInAnyThread) {
-    const auto library = parsed(support::inBlock("pin \"M[3:0]\" input mixed; property int \"P\" { min = 0, max = 9 }"));
+    const auto library =
+        parsed(support::inBlock("pin \"M[3:0]\" input mixed; property int \"P\" { min = 0, max = 9 }"));
     library->finalize();
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)

@@ -15,12 +15,22 @@ TEST(Names, RangedForms) {
         const char* base;
         int first;
         int second;
-    } cases[] = {{"A[3:3]", true, "A", 3, 3},  {"d_0[7:0]", true, "d_0", 7, 0}, {"D[5]", true, "D", 5, 5},
-                 {"A[007:1]", true, "A", 7, 1}, {"A[99999999999]", true, "A", INT_MAX, INT_MAX},
-                 {"A[+3:0]", false, "", 0, 0}, {"A[-1:0]", false, "", 0, 0},    {"A[3:]", false, "", 0, 0},
-                 {"A [3]", false, "", 0, 0},   {"@A[1]", false, "", 0, 0},      {"[1]", false, "", 0, 0},
-                 {"A[1]x", false, "", 0, 0},   {"A[1:2:3]", false, "", 0, 0},   {"A[]", false, "", 0, 0},
-                 {"A]", false, "", 0, 0},      {"A[1]\n", false, "", 0, 0}};
+    } cases[] = {{"A[3:3]", true, "A", 3, 3},
+                 {"d_0[7:0]", true, "d_0", 7, 0},
+                 {"D[5]", true, "D", 5, 5},
+                 {"A[007:1]", true, "A", 7, 1},
+                 {"A[99999999999]", true, "A", INT_MAX, INT_MAX},
+                 {"A[+3:0]", false, "", 0, 0},
+                 {"A[-1:0]", false, "", 0, 0},
+                 {"A[3:]", false, "", 0, 0},
+                 {"A [3]", false, "", 0, 0},
+                 {"@A[1]", false, "", 0, 0},
+                 {"[1]", false, "", 0, 0},
+                 {"A[1]x", false, "", 0, 0},
+                 {"A[1:2:3]", false, "", 0, 0},
+                 {"A[]", false, "", 0, 0},
+                 {"A]", false, "", 0, 0},
+                 {"A[1]\n", false, "", 0, 0}};
     for (const auto& [name, valid, base, first, second] : cases) {
         std::string gotBase = "untouched";
         int gotFirst = -7;

@@ -57,15 +57,16 @@ TEST(Property, HexRangesAreCompleted) {
 }
 
 TEST(Property, PinInversion) {
-    for (const auto& [name, inversion] : {std::pair("IS_C_INVERTED", true), {"IS_INVERTED", false},
-                                          {"IS__INVERTED", false}, {"WAS_C_INVERTED", false}})
+    for (const auto& [name, inversion] :
+         {std::pair("IS_C_INVERTED", true), {"IS_INVERTED", false}, {"IS__INVERTED", false}, {"WAS_C_INVERTED", false}})
         EXPECT_EQ(OneProperty(std::string("bool \"") + name + "\" true;")->isPinInversion(), inversion) << name;
 }
 
 TEST(Property, FlagsAndUnits) {
     const OneProperty property("int \"P\" { min = 0, constraintsOnly = true, simulation = true, units = \"ns\" }");
     const HATAttrSpec& spec = *property->getAttrSpec();
-    EXPECT_TRUE(spec.isConstraintsOnly() && !spec.isVisible() && spec.isSimulation() && spec.isTessel() && spec.hasUnit());
+    EXPECT_TRUE(spec.isConstraintsOnly() && !spec.isVisible() && spec.isSimulation() && spec.isTessel() &&
+                spec.hasUnit());
     EXPECT_EQ(HDNTProperty::getTypeName(Type::TypeBitHex), "bithex");
     EXPECT_THROW(HDNTProperty::getTypeName(static_cast<Type>(4)), HEXAlgException);
 }
@@ -110,9 +111,15 @@ TEST(PropertyValue, Reasons) {
 }
 
 TEST(PropertyValue, CompressedIntegers) {
-    for (const auto& [text, expected] :
-         {std::pair("0000", "0"), {"16'h0000", "16'h0"}, {"", ""}, {"00FF", "0FF"}, {"8'h000A", "8'h0A"}, {"0F", "0F"},
-          {"12", "12"}, {"8'h", "8'h"}, {"8'", "8'"}})
+    for (const auto& [text, expected] : {std::pair("0000", "0"),
+                                         {"16'h0000", "16'h0"},
+                                         {"", ""},
+                                         {"00FF", "0FF"},
+                                         {"8'h000A", "8'h0A"},
+                                         {"0F", "0F"},
+                                         {"12", "12"},
+                                         {"8'h", "8'h"},
+                                         {"8'", "8'"}})
         EXPECT_EQ(compressIntString(text), expected) << text;
 }
 
@@ -126,10 +133,14 @@ TEST(PropertyValue, Formats) {
         const char* full;
         const char* shortened;
         const char* formatted;
-    } cases[] = {{hex, "12'h00a", "00A", "0A", "12'h0a"}, {hex, "4'b1010", "00A", "0A", "12'h0a"},
-                 {hex, "FFF", "FFF", "FFF", "12'hFFF"},     {hex, "8'b00120101", "00120101", "0120101", "12'h0X5"},
-                 {binary, "6'b000101", "000101", "0101", "6'b6'b0101"}, {binary, "6'hF", "001111", "01111", "6'b06'hF"},
-                 {number, "007", "007", "007", "007"},      {hex, "'", "", "", "12'h0'"}};
+    } cases[] = {{hex, "12'h00a", "00A", "0A", "12'h0a"},
+                 {hex, "4'b1010", "00A", "0A", "12'h0a"},
+                 {hex, "FFF", "FFF", "FFF", "12'hFFF"},
+                 {hex, "8'b00120101", "00120101", "0120101", "12'h0X5"},
+                 {binary, "6'b000101", "000101", "0101", "6'b6'b0101"},
+                 {binary, "6'hF", "001111", "01111", "6'b06'hF"},
+                 {number, "007", "007", "007", "007"},
+                 {hex, "'", "", "", "12'h0'"}};
     for (const auto& [property, value, full, shortened, formatted] : cases) {
         EXPECT_EQ(property->formatValue(value, true), full) << value;
         EXPECT_EQ(property->formatValue(value, false), shortened) << value;
@@ -139,7 +150,8 @@ TEST(PropertyValue, Formats) {
 
 TEST(SpecIter, WalksBlocksAndParents) {
     const auto parent = loaded("library \"P\" { block \"A\" { } block \"B\" { property bool \"X\" true; } }");
-    const auto child = loaded("library \"C\" { block \"C\" { property bool \"Y\" true; property bool \"Z\" true; } }", parent.get());
+    const auto child =
+        loaded("library \"C\" { block \"C\" { property bool \"Y\" true; property bool \"Z\" true; } }", parent.get());
     HDNTAllSpecIter all(child.get());
     EXPECT_THROW(all.getKey(), HEXAlgException);
     EXPECT_THROW(all.getVal(), HEXAlgException);

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <functional>
 #include <iostream>
 #include <string>
-#include <unistd.h>
 
 namespace support {
 
