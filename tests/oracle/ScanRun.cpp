@@ -138,6 +138,8 @@ bool hasValue(int number) {
     return (number >= T_Identifier && number <= T_BoolConstant);
 }
 
+constexpr size_t MostTokens = 2000000; // of a text within the limits, whatever it includes
+
 /// Pulls the tokens; also watches that a token without a value leaves the value alone.
 void pullTokens(ScanResult& result) {
     for (;;) {
@@ -147,6 +149,10 @@ void pullTokens(ScanResult& result) {
             result.failure = "token " + std::to_string(number) + " changed the value";
         result.tokens.push_back(libraryToken(number));
         if (number == 0) return;
+        if (result.tokens.size() > MostTokens) {
+            result.failure = "no end of input";
+            return;
+        }
     }
 }
 

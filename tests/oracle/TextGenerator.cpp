@@ -135,15 +135,19 @@ std::string TextGenerator::number() {
                                         "0.1",
                                         "1.2.3",
                                         "1,5"};
-    static const char* const bits[] = {"'h", "'b", "'H", "'B", "'", "'hFf0", "'b102", "'h12xyz", "'b01_", "'hg"};
+    static const char* const bits[] = {"'h", "'b", "'H", "'B", "'", "'h", "'b", "'h0"};
+    static const char digits[] = "0123456789abcdefABCDEFgGhb_";
     if (chance(30)) return pick(large, next());
     std::string text = chance(25) ? "-" : "";
-    for (size_t digits = 1 + below(chance(10) ? 330 : 5); digits > 0; --digits)
-        text += static_cast<char>('0' + below(10));
-    if (chance(30)) text += pick(bits, next());
+    for (size_t count = 1 + below(chance(10) ? 330 : 5); count > 0; --count) text += static_cast<char>('0' + below(10));
+    if (chance(30)) {
+        text += pick(bits, next());
+        for (size_t count = below(6); count > 0; --count)
+            text += digits[chance(50) ? below(2) : below(sizeof digits - 1)];
+    }
     if (chance(20)) {
         text += '.';
-        for (size_t digits = below(8); digits > 0; --digits) text += static_cast<char>('0' + below(10));
+        for (size_t count = below(8); count > 0; --count) text += static_cast<char>('0' + below(10));
     }
     return text;
 }
@@ -170,8 +174,16 @@ std::string TextGenerator::blank() {
     return pick(texts, next());
 }
 
+std::string TextGenerator::noise() {
+    static const char alphabet[] = "\"/*-'hb01aAfFgG_.;\n\t !=<>&|\r";
+    std::string text;
+    for (size_t length = 1 + below(30); length > 0; --length) text += alphabet[below(sizeof alphabet)];
+    return text;
+}
+
 std::string TextGenerator::hostile() {
-    switch (below(6)) {
+    switch (below(7)) {
+    case 6: return noise();
     case 0: return std::string(1, '\0');
     case 1: return std::string(1, static_cast<char>(128 + below(128)));
     case 2: return "\xef\xbb\xbf";

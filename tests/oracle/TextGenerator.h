@@ -34,6 +34,7 @@ private:
     std::string quoted();
     std::string comment();
     std::string blank();
+    std::string noise();
     std::string hostile();
     std::string statement();
     std::string stem() const;

@@ -128,8 +128,8 @@ int compareFiles(const Options& options) {
 }
 
 [[noreturn]] void usage() {
-    std::fprintf(stderr,
-                 "oracle_compare [--count N] [--first K] [--seed S] | --text-of K [--seed S] | --files FOLDER...\n");
+    std::fprintf(stderr, "oracle_compare [--count N] [--first K] [--seed S] | --text-of K [--seed S] | [--search "
+                         "FOLDER] --files FOLDER...\n");
     std::exit(2);
 }
 
@@ -143,6 +143,10 @@ Options read(int count, char** arguments) {
             return options;
         }
         if (i + 1 == count) usage();
+        if (name == "--search") {
+            oracle::addSearchDirectory(arguments[++i]);
+            continue;
+        }
         char* end = nullptr;
         const std::uint64_t value = std::strtoull(arguments[++i], &end, 10);
         if (*end || end == arguments[i]) usage();
