@@ -289,6 +289,7 @@ GeneratedText TextGenerator::make(std::uint64_t index) {
     const size_t size = below(2000);
     size_t pieces = 1 + below(40);
     if (size < 20) pieces = 400;
+    if (size < 4) pieces = 2500;
     if (size == 0) pieces = 9000;
     if (chance(5)) made_.text += "\xef\xbb\xbf";
     made_.text += body(pieces);
