@@ -4,6 +4,7 @@
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/manager/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/HEX.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -37,8 +38,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     HDNTError::numErrors = 0;
     NtlFreeScannerMem();
     HDNTLibrary library(root);
-    if (library.parseString(std::string(reinterpret_cast<const char*>(data), size)) != 0) {
-        if (HDNTError::numErrors == 0) std::abort(); // refused without a word
+    try {
+        if (library.parseString(std::string(reinterpret_cast<const char*>(data), size)) != 0) {
+            if (HDNTError::numErrors == 0) std::abort(); // refused without a word
+            return 0;
+        }
+    } catch (const HEXDataException&) { // a fault of the text as well: internal pins before others
         return 0;
     }
     library.finalize();
