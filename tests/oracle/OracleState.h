@@ -45,6 +45,9 @@ public:
     void addSearchDirectory(const std::string& directory) { directories_.push_back(directory); }
     void finishToken(int number, const char* text, int length);
 
+    /// Names that INCLUDE found so far, in all scans.
+    size_t includedNames() const { return included_.size(); }
+
     ScanResult result;
     bool ended = false;
 
