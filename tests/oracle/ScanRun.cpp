@@ -138,6 +138,10 @@ bool hasValue(int number) {
     return (number >= T_Identifier && number <= T_BoolConstant);
 }
 
+std::string describe(const std::string& text) {
+    return std::string("\"").append(readable(text)).append("\"");
+}
+
 constexpr size_t MostTokens = 2000000; // of a text within the limits, whatever it includes
 
 /// Pulls the tokens; also watches that a token without a value leaves the value alone.
@@ -156,14 +160,18 @@ void pullTokens(ScanResult& result) {
     }
 }
 
-/// Number of stored lines: nothing exported tells it but the number before the last line printed.
-size_t countLines(StdoutCapture& out) {
+/// Reads the line store back. Nothing exported tells its size but the number before the last line printed.
+void readLines(ScanResult& result, StdoutCapture& out) {
     NtlPrintLines();
-    std::string tail = out.take();
-    if (tail.empty()) return 0;
-    tail.pop_back();
-    const size_t begin = tail.rfind('\n');
-    return std::strtoul(tail.c_str() + (begin == std::string::npos ? 0 : begin + 1), nullptr, 10);
+    const std::string printed = out.take();
+    const size_t last = printed.empty() ? 0 : printed.rfind('\n', printed.size() - 2) + 1;
+    const size_t count = std::strtoul(printed.c_str() + last, nullptr, 10);
+    for (size_t n = 1; n <= count; ++n) result.lines.push_back(NtlGetLineNumbered(n));
+
+    std::string expected;
+    for (size_t n = count > 11 ? count - 10 : 1; n <= count; ++n)
+        expected.append(std::to_string(n)).append(": ").append(result.lines[n - 1].c_str()).append("\n");
+    if (printed != expected) result.failure = "NtlPrintLines printed " + describe(printed);
 }
 
 void describe(std::ostream& to, const Place& place) {
@@ -186,9 +194,6 @@ std::string describe(const Report& report) {
     return text.str();
 }
 
-std::string describe(const std::string& text) {
-    return std::string("\"").append(readable(text)).append("\"");
-}
 std::string describe(int number) {
     return std::to_string(number);
 }
@@ -259,8 +264,7 @@ ScanResult scanWithLibrary(const ScanInput& input, Feed feed, bool echoToStdout)
     if (HDNTError::numErrors - errorsBefore != static_cast<int>(result.reports.size()))
         result.failure = "the error counter does not agree with the reports";
     result.opened = NtlOpenedFiles();
-    const size_t count = countLines(out);
-    for (size_t n = 1; n <= count; ++n) result.lines.push_back(NtlGetLineNumbered(n));
+    readLines(result, out);
     return result;
 }
 
