@@ -51,6 +51,10 @@ void OracleState::beforeAction(const char*, int length) {
     column_ += length;
 }
 
+void OracleState::print(std::initializer_list<std::string_view> texts) {
+    for (const std::string_view text : texts) result.printed += text;
+}
+
 void OracleState::line(int nextLine) {
     fileLine_ = nextLine;
     ++globalLine_;
@@ -82,8 +86,9 @@ std::string OracleState::find(const std::string& name) {
     if (name.find('\0') != std::string::npos) return {};
     if (name[0] == '/') return stat(name.c_str(), &status) == 0 ? name : std::string();
     for (const std::string& directory : directories_) {
-        const std::string candidate = directory + "/" + name;
-        if (debug_) print("file element: " + candidate + "\n");
+        std::string candidate = directory;
+        candidate.append("/").append(name);
+        if (debug_) print({"file element: ", candidate, "\n"});
         if (stat(candidate.c_str(), &status) == 0) return candidate;
     }
     return {};
@@ -102,7 +107,7 @@ bool OracleState::readFile(const std::string& path, std::string& bytes) const {
 void OracleState::lookForFile(const std::string& statement, bool once) {
     const size_t begin = statement.find_first_not_of(" \t");
     const std::string name = statement.substr(begin, statement.find_first_of(" \t;", begin) - begin);
-    const std::string keyword = once ? "INCLUDE" : "INLINE";
+    const char* const keyword = once ? "INCLUDE" : "INLINE";
     pending_ = true;
     if (once && included_.count(name)) {
         splice_ = Splice::Skipped;
@@ -113,18 +118,18 @@ void OracleState::lookForFile(const std::string& statement, bool once) {
     if (path.empty()) {
         splice_ = Splice::NotFound;
         result.notices.push_back(IncludeNotFound);
-        print("Could not find " + keyword + " file: " + name.c_str() + " . check NTL_PATH\n");
+        print({"Could not find ", keyword, " file: ", untilNul(name), " . check NTL_PATH\n"});
         return line(fileLine_ + 1);
     }
-    if (debug_) print("CURRENT FILE IS " + path + "\n");
+    if (debug_) print({"CURRENT FILE IS ", path, "\n"});
     std::string bytes;
     const bool opened = readFile(path, bytes);
-    print("\t Loading File : " + path + "\n");
+    print({"\t Loading File : ", path, "\n"});
     if (once) included_.insert(name);
     if (!opened) {
         splice_ = Splice::NotOpened;
         result.notices.push_back(IncludeNotOpened);
-        print("file " + path + " could not be opened\n");
+        print({"file ", path, " could not be opened\n"});
         return line(fileLine_ + 1);
     }
     splice_ = Splice::Opened;
@@ -136,7 +141,7 @@ void OracleState::lookForFile(const std::string& statement, bool once) {
 }
 
 void OracleState::traceEndOfInput() {
-    if (debug_) print("FILE ENDED\n");
+    if (debug_) print({"FILE ENDED\n"});
 }
 
 bool OracleState::returnFromFile() {
@@ -185,12 +190,12 @@ void OracleState::unrecognised(char c) {
 
 void OracleState::unterminatedString(const char* text) {
     result.notices.push_back(UnterminatedString);
-    print(std::string(text) + "\nUnterminated string constant\n");
+    print({text, "\nUnterminated string constant\n"});
 }
 
 void OracleState::unterminatedComment() {
     result.notices.push_back(UnterminatedComment);
-    print("Unterminated comment\n");
+    print({"Unterminated comment\n"});
 }
 
 void OracleState::echo(char c) {

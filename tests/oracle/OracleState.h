@@ -2,8 +2,9 @@
 
 #include "tests/oracle/ScanRun.h"
 
-#include <deque>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
@@ -63,7 +64,7 @@ private:
     };
 
     void line(int nextLine);
-    void print(const std::string& text) { result.printed += text; }
+    void print(std::initializer_list<std::string_view> texts);
     std::string find(const std::string& name);
     bool readFile(const std::string& path, std::string& bytes) const;
 

@@ -5,6 +5,7 @@
 #include "tests/oracle/OracleState.h"
 #include "tests/oracle/StdoutCapture.h"
 
+#include <array>
 #include <bit>
 #include <cstdlib>
 #include <cstring>
@@ -142,14 +143,15 @@ std::string describe(const std::string& text) {
     return std::string("\"").append(readable(text)).append("\"");
 }
 
+using ValueBytes = std::array<unsigned char, sizeof(NtlTokenValue)>;
 constexpr size_t MostTokens = 2000000; // of a text within the limits, whatever it includes
 
 /// Pulls the tokens; also watches that a token without a value leaves the value alone.
 void pullTokens(ScanResult& result) {
     for (;;) {
-        NtlTokenValue before = HDNTParserlval;
+        const auto before = std::bit_cast<ValueBytes>(HDNTParserlval);
         const int number = HDNTParserlex();
-        if (!hasValue(number) && std::memcmp(&before, &HDNTParserlval, sizeof before) != 0)
+        if (!hasValue(number) && before != std::bit_cast<ValueBytes>(HDNTParserlval))
             result.failure = "token " + std::to_string(number) + " changed the value";
         result.tokens.push_back(libraryToken(number));
         if (number == 0) return;
@@ -170,7 +172,7 @@ void readLines(ScanResult& result, StdoutCapture& out) {
 
     std::string expected;
     for (size_t n = count > 11 ? count - 10 : 1; n <= count; ++n)
-        expected.append(std::to_string(n)).append(": ").append(result.lines[n - 1].c_str()).append("\n");
+        expected.append(std::to_string(n)).append(": ").append(untilNul(result.lines[n - 1])).append("\n");
     if (printed != expected) result.failure = "NtlPrintLines printed " + describe(printed);
 }
 
@@ -305,6 +307,10 @@ std::string compareScanners(const ScanInput& input, unsigned feeds, bool echoToS
         if (!difference.empty()) return std::string("input by ") + names[number] + "\n" + difference;
     }
     return {};
+}
+
+std::string untilNul(const std::string& text) {
+    return text.substr(0, text.find('\0'));
 }
 
 std::string readable(std::string_view text) {

@@ -74,6 +74,8 @@ std::string firstDifference(const ScanResult& expected, const ScanResult& actual
 /// Scans with both sides, the library once by each feed of the mask, and describes the first difference.
 std::string compareScanners(const ScanInput& input, unsigned feeds, bool echoToStdout);
 
+/// The text as printf's %s takes it.
+std::string untilNul(const std::string& text);
 /// Control and high bytes as escapes, cut in the middle when long.
 std::string readable(std::string_view text);
 
