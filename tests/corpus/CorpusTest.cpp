@@ -2,6 +2,9 @@
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/manager/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "tests/support/Capture.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -9,8 +12,6 @@
 #include <iterator>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
 
@@ -50,20 +51,20 @@ Outcome load(const fs::path& path) {
     HDNTLibraryMgr::m_diagnostics = true;
     HDNTLibrary library(nullptr);
     Outcome outcome;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    outcome.result = library.parseFile(path.string());
-    if (outcome.result == 0) {
+    const support::Printed printed = support::printedBy([&] {
+        outcome.result = library.parseFile(path.string());
+        if (outcome.result != 0) return;
         library.finalize();
         library.check();
-    }
-    outcome.reports = testing::internal::GetCapturedStderr();
-    testing::internal::GetCapturedStdout();
+    });
+    outcome.reports = printed.err;
     outcome.errors = HDNTError::numErrors;
     return outcome;
 }
 
-std::string nameOf(const testing::TestParamInfo<std::string>& info) { return info.param; }
+std::string nameOf(const testing::TestParamInfo<std::string>& info) {
+    return info.param;
+}
 
 class GoodInput : public testing::TestWithParam<std::string> {};
 class BadInput : public testing::TestWithParam<std::string> {};

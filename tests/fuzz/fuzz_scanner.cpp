@@ -1,16 +1,13 @@
 // The library's scanner against the generated one. Two percent signs stand for a number that differs from run to run:
 // a file is included by name only once a process, and an input has to do the same wherever it is run.
 #include "tests/oracle/ScanRun.h"
+#include "tests/platform/TempDir.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
-#include <vector>
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -35,21 +32,9 @@ std::string numbered(std::string text, const std::string& number) {
 }
 
 /// A folder for the files, the only search directory.
-const fs::path& folder() {
-    static const fs::path path = [] {
-        std::string pattern = (fs::temp_directory_path() / "fuzz_scanner.XXXXXX").string();
-        if (!mkdtemp(pattern.data())) {
-            std::perror("mkdtemp");
-            std::exit(3);
-        }
-        oracle::addSearchDirectory(pattern);
-        std::atexit([] {
-            std::error_code error;
-            fs::remove_all(folder(), error);
-        });
-        return fs::path(pattern);
-    }();
-    return path;
+const TempDir& folder() {
+    static const TempDir made;
+    return made;
 }
 
 } // namespace
@@ -57,20 +42,19 @@ const fs::path& folder() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size > LongestText) return 0;
     static unsigned runs = 0;
+    if (runs == 0) oracle::addSearchDirectory(folder().path());
     const std::string number = std::to_string(100000 + ++runs);
     oracle::ScanInput input{std::string(reinterpret_cast<const char*>(data), size), std::nullopt};
     if (size / 16 % 2) input.fileName = "top.btl";
 
     const bool withFiles = input.text.find("%%") != std::string::npos;
-    folder();
     if (withFiles) {
         input.text = numbered(input.text, number);
-        for (const File& file : Files)
-            std::ofstream(folder() / numbered(file.name, number)) << numbered(file.content, number);
+        for (const File& file : Files) folder().write(numbered(file.name, number), numbered(file.content, number));
     }
     const std::string difference = oracle::compareScanners(input, 1u << size % 4 | 1u << size / 4 % 4, size % 3 == 0);
     if (withFiles)
-        for (const File& file : Files) fs::remove(folder() / numbered(file.name, number));
+        for (const File& file : Files) std::filesystem::remove(folder().path(numbered(file.name, number)));
     if (!difference.empty()) {
         std::fprintf(stderr, "%stext: \"%s\"\n", difference.c_str(), oracle::readable(input.text).c_str());
         std::abort();

@@ -5,7 +5,8 @@
 namespace oracle {
 
 /// Standard output of this process goes to a memory file while an object of this class lives, at the level of the
-/// descriptor. Ends the process when the redirection fails: nothing could be compared then.
+/// descriptor. One file serves all of them: there are hundreds of thousands in a run. Ends the process when the
+/// redirection fails: nothing could be compared then.
 class StdoutCapture {
 public:
     StdoutCapture();

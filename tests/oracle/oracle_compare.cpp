@@ -1,6 +1,7 @@
 // Holds the library's scanner against the generated one, on files and on generated texts.
 #include "tests/oracle/ScanRun.h"
 #include "tests/oracle/TextGenerator.h"
+#include "tests/platform/TempDir.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -24,47 +25,14 @@ struct Options {
     std::vector<std::string> roots; ///< folders of .btl files
 };
 
-/// Where the generated texts find the files they include; gone at the end.
-class ScratchFolder {
-public:
-    ScratchFolder() {
-        std::string pattern = (fs::temp_directory_path() / "oracle.XXXXXX").string();
-        if (!mkdtemp(pattern.data())) {
-            std::perror("mkdtemp");
-            std::exit(3);
-        }
-        path_ = pattern;
-    }
-    ~ScratchFolder() {
-        std::error_code error;
-        fs::remove_all(path_, error);
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const fs::path& path() const { return path_; }
-
-private:
-    fs::path path_;
-};
-
-bool writeFile(const fs::path& path, const std::string& bytes) {
-    std::ofstream stream(path, std::ios::binary);
-    stream << bytes;
-    return stream.good();
+void prepare(const oracle::GeneratedText& made, const TempDir& scratch) {
+    for (const std::string& name : made.folders) scratch.makeDir(name);
+    for (const auto& [name, bytes] : made.files) scratch.write(name, bytes);
 }
 
-void prepare(const oracle::GeneratedText& made, const fs::path& folder) {
-    for (const std::string& name : made.folders) fs::create_directory(folder / name);
-    for (const auto& [name, bytes] : made.files) {
-        if (writeFile(folder / name, bytes)) continue;
-        std::fprintf(stderr, "cannot write %s\n", (folder / name).c_str());
-        std::exit(3);
-    }
-}
-
-void tidy(const oracle::GeneratedText& made, const fs::path& folder) {
-    for (const auto& file : made.files) fs::remove(folder / file.first);
-    for (const std::string& name : made.folders) fs::remove(folder / name);
+void tidy(const oracle::GeneratedText& made, const TempDir& scratch) {
+    for (const auto& file : made.files) fs::remove(scratch.path(file.first));
+    for (const std::string& name : made.folders) fs::remove(scratch.path(name));
 }
 
 void show(const oracle::GeneratedText& made) {
@@ -74,9 +42,9 @@ void show(const oracle::GeneratedText& made) {
 }
 
 int compareGenerated(const Options& options) {
-    ScratchFolder scratch;
-    oracle::addSearchDirectory((scratch.path() / "absent").string());
-    oracle::addSearchDirectory(scratch.path().string());
+    TempDir scratch;
+    oracle::addSearchDirectory(scratch.path("absent"));
+    oracle::addSearchDirectory(scratch.path());
     oracle::TextGenerator generator(options.seed);
     int differences = 0;
     for (std::uint64_t index = options.first; index < options.first + options.count && differences < 5; ++index) {
@@ -84,10 +52,10 @@ int compareGenerated(const Options& options) {
         if (options.showText) show(made);
         oracle::ScanInput input{made.text, std::nullopt};
         if (made.named) input.fileName = "text" + std::to_string(index) + ".btl";
-        prepare(made, scratch.path());
+        prepare(made, scratch);
         const unsigned feeds = 1u << index % 4 | 1u << (index / 4) % 4;
         const std::string difference = oracle::compareScanners(input, feeds, index % 3 == 0);
-        tidy(made, scratch.path());
+        tidy(made, scratch);
         if (difference.empty()) continue;
         ++differences;
         std::printf("text %llu of seed %llu: %s", static_cast<unsigned long long>(index),
