@@ -1,0 +1,69 @@
+// Reading of possibly compressed files: a text within its limits, or a reason.
+#include "hdnt/platform/InputFile.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace {
+
+class MemoryFile {
+public:
+    explicit MemoryFile(std::string_view bytes) : descriptor_(memfd_create("input", MFD_CLOEXEC)) {
+        require(descriptor_ >= 0, "memfd_create");
+        require(write(descriptor_, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()), "write");
+    }
+    ~MemoryFile() { close(descriptor_); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+    std::string path() const { return std::string("/proc/self/fd/").append(std::to_string(descriptor_)); }
+
+private:
+    static void require(bool ok, const char* what) {
+        if (ok) return;
+        std::perror(what);
+        std::exit(3);
+    }
+    int descriptor_;
+};
+
+bool looksPacked(std::string_view bytes) {
+    using namespace std::literals;
+    for (const std::string_view magic : {"\x1f\x8b"sv, "BZh"sv, "\xfd\x37zXZ\0"sv, "\x28\xb5\x2f\xfd"sv})
+        if (bytes.substr(0, magic.size()) == magic.substr(0, bytes.size())) return true;
+    return bytes.size() > 3 && (bytes[0] & 0xf0) == 0x50 && bytes.substr(1, 3) == "\x2a\x4d\x18"sv;
+}
+
+void require(bool ok, const char* what) {
+    if (ok) return;
+    std::fprintf(stderr, "%s\n", what);
+    std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    const MemoryFile file(bytes);
+    hdnt::platform::InputLimits limits;
+    limits.maxBytes = std::size_t{1} << 20;
+    limits.ratioFloor = std::size_t{1} << 16;
+    std::string text = "left over";
+    std::string reason;
+    if (hdnt::platform::readInput(file.path(), limits, text, reason)) {
+        require(text.size() <= limits.maxBytes, "more text than the limit");
+        require(text.size() <= limits.ratioFloor || text.size() <= size * limits.maxRatio,
+                "more expansion than the limit");
+        require(looksPacked(bytes) || text == bytes, "a plain text was changed");
+    } else {
+        require(text.empty(), "a failed reading left text behind");
+        require(!reason.empty(), "a failed reading gave no reason");
+        require(looksPacked(bytes) || size > limits.maxBytes, "a plain text was refused");
+    }
+    return 0;
+}

@@ -1,0 +1,52 @@
+// A text from scanner to checked model: any bytes give a result or a report.
+#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/frontend/HDNTLimits.h"
+#include "hdnt/frontend/Scanner.h"
+#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/HEX.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+class Silence : public HDNTErrorListener {
+public:
+    bool report(const HDNTReport&) override { return true; }
+};
+
+/// Once a process: no output, all checks, and a root library, so that the configuration is not read in every run.
+HDNTLibrary* prepare() {
+    static Silence silence;
+    if (!std::freopen("/dev/null", "w", stdout)) std::exit(3);
+    HDNTError::setListener(&silence);
+    HDNTLibraryMgr::m_diagnostics = true;
+    HDNTLimits limits;
+    limits.rootFolder = "/nowhere"; // an input is to name no file of the machine it runs on
+    HDNTLimits::set(limits);
+    static HDNTLibrary root(nullptr);
+    return &root;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static HDNTLibrary* const root = prepare();
+    HDNTError::numErrors = 0;
+    NtlFreeScannerMem();
+    HDNTLibrary library(root);
+    try {
+        if (library.parseString(std::string(reinterpret_cast<const char*>(data), size)) != 0) {
+            if (HDNTError::numErrors == 0) std::abort(); // refused without a word
+            return 0;
+        }
+    } catch (const HEXDataException&) { // a fault of the text as well: internal pins before others
+        return 0;
+    }
+    library.finalize();
+    library.check();
+    return 0;
+}

@@ -1,0 +1,213 @@
+#include "tests/oracle/OracleState.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+
+namespace oracle {
+
+constexpr size_t DeepestFile = 256;
+
+// The kinds in the order of HDNTNotice::Kind.
+enum Notice { IncludeSkipped, IncludeNotFound, IncludeNotOpened, UnterminatedString, UnterminatedComment };
+
+OracleState& OracleState::instance() {
+    static OracleState state;
+    return state;
+}
+
+void OracleState::start(const ScanInput& input, bool echoToStdout) {
+    result = {};
+    source_ = {input.text, 0};
+    file_ = input.fileName;
+    outer_.clear();
+    place_ = {file_, 0, 0, 0, 0};
+    fileLine_ = globalLine_ = column_ = 1;
+    pending_ = ended = false;
+    echoToStdout_ = echoToStdout;
+    debug_ = std::getenv("NTL_DEBUG") != nullptr;
+    token_ = {};
+    if (file_) result.opened.push_back(*file_);
+}
+
+int OracleState::read(char* buffer, int size) {
+    const size_t count = std::min(source_.bytes.size() - source_.position, static_cast<size_t>(size));
+    std::memcpy(buffer, source_.bytes.data() + source_.position, count);
+    source_.position += count;
+    return static_cast<int>(count);
+}
+
+void OracleState::beforeAction(const char*, int length) {
+    place_.file = file_;
+    place_.fileLine = fileLine_;
+    place_.line = globalLine_;
+    place_.firstColumn = column_;
+    place_.lastColumn = column_ + length - 1;
+    column_ += length;
+}
+
+void OracleState::print(std::initializer_list<std::string_view> texts) {
+    for (const std::string_view text : texts) result.printed += text;
+}
+
+void OracleState::line(int nextLine) {
+    fileLine_ = nextLine;
+    ++globalLine_;
+    column_ = 1;
+}
+
+void OracleState::newline() {
+    line(fileLine_ + 1);
+    pending_ = true;
+}
+
+void OracleState::tab() {
+    column_ = column_ - column_ % 8 + 9;
+}
+
+void OracleState::captureLine(const char* text, int length) {
+    pending_ = false;
+    result.lines.emplace_back(text, static_cast<size_t>(length));
+    column_ = 1;
+}
+
+void OracleState::captureEmptyLine() {
+    line(fileLine_ + 1);
+    result.lines.emplace_back();
+}
+
+std::string OracleState::find(const std::string& name) {
+    struct stat status;
+    if (name.find('\0') != std::string::npos) return {};
+    if (name[0] == '/') return stat(name.c_str(), &status) == 0 ? name : std::string();
+    for (const std::string& directory : directories_) {
+        std::string candidate = directory;
+        candidate.append("/").append(name);
+        if (debug_) print({"file element: ", candidate, "\n"});
+        if (stat(candidate.c_str(), &status) == 0) return candidate;
+    }
+    return {};
+}
+
+bool OracleState::readFile(const std::string& path, std::string& bytes) const {
+    if (outer_.size() >= DeepestFile) return false;
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream) return false;
+    bytes.assign(std::istreambuf_iterator<char>(stream), {});
+    return true;
+}
+
+void OracleState::lookForFile(const std::string& statement, bool once) {
+    const size_t begin = statement.find_first_not_of(" \t");
+    const std::string name = statement.substr(begin, statement.find_first_of(" \t;", begin) - begin);
+    const char* const keyword = once ? "INCLUDE" : "INLINE";
+    pending_ = true;
+    if (once && included_.count(name)) {
+        splice_ = Splice::Skipped;
+        result.notices.push_back(IncludeSkipped);
+        return line(fileLine_ + 1);
+    }
+    const std::string path = find(name);
+    if (path.empty()) {
+        splice_ = Splice::NotFound;
+        result.notices.push_back(IncludeNotFound);
+        print({"Could not find ", keyword, " file: ", untilNul(name), " . check NTL_PATH\n"});
+        return line(fileLine_ + 1);
+    }
+    if (debug_) print({"CURRENT FILE IS ", path, "\n"});
+    std::string bytes;
+    const bool opened = readFile(path, bytes);
+    print({"\t Loading File : ", path, "\n"});
+    if (once) included_.insert(name);
+    if (!opened) {
+        splice_ = Splice::NotOpened;
+        result.notices.push_back(IncludeNotOpened);
+        print({"file ", path, " could not be opened\n"});
+        return line(fileLine_ + 1);
+    }
+    splice_ = Splice::Opened;
+    outer_.push_back({std::move(source_), file_, fileLine_});
+    source_ = {std::move(bytes), 0};
+    file_ = path;
+    result.opened.push_back(path);
+    line(1);
+}
+
+void OracleState::traceEndOfInput() {
+    if (debug_) print({"FILE ENDED\n"});
+}
+
+bool OracleState::returnFromFile() {
+    if (outer_.empty()) return false;
+    source_ = std::move(outer_.back().source);
+    file_ = outer_.back().file;
+    fileLine_ = outer_.back().line + 1;
+    outer_.pop_back();
+    if (!pending_) {
+        ++globalLine_;
+        column_ = 1;
+    }
+    pending_ = true;
+    return true;
+}
+
+int OracleState::identifier(const char* text, int length) {
+    if (length >= 32) result.reports.push_back({place_, "Identifier too long: \"" + std::string(text) + "\""});
+    token_.text.assign(text, static_cast<size_t>(std::min(length, 31)));
+    return 273;
+}
+
+int OracleState::integer(const char* text) {
+    token_.bits = static_cast<std::uint32_t>(std::strtol(text, nullptr, 10));
+    return 277;
+}
+
+int OracleState::real(const char* text) {
+    token_.bits = std::bit_cast<std::uint64_t>(std::strtod(text, nullptr));
+    return 278;
+}
+
+int OracleState::boolean(bool value) {
+    token_.bits = value;
+    return 279;
+}
+
+int OracleState::text(int token, const char* begin, int length) {
+    token_.text.assign(begin, static_cast<size_t>(length));
+    return token;
+}
+
+void OracleState::unrecognised(char c) {
+    result.reports.push_back({place_, std::string("Unrecognized char: '") + c + "'"});
+}
+
+void OracleState::unterminatedString(const char* text) {
+    result.notices.push_back(UnterminatedString);
+    print({text, "\nUnterminated string constant\n"});
+}
+
+void OracleState::unterminatedComment() {
+    result.notices.push_back(UnterminatedComment);
+    print({"Unterminated comment\n"});
+}
+
+void OracleState::echo(char c) {
+    (echoToStdout_ ? result.printed : result.echoed) += c;
+}
+
+void OracleState::finishToken(int number, const char* text, int length) {
+    token_.number = number;
+    token_.match.assign(text ? text : "", text ? static_cast<size_t>(length) : 0);
+    token_.place = place_;
+    result.tokens.push_back(std::move(token_));
+    token_ = {};
+}
+
+} // namespace oracle
