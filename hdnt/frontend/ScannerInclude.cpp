@@ -16,9 +16,11 @@ void Scanner::notify(HDNTNotice::Kind kind, std::string_view text, std::string_v
 }
 
 std::string Scanner::findFile(const std::string& name) const {
+    if (name.find('\0') != name.npos) return {}; // no file has such a name, though one may have its beginning
     if (!name.empty() && name.front() == '/') return HUTPathUtils::exists(name) ? name : std::string();
     for (const std::string& directory : searchDirectories_) {
-        std::string path = directory + "/" + name;
+        std::string path = directory;
+        path.append("/").append(name);
         if (debug_) std::printf("file element: %s\n", path.c_str());
         if (HUTPathUtils::exists(path)) return path;
     }
@@ -71,16 +73,16 @@ void Scanner::endStatement(bool once) {
     pushState(State::LineCapture);
 }
 
-void Scanner::include(std::string_view name, bool once) {
-    if (once && std::find(included_.begin(), included_.end(), name) != included_.end()) {
+void Scanner::include(const std::string& name, bool once) {
+    if (once && included_.contains(name)) {
         notify(HDNTNotice::Kind::IncludeSkipped, name);
-    } else if (const std::string path = findFile(std::string(name)); path.empty()) {
-        std::printf("Could not find %s file: %s . ", once ? "INCLUDE" : "INLINE", std::string(name).c_str());
+    } else if (const std::string path = findFile(name); path.empty()) {
+        std::printf("Could not find %s file: %s . ", once ? "INCLUDE" : "INLINE", name.c_str());
         std::puts("check NTL_PATH");
         notify(HDNTNotice::Kind::IncludeNotFound, name);
     } else {
         if (debug_) std::printf("CURRENT FILE IS %s\n", path.c_str());
-        if (once) included_.emplace_back(name);
+        if (once) included_.insert(name);
         if (open(path, once)) return;
     }
     ++line_;
@@ -105,6 +107,7 @@ bool Scanner::open(const std::string& path, bool once) {
     unload();
     saved_.push_back({buffers_.back(), fileName_, line_});
     buffers_.back() = new yy_buffer_state;
+    buffers_.back()->ownedByScanner = true;
     buffers_.back()->text = std::move(text);
     cursor_ = nullptr;
     load();

@@ -79,7 +79,7 @@ void Scanner::init() {
     states_.clear();
     state_ = State::Normal;
     pushState(State::LineCapture);
-    closeIncludes();
+    dropSaved();
     line_ = globalLine_ = column_ = 1;
     pendingCapture_ = false;
     storeOffset_ = folderMode_ ? static_cast<int>(LineStore::instance().size()) : 0;
@@ -100,8 +100,15 @@ void Scanner::closeIncludes() {
     cursor_ = nullptr;
 }
 
+// Forgets the inputs around the current one, whose scan was given up. Those a host made are the host's to delete.
+void Scanner::dropSaved() {
+    for (const SavedInput& saved : saved_)
+        if (saved.buffer && saved.buffer->ownedByScanner) delete saved.buffer;
+    saved_.clear();
+}
+
 void Scanner::beginText(std::shared_ptr<SourceText> text) {
-    closeIncludes();
+    dropSaved();
     buffers_.push_back(new yy_buffer_state);
     buffers_.back()->text = std::move(text);
     cursor_ = nullptr;
@@ -170,6 +177,8 @@ void Scanner::pop() {
 void Scanner::forget(yy_buffer_state* buffer) {
     if (!buffers_.empty() && buffers_.back() == buffer) cursor_ = nullptr;
     std::replace(buffers_.begin(), buffers_.end(), buffer, static_cast<yy_buffer_state*>(nullptr));
+    for (SavedInput& saved : saved_)
+        if (saved.buffer == buffer) saved.buffer = nullptr;
     delete buffer;
 }
 

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 /// One input: a text in memory, or a stream whose text is read piece by piece and kept.
@@ -15,7 +16,7 @@ struct yy_buffer_state {
     std::shared_ptr<hdnt::frontend::SourceText> text = std::make_shared<hdnt::frontend::SourceText>();
     std::istream* input = nullptr; ///< null: the text is complete
     size_t position = 0;           ///< of the next byte to scan, written back after each token
-    bool ownedByScanner = false;   ///< made for a stream that was set without a buffer
+    bool ownedByScanner = false;   ///< made for an included file, or for a stream that was set without a buffer
 };
 
 namespace hdnt::frontend {
@@ -96,6 +97,7 @@ private:
     void load();
     void unload();
     void closeIncludes();
+    void dropSaved();
     void setInputOf(yy_buffer_state& buffer, std::istream* input);
     void findLineEnd();
     bool refill(size_t& scanned);
@@ -104,7 +106,7 @@ private:
 
     // ScannerInclude.cpp
     int fileStatement();
-    void include(std::string_view name, bool once);
+    void include(const std::string& name, bool once);
     bool open(const std::string& path, bool once);
     void endStatement(bool once);
     bool endOfInput();
@@ -130,7 +132,7 @@ private:
 
     std::vector<yy_buffer_state*> buffers_; ///< the last one is current; null where a buffer was deleted
     std::vector<SavedInput> saved_;         ///< one for each open INCLUDE or INLINE
-    std::vector<std::string> included_;     ///< never cleared: a name is brought in once a process
+    std::unordered_set<std::string> included_; ///< never cleared: a name is brought in once a process
     std::vector<std::string> searchDirectories_;
     std::vector<std::string> openedFiles_;
     std::istream* input_ = nullptr;

@@ -79,6 +79,7 @@ bool HDNTLibraryMgr::parseFolder(HDNTLibrary& library, const std::string& path) 
     return parsed;
 }
 
+// The interface passes it by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 HDNTLibrary* HDNTLibraryMgr::loadLibrary(std::string path, HDNTLibrary* parent) {
     const HUTFile file(path);
     if (!file.exists()) {

@@ -49,28 +49,32 @@ void HDNTBlock::deleteOwned() {
     for (const HDNTProperty* property : properties_) delete property;
 }
 
-// Entities that were not reached when one of them throws are deleted here, the others by the block.
+// When an entity throws, the block deletes what it has adopted and this deletes the rest.
 void HDNTBlock::adopt(std::vector<HDNTBlockEntity*>& entities) {
-    size_t next = 0;
+    auto entity = entities.begin();
+    buses_.reserve(entities.size());
+    properties_.reserve(entities.size());
     try {
-        while (next < entities.size()) {
-            std::unique_ptr<HDNTBlockEntity> entity(entities[next++]);
-            if (!entity || applyAttribute(*entity)) continue;
-            entity->setParent(this);
-            if (auto* const bus = dynamic_cast<HDNTBus*>(entity.get())) {
-                buses_.push_back(bus);
-                entity.release();
-                adoptBus(*bus);
-            } else if (auto* const property = dynamic_cast<HDNTProperty*>(entity.get())) {
-                properties_.push_back(property);
-                entity.release();
-            } else {
-                entity.release(); // of no known kind: left to whoever made it
-            }
-        }
+        while (entity != entities.end()) adoptEntity(*entity++);
     } catch (...) {
-        for (; next < entities.size(); ++next) delete entities[next];
+        for (; entity != entities.end(); ++entity) delete *entity;
         throw;
+    }
+    buses_.shrink_to_fit();
+    properties_.shrink_to_fit();
+}
+
+void HDNTBlock::adoptEntity(HDNTBlockEntity* entity) {
+    if (!entity) return;
+    if (applyAttribute(*entity)) {
+        delete entity;
+        return;
+    }
+    entity->setParent(this); // one of no known kind stays with whoever made it
+    if (auto* const property = dynamic_cast<HDNTProperty*>(entity)) properties_.push_back(property);
+    if (auto* const bus = dynamic_cast<HDNTBus*>(entity)) {
+        buses_.push_back(bus);
+        adoptBus(*bus);
     }
 }
 

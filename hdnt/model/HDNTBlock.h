@@ -121,6 +121,7 @@ public:
 private:
     void deleteOwned();
     void adopt(std::vector<HDNTBlockEntity*>& entities);
+    void adoptEntity(HDNTBlockEntity* entity);
     void adoptBus(HDNTBus& bus);
     void applyGroup(const HDNTPrimGroup& group);
     bool applyAttribute(const HDNTBlockEntity& entity);
