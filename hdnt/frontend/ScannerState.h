@@ -130,8 +130,8 @@ private:
     size_t matchLength_ = 0;
     std::string matchText_;
 
-    std::vector<yy_buffer_state*> buffers_; ///< the last one is current; null where a buffer was deleted
-    std::vector<SavedInput> saved_;         ///< one for each open INCLUDE or INLINE
+    std::vector<yy_buffer_state*> buffers_;    ///< the last one is current; null where a buffer was deleted
+    std::vector<SavedInput> saved_;            ///< one for each open INCLUDE or INLINE
     std::unordered_set<std::string> included_; ///< never cleared: a name is brought in once a process
     std::vector<std::string> searchDirectories_;
     std::vector<std::string> openedFiles_;

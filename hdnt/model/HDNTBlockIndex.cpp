@@ -103,7 +103,8 @@ HDNTPin* HDNTBlock::getPinByName(const std::string& name) const {
         const HDNTBus& bus = *buses_[*entry];
         if (std::min(bus.getFirstIndex(), bus.getLastIndex()) <= bit &&
             bit <= std::max(bus.getFirstIndex(), bus.getLastIndex()))
-            return pins_[static_cast<size_t>(bus.getFirstPinIndex()) + static_cast<size_t>(std::abs(bit - bus.getFirstIndex()))];
+            return pins_[static_cast<size_t>(bus.getFirstPinIndex()) +
+                         static_cast<size_t>(std::abs(bit - bus.getFirstIndex()))];
     }
     return nullptr;
 }

@@ -62,9 +62,7 @@ Outcome load(const fs::path& path) {
     return outcome;
 }
 
-std::string nameOf(const testing::TestParamInfo<std::string>& info) {
-    return info.param;
-}
+std::string nameOf(const testing::TestParamInfo<std::string>& info) { return info.param; }
 
 class GoodInput : public testing::TestWithParam<std::string> {};
 class BadInput : public testing::TestWithParam<std::string> {};

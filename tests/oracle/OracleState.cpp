@@ -66,9 +66,7 @@ void OracleState::newline() {
     pending_ = true;
 }
 
-void OracleState::tab() {
-    column_ = column_ - column_ % 8 + 9;
-}
+void OracleState::tab() { column_ = column_ - column_ % 8 + 9; }
 
 void OracleState::captureLine(const char* text, int length) {
     pending_ = false;
@@ -198,9 +196,7 @@ void OracleState::unterminatedComment() {
     print({"Unterminated comment\n"});
 }
 
-void OracleState::echo(char c) {
-    (echoToStdout_ ? result.printed : result.echoed) += c;
-}
+void OracleState::echo(char c) { (echoToStdout_ ? result.printed : result.echoed) += c; }
 
 void OracleState::finishToken(int number, const char* text, int length) {
     token_.number = number;

@@ -135,13 +135,9 @@ Token libraryToken(int number) {
     return token;
 }
 
-bool hasValue(int number) {
-    return (number >= T_Identifier && number <= T_BoolConstant);
-}
+bool hasValue(int number) { return (number >= T_Identifier && number <= T_BoolConstant); }
 
-std::string describe(const std::string& text) {
-    return std::string("\"").append(readable(text)).append("\"");
-}
+std::string describe(const std::string& text) { return std::string("\"").append(readable(text)).append("\""); }
 
 using ValueBytes = std::array<unsigned char, sizeof(NtlTokenValue)>;
 constexpr size_t MostTokens = 2000000; // of a text within the limits, whatever it includes
@@ -196,9 +192,7 @@ std::string describe(const Report& report) {
     return text.str();
 }
 
-std::string describe(int number) {
-    return std::to_string(number);
-}
+std::string describe(int number) { return std::to_string(number); }
 
 template <typename T>
 std::string firstDifference(const char* what, const std::vector<T>& expected, const std::vector<T>& actual) {
@@ -309,9 +303,7 @@ std::string compareScanners(const ScanInput& input, unsigned feeds, bool echoToS
     return {};
 }
 
-std::string untilNul(const std::string& text) {
-    return text.substr(0, text.find('\0'));
-}
+std::string untilNul(const std::string& text) { return text.substr(0, text.find('\0')); }
 
 std::string readable(std::string_view text) {
     constexpr size_t Longest = 2000;
@@ -322,14 +314,10 @@ std::string readable(std::string_view text) {
             i = text.size() - Longest / 2;
         }
         const unsigned char c = static_cast<unsigned char>(text[i]);
-        if (c == '\n')
-            result += "\\n";
-        else if (c == '\t')
-            result += "\\t";
-        else if (c == '\\')
-            result += "\\\\";
-        else if (c >= ' ' && c < 127)
-            result += text[i];
+        if (c == '\n') result += "\\n";
+        else if (c == '\t') result += "\\t";
+        else if (c == '\\') result += "\\\\";
+        else if (c >= ' ' && c < 127) result += text[i];
         else {
             static const char digits[] = "0123456789abcdef";
             result += {'\\', 'x', digits[c >> 4], digits[c & 15]};

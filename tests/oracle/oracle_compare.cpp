@@ -88,10 +88,8 @@ int compareFiles(const Options& options) {
         ++differences;
         std::printf("%s: %s", path.c_str(), difference.c_str());
     }
-    if (files.empty())
-        std::printf("no .btl file found\n");
-    else if (!differences)
-        std::printf("%zu files agree\n", files.size());
+    if (files.empty()) std::printf("no .btl file found\n");
+    else if (!differences) std::printf("%zu files agree\n", files.size());
     return files.empty() || differences != 0;
 }
 
@@ -118,18 +116,14 @@ Options read(int count, char** arguments) {
         char* end = nullptr;
         const std::uint64_t value = std::strtoull(arguments[++i], &end, 10);
         if (*end || end == arguments[i]) usage();
-        if (name == "--count")
-            options.count = value;
-        else if (name == "--first")
-            options.first = value;
-        else if (name == "--seed")
-            options.seed = value;
+        if (name == "--count") options.count = value;
+        else if (name == "--first") options.first = value;
+        else if (name == "--seed") options.seed = value;
         else if (name == "--text-of") {
             options.first = value;
             options.count = 1;
             options.showText = true;
-        } else
-            usage();
+        } else usage();
     }
     if (options.count == 0) usage();
     return options;
