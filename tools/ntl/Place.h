@@ -1,0 +1,28 @@
+#pragma once
+
+#include "hdnt/frontend/yyltype.h"
+
+#include <string>
+
+namespace ntl {
+
+/// Where something stands, as users count: lines of the file, bytes of the line.
+struct Place {
+    std::string file; ///< empty when not known
+    int line = 0;     ///< 0 when not known
+    int column = 0;
+    int lastColumn = 0;
+    int textLine = 0; ///< line of the whole text, INCLUDE and INLINE files spliced in
+    int order = 0;    ///< line among all that were read for the library; places compare by it
+
+    bool isKnown() const { return line > 0; }
+};
+
+/// The scanner's columns count a tab as several; these are turned back into bytes with the help of the line store, so
+/// this holds for what was read since a library was last loaded from the beginning.
+Place placeOf(const yyltype& location);
+
+/// "file:line:column"; "file" when the line is not known.
+std::string describe(const Place& place);
+
+} // namespace ntl
