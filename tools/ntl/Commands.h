@@ -7,5 +7,7 @@ namespace ntl {
 // The commands. Each writes its result to standard output, the rest to standard error, and returns the exit status, or
 // throws Failure with it.
 int runCheck(const Settings& settings);
+int runList(const Settings& settings);
+int runShow(const Settings& settings);
 
 } // namespace ntl

@@ -51,6 +51,15 @@ static OptionSpec parentOption() {
             &Settings::parent, Completion::Library};
 }
 
+static OptionSpec libraryOption() {
+    return {"-l,--library", "PATH", "Read the library in this file or folder instead of the common library.",
+            &Settings::library, Completion::Library};
+}
+
+static OptionSpec jsonOption() {
+    return {"--json", "", "Write JSON.", &Settings::json};
+}
+
 static CommandSpec checkCommand() {
     return {"check",
             "check libraries for errors",
@@ -76,8 +85,36 @@ static CommandSpec checkCommand() {
             &runCheck};
 }
 
+static CommandSpec listCommand() {
+    return {"list",
+            "list the blocks of a library",
+            "Writes a line for each block: name, group, number of pins, buses and properties, maturity, flags, and "
+            "where it is declared.",
+            {libraryOption(),
+             parentOption(),
+             searchOption(),
+             {"--group", "GROUP[:SUBGROUP]", "Only blocks of this group, case aside.", &Settings::group},
+             {"--prefix", "TEXT", "Only blocks whose names begin with TEXT, case aside, in order of name.",
+              &Settings::prefix},
+             jsonOption()},
+            &runList};
+}
+
+static CommandSpec showCommand() {
+    return {"show",
+            "show the data sheet of a block",
+            "Writes all that is known of each BLOCK: pins and buses, properties, groups and flags, and what the "
+            "configuration says.",
+            {{"BLOCK", "", "Name of a block, case aside.", &Settings::blocks},
+             libraryOption(),
+             parentOption(),
+             searchOption(),
+             jsonOption()},
+            &runShow};
+}
+
 const std::vector<CommandSpec>& commands() {
-    static const std::vector<CommandSpec> all = {checkCommand()};
+    static const std::vector<CommandSpec> all = {checkCommand(), listCommand(), showCommand()};
     return all;
 }
 
@@ -145,7 +182,7 @@ int runCommandLine(int argc, char** argv) {
         throw Failure(Unusable, usageError(app, error.what()));
     }
     const CommandSpec* const command = chosen(app);
-    if (!command) throw Failure(Unusable, usageError(app, "A command is needed: check"));
+    if (!command) throw Failure(Unusable, usageError(app, "A command is needed: check, list or show"));
     refuseEmpty(settings);
     setColors(settings.color);
     applyGlobalSettings(settings);
