@@ -1,6 +1,7 @@
 #include "tools/ntl/Options.h"
 
 #include "tools/ntl/Commands.h"
+#include "tools/ntl/Generate.h"
 #include "tools/ntl/Help.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Setup.h"
@@ -166,6 +167,7 @@ int runCommandLine(int argc, char** argv) {
     app.set_version_flag("--version", std::string("ntl ") + NTL_VERSION, "Print the version and exit.");
     app.require_subcommand(0, 1);
     for (const OptionSpec& option : globalOptions()) addOption(app, option, settings);
+    app.add_option("--generate", settings.generate)->group("");
     for (const CommandSpec& command : commands()) {
         CLI::App* const sub = app.add_subcommand(command.name, command.summary)->fallthrough();
         for (const OptionSpec& option : command.options) addOption(*sub, option, settings);
@@ -180,6 +182,10 @@ int runCommandLine(int argc, char** argv) {
         return Fine;
     } catch (const CLI::ParseError& error) {
         throw Failure(Unusable, usageError(app, error.what()));
+    }
+    if (!settings.generate.empty()) {
+        writeOutput(generate(settings.generate));
+        return Fine;
     }
     const CommandSpec* const command = chosen(app);
     if (!command) throw Failure(Unusable, usageError(app, "A command is needed: check, list or show"));
