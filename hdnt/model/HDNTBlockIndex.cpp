@@ -102,7 +102,7 @@ HDNTPin* HDNTBlock::getPinByName(const std::string& name) const {
                          [this](uint32_t bus, const std::string& base) { return buses_[bus]->getBaseName() < base; });
     for (; entry != busesByName_.end() && buses_[*entry]->getBaseName() == baseName; ++entry) {
         const HDNTBus& bus = *buses_[*entry];
-        const auto [low, high] = std::minmax(bus.getFirstIndex(), bus.getLastIndex());
+        const auto [low, high] = std::minmax({bus.getFirstIndex(), bus.getLastIndex()});
         if (low <= bit && bit <= high)
             return pins_[static_cast<size_t>(bus.getFirstPinIndex() + std::abs(bit - bus.getFirstIndex()))];
     }
