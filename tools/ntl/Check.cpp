@@ -196,7 +196,7 @@ private:
         if (settings_.depfile.empty()) return;
         errno = 0;
         std::ofstream file(settings_.depfile, std::ios::binary);
-        file << makeRules(results_);
+        file << makeRules(settings_.depTarget.empty() ? settings_.depfile : settings_.depTarget, results_);
         file.close();
         if (!file) throw Failure(Unusable, "cannot write " + settings_.depfile + ": " + std::strerror(errno));
     }

@@ -3,7 +3,7 @@
 #include "tools/ntl/Json.h"
 #include "tools/ntl/Output.h"
 
-#include <algorithm>
+#include <set>
 
 namespace ntl {
 
@@ -112,18 +112,22 @@ static std::string makeName(const std::string& path) {
     return result;
 }
 
-std::string makeRules(const std::vector<CheckResult>& results) {
+std::string makeRules(const std::string& target, const std::vector<CheckResult>& results) {
     std::string text;
+    std::set<std::string> all;
     for (const CheckResult& result : results) {
-        text += makeName(result.input) + ":";
-        std::vector<std::string> written = {result.input};
-        for (const std::string& file : result.files) {
-            if (std::find(written.begin(), written.end(), file) != written.end()) continue;
-            written.push_back(file);
+        std::vector<std::string> files = {result.input};
+        files.insert(files.end(), result.files.begin(), result.files.end());
+        text += makeName(target) + ":";
+        std::set<std::string> written;
+        for (const std::string& file : files) {
+            if (!written.insert(file).second) continue;
             text += " \\\n  " + makeName(file);
+            all.insert(file);
         }
         text += "\n";
     }
+    for (const std::string& file : all) text += "\n" + makeName(file) + ":\n";
     return text;
 }
 

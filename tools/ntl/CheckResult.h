@@ -31,8 +31,9 @@ std::string textLine(const CheckResult& result);
 std::string jsonDocument(const std::vector<CheckResult>& results, int exitStatus);
 std::string sarifDocument(const std::vector<CheckResult>& results);
 
-/// Rules for make: each input depends on the files it was read from.
-std::string makeRules(const std::vector<CheckResult>& results);
+/// Rules for make: the target depends on each input and the files it was read from, one rule an input. An empty rule
+/// for each file keeps make going when the file is gone.
+std::string makeRules(const std::string& target, const std::vector<CheckResult>& results);
 
 /// Whether the input counts as failed.
 bool hasFailed(const CheckResult& result, bool warningsAreErrors);

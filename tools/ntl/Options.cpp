@@ -79,6 +79,8 @@ static CommandSpec checkCommand() {
               {"text", "json", "sarif"}},
              {"--depfile", "FILE", "Write the files that each input was read from to FILE, as rules for make.",
               &Settings::depfile, Completion::File},
+             {"--deptarget", "NAME", "What depends on the files in the rules of --depfile; without it, FILE itself.",
+              &Settings::depTarget, Completion::File},
              {"--werror", "", "Let warnings count as errors.", &Settings::warningsAreErrors},
              {"--root", "DIR", "Refuse INCLUDE and INLINE files that are not below DIR.", &Settings::rootFolder,
               Completion::Directory},

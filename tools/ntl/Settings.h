@@ -19,6 +19,7 @@ struct Settings {
     int jobs = 1;
     std::string format = "text";
     std::string depfile;
+    std::string depTarget; ///< empty: the dependency file itself
     bool warningsAreErrors = false;
     std::string rootFolder;
 
