@@ -6,17 +6,22 @@
 
 namespace ntl {
 
-// Follows the scanner through the line; between quotes a tab is one column.
-static int byteColumn(const std::string& line, int wanted) {
-    int column = 1;
+static bool isContinuation(char c) {
+    return (static_cast<unsigned char>(c) & 0xc0U) == 0x80U;
+}
+
+// Follows the scanner through the line, which counts bytes; between quotes a tab is one column.
+static int characterColumn(const std::string& line, int wanted) {
+    int scanned = 1;
+    int character = 1;
     bool quoted = false;
-    for (size_t i = 0; i < line.size(); ++i) {
-        if (column >= wanted) return static_cast<int>(i) + 1;
+    for (size_t i = 0; i < line.size() && scanned < wanted; ++i) {
         if (line[i] == '"') quoted = !quoted;
-        column += 1;
-        if (line[i] == '\t' && !quoted) column = column - column % 8 + 9;
+        scanned += 1;
+        if (line[i] == '\t' && !quoted) scanned = scanned - scanned % 8 + 9;
+        if (i + 1 == line.size() || !isContinuation(line[i + 1])) ++character;
     }
-    return static_cast<int>(line.size()) + 1 + std::max(wanted - column, 0);
+    return character + std::max(wanted - scanned, 0);
 }
 
 Place placeOf(const yyltype& location) {
@@ -29,9 +34,8 @@ Place placeOf(const yyltype& location) {
     place.lastColumn = location.last_column;
     if (place.order <= 0) return place;
     const std::string line = NtlGetLineNumbered(static_cast<unsigned long>(place.order));
-    if (line.find('\t') == line.npos) return place;
-    place.column = byteColumn(line, location.first_column);
-    place.lastColumn = byteColumn(line, location.last_column);
+    place.column = characterColumn(line, location.first_column);
+    place.lastColumn = characterColumn(line, location.last_column);
     return place;
 }
 

@@ -6,7 +6,7 @@
 
 namespace ntl {
 
-/// Where something stands, as users count: lines of the file, bytes of the line.
+/// Where something stands, as users count: lines of the file, characters of the line.
 struct Place {
     std::string file; ///< empty when not known
     int line = 0;     ///< 0 when not known
@@ -18,8 +18,8 @@ struct Place {
     bool isKnown() const { return line > 0; }
 };
 
-/// The scanner's columns count a tab as several; these are turned back into bytes with the help of the line store, so
-/// this holds for what was read since a library was last loaded from the beginning.
+/// The scanner counts bytes, and a tab as several; its columns are turned into characters with the help of the line
+/// store, so this holds for what was read since a library was last loaded from the beginning.
 Place placeOf(const yyltype& location);
 
 /// "file:line:column"; "file" when the line is not known.

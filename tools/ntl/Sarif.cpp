@@ -71,7 +71,7 @@ std::string sarifDocument(const std::vector<CheckResult>& results) {
     run["tool"]["driver"]["version"] = NTL_VERSION;
     run["tool"]["driver"]["rules"] = rules();
     const Json ruleList = run["tool"]["driver"]["rules"];
-    run["columnKind"] = "utf16CodeUnits";
+    run["columnKind"] = "unicodeCodePoints";
     run["results"] = Json::array();
     for (const CheckResult& input : results) {
         Json& list = run["results"];

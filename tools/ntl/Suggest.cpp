@@ -31,15 +31,17 @@ std::vector<std::string> nearestNames(const std::string& wanted, const std::vect
     const size_t farthest = std::min<size_t>(3, upper.size() / 4 + 1);
     std::vector<std::pair<size_t, std::string>> near;
     for (const std::string& name : names) {
+        const std::string upperName = HSTStringUtils::to_upper_copy(name);
         const size_t longer = std::max(name.size(), upper.size());
+        if (!upper.empty() && upperName.compare(0, upper.size(), upper) == 0) near.emplace_back(farthest + 1, name);
         if (longer - std::min(name.size(), upper.size()) > farthest) continue;
-        const size_t distance = editDistance(upper, HSTStringUtils::to_upper_copy(name));
+        const size_t distance = editDistance(upper, upperName);
         if (distance <= farthest) near.emplace_back(distance, name);
     }
     std::sort(near.begin(), near.end());
-    near.erase(std::unique(near.begin(), near.end()), near.end());
     std::vector<std::string> result;
-    for (size_t i = 0; i < std::min<size_t>(near.size(), 3); ++i) result.push_back(near[i].second);
+    for (const auto& [distance, name] : near)
+        if (result.size() < 3 && std::find(result.begin(), result.end(), name) == result.end()) result.push_back(name);
     return result;
 }
 
