@@ -40,6 +40,8 @@ const std::vector<WarningCase>& warningCases() {
         {"unregistered-block", "\nblock \"NO_SUCH_CELL\" { pin \"A\" input; }", "3:1", "\"NO_SUCH_CELL\""},
         {"include-skipped", "INCLUDE hold.inc ;\nINCLUDE hold.inc ;", "3:8", "\"hold.inc\""},
         {"include-not-found", open + "} INLINE missing.inc ;", "3:9", "\"missing.inc\""},
+        {"include-not-found", "block \"HOLD\" { pin \"A\" input; } /* \xc3\xbc */ INLINE missing.inc ;", "2:47",
+         "\"missing.inc\""},
         {"include-not-opened", open + "} INCLUDE folder ;", "3:10", "/folder\""},
         {"unterminated-string", open + "property int \"N { default = 0 } }", "3:14", "\"N { default = 0 } }"},
         {"unterminated-comment", open + "} }\n/* and so on", "5:2", "not closed"},

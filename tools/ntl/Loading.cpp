@@ -55,6 +55,7 @@ static void requireReadable(const std::string& path) {
 
 HDNTLibrary* Loader::load(const std::string& path, HDNTLibrary* parent) {
     requireReadable(path);
+    forgetLines();
     const OutputToError redirect;
     const std::vector<std::string> before = NtlOpenedFiles();
     HDNTLibrary* library = nullptr;

@@ -21,6 +21,8 @@ struct Place {
 /// The scanner counts bytes, and a tab as several; its columns are turned into characters with the help of the line
 /// store, so this holds for what was read since a library was last loaded from the beginning.
 Place placeOf(const yyltype& location);
+/// To be called before the line store is emptied or filled anew.
+void forgetLines();
 
 /// "file:line:column"; "file" when the line is not known.
 std::string describe(const Place& place);

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <unordered_map>
 
 namespace ntl {
 
@@ -37,7 +38,7 @@ using Type = HATAttrTypes::AttrType;
 // One property under judgement. Texts name it, and the pin it belongs to.
 class PropertyJudge {
 public:
-    PropertyJudge(const HDNTProperty& property, std::string owner, std::vector<Finding>& findings)
+    PropertyJudge(const HDNTProperty& property, const std::string& owner, std::vector<Finding>& findings)
         : property_(property), findings_(findings) {
         name_ = "property \"" + property.getName() + "\"" + owner;
     }
@@ -134,19 +135,15 @@ void judgeBus(const HDNTBus& bus, std::vector<Finding>& findings) {
     if (hasLowerCase(bus.getBaseName()))
         findings.push_back({Warning::PinLowerCase, placeOf(*bus.getLocation()),
                             name + " has lower-case letters and cannot be looked up by name"});
-    std::vector<const HDNTProperty*> earlier;
+    std::unordered_map<std::string, std::string> earlier; // by upper-cased name
     for (const HDNTProperty* property : propertiesOf(bus)) {
-        const auto differsInCase = [&](const HDNTProperty* other) {
-            return other->getName() != property->getName() &&
-                   HSTStrUtils::compareCI(other->getName(), property->getName()) == 0;
-        };
-        const auto found = std::find_if(earlier.begin(), earlier.end(), differsInCase);
-        if (found != earlier.end())
+        const std::string upper = HSTStringUtils::to_upper_copy(property->getName());
+        const auto [first, isNew] = earlier.emplace(upper, property->getName());
+        if (!isNew && first->second != property->getName())
             findings.push_back({Warning::PinPropertyCase, placeOf(*property->getLocation()),
-                                "properties \"" + (*found)->getName() + "\" and \"" + property->getName() + "\" of " +
-                                    name + " differ in case only"});
+                                "properties \"" + first->second + "\" and \"" + property->getName() + "\" of " + name +
+                                    " differ in case only"});
         PropertyJudge(*property, " of " + name, findings).judge();
-        earlier.push_back(property);
     }
 }
 
