@@ -26,9 +26,8 @@ void NtlTool::become(const std::vector<std::string>& arguments) const {
     }
     std::vector<std::string> words = {NTL_TOOL};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
+    std::vector<char*> argv(words.size() + 1);
+    for (size_t i = 0; i < words.size(); ++i) argv[i] = words[i].data();
     if (chdir(directory_.path().c_str()) == 0) execv(NTL_TOOL, argv.data());
     _exit(127);
 }

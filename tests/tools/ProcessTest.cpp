@@ -19,8 +19,9 @@ struct ProcessTest : testing::Test {
 
 pid_t waitForChildOf(pid_t process) {
     const std::string id = std::to_string(process);
+    const std::string list = "/proc/" + id + "/task/" + id + "/children";
     for (int i = 0; i < 500; ++i) {
-        const std::string children = readFile("/proc/" + id + "/task/" + id + "/children");
+        const std::string children = readFile(list);
         if (!children.empty()) return std::stoi(children);
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }

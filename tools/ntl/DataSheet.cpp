@@ -150,9 +150,9 @@ std::string bitTypes(const Json& bus) {
         if (runs.empty() || runs.back().first != type) runs.emplace_back(type, "");
         runs.back().second += " " + (pin["bit"].get<int>() < 0 ? cell(pin["name"]) : cell(pin["bit"]));
     }
-    std::vector<std::string> texts;
-    for (const auto& [type, bits] : runs) texts.push_back(type + bits);
-    return joined(texts, ", ");
+    std::string text;
+    for (const auto& [type, bits] : runs) text.append(text.empty() ? "" : ", ").append(type).append(bits);
+    return text;
 }
 
 std::string pinTable(const Json& block) {

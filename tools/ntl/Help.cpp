@@ -54,12 +54,11 @@ std::string usageLine(const CommandSpec& command, std::string (*mark)(const std:
     for (const OptionSpec& option : command.options) {
         const std::string more = option.isRepeatable() ? "..." : "";
         const std::string name = mark(option.names()[0], !option.isPositional());
-        if (option.isRequired())
-            text += " " + name + more;
-        else if (option.isPositional())
-            text += " [" + name + more + "]";
-        else
-            text += " [" + name + (option.argument.empty() ? "" : " " + mark(option.argument, false)) + "]" + more;
+        const std::string argument = option.argument.empty() ? "" : " " + mark(option.argument, false);
+        text.append(option.isRequired() ? " " : " [").append(name).append(argument);
+        if (option.isPositional()) text += more;
+        if (!option.isRequired()) text += "]";
+        if (!option.isPositional()) text += more;
     }
     return text;
 }

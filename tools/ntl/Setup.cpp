@@ -94,8 +94,8 @@ static void setLimit(HDNTLimits& limits, const std::string& text) {
                     return setNumber(limits.*member, wanted);
             },
             field);
-        if (!valid) throw Failure(Unusable, "--limit: '" + value + "' is no value for " + name);
-        return;
+        if (valid) return;
+        throw Failure(Unusable, std::string("--limit: '").append(value).append("' is no value for ").append(name));
     }
     throw Failure(Unusable, "--limit: no limit '" + name + "'; there are " + joined(names, ", "));
 }
