@@ -57,6 +57,7 @@ HDNTLibrary* Loader::load(const std::string& path, HDNTLibrary* parent) {
     requireReadable(path);
     forgetLines();
     const OutputToError redirect;
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the load changes the list
     const std::vector<std::string> before = NtlOpenedFiles();
     HDNTLibrary* library = nullptr;
     std::string reason;

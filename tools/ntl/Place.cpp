@@ -74,7 +74,7 @@ Place placeOf(const yyltype& location) {
 }
 
 std::string describe(const Place& place) {
-    const std::string file = place.file.empty() ? "(unknown file)" : place.file;
+    std::string file = place.file.empty() ? "(unknown file)" : place.file;
     if (!place.isKnown()) return file;
     return file + ":" + std::to_string(place.line) + ":" + std::to_string(place.column);
 }
