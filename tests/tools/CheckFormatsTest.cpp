@@ -44,7 +44,7 @@ const std::vector<WarningCase>& warningCases() {
          "\"missing.inc\""},
         {"include-not-opened", open + "} INCLUDE folder ;", "3:10", "/folder\""},
         {"unterminated-string", open + "property int \"N { default = 0 } }", "3:14", "\"N { default = 0 } }"},
-        {"unterminated-comment", open + "} }\n/* and so on", "5:2", "not closed"},
+        {"unterminated-comment", open + "} }\n/* and so on", "4:1", "not closed"},
     };
     return cases;
 }

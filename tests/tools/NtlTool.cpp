@@ -48,9 +48,7 @@ Outcome NtlTool::finish(pid_t process) {
     return outcome;
 }
 
-Outcome NtlTool::run(const std::vector<std::string>& arguments) {
-    return finish(start(arguments));
-}
+Outcome NtlTool::run(const std::vector<std::string>& arguments) { return finish(start(arguments)); }
 
 std::string readFile(const std::string& path) {
     std::ostringstream text;
@@ -71,6 +69,4 @@ size_t countOf(const std::string& text, const std::string& what) {
     return count;
 }
 
-std::string libraryOf(const std::string& text) {
-    return "library \"l\" {\n" + text + "\n}\n";
-}
+std::string libraryOf(const std::string& text) { return "library \"l\" {\n" + text + "\n}\n"; }

@@ -186,10 +186,8 @@ private:
                      printable(finding.text) + " [" + std::string(code) + "]\n";
         }
         writeError(lines);
-        if (failed)
-            complain(result.reason);
-        else if (isText_)
-            writeOutput(textLine(result));
+        if (failed) complain(result.reason);
+        else if (isText_) writeOutput(textLine(result));
     }
 
     void writeDepfile() const {

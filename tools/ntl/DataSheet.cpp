@@ -16,13 +16,9 @@ std::string cell(const Json& value) {
     return value.is_boolean() ? (value.get<bool>() ? "true" : "false") : value.dump();
 }
 
-std::string yesNo(const Json& value) {
-    return value.get<bool>() ? "yes" : "no";
-}
+std::string yesNo(const Json& value) { return value.get<bool>() ? "yes" : "no"; }
 
-std::string orDash(const std::string& text) {
-    return text.empty() ? "-" : text;
-}
+std::string orDash(const std::string& text) { return text.empty() ? "-" : text; }
 
 std::vector<std::string> cells(const Json& list) {
     std::vector<std::string> result;
@@ -70,9 +66,7 @@ private:
     std::string text_;
 };
 
-std::string title(const std::string& text) {
-    return "\n" + colored(Color::Bold, text, 1) + "\n";
-}
+std::string title(const std::string& text) { return "\n" + colored(Color::Bold, text, 1) + "\n"; }
 
 std::string headerText(const Json& block) {
     Facts facts;

@@ -34,9 +34,7 @@ std::string manOption(const OptionSpec& option) {
     return text + "\n" + roff(option.help) + "\n";
 }
 
-std::string manMark(const std::string& text, bool literal) {
-    return (literal ? "\\fB" : "\\fI") + roff(text) + "\\fR";
-}
+std::string manMark(const std::string& text, bool literal) { return (literal ? "\\fB" : "\\fI") + roff(text) + "\\fR"; }
 
 std::string manPage() {
     std::string text = ".TH NTL 1 \"\" \"ntl " + std::string(NTL_VERSION) +
@@ -165,9 +163,7 @@ std::string zshCompletion() {
     return text + "        esac ;;\n    esac\n}\n_ntl \"$@\"\n";
 }
 
-std::string fishText(const std::string& text) {
-    return "'" + replaced(replaced(text, "\\", "\\\\"), "'", "\\'") + "'";
-}
+std::string fishText(const std::string& text) { return "'" + replaced(replaced(text, "\\", "\\\\"), "'", "\\'") + "'"; }
 
 std::string fishOption(const OptionSpec& option, const std::string& condition) {
     std::string text = "complete -c ntl" + condition;

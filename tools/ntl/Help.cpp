@@ -63,9 +63,7 @@ std::string usageLine(const CommandSpec& command, std::string (*mark)(const std:
     return text;
 }
 
-static std::string unmarked(const std::string& text, bool) {
-    return text;
-}
+static std::string unmarked(const std::string& text, bool) { return text; }
 
 static std::string commandHelp(const CommandSpec& command) {
     std::string text = wrapped("Usage:", usageLine(command, unmarked), 7);

@@ -9,9 +9,7 @@ Json jsonHead(const std::string& command) {
     return json;
 }
 
-std::string jsonText(const Json& json) {
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-}
+std::string jsonText(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
 
 Json jsonOf(const Place& place) {
     if (!place.isKnown()) return nullptr;
@@ -24,12 +22,8 @@ Json jsonOf(const Place& place) {
     return json;
 }
 
-Json orNull(const std::string& text) {
-    return text.empty() ? Json() : Json(text);
-}
+Json orNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
-Json orNull(const char* text) {
-    return text ? orNull(std::string(text)) : Json();
-}
+Json orNull(const char* text) { return text ? orNull(std::string(text)) : Json(); }
 
 } // namespace ntl

@@ -19,13 +19,9 @@ namespace ntl {
 
 static const std::string openFailureText = "Could not open file: ";
 
-Loader::Loader(bool keepReports) : keepReports_(keepReports) {
-    HDNTError::setListener(this);
-}
+Loader::Loader(bool keepReports) : keepReports_(keepReports) { HDNTError::setListener(this); }
 
-Loader::~Loader() {
-    HDNTError::setListener(nullptr);
-}
+Loader::~Loader() { HDNTError::setListener(nullptr); }
 
 bool Loader::report(const HDNTReport& report) {
     ++errorCount_;
@@ -38,9 +34,7 @@ bool Loader::report(const HDNTReport& report) {
     return false;
 }
 
-void Loader::notice(const HDNTNotice& notice) {
-    notices_.push_back(findingOf(notice));
-}
+void Loader::notice(const HDNTNotice& notice) { notices_.push_back(findingOf(notice)); }
 
 // The library takes a path where nothing is for its parent, so this is found out before.
 static void requireReadable(const std::string& path) {

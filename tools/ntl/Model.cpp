@@ -46,9 +46,7 @@ std::vector<HDNTBlock*> blocksOf(const HDNTLibrary& library, bool withParents) {
     return blocks;
 }
 
-bool isRegistered(const HDNTBlock& block) {
-    return block.getType() < HDNTCellviewLib::UNKNOWN;
-}
+bool isRegistered(const HDNTBlock& block) { return block.getType() < HDNTCellviewLib::UNKNOWN; }
 
 std::string maturityName(int level) {
     static const std::array<const char*, 4> names = {"early", "beta", "production", "deprecated"};
@@ -69,9 +67,7 @@ std::string groupOf(const HDNTBlock& block, bool legacy) {
     return (group ? group : "") + (subGroup ? std::string(":") + subGroup : "");
 }
 
-std::string numberText(int value) {
-    return std::to_string(value);
-}
+std::string numberText(int value) { return std::to_string(value); }
 
 std::string numberText(double value) {
     char digits[32];

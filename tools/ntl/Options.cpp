@@ -57,9 +57,7 @@ static OptionSpec libraryOption() {
             &Settings::library, Completion::Library};
 }
 
-static OptionSpec jsonOption() {
-    return {"--json", "", "Write JSON.", &Settings::json};
-}
+static OptionSpec jsonOption() { return {"--json", "", "Write JSON.", &Settings::json}; }
 
 static CommandSpec checkCommand() {
     return {"check",

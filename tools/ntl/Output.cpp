@@ -28,10 +28,8 @@ void openStandardStreams() {
 static int writeAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = write(descriptor, text.data(), text.size());
-        if (written > 0)
-            text.remove_prefix(static_cast<size_t>(written));
-        else if (written == 0 || errno != EINTR)
-            return written == 0 ? EIO : errno;
+        if (written > 0) text.remove_prefix(static_cast<size_t>(written));
+        else if (written == 0 || errno != EINTR) return written == 0 ? EIO : errno;
     }
     return 0;
 }
@@ -41,9 +39,7 @@ void writeOutput(std::string_view text) {
         throw Failure(Unusable, std::string("cannot write to standard output: ") + std::strerror(error));
 }
 
-void writeError(std::string_view text) {
-    writeAll(STDERR_FILENO, text);
-}
+void writeError(std::string_view text) { writeAll(STDERR_FILENO, text); }
 
 void complain(const std::string& text) {
     writeError(colored(Color::Bold, "ntl:", STDERR_FILENO) + " " + printable(text) + "\n");
@@ -124,9 +120,7 @@ void Table::add(std::vector<std::string> cells) {
     lines_.push_back({std::move(cells), false});
 }
 
-void Table::addNote(const std::string& text) {
-    lines_.push_back({{printable(text)}, true});
-}
+void Table::addNote(const std::string& text) { lines_.push_back({{printable(text)}, true}); }
 
 // Characters, not bytes; wide and combining ones are not told apart.
 static size_t widthOf(const std::string& text) {

@@ -8,9 +8,7 @@ namespace ntl {
 
 namespace {
 
-bool isContinuation(char c) {
-    return (static_cast<unsigned char>(c) & 0xc0U) == 0x80U;
-}
+bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xc0U) == 0x80U; }
 
 // A place in a line, followed as the scanner does: it counts bytes, and a tab as several unless it is between quotes.
 struct Position {
@@ -49,9 +47,7 @@ int characterColumn(const Position& position, int wanted) {
 
 } // namespace
 
-void forgetLines() {
-    lastPlace() = LastPlace();
-}
+void forgetLines() { lastPlace() = LastPlace(); }
 
 Place placeOf(const yyltype& location) {
     Place place;

@@ -18,10 +18,8 @@ static std::string uriOf(const std::string& path) {
         const bool kept =
             (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || plain.find(c) != plain.npos;
         const auto byte = static_cast<unsigned char>(c);
-        if (kept)
-            uri += c;
-        else
-            uri += std::string("%") + digits[byte >> 4U] + digits[byte & 15U];
+        if (kept) uri += c;
+        else uri += std::string("%") + digits[byte >> 4U] + digits[byte & 15U];
     }
     return uri;
 }

@@ -90,8 +90,7 @@ static void setLimit(HDNTLimits& limits, const std::string& text) {
             [&, &wanted = value](auto member) {
                 if constexpr (std::is_same_v<decltype(member), std::string HDNTLimits::*>)
                     return setText(limits.*member, wanted);
-                else
-                    return setNumber(limits.*member, wanted);
+                else return setNumber(limits.*member, wanted);
             },
             field);
         if (valid) return;

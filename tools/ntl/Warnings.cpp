@@ -82,10 +82,8 @@ private:
     template <typename Number>
     void judgeNumber(Number value, Number low, Number high) const {
         std::string reason;
-        if (low > high)
-            warnSwapped(numberText(low), numberText(high));
-        else if (!property_.isValidValue(value, reason))
-            warnOutside(numberText(value));
+        if (low > high) warnSwapped(numberText(low), numberText(high));
+        else if (!property_.isValidValue(value, reason)) warnOutside(numberText(value));
     }
 
     void judgeString() const {
@@ -115,8 +113,7 @@ private:
         const BitText least(low, hex);
         const BitText greatest(high, hex);
         const BitText chosen(value, hex);
-        if (!low.empty() && !high.empty() && greatest < least)
-            warnSwapped(low, high);
+        if (!low.empty() && !high.empty() && greatest < least) warnSwapped(low, high);
         else if (!value.empty() && ((!low.empty() && chosen < least) || (!high.empty() && greatest < chosen)))
             warnOutside(value);
     }

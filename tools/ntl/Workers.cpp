@@ -166,8 +166,6 @@ private:
 
 } // namespace
 
-void runWorkers(const WorkerTasks& tasks) {
-    Pool(tasks).run();
-}
+void runWorkers(const WorkerTasks& tasks) { Pool(tasks).run(); }
 
 } // namespace ntl
