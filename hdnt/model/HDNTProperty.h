@@ -5,6 +5,7 @@
 
 class ConfigBase;
 class HDNTBlock;
+class HDNTVisitor;
 
 /// A typed attribute that a block or one of its buses declares: type, range or list of allowed values, default, flags.
 /// Nearly all of it stands in the attribute specification, which the host uses directly.
@@ -24,6 +25,7 @@ public:
     /// Takes read-only flag and description from the configuration, and completes the range of a hex property. Called
     /// for the properties of blocks, not for those of buses.
     void finalize() override;
+    virtual void accept(HDNTVisitor& visitor);
 
     const std::string& getName() const { return spec_.getName(); }
     HATAttrTypes::AttrType getType() const { return spec_.getAttrType(); }

@@ -1,0 +1,149 @@
+#include "hdnt/netlist/HDNTCompoundExpr.h"
+
+#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/netlist/Evaluate.h"
+#include "hdnt/netlist/HDNTValue.h"
+#include "hdnt/platform/HEX.h"
+
+#include <utility>
+
+HDNTCompoundExpr::HDNTCompoundExpr(HDNTExpr* lhs, FOPERATOR op, HDNTExpr* rhs) : lhs_(lhs), rhs_(rhs), op_(op) {
+    if (lhs) lhs->setParent(this);
+    if (rhs) rhs->setParent(this);
+}
+
+HDNTCompoundExpr::~HDNTCompoundExpr() {
+    delete rhs_;
+    HDNTExpr* left = lhs_;
+    while (auto* const compound = dynamic_cast<HDNTCompoundExpr*>(left)) {
+        left = std::exchange(compound->lhs_, nullptr);
+        delete compound;
+    }
+    delete left;
+}
+
+// Calls visit for this expression and the operations down its left side, the innermost first; before that, visitLeaf
+// for what stands leftmost.
+template <typename Leaf, typename Visit>
+static void fromInnermost(HDNTCompoundExpr& outermost, Leaf&& visitLeaf, Visit&& visit) {
+    const std::vector<HDNTCompoundExpr*> spine = hdnt::netlist::leftSpine(outermost);
+    if (HDNTExpr* const leaf = spine.back()->lhs()) visitLeaf(*leaf);
+    for (auto expr = spine.rbegin(); expr != spine.rend(); ++expr) visit(**expr);
+}
+
+void HDNTCompoundExpr::check() {
+    fromInnermost(
+        *this, [](HDNTExpr& leaf) { leaf.check(); },
+        [](HDNTCompoundExpr& expr) {
+            if (expr.rhs()) expr.rhs()->check();
+        });
+}
+
+void HDNTCompoundExpr::finalize() {
+    fromInnermost(
+        *this, [](HDNTExpr& leaf) { leaf.finalize(); },
+        [](HDNTCompoundExpr& expr) {
+            if (expr.rhs()) expr.rhs()->finalize();
+            expr.deriveType();
+        });
+}
+
+void HDNTCompoundExpr::deriveType() {
+    if (op_ > EQUAL) throw HEXAlgException("Invalid Operator");
+    if (typeState_ == TypeState::Failed) return;
+    const hdnt::netlist::DerivedType type = hdnt::netlist::typeOfOperation(*this);
+    typeState_ = type.state;
+    setExprType(type.code);
+    if (type.faultIsHere) HDNTError::InvalidOperandType(getLocation());
+}
+
+void HDNTCompoundExpr::evaluate() {
+    setEvaluatedExpr(nullptr);
+    setEvaluatedExpr(hdnt::netlist::evaluate(*this).release());
+}
+
+[[noreturn]] static void refuse(const char* text) { throw HEXAlgException(text); }
+
+// In unsigned arithmetic, which wraps.
+static int wrapped(unsigned value) { return static_cast<int>(value); }
+
+HDNTValue* HDNTCompoundExpr::operate(int a, int b) const {
+    const unsigned ua = static_cast<unsigned>(a);
+    const unsigned ub = static_cast<unsigned>(b);
+    switch (op_) {
+    case ADD: return new HDNTIntConstant(wrapped(ua + ub));
+    case SUBTRACT: return new HDNTIntConstant(wrapped(ua - ub));
+    case NEGATE: return new HDNTIntConstant(wrapped(0U - ub));
+    case MULTIPLY: return new HDNTIntConstant(wrapped(ua * ub));
+    case DIVIDE:
+        if (b == 0) refuse("Divide by zero");
+        return new HDNTIntConstant(b == -1 ? wrapped(0U - ua) : a / b);
+    case REMAINDER:
+        if (b == 0) refuse("Modulo zero");
+        return new HDNTIntConstant(b == -1 ? 0 : a % b);
+    case AND: return new HDNTBoolConstant(a && b);
+    case OR: return new HDNTBoolConstant(a || b);
+    case NOT: return new HDNTBoolConstant(!b);
+    case GREATER: return new HDNTBoolConstant(a > b);
+    case LESS: return new HDNTBoolConstant(a < b);
+    case LESS_EQUAL: return new HDNTBoolConstant(a <= b);
+    case GREATER_EQUAL: return new HDNTBoolConstant(a >= b);
+    case NOT_EQUAL: return new HDNTBoolConstant(a != b);
+    case EQUAL: return new HDNTBoolConstant(a == b);
+    }
+    refuse("HDNTNetlist: Operator not supported");
+}
+
+HDNTValue* HDNTCompoundExpr::operate(double a, double b) const {
+    switch (op_) {
+    case ADD: return new HDNTDoubleConstant(a + b);
+    case SUBTRACT: return new HDNTDoubleConstant(a - b);
+    case NEGATE: return new HDNTDoubleConstant(-b);
+    case MULTIPLY: return new HDNTDoubleConstant(a * b);
+    case DIVIDE:
+        if (b == 0.0) refuse("Divide by zero");
+        return new HDNTDoubleConstant(a / b);
+    case REMAINDER: refuse("HDNTNetlist: illegal modulo operation for type double");
+    case AND: return new HDNTBoolConstant(a != 0.0 && b != 0.0);
+    case OR: return new HDNTBoolConstant(a != 0.0 || b != 0.0);
+    case NOT: return new HDNTBoolConstant(b == 0.0);
+    case GREATER: return new HDNTBoolConstant(a > b);
+    case LESS: return new HDNTBoolConstant(a < b);
+    case LESS_EQUAL: return new HDNTBoolConstant(a <= b);
+    case GREATER_EQUAL: return new HDNTBoolConstant(a >= b);
+    case NOT_EQUAL: return new HDNTBoolConstant(a != b);
+    case EQUAL: return new HDNTBoolConstant(a == b);
+    }
+    refuse("HDNTNetlist: Operator not supported");
+}
+
+HDNTValue* HDNTCompoundExpr::operate(bool a, bool b) const {
+    switch (op_) {
+    case ADD:
+    case SUBTRACT:
+    case NEGATE:
+    case MULTIPLY:
+    case DIVIDE:
+    case REMAINDER: refuse("HDNTNetlist: illegal operation for type bool");
+    case AND: return new HDNTBoolConstant(a && b);
+    case OR: return new HDNTBoolConstant(a || b);
+    case NOT: return new HDNTBoolConstant(!b);
+    case GREATER: return new HDNTBoolConstant(a > b);
+    case LESS: return new HDNTBoolConstant(a < b);
+    case LESS_EQUAL: return new HDNTBoolConstant(a <= b);
+    case GREATER_EQUAL: return new HDNTBoolConstant(a >= b);
+    case NOT_EQUAL: return new HDNTBoolConstant(a != b);
+    case EQUAL: return new HDNTBoolConstant(a == b);
+    }
+    refuse("HDNTNetlist: Operator not supported");
+}
+
+HDNTValue* HDNTCompoundExpr::operate(const std::string& a, const std::string& b) const {
+    if (op_ == NOT_EQUAL) return new HDNTBoolConstant(a != b);
+    if (op_ == EQUAL) return new HDNTBoolConstant(a == b);
+    refuse(op_ > EQUAL ? "Invalid Operator" : "HDNTNetlist: illegal operation for type string");
+}
+
+HDNTValue* HDNTCompoundExpr::operate(const char* a, const char* b) const {
+    return operate(std::string(a), std::string(b));
+}
