@@ -149,7 +149,7 @@ int Scanner::skipComment() {
     }
     if (atEnd()) {
         std::puts("Unterminated comment");
-        notify(HDNTNotice::Kind::UnterminatedComment, {});
+        HDNTError::notify({HDNTNotice::Kind::UnterminatedComment, commentStart_, {}, {}});
         return 0;
     }
     newline();
@@ -244,7 +244,9 @@ int Scanner::scanOperator(const char* start) {
     case '/':
         if (second == '*') {
             state_ = State::Comment;
-            return pair(StateChanged);
+            pair(StateChanged);
+            commentStart_ = HDNTParserlloc;
+            return StateChanged;
         }
         if (second == '/') return accept(start, lineEnd_, StateChanged);
         break;

@@ -63,7 +63,10 @@ public:
 
     /// While on, locations bear the number of lines stored before their text, and opened files accumulate: the texts
     /// of one folder make one library.
-    void setFolderMode(bool on) { folderMode_ = on; }
+    void setFolderMode(bool on) {
+        folderMode_ = on;
+        if (on) openedFiles_.clear();
+    }
 
     std::string findFile(const std::string& name) const;
     void addSearchDirectory(const std::string& directory) { searchDirectories_.push_back(directory); }
@@ -114,6 +117,7 @@ private:
 
     State state_ = State::Initial;
     std::vector<State> states_;
+    yyltype commentStart_{};
     bool pendingCapture_ = false;
     bool debug_ = false;
     bool folderMode_ = false;

@@ -1,0 +1,162 @@
+#include "tests/tools/NtlTool.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <set>
+
+namespace {
+
+struct WarningCase {
+    std::string code;
+    std::string text;
+    std::string place;   // line:column in the file
+    std::string message; // a part of it
+};
+
+// Each text stands inside `library "l" {`, from line 2 on.
+const std::vector<WarningCase>& warningCases() {
+    static const std::string open = "block \"HOLD\" { pin \"A\" input;\n";
+    static const std::vector<WarningCase> cases = {
+        {"default-outside", open + "property int \"N\" { min = 1, max = 5, default = 9 } }", "3:1", "default 9"},
+        {"default-outside", open + "property int \"N\" { min = 1, max = 5 } }", "3:1", "default 0"},
+        {"default-outside", open + "property int \"N\" { values { 1, 2 }, default = 3 } }", "3:1", "not one of"},
+        {"default-outside", open + "property double \"N\" { min = 1.5, max = 2.5, default = 1.25 } }", "3:1", "1.25"},
+        {"default-outside", open + "property string \"N\" { values { \"A\" }, default = \"B\" } }", "3:1", "\"B\""},
+        {"default-outside", open + "property 8'h \"N\" { min = 8'h10, max = 8'h20, default = 8'h9 } }", "3:1", "8'h9"},
+        {"default-outside", "block \"HOLD\" { pin \"A\" input {\n\tproperty int \"N\" { min = 1, max = 5 } } }", "3:2",
+         "of pin \"A\""},
+        {"min-above-max", open + "property int \"N\" { min = 5, max = 1, default = 3 } }", "3:1", "minimum 5"},
+        {"min-above-max", open + "property double \"N\" { min = 0.5, max = 0.25 } }", "3:1", "maximum 0.25"},
+        {"min-above-max", open + "property 8'b \"N\" { min = 8'b0101, max = 8'b011 } }", "3:1", "8'b0101"},
+        {"text-too-wide", open + "property 4'h \"N\" { default = 5'h1 } }", "3:1", "default 5'h1"},
+        {"text-too-wide", open + "property 4'h \"N\" { min = 4'h0, max = 4'h10 } }", "3:1", "maximum 4'h10"},
+        {"text-too-wide", open + "property 2'b \"N\" { values { 2'b01, 2'b100 }, default = 2'b01 } }", "3:1",
+         "value 2'b100"},
+        {"pin-lower-case", "block \"HOLD\" {\npin \"Clk\" input; }", "3:1", "\"Clk\""},
+        {"pin-property-case",
+         "block \"HOLD\" { pin \"A\" input {\nproperty bool \"P\" true;\n\tproperty bool \"p\" true; } }", "4:2",
+         "\"P\" and \"p\""},
+        {"unregistered-block", "\nblock \"NO_SUCH_CELL\" { pin \"A\" input; }", "3:1", "\"NO_SUCH_CELL\""},
+        {"include-skipped", "INCLUDE hold.inc ;\nINCLUDE hold.inc ;", "3:8", "\"hold.inc\""},
+        {"include-not-found", open + "} INLINE missing.inc ;", "3:9", "\"missing.inc\""},
+        {"include-not-found", "block \"HOLD\" { pin \"A\" input; } /* \xc3\xbc */ INLINE missing.inc ;", "2:47",
+         "\"missing.inc\""},
+        {"include-not-opened", open + "} INCLUDE folder ;", "3:10", "/folder\""},
+        {"unterminated-string", open + "property int \"N { default = 0 } }", "3:14", "\"N { default = 0 } }"},
+        {"unterminated-comment", open + "} }\n/* and so on", "4:1", "not closed"},
+    };
+    return cases;
+}
+
+std::set<std::string> codesOfTable(const Json& sarif) {
+    std::set<std::string> codes;
+    for (const Json& rule : sarif["runs"][0]["tool"]["driver"]["rules"])
+        if (rule["defaultConfiguration"]["level"] == "warning") codes.insert(rule["id"].get<std::string>());
+    return codes;
+}
+
+struct CheckFormatsTest : testing::Test {
+    TempDir directory;
+    NtlTool ntl{directory};
+    void SetUp() override {
+        directory.makeDir("folder");
+        directory.write("hold.inc", "block \"HOLD\" { pin \"A\" input; }");
+    }
+};
+
+} // namespace
+
+TEST_F(CheckFormatsTest, EveryWarningIsRaisedWhereItBelongs) {
+    for (const WarningCase& each : warningCases()) {
+        SCOPED_TRACE(each.text);
+        directory.write("w.btl", libraryOf(each.text));
+        const Outcome outcome = ntl.run({"check", "-I.", "w.btl"});
+        std::vector<std::string> warnings;
+        for (const std::string& line : linesOf(outcome.err))
+            if (line.find(": warning: ") != line.npos) warnings.push_back(line);
+        ASSERT_EQ(warnings.size(), 1U) << outcome.err;
+        EXPECT_EQ(warnings[0].find("w.btl:" + each.place + ": warning: "), 0U) << warnings[0];
+        EXPECT_NE(warnings[0].find(each.message), std::string::npos) << warnings[0];
+        EXPECT_NE(warnings[0].find(" [" + each.code + "]"), std::string::npos) << warnings[0];
+        const bool loads = each.code != "unterminated-string";
+        EXPECT_EQ(outcome.status, loads ? 0 : 1) << outcome.err;
+        EXPECT_EQ(outcome.out, loads ? "w.btl: 1 block, no errors, 1 warning\n" : "");
+    }
+}
+
+TEST_F(CheckFormatsTest, WarningTableIsCompleteAndDocumented) {
+    directory.write("w.btl", libraryOf("block \"HOLD\" { pin \"A\" input; }"));
+    const std::set<std::string> table = codesOfTable(Json::parse(ntl.run({"check", "--format=sarif", "w.btl"}).out));
+    std::set<std::string> raised;
+    for (const WarningCase& each : warningCases()) raised.insert(each.code);
+    EXPECT_EQ(table, raised);
+    std::set<std::string> documented;
+    const std::string manual = readFile(NTL_SOURCE_DIR "/docs/ntl.md");
+    const std::regex row("\n\\| `([a-z-]+)` \\|[^|\n]+\\|[^|\n]+\\|");
+    const std::string section = manual.substr(std::min(manual.find("\n## Warnings"), manual.size()));
+    const std::string rows = section.substr(0, section.find("\n## ", 1));
+    for (std::sregex_iterator match(rows.begin(), rows.end(), row), end; match != end; ++match)
+        documented.insert((*match)[1]);
+    EXPECT_EQ(table, documented);
+}
+
+TEST_F(CheckFormatsTest, JsonHoldsWhatTheTextSays) {
+    directory.write("good.btl", libraryOf("block \"OWN\" { pin \"A\" input; }"));
+    directory.write("bad.btl", libraryOf("block \"HOLD\" { pin \"O\" output tieLow; }\n#"));
+    const std::vector<std::string> arguments = {"check", "--format", "json", "bad.btl", "missing.btl", "good.btl"};
+    const Outcome outcome = ntl.run(arguments);
+    EXPECT_EQ(outcome.out, ntl.run(arguments).out);
+    EXPECT_EQ(outcome.status, 2);
+    const Json json = Json::parse(outcome.out);
+    EXPECT_EQ(json["version"], 1);
+    EXPECT_EQ(json["command"], "check");
+    EXPECT_EQ(json["exitStatus"], 2);
+    ASSERT_EQ(json["inputs"].size(), 3U);
+    const Json& bad = json["inputs"][0];
+    EXPECT_EQ(bad["status"], "errors");
+    EXPECT_EQ(bad["reason"], "bad.btl: 2 errors");
+    ASSERT_EQ(bad["errors"].size(), 2U);
+    EXPECT_EQ(bad["errors"][0]["message"], "Unrecognized char: '#'");
+    EXPECT_EQ(bad["errors"][1],
+              Json::parse(R"({"message": "Invalid tieoff of output pin \"O\"", "detail": null, "location":
+        {"file": "bad.btl", "line": 2, "column": 16, "lastColumn": 37, "textLine": 2}})"));
+    EXPECT_EQ(json["inputs"][1]["status"], "unusable");
+    EXPECT_EQ(json["inputs"][2]["status"], "warnings");
+    EXPECT_EQ(json["inputs"][2]["blocks"], 1);
+    EXPECT_EQ(json["inputs"][2]["files"], Json::array({"good.btl"}));
+    EXPECT_EQ(json["inputs"][2]["warnings"][0]["code"], "unregistered-block");
+}
+
+TEST_F(CheckFormatsTest, SarifPlacesResults) {
+    directory.write("a b.btl", libraryOf("block \"OWN\" { pin \"A\" input; }\n#"));
+    const Json log = Json::parse(ntl.run({"check", "--format", "sarif", "a b.btl", "missing.btl"}).out);
+    EXPECT_EQ(log["version"], "2.1.0");
+    const Json& run = log["runs"][0];
+    ASSERT_EQ(run["results"].size(), 2U);
+    for (const Json& result : run["results"])
+        EXPECT_EQ(run["tool"]["driver"]["rules"][result["ruleIndex"].get<size_t>()]["id"], result["ruleId"]);
+    EXPECT_EQ(run["results"][0]["locations"][0]["physicalLocation"],
+              Json::parse(R"({"artifactLocation": {"uri": "a%20b.btl"},
+                              "region": {"startLine": 3, "startColumn": 1, "endColumn": 2}})"));
+    EXPECT_EQ(run["results"][1]["ruleId"], "unusable-input");
+}
+
+TEST_F(CheckFormatsTest, BytesThatAreNoTextKeepJsonValid) {
+    directory.write("w.btl", libraryOf("block \"O\xff\x01WN\" { pin \"A\" input; }"));
+    const Outcome outcome = ntl.run({"check", "--format", "json", "w.btl"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(Json::parse(outcome.out)["inputs"][0]["errors"][0]["message"].get<std::string>().find("\xef\xbf\xbd"),
+              std::string::npos);
+}
+
+TEST_F(CheckFormatsTest, DependencyRulesAreEscaped) {
+    directory.write("my $x#.btl", libraryOf("INCLUDE hold.inc ;"));
+    const Outcome outcome =
+        ntl.run({"check", "-I.", "--depfile", "deps", "--deptarget", "a stamp", "my $x#.btl", "folder"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(readFile(directory.path("deps")), "a\\ stamp: \\\n  my\\ $$x\\#.btl \\\n  ./hold.inc\n"
+                                                "a\\ stamp: \\\n  folder\n"
+                                                "\n./hold.inc:\n\nfolder:\n\nmy\\ $$x\\#.btl:\n");
+    EXPECT_EQ(ntl.run({"check", "folder", "--depfile", "no/such/place"}).status, 2);
+}

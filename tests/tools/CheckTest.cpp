@@ -1,0 +1,221 @@
+#include "tests/tools/NtlTool.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+const std::string data = NTL_SOURCE_DIR "/data";
+const std::string goodText = libraryOf(R"(block "GATE_AND_2" { pin "I" input; pin "O" output; })");
+const std::string badText = libraryOf(R"(block "GATE_AND_2" { pin "O" output tieLow; })");
+const std::string badReport = R"(
+*** Error line 2.
+file: bad.btl line: 2.
+block "GATE_AND_2" { pin "O" output tieLow; }
+                     ^^^^^^^^^^^^^^^^^^^^^^
+*** Invalid tieoff of output pin "O"
+
+)";
+
+size_t linesIn(const std::string& folder, const std::string& start) {
+    size_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        for (const std::string& line : linesOf(readFile(entry.path())))
+            count += line.compare(0, start.size(), start) == 0;
+    return count;
+}
+
+struct CheckTest : testing::Test {
+    TempDir directory;
+    NtlTool ntl{directory};
+    void SetUp() override {
+        directory.write("good.btl", goodText);
+        directory.write("bad.btl", badText);
+    }
+};
+
+} // namespace
+
+TEST_F(CheckTest, ShippedDataIsGood) {
+    const std::string shared = std::filesystem::canonical(data).string();
+    const std::string block = "    block ";
+    const size_t common = linesIn(data + "/tessels", block) + linesIn(data + "/tessels.test", block);
+    const Outcome checked = ntl.run({"check"});
+    EXPECT_EQ(checked.status, 0);
+    EXPECT_EQ(checked.err, "");
+    const std::vector<std::string> lines = linesOf(checked.out);
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[0], shared + "/tessels: " + std::to_string(common) + " blocks, no errors");
+    EXPECT_EQ(lines[1].find(shared + "/simulation.btl: "), 0U);
+
+    const Outcome without = ntl.run({"check", "--param", "arch.enableTestFeatures=false"});
+    EXPECT_EQ(without.status, 0);
+    const size_t ordinary = linesIn(data + "/tessels", block) - linesIn(data + "/tessels", "        test = true;");
+    EXPECT_EQ(linesOf(without.out)[0], shared + "/tessels: " + std::to_string(ordinary) + " blocks, no errors");
+}
+
+TEST_F(CheckTest, ThreeFaultsAreReportedAsTheyStand) {
+    directory.write("three_faults.btl", readFile(data + "/examples/three_faults.btl"));
+    const Outcome outcome = ntl.run({"check", "three_faults.btl"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, R"(
+*** Error line 11.
+file: three_faults.btl line: 11.
+        pin "D[3]" input data tieLow;
+        ^^^^^^^^^^^^^^^^^^^^^^^^^^^^^
+*** Pin D[3] is being redefined.
+
+
+*** Error line 18.
+file: three_faults.btl line: 18.
+        pin "O" output data tieLow;
+        ^^^^^^^^^^^^^^^^^^^^^^^^^^^
+*** Invalid tieoff of output pin "O"
+
+
+*** Error line 27.
+file: three_faults.btl line: 27.
+        property 8'h "POLYNOMIAL" { values { 8'h48, 8'h60 }, default = 8'h50 }
+        ^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^
+*** Property POLYNOMIAL default value not one of allowed values.
+
+ntl: three_faults.btl: 3 errors
+)");
+}
+
+TEST_F(CheckTest, OneInputDoesNotSpoilTheNext) {
+    const Outcome outcome = ntl.run({"check", "bad.btl", "good.btl"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n");
+    EXPECT_EQ(outcome.err, badReport + "ntl: bad.btl: 1 error\n");
+}
+
+TEST_F(CheckTest, OutputDoesNotDependOnTheNumberOfWorkers) {
+    std::vector<std::string> arguments = {"check", "-j1"};
+    for (int i = 0; i < 12; ++i) {
+        const std::string name = "input" + std::to_string(i) + ".btl";
+        std::string blocks;
+        for (int block = 0; block < (12 - i) * 40; ++block)
+            blocks += "block \"OWN_" + std::to_string(block) + "\" { pin \"I\" input; }\n";
+        directory.write(name, i % 3 == 1 ? badText : libraryOf(blocks));
+        arguments.push_back(name);
+    }
+    const Outcome one = ntl.run(arguments);
+    arguments[1] = "-j5";
+    const Outcome five = ntl.run(arguments);
+    EXPECT_EQ(one.status, 1);
+    EXPECT_EQ(five.status, 1);
+    EXPECT_EQ(one.out, five.out);
+    EXPECT_EQ(one.err, five.err);
+    EXPECT_EQ(linesOf(one.out).front(), "input0.btl: 480 blocks, no errors, 480 warnings");
+    EXPECT_EQ(linesOf(one.out).size(), 8U);
+}
+
+TEST_F(CheckTest, InputsOfEveryKind) {
+    const struct {
+        std::string name;
+        std::string text;
+        int status;
+        std::string out;
+        std::string lastLine; // of standard error
+    } cases[] = {
+        {"good.btl", goodText, 0, "good.btl: 1 block, no errors\n", ""},
+        {"empty.btl", "", 1, "", "ntl: empty.btl: 1 error"},
+        {"blank.btl", "\n\n", 1, "", "ntl: blank.btl: 1 error"},
+        {"nothing.btl", libraryOf(""), 0, "nothing.btl: 0 blocks, no errors\n", ""},
+        {"crlf.btl", "library \"l\" {\r\n}\r\n", 1, "", "ntl: crlf.btl: 2 errors"},
+        {"nul.btl", libraryOf(std::string("block \"GATE_AND_2\" { pin \"I\" input; \0 }", 39)), 1, "",
+         "ntl: nul.btl: 1 error"},
+        {"cut.btl", std::string("\x1f\x8b\x08\x00\x00\x00\x00\x00", 8), 2, "",
+         "ntl: cut.btl: cannot be opened: archive is cut short"},
+        {"order.btl", libraryOf(R"(block "HOLD" { pin "A" internal; pin "B" input; })"), 1, "",
+         "ntl: order.btl: Internal pins must be last in list, in tessel HOLD"},
+        {"two words #$.btl", goodText, 0, "two words #$.btl: 1 block, no errors\n", ""},
+        {"control\x1b[1m.btl", goodText, 0, "control\\x1b[1m.btl: 1 block, no errors\n", ""},
+        {"[a,b].btl", goodText, 0, "[a,b].btl: 1 block, no errors\n", ""},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        directory.write(each.name, each.text);
+        const Outcome outcome = ntl.run({"check", each.name});
+        EXPECT_EQ(outcome.status, each.status);
+        EXPECT_EQ(outcome.out, each.out);
+        const std::vector<std::string> lines = linesOf(outcome.err);
+        EXPECT_EQ(lines.empty(), each.status == 0);
+        if (!lines.empty()) {
+            EXPECT_EQ(lines.back(), each.lastLine);
+        }
+    }
+}
+
+TEST_F(CheckTest, WhatCannotBeOpened) {
+    directory.makeDir("folder/inner.btl");
+    for (const char* const name : {"missing.btl", "folder", "good.btl/below"}) {
+        SCOPED_TRACE(name);
+        const Outcome outcome = ntl.run({"check", "good.btl", name});
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n");
+        EXPECT_NE(linesOf(outcome.err).back().find("cannot be opened: "), std::string::npos);
+    }
+}
+
+TEST_F(CheckTest, FoldersAreOneLibrary) {
+    directory.makeDir("folder");
+    directory.write("folder/b.btl", badText);
+    directory.write("folder/a.btl", goodText);
+    directory.write("folder/notes.txt", "not NTL");
+    const Outcome clash = ntl.run({"check", "folder"});
+    EXPECT_EQ(clash.status, 1);
+    EXPECT_NE(clash.err.find("has already been defined at location 2"), std::string::npos);
+    EXPECT_EQ(linesOf(clash.err).back(), "ntl: folder: 2 errors");
+
+    directory.write("folder/b.btl", libraryOf(R"(block "GATE_INVERT" { pin "I" input; })"));
+    EXPECT_EQ(ntl.run({"check", "folder"}).out, "folder: 2 blocks, no errors\n");
+}
+
+TEST_F(CheckTest, LoaderTalkGoesToStandardError) {
+    directory.makeDir("parts");
+    directory.write("parts/gate.inc", R"(block "GATE_INVERT" { pin "I" input; })");
+    directory.write("main.btl", libraryOf("INCLUDE gate.inc ;"));
+    const std::vector<std::string> expected = {"\t Loading File : parts/gate.inc"};
+    for (const bool byOption : {true, false}) {
+        if (!byOption) ntl.environment["NTL_PATH"] = "nowhere:parts";
+        const Outcome outcome =
+            byOption ? ntl.run({"check", "-I", "parts", "main.btl"}) : ntl.run({"check", "main.btl"});
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.out, "main.btl: 1 block, no errors\n");
+        EXPECT_EQ(linesOf(outcome.err), expected);
+    }
+    directory.write("syntax.btl", "library \"l\" {\n  block 7\n}\n");
+    const Outcome syntax = ntl.run({"check", "syntax.btl"});
+    EXPECT_EQ(syntax.out, "");
+    EXPECT_NE(syntax.err.find("1: library \"l\" {\n2:   block 7\n"), std::string::npos);
+}
+
+TEST_F(CheckTest, Parents) {
+    EXPECT_EQ(ntl.run({"check", "--parent", "common", "good.btl"}).out, "good.btl: 1 block, no errors\n");
+    EXPECT_EQ(ntl.run({"check", "--parent", "good.btl", "good.btl"}).status, 0);
+    const Outcome broken = ntl.run({"check", "--parent", "bad.btl", "good.btl", "good.btl"});
+    EXPECT_EQ(broken.status, 1);
+    EXPECT_EQ(broken.out, "");
+    EXPECT_EQ(broken.err, badReport + "ntl: bad.btl: 1 error\n");
+    EXPECT_EQ(ntl.run({"check", "--parent", "missing.btl", "good.btl"}).status, 2);
+}
+
+TEST_F(CheckTest, LimitsAndRoot) {
+    directory.makeDir("parts");
+    directory.write("parts/gate.inc", R"(block "GATE_INVERT" { pin "I" input; })");
+    directory.write("main.btl", libraryOf("INCLUDE gate.inc ;\nblock \"HOLD\" { pin \"A[9:0]\" input; }"));
+    directory.makeDir("elsewhere");
+    EXPECT_EQ(ntl.run({"check", "-Iparts", "--werror", "main.btl"}).status, 0);
+    const Outcome root = ntl.run({"check", "-Iparts", "--werror", "--root", "elsewhere", "main.btl"});
+    EXPECT_EQ(root.status, 1);
+    EXPECT_NE(root.err.find("[include-not-opened]"), std::string::npos);
+    EXPECT_EQ(linesOf(root.err).back(), "ntl: main.btl: 1 warning (--werror)");
+    const Outcome range = ntl.run({"--limit", "rangeElements=9", "check", "-Iparts", "main.btl"});
+    EXPECT_EQ(range.status, 1);
+    EXPECT_NE(range.err.find("more than 9 (limit rangeElements)"), std::string::npos);
+    EXPECT_EQ(ntl.run({"check", "--limit=rangeElements=10", "-Iparts", "main.btl"}).status, 0);
+}

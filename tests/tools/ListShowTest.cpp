@@ -1,0 +1,328 @@
+#include "tests/tools/NtlTool.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <set>
+
+namespace {
+
+// A block with everything that can be declared, and configuration files that say everything that can be said.
+const char* const richLibrary = R"(library "rich" {
+    block "HOLD" { pin "A" input; }
+    block "RICH" {
+        internal = true;
+        maturityLevel = beta;
+        primgroup = "LOGIC:GATE, OLD:SCHOOL";
+        pin "D[3:0]" input test mixed tieHigh { property bool "FAST" true; property int "Slew" { default = 2 } }
+        pin "O" output abstract;
+        pin "low" bidir clock;
+        pin "N[0:1]" internal;
+        property 10'h "INIT" { default = 10'h0F }
+        property int "LEVEL" { min = 1, max = 5, default = 9, units = "ns", test = true, simulation = true }
+        property double "RATIO" { values { 0.5, 1.25 }, default = 0.5, precision = 2 }
+        property string "MODE" { values { "A", "B" }, default = "A", constraintsOnly = true }
+        property 3'b "IS_CLK_INVERTED" { min = 3'b001, default = 3'b010 }
+        property bool "SPARE" { default = true, muxControl = true }
+    }
+}
+)";
+const char* const applicationData = R"(READ_ONLY_ATTRIBUTES = { LEVEL = true; };
+IO_PIN_CONSTRAINTS = { MODE = true; };
+MASTER_DRIVER_TYPES = ["RICH"];
+ARCHITECTURES = { alpha = { simDevice = "SIM_A"; master = "alpha0"; internalPins = true; }; };
+CELLS = { RICH = { architectures = ["alpha", "beta"]; canTiePins = true; nibbleSizedHex = true; pseudoDifferential = true;
+  masterDriverPin = "O"; shadowPins = ["D"]; pinFunctions = { O = "pad"; }; }; };
+)";
+const char* const descriptions =
+    R"(RICH = { LEVEL = "How much."; }; PINTYPES = { RICH = { D3 = "clock"; D2 = "clock"; }; };
+)";
+
+struct ListShowTest : testing::Test {
+    TempDir directory;
+    NtlTool ntl{directory};
+    void SetUp() override {
+        directory.makeDir("data");
+        directory.write("data/HDNTApplicationData.cfg", applicationData);
+        directory.write("data/tessel.desc.cfg", descriptions);
+        directory.write("rich.btl", richLibrary);
+    }
+    Outcome rich(std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), {"--data", "data", "-l", "rich.btl"});
+        return ntl.run(arguments);
+    }
+    Json richBlock() {
+        const Outcome outcome = rich({"show", "rich", "--json", "--arch", "alpha"});
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        return Json::parse(outcome.out)["blocks"][0];
+    }
+};
+
+std::vector<std::string> namesIn(const std::string& table) {
+    std::vector<std::string> names;
+    for (const std::string& line : linesOf(table)) names.push_back(line.substr(0, line.find(' ')));
+    if (!names.empty()) names.erase(names.begin());
+    return names;
+}
+
+// The accessors that the public part of a class declares in a header's text.
+std::set<std::string> accessorsOf(const std::string& className) {
+    const std::string header = readFile(NTL_SOURCE_DIR "/hdnt/model/" + className + ".h");
+    const size_t start = header.find("class HDNT_API " + className + " ");
+    const std::string part = header.substr(start, header.find("\nprivate:", start) - start);
+    std::string code = std::regex_replace(part, std::regex("//[^\n]*"), "");
+    code = std::regex_replace(code, std::regex(R"(\{[^{}]*\})"), "");
+    static const std::regex accessor(R"(\b((?:get|is|can|uses|has)[A-Z]\w*|\w+Supported)\s*\()");
+    std::set<std::string> names;
+    for (std::sregex_iterator match(code.begin(), code.end(), accessor), end; match != end; ++match)
+        names.insert((*match)[1]);
+    return names;
+}
+
+using KeyTable = std::map<std::string, std::string>;
+
+// Where the JSON of a block holds what an accessor answers.
+const std::map<std::string, KeyTable>& accessorKeys() {
+    static const KeyTable pinOrBus = {{"getName", "/name"},
+                                      {"getBaseName", "/bus"},
+                                      {"getBus", "/bus"},
+                                      {"getBlock", "/block"},
+                                      {"getDirection", "/direction"},
+                                      {"getType", "/type"},
+                                      {"getRequiredValue", "/requiredValue"},
+                                      {"isTest", "/test"},
+                                      {"isAbstract", "/abstract"},
+                                      {"getPinFunction", "/function"},
+                                      {"getNumProperties", "/properties"},
+                                      {"getProperty", "/properties"},
+                                      {"getPropertyByName", "/properties"}};
+    static const auto with = [](KeyTable table, const KeyTable& more) {
+        for (const auto& [name, key] : more) table[name] = key;
+        return table;
+    };
+    static const std::map<std::string, KeyTable> tables = {
+        {"HDNTBlock",
+         {{"getName", "/name"},
+          {"getLibrary", "/library"},
+          {"getType", "/type"},
+          {"isInternal", "/internal"},
+          {"isTest", "/test"},
+          {"getMaturityLevel", "/maturity"},
+          {"getCanTiePins", "/tieCapable"},
+          {"getNetlist", "/netlist"},
+          {"getNetlistKind", "/netlistKind"},
+          {"getNumPins", "/pinCount"},
+          {"getPin", "/buses/0/pins"},
+          {"getNumBuses", "/busCount"},
+          {"getBus", "/buses"},
+          {"getNumProperties", "/propertyCount"},
+          {"getProperty", "/properties"},
+          {"getPinByName", "/buses/0/pins/0/foundByName"},
+          {"getBusByName", "/buses/0/foundByName"},
+          {"getPropertyByName", "/properties/0/foundByName"},
+          {"getBusPins", "/buses/0/pins"},
+          {"getPrimGroupType", "/group/group"},
+          {"getPrimSubGroupType", "/group/subgroup"},
+          {"canTiePins", "/configuration/canTiePins"},
+          {"usesNibbleSizeHexAttrs", "/configuration/nibbleSizedHex"},
+          {"canBePseudoDifferential", "/configuration/canBePseudoDifferential"},
+          {"internalPinsSupported", "/configuration/internalPinsSupported"},
+          {"getCellArchesCfg", "/configuration/architectures"},
+          {"getMasterDriverPinName", "/configuration/masterDriverPin"},
+          {"getMasterShadowPins", "/configuration/shadowPins"}}},
+        {"HDNTBus", with(pinOrBus, {{"getBaseName", "/baseName"},
+                                    {"getFirstIndex", "/firstIndex"},
+                                    {"getLastIndex", "/lastIndex"},
+                                    {"getFirstPinIndex", "/firstPin"},
+                                    {"getNumProperties", "/propertyCount"}})},
+        {"HDNTPin", with(pinOrBus, {{"getBitIndex", "/bit"},
+                                    {"getPinIndex", "/index"},
+                                    {"getDirectionName", "/direction"},
+                                    {"getTypeName", "/type"}})},
+        {"HDNTProperty",
+         {{"getName", "/name"},
+          {"getType", "/typeNumber"},
+          {"getTypeName", "/type"},
+          {"getAttrSpec", "/hidden"},
+          {"getBlock", "/block"},
+          {"getIndex", "/index"},
+          {"isMuxControl", "/muxControl"},
+          {"isNibbleSized", "/nibbleSized"},
+          {"isPinInversion", "/pinInversion"},
+          {"getBitWidth", "/bitWidth"},
+          {"getAdjustedBitWidth", "/adjustedBitWidth"},
+          {"getPrecision", "/precision"},
+          {"getDescConfig", "/describedByConfiguration"},
+          {"isValidValue", "/defaultIsValid"}}},
+    };
+    return tables;
+}
+
+// Accessors that exist once for each type share a key: getMinHexValue, getAllowedIntValues, ...
+std::string typedKey(const std::string& accessor) {
+    static const std::regex typed("get(Default|Min|Max|Allowed)(Int|Double|Bool|String|Hex|Binary)Values?");
+    static const std::map<std::string, std::string> keys = {
+        {"Default", "/default"}, {"Min", "/minimum"}, {"Max", "/maximum"}, {"Allowed", "/values"}};
+    std::smatch match;
+    return std::regex_match(accessor, match, typed) ? keys.at(match[1]) : "";
+}
+
+Json select(const Json& json, const std::vector<std::string>& keys) {
+    Json selected = Json::array();
+    for (const std::string& key : keys) selected.push_back(json.at(key));
+    return selected;
+}
+
+} // namespace
+
+TEST_F(ListShowTest, EveryAccessorHasAKey) {
+    const Json block = richBlock();
+    const std::map<std::string, Json> objects = {{"HDNTBlock", block},
+                                                 {"HDNTBus", block["buses"][0]},
+                                                 {"HDNTPin", block["buses"][0]["pins"][0]},
+                                                 {"HDNTProperty", block["properties"][0]}};
+    for (const auto& [className, object] : objects) {
+        const std::set<std::string> accessors = accessorsOf(className);
+        EXPECT_GE(accessors.size(), 14U) << className;
+        for (const std::string& accessor : accessors) {
+            const KeyTable& table = accessorKeys().at(className);
+            const std::string key = table.count(accessor) ? table.at(accessor) : typedKey(accessor);
+            EXPECT_FALSE(key.empty()) << className << "::" << accessor << " is in no line of the data sheet";
+            EXPECT_TRUE(object.contains(Json::json_pointer(key))) << className << "::" << accessor << " at " << key;
+        }
+        for (const auto& [accessor, key] : accessorKeys().at(className))
+            EXPECT_TRUE(className == "HDNTBus" || className == "HDNTPin" || accessors.count(accessor)) << accessor;
+    }
+}
+
+TEST_F(ListShowTest, JsonHoldsTheDeclaredValues) {
+    const Json block = richBlock();
+    EXPECT_EQ(select(block, {"name", "library", "registered", "type", "maturity", "internal", "test", "tieCapable",
+                             "netlist", "netlistKind", "pinCount", "busCount"}),
+              Json::parse(R"(["RICH", "rich", false, 4001, "beta", true, false, true, null, 101, 8, 4])"));
+    EXPECT_EQ(block["group"], Json::parse(R"({"group": "LOGIC", "subgroup": "GATE"})"));
+    EXPECT_EQ(block["legacyGroup"], Json::parse(R"({"group": "OLD", "subgroup": "SCHOOL"})"));
+    EXPECT_EQ(block["configuration"], Json::parse(R"({"canTiePins": true, "nibbleSizedHex": true,
+        "canBePseudoDifferential": true, "architectures": ["alpha", "beta"], "isMasterDriver": true, "masterDriverPin": "O",
+        "shadowPins": ["D"], "architecture": "alpha", "internalPinsSupported": true, "simulationDevice": "SIM_A",
+        "masterArchitecture": "alpha0"})"));
+
+    const Json& bus = block["buses"][0];
+    EXPECT_EQ(select(bus, {"name", "firstIndex", "lastIndex", "direction", "type", "requiredValue", "test"}),
+              Json::parse(R"(["D[3:0]", 3, 0, "input", "mixed", "tieHigh", true])"));
+    std::vector<std::string> types;
+    for (const Json& pin : bus["pins"]) types.push_back(pin["type"]);
+    EXPECT_EQ(types, (std::vector<std::string>{"clock", "clock", "mixed", "mixed"}));
+    EXPECT_EQ(bus["pins"][1]["properties"], Json::parse(R"(["FAST", "Slew"])"));
+    EXPECT_EQ(block["buses"][1]["function"], "pad");
+    EXPECT_EQ(block["buses"][1]["foundByName"], true);
+    EXPECT_EQ(block["buses"][2]["pins"][0]["foundByName"], false);
+
+    const struct {
+        size_t index;
+        std::vector<std::string> keys;
+        const char* values;
+    } cases[] = {
+        {0,
+         {"name", "bitWidth", "adjustedBitWidth", "nibbleSized", "minimum", "maximum", "default", "defaultDigits"},
+         R"(["INIT", 10, 12, true, "000", "3FF", "10'h0F", "00F"])"},
+        {1,
+         {"minimum", "maximum", "default", "defaultIsValid", "units", "test", "simulation", "readOnly", "description"},
+         R"([1, 5, 9, false, "ns", true, true, true, "How much."])"},
+        {1, {"describedByConfiguration", "precision", "padConstraint"}, R"([true, null, false])"},
+        {2, {"values", "minimum", "maximum", "precision", "default"}, R"([[0.5, 1.25], 0.5, 1.25, 2, 0.5])"},
+        {3,
+         {"values", "hidden", "constraintsOnly", "padConstraint", "readOnly", "refusedSourceTypes"},
+         R"([["A", "B"], true, true, true, true, [2, 8, 11, 12]])"},
+        {4,
+         {"type", "bitWidth", "pinInversion", "minimum", "maximum", "default"},
+         R"(["bitbinary", 3, true, "3'b001", null, "3'b010"])"},
+        {5, {"type", "default", "muxControl"}, R"(["bool", true, true])"},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(select(block["properties"][each.index], each.keys), Json::parse(each.values));
+}
+
+TEST_F(ListShowTest, SheetShowsTheSame) {
+    const Outcome outcome = rich({"show", "RICH", "--arch", "alpha"});
+    EXPECT_EQ(outcome.status, 0);
+    for (const char* pattern :
+         {"^RICH$", "declared at +rich.btl:3$", "cellview type +4001 \\(unregistered\\)$", "legacy group +OLD:SCHOOL$",
+          "D +3:0 +4 +input +mixed +tieHigh +test$", "bits: clock 3 2, mixed 1 0$", "notFoundByName",
+          "O +1 +output +data +abstract +pad$", "LEVEL +int +9 +ns +test,simulation,readOnly +1 to 5$", "How much\\.$",
+          "! The integer value \\(9\\) is greater", "RATIO +double +0.5 +2 +0.5, 1.25$",
+          "INIT +bithex +10 \\(12\\) +10'h0F", "simulation device +SIM_A$", "shadow pins +D$"}) {
+        const std::vector<std::string> lines = linesOf(outcome.out);
+        const std::regex expected(pattern);
+        EXPECT_TRUE(std::any_of(lines.begin(), lines.end(),
+                                [&](const std::string& line) { return std::regex_search(line, expected); }))
+            << pattern << " in\n"
+            << outcome.out;
+    }
+}
+
+TEST_F(ListShowTest, UnknownBlocksSuggestOthers) {
+    const struct {
+        std::string name;
+        std::string err;
+    } cases[] = {
+        {"GATE_NAD_2", "ntl: no block 'GATE_NAD_2'; did you mean GATE_AND_2?\n"},
+        {"gate_and2", "ntl: no block 'gate_and2'; did you mean GATE_AND_2?\n"},
+        {"NOTHING_LIKE_IT", "ntl: no block 'NOTHING_LIKE_IT'\n"},
+        {"a\x1b[0m\n", "ntl: no block 'a\\x1b[0m\\n'\n"},
+    };
+    for (const auto& each : cases) {
+        const Outcome outcome = ntl.run({"show", each.name, "HOLD"});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.err, each.err);
+        EXPECT_EQ(outcome.out.find("HOLD\n"), 0U);
+    }
+}
+
+TEST_F(ListShowTest, ListChoosesBlocks) {
+    const std::vector<std::string> both = {"HOLD", "RICH"};
+    EXPECT_EQ(namesIn(rich({"list"}).out), both);
+    EXPECT_EQ(namesIn(rich({"list", "--arch", "alpha"}).out), both);
+    const std::vector<std::string> one = {"RICH"};
+    for (const std::vector<std::string>& options :
+         std::vector<std::vector<std::string>>{{"--group", "logic"}, {"--group", "LOGIC:gate"}, {"--prefix", "ri"}})
+        EXPECT_EQ(namesIn(rich({"list", options[0], options[1]}).out), one) << options[1];
+    EXPECT_EQ(namesIn(rich({"list", "--arch", "gamma"}).out), std::vector<std::string>{"HOLD"});
+    for (const std::vector<std::string>& options :
+         std::vector<std::vector<std::string>>{{"--group", "old"}, {"--group", "logic:none"}, {"--prefix", "x"}}) {
+        const Outcome outcome = rich({"list", options[0], options[1]});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(linesOf(outcome.err).size(), 1U);
+        EXPECT_NE(outcome.err.find("'" + options[1] + "'"), std::string::npos);
+    }
+}
+
+TEST_F(ListShowTest, ListAlignsItsColumns) {
+    const std::vector<std::string> lines = linesOf(rich({"list"}).out);
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[0], "NAME  GROUP       PINS  BUSES  PROPERTIES  MATURITY  FLAGS     SOURCE");
+    EXPECT_EQ(lines[1], "HOLD              1     1      0           early               rich.btl:2");
+    EXPECT_EQ(lines[2], "RICH  LOGIC:GATE  6     4      6           beta      internal  rich.btl:3");
+    const Json json = Json::parse(rich({"list", "--json", "--prefix", "R"}).out);
+    EXPECT_EQ(json["version"], 1);
+    EXPECT_EQ(json["blocks"],
+              Json::parse(R"([{"name": "RICH", "group": "LOGIC", "subgroup": "GATE", "pins": 6, "buses": 4,
+        "properties": 6, "maturity": "beta", "test": false, "internal": true, "registered": false, "file": "rich.btl",
+        "line": 3}])"));
+}
+
+TEST_F(ListShowTest, LibrariesThatDoNotLoad) {
+    directory.write("bad.btl", libraryOf("#"));
+    for (const char* const command : {"list", "show"}) {
+        std::vector<std::string> arguments = {command, "-l", "bad.btl"};
+        if (command == std::string("show")) arguments.push_back("HOLD");
+        const Outcome outcome = ntl.run(arguments);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(linesOf(outcome.err).back(), "ntl: bad.btl: 1 error");
+    }
+    const Outcome parent = ntl.run({"show", "hold", "-l", "rich.btl", "--parent", "common"});
+    EXPECT_EQ(parent.status, 0);
+    EXPECT_NE(parent.out.find("rich.btl:2\n"), std::string::npos);
+}

@@ -1,0 +1,86 @@
+// What happens to processes and streams around a command.
+#include "tests/tools/NtlTool.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+namespace {
+
+struct ProcessTest : testing::Test {
+    TempDir directory;
+    NtlTool ntl{directory};
+};
+
+pid_t waitForChildOf(pid_t process) {
+    const std::string id = std::to_string(process);
+    const std::string list = "/proc/" + id + "/task/" + id + "/children";
+    for (int i = 0; i < 500; ++i) {
+        const std::string children = readFile(list);
+        if (!children.empty()) return std::stoi(children);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return -1;
+}
+
+} // namespace
+
+TEST_F(ProcessTest, KilledWorkerCountsAsFailedInput) {
+    directory.write("good.btl", libraryOf("block \"HOLD\" { pin \"A\" input; }"));
+    ASSERT_EQ(mkfifo(directory.path("waits.btl").c_str(), 0600), 0);
+    const pid_t tool = ntl.start({"check", "waits.btl", "good.btl"});
+    const pid_t worker = waitForChildOf(tool);
+    ASSERT_GT(worker, 0);
+    kill(worker, SIGKILL);
+    const Outcome outcome = ntl.finish(tool);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "ntl: waits.btl: killed by signal 9 (Killed)\n");
+    EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n");
+}
+
+#ifndef __SANITIZE_ADDRESS__
+TEST_F(ProcessTest, MemoryRunsOutInOneWorkerOnly) {
+    std::string blocks;
+    for (int i = 0; i < 12000; ++i) blocks += "block \"B" + std::to_string(i) + "\" { pin \"A[99:0]\" input; }\n";
+    directory.write("big.btl", libraryOf(blocks));
+    directory.write("good.btl", libraryOf("block \"HOLD\" { pin \"A\" input; }"));
+    ntl.addressSpace = size_t{64} << 20;
+    const Outcome outcome = ntl.run({"check", "big.btl", "good.btl"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "ntl: big.btl: out of memory\n");
+    EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n");
+}
+#endif
+
+TEST_F(ProcessTest, OutputThatCannotBeWritten) {
+    directory.write("good.btl", libraryOf("block \"HOLD\" { pin \"A\" input; }"));
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    const int full = open("/dev/full", O_WRONLY);
+    const std::vector<std::vector<std::string>> commands = {
+        {"check", "good.btl"}, {"check", "--format=json", "good.btl"}, {"list"}, {"show", "HOLD"}, {"--help"}};
+    for (const int descriptor : {ends[1], full, -2}) {
+        for (const std::vector<std::string>& command : commands) {
+            ntl.standardOutput = descriptor;
+            const Outcome outcome = ntl.run(command);
+            EXPECT_EQ(outcome.status, 2) << command[0];
+            EXPECT_EQ(outcome.err.find("ntl: cannot write to standard output: "), 0U) << outcome.err;
+        }
+    }
+}
+
+TEST_F(ProcessTest, ColoursAreTheToolsOwn) {
+    directory.write("bad.btl", libraryOf("block \"OWN\" { pin \"O\" output tieLow; }"));
+    const Outcome plain = ntl.run({"check", "bad.btl"});
+    EXPECT_EQ(plain.err.find('\033'), std::string::npos);
+    const Outcome colored = ntl.run({"check", "--color=always", "bad.btl"});
+    EXPECT_EQ(linesOf(colored.err).back(), "\033[1mntl:\033[0m bad.btl: 1 error");
+    EXPECT_EQ(countOf(colored.err, "\033"), 2U);
+    EXPECT_NE(ntl.run({"list", "--color=always"}).out.find("\033[1mNAME"), std::string::npos);
+}

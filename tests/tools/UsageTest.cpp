@@ -1,0 +1,134 @@
+#include "tests/tools/NtlTool.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <regex>
+#include <set>
+
+namespace {
+
+struct UsageTest : testing::Test {
+    TempDir directory;
+    NtlTool ntl{directory};
+};
+
+std::set<std::string> longOptions(const std::string& text) {
+    static const std::regex option("--([a-z]+)");
+    std::set<std::string> names;
+    for (std::sregex_iterator match(text.begin(), text.end(), option), end; match != end; ++match)
+        names.insert((*match)[1]);
+    return names;
+}
+
+} // namespace
+
+TEST_F(UsageTest, WrongUsageIsOneLineAndStatusTwo) {
+    directory.write("good.btl", libraryOf("block \"HOLD\" { pin \"A\" input; }"));
+    const std::vector<std::vector<std::string>> cases = {
+        {},
+        {"frobnicate"},
+        {"--frobnicate"},
+        {"check", "--frobnicate"},
+        {"check", ""},
+        {"check", "--format", "xml", "good.btl"},
+        {"check", "-j", "many", "good.btl"},
+        {"check", "-j", "-1", "good.btl"},
+        {"check", "-I"},
+        {"check", "--root", "missing", "good.btl"},
+        {"check", "--parent", "common"},
+        {"--data", "missing", "list"},
+        {"--data", "good.btl", "list"},
+        {"--param", "arch.enableTestFeatures", "list"},
+        {"--param", "arch.enableTestFeatures=perhaps", "list"},
+        {"--limit", "includeDepth=-1", "list"},
+        {"--limit", "includeDepth=99999999999", "list"},
+        {"--limit", "includeWidth=1", "list"},
+        {"--color", "blue", "list"},
+        {"list", "extra"},
+        {"list", "--parent", "common"},
+        {"list", "-l", "missing.btl"},
+        {"show"},
+        {"show", ""},
+        {"--generate", "poem"},
+        {"check", "two\nlines"},
+    };
+    for (const std::vector<std::string>& arguments : cases) {
+        const Outcome outcome = ntl.run(arguments);
+        std::string line;
+        for (const std::string& argument : arguments) line += argument + " ";
+        SCOPED_TRACE(line);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(linesOf(outcome.err).size(), 1U) << outcome.err;
+        EXPECT_EQ(outcome.err.find("ntl: "), 0U) << outcome.err;
+    }
+}
+
+TEST_F(UsageTest, BrokenConfigurationIsUnusable) {
+    directory.makeDir("data");
+    directory.write("data/HDNTApplicationData.cfg", "CELLS = {\n oops\n");
+    const Outcome outcome = ntl.run({"--data", "data", "list"});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_NE(outcome.err.find("HDNTApplicationData.cfg:"), std::string::npos);
+    EXPECT_EQ(linesOf(outcome.err).size(), 1U);
+}
+
+TEST_F(UsageTest, HelpAndVersion) {
+    EXPECT_EQ(ntl.run({"--version"}).out.find("ntl "), 0U);
+    const Outcome help = ntl.run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char* const command : {"check", "list", "show"}) {
+        EXPECT_NE(help.out.find(std::string("\n  ") + command + " "), std::string::npos);
+        const Outcome own = ntl.run({command, "--help"});
+        EXPECT_EQ(own.status, 0);
+        EXPECT_EQ(own.err, "");
+        EXPECT_EQ(own.out.find(std::string("Usage: ntl ") + command), 0U);
+        for (const std::string& line : linesOf(own.out)) EXPECT_LE(line.size(), 80U) << line;
+    }
+}
+
+TEST_F(UsageTest, PagesKnowEveryOption) {
+    std::set<std::string> wanted;
+    for (const char* const command : {"check", "list", "show"})
+        wanted.merge(longOptions(ntl.run({command, "--help"}).out));
+    wanted.merge(longOptions(ntl.run({"--help"}).out));
+    const std::string page = std::regex_replace(readFile(NTL_GENERATED_DIR "/ntl.1"), std::regex("\\\\-"), "-");
+    const std::string fish =
+        std::regex_replace(readFile(NTL_GENERATED_DIR "/ntl.fish"), std::regex(" -l ([a-z]+)"), " --$1");
+    const std::string manual = readFile(NTL_SOURCE_DIR "/docs/ntl.md");
+    for (const std::string& text :
+         {page, fish, manual, readFile(NTL_GENERATED_DIR "/completions/ntl"), readFile(NTL_GENERATED_DIR "/_ntl")}) {
+        const std::set<std::string> found = longOptions(text);
+        for (const std::string& option : wanted)
+            EXPECT_TRUE(found.count(option)) << option << " in\n" << text.substr(0, 40);
+    }
+}
+
+TEST_F(UsageTest, ExamplesOfTheManualAreTrue) {
+    const std::string manual = readFile(NTL_SOURCE_DIR "/docs/ntl.md") + readFile(NTL_SOURCE_DIR "/README.md");
+    const std::string fence = "\n```console\n";
+    std::filesystem::copy(NTL_SOURCE_DIR "/data/examples", directory.path("work"),
+                          std::filesystem::copy_options::recursive);
+    const std::string tool = NTL_TOOL;
+    size_t examples = 0;
+    for (size_t at = manual.find(fence); at != manual.npos; at = manual.find(fence, at + 1), ++examples) {
+        const size_t start = at + fence.size();
+        std::string commands = "exec 2>&1; PATH=" + tool.substr(0, tool.rfind('/')) + ":$PATH; cd " +
+                               directory.path("work") + "; unset NTL_PATH\n";
+        std::string expected;
+        for (const std::string& line : linesOf(manual.substr(start, manual.find("\n```\n", start) - start)))
+            (line.compare(0, 2, "$ ") == 0 ? commands : expected) +=
+                (line.compare(0, 2, "$ ") == 0 ? line.substr(2) : line) + "\n";
+        FILE* const shell = popen(commands.c_str(), "r");
+        ASSERT_NE(shell, nullptr);
+        std::string output;
+        std::array<char, 4096> buffer;
+        while (const size_t count = fread(buffer.data(), 1, buffer.size(), shell)) output.append(buffer.data(), count);
+        pclose(shell);
+        EXPECT_EQ(output, expected) << commands;
+    }
+    EXPECT_GE(examples, 10U);
+}

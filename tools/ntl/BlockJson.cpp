@@ -1,0 +1,277 @@
+#include "tools/ntl/BlockJson.h"
+
+#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/HDNTPin.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/platform/ConfigBase.h"
+#include "tools/ntl/Model.h"
+
+#include <algorithm>
+#include <array>
+#include <cfloat>
+#include <climits>
+
+namespace ntl {
+
+namespace {
+
+using Type = HATAttrTypes::AttrType;
+
+Json locationOf(const HDNTNode& node) {
+    const yyltype* const location = node.getLocation();
+    if (!location) return nullptr;
+    Json json;
+    json["file"] = orNull(location->fileName);
+    json["line"] = location->fileLine;
+    return json;
+}
+
+template <typename T>
+Json rangeAndList(T low, T high, T lowest, T highest, bool listed, const std::vector<T>& values) {
+    Json json;
+    json["minimum"] = !listed && low == lowest ? Json() : Json(low);
+    json["maximum"] = !listed && high == highest ? Json() : Json(high);
+    json["values"] = values;
+    return json;
+}
+
+Json textRange(const std::string& low, const std::string& high, const std::vector<std::string>& values) {
+    Json json;
+    json["minimum"] = orNull(low);
+    json["maximum"] = orNull(high);
+    json["values"] = values;
+    return json;
+}
+
+// Minimum, maximum and listed values; null where there are none.
+Json allowedValues(const HDNTProperty& property) {
+    const bool listed = property.getAttrSpec()->isEnumerated();
+    switch (property.getType()) {
+    case Type::TypeInt:
+        return rangeAndList(property.getMinIntValue(), property.getMaxIntValue(), INT_MIN, INT_MAX, listed,
+                            property.getAllowedIntValues());
+    case Type::TypeDouble:
+        return rangeAndList(property.getMinDoubleValue(), property.getMaxDoubleValue(), -DBL_MAX, DBL_MAX, listed,
+                            property.getAllowedDoubleValues());
+    case Type::TypeBitHex:
+        return textRange(property.getMinHexValue(), property.getMaxHexValue(), property.getAllowedHexValues());
+    case Type::TypeBitBinary:
+        return textRange(property.getMinBinaryValue(), property.getMaxBinaryValue(), property.getAllowedBinaryValues());
+    default: return textRange("", "", property.getAllowedStringValues());
+    }
+}
+
+template <typename T>
+Json judgedDefault(const HDNTProperty& property, T value, const Json& shown) {
+    std::string reason;
+    Json json;
+    json["default"] = shown;
+    json["defaultIsValid"] = property.isValidValue(value, reason);
+    json["defaultReason"] = orNull(reason);
+    return json;
+}
+
+Json defaultValue(const HDNTProperty& property) {
+    switch (property.getType()) {
+    case Type::TypeBool: return judgedDefault(property, property.getDefaultBoolValue(), property.getDefaultBoolValue());
+    case Type::TypeInt: return judgedDefault(property, property.getDefaultIntValue(), property.getDefaultIntValue());
+    case Type::TypeDouble:
+        return judgedDefault(property, property.getDefaultDoubleValue(), property.getDefaultDoubleValue());
+    case Type::TypeBitHex: {
+        const std::string value = property.getDefaultHexValue();
+        return judgedDefault(property, value, orNull(value));
+    }
+    case Type::TypeBitBinary: {
+        const std::string value = property.getDefaultBinaryValue();
+        return judgedDefault(property, value, orNull(value));
+    }
+    default: return judgedDefault(property, property.getDefaultStringValue(), property.getDefaultStringValue());
+    }
+}
+
+Json refusedSourceTypes(const HATAttrSpec& spec) {
+    Json types = Json::array();
+    for (int type = 0; type < HATSrcInfo::NumSourceTypes; ++type)
+        if (!spec.isAllowedSourceType(type)) types.push_back(type);
+    return types;
+}
+
+bool isDescribedByConfiguration(const HDNTProperty& property) {
+    const HDNTBlock* const block = property.getBlock();
+    ConfigBase* const config = property.getDescConfig();
+    if (!block || !config || !ConfigBase::isValidName(property.getName())) return false;
+    const HCTLock lock(config->mutex());
+    return !config->findValidPartPath(block->getName() + "." + property.getName(), nullptr).empty();
+}
+
+void addFlags(Json& json, const HDNTProperty& property) {
+    const HATAttrSpec& spec = *property.getAttrSpec();
+    const HDNTBlock* const block = property.getBlock();
+    const HDNTLibrary* const library = block ? block->getLibrary() : nullptr;
+    json["test"] = spec.isTest();
+    json["simulation"] = spec.isSimulation();
+    json["constraintsOnly"] = spec.isConstraintsOnly();
+    json["muxControl"] = property.isMuxControl();
+    json["readOnly"] = spec.isReadOnly();
+    json["hidden"] = !spec.isVisible();
+    json["pinInversion"] = property.isPinInversion();
+    json["nibbleSized"] = property.isNibbleSized();
+    json["padConstraint"] = library && library->isIOPinConstr(property.getName());
+    json["refusedSourceTypes"] = refusedSourceTypes(spec);
+}
+
+Json jsonOf(const HDNTProperty& property) {
+    const bool isBits = property.getType() == Type::TypeBitHex || property.getType() == Type::TypeBitBinary;
+    const HATAttrSpec& spec = *property.getAttrSpec();
+    const HDNTBlock* const block = property.getBlock();
+    Json json;
+    json["name"] = property.getName();
+    json["block"] = block ? Json(block->getName()) : Json();
+    json["index"] = property.getIndex();
+    json["foundByName"] = block && block->getPropertyByName(property.getName()) == &property;
+    json["type"] = HDNTProperty::getTypeName(property.getType());
+    json["typeNumber"] = static_cast<int>(property.getType());
+    json["bitWidth"] = isBits ? Json(property.getBitWidth()) : Json();
+    json["adjustedBitWidth"] = isBits ? Json(property.getAdjustedBitWidth()) : Json();
+    json["precision"] = property.getType() == Type::TypeDouble ? Json(property.getPrecision()) : Json();
+    json.update(allowedValues(property));
+    json.update(defaultValue(property));
+    json["defaultDigits"] = isBits && json["default"].is_string()
+                                ? Json(property.formatValue(json["default"].get<std::string>(), true))
+                                : Json();
+    json["units"] = spec.hasUnit() ? Json(spec.getUnitDefault()) : Json();
+    json["description"] = orNull(spec.getDescription());
+    json["describedByConfiguration"] = isDescribedByConfiguration(property);
+    addFlags(json, property);
+    json["location"] = locationOf(property);
+    return json;
+}
+
+template <typename Owner>
+Json propertyList(const Owner& owner) {
+    Json list = Json::array();
+    for (const HDNTProperty* property : propertiesOf(owner)) list.push_back(jsonOf(*property));
+    return list;
+}
+
+// What a pin has in common with its bus.
+template <typename PinOrBus>
+void addPinFacts(Json& json, const PinOrBus& pin) {
+    std::string function;
+    pin.getPinFunction(function);
+    json["direction"] = HDNTPin::getDirectionName(pin.getDirection());
+    json["type"] = HDNTPin::getTypeName(pin.getType());
+    json["requiredValue"] = orNull(requiredValueName(pin.getRequiredValue()));
+    json["test"] = pin.isTest();
+    json["abstract"] = pin.isAbstract();
+    json["function"] = orNull(function);
+}
+
+Json propertyNames(const HDNTPin& pin) {
+    Json names = Json::array();
+    for (size_t i = 0; i < pin.getNumProperties(); ++i)
+        names.push_back(pin.getProperty(static_cast<unsigned short>(i))->getName());
+    return names;
+}
+
+Json jsonOf(const HDNTPin& pin) {
+    Json json;
+    json["name"] = pin.getName(false);
+    json["plainName"] = pin.getName(true);
+    json["bus"] = pin.getBaseName();
+    json["block"] = pin.getBlock()->getName();
+    json["bit"] = pin.getBitIndex();
+    json["index"] = pin.getPinIndex();
+    json["foundByName"] = pin.getBlock()->getPinByName(pin.getName(false)) == &pin;
+    addPinFacts(json, pin);
+    json["properties"] = propertyNames(pin);
+    return json;
+}
+
+Json jsonOf(const HDNTBus& bus) {
+    const HDNTBlock& block = *bus.getBlock();
+    Json json;
+    json["name"] = bus.getName();
+    json["baseName"] = bus.getBaseName();
+    json["block"] = block.getName();
+    json["firstIndex"] = bus.getFirstIndex();
+    json["lastIndex"] = bus.getLastIndex();
+    json["firstPin"] = bus.getFirstPinIndex();
+    json["foundByName"] = block.getBusByName(bus.getName(), true) == &bus;
+    addPinFacts(json, bus);
+    json["pins"] = Json::array();
+    for (const HDNTPin* pin : pinsOf(block, bus)) json["pins"].push_back(jsonOf(*pin));
+    json["propertyCount"] = bus.getNumProperties();
+    json["properties"] = propertyList(bus);
+    json["location"] = locationOf(bus);
+    return json;
+}
+
+Json netlistOf(const HDNTBlock& block) {
+    static const std::array<const char*, 4> sections = {"mapsto", "expandsto", "modifiedby", "retargetsto"};
+    const HDNTNetlist* const netlist = block.getNetlist();
+    if (!netlist) return nullptr;
+    Json json;
+    json["section"] = sections[static_cast<size_t>(netlist->section())];
+    json["location"] = locationOf(*netlist);
+    return json;
+}
+
+void addConfiguration(Json& json, const HDNTBlock& block) {
+    const HDNTLibrary& library = *block.getLibrary();
+    const std::string& architecture = HDNTLibraryMgr::getLibraryMgr()->m_architecture;
+    std::vector<std::string> masters;
+    library.getMasterDriverTypes(masters);
+    std::vector<std::string> shadows;
+    block.getMasterShadowPins(shadows);
+    json["canTiePins"] = block.canTiePins();
+    json["nibbleSizedHex"] = block.usesNibbleSizeHexAttrs();
+    json["canBePseudoDifferential"] = block.canBePseudoDifferential();
+    json["architectures"] = block.getCellArchesCfg();
+    json["isMasterDriver"] = std::find(masters.begin(), masters.end(), block.getName()) != masters.end();
+    json["masterDriverPin"] = orNull(block.getMasterDriverPinName());
+    json["shadowPins"] = shadows;
+    json["architecture"] = orNull(architecture);
+    json["internalPinsSupported"] = block.internalPinsSupported(nullptr);
+    json["simulationDevice"] = orNull(library.getSimDeviceString(architecture));
+    json["masterArchitecture"] = orNull(library.getMasterArchitecture(architecture));
+}
+
+Json jsonOfGroup(const HDNTBlock& block, bool legacy) {
+    Json json;
+    json["group"] = orNull(block.getPrimGroupType(legacy));
+    json["subgroup"] = orNull(block.getPrimSubGroupType(legacy));
+    return json;
+}
+
+} // namespace
+
+Json jsonOf(const HDNTBlock& block) {
+    Json json;
+    json["name"] = block.getName();
+    json["library"] = block.getLibrary()->getName();
+    json["location"] = locationOf(block);
+    json["type"] = static_cast<int>(block.getType());
+    json["registered"] = isRegistered(block);
+    json["maturity"] = maturityName(block.getMaturityLevel());
+    json["test"] = block.isTest();
+    json["internal"] = block.isInternal();
+    json["tieCapable"] = block.getCanTiePins();
+    json["group"] = jsonOfGroup(block, false);
+    json["legacyGroup"] = jsonOfGroup(block, true);
+    json["netlistKind"] = block.getNetlistKind();
+    json["netlist"] = netlistOf(block);
+    json["pinCount"] = block.getNumPins();
+    json["busCount"] = block.getNumBuses();
+    json["propertyCount"] = block.getNumProperties();
+    json["buses"] = Json::array();
+    for (const HDNTBus* bus : busesOf(block)) json["buses"].push_back(jsonOf(*bus));
+    json["properties"] = propertyList(block);
+    addConfiguration(json["configuration"], block);
+    return json;
+}
+
+} // namespace ntl

@@ -1,0 +1,220 @@
+#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/HEX.h"
+#include "tools/ntl/CheckResult.h"
+#include "tools/ntl/Commands.h"
+#include "tools/ntl/Output.h"
+#include "tools/ntl/Progress.h"
+#include "tools/ntl/Setup.h"
+#include "tools/ntl/Workers.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+namespace ntl {
+
+namespace {
+
+/// One library to check: the paths it stands on, then its own, which are more than one for the common library.
+struct Input {
+    std::string name;
+    std::vector<std::string> parents;
+    std::vector<std::string> paths;
+};
+
+std::vector<Input> inputsOf(const Settings& settings) {
+    std::vector<Input> inputs;
+    const std::vector<std::string> parents = parentPaths(settings.parent);
+    for (const std::string& name : settings.inputs) inputs.push_back({name, parents, {name}});
+    if (!inputs.empty()) return inputs;
+    if (!settings.parent.empty()) throw Failure(Unusable, "--parent needs an INPUT");
+    const std::vector<std::string> common = commonLibraryPaths();
+    try {
+        const std::string simulation = HDNTLibraryMgr::getDataFileName(true);
+        return {{common.front(), {}, common}, {simulation, common, {simulation}}};
+    } catch (const HEXDataException& error) {
+        throw Failure(Unusable, error.what());
+    }
+}
+
+// The work itself, in the worker's process.
+void checkInput(const Input& input, Loader& loader, CheckResult& result) {
+    HDNTLibrary* library = nullptr;
+    result.parentFailed = true;
+    for (const std::string& path : input.parents) library = loader.load(path, library);
+    result.parentFailed = false;
+    loader.forget();
+    for (const std::string& path : input.paths) {
+        library = loader.load(path, library);
+        result.blocks += library->getNumTypeBlocks(false);
+        std::vector<Finding> findings = judge(*library);
+        findings.insert(findings.end(), loader.notices().begin(), loader.notices().end());
+        sortFindings(findings);
+        result.warnings.insert(result.warnings.end(), findings.begin(), findings.end());
+        result.files.insert(result.files.end(), loader.files().begin(), loader.files().end());
+        loader.forget();
+    }
+}
+
+CheckResult checkedInput(const Input& input, bool keepReports) {
+    CheckResult result;
+    Loader loader(keepReports);
+    try {
+        checkInput(input, loader, result);
+    } catch (const Failure& failure) {
+        result.status = failure.status();
+        result.reason = failure.what();
+    } catch (const std::bad_alloc&) {
+        result.status = Faulty;
+        result.reason = input.name + ": out of memory";
+    } catch (const std::exception& error) {
+        result.status = Faulty;
+        result.reason = input.name + ": " + error.what();
+    }
+    if (result.status == Fine) return result;
+    std::vector<Finding> notices = loader.notices();
+    sortFindings(notices);
+    result.warnings.insert(result.warnings.end(), notices.begin(), notices.end());
+    result.files.insert(result.files.end(), loader.files().begin(), loader.files().end());
+    result.errors = loader.errorCount();
+    result.reports = loader.reports();
+    return result;
+}
+
+std::uintmax_t sizeOf(const Input& input) {
+    namespace fs = std::filesystem;
+    std::uintmax_t bytes = 1;
+    std::error_code error;
+    for (const std::string& path : input.paths) {
+        const std::uintmax_t size = fs::is_regular_file(path, error) ? fs::file_size(path, error) : 0;
+        bytes += error ? 0 : size;
+        if (!fs::is_directory(path, error)) continue;
+        for (fs::directory_iterator entry(path, error), end; !error && entry != end; entry.increment(error)) {
+            const std::uintmax_t entrySize = entry->is_regular_file(error) ? entry->file_size(error) : 0;
+            bytes += error ? 0 : entrySize;
+        }
+    }
+    return bytes;
+}
+
+/// Carries out a check and writes what comes of it, in the order of the inputs.
+class Checker {
+public:
+    explicit Checker(const Settings& settings)
+        : settings_(settings), inputs_(inputsOf(settings)), isText_(settings.format == "text"), totalSize_(totalSize()),
+          progress_(totalSize_) {}
+
+    int run() {
+        if (!settings_.parent.empty() && !parentIsGood()) return finish();
+        runTasks();
+        return finish();
+    }
+
+private:
+    // A broken parent is reported once, not for each input.
+    bool parentIsGood() {
+        std::vector<Input> wanted = {{settings_.parent, {}, parentPaths(settings_.parent)}};
+        wanted.swap(inputs_);
+        isParent_ = true;
+        runTasks();
+        isParent_ = false;
+        wanted.swap(inputs_);
+        return status_ == Fine;
+    }
+
+    void runTasks() {
+        WorkerTasks tasks;
+        tasks.count = inputs_.size();
+        const unsigned processors = std::max(std::thread::hardware_concurrency(), 1U);
+        tasks.atOnce = settings_.jobs > 0 ? settings_.jobs : static_cast<int>(processors);
+        tasks.work = [&](size_t i) { return packed(checkedInput(inputs_[i], !isText_)); };
+        tasks.said = [&](size_t i, std::string_view text) { pass(i, text); };
+        tasks.done = [&](size_t i, const WorkerResult& worker) { take(i, worker); };
+        tasks.tick = [&](size_t finished) { progress_.show(totalSize_ * finished / inputs_.size()); };
+        runWorkers(tasks);
+        progress_.clear();
+    }
+
+    int finish() const {
+        writeDepfile();
+        if (settings_.format == "json") writeOutput(jsonDocument(results_, status_));
+        if (settings_.format == "sarif") writeOutput(sarifDocument(results_));
+        return status_;
+    }
+
+    std::uintmax_t totalSize() const {
+        std::uintmax_t sum = 0;
+        for (const Input& input : inputs_) sum += sizeOf(input);
+        return sum;
+    }
+
+    void pass(size_t, std::string_view text) {
+        progress_.clear();
+        writeError(text);
+    }
+
+    void take(size_t i, const WorkerResult& worker) {
+        CheckResult result;
+        if (worker.accident.empty()) {
+            result = unpacked(worker.bytes);
+        } else {
+            result.status = Faulty;
+            result.reason = inputs_[i].name + ": " + worker.accident;
+        }
+        result.input = inputs_[i].name;
+        if (isParent_ && result.status == Fine) return;
+        if (result.parentFailed) result.reason = result.input + ": parent library: " + result.reason;
+        const bool failed = hasFailed(result, settings_.warningsAreErrors);
+        if (failed && result.status == Fine)
+            result.reason = result.input + ": " + counted(result.warnings.size(), "warning") + " (--werror)";
+        status_ = std::max<int>(status_, failed ? std::max(result.status, Faulty) : Fine);
+        write(result, failed);
+        if (!settings_.depfile.empty() || !isText_) results_.push_back(std::move(result));
+    }
+
+    void write(const CheckResult& result, bool failed) {
+        progress_.clear();
+        std::string lines;
+        for (const Finding& finding : result.warnings) {
+            const std::string_view code = warningRules()[static_cast<size_t>(finding.warning)].code;
+            lines += printable(describe(finding.place)) + ": " + colored(Color::Yellow, "warning:", 2) + " " +
+                     printable(finding.text) + " [" + std::string(code) + "]\n";
+        }
+        writeError(lines);
+        if (failed) complain(result.reason);
+        else if (isText_) writeOutput(textLine(result));
+    }
+
+    void writeDepfile() const {
+        if (settings_.depfile.empty()) return;
+        errno = 0;
+        std::ofstream file(settings_.depfile, std::ios::binary);
+        file << makeRules(settings_.depTarget.empty() ? settings_.depfile : settings_.depTarget, results_);
+        file.close();
+        if (!file) throw Failure(Unusable, "cannot write " + settings_.depfile + ": " + std::strerror(errno));
+    }
+
+    const Settings& settings_;
+    std::vector<Input> inputs_;
+    bool isText_;
+    std::uintmax_t totalSize_;
+    Progress progress_;
+    std::vector<CheckResult> results_;
+    int status_ = Fine;
+    bool isParent_ = false;
+};
+
+} // namespace
+
+int runCheck(const Settings& settings) {
+    enableByDefault(settings, "ntl.enableDiagnostics");
+    enableByDefault(settings, "arch.enableTestFeatures");
+    return Checker(settings).run();
+}
+
+} // namespace ntl

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "tools/ntl/Loading.h"
+#include "tools/ntl/Settings.h"
+#include "tools/ntl/Warnings.h"
+
+#include <string>
+#include <vector>
+
+namespace ntl {
+
+/// What a check found out about one input.
+struct CheckResult {
+    std::string input;    ///< as named on the command line; the data's path for a shipped library
+    Status status = Fine; ///< without regard to warnings
+    std::string reason;   ///< what the one line about a failed input says
+    bool parentFailed = false;
+    size_t blocks = 0;
+    size_t errors = 0;
+    std::vector<Report> reports; ///< kept for JSON and SARIF only
+    std::vector<Finding> warnings;
+    std::vector<std::string> files;
+};
+
+// From the worker's process to this one. Texts pass byte for byte.
+std::string packed(const CheckResult& result);
+CheckResult unpacked(const std::string& bytes);
+
+// The forms of standard output.
+std::string textLine(const CheckResult& result);
+std::string jsonDocument(const std::vector<CheckResult>& results, int exitStatus);
+std::string sarifDocument(const std::vector<CheckResult>& results);
+
+/// Rules for make: the target depends on each input and the files it was read from, one rule an input. An empty rule
+/// for each file keeps make going when the file is gone.
+std::string makeRules(const std::string& target, const std::vector<CheckResult>& results);
+
+/// Whether the input counts as failed.
+bool hasFailed(const CheckResult& result, bool warningsAreErrors);
+
+} // namespace ntl

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "tools/ntl/Settings.h"
+
+namespace ntl {
+
+// The commands. Each writes its result to standard output, the rest to standard error, and returns the exit status, or
+// throws Failure with it.
+int runCheck(const Settings& settings);
+int runList(const Settings& settings);
+int runShow(const Settings& settings);
+
+} // namespace ntl

@@ -1,0 +1,202 @@
+#include "tools/ntl/DataSheet.h"
+
+#include "tools/ntl/Output.h"
+
+#include <cstdlib>
+#include <map>
+
+namespace ntl {
+
+namespace {
+
+// A value as a cell: null is empty, a double stays as short as JSON writes it.
+std::string cell(const Json& value) {
+    if (value.is_null()) return "";
+    if (value.is_string()) return value.get<std::string>();
+    return value.is_boolean() ? (value.get<bool>() ? "true" : "false") : value.dump();
+}
+
+std::string yesNo(const Json& value) { return value.get<bool>() ? "yes" : "no"; }
+
+std::string orDash(const std::string& text) { return text.empty() ? "-" : text; }
+
+std::vector<std::string> cells(const Json& list) {
+    std::vector<std::string> result;
+    for (const Json& item : list) result.push_back(cell(item));
+    return result;
+}
+
+// The names of those keys that are true.
+std::vector<std::string> setFlags(const Json& json, const std::vector<std::string>& keys) {
+    std::vector<std::string> flags;
+    for (const std::string& key : keys)
+        if (json[key].get<bool>()) flags.push_back(key);
+    return flags;
+}
+
+std::string placeOf(const Json& location) {
+    return location.is_null() ? "" : cell(location["file"]) + ":" + cell(location["line"]);
+}
+
+std::string groupText(const Json& group) {
+    return cell(group["group"]) + (group["subgroup"].is_null() ? "" : ":" + cell(group["subgroup"]));
+}
+
+std::string netlistText(const Json& block) {
+    static const std::map<int, std::string> kinds = {
+        {100, "for any architecture"}, {101, "none"}, {103, "its own"}, {104, "its own, in a library with a parent"}};
+    const int kind = block["netlistKind"].get<int>();
+    const auto found = kinds.find(kind);
+    const std::string section = block["netlist"].is_null() ? "" : ", " + cell(block["netlist"]["section"]);
+    return (found == kinds.end() ? "for one architecture" : found->second) + " (" + std::to_string(kind) + ")" +
+           section;
+}
+
+/// A name and its value, one a line.
+class Facts {
+public:
+    void add(const std::string& name, const std::string& value) {
+        text_ +=
+            "  " + name + std::string(name.size() < column ? column - name.size() : 1, ' ') + printable(value) + "\n";
+    }
+    const std::string& text() const { return text_; }
+
+private:
+    static constexpr size_t column = 22;
+    std::string text_;
+};
+
+std::string title(const std::string& text) { return "\n" + colored(Color::Bold, text, 1) + "\n"; }
+
+std::string headerText(const Json& block) {
+    Facts facts;
+    facts.add("library", cell(block["library"]));
+    facts.add("declared at", placeOf(block["location"]));
+    facts.add("cellview type", cell(block["type"]) + (block["registered"].get<bool>() ? "" : " (unregistered)"));
+    facts.add("maturity", cell(block["maturity"]));
+    facts.add("flags", orDash(joined(setFlags(block, {"test", "internal"}), ", ")));
+    facts.add("group", orDash(groupText(block["group"])));
+    facts.add("legacy group", orDash(groupText(block["legacyGroup"])));
+    facts.add("netlist", netlistText(block));
+    facts.add("pins can be tied", yesNo(block["tieCapable"]));
+    return colored(Color::Bold, printable(cell(block["name"])), 1) + "\n" + facts.text();
+}
+
+std::string rangeText(const Json& property) {
+    if (!property["values"].empty()) return joined(cells(property["values"]), ", ");
+    const std::string low = cell(property["minimum"]);
+    const std::string high = cell(property["maximum"]);
+    if (low.empty() && high.empty()) return "any";
+    return (low.empty() ? "any" : low) + " to " + (high.empty() ? "any" : high);
+}
+
+std::string widthText(const Json& property) {
+    const std::string width = cell(property["bitWidth"]);
+    const std::string adjusted = cell(property["adjustedBitWidth"]);
+    return adjusted == width ? width : width + " (" + adjusted + ")";
+}
+
+std::string defaultText(const Json& property) {
+    const Json& value = property["default"];
+    return cell(property["type"]) == "string" ? "\"" + cell(value) + "\"" : orDash(cell(value));
+}
+
+// A long text would push the other columns out of sight, so it goes to a line of its own.
+std::string shortened(const std::string& text, const std::string& name, std::vector<std::string>& notes) {
+    constexpr size_t longest = 48;
+    if (text.size() <= longest) return text;
+    notes.push_back(name + " " + text);
+    return "(below)";
+}
+
+// One row a property, and its description and long texts below.
+std::string propertyTable(const Json& properties, const std::string& indent) {
+    static const std::vector<std::string> flags = {"test",         "simulation",  "constraintsOnly",
+                                                   "muxControl",   "readOnly",    "hidden",
+                                                   "pinInversion", "nibbleSized", "padConstraint"};
+    Table table({"NAME", "TYPE", "WIDTH", "DEFAULT", "UNITS", "PRECISION", "FLAGS", "RANGE OR VALUES"}, indent);
+    for (const Json& property : properties) {
+        std::vector<std::string> notes;
+        if (!property["description"].is_null()) notes.push_back(cell(property["description"]));
+        const std::string chosen = shortened(defaultText(property), "default", notes);
+        const std::string range =
+            shortened(rangeText(property), property["values"].empty() ? "range" : "values", notes);
+        if (!property["defaultIsValid"].get<bool>() && !property["default"].is_null())
+            notes.push_back("! " + cell(property["defaultReason"]));
+        table.add({cell(property["name"]), cell(property["type"]), widthText(property), chosen, cell(property["units"]),
+                   cell(property["precision"]), joined(setFlags(property, flags), ","), range});
+        for (const std::string& note : notes) table.addNote("    " + note);
+    }
+    return table.text();
+}
+
+std::string rangeOfBus(const Json& bus) {
+    const int first = bus["firstIndex"].get<int>();
+    const int last = bus["lastIndex"].get<int>();
+    return first < 0 ? "" : std::to_string(first) + ":" + std::to_string(last);
+}
+
+// The types of the bits of a mixed bus: "clock 7, data 6 5 4"
+std::string bitTypes(const Json& bus) {
+    std::vector<std::pair<std::string, std::string>> runs;
+    for (const Json& pin : bus["pins"]) {
+        const std::string type = cell(pin["type"]);
+        if (runs.empty() || runs.back().first != type) runs.emplace_back(type, "");
+        runs.back().second += " " + (pin["bit"].get<int>() < 0 ? cell(pin["name"]) : cell(pin["bit"]));
+    }
+    std::string text;
+    for (const auto& [type, bits] : runs) text.append(text.empty() ? "" : ", ").append(type).append(bits);
+    return text;
+}
+
+std::string pinTable(const Json& block) {
+    Table table({"NAME", "RANGE", "BITS", "DIRECTION", "TYPE", "REQUIRED", "FLAGS", "FUNCTION"}, "  ");
+    for (const Json& bus : block["buses"]) {
+        std::vector<std::string> flags = setFlags(bus, {"test", "abstract"});
+        if (!bus["foundByName"].get<bool>()) flags.emplace_back("notFoundByName");
+        table.add({cell(bus["baseName"]), rangeOfBus(bus), std::to_string(bus["pins"].size()), cell(bus["direction"]),
+                   cell(bus["type"]), cell(bus["requiredValue"]), joined(flags, ","), cell(bus["function"])});
+        if (cell(bus["type"]) == "mixed") table.addNote("    bits: " + bitTypes(bus));
+    }
+    std::string text = table.text();
+    for (const Json& bus : block["buses"])
+        if (!bus["properties"].empty())
+            text += "  properties of " + printable(cell(bus["name"])) + "\n" + propertyTable(bus["properties"], "    ");
+    return text;
+}
+
+std::string configurationText(const Json& configuration) {
+    Facts facts;
+    const std::string architecture = cell(configuration["architecture"]);
+    facts.add("architectures", orDash(joined(cells(configuration["architectures"]), ", ")));
+    facts.add("can tie pins", yesNo(configuration["canTiePins"]));
+    facts.add("nibble-sized hex", yesNo(configuration["nibbleSizedHex"]));
+    facts.add("pseudo-differential", yesNo(configuration["canBePseudoDifferential"]));
+    facts.add("master driver", yesNo(configuration["isMasterDriver"]));
+    facts.add("master driver pin", orDash(cell(configuration["masterDriverPin"])));
+    facts.add("shadow pins", orDash(joined(cells(configuration["shadowPins"]), ", ")));
+    if (architecture.empty()) {
+        facts.add("architecture", "- (name one with --arch)");
+        return facts.text();
+    }
+    facts.add("architecture", architecture);
+    facts.add("simulation device", orDash(cell(configuration["simulationDevice"])));
+    facts.add("master architecture", orDash(cell(configuration["masterArchitecture"])));
+    facts.add("internal pins", yesNo(configuration["internalPinsSupported"]));
+    return facts.text();
+}
+
+} // namespace
+
+std::string dataSheet(const Json& block) {
+    std::string text = headerText(block);
+    text +=
+        title("Pins: " + cell(block["pinCount"]) + " in " + counted(block["busCount"].get<size_t>(), "declaration"));
+    text += pinTable(block);
+    text += title("Properties: " + cell(block["propertyCount"]));
+    text += propertyTable(block["properties"], "  ");
+    text += title("Configuration");
+    return text + configurationText(block["configuration"]);
+}
+
+} // namespace ntl

@@ -1,0 +1,207 @@
+#include "tools/ntl/Generate.h"
+
+#include "tools/ntl/Help.h"
+#include "tools/ntl/Options.h"
+#include "tools/ntl/Output.h"
+#include "tools/ntl/Status.h"
+
+#include <algorithm>
+
+namespace ntl {
+
+namespace {
+
+std::string replaced(std::string text, const std::string& what, const std::string& with) {
+    for (size_t at = text.find(what); at != text.npos; at = text.find(what, at + with.size()))
+        text.replace(at, what.size(), with);
+    return text;
+}
+
+// --- man page
+
+std::string roff(const std::string& text) {
+    std::string result = replaced(replaced(text, "\\", "\\e"), "-", "\\-");
+    if (!result.empty() && (result[0] == '.' || result[0] == '\'')) result.insert(0, "\\&");
+    return replaced(result, "\n", "\n.PP\n");
+}
+
+std::string manOption(const OptionSpec& option) {
+    std::vector<std::string> names;
+    for (const std::string& name : option.names())
+        names.push_back(option.isPositional() ? "\\fI" + roff(name) + "\\fR" : "\\fB" + roff(name) + "\\fR");
+    std::string text = ".TP\n" + joined(names, ", ");
+    if (!option.argument.empty()) text += " \\fI" + roff(option.argument) + "\\fR";
+    return text + "\n" + roff(option.help) + "\n";
+}
+
+std::string manMark(const std::string& text, bool literal) { return (literal ? "\\fB" : "\\fI") + roff(text) + "\\fR"; }
+
+std::string manPage() {
+    std::string text = ".TH NTL 1 \"\" \"ntl " + std::string(NTL_VERSION) +
+                       "\" \"User Commands\"\n.SH NAME\nntl \\- read, check and show NTL libraries\n.SH SYNOPSIS\n"
+                       ".HP\n\\fBntl\\fR [\\fIOPTION\\fR]... \\fICOMMAND\\fR ...\n";
+    for (const CommandSpec& command : commands()) text += ".HP\n" + usageLine(command, manMark) + "\n";
+    text += ".SH OPTIONS\nThese may stand before or behind the command.\n";
+    for (const OptionSpec& option : globalOptions()) text += manOption(option);
+    text += ".TP\n\\fB\\-\\-version\\fR\nPrint the version and exit.\n"
+            ".TP\n\\fB\\-h\\fR, \\fB\\-\\-help\\fR\nPrint help and exit.\n.SH COMMANDS\n";
+    for (const CommandSpec& command : commands()) {
+        text += ".SS " + command.name + " \\- " + roff(command.summary) + "\n" + roff(command.description) + "\n";
+        for (const OptionSpec& option : command.options) text += manOption(option);
+    }
+    return text + ".SH EXIT STATUS\n"
+                  ".TP\n0\nFine.\n.TP\n1\nThe input has errors, or a block that was asked for does not exist.\n"
+                  ".TP\n2\nWrong usage, an input that cannot be opened, or output that cannot be written.\n"
+                  ".SH ENVIRONMENT\n"
+                  ".TP\nNTL_PATH\nDirectories for INCLUDE and INLINE files, separated by colons, after those of \\-I.\n"
+                  ".TP\nHDNT_DATA_PATH\nDirectories where data files are looked for first.\n"
+                  ".TP\nHDNT_CONFIG_PATH\nThe same for configuration files.\n"
+                  ".TP\nHDNT_PARAM_*\nParameters that \\-\\-param does not set, with underscores for dots.\n"
+                  ".TP\nNO_COLOR\nNo colours with \\-\\-color auto, when not empty.\n";
+}
+
+// --- completions
+
+std::vector<std::string> optionNames(const std::vector<OptionSpec>& options) {
+    std::vector<std::string> names;
+    for (const OptionSpec& option : options)
+        if (!option.isPositional())
+            for (const std::string& name : option.names()) names.push_back(name);
+    return names;
+}
+
+std::vector<OptionSpec> allOptions() {
+    std::vector<OptionSpec> all = globalOptions();
+    for (const CommandSpec& command : commands())
+        for (const OptionSpec& option : command.options)
+            if (std::none_of(all.begin(), all.end(),
+                             [&](const OptionSpec& other) { return other.flags == option.flags; }))
+                all.push_back(option);
+    return all;
+}
+
+std::vector<std::string> commandNames() {
+    std::vector<std::string> names;
+    for (const CommandSpec& command : commands()) names.push_back(command.name);
+    return names;
+}
+
+std::string bashArguments(const OptionSpec& option) {
+    if (!option.choices.empty()) return "COMPREPLY=($(compgen -W '" + joined(option.choices, " ") + "' -- \"$cur\"))";
+    if (option.completion == Completion::Directory) return "COMPREPLY=($(compgen -d -- \"$cur\"))";
+    if (option.completion == Completion::None) return "COMPREPLY=()";
+    return "COMPREPLY=($(compgen -f -- \"$cur\"))";
+}
+
+const char* const blockNames = "ntl list 2>/dev/null | awk 'NR > 1 { print $1 }'";
+
+std::string bashCompletion() {
+    std::string text = "# bash completion for ntl\n_ntl() {\n    local cur=${COMP_WORDS[COMP_CWORD]} "
+                       "prev=${COMP_WORDS[COMP_CWORD-1]} command= word\n    COMPREPLY=()\n    case $prev in\n";
+    for (const OptionSpec& option : allOptions())
+        if (!option.isPositional() && !option.argument.empty())
+            text += "    " + joined(option.names(), "|") + ") " + bashArguments(option) + "; return ;;\n";
+    text += "    esac\n    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n        case $word in " +
+            joined(commandNames(), "|") + ") command=$word; break ;; esac\n    done\n    case $command,$cur in\n";
+    for (const CommandSpec& command : commands()) {
+        text += "    " + command.name + ",-*) COMPREPLY=($(compgen -W '" + joined(optionNames(command.options), " ") +
+                " " + joined(optionNames(globalOptions()), " ") + " --help' -- \"$cur\")) ;;\n";
+        for (const OptionSpec& option : command.options)
+            if (option.isPositional())
+                text += "    " + command.name + ",*) " +
+                        (option.isRequired()
+                             ? "COMPREPLY=($(compgen -W \"$(" + std::string(blockNames) + ")\" -- \"${cur^^}\"))"
+                             : bashArguments(option)) +
+                        " ;;\n";
+    }
+    return text + "    ,-*) COMPREPLY=($(compgen -W '" + joined(optionNames(globalOptions()), " ") +
+           " --help --version' -- \"$cur\")) ;;\n    ,*) COMPREPLY=($(compgen -W '" + joined(commandNames(), " ") +
+           "' -- \"$cur\")) ;;\n    esac\n}\ncomplete -o filenames -F _ntl ntl\n";
+}
+
+// Inside single quotes and a zsh specification.
+std::string zshText(const std::string& text) {
+    return replaced(replaced(replaced(replaced(text, "'", "'\\''"), "[", "\\["), "]", "\\]"), ":", "\\:");
+}
+
+std::string zshAction(const OptionSpec& option) {
+    if (!option.choices.empty()) return "(" + joined(option.choices, " ") + ")";
+    if (option.completion == Completion::Directory) return "_files -/";
+    if (option.isRequired()) return "_ntl_blocks";
+    return option.completion == Completion::None ? "" : "_files";
+}
+
+std::string zshOptions(const std::vector<OptionSpec>& options) {
+    std::string text;
+    for (const OptionSpec& option : options) {
+        if (option.isPositional()) {
+            text += " \\\n            '*:" + zshText(option.flags) + ":" + zshAction(option) + "'";
+            continue;
+        }
+        for (const std::string& name : option.names()) {
+            text += " \\\n            '" + std::string(option.isRepeatable() ? "*" : "") + name + "[" +
+                    zshText(option.help) + "]";
+            if (!option.argument.empty()) text += ":" + zshText(option.argument) + ":" + zshAction(option);
+            text += "'";
+        }
+    }
+    return text;
+}
+
+std::string zshCompletion() {
+    std::string text = "#compdef ntl\n_ntl_blocks() { local -a names; names=(${(f)\"$(" + std::string(blockNames) +
+                       ")\"}); compadd -M 'm:{a-z}={A-Z}' -a names }\n_ntl() {\n    local state\n    local -a "
+                       "commands\n    commands=(";
+    for (const CommandSpec& command : commands()) text += "'" + command.name + ":" + zshText(command.summary) + "' ";
+    text += ")\n    _arguments -C '(- *)--help[Print help and exit]' '(- *)--version[Print the version and exit]'" +
+            zshOptions(globalOptions()) +
+            " \\\n            '1:command:->command' '*::argument:->argument'\n    case $state in\n    command) "
+            "_describe command commands ;;\n    argument)\n        case $words[1] in\n";
+    for (const CommandSpec& command : commands())
+        text += "        " + command.name + ") _arguments '--help[Print help and exit]'" + zshOptions(command.options) +
+                zshOptions(globalOptions()) + " ;;\n";
+    return text + "        esac ;;\n    esac\n}\n_ntl \"$@\"\n";
+}
+
+std::string fishText(const std::string& text) { return "'" + replaced(replaced(text, "\\", "\\\\"), "'", "\\'") + "'"; }
+
+std::string fishOption(const OptionSpec& option, const std::string& condition) {
+    std::string text = "complete -c ntl" + condition;
+    if (option.isPositional())
+        return option.isRequired() ? text + " -f -a \"(" + replaced(blockNames, "$1", "\\$1") + ")\"\n"
+                                   : text + " -F\n";
+    for (const std::string& name : option.names())
+        text += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
+    text += " -d " + fishText(option.help);
+    if (option.argument.empty()) return text + "\n";
+    if (!option.choices.empty()) return text + " -x -a " + fishText(joined(option.choices, " ")) + "\n";
+    if (option.completion == Completion::None) return text + " -x\n";
+    return text +
+           (option.completion == Completion::Directory ? " -x -a '(__fish_complete_directories)'\n" : " -r -F\n");
+}
+
+std::string fishCompletion() {
+    const std::string noCommand = " -n __fish_use_subcommand";
+    std::string text = "# fish completion for ntl\ncomplete -c ntl -f\n";
+    for (const OptionSpec& option : globalOptions()) text += fishOption(option, "");
+    text += "complete -c ntl -s h -l help -d 'Print help and exit.'\n";
+    text += "complete -c ntl" + noCommand + " -l version -d 'Print the version and exit.'\n";
+    for (const CommandSpec& command : commands())
+        text += "complete -c ntl" + noCommand + " -a " + command.name + " -d " + fishText(command.summary) + "\n";
+    for (const CommandSpec& command : commands())
+        for (const OptionSpec& option : command.options)
+            text += fishOption(option, " -n '__fish_seen_subcommand_from " + command.name + "'");
+    return text;
+}
+
+} // namespace
+
+std::string generate(const std::string& kind) {
+    if (kind == "man") return manPage();
+    if (kind == "bash") return bashCompletion();
+    if (kind == "zsh") return zshCompletion();
+    if (kind == "fish") return fishCompletion();
+    throw Failure(Unusable, "--generate: '" + kind + "' is none of man, bash, zsh, fish");
+}
+
+} // namespace ntl

@@ -1,0 +1,29 @@
+#include "tools/ntl/Json.h"
+
+namespace ntl {
+
+Json jsonHead(const std::string& command) {
+    Json json;
+    json["version"] = jsonVersion;
+    json["command"] = command;
+    return json;
+}
+
+std::string jsonText(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
+
+Json jsonOf(const Place& place) {
+    if (!place.isKnown()) return nullptr;
+    Json json;
+    json["file"] = orNull(place.file);
+    json["line"] = place.line;
+    json["column"] = place.column;
+    json["lastColumn"] = place.lastColumn;
+    json["textLine"] = place.textLine;
+    return json;
+}
+
+Json orNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+
+Json orNull(const char* text) { return text ? orNull(std::string(text)) : Json(); }
+
+} // namespace ntl

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "tools/ntl/Place.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace ntl {
+
+using Json = nlohmann::ordered_json;
+
+/// The version of every JSON document the tool writes. Goes up when a key goes away or changes its meaning; new keys do
+/// not count.
+constexpr int jsonVersion = 1;
+
+/// The head of a document: version and command.
+Json jsonHead(const std::string& command);
+/// Indented by two, with a final newline. Bytes that are no UTF-8 become U+FFFD.
+std::string jsonText(const Json& json);
+/// Null when the place is not known.
+Json jsonOf(const Place& place);
+/// Null for an empty text, or none.
+Json orNull(const std::string& text);
+Json orNull(const char* text);
+
+} // namespace ntl

@@ -1,0 +1,110 @@
+#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/HSTStringUtils.h"
+#include "tools/ntl/Commands.h"
+#include "tools/ntl/Json.h"
+#include "tools/ntl/Loading.h"
+#include "tools/ntl/Model.h"
+#include "tools/ntl/Output.h"
+
+#include <algorithm>
+
+namespace ntl {
+
+static bool equalsIgnoringCase(const char* text, const std::string& wanted) {
+    return HSTStrUtils::compareCI(text ? text : "", wanted) == 0;
+}
+
+// Keeps what the filter accepts; nothing left is a failure, which says what was asked for.
+template <typename Filter>
+static void keep(std::vector<HDNTBlock*>& blocks, const std::string& what, const Filter& accepts) {
+    blocks.erase(std::remove_if(blocks.begin(), blocks.end(), [&](const HDNTBlock* block) { return !accepts(*block); }),
+                 blocks.end());
+    if (blocks.empty()) throw Failure(Faulty, "no block " + what);
+}
+
+static std::vector<HDNTBlock*> blocksWithPrefix(const OpenedLibrary& opened, const std::string& prefix) {
+    std::vector<HDNTBlock*> blocks;
+    opened.library->getTypeBlocksBeginWith(prefix, blocks, opened.withParents);
+    if (blocks.empty()) throw Failure(Faulty, "no block has a name that begins with '" + prefix + "'");
+    return blocks;
+}
+
+static std::vector<HDNTBlock*> chosenBlocks(const OpenedLibrary& opened, const Settings& settings) {
+    std::vector<HDNTBlock*> blocks = settings.prefix.empty() ? blocksOf(*opened.library, opened.withParents)
+                                                             : blocksWithPrefix(opened, settings.prefix);
+    if (!settings.group.empty()) {
+        const size_t colon = settings.group.find(':');
+        const std::string group = settings.group.substr(0, colon);
+        const std::string subGroup = colon == std::string::npos ? "" : settings.group.substr(colon + 1);
+        keep(blocks, "is in the group '" + settings.group + "'", [&](const HDNTBlock& block) {
+            return equalsIgnoringCase(block.getPrimGroupType(false), group) &&
+                   (subGroup.empty() || equalsIgnoringCase(block.getPrimSubGroupType(false), subGroup));
+        });
+    }
+    if (!settings.architecture.empty()) {
+        keep(blocks, "is there in the architecture '" + settings.architecture + "'", [&](const HDNTBlock& block) {
+            const std::vector<std::string> known = block.getCellArchesCfg();
+            return known.empty() || std::find(known.begin(), known.end(), settings.architecture) != known.end();
+        });
+    }
+    return blocks;
+}
+
+static std::string flagsOf(const HDNTBlock& block) {
+    std::vector<std::string> flags;
+    if (block.isTest()) flags.emplace_back("test");
+    if (block.isInternal()) flags.emplace_back("internal");
+    return joined(flags, ",");
+}
+
+static std::string placeText(const HDNTBlock& block) {
+    const yyltype* const location = block.getLocation();
+    if (!location || !location->fileName) return "";
+    return std::string(location->fileName) + ":" + std::to_string(location->fileLine);
+}
+
+static std::string listText(const std::vector<HDNTBlock*>& blocks) {
+    Table table({"NAME", "GROUP", "PINS", "BUSES", "PROPERTIES", "MATURITY", "FLAGS", "SOURCE"});
+    for (const HDNTBlock* block : blocks)
+        table.add({block->getName(), groupOf(*block, false), std::to_string(block->getNumPins()),
+                   std::to_string(block->getNumBuses()), std::to_string(block->getNumProperties()),
+                   maturityName(block->getMaturityLevel()), flagsOf(*block), placeText(*block)});
+    return table.text();
+}
+
+static std::string listJson(const OpenedLibrary& opened, const std::vector<HDNTBlock*>& blocks) {
+    Json json = jsonHead("list");
+    json["library"] = opened.library->getName();
+    json["path"] = opened.path;
+    json["blocks"] = Json::array();
+    for (const HDNTBlock* block : blocks) {
+        const char* const group = block->getPrimGroupType(false);
+        const char* const subGroup = block->getPrimSubGroupType(false);
+        const yyltype* const location = block->getLocation();
+        Json& item = json["blocks"].emplace_back();
+        item["name"] = block->getName();
+        item["group"] = orNull(group);
+        item["subgroup"] = orNull(subGroup);
+        item["pins"] = block->getNumPins();
+        item["buses"] = block->getNumBuses();
+        item["properties"] = block->getNumProperties();
+        item["maturity"] = maturityName(block->getMaturityLevel());
+        item["test"] = block->isTest();
+        item["internal"] = block->isInternal();
+        item["registered"] = isRegistered(*block);
+        item["file"] = orNull(location ? location->fileName : nullptr);
+        item["line"] = location ? Json(location->fileLine) : Json();
+    }
+    return jsonText(json);
+}
+
+int runList(const Settings& settings) {
+    const OpenedLibrary opened = openLibrary(settings);
+    const std::vector<HDNTBlock*> blocks = chosenBlocks(opened, settings);
+    writeOutput(settings.json ? listJson(opened, blocks) : listText(blocks));
+    return Fine;
+}
+
+} // namespace ntl

@@ -1,0 +1,198 @@
+#include "tools/ntl/Options.h"
+
+#include "tools/ntl/Commands.h"
+#include "tools/ntl/Generate.h"
+#include "tools/ntl/Help.h"
+#include "tools/ntl/Output.h"
+#include "tools/ntl/Setup.h"
+#include "tools/ntl/Status.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <sstream>
+#include <utility>
+
+namespace ntl {
+
+std::vector<std::string> OptionSpec::names() const {
+    std::vector<std::string> result;
+    std::istringstream list(flags);
+    for (std::string name; std::getline(list, name, ',');) result.push_back(name);
+    return result;
+}
+
+const std::vector<OptionSpec>& globalOptions() {
+    static const std::vector<OptionSpec> options = {
+        {"--data", "DIR", "Look for data and configuration files in DIR first.", &Settings::data,
+         Completion::Directory},
+        {"--param", "NAME=BOOL", "Set a parameter, e.g. arch.enableTestFeatures=true. May be repeated.",
+         &Settings::parameters},
+        {"--arch", "NAME", "Answer for this architecture.", &Settings::architecture},
+        {"--limit", "NAME=VALUE", "Set a bound on what is read, e.g. includeDepth=16. May be repeated.",
+         &Settings::limits},
+        {"--color",
+         "WHEN",
+         "Colour the tool's own lines: auto (on a terminal), always or never.",
+         &Settings::color,
+         Completion::None,
+         {"auto", "always", "never"}},
+    };
+    return options;
+}
+
+static OptionSpec searchOption() {
+    return {"-I,--include", "DIR",
+            "Look for INCLUDE and INLINE files in DIR, before the directories of NTL_PATH. May be repeated.",
+            &Settings::searchDirectories, Completion::Directory};
+}
+
+static OptionSpec parentOption() {
+    return {"--parent", "PATH|common", "Build the library over the one at PATH, or over the common library.",
+            &Settings::parent, Completion::Library};
+}
+
+static OptionSpec libraryOption() {
+    return {"-l,--library", "PATH", "Read the library in this file or folder instead of the common library.",
+            &Settings::library, Completion::Library};
+}
+
+static OptionSpec jsonOption() { return {"--json", "", "Write JSON.", &Settings::json}; }
+
+static CommandSpec checkCommand() {
+    return {"check",
+            "check libraries for errors",
+            "Loads, finishes and checks each INPUT, a file or a folder of .btl files, as a library of its own in a "
+            "process of its own. Without INPUT, the shipped common and simulation libraries are checked.\n"
+            "Errors and warnings go to standard error. Standard output has a line for each input without errors.\n"
+            "Blocks with the test flag are checked too, unless --param arch.enableTestFeatures=false is given.",
+            {{"INPUT", "", "File or folder of .btl files.", &Settings::inputs, Completion::Library},
+             searchOption(),
+             {"-j,--jobs", "N", "Check up to N inputs at once; 0: as many as there are processors.", &Settings::jobs},
+             {"--format",
+              "FORMAT",
+              "Form of standard output: text, json or sarif.",
+              &Settings::format,
+              Completion::None,
+              {"text", "json", "sarif"}},
+             {"--depfile", "FILE", "Write the files that each input was read from to FILE, as rules for make.",
+              &Settings::depfile, Completion::File},
+             {"--deptarget", "NAME", "What depends on the files in the rules of --depfile; without it, FILE itself.",
+              &Settings::depTarget, Completion::File},
+             {"--werror", "", "Let warnings count as errors.", &Settings::warningsAreErrors},
+             {"--root", "DIR", "Refuse INCLUDE and INLINE files that are not below DIR.", &Settings::rootFolder,
+              Completion::Directory},
+             parentOption()},
+            &runCheck};
+}
+
+static CommandSpec listCommand() {
+    return {"list",
+            "list the blocks of a library",
+            "Writes a line for each block: name, group, number of pins, buses and properties, maturity, flags, and "
+            "where it is declared.",
+            {libraryOption(),
+             parentOption(),
+             searchOption(),
+             {"--group", "GROUP[:SUBGROUP]", "Only blocks of this group, case aside.", &Settings::group},
+             {"--prefix", "TEXT", "Only blocks whose names begin with TEXT, case aside, in order of name.",
+              &Settings::prefix},
+             jsonOption()},
+            &runList};
+}
+
+static CommandSpec showCommand() {
+    return {"show",
+            "show the data sheet of a block",
+            "Writes all that is known of each BLOCK: pins and buses, properties, groups and flags, and what the "
+            "configuration says.",
+            {{"BLOCK", "", "Name of a block, case aside.", &Settings::blocks},
+             libraryOption(),
+             parentOption(),
+             searchOption(),
+             jsonOption()},
+            &runShow};
+}
+
+const std::vector<CommandSpec>& commands() {
+    static const std::vector<CommandSpec> all = {checkCommand(), listCommand(), showCommand()};
+    return all;
+}
+
+static void addOption(CLI::App& app, const OptionSpec& spec, Settings& settings) {
+    CLI::Option* option = nullptr;
+    if (const auto* const flag = std::get_if<bool Settings::*>(&spec.target)) {
+        option = app.add_flag(spec.flags, settings.*(*flag), spec.help);
+    } else if (const auto* const number = std::get_if<int Settings::*>(&spec.target)) {
+        option = app.add_option(spec.flags, settings.*(*number), spec.help)->check(CLI::Range(0, 4096).description(""));
+    } else if (const auto* const text = std::get_if<std::string Settings::*>(&spec.target)) {
+        option = app.add_option(spec.flags, settings.*(*text), spec.help);
+    } else {
+        option = app.add_option(spec.flags, settings.*std::get<std::vector<std::string> Settings::*>(spec.target),
+                                spec.help);
+        if (!spec.isPositional()) option->allow_extra_args(false);
+    }
+    if (!spec.argument.empty()) option->type_name(spec.argument);
+    if (spec.isPositional()) option->type_name("");
+    if (spec.isRequired()) option->required();
+    if (!spec.choices.empty()) option->check(CLI::IsMember(spec.choices).description(""));
+}
+
+static const CommandSpec* chosen(const CLI::App& app) {
+    for (const CommandSpec& command : commands())
+        if (app.got_subcommand(command.name)) return &command;
+    return nullptr;
+}
+
+// One line that says what was wrong and where to read on.
+static std::string usageError(const CLI::App& app, const std::string& text) {
+    const CommandSpec* const command = chosen(app);
+    std::string line = text;
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    while (!line.empty() && (line.back() == ' ' || line.back() == '.')) line.pop_back();
+    return line + "; see 'ntl " + (command ? command->name + " " : "") + "--help'";
+}
+
+static void refuseEmpty(const Settings& settings) {
+    const auto isEmpty = [](const std::string& text) { return text.empty(); };
+    if (std::any_of(settings.inputs.begin(), settings.inputs.end(), isEmpty))
+        throw Failure(Unusable, "INPUT is empty; name a file or a folder");
+    if (std::any_of(settings.blocks.begin(), settings.blocks.end(), isEmpty))
+        throw Failure(Unusable, "BLOCK is empty; 'ntl list' lists the names");
+}
+
+int runCommandLine(int argc, char** argv) {
+    Settings settings;
+    CLI::App app("Reads, checks and shows NTL libraries.", "ntl");
+    app.set_version_flag("--version", std::string("ntl ") + NTL_VERSION, "Print the version and exit.");
+    app.require_subcommand(0, 1);
+    for (const OptionSpec& option : globalOptions()) addOption(app, option, settings);
+    app.add_option("--generate", settings.generate)->group("");
+    for (const CommandSpec& command : commands()) {
+        CLI::App* const sub = app.add_subcommand(command.name, command.summary)->fallthrough();
+        for (const OptionSpec& option : command.options) addOption(*sub, option, settings);
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        writeOutput(helpText(chosen(app)));
+        return Fine;
+    } catch (const CLI::CallForVersion& version) {
+        writeOutput(std::string(version.what()) + "\n");
+        return Fine;
+    } catch (const CLI::ParseError& error) {
+        throw Failure(Unusable, usageError(app, error.what()));
+    }
+    if (!settings.generate.empty()) {
+        writeOutput(generate(settings.generate));
+        return Fine;
+    }
+    const CommandSpec* const command = chosen(app);
+    if (!command) throw Failure(Unusable, usageError(app, "A command is needed: check, list or show"));
+    refuseEmpty(settings);
+    setColors(settings.color);
+    applyGlobalSettings(settings);
+    return command->run(settings);
+}
+
+} // namespace ntl

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "tools/ntl/Settings.h"
+
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace ntl {
+
+/// What a shell should offer as an option's argument.
+enum class Completion { None, File, Directory, Library };
+
+using Target =
+    std::variant<bool Settings::*, int Settings::*, std::string Settings::*, std::vector<std::string> Settings::*>;
+
+/// One option or positional argument. Parser, help, man page and completions are made from it.
+struct OptionSpec {
+    std::string flags;    ///< "-j,--jobs"; for a positional argument its name, "INPUT"
+    std::string argument; ///< "N"; empty for a switch
+    std::string help;     ///< one sentence or more, no line breaks
+    Target target;
+    Completion completion = Completion::None;
+    std::vector<std::string> choices = {}; ///< when only these are allowed
+
+    bool isPositional() const { return flags.front() != '-'; }
+    bool isRepeatable() const { return std::holds_alternative<std::vector<std::string> Settings::*>(target); }
+    bool isRequired() const { return flags == "BLOCK"; }
+    /// "-j", "--jobs"
+    std::vector<std::string> names() const;
+};
+
+struct CommandSpec {
+    std::string name;
+    std::string summary;     ///< one line, no full stop
+    std::string description; ///< paragraphs, separated by newlines
+    std::vector<OptionSpec> options;
+    int (*run)(const Settings&);
+};
+
+const std::vector<OptionSpec>& globalOptions();
+const std::vector<CommandSpec>& commands();
+
+/// Carries out a command line. The result is the exit status; failures of a command come out as exceptions.
+int runCommandLine(int argc, char** argv);
+
+} // namespace ntl

@@ -1,0 +1,164 @@
+#include "tools/ntl/Output.h"
+
+#include "tools/ntl/Status.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+
+namespace ntl {
+
+static bool colorByDescriptor[3] = {};
+
+void openStandardStreams() {
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) != -1) continue;
+        const int opened = open("/dev/null", descriptor == STDERR_FILENO ? O_WRONLY : O_RDONLY);
+        if (opened != -1 && opened != descriptor) close(opened);
+    }
+}
+
+// 0, or the errno of the first failure.
+static int writeAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = write(descriptor, text.data(), text.size());
+        if (written > 0) text.remove_prefix(static_cast<size_t>(written));
+        else if (written == 0 || errno != EINTR) return written == 0 ? EIO : errno;
+    }
+    return 0;
+}
+
+void writeOutput(std::string_view text) {
+    if (const int error = writeAll(STDOUT_FILENO, text))
+        throw Failure(Unusable, std::string("cannot write to standard output: ") + std::strerror(error));
+}
+
+void writeError(std::string_view text) { writeAll(STDERR_FILENO, text); }
+
+void complain(const std::string& text) {
+    writeError(colored(Color::Bold, "ntl:", STDERR_FILENO) + " " + printable(text) + "\n");
+}
+
+// Length of the UTF-8 character at the start of the text; 0 when there is none, or it is a control character.
+static size_t printableLength(std::string_view text) {
+    const auto byte = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned char first = byte(0);
+    if (first < 0x80) return first >= 0x20 && first != 0x7f ? 1 : 0;
+    const size_t length = first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : 2;
+    if (first < 0xc2 || first > 0xf4 || text.size() < length) return 0;
+    for (size_t i = 1; i < length; ++i)
+        if ((byte(i) & 0xc0U) != 0x80U) return 0;
+    const unsigned char second = byte(1);
+    const bool overlong = (first == 0xe0 && second < 0xa0) || (first == 0xf0 && second < 0x90);
+    const bool outside = (first == 0xed && second > 0x9f) || (first == 0xf4 && second > 0x8f);
+    const bool control = first == 0xc2 && second < 0xa0;
+    return overlong || outside || control ? 0 : length;
+}
+
+std::string printable(std::string_view text) {
+    std::string result;
+    while (!text.empty()) {
+        const size_t length = printableLength(text);
+        if (length > 0) {
+            result += text.substr(0, length);
+        } else if (text[0] == '\n' || text[0] == '\t') {
+            result += text[0] == '\n' ? "\\n" : "\\t";
+        } else {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\x%02x",
+                          static_cast<unsigned>(static_cast<unsigned char>(text[0])));
+            result += escaped;
+        }
+        text.remove_prefix(std::max<size_t>(length, 1));
+    }
+    return result;
+}
+
+void setColors(const std::string& when) {
+    const char* const noColor = std::getenv("NO_COLOR");
+    for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO})
+        colorByDescriptor[descriptor] =
+            when == "always" || (when == "auto" && !(noColor && *noColor) && isatty(descriptor) == 1);
+}
+
+std::string colored(Color color, const std::string& text, int descriptor) {
+    static const char* const codes[] = {"", "\033[1m", "\033[2m", "\033[1;31m", "\033[1;33m"};
+    if (color == Color::Plain || !colorByDescriptor[descriptor]) return text;
+    return codes[static_cast<size_t>(color)] + text + "\033[0m";
+}
+
+static void flushStreams() {
+    std::cout.flush();
+    std::fflush(stdout);
+}
+
+OutputToError::OutputToError() {
+    flushStreams();
+    saved_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+    if (saved_ == -1 || dup2(STDERR_FILENO, STDOUT_FILENO) == -1)
+        throw Failure(Unusable, std::string("cannot redirect standard output: ") + std::strerror(errno));
+}
+
+OutputToError::~OutputToError() {
+    flushStreams();
+    dup2(saved_, STDOUT_FILENO);
+    close(saved_);
+}
+
+Table::Table(std::vector<std::string> header, std::string indent) : indent_(std::move(indent)) {
+    lines_.push_back({std::move(header), false});
+}
+
+void Table::add(std::vector<std::string> cells) {
+    for (std::string& cell : cells) cell = printable(cell);
+    lines_.push_back({std::move(cells), false});
+}
+
+void Table::addNote(const std::string& text) { lines_.push_back({{printable(text)}, true}); }
+
+// Characters, not bytes; wide and combining ones are not told apart.
+static size_t widthOf(const std::string& text) {
+    return static_cast<size_t>(std::count_if(text.begin(), text.end(),
+                                             [](char c) { return (static_cast<unsigned char>(c) & 0xc0U) != 0x80U; }));
+}
+
+std::string Table::text() const {
+    if (lines_.size() == 1) return {};
+    std::vector<size_t> widths;
+    for (const Line& line : lines_) {
+        for (size_t i = 0; !line.isNote && i < line.cells.size(); ++i) {
+            widths.resize(std::max(widths.size(), i + 1));
+            widths[i] = std::max(widths[i], widthOf(line.cells[i]));
+        }
+    }
+    std::string result;
+    for (const Line& line : lines_) {
+        std::string row;
+        size_t gap = 0;
+        for (size_t i = 0; i < line.cells.size(); ++i) {
+            if (!line.cells[i].empty()) row += std::string(gap, ' ') + line.cells[i];
+            gap = (line.cells[i].empty() ? gap : 0) + widths[i] + 2 - std::min(widths[i], widthOf(line.cells[i]));
+        }
+        const bool isHeader = &line == &lines_.front();
+        result += indent_ + (isHeader ? colored(Color::Bold, row, STDOUT_FILENO) : row) + "\n";
+    }
+    return result;
+}
+
+std::string counted(size_t count, const std::string& noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string joined(const std::vector<std::string>& items, const std::string& separator) {
+    std::string result;
+    for (const std::string& item : items) result += (&item == &items.front() ? "" : separator) + item;
+    return result;
+}
+
+} // namespace ntl

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ntl {
+
+/// Makes sure that descriptors 0 to 2 are taken, so that no file of ours gets one of their numbers. A closed standard
+/// output stays one that cannot be written.
+void openStandardStreams();
+
+/// Writes a result to standard output, at once. Throws Failure(Unusable) when that is not possible.
+void writeOutput(std::string_view text);
+
+/// Writes to standard error, at once. What cannot be written is lost.
+void writeError(std::string_view text);
+
+/// "ntl: text" on standard error, with what is not printable escaped.
+void complain(const std::string& text);
+
+/// The text with control characters, and bytes that are no UTF-8, as \n, \t or \xNN.
+std::string printable(std::string_view text);
+
+enum class Color { Plain, Bold, Faint, Red, Yellow };
+
+/// "auto", "always" or "never".
+void setColors(const std::string& when);
+/// The text in that colour, if the stream of that descriptor is to be coloured.
+std::string colored(Color color, const std::string& text, int descriptor);
+
+/// Standard output goes where standard error goes for the lifetime of the object. What the C and C++ streams hold is
+/// written before the switch and before the switch back.
+class OutputToError {
+public:
+    OutputToError();
+    ~OutputToError();
+    OutputToError(const OutputToError&) = delete;
+    OutputToError& operator=(const OutputToError&) = delete;
+
+private:
+    int saved_;
+};
+
+/// Lines of cells in aligned columns. The last cell of a line is not padded.
+class Table {
+public:
+    explicit Table(std::vector<std::string> header, std::string indent = "");
+    /// Cells are made printable.
+    void add(std::vector<std::string> cells);
+    /// A line of its own below the last one, not aligned.
+    void addNote(const std::string& text);
+    /// The header is in bold where standard output has colours; empty when nothing was added.
+    std::string text() const;
+
+private:
+    struct Line {
+        std::vector<std::string> cells;
+        bool isNote;
+    };
+    std::string indent_;
+    std::vector<Line> lines_;
+};
+
+/// "1 error", "3 errors"
+std::string counted(size_t count, const std::string& noun);
+
+/// The items with a separator in between.
+std::string joined(const std::vector<std::string>& items, const std::string& separator);
+
+} // namespace ntl

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "hdnt/frontend/yyltype.h"
+
+#include <string>
+
+namespace ntl {
+
+/// Where something stands, as users count: lines of the file, characters of the line.
+struct Place {
+    std::string file; ///< empty when not known
+    int line = 0;     ///< 0 when not known
+    int column = 0;
+    int lastColumn = 0;
+    int textLine = 0; ///< line of the whole text, INCLUDE and INLINE files spliced in
+    int order = 0;    ///< line among all that were read for the library; places compare by it
+
+    bool isKnown() const { return line > 0; }
+};
+
+/// The scanner counts bytes, and a tab as several; its columns are turned into characters with the help of the line
+/// store, so this holds for what was read since a library was last loaded from the beginning.
+Place placeOf(const yyltype& location);
+/// To be called before the line store is emptied or filled anew.
+void forgetLines();
+
+/// "file:line:column"; "file" when the line is not known.
+std::string describe(const Place& place);
+
+} // namespace ntl

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ntl {
+
+/// Everything the command line can say. Each option of the tables in Options.cpp has its place here.
+struct Settings {
+    std::string data;
+    std::vector<std::string> parameters;
+    std::string architecture;
+    std::vector<std::string> limits;
+    std::string color = "auto";
+    std::string generate; ///< hidden: what to make of the option tables
+
+    std::vector<std::string> inputs;
+    std::vector<std::string> searchDirectories;
+    int jobs = 1;
+    std::string format = "text";
+    std::string depfile;
+    std::string depTarget; ///< empty: the dependency file itself
+    bool warningsAreErrors = false;
+    std::string rootFolder;
+
+    std::string parent;  ///< empty: none; "common"; or a path
+    std::string library; ///< empty: the common library
+    std::string group;
+    std::string prefix;
+    bool json = false;
+    std::vector<std::string> blocks;
+};
+
+} // namespace ntl

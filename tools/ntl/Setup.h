@@ -1,0 +1,15 @@
+#pragma once
+
+#include "tools/ntl/Settings.h"
+
+namespace ntl {
+
+/// Carries out the options of all commands: data directory, parameters, architecture, limits, search directories. Then
+/// reads the configuration files once, so that a broken one is told apart from a broken library. Throws
+/// Failure(Unusable).
+void applyGlobalSettings(const Settings& settings);
+
+/// Switches a parameter on, unless the command line sets it.
+void enableByDefault(const Settings& settings, const std::string& parameter);
+
+} // namespace ntl

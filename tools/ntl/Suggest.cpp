@@ -1,0 +1,48 @@
+#include "tools/ntl/Suggest.h"
+
+#include "hdnt/platform/HSTStringUtils.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace ntl {
+
+// Letters to add, drop, replace or swap with their neighbour.
+static size_t editDistance(const std::string& a, const std::string& b) {
+    std::vector<size_t> beforeLast(b.size() + 1);
+    std::vector<size_t> last(b.size() + 1);
+    std::iota(last.begin(), last.end(), size_t{0});
+    for (size_t i = 1; i <= a.size(); ++i) {
+        std::vector<size_t> row(b.size() + 1, i);
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t replaced = last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            row[j] = std::min({last[j] + 1, row[j - 1] + 1, replaced});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                row[j] = std::min(row[j], beforeLast[j - 2] + 1);
+        }
+        beforeLast = std::exchange(last, std::move(row));
+    }
+    return last.back();
+}
+
+std::vector<std::string> nearestNames(const std::string& wanted, const std::vector<std::string>& names) {
+    const std::string upper = HSTStringUtils::to_upper_copy(wanted);
+    const size_t farthest = std::min<size_t>(3, upper.size() / 4 + 1);
+    std::vector<std::pair<size_t, std::string>> near;
+    for (const std::string& name : names) {
+        const std::string upperName = HSTStringUtils::to_upper_copy(name);
+        const size_t longer = std::max(name.size(), upper.size());
+        if (!upper.empty() && upperName.compare(0, upper.size(), upper) == 0) near.emplace_back(farthest + 1, name);
+        if (longer - std::min(name.size(), upper.size()) > farthest) continue;
+        const size_t distance = editDistance(upper, upperName);
+        if (distance <= farthest) near.emplace_back(distance, name);
+    }
+    std::sort(near.begin(), near.end());
+    std::vector<std::string> result;
+    for (const auto& [distance, name] : near)
+        if (result.size() < 3 && std::find(result.begin(), result.end(), name) == result.end()) result.push_back(name);
+    return result;
+}
+
+} // namespace ntl

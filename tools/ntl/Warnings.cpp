@@ -1,0 +1,188 @@
+#include "tools/ntl/Warnings.h"
+
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/platform/HSTStringUtils.h"
+#include "tools/ntl/BitText.h"
+#include "tools/ntl/Model.h"
+
+#include <algorithm>
+#include <tuple>
+#include <unordered_map>
+
+namespace ntl {
+
+const std::vector<WarningRule>& warningRules() {
+    static const std::vector<WarningRule> rules = {
+        {Warning::DefaultOutside, "default-outside", "A default is outside the range or the list of its property."},
+        {Warning::MinAboveMax, "min-above-max", "The minimum of a property is above its maximum."},
+        {Warning::TextTooWide, "text-too-wide", "A hexadecimal or binary text is wider than its property."},
+        {Warning::PinLowerCase, "pin-lower-case",
+         "A pin's name has lower-case letters, so that the pin cannot be looked up."},
+        {Warning::PinPropertyCase, "pin-property-case", "Two properties of a pin differ in case only."},
+        {Warning::UnregisteredBlock, "unregistered-block", "A block's name is not in the table of cells."},
+        {Warning::IncludeSkipped, "include-skipped", "An INCLUDE names a file that was included before."},
+        {Warning::IncludeNotFound, "include-not-found", "The file of an INCLUDE or INLINE is not found."},
+        {Warning::IncludeNotOpened, "include-not-opened", "The file of an INCLUDE or INLINE cannot be opened."},
+        {Warning::UnterminatedString, "unterminated-string", "A string is not closed on its line."},
+        {Warning::UnterminatedComment, "unterminated-comment", "A comment is not closed."},
+    };
+    return rules;
+}
+
+namespace {
+
+using Type = HATAttrTypes::AttrType;
+
+// One property under judgement. Texts name it, and the pin it belongs to.
+class PropertyJudge {
+public:
+    PropertyJudge(const HDNTProperty& property, const std::string& owner, std::vector<Finding>& findings)
+        : property_(property), findings_(findings) {
+        name_ = "property \"" + property.getName() + "\"" + owner;
+    }
+
+    void judge() const {
+        switch (property_.getType()) {
+        case Type::TypeInt:
+            judgeNumber(property_.getDefaultIntValue(), property_.getMinIntValue(), property_.getMaxIntValue());
+            break;
+        case Type::TypeDouble:
+            judgeNumber(property_.getDefaultDoubleValue(), property_.getMinDoubleValue(),
+                        property_.getMaxDoubleValue());
+            break;
+        case Type::TypeString: judgeString(); break;
+        case Type::TypeBitHex:
+            judgeBits(property_.getDefaultHexValue(), property_.getMinHexValue(), property_.getMaxHexValue(),
+                      property_.getAllowedHexValues());
+            break;
+        case Type::TypeBitBinary:
+            judgeBits(property_.getDefaultBinaryValue(), property_.getMinBinaryValue(), property_.getMaxBinaryValue(),
+                      property_.getAllowedBinaryValues());
+            break;
+        default: break;
+        }
+    }
+
+private:
+    bool isListed() const { return property_.getAttrSpec()->isEnumerated(); }
+
+    void warn(Warning warning, const std::string& text) const {
+        findings_.push_back({warning, placeOf(*property_.getLocation()), text});
+    }
+    void warnOutside(const std::string& value) const {
+        warn(Warning::DefaultOutside, "default " + value + " of " + name_ +
+                                          (isListed() ? " is not one of its values" : " is outside its range"));
+    }
+    void warnSwapped(const std::string& low, const std::string& high) const {
+        warn(Warning::MinAboveMax, "minimum " + low + " of " + name_ + " is above its maximum " + high);
+    }
+
+    template <typename Number>
+    void judgeNumber(Number value, Number low, Number high) const {
+        std::string reason;
+        if (low > high) warnSwapped(numberText(low), numberText(high));
+        else if (!property_.isValidValue(value, reason)) warnOutside(numberText(value));
+    }
+
+    void judgeString() const {
+        std::string reason;
+        const std::string value = property_.getDefaultStringValue();
+        if (!property_.isValidValue(value, reason)) warnOutside("\"" + value + "\"");
+    }
+
+    void judgeWidth(const std::string& what, const std::string& text) const {
+        const int width = property_.getAdjustedBitWidth();
+        const BitText bits(text, property_.getType() == Type::TypeBitHex);
+        if (bits.width() <= width && bits.significantBits() <= static_cast<size_t>(std::max(width, 0))) return;
+        warn(Warning::TextTooWide,
+             what + " " + text + " of " + name_ + " is wider than " + std::to_string(width) + " bits");
+    }
+
+    // A default that is not listed is an error of the library, so only a range is looked at.
+    void judgeBits(const std::string& value, const std::string& low, const std::string& high,
+                   const std::vector<std::string>& listed) const {
+        judgeWidth("default", value);
+        for (const std::string& text : listed)
+            if (text != value) judgeWidth("value", text);
+        if (isListed()) return;
+        judgeWidth("minimum", low);
+        judgeWidth("maximum", high);
+        const bool hex = property_.getType() == Type::TypeBitHex;
+        const BitText least(low, hex);
+        const BitText greatest(high, hex);
+        const BitText chosen(value, hex);
+        if (!low.empty() && !high.empty() && greatest < least) warnSwapped(low, high);
+        else if (!value.empty() && ((!low.empty() && chosen < least) || (!high.empty() && greatest < chosen)))
+            warnOutside(value);
+    }
+
+    const HDNTProperty& property_;
+    std::string name_;
+    std::vector<Finding>& findings_;
+};
+
+bool hasLowerCase(const std::string& text) {
+    return std::any_of(text.begin(), text.end(), [](char c) { return c >= 'a' && c <= 'z'; });
+}
+
+void judgeBus(const HDNTBus& bus, std::vector<Finding>& findings) {
+    const std::string name = "pin \"" + bus.getName() + "\"";
+    if (hasLowerCase(bus.getBaseName()))
+        findings.push_back({Warning::PinLowerCase, placeOf(*bus.getLocation()),
+                            name + " has lower-case letters and cannot be looked up by name"});
+    std::unordered_map<std::string, std::string> earlier; // by upper-cased name
+    for (const HDNTProperty* property : propertiesOf(bus)) {
+        const std::string upper = HSTStringUtils::to_upper_copy(property->getName());
+        const auto [first, isNew] = earlier.emplace(upper, property->getName());
+        if (!isNew && first->second != property->getName())
+            findings.push_back({Warning::PinPropertyCase, placeOf(*property->getLocation()),
+                                "properties \"" + first->second + "\" and \"" + property->getName() + "\" of " + name +
+                                    " differ in case only"});
+        PropertyJudge(*property, " of " + name, findings).judge();
+    }
+}
+
+} // namespace
+
+std::vector<Finding> judge(const HDNTLibrary& library) {
+    std::vector<Finding> findings;
+    for (size_t i = 0; i < library.getNumTypeBlocks(false); ++i) {
+        const HDNTBlock& block = *library.getTypeBlock(i);
+        if (!isRegistered(block))
+            findings.push_back({Warning::UnregisteredBlock, placeOf(*block.getLocation()),
+                                "block \"" + block.getName() + "\" is not in the table of cells"});
+        for (const HDNTBus* bus : busesOf(block)) judgeBus(*bus, findings);
+        for (const HDNTProperty* property : propertiesOf(block)) PropertyJudge(*property, "", findings).judge();
+    }
+    return findings;
+}
+
+Finding findingOf(const HDNTNotice& notice) {
+    using Kind = HDNTNotice::Kind;
+    const std::string text(notice.text);
+    const std::string detail = notice.detail.empty() ? "" : ": " + std::string(notice.detail);
+    const Place place = placeOf(notice.location);
+    switch (notice.kind) {
+    case Kind::IncludeSkipped:
+        return {Warning::IncludeSkipped, place, "file \"" + text + "\" was included before and is skipped"};
+    case Kind::IncludeNotFound: return {Warning::IncludeNotFound, place, "file \"" + text + "\" is not found" + detail};
+    case Kind::IncludeNotOpened:
+        return {Warning::IncludeNotOpened, place, "file \"" + text + "\" cannot be opened" + detail};
+    case Kind::UnterminatedString:
+        return {Warning::UnterminatedString, place, "string is not closed on its line: " + text};
+    case Kind::UnterminatedComment: break;
+    }
+    return {Warning::UnterminatedComment, place, "comment is not closed"};
+}
+
+void sortFindings(std::vector<Finding>& findings) {
+    const auto key = [](const Finding& finding) {
+        return std::tie(finding.place.order, finding.place.column, finding.warning);
+    };
+    std::stable_sort(findings.begin(), findings.end(),
+                     [&](const Finding& a, const Finding& b) { return key(a) < key(b); });
+}
+
+} // namespace ntl

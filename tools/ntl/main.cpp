@@ -1,0 +1,23 @@
+#include "tools/ntl/Options.h"
+#include "tools/ntl/Output.h"
+#include "tools/ntl/Status.h"
+
+#include <csignal>
+#include <exception>
+#include <new>
+
+int main(int argc, char** argv) {
+    ntl::openStandardStreams();
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        return ntl::runCommandLine(argc, argv);
+    } catch (const ntl::Failure& failure) {
+        ntl::complain(failure.what());
+        return failure.status();
+    } catch (const std::bad_alloc&) {
+        ntl::complain("out of memory");
+    } catch (const std::exception& error) {
+        ntl::complain(error.what());
+    }
+    return ntl::Faulty;
+}
