@@ -1,5 +1,4 @@
 #include "hdnt/frontend/BuilderSupport.h"
-
 #include "hdnt/frontend/HDNTError.h"
 #include "hdnt/frontend/HDNTLimits.h"
 #include "hdnt/frontend/PropertyOptions.h"
@@ -7,8 +6,8 @@
 #include "hdnt/model/HDNTFlags.h"
 #include "hdnt/model/HDNTPrimGroup.h"
 #include "hdnt/model/HDNTProperty.h"
-#include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/netlist/HDNTConnect.h"
+#include "hdnt/netlist/HDNTFunctionDecl.h"
 
 #include <algorithm>
 #include <charconv>

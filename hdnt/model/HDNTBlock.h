@@ -64,8 +64,8 @@ public:
 
     virtual void accept(HDNTVisitor& visitor);
 
-    // The mapping netlist. What asks for an architecture may load a map library, if the parameter "ntl.enableMapLib" was
-    // on at the first such question of the process: loading thread only, then. A load replaces, and so deletes, the
+    // The mapping netlist. What asks for an architecture may load a map library, if the parameter "ntl.enableMapLib"
+    // was on at the first such question of the process: loading thread only, then. A load replaces, and so deletes, the
     // netlist of another architecture.
 
     /// The own netlist; without one, that for the manager's current architecture. Null when there is none.
@@ -76,7 +76,8 @@ public:
     HDNTNetlist* getNetlist(const std::string& architecture);
     /// What is attached now; loads nothing. Null when there is none. Any thread.
     const HDNTNetlist* getAttachedNetlist() const { return netlist_.get(); }
-    /// HDNTNetlist::getReferencedInstanceName of the netlist for the architecture, the manager's current one when empty.
+    /// HDNTNetlist::getReferencedInstanceName of the netlist for the architecture, the manager's current one when
+    /// empty.
     std::string getReferencedInstanceName(std::string architecture);
     /// Whether that netlist holds an instance of a block that can be pseudo-differential, or calls a function that the
     /// configuration lists as making one.

@@ -74,8 +74,8 @@ public:
     HDNTBlock* getTypeBlock(size_t index) const;
     /// By name, case aside; null when there is none. Finds nothing in a library that is not finalized.
     HDNTBlock* getTypeBlockByName(const std::string& name, bool searchParents) const;
-    /// What a separate mapping finds: as getTypeBlockByName in this library alone, and before finalize() the first block
-    /// of that name that was adopted.
+    /// What a separate mapping finds: as getTypeBlockByName in this library alone, and before finalize() the first
+    /// block of that name that was adopted.
     HDNTBlock* getDeclaredBlock(const std::string& name) const;
     /// Appends the blocks whose names begin with the prefix, case aside, in the order of their upper-cased names, then
     /// the parents' (also those that own blocks hide). True when any was appended; never for an empty prefix.
@@ -140,7 +140,7 @@ private:
     std::deque<IndexedName> names_;                            ///< in the order of indexing; addresses stay
     std::unordered_map<std::string_view, size_t> indexByName_; ///< upper-cased, keys in names_
     std::vector<const IndexedName*> sortedNames_;              ///< by upper-cased name
-    std::unordered_map<std::string, HDNTBlock*> adopted_;         ///< by upper-cased name, until they are indexed
+    std::unordered_map<std::string, HDNTBlock*> adopted_;      ///< by upper-cased name, until they are indexed
     std::vector<DroppedMapping> droppedMappings_;
     std::deque<std::string> groupAbbrevs_;
     std::unique_ptr<ConfigBase> config_;

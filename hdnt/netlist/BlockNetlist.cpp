@@ -30,7 +30,8 @@ HDNTNetlist* HDNTBlock::getNetlist(const std::string& architecture) {
     case AnyArchitecture: return netlist_.get();
     case NoNetlist: break;
     default:
-        if (netlistKind_ == HDNTLibraryMgr::m_archEnumInfo && netlistArchitecture_ == architecture) return netlist_.get();
+        if (netlistKind_ == HDNTLibraryMgr::m_archEnumInfo && netlistArchitecture_ == architecture)
+            return netlist_.get();
     }
     return loadNetlist(architecture);
 }

@@ -1,11 +1,13 @@
 #include "hdnt/netlist/Evaluate.h"
 
-#include "hdnt/netlist/HDNTCompoundExpr.h"
+#include "hdnt/netlist/CompoundWalk.h"
 #include "hdnt/netlist/HDNTFunctionCall.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/netlist/HDNTFunctionTable.h"
 #include "hdnt/netlist/HDNTValue.h"
 #include "hdnt/platform/HEX.h"
+
+#include <vector>
 
 namespace hdnt::netlist {
 
@@ -38,13 +40,12 @@ DerivedType resultType(HDNTExpr::FOPERATOR op, unsigned operand) {
     }
 }
 
-// `left` is null for an operation without left operand.
-DerivedType combine(const HDNTCompoundExpr& expr, const DerivedType* left) {
-    if (!expr.rhs() || (!left && !isUnary(expr.op()))) return {TypeState::Unknown};
-    const DerivedType right = typeOf(*expr.rhs());
+// Operands that are missing are null.
+DerivedType combine(const HDNTCompoundExpr& expr, const DerivedType* left, const DerivedType* right) {
+    if (!right || (!left && !isUnary(expr.op()))) return {TypeState::Unknown};
     for (const TypeState state : {TypeState::Failed, TypeState::Unknown})
-        if (right.state == state || (left && left->state == state)) return {state};
-    const unsigned code = HDNTExpr::comparisonType(right.code);
+        if (right->state == state || (left && left->state == state)) return {state};
+    const unsigned code = HDNTExpr::comparisonType(right->code);
     if (left && HDNTExpr::comparisonType(left->code) != code) return {TypeState::Failed, 0, true};
     return resultType(expr.op(), code);
 }
@@ -73,62 +74,80 @@ std::unique_ptr<HDNTValue> call(const HDNTFunctionCall& expr) {
     return result;
 }
 
-// One operation on the values of its operands; `left` is null for an operator without left operand.
-std::unique_ptr<HDNTValue> operate(const HDNTCompoundExpr& expr, const HDNTValue* left) {
-    const std::unique_ptr<HDNTValue> right = expr.rhs() ? evaluate(*expr.rhs()) : nullptr;
+// One operation on the values of its operands; those that are missing are null.
+std::unique_ptr<HDNTValue> operate(const HDNTCompoundExpr& expr, const HDNTValue* left, const HDNTValue* right) {
     if (left && right && left->getComparisonType() != right->getComparisonType())
         throw HEXAlgException("HDNTNetlist: mismatched expression types");
     if (!right || (!left && !isUnary(expr.op()))) throw HEXAlgException("HDNTNetlist: invalid nullptr expression");
-    const HDNTValue* const a = left ? left : right.get();
-    const auto with = [&](auto getValue) { return expr.operate(getValue(a), getValue(right.get())); };
+    const HDNTValue* const a = left ? left : right;
+    const auto with = [&](auto getValue) {
+        return std::unique_ptr<HDNTValue>(expr.operate(getValue(a), getValue(right)));
+    };
     switch (right->getComparisonType()) {
-    case intType: return std::unique_ptr<HDNTValue>(with(HDNTValue::getIntValue));
-    case doubleType: return std::unique_ptr<HDNTValue>(with(HDNTValue::getDoubleValue));
-    case stringType: return std::unique_ptr<HDNTValue>(with(HDNTValue::getStringValue));
-    default: return std::unique_ptr<HDNTValue>(with(HDNTValue::getBoolValue));
+    case intType: return with(HDNTValue::getIntValue);
+    case doubleType: return with(HDNTValue::getDoubleValue);
+    case stringType: return with(HDNTValue::getStringValue);
+    default: return with(HDNTValue::getBoolValue);
     }
+}
+
+// What has been found out of operands, the last one on top.
+template <typename Result>
+Result taken(std::vector<Result>& results, const HDNTExpr* operand) {
+    if (!operand) return Result();
+    Result top = std::move(results.back());
+    results.pop_back();
+    return top;
+}
+
+DerivedType typeOfLeaf(const HDNTExpr& expr) {
+    if (dynamic_cast<const HDNTValue*>(&expr)) return {TypeState::Known, expr.exprType()};
+    const auto* const functionCall = dynamic_cast<const HDNTFunctionCall*>(&expr);
+    const HDNTFunctionDecl* const decl = functionCall ? functionCall->getDecl() : nullptr;
+    if (!decl) return {TypeState::Unknown};
+    return {TypeState::Known, static_cast<unsigned>(decl->getType())};
+}
+
+std::unique_ptr<HDNTValue> valueOfLeaf(const HDNTExpr& expr) {
+    if (const auto* const value = dynamic_cast<const HDNTValue*>(&expr)) return copyOf(*value);
+    return call(dynamic_cast<const HDNTFunctionCall&>(expr));
 }
 
 } // namespace
 
-std::vector<HDNTCompoundExpr*> leftSpine(HDNTCompoundExpr& outermost) {
-    std::vector<HDNTCompoundExpr*> spine;
-    for (auto* expr = &outermost; expr; expr = dynamic_cast<HDNTCompoundExpr*>(expr->lhs())) spine.push_back(expr);
-    return spine;
-}
-
 DerivedType typeOfOperation(const HDNTCompoundExpr& expr) {
-    if (!expr.lhs()) return combine(expr, nullptr);
-    const DerivedType left = typeOf(*expr.lhs());
-    return combine(expr, &left);
+    const DerivedType left = expr.lhs() ? typeOf(*expr.lhs()) : DerivedType();
+    const DerivedType right = expr.rhs() ? typeOf(*expr.rhs()) : DerivedType();
+    return combine(expr, expr.lhs() ? &left : nullptr, expr.rhs() ? &right : nullptr);
 }
 
 DerivedType typeOf(const HDNTExpr& expr) {
-    if (dynamic_cast<const HDNTValue*>(&expr)) return {TypeState::Known, expr.exprType()};
-    if (const auto* const functionCall = dynamic_cast<const HDNTFunctionCall*>(&expr)) {
-        const HDNTFunctionDecl* const decl = functionCall->getDecl();
-        if (!decl) return {TypeState::Unknown};
-        return {TypeState::Known, static_cast<unsigned>(decl->getType())};
-    }
-    const auto& outermost = dynamic_cast<const HDNTCompoundExpr&>(expr);
-    if (outermost.typeState() != TypeState::NotDerived) return {outermost.typeState(), outermost.exprType()};
-    const auto spine = leftSpine(const_cast<HDNTCompoundExpr&>(outermost));
-    const HDNTExpr* const leaf = spine.back()->lhs();
-    DerivedType type = leaf ? typeOf(*leaf) : DerivedType{TypeState::Unknown};
-    for (auto operation = spine.rbegin(); operation != spine.rend(); ++operation)
-        type = combine(**operation, (*operation)->lhs() ? &type : nullptr);
-    return type;
+    const auto* const outermost = dynamic_cast<const HDNTCompoundExpr*>(&expr);
+    if (!outermost) return typeOfLeaf(expr);
+    if (outermost->typeState() != TypeState::NotDerived) return {outermost->typeState(), outermost->exprType()};
+    std::vector<DerivedType> types;
+    walkOver(
+        *outermost, [&](const HDNTExpr& leaf) { types.push_back(typeOfLeaf(leaf)); },
+        [&](const HDNTCompoundExpr& operation) {
+            const DerivedType right = taken(types, operation.rhs());
+            const DerivedType left = taken(types, operation.lhs());
+            types.push_back(combine(operation, operation.lhs() ? &left : nullptr, operation.rhs() ? &right : nullptr));
+        });
+    return types.back();
 }
 
 std::unique_ptr<HDNTValue> evaluate(const HDNTExpr& expr) {
-    if (const auto* const value = dynamic_cast<const HDNTValue*>(&expr)) return copyOf(*value);
-    if (const auto* const functionCall = dynamic_cast<const HDNTFunctionCall*>(&expr)) return call(*functionCall);
-    const auto spine = leftSpine(const_cast<HDNTCompoundExpr&>(dynamic_cast<const HDNTCompoundExpr&>(expr)));
-    const HDNTExpr* const leaf = spine.back()->lhs();
-    std::unique_ptr<HDNTValue> value = leaf ? evaluate(*leaf) : nullptr;
-    for (auto operation = spine.rbegin(); operation != spine.rend(); ++operation)
-        value = operate(**operation, value.get());
-    return value;
+    const auto* const outermost = dynamic_cast<const HDNTCompoundExpr*>(&expr);
+    if (!outermost) return valueOfLeaf(expr);
+    std::vector<std::unique_ptr<HDNTValue>> values;
+    walkOver(
+        *outermost, [&](const HDNTExpr& leaf) { values.push_back(valueOfLeaf(leaf)); },
+        [&](const HDNTCompoundExpr& operation) {
+            const std::unique_ptr<HDNTValue> right = taken(values, operation.rhs());
+            const std::unique_ptr<HDNTValue> left = taken(values, operation.lhs());
+            values.push_back(operate(operation, left.get(), right.get()));
+        });
+    return std::move(values.back());
 }
 
 bool isTrue(const HDNTValue& value) {

@@ -3,18 +3,14 @@
 #include "hdnt/netlist/HDNTCompoundExpr.h"
 
 #include <memory>
-#include <vector>
 
 class HDNTValue;
 
 // Types and values of expressions. Internal; nothing here changes an expression.
 namespace hdnt::netlist {
 
-/// The operation and those down its left side, the outermost first. Never empty.
-std::vector<HDNTCompoundExpr*> leftSpine(HDNTCompoundExpr& outermost);
-
 struct DerivedType {
-    HDNTCompoundExpr::TypeState state;
+    HDNTCompoundExpr::TypeState state = HDNTCompoundExpr::TypeState::Unknown;
     unsigned code = 0;        ///< when Known
     bool faultIsHere = false; ///< when Failed: the operands are fine by themselves and do not go together
 };

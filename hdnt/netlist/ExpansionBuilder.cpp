@@ -120,8 +120,9 @@ void ExpansionBuilder::ifStatement(const HDNTIfStmt& stmt, size_t branch) {
 }
 
 void ExpansionBuilder::instance(const HDNTBlockInst& inst, size_t branch) {
-    HDNTBlock* const type = inst.getTypeBlock(level_.block->getLibrary());
-    if (!type) problem(inst, "There is no block " + inst.typeName() + ".");
+    HDNTBlock* type = nullptr; // the search may load the common library, which may fail
+    const bool sought = attempt(inst, [&] { type = inst.getTypeBlock(level_.block->getLibrary()); });
+    if (sought && !type) problem(inst, "There is no block " + inst.typeName() + ".");
     if (!instanceByName_.emplace(inst.instName(), level_.instances.size()).second)
         problem(inst, "There are two instances " + inst.instName() + ".");
     level_.instances.push_back({inst.instName(), inst.typeName(), type, originOf(inst, branch), {}});
@@ -200,7 +201,7 @@ bool ExpansionBuilder::attempt(const HDNTNode& entity, Step&& step) {
     try {
         step();
         return true;
-    } catch (const HEXAlgException& e) {
+    } catch (const HEXAll& e) {
         problem(entity, e.what());
         return false;
     }
@@ -260,9 +261,8 @@ Value ExpansionBuilder::propertyValue(const std::string& name) const {
 bool ExpansionBuilder::isConnected(const std::string& pin) const {
     const std::vector<HDNTPin*> pins = pinsNamed(*level_.block, pin);
     if (pins.empty()) throw HEXAlgException("Block " + level_.block->getName() + " has no pin " + pin);
-    return std::any_of(pins.begin(), pins.end(), [this](const HDNTPin* found) {
-        return values_.connectedPins.contains(found->getName(false));
-    });
+    return std::any_of(pins.begin(), pins.end(),
+                       [this](const HDNTPin* found) { return values_.connectedPins.contains(found->getName(false)); });
 }
 
 } // namespace hdnt::netlist

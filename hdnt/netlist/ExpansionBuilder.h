@@ -46,7 +46,7 @@ private:
     void assign(const HDNTAssignProperty& assign, const std::string& pin, size_t branch);
     void call(const HDNTFunctionCall& call, size_t branch);
 
-    /// Runs a step; what it throws as HEXAlgException becomes a problem at the entity. False then.
+    /// Runs a step; what it throws becomes a problem at the entity. False then.
     template <typename Step>
     bool attempt(const HDNTNode& entity, Step&& step);
     void problem(const HDNTNode& entity, std::string message);

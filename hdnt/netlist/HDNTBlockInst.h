@@ -9,7 +9,8 @@ class HDNTLibrary;
 /// An instance of another block: `inst "U0" "FLOP_RISE";`, the instance's name first.
 class HDNT_API HDNTBlockInst : public HDNTNetlistEntity {
 public:
-    HDNTBlockInst(const std::string& instName, const std::string& typeName) : instName_(instName), typeName_(typeName) {}
+    HDNTBlockInst(const std::string& instName, const std::string& typeName)
+        : instName_(instName), typeName_(typeName) {}
     void accept(HDNTVisitor& visitor) override;
 
     const std::string& instName() const { return instName_.str(); }

@@ -1,6 +1,7 @@
 #include "hdnt/netlist/HDNTCompoundExpr.h"
 
 #include "hdnt/frontend/HDNTError.h"
+#include "hdnt/netlist/CompoundWalk.h"
 #include "hdnt/netlist/Evaluate.h"
 #include "hdnt/netlist/HDNTValue.h"
 #include "hdnt/platform/HEX.h"
@@ -12,40 +13,28 @@ HDNTCompoundExpr::HDNTCompoundExpr(HDNTExpr* lhs, FOPERATOR op, HDNTExpr* rhs) :
     if (rhs) rhs->setParent(this);
 }
 
+// In a loop, as every walk: operands are taken out before their operation is deleted.
 HDNTCompoundExpr::~HDNTCompoundExpr() {
-    delete rhs_;
-    HDNTExpr* left = lhs_;
-    while (auto* const compound = dynamic_cast<HDNTCompoundExpr*>(left)) {
-        left = std::exchange(compound->lhs_, nullptr);
-        delete compound;
+    std::vector<HDNTExpr*> operands{lhs_, rhs_};
+    while (!operands.empty()) {
+        HDNTExpr* const operand = operands.back();
+        operands.pop_back();
+        if (auto* const compound = dynamic_cast<HDNTCompoundExpr*>(operand)) {
+            operands.push_back(std::exchange(compound->lhs_, nullptr));
+            operands.push_back(std::exchange(compound->rhs_, nullptr));
+        }
+        delete operand;
     }
-    delete left;
-}
-
-// Calls visit for this expression and the operations down its left side, the innermost first; before that, visitLeaf
-// for what stands leftmost.
-template <typename Leaf, typename Visit>
-static void fromInnermost(HDNTCompoundExpr& outermost, Leaf&& visitLeaf, Visit&& visit) {
-    const std::vector<HDNTCompoundExpr*> spine = hdnt::netlist::leftSpine(outermost);
-    if (HDNTExpr* const leaf = spine.back()->lhs()) visitLeaf(*leaf);
-    for (auto expr = spine.rbegin(); expr != spine.rend(); ++expr) visit(**expr);
 }
 
 void HDNTCompoundExpr::check() {
-    fromInnermost(
-        *this, [](HDNTExpr& leaf) { leaf.check(); },
-        [](HDNTCompoundExpr& expr) {
-            if (expr.rhs()) expr.rhs()->check();
-        });
+    hdnt::netlist::walkOver(
+        *this, [](HDNTExpr& leaf) { leaf.check(); }, [](HDNTCompoundExpr&) {});
 }
 
 void HDNTCompoundExpr::finalize() {
-    fromInnermost(
-        *this, [](HDNTExpr& leaf) { leaf.finalize(); },
-        [](HDNTCompoundExpr& expr) {
-            if (expr.rhs()) expr.rhs()->finalize();
-            expr.deriveType();
-        });
+    hdnt::netlist::walkOver(
+        *this, [](HDNTExpr& leaf) { leaf.finalize(); }, [](HDNTCompoundExpr& expr) { expr.deriveType(); });
 }
 
 void HDNTCompoundExpr::deriveType() {

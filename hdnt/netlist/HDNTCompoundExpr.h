@@ -4,8 +4,7 @@
 
 class HDNTValue;
 
-/// An operator with one operand or two. Operators of equal rank group to the left, so long sums hang down on the left;
-/// they are walked in loops and may have any length.
+/// An operator with one operand or two. Operations in operations are walked in loops and may have any depth.
 class HDNT_API HDNTCompoundExpr : public HDNTExpr {
 public:
     /// What finalize() found out about the type. Unknown: an operand is missing, or a function is not declared so far.
@@ -16,8 +15,8 @@ public:
     ~HDNTCompoundExpr() override;
     /// Checks the operands.
     void check() override;
-    /// Finalizes the operands and derives the type. Operands of different types, or of a type that the operator does not
-    /// take, are reported once as "Invalid operands", unless an operand failed itself or has no type yet. Throws
+    /// Finalizes the operands and derives the type. Operands of different types, or of a type that the operator does
+    /// not take, are reported once as "Invalid operands", unless an operand failed itself or has no type yet. Throws
     /// HEXAlgException "Invalid Operator" for an operator value of 15 or more.
     void finalize() override;
     void accept(HDNTVisitor& visitor) override;

@@ -70,13 +70,13 @@ bool HDNTExpansion::expand(bool deep) {
     levels_.clear();
     problems_.clear();
     numInstances_ = 0;
-    limitReported_ = false;
+    tooMany_ = false;
     HDNTNetlist* const netlist = block_.getNetlist(architecture_);
     if (!netlist) return false;
     const auto add = [&](Level level, hdnt::netlist::MappedValues values) {
         levels_.push_back(std::move(level));
         hdnt::netlist::ExpansionBuilder(levels_.back(), values, problems_).build();
-        numInstances_ += levels_.back().instances.size();
+        countInstances(levels_.back());
     };
     Level outermost;
     outermost.block = &block_;
@@ -98,20 +98,21 @@ bool HDNTExpansion::expand(bool deep) {
 bool HDNTExpansion::enterInstance(size_t level, size_t index, Level& inner) {
     const Instance& instance = levels_[level].instances[index];
     HDNTNetlist* const netlist = instance.block ? instance.block->getNetlist(architecture_) : nullptr;
-    if (!netlist || isOnPath(level, instance)) return false;
-    const size_t limit = static_cast<size_t>(std::max(HDNTLimits::get().expansionInstances, 0L));
-    if (numInstances_ >= limit) {
-        if (!limitReported_)
-            problems_.push_back({"More than " + std::to_string(limit) + " instances (limit expansionInstances).",
-                                 instance.origin.location});
-        limitReported_ = true;
-        return false;
-    }
+    if (!netlist || tooMany_ || isOnPath(level, instance)) return false;
     inner.block = instance.block;
     inner.netlist = netlist;
     inner.outer = level;
     inner.path = levels_[level].path.empty() ? instance.name : levels_[level].path + '/' + instance.name;
     return true;
+}
+
+void HDNTExpansion::countInstances(const Level& level) {
+    numInstances_ += level.instances.size();
+    const size_t limit = static_cast<size_t>(std::max(HDNTLimits::get().expansionInstances, 0L));
+    if (tooMany_ || numInstances_ <= limit) return;
+    tooMany_ = true;
+    problems_.push_back({"More than " + std::to_string(limit) + " instances (limit expansionInstances).",
+                         level.instances.front().origin.location});
 }
 
 // A block on the way to itself would be expanded without end; the whole way is reported.

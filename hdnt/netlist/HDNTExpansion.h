@@ -77,8 +77,8 @@ public:
     struct Level {
         HDNTBlock* block = nullptr;
         HDNTNetlist* netlist = nullptr;
-        std::string path;       ///< instance names from the outermost block on, joined by "/"; empty for that block
-        size_t outer = none;    ///< the level its instance stands in
+        std::string path;    ///< instance names from the outermost block on, joined by "/"; empty for that block
+        size_t outer = none; ///< the level its instance stands in
         std::vector<Branch> branches;
         std::vector<Instance> instances;
         std::vector<Signal> signals;
@@ -118,6 +118,7 @@ public:
 
 private:
     bool enterInstance(size_t level, size_t index, Level& inner);
+    void countInstances(const Level& level);
     bool isOnPath(size_t level, const Instance& instance);
 
     HDNTBlock& block_;
@@ -127,5 +128,5 @@ private:
     std::vector<Level> levels_;
     std::vector<Problem> problems_;
     size_t numInstances_ = 0;
-    bool limitReported_ = false;
+    bool tooMany_ = false;
 };

@@ -17,8 +17,8 @@ public:
     virtual void accept(HDNTVisitor& visitor);
 
     /// Whether the arguments of a call (null: none) go with this declaration. Reports a wrong number of them once, else
-    /// each one of a wrong type, at the call. Types compare with bit vectors taken as strings; an argument whose type is
-    /// not known goes with anything.
+    /// each one of a wrong type, at the call. Types compare with bit vectors taken as strings; an argument whose type
+    /// is not known goes with anything.
     bool matchArgs(const std::vector<HDNTExpr*>* actuals, HDNTFunctionCall* call) const;
 
     const std::string& getName() const { return name_; }

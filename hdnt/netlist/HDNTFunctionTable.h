@@ -12,12 +12,12 @@
 class HDNTFunctionCall;
 class HDNTValue;
 
-/// Implementations of functions that mappings call, by name. A library declares the functions it uses; the host supplies
-/// what they do.
+/// Implementations of functions that mappings call, by name. A library declares the functions it uses; the host
+/// supplies what they do.
 class HDNT_API HDNTFunctionTable {
 public:
-    /// Gets the call and the values of its arguments, borrowed; gives the result. Null is for calls that are statements.
-    /// What it throws passes through the evaluation.
+    /// Gets the call and the values of its arguments, borrowed; gives the result. Null is for calls that are
+    /// statements. What it throws passes through the evaluation.
     using Fn = std::function<std::unique_ptr<HDNTValue>(const HDNTFunctionCall&, const std::vector<const HDNTValue*>&)>;
 
     HDNTFunctionTable();

@@ -21,17 +21,17 @@ class HDNT_API HDNTNetlist : public HDNTDecl {
 public:
     enum class Section : unsigned char { mapsto, expandsto, modifiedby, retargetsto };
 
-    /// Sorts the entities by kind, in their order, and takes them over; null entries are skipped. Calls before the first
-    /// instance are kept apart from those behind it. What no list is for (a statement block, a bare expression) stays
-    /// the caller's, as does the vector, which may be null. The section is mapsto.
+    /// Sorts the entities by kind, in their order, and takes them over; null entries are skipped. Calls before the
+    /// first instance are kept apart from those behind it. What no list is for (a statement block, a bare expression)
+    /// stays the caller's, as does the vector, which may be null. The section is mapsto.
     explicit HDNTNetlist(std::vector<HDNTNetlistEntity*>* entities = nullptr);
     ~HDNTNetlist() override;
     HDNTNetlist(const HDNTNetlist&) = delete;
 
     /// Checks all but signals and pin property assignments.
     void check() override;
-    /// Replaces ranged signals by their elements, sets parents, and finalizes the entities. Pin property assignments and
-    /// the values in calls before the first instance are left as they are. May run again.
+    /// Replaces ranged signals by their elements, sets parents, and finalizes the entities. Pin property assignments
+    /// and the values in calls before the first instance are left as they are. May run again.
     void finalize() override;
     virtual void accept(HDNTVisitor& visitor);
 
@@ -46,8 +46,8 @@ public:
     HDNTBlock* getTypeBlock() const;
     /// The first signal of exactly that name; null when there is none.
     HDNTSignal* getSignal(std::string name) const;
-    /// Name of the first instance at the top level; without one, of the instance that the statements lead to. Empty when
-    /// there is none.
+    /// Name of the first instance at the top level; without one, of the instance that the statements lead to. Empty
+    /// when there is none.
     std::string getReferencedInstanceName();
 
     // In source order, at the top level. Signals are declared ones before finalize(), elements after it.

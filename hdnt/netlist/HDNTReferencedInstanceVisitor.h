@@ -22,8 +22,8 @@ private:
     std::string recordedName_;
 };
 
-/// Finds out whether a netlist may stand for a pseudo-differential buffer: an instance's block can be one, or one of the
-/// functions is called that the configuration lists.
+/// Finds out whether a netlist may stand for a pseudo-differential buffer: an instance's block can be one, or one of
+/// the functions is called that the configuration lists.
 class HDNT_API HDNTPseudoDiffVisitor : public HDNTVisitor {
 public:
     /// The library of the block whose netlist is visited; may be null.

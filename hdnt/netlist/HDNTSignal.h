@@ -14,7 +14,8 @@ class HDNTSigList;
 /// A signal of a netlist. The names "@1" and "@0" mean the constants.
 class HDNT_API HDNTSignal : public HDNTNetlistEntity {
 public:
-    /// A declaration with pins makes a connect of its own. Takes over the pins and deletes the vector; null: no connect.
+    /// A declaration with pins makes a connect of its own. Takes over the pins and deletes the vector; null: no
+    /// connect.
     HDNTSignal(const std::string& name, std::vector<HDNTPinInst*>* pins);
     HDNTSignal(const std::string& name, std::nullptr_t);
     /// One of the signals that a list stands for; the list is not owned and may be null.
@@ -47,8 +48,8 @@ private:
 class HDNT_API HDNTSigList : public HDNTSignal {
 public:
     explicit HDNTSigList(const std::string& name) : HDNTSignal(name, nullptr) {}
-    /// Appends a new signal for each element of the name, owned by the caller. False when the name has no brackets: then
-    /// it is one signal, and the list is the caller's to delete. A malformed name is reported and appends nothing.
+    /// Appends a new signal for each element of the name, owned by the caller. False when the name has no brackets:
+    /// then it is one signal, and the list is the caller's to delete. A malformed name is reported and appends nothing.
     bool expand(std::vector<HDNTSignal*>& out);
     /// The first signal that expand() made of a ranged name; null before. Not owned.
     HDNTSignal* firstExpanded() const { return firstExpanded_; }

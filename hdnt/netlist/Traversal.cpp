@@ -3,7 +3,7 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
-#include "hdnt/netlist/Evaluate.h"
+#include "hdnt/netlist/CompoundWalk.h"
 #include "hdnt/netlist/HDNTAssignProperty.h"
 #include "hdnt/netlist/HDNTBlockInst.h"
 #include "hdnt/netlist/HDNTCompoundExpr.h"
@@ -120,13 +120,9 @@ void HDNTFunctionCall::accept(HDNTVisitor& visitor) {
 
 // An operator is visited between its operands.
 void HDNTCompoundExpr::accept(HDNTVisitor& visitor) {
-    const std::vector<HDNTCompoundExpr*> spine = hdnt::netlist::leftSpine(*this);
-    if (HDNTExpr* const leaf = spine.back()->lhs()) leaf->accept(visitor);
-    for (auto expr = spine.rbegin(); expr != spine.rend(); ++expr) {
-        visitor.visit(*expr);
-        if (HDNTExpr* const right = (*expr)->rhs()) right->accept(visitor);
-        visitor.postVisit(*expr);
-    }
+    hdnt::netlist::walk(
+        *this, [&](HDNTExpr& leaf) { leaf.accept(visitor); }, [&](HDNTCompoundExpr& expr) { visitor.visit(&expr); },
+        [&](HDNTCompoundExpr& expr) { visitor.postVisit(&expr); });
 }
 
 void HDNTIntConstant::accept(HDNTVisitor& visitor) { visitor.visit(this); }

@@ -17,9 +17,10 @@ static HDNTNetlist& netlistOf(const std::unique_ptr<HDNTLibrary>& library) {
 }
 
 TEST(Netlist, EntitiesAreSorted) {
-    const auto library = loaded(mapped("f(); inst \"I1\" \"T\"; f(); signal \"S\" : \"I1\" \"~CLK\", \"D\"; connect \"S\" : \"Q\";"
-                                       "inst \"I2\" \"T\"; f(); { inst \"LOST\" \"T\"; } if (f()) { } else inst \"X\" \"T\";"
-                                       "assign block property \"I1\" \"P\" 1; assign pin property \"I1\" \"Q\", \"P\" 2;"));
+    const auto library =
+        loaded(mapped("f(); inst \"I1\" \"T\"; f(); signal \"S\" : \"I1\" \"~CLK\", \"D\"; connect \"S\" : \"Q\";"
+                      "inst \"I2\" \"T\"; f(); { inst \"LOST\" \"T\"; } if (f()) { } else inst \"X\" \"T\";"
+                      "assign block property \"I1\" \"P\" 1; assign pin property \"I1\" \"Q\", \"P\" 2;"));
     const HDNTNetlist& netlist = netlistOf(library);
     EXPECT_EQ(std::tuple(netlist.preInstanceCalls().size(), netlist.instances().size(),
                          netlist.postInstanceCalls().size(), netlist.signals().size(), netlist.connects().size(),
@@ -52,14 +53,16 @@ TEST(Netlist, SectionsAndTheirFlags) {
         Section section;
         bool mapsTo;
         bool expandsTo;
-    } cases[] = {{"mapsto", Section::mapsto, true, false}, {"expandsto", Section::expandsto, false, true},
-                 {"modifiedby", Section::modifiedby, false, false}, {"retargetsto", Section::retargetsto, true, false}};
+    } cases[] = {{"mapsto", Section::mapsto, true, false},
+                 {"expandsto", Section::expandsto, false, true},
+                 {"modifiedby", Section::modifiedby, false, false},
+                 {"retargetsto", Section::retargetsto, true, false}};
     for (const auto& [keyword, section, mapsTo, expandsTo] : cases)
         for (const bool separate : {false, true}) {
             const std::string inside = mapped("", keyword);
-            const auto library = loaded(separate ? "library \"L\" { block \"HOLD\" { } block \"HOLD\" " +
-                                                       std::string(keyword) + " { } }"
-                                                 : inside);
+            const auto library =
+                loaded(separate ? "library \"L\" { block \"HOLD\" { } block \"HOLD\" " + std::string(keyword) + " { } }"
+                                : inside);
             const HDNTNetlist& netlist = netlistOf(library);
             EXPECT_EQ(std::tuple(netlist.section(), netlist.isMapsTo(), netlist.isExpandsTo()),
                       std::tuple(section, mapsTo, expandsTo));
@@ -68,8 +71,9 @@ TEST(Netlist, SectionsAndTheirFlags) {
 
 TEST(Netlist, SignalListsBecomeSignals) {
     Reports reports;
-    const auto library = loaded(mapped("signal \"A\"; signal \"D[1:0]\"; signal \"@1\"; signal \"E[2]\" : \"Q\"; signal \"B[1:\";"
-                                       "connect \"D[1]\" : \"Q\"; connect \"D\" : \"Q\"; connect \"@1\" : \"Q\";"));
+    const auto library =
+        loaded(mapped("signal \"A\"; signal \"D[1:0]\"; signal \"@1\"; signal \"E[2]\" : \"Q\"; signal \"B[1:\";"
+                      "connect \"D[1]\" : \"Q\"; connect \"D\" : \"Q\"; connect \"@1\" : \"Q\";"));
     HDNTNetlist& netlist = netlistOf(library);
     Texts names;
     for (const HDNTSignal* signal : netlist.signals()) names.push_back(signal->name());
@@ -88,17 +92,19 @@ TEST(Netlist, SignalListsBecomeSignals) {
 
 TEST(Netlist, AMappingFindsWhatWasDeclaredBefore) {
     Reports reports;
-    const auto parent = loaded("library \"P\" { block \"AND_2\" { } }");
-    const auto library = parsed("library \"L\" { block \"HOLD\" { } block \"ADD_CHAIN_8\" mapsto { } block \"NOT_IN_TABLE\" mapsto { }"
-                                "block \"HOLD\" mapsto { inst \"I\" \"T\"; } block \"hold\" expandsto { } }",
-                                0, parent.get());
+    const auto parent = loaded("library \"P\" { block \"GATE_AND_2\" { } }");
+    const auto library =
+        parsed("library \"L\" { block \"HOLD\" { } block \"ADD_CHAIN_8\" mapsto { } block \"NOT_IN_TABLE\" mapsto { }"
+               "block \"HOLD\" mapsto { inst \"I\" \"T\"; } block \"hold\" expandsto { } }",
+               0, parent.get());
     ASSERT_EQ(library->parseString("library \"L\" { block \"HOLD\" expandsto { } block \"ADD_CHAIN_8\" { } }"), 0);
     EXPECT_TRUE(library->getTypeBlock(0)->getNetlist()->isExpandsTo());
     ASSERT_EQ(library->parseString("library \"L\" { block \"ADD_CHAIN_8\" retargetsto { } }"), 0);
     EXPECT_EQ(library->getTypeBlock(1)->getNetlist()->section(), HDNTNetlist::Section::retargetsto);
     EXPECT_EQ(library->getTypeBlock(1)->getNetlistKind(), HDNTBlock::OwnNetlistInChild);
     Texts dropped;
-    for (const auto& mapping : library->getDroppedMappings()) dropped.push_back(mapping.blockName + ": " + mapping.reason);
+    for (const auto& mapping : library->getDroppedMappings())
+        dropped.push_back(mapping.blockName + ": " + mapping.reason);
     EXPECT_EQ(dropped, (Texts{"ADD_CHAIN_8: no block of that name was declared before",
                               "NOT_IN_TABLE: the name is not a registered cellview type",
                               "hold: the name is not a registered cellview type"}));
@@ -130,12 +136,14 @@ TEST(Netlist, MapLibrariesAreLoadedWhenAskedFor) {
     dir.makeDir("maplib");
     dir.write("maplib/HOLD.btl", "library \"M\" {\n#ifArch \"x\"\nblock \"HOLD\" mapsto { inst \"X\" \"T\"; }\n#endif\n"
                                  "#ifArch \"y\"\nblock \"HOLD\" mapsto { inst \"Y\" \"T\"; }\n#endif\n}");
-    dir.write("maplib/AND_2.btl", "library \"M\" { block \"AND_2\" expandsto { if (f()) inst \"A\" \"T\"; } }");
+    dir.write("maplib/GATE_AND_2.btl",
+              "library \"M\" { block \"GATE_AND_2\" expandsto { if (f()) inst \"A\" \"T\"; } }");
     dir.write("maplib/ADD_CHAIN_8.btl", "library \"M\" { block \"ADD_CHAIN_8\" mapsto { } oops }");
     setenv("HDNT_DATA_PATH", dir.path().c_str(), 1);
     setenv("HDNT_PARAM_ntl_enableMapLib", "on", 1);
     HDNTLibraryMgr::m_archEnumInfo = 7;
-    const auto library = loaded("library \"L\" { block \"HOLD\" { } block \"AND_2\" { } block \"ADD_CHAIN_8\" { } }");
+    const auto library =
+        loaded("library \"L\" { block \"HOLD\" { } block \"GATE_AND_2\" { } block \"ADD_CHAIN_8\" { } }");
     HDNTBlock& hold = *library->getTypeBlock(0);
     EXPECT_EQ(hold.getNetlist("z"), nullptr);
     EXPECT_EQ(hold.getNetlistKind(), HDNTBlock::NoNetlist);
@@ -167,18 +175,22 @@ TEST(Netlist, ReferencedInstances) {
                  {"if (f()) inst \"A\" \"T\"; if (f()) inst \"B\" \"T\";", "B"},
                  {"if (f()) { inst \"A\" \"T\"; }", "A"},
                  {"", ""}};
-    for (const auto& [body, name] : cases) EXPECT_EQ(netlistOf(loaded(mapped(body))).getReferencedInstanceName(), name) << body;
+    for (const auto& [body, name] : cases)
+        EXPECT_EQ(netlistOf(loaded(mapped(body))).getReferencedInstanceName(), name) << body;
 }
 
 TEST(Netlist, PseudoDifferential) {
     const TempDir dir;
-    dir.write("HDNTApplicationData.cfg", "PSEUDO_DIFFERENTIAL_FUNCTIONS = [\"f\"]; CELLS = { AND_2 = { pseudoDifferential = true; }; };");
+    dir.write("HDNTApplicationData.cfg",
+              "PSEUDO_DIFFERENTIAL_FUNCTIONS = [\"f\"]; CELLS = { GATE_AND_2 = { pseudoDifferential = true; }; };");
     dir.makeDir("tessels");
     setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
     setenv("HDNT_DATA_PATH", dir.path().c_str(), 1);
-    for (const auto& [body, expected] : {std::pair("f();", true), {"if (true) { inst \"I\" \"AND_2\"; }", true},
-                                         {"inst \"I\" \"NONE\";", false}, {"", false}}) {
-        const auto library = loaded(mapped(body).insert(12, "block \"AND_2\" { } "));
+    for (const auto& [body, expected] : {std::pair("f();", true),
+                                         {"if (true) { inst \"I\" \"GATE_AND_2\"; }", true},
+                                         {"inst \"I\" \"NONE\";", false},
+                                         {"", false}}) {
+        const auto library = loaded(mapped(body).insert(13, "block \"GATE_AND_2\" { } "));
         EXPECT_EQ(library->getTypeBlock(1)->hasPseudoDifferentialExpansion(""), expected) << body;
         EXPECT_FALSE(library->getTypeBlock(0)->hasPseudoDifferentialExpansion("x"));
     }

@@ -1,7 +1,8 @@
 #include "tests/support/Library.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
+
+#include <cstring>
 #include <sstream>
 #include <thread>
 
@@ -203,6 +204,12 @@ TEST(Slots, HaveTheirNumbers) {
     EXPECT_EQ(std::tuple(slotOf(&Iter::next), slotOf(&Iter::getKey), slotOf(&Iter::getVal)), std::tuple(0U, 1U, 2U));
 }
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr size_t stackBytes = size_t{8} << 20; // instrumented frames are several times as large
+#else
+constexpr size_t stackBytes = size_t{1} << 20;
+#endif
+
 // The deepest that the parser takes, and sums of any length, through the whole life on a stack of one megabyte.
 TEST(Depth, DeepTextsNeedLittleStack) {
     const auto repeat = [](const std::string& text, int times) {
@@ -220,11 +227,12 @@ TEST(Depth, DeepTextsNeedLittleStack) {
         {condition("1" + repeat(" + 1", 300000) + " == 300001"), true},
         {condition(repeat("(", 1000) + "1" + repeat(")", 1000)), true},
         {condition(repeat("1 + (", 1000) + "1" + repeat(")", 1000)), true},
-        {condition(repeat("f(", 900) + "1" + repeat(")", 900)), true},
-        {condition(repeat("- ", 3000) + "f(1)"), true},
+        {condition(repeat("f(", 1900) + "1" + repeat(")", 1900)), true},
+        {condition(repeat("- ", 3900) + "f(1)"), true},
         {condition(repeat("(", 20000) + "1"), false},
         {"library \"L\" { block \"HOLD\" { } mapsto { " + repeat("if (1) { } else ", 150) + "{ } } }", true},
-        {"library \"L\" { block \"HOLD\" { } mapsto { " + repeat("{ if (1) ", 600) + "{ }" + repeat(" }", 600) + " } }", true},
+        {"library \"L\" { block \"HOLD\" { } mapsto { " + repeat("{ if (1) ", 600) + "{ }" + repeat(" }", 600) + " } }",
+         true},
     };
     for (const auto& [text, parses] : cases) {
         const auto life = [&text = text, parses = parses] {
@@ -240,12 +248,13 @@ TEST(Depth, DeepTextsNeedLittleStack) {
             HDNTVisitor visitor;
             library->accept(visitor);
             HDNTNetlist& netlist = *library->getTypeBlock(0)->getNetlist();
-            if (!netlist.ifStmts().empty() && text.find("f(") == text.npos) netlist.ifStmts()[0]->condition()->evaluate();
+            if (!netlist.ifStmts().empty() && text.find("f(") == text.npos)
+                netlist.ifStmts()[0]->condition()->evaluate();
             EXPECT_EQ(reports.texts, support::Texts{}) << text.substr(60, 60);
         };
         pthread_attr_t attributes;
         pthread_attr_init(&attributes);
-        pthread_attr_setstacksize(&attributes, size_t{1} << 20);
+        pthread_attr_setstacksize(&attributes, stackBytes);
         pthread_t thread;
         auto* const argument = const_cast<void*>(static_cast<const void*>(&life));
         const auto run = [](void* action) -> void* {
