@@ -90,6 +90,13 @@ TEST(Netlist, SignalListsBecomeSignals) {
     EXPECT_EQ(reports.take().size(), 1U);
 }
 
+TEST(Netlist, ASignalOfTwoBillionIsOneReport) {
+    Reports reports;
+    const auto library = loaded(mapped("signal \"N[2000000000:0]\";"));
+    EXPECT_EQ(reports.take().size(), 1U);
+    EXPECT_TRUE(netlistOf(library).signals().empty());
+}
+
 TEST(Netlist, AMappingFindsWhatWasDeclaredBefore) {
     Reports reports;
     const auto parent = loaded("library \"P\" { block \"GATE_AND_2\" { } }");
