@@ -61,6 +61,12 @@ HDNTBlock* HDNTLibrary::getDeclaredBlock(const std::string& name) const {
     return found == adopted_.end() ? nullptr : found->second;
 }
 
+void HDNTLibrary::addDroppedMapping(DroppedMapping mapping) {
+    const yyltype& at = mapping.location;
+    if (droppedPlaces_.emplace(mapping.blockName, at.fileName, at.first_line, at.first_column).second)
+        droppedMappings_.push_back(std::move(mapping));
+}
+
 void HDNTLibrary::finalize() {
     if (!names_.empty()) return;
     const HUTMemWatcher watcher("HDNTLibrary::finalize", name_);

@@ -7,7 +7,9 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 
 class ConfigBase;
@@ -110,7 +112,8 @@ public:
     };
     /// In the order met. The parser reports nothing of them.
     const std::vector<DroppedMapping>& getDroppedMappings() const { return droppedMappings_; }
-    void addDroppedMapping(DroppedMapping mapping) { droppedMappings_.push_back(std::move(mapping)); }
+    /// Once for each place, however often a map library is loaded. The builder's.
+    void addDroppedMapping(DroppedMapping mapping);
 
     // What the application configuration says; neutral answers where it says nothing. Any thread.
     std::string getSimDeviceString(const std::string& arch) const;
@@ -142,6 +145,7 @@ private:
     std::vector<const IndexedName*> sortedNames_;              ///< by upper-cased name
     std::unordered_map<std::string, HDNTBlock*> adopted_;      ///< by upper-cased name, until they are indexed
     std::vector<DroppedMapping> droppedMappings_;
+    std::set<std::tuple<std::string, const char*, int, int>> droppedPlaces_;
     std::deque<std::string> groupAbbrevs_;
     std::unique_ptr<ConfigBase> config_;
     std::unique_ptr<const hdnt::model::ArchTables> archTables_;
