@@ -180,11 +180,12 @@ ConfigBase* HDNTLibrary::getConfig() const { return root().config_.get(); }
 
 ConfigBase* HDNTLibrary::getDescConfig() const {
     const HDNTLibrary& owner = root();
-    std::call_once(owner.descConfigRead_, [&owner] {
+    const std::lock_guard lock(owner.descConfigMutex_);
+    if (!owner.descConfig_) {
         auto config = std::make_unique<ConfigBase>(nullptr);
         config->readFile("tessel.desc.cfg", "");
         owner.descConfig_ = std::move(config);
-    });
+    }
     return owner.descConfig_.get();
 }
 

@@ -150,6 +150,6 @@ private:
     std::unique_ptr<ConfigBase> config_;
     std::unique_ptr<const hdnt::model::ArchTables> archTables_;
     mutable std::unique_ptr<ConfigBase> descConfig_;
-    mutable std::once_flag descConfigRead_;
+    mutable std::mutex descConfigMutex_; ///< not std::call_once: a malformed file throws and is read again later
     HDNTLibrary* parentLibrary_;
 };
