@@ -56,6 +56,25 @@ void HDNTCompoundExpr::evaluate() {
 // In unsigned arithmetic, which wraps.
 static int wrapped(unsigned value) { return static_cast<int>(value); }
 
+// The operators whose result is a bool; for numbers, anything but 0 means yes.
+template <typename T>
+static HDNTValue* decide(HDNTExpr::FOPERATOR op, T a, T b) {
+    const bool yesA = a != T();
+    const bool yesB = b != T();
+    switch (op) {
+    case HDNTExpr::AND: return new HDNTBoolConstant(yesA && yesB);
+    case HDNTExpr::OR: return new HDNTBoolConstant(yesA || yesB);
+    case HDNTExpr::NOT: return new HDNTBoolConstant(!yesB);
+    case HDNTExpr::GREATER: return new HDNTBoolConstant(a > b);
+    case HDNTExpr::LESS: return new HDNTBoolConstant(a < b);
+    case HDNTExpr::LESS_EQUAL: return new HDNTBoolConstant(a <= b);
+    case HDNTExpr::GREATER_EQUAL: return new HDNTBoolConstant(a >= b);
+    case HDNTExpr::NOT_EQUAL: return new HDNTBoolConstant(a != b);
+    case HDNTExpr::EQUAL: return new HDNTBoolConstant(a == b);
+    default: refuse("HDNTNetlist: Operator not supported");
+    }
+}
+
 HDNTValue* HDNTCompoundExpr::operate(int a, int b) const {
     const unsigned ua = static_cast<unsigned>(a);
     const unsigned ub = static_cast<unsigned>(b);
@@ -70,17 +89,8 @@ HDNTValue* HDNTCompoundExpr::operate(int a, int b) const {
     case REMAINDER:
         if (b == 0) refuse("Modulo zero");
         return new HDNTIntConstant(b == -1 ? 0 : a % b);
-    case AND: return new HDNTBoolConstant(a && b);
-    case OR: return new HDNTBoolConstant(a || b);
-    case NOT: return new HDNTBoolConstant(!b);
-    case GREATER: return new HDNTBoolConstant(a > b);
-    case LESS: return new HDNTBoolConstant(a < b);
-    case LESS_EQUAL: return new HDNTBoolConstant(a <= b);
-    case GREATER_EQUAL: return new HDNTBoolConstant(a >= b);
-    case NOT_EQUAL: return new HDNTBoolConstant(a != b);
-    case EQUAL: return new HDNTBoolConstant(a == b);
+    default: return decide(op_, a, b);
     }
-    refuse("HDNTNetlist: Operator not supported");
 }
 
 HDNTValue* HDNTCompoundExpr::operate(double a, double b) const {
@@ -93,38 +103,13 @@ HDNTValue* HDNTCompoundExpr::operate(double a, double b) const {
         if (b == 0.0) refuse("Divide by zero");
         return new HDNTDoubleConstant(a / b);
     case REMAINDER: refuse("HDNTNetlist: illegal modulo operation for type double");
-    case AND: return new HDNTBoolConstant(a != 0.0 && b != 0.0);
-    case OR: return new HDNTBoolConstant(a != 0.0 || b != 0.0);
-    case NOT: return new HDNTBoolConstant(b == 0.0);
-    case GREATER: return new HDNTBoolConstant(a > b);
-    case LESS: return new HDNTBoolConstant(a < b);
-    case LESS_EQUAL: return new HDNTBoolConstant(a <= b);
-    case GREATER_EQUAL: return new HDNTBoolConstant(a >= b);
-    case NOT_EQUAL: return new HDNTBoolConstant(a != b);
-    case EQUAL: return new HDNTBoolConstant(a == b);
+    default: return decide(op_, a, b);
     }
-    refuse("HDNTNetlist: Operator not supported");
 }
 
 HDNTValue* HDNTCompoundExpr::operate(bool a, bool b) const {
-    switch (op_) {
-    case ADD:
-    case SUBTRACT:
-    case NEGATE:
-    case MULTIPLY:
-    case DIVIDE:
-    case REMAINDER: refuse("HDNTNetlist: illegal operation for type bool");
-    case AND: return new HDNTBoolConstant(a && b);
-    case OR: return new HDNTBoolConstant(a || b);
-    case NOT: return new HDNTBoolConstant(!b);
-    case GREATER: return new HDNTBoolConstant(a > b);
-    case LESS: return new HDNTBoolConstant(a < b);
-    case LESS_EQUAL: return new HDNTBoolConstant(a <= b);
-    case GREATER_EQUAL: return new HDNTBoolConstant(a >= b);
-    case NOT_EQUAL: return new HDNTBoolConstant(a != b);
-    case EQUAL: return new HDNTBoolConstant(a == b);
-    }
-    refuse("HDNTNetlist: Operator not supported");
+    if (op_ <= REMAINDER) refuse("HDNTNetlist: illegal operation for type bool");
+    return decide(op_, a, b);
 }
 
 HDNTValue* HDNTCompoundExpr::operate(const std::string& a, const std::string& b) const {
