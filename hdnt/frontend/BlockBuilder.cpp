@@ -68,7 +68,7 @@ void mapping(std::string* blockName, HDNTNetlist* netlist, HDNTNetlist::Section 
     library.addDroppedMapping({name, reason, place});
 }
 
-void endParse() noexcept { pendingBlocks().clear(); }
+void beginParse() noexcept { pendingBlocks().clear(); }
 
 void library(std::string* name, std::vector<HDNTDecl*>* decls, const yyltype& place) {
     OwnedList<HDNTDecl> owned(decls);

@@ -9,6 +9,8 @@
 %locations
 %expect 0
 
+%initial-action { build::beginParse(); }
+
 %code top {
 #include "hdnt/frontend/GrammarSupport.h"
 }

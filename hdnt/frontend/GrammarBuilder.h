@@ -76,8 +76,8 @@ HDNTExpr* constant(bool value, const yyltype& place);
 HDNTExpr* constant(std::string* value, const yyltype& place);
 HDNTFunctionCall* call(const char* name, std::vector<HDNTExpr*>* actuals, const yyltype& place);
 
-/// Forgets the blocks of the parse in progress, which separate mappings find.
-void endParse() noexcept;
+/// Forgets the blocks of the parse before. Those of the parse in progress are found by separate mappings.
+void beginParse() noexcept;
 
 /// Hands the declarations to the library that is being parsed into.
 void library(std::string* name, std::vector<HDNTDecl*>* decls, const yyltype& place);

@@ -1,5 +1,4 @@
 // How a library gets its contents from text: the parse entries of HDNTLibrary.
-#include "hdnt/frontend/GrammarBuilder.h"
 #include "hdnt/frontend/HDNTError.h"
 #include "hdnt/frontend/MaplibFilter.h"
 #include "hdnt/frontend/ParseSession.h"
@@ -33,10 +32,7 @@ static int parseText(HDNTLibrary* caller, std::shared_ptr<SourceText> text) {
     ParseSession& session = ParseSession::instance();
     struct ScanGuard {
         Scanner& scanner;
-        ~ScanGuard() {
-            scanner.endText();
-            build::endParse();
-        }
+        ~ScanGuard() { scanner.endText(); }
     };
     scanner.beginText(std::move(text));
     const ScanGuard guard{scanner};
