@@ -40,7 +40,8 @@ void walk(HDNTCompoundExpr& outermost, Leaf&& leaf, Between&& between, After&& a
 /// For walks that do not change anything.
 template <typename Leaf, typename After>
 void walkOver(const HDNTCompoundExpr& outermost, Leaf&& leaf, After&& after) {
-    walk(const_cast<HDNTCompoundExpr&>(outermost), leaf, [](const HDNTCompoundExpr&) {}, after);
+    walk(
+        const_cast<HDNTCompoundExpr&>(outermost), leaf, [](const HDNTCompoundExpr&) {}, after);
 }
 
 } // namespace hdnt::netlist

@@ -233,19 +233,20 @@ void ExpansionBuilder::addStandardFunctions() {
         if (arguments.size() != 1) throw HEXAlgException("The function takes one text");
         return HDNTValue::getStringValue(arguments.front());
     };
-    const auto reader = [this, nameIn](auto wanted) {
-        return [this, nameIn, wanted](const HDNTFunctionCall& call, const std::vector<const HDNTValue*>& arguments) {
-            const std::string name = nameIn(arguments);
-            const Value value = propertyValue(name);
-            if (!std::holds_alternative<decltype(wanted)>(value))
-                throw HEXAlgException(call.name() + ": property " + name + " is of another type");
-            return constantOf(value);
-        };
+    const auto addReader = [this, nameIn]<typename Wanted>(const char* name, Wanted) {
+        functions_.add(name,
+                       [this, nameIn](const HDNTFunctionCall& call, const std::vector<const HDNTValue*>& arguments) {
+                           const std::string property = nameIn(arguments);
+                           const Value value = propertyValue(property);
+                           if (!std::holds_alternative<Wanted>(value))
+                               throw HEXAlgException(call.name() + ": property " + property + " is of another type");
+                           return constantOf(value);
+                       });
     };
-    functions_.add("intProperty", reader(int()));
-    functions_.add("doubleProperty", reader(double()));
-    functions_.add("boolProperty", reader(bool()));
-    functions_.add("stringProperty", reader(std::string()));
+    addReader("intProperty", int());
+    addReader("doubleProperty", double());
+    addReader("boolProperty", bool());
+    addReader("stringProperty", std::string());
     functions_.add("isConnected", [this, nameIn](const HDNTFunctionCall&, const auto& arguments) {
         return constantOf(isConnected(nameIn(arguments)));
     });
