@@ -9,6 +9,8 @@
 %locations
 %expect 0
 
+%initial-action { build::beginParse(); }
+
 %code top {
 #include "hdnt/frontend/GrammarSupport.h"
 }
@@ -38,7 +40,7 @@
 %left '<' '>' T_LessEqual T_GreaterEqual
 %left '+' '-'
 %left '*' '/' '%'
-%right UMINUS '!'
+%right UMINUS '!' NEGATION
 
 %type <decl> LibraryElement
 %type <decls> LibraryElementList
@@ -52,10 +54,21 @@
 %type <property> Property
 %type <properties> PropertyList
 %type <bus> Pin
+%type <netlist> Netlist
+%type <statement> NetlistEntity Inst AssignBlockProperty AssignPinProperty IfStmt OptElseStmt NetlistEntityBlock
+%type <statement> Connect Signal
+%type <statements> NetlistEntityList
+%type <expr> Expr Constant
+%type <call> FunctionCallExpr
+%type <exprs> Actuals CommaSeparatedExprList
+%type <pin> PinInst
+%type <pins> PinInstList
 %type <options> IntPropData DoublePropData BoolDefault BoolPropData IntValues IntList HexValues HexList
 %type <options> BinaryValues BinaryList DoubleValues DoubleList StringValues StringPropData
 
 %destructor { delete $$; } <text> <decl> <block> <function> <entity> <bus> <property> <types>
+%destructor { delete $$; } <netlist> <statement> <expr> <call> <pin>
+%destructor { build::deleteList($$); } <statements> <exprs> <pins>
 %destructor { build::deleteList($$); } <decls> <entities> <properties>
 %destructor { build::deleteOptions($$); } <options>
 
@@ -71,6 +84,7 @@ LibraryElementList:
 
 LibraryElement:
     Block { $$ = $1; }
+  | BlockMapping { $$ = nullptr; }
   | FunctionDecl { $$ = $1; };
 
 FunctionDecl: T_Function Type T_Identifier '(' ListOfTypes ')' ';' { BUILD($$ = build::function($2, $3, $5, @$)); };
@@ -91,7 +105,100 @@ Type:
   | T_HexConstant { delete $1; $$ = HATAttrTypes::TypeBitHex; }
   | T_BinaryConstant { delete $1; $$ = HATAttrTypes::TypeBitBinary; };
 
-Block: T_Block T_StringConstant '{' BlockEntityList '}' { BUILD($$ = build::block($2, $4, @$)); };
+Block:
+    T_Block T_StringConstant '{' BlockEntityList '}' T_MapTo Netlist { BUILD($$ = build::block($2, $4, $7, Section::mapsto, @$)); }
+  | T_Block T_StringConstant '{' BlockEntityList '}' T_ExpandTo Netlist { BUILD($$ = build::block($2, $4, $7, Section::expandsto, @$)); }
+  | T_Block T_StringConstant '{' BlockEntityList '}' T_ModifiedBy Netlist { BUILD($$ = build::block($2, $4, $7, Section::modifiedby, @$)); }
+  | T_Block T_StringConstant '{' BlockEntityList '}' T_RetargetTo Netlist { BUILD($$ = build::block($2, $4, $7, Section::retargetsto, @$)); }
+  | T_Block T_StringConstant '{' BlockEntityList '}' { BUILD($$ = build::block($2, $4, nullptr, Section::mapsto, @$)); };
+
+BlockMapping:
+    T_Block T_StringConstant T_MapTo Netlist { BUILD(build::mapping($2, $4, Section::mapsto, @$)); }
+  | T_Block T_StringConstant T_ExpandTo Netlist { BUILD(build::mapping($2, $4, Section::expandsto, @$)); }
+  | T_Block T_StringConstant T_RetargetTo Netlist { BUILD(build::mapping($2, $4, Section::retargetsto, @$)); }
+  | T_Block T_StringConstant T_ModifiedBy Netlist { BUILD(build::mapping($2, $4, Section::modifiedby, @$)); };
+
+Netlist: '{' NetlistEntityList '}' { BUILD($$ = build::netlist($2, @$)); };
+
+NetlistEntityList:
+    NetlistEntityList NetlistEntity { BUILD($$ = build::append($1, $2)); }
+  | %empty { BUILD($$ = build::emptyList<HDNTNetlistEntity*>()); };
+
+NetlistEntity:
+    Inst
+  | Connect
+  | Signal
+  | AssignBlockProperty
+  | AssignPinProperty
+  | IfStmt
+  | NetlistEntityBlock
+  | FunctionCallExpr ';' { $1->setStatement(true); $$ = $1; };
+
+Inst: T_Inst T_StringConstant T_StringConstant ';' { BUILD($$ = build::inst($2, $3, @$)); };
+
+AssignBlockProperty:
+    T_Assign T_Block T_Property T_StringConstant T_StringConstant Expr ';' { BUILD($$ = build::assignBlockProperty($4, $5, $6, @$)); };
+
+AssignPinProperty:
+    T_Assign T_Pin T_Property PinInst ',' T_StringConstant Expr ';' { BUILD($$ = build::assignPinProperty($4, $6, $7, @$)); };
+
+IfStmt: T_If '(' Expr ')' NetlistEntity OptElseStmt { BUILD($$ = build::ifStmt($3, $5, $6, @$)); };
+
+OptElseStmt:
+    T_Else NetlistEntity { $$ = $2; }
+  | %empty %prec OPTELSE { $$ = nullptr; };
+
+NetlistEntityBlock: '{' NetlistEntityList '}' { BUILD($$ = build::stmtBlock($2, @$)); };
+
+Expr:
+    '(' Expr ')' { $$ = $2; }
+  | FunctionCallExpr { $$ = $1; }
+  | Constant
+  | Expr '+' Expr { BUILD($$ = build::compound($1, HDNTExpr::ADD, $3, @$)); }
+  | Expr '-' Expr { BUILD($$ = build::compound($1, HDNTExpr::SUBTRACT, $3, @$)); }
+  | Expr '/' Expr { BUILD($$ = build::compound($1, HDNTExpr::DIVIDE, $3, @$)); }
+  | Expr '%' Expr { BUILD($$ = build::compound($1, HDNTExpr::REMAINDER, $3, @$)); }
+  | Expr '*' Expr { BUILD($$ = build::compound($1, HDNTExpr::MULTIPLY, $3, @$)); }
+  | Expr '>' Expr { BUILD($$ = build::compound($1, HDNTExpr::GREATER, $3, @$)); }
+  | Expr '<' Expr { BUILD($$ = build::compound($1, HDNTExpr::LESS, $3, @$)); }
+  | Expr T_GreaterEqual Expr { BUILD($$ = build::compound($1, HDNTExpr::GREATER_EQUAL, $3, @$)); }
+  | Expr T_LessEqual Expr { BUILD($$ = build::compound($1, HDNTExpr::LESS_EQUAL, $3, @$)); }
+  | Expr T_NotEqual Expr { BUILD($$ = build::compound($1, HDNTExpr::NOT_EQUAL, $3, @$)); }
+  | Expr T_EqualTo Expr { BUILD($$ = build::compound($1, HDNTExpr::EQUAL, $3, @$)); }
+  | Expr T_AndAnd Expr { BUILD($$ = build::compound($1, HDNTExpr::AND, $3, @$)); }
+  | Expr T_OrOr Expr { BUILD($$ = build::compound($1, HDNTExpr::OR, $3, @$)); }
+  | '-' Expr %prec UMINUS { BUILD($$ = build::compound(nullptr, HDNTExpr::NEGATE, $2, @$)); }
+  | '!' Expr %prec NEGATION { BUILD($$ = build::compound(nullptr, HDNTExpr::NOT, $2, @$)); };
+
+Constant:
+    T_IntConstant { BUILD($$ = build::constant($1, @$)); }
+  | T_StringConstant { BUILD($$ = build::constant($1, @$)); }
+  | T_BoolConstant { BUILD($$ = build::constant($1, @$)); }
+  | T_DoubleConstant { BUILD($$ = build::constant($1, @$)); };
+
+FunctionCallExpr: T_Identifier '(' Actuals ')' { BUILD($$ = build::call($1, $3, @$)); };
+
+Actuals:
+    CommaSeparatedExprList
+  | %empty { $$ = nullptr; };
+
+CommaSeparatedExprList:
+    CommaSeparatedExprList ',' Expr { BUILD($$ = build::append($1, $3)); }
+  | Expr { BUILD($$ = build::append(nullptr, $1)); };
+
+Connect: T_Connect T_StringConstant ':' PinInstList ';' { BUILD($$ = build::connect($2, $4, @$)); };
+
+Signal:
+    T_Signal T_StringConstant ':' PinInstList ';' { BUILD($$ = build::signal($2, $4, @$)); }
+  | T_Signal T_StringConstant ';' { BUILD($$ = build::signal($2, nullptr, @$)); };
+
+PinInstList:
+    PinInstList ',' PinInst { BUILD($$ = build::append($1, static_cast<HDNTPinInst*>($3))); }
+  | PinInst { BUILD($$ = build::append(nullptr, static_cast<HDNTPinInst*>($1))); };
+
+PinInst:
+    T_StringConstant T_StringConstant { BUILD($$ = build::pinInst($1, $2, @$)); }
+  | T_StringConstant { BUILD($$ = build::pinInst(nullptr, $1, @$)); };
 
 BlockEntityList:
     BlockEntityList BlockEntity { BUILD($$ = build::append($1, $2)); }
@@ -288,3 +395,5 @@ static_assert(+TOKEN_T_Library == +T_Library && +TOKEN_T_Bool == +T_Bool && +TOK
 static_assert(+TOKEN_T_Identifier == +T_Identifier && +TOKEN_T_BoolConstant == +T_BoolConstant && +TOKEN_T_Else == +T_Else);
 static_assert(+TOKEN_T_GreaterEqual == +T_GreaterEqual && +TOKEN_T_OrOr == +T_OrOr && +TOKEN_T_Untie == +T_Untie);
 static_assert(+TOKEN_T_Deprecated == +T_Deprecated && +TOKEN_T_Abstract == +T_Abstract && T_Abstract == 331);
+/* The size of the language, which the numbers of rules and symbols in traces depend on. */
+static_assert(YYNTOKENS == 96 && YYNNTS == 58 && YYNRULES == 215);

@@ -1,16 +1,13 @@
-#include "hdnt/frontend/GrammarBuilder.h"
-
+#include "hdnt/frontend/BuilderSupport.h"
 #include "hdnt/frontend/HDNTError.h"
 #include "hdnt/frontend/HDNTLimits.h"
 #include "hdnt/frontend/PropertyOptions.h"
-#include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTBus.h"
 #include "hdnt/model/HDNTFlags.h"
-#include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPrimGroup.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTConnect.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
-#include "hdnt/platform/HEX.h"
 
 #include <algorithm>
 #include <charconv>
@@ -19,29 +16,6 @@
 namespace hdnt::frontend::build {
 
 namespace {
-
-// A list from the parser's stack with the model objects in it; what is taken over is released.
-template <typename T>
-class OwnedList {
-public:
-    explicit OwnedList(std::vector<T*>* list) : list_(list) {}
-    ~OwnedList() { deleteList(list_); }
-    OwnedList(const OwnedList&) = delete;
-    OwnedList& operator=(const OwnedList&) = delete;
-    std::vector<T*>* get() const { return list_; }
-    void releaseItems() {
-        if (list_) list_->clear();
-    }
-
-private:
-    std::vector<T*>* list_;
-};
-
-template <typename Node>
-Node* placed(Node* node, const yyltype& place) {
-    node->setLocation(place);
-    return node;
-}
 
 // A number of the text that has to stay within 0 and a limit: one report when it does not, then the nearest bound.
 int limited(long value, int limit, const char* what, const char* limitName, const yyltype& place) {
@@ -125,23 +99,26 @@ void deleteList(std::vector<T*>* list) noexcept {
 }
 
 template <typename T>
-std::vector<T*>* append(std::vector<T*>* list, T* item) {
-    try {
-        list->push_back(item);
-    } catch (...) {
-        delete item;
-        deleteList(list);
-        throw;
-    }
-    return list;
+std::vector<T*>* append(std::type_identity_t<std::vector<T*>>* list, T* item) {
+    std::unique_ptr<T> ownedItem(item);
+    OwnedList<T> ownedList(list ? list : emptyList<T*>());
+    ownedList.get()->push_back(item);
+    ownedItem.release();
+    return ownedList.release();
 }
 
 template std::vector<HDNTDecl*>* append(std::vector<HDNTDecl*>*, HDNTDecl*);
 template std::vector<HDNTBlockEntity*>* append(std::vector<HDNTBlockEntity*>*, HDNTBlockEntity*);
 template std::vector<HDNTProperty*>* append(std::vector<HDNTProperty*>*, HDNTProperty*);
+template std::vector<HDNTNetlistEntity*>* append(std::vector<HDNTNetlistEntity*>*, HDNTNetlistEntity*);
+template std::vector<HDNTExpr*>* append(std::vector<HDNTExpr*>*, HDNTExpr*);
+template std::vector<HDNTPinInst*>* append(std::vector<HDNTPinInst*>*, HDNTPinInst*);
 template void deleteList(std::vector<HDNTDecl*>*) noexcept;
 template void deleteList(std::vector<HDNTBlockEntity*>*) noexcept;
 template void deleteList(std::vector<HDNTProperty*>*) noexcept;
+template void deleteList(std::vector<HDNTNetlistEntity*>*) noexcept;
+template void deleteList(std::vector<HDNTExpr*>*) noexcept;
+template void deleteList(std::vector<HDNTPinInst*>*) noexcept;
 
 std::vector<HATAttrTypes::AttrType>* append(std::vector<HATAttrTypes::AttrType>* list, int type) {
     std::unique_ptr<std::vector<HATAttrTypes::AttrType>> owned(list);
@@ -217,35 +194,10 @@ HDNTBlockEntity* primGroup(std::string* text, const yyltype& place) {
     return placed(new HDNTPrimGroup(take(text)), place);
 }
 
-static HDNTLibrary& target() {
-    if (!myTopLib) throw HEXAlgException("NTL parser has no library to parse into");
-    return *myTopLib;
-}
-
-HDNTBlock* block(std::string* name, std::vector<HDNTBlockEntity*>* entities, const yyltype& place) {
-    OwnedList<HDNTBlockEntity> owned(entities);
-    const std::string text = take(name);
-    HDNTLibrary& library = target();
-    // From here on the constructor owns the items, whether it succeeds or throws.
-    std::vector<HDNTBlockEntity*> items(*entities);
-    owned.releaseItems();
-    return placed(new HDNTBlock(text, &items, nullptr, &library), place);
-}
-
 HDNTFunctionDecl* function(int type, const char* name, std::vector<HATAttrTypes::AttrType>* formals,
                            const yyltype& place) {
     const std::unique_ptr<std::vector<HATAttrTypes::AttrType>> owned(formals);
     return placed(new HDNTFunctionDecl(name, static_cast<HATAttrTypes::AttrType>(type), formals), place);
-}
-
-void library(std::string* name, std::vector<HDNTDecl*>* decls, const yyltype& place) {
-    OwnedList<HDNTDecl> owned(decls);
-    const std::string text = take(name);
-    HDNTLibrary& library = target();
-    const std::vector<HDNTDecl*> items(*decls);
-    owned.releaseItems();
-    library.setLocation(place);
-    library.init(text, const_cast<std::vector<HDNTDecl*>*>(&items));
 }
 
 } // namespace hdnt::frontend::build

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "hdnt/frontend/Scanner.h"
+#include "hdnt/netlist/HDNTExpr.h"
+#include "hdnt/netlist/HDNTNetlist.h"
 
-class HDNTBlockEntity;
+#include <type_traits>
 
 /// What the grammar's actions call. Internal.
 ///
@@ -15,9 +17,9 @@ std::vector<T>* emptyList() {
     return new std::vector<T>;
 }
 
-/// Appends a model object to a list; deletes both, with the list's items, when that throws.
+/// Appends a model object to a list, to a fresh one when null; deletes both, with the list's items, when that throws.
 template <typename T>
-std::vector<T*>* append(std::vector<T*>* list, T* item);
+std::vector<T*>* append(std::type_identity_t<std::vector<T*>>* list, T* item);
 
 /// Deletes a list with the objects in it.
 template <typename T>
@@ -46,9 +48,37 @@ HDNTBlockEntity* internalFlag(bool value, const yyltype& place);
 HDNTBlockEntity* testFlag(bool value, const yyltype& place);
 HDNTBlockEntity* maturityLevel(int level, const yyltype& place);
 HDNTBlockEntity* primGroup(std::string* text, const yyltype& place);
-HDNTBlock* block(std::string* name, std::vector<HDNTBlockEntity*>* entities, const yyltype& place);
+/// With the mapping that stands behind the block, or null.
+HDNTBlock* block(std::string* name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist,
+                 HDNTNetlist::Section section, const yyltype& place);
+/// Attaches a mapping that stands by itself to its block, or drops it when the name is not registered or no block of
+/// that name was declared before.
+void mapping(std::string* blockName, HDNTNetlist* netlist, HDNTNetlist::Section section, const yyltype& place);
 HDNTFunctionDecl* function(int type, const char* name, std::vector<HATAttrTypes::AttrType>* formals,
                            const yyltype& place);
+HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>* entities, const yyltype& place);
+HDNTNetlistEntity* inst(std::string* name, std::string* type, const yyltype& place);
+HDNTNetlistEntity* assignBlockProperty(std::string* inst, std::string* property, HDNTExpr* value, const yyltype& place);
+HDNTNetlistEntity* assignPinProperty(HDNTBlockPinName* pin, std::string* property, HDNTExpr* value,
+                                     const yyltype& place);
+HDNTNetlistEntity* ifStmt(HDNTExpr* condition, HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt,
+                          const yyltype& place);
+HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>* statements, const yyltype& place);
+HDNTNetlistEntity* connect(std::string* signal, std::vector<HDNTPinInst*>* pins, const yyltype& place);
+/// Without pins, a name with brackets declares a list of signals.
+HDNTNetlistEntity* signal(std::string* name, std::vector<HDNTPinInst*>* pins, const yyltype& place);
+/// A null instance means a pin of the mapped block.
+HDNTBlockPinName* pinInst(std::string* inst, std::string* pin, const yyltype& place);
+HDNTExpr* compound(HDNTExpr* lhs, HDNTExpr::FOPERATOR op, HDNTExpr* rhs, const yyltype& place);
+HDNTExpr* constant(int value, const yyltype& place);
+HDNTExpr* constant(double value, const yyltype& place);
+HDNTExpr* constant(bool value, const yyltype& place);
+HDNTExpr* constant(std::string* value, const yyltype& place);
+HDNTFunctionCall* call(const char* name, std::vector<HDNTExpr*>* actuals, const yyltype& place);
+
+/// Forgets the blocks of the parse before. Those of the parse in progress are found by separate mappings.
+void beginParse() noexcept;
+
 /// Hands the declarations to the library that is being parsed into.
 void library(std::string* name, std::vector<HDNTDecl*>* decls, const yyltype& place);
 

@@ -11,11 +11,15 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTBus.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTConnect.h"
+#include "hdnt/netlist/HDNTFunctionCall.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
+#include "hdnt/netlist/HDNTNetlist.h"
 
 #include <cstdlib>
 
 namespace build = hdnt::frontend::build;
+using Section = HDNTNetlist::Section;
 
 // A builder call that throws ends the parse. The builder owns what it was given, and bison frees the rest of its stack
 // but not the symbols of the rule, so the two together leave nothing behind.

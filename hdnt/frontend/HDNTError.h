@@ -21,6 +21,7 @@ struct HDNTNotice {
         IncludeNotOpened,    ///< found, but unreadable, damaged, too deep or outside the root folder
         UnterminatedString,  ///< no closing quote on the line; the text is passed over
         UnterminatedComment, ///< the input ended inside the block comment that begins there
+        MappingDropped,      ///< a separate mapping whose block is not registered or not declared
     };
     Kind kind;
     yyltype location;

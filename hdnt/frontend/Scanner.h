@@ -13,9 +13,15 @@
 class HDNTBlock;
 class HDNTBlockEntity;
 class HDNTBus;
+class HDNTBlockPinName;
 class HDNTDecl;
+class HDNTExpr;
+class HDNTFunctionCall;
 class HDNTFunctionDecl;
 class HDNTLibrary;
+class HDNTNetlist;
+class HDNTNetlistEntity;
+class HDNTPinInst;
 class HDNTProperty;
 
 namespace hdnt::frontend {
@@ -116,13 +122,18 @@ union NtlTokenValue {
     HDNTBlockEntity* entity;
     HDNTBus* bus;
     HDNTProperty* property;
+    HDNTNetlist* netlist;
+    HDNTNetlistEntity* statement;
+    HDNTExpr* expr;
+    HDNTFunctionCall* call;
+    HDNTBlockPinName* pin;
     std::vector<HDNTDecl*>* decls;
     std::vector<HDNTBlockEntity*>* entities;
     std::vector<HDNTProperty*>* properties;
     std::vector<HATAttrTypes::AttrType>* types;
-    std::vector<int>* intValues;
-    std::vector<double>* doubleValues;
-    std::vector<std::string>* textValues;
+    std::vector<HDNTNetlistEntity*>* statements;
+    std::vector<HDNTExpr*>* exprs;
+    std::vector<HDNTPinInst*>* pins;
     hdnt::frontend::PropertyOptions* options;
 };
 

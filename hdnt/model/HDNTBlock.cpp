@@ -117,17 +117,6 @@ void HDNTBlock::check() {
 
 HDNTLibrary* HDNTBlock::getLibrary() const { return static_cast<HDNTLibrary*>(getParent()); }
 
-void HDNTBlock::setNetlist(HDNTNetlist* netlist) {
-    netlist_.reset(netlist);
-    netlistKind_ = NoNetlist;
-    if (!netlist) return;
-    const HDNTLibrary* const library = getLibrary();
-    netlistKind_ = library && library->getParentLibrary() ? OwnNetlistInChild : OwnNetlist;
-    netlist->setParent(this);
-    netlist->finalize();
-    if (netlist->isTieCapable()) canTiePins_ |= canTiePins();
-}
-
 size_t HDNTBlock::getNumPins() const {
     const bool hidden = internalBusCount_ > 0 && !internalPinsSupported(nullptr);
     return hidden ? pins_.size() - internalPinCount_ : pins_.size();

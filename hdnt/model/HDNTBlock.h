@@ -62,8 +62,26 @@ public:
     /// Whether pins of the block can be tied: it has a bus with a required value, or a netlist that allows it.
     bool getCanTiePins() const { return canTiePins_; }
 
-    /// The block's mapping netlist; null when it has none.
-    HDNTNetlist* getNetlist() const { return netlist_.get(); }
+    virtual void accept(HDNTVisitor& visitor);
+
+    // The mapping netlist. What asks for an architecture may load a map library, if the parameter "ntl.enableMapLib"
+    // was on at the first such question of the process: loading thread only, then. A load replaces, and so deletes, the
+    // netlist of another architecture.
+
+    /// The own netlist; without one, that for the manager's current architecture. Null when there is none.
+    HDNTNetlist* getNetlist();
+    /// The netlist for an architecture: the own one, or what the map library of the block's name attaches. Null when
+    /// there is none; a load that attached nothing is not tried again. A map library that does not parse throws
+    /// HEXDataException.
+    HDNTNetlist* getNetlist(const std::string& architecture);
+    /// What is attached now; loads nothing. Null when there is none. Any thread.
+    const HDNTNetlist* getAttachedNetlist() const { return netlist_.get(); }
+    /// HDNTNetlist::getReferencedInstanceName of the netlist for the architecture, the manager's current one when
+    /// empty.
+    std::string getReferencedInstanceName(std::string architecture);
+    /// Whether that netlist holds an instance of a block that can be pseudo-differential, or calls a function that the
+    /// configuration lists as making one.
+    bool hasPseudoDifferentialExpansion(std::string architecture);
     /// Replaces the netlist and deletes the one before; null removes it. Finalizes the new one. Loading thread only.
     void setNetlist(HDNTNetlist* netlist);
     unsigned short getNetlistKind() const { return netlistKind_; }
@@ -128,6 +146,7 @@ private:
     void indexPins();
     void indexProperties();
     std::vector<size_t> findRedefinedPins() const;
+    HDNTNetlist* loadNetlist(const std::string& architecture);
     const char* groupText(int index) const;
     int groupIndex(std::string abbrev) const;
 
@@ -138,6 +157,9 @@ private:
     std::vector<HDNTProperty*> properties_;
     std::vector<uint32_t> busesByName_;      ///< positions of buses with pins, by base name, then as declared
     std::vector<uint32_t> propertiesByName_; ///< positions of properties, by name, case aside
+    std::string netlistArchitecture_;        ///< that the netlist was loaded for
+    std::vector<std::string> triedArchitectures_;
+    uint32_t attachments_ = 0; ///< how often a netlist was set
     uint32_t internalBusCount_ = 0;
     uint32_t internalPinCount_ = 0;
     int maturityLevel_ = 0;

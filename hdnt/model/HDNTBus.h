@@ -6,6 +6,7 @@
 class HDNTBlock;
 class HDNTPin;
 class HDNTProperty;
+class HDNTVisitor;
 
 enum HDNT_PIN_DIRECTION : int {
     HDNT_PIN_INPUT = 0,
@@ -47,6 +48,8 @@ public:
     HDNTBus(std::string& name, HDNT_PIN_DIRECTION dir, bool test, bool abstract, HDNT_PIN_TYPE type,
             HDNT_PIN_REQUIREDVALUE required, std::vector<HDNTProperty*>* props);
     ~HDNTBus() override;
+
+    virtual void accept(HDNTVisitor& visitor);
 
     /// Appends a new pin for each bit, in the order of the range, and cuts the name to its base. Called once, by the
     /// block, which owns the pins. A malformed name, a bit above 32,767 or a pin list of more than 65,536 pins is one

@@ -41,7 +41,7 @@ void HDNTLibrary::init(const std::string& name, std::vector<HDNTDecl*>* decls) {
         decl->setParent(this);
         if (auto* const block = dynamic_cast<HDNTBlock*>(decl)) {
             if (block->isTest() && !testFeatures) delete block;
-            else blocks_.push_back(block);
+            else adopt(block);
         } else if (auto* const function = dynamic_cast<HDNTFunctionDecl*>(decl)) {
             functions_.push_back(function);
         } else {
@@ -50,12 +50,30 @@ void HDNTLibrary::init(const std::string& name, std::vector<HDNTDecl*>* decls) {
     }
 }
 
+void HDNTLibrary::adopt(HDNTBlock* block) {
+    blocks_.push_back(block);
+    if (names_.empty()) adopted_.try_emplace(HSTStringUtils::to_upper_copy(block->getName()), block);
+}
+
+HDNTBlock* HDNTLibrary::getDeclaredBlock(const std::string& name) const {
+    if (!names_.empty()) return getTypeBlockByName(name, false);
+    const auto found = adopted_.find(HSTStringUtils::to_upper_copy(name));
+    return found == adopted_.end() ? nullptr : found->second;
+}
+
+void HDNTLibrary::addDroppedMapping(DroppedMapping mapping) {
+    const yyltype& at = mapping.location;
+    if (droppedPlaces_.emplace(mapping.blockName, at.fileName, at.first_line, at.first_column).second)
+        droppedMappings_.push_back(std::move(mapping));
+}
+
 void HDNTLibrary::finalize() {
     if (!names_.empty()) return;
     const HUTMemWatcher watcher("HDNTLibrary::finalize", name_);
     indexByName_.reserve(blocks_.size());
     for (HDNTBlock* block : blocks_) index(block);
     sortNames();
+    adopted_ = {};
 }
 
 // The value entered counts indexed names, not positions: after a redefinition, names lead one block back.

@@ -7,12 +7,15 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 
 class ConfigBase;
 class HDNTBlock;
 class HDNTFunctionDecl;
+class HDNTVisitor;
 
 namespace hdnt::model {
 struct ArchTables;
@@ -40,6 +43,8 @@ public:
     /// reachable by index and is not finalized; each such block shifts the names of later blocks by one position. Does
     /// nothing once the index holds entries.
     void finalize() override;
+    /// Visits function declarations and all blocks, the parents' too. May load map libraries (HDNTBlock::getNetlist).
+    virtual void accept(HDNTVisitor& visitor);
 
     // Text (frontend). Errors in the text are reported through HDNTError; what counts as success is the caller's to
     // decide from the result and HDNTError::numErrors. The text goes to the library constructed last (myTopLib), which
@@ -71,6 +76,9 @@ public:
     HDNTBlock* getTypeBlock(size_t index) const;
     /// By name, case aside; null when there is none. Finds nothing in a library that is not finalized.
     HDNTBlock* getTypeBlockByName(const std::string& name, bool searchParents) const;
+    /// What a separate mapping finds: as getTypeBlockByName in this library alone, and before finalize() the first
+    /// block of that name that was adopted.
+    HDNTBlock* getDeclaredBlock(const std::string& name) const;
     /// Appends the blocks whose names begin with the prefix, case aside, in the order of their upper-cased names, then
     /// the parents' (also those that own blocks hide). True when any was appended; never for an empty prefix.
     bool getTypeBlocksBeginWith(const std::string& prefix, std::vector<HDNTBlock*>& out, bool searchParents) const;
@@ -96,6 +104,17 @@ public:
     /// HEXDataException, and the next call reads it again. Any thread.
     ConfigBase* getDescConfig() const;
 
+    /// A separate mapping that was dropped while a text was parsed into this library.
+    struct DroppedMapping {
+        std::string blockName;
+        std::string reason;
+        yyltype location;
+    };
+    /// In the order met. The parser reports nothing of them.
+    const std::vector<DroppedMapping>& getDroppedMappings() const { return droppedMappings_; }
+    /// Once for each place, however often a map library is loaded. The builder's.
+    void addDroppedMapping(DroppedMapping mapping);
+
     // What the application configuration says; neutral answers where it says nothing. Any thread.
     std::string getSimDeviceString(const std::string& arch) const;
     std::string getMasterArchitecture(const std::string& arch) const;
@@ -114,6 +133,7 @@ private:
     };
 
     const HDNTLibrary& root() const;
+    void adopt(HDNTBlock* block);
     void index(HDNTBlock* block);
     void sortNames();
 
@@ -123,6 +143,9 @@ private:
     std::deque<IndexedName> names_;                            ///< in the order of indexing; addresses stay
     std::unordered_map<std::string_view, size_t> indexByName_; ///< upper-cased, keys in names_
     std::vector<const IndexedName*> sortedNames_;              ///< by upper-cased name
+    std::unordered_map<std::string, HDNTBlock*> adopted_;      ///< by upper-cased name, until they are indexed
+    std::vector<DroppedMapping> droppedMappings_;
+    std::set<std::tuple<std::string, const char*, int, int>> droppedPlaces_;
     std::deque<std::string> groupAbbrevs_;
     std::unique_ptr<ConfigBase> config_;
     std::unique_ptr<const hdnt::model::ArchTables> archTables_;

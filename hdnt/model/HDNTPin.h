@@ -11,6 +11,7 @@ public:
 
     /// Reports bad names and a tie value on an output.
     void check() override;
+    virtual void accept(HDNTVisitor& visitor);
 
     /// The parent, which is nothing but a bus; null for a pin that no bus made.
     HDNTBus* getBus() const;

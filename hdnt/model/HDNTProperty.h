@@ -3,8 +3,11 @@
 #include "hdnt/model/HDNTNode.h"
 #include "hdnt/platform/HATAttrSpec.h"
 
+#include <cstdio>
+
 class ConfigBase;
 class HDNTBlock;
+class HDNTVisitor;
 
 /// A typed attribute that a block or one of its buses declares: type, range or list of allowed values, default, flags.
 /// Nearly all of it stands in the attribute specification, which the host uses directly.
@@ -24,6 +27,12 @@ public:
     /// Takes read-only flag and description from the configuration, and completes the range of a hex property. Called
     /// for the properties of blocks, not for those of buses.
     void finalize() override;
+    /// Writes the declaration as one line of text to standard output, indented by 4.
+    virtual void print();
+    virtual void accept(HDNTVisitor& visitor);
+    /// Likewise with another indent (0 counts as 1), and to another stream.
+    void print(unsigned long indent);
+    void print(unsigned long indent, FILE* stream);
 
     const std::string& getName() const { return spec_.getName(); }
     HATAttrTypes::AttrType getType() const { return spec_.getAttrType(); }

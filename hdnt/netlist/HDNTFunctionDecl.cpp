@@ -1,5 +1,8 @@
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 
+#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/netlist/Evaluate.h"
+#include "hdnt/netlist/HDNTFunctionCall.h"
 #include "hdnt/platform/HEX.h"
 
 HDNTFunctionDecl::HDNTFunctionDecl(const std::string& name, HATAttrTypes::AttrType type,
@@ -11,4 +14,21 @@ HDNTFunctionDecl::HDNTFunctionDecl(const std::string& name, HATAttrTypes::AttrTy
 HATAttrTypes::AttrType HDNTFunctionDecl::getFormal(size_t i) const {
     if (i >= formals_.size()) throw HEXAlgException("Function argument index out of range");
     return formals_[i];
+}
+
+bool HDNTFunctionDecl::matchArgs(const std::vector<HDNTExpr*>* actuals, HDNTFunctionCall* call) const {
+    if ((actuals ? actuals->size() : 0) != formals_.size()) {
+        HDNTError::FunctionNumArgsMismatch(call->getLocation(), name_.c_str());
+        return false;
+    }
+    bool matched = true;
+    for (size_t i = 0; i < formals_.size(); ++i) {
+        const hdnt::netlist::DerivedType type = hdnt::netlist::typeOf(*(*actuals)[i]);
+        if (type.state != HDNTCompoundExpr::TypeState::Known) continue;
+        const unsigned formal = static_cast<unsigned>(formals_[i]);
+        if (HDNTExpr::comparisonType(type.code) == HDNTExpr::comparisonType(formal)) continue;
+        HDNTError::MismatchedArgument(call->getLocation(), static_cast<int>(i + 1));
+        matched = false;
+    }
+    return matched;
 }

@@ -1,5 +1,111 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 
 #include "hdnt/model/HDNTBlock.h"
+#include "hdnt/netlist/HDNTAssignProperty.h"
+#include "hdnt/netlist/HDNTBlockInst.h"
+#include "hdnt/netlist/HDNTConnect.h"
+#include "hdnt/netlist/HDNTFunctionCall.h"
+#include "hdnt/netlist/HDNTReferencedInstanceVisitor.h"
+#include "hdnt/netlist/HDNTSignal.h"
+#include "hdnt/netlist/HDNTStmt.h"
+
+// Appends the entity when it is of the list's kind.
+template <typename Kind>
+static bool sortInto(std::vector<Kind*>& list, HDNTNetlistEntity* entity) {
+    auto* const item = dynamic_cast<Kind*>(entity);
+    if (item) list.push_back(item);
+    return item != nullptr;
+}
+
+HDNTNetlist::HDNTNetlist(std::vector<HDNTNetlistEntity*>* entities) {
+    if (!entities) return;
+    for (HDNTNetlistEntity* entity : *entities)
+        sortInto(signals_, entity) || sortInto(connects_, entity) || sortInto(instances_, entity) ||
+            sortInto(blockPropertyAssigns_, entity) || sortInto(pinPropertyAssigns_, entity) ||
+            sortInto(ifStmts_, entity) || sortInto(instances_.empty() ? preInstanceCalls_ : postInstanceCalls_, entity);
+}
+
+template <typename Kind>
+static void deleteAll(const std::vector<Kind*>& list) {
+    for (const Kind* item : list) delete item;
+}
+
+HDNTNetlist::~HDNTNetlist() {
+    deleteAll(signals_);
+    deleteAll(connects_);
+    deleteAll(instances_);
+    deleteAll(blockPropertyAssigns_);
+    deleteAll(pinPropertyAssigns_);
+    deleteAll(ifStmts_);
+    deleteAll(preInstanceCalls_);
+    deleteAll(postInstanceCalls_);
+}
+
+// Lists that became signals are referred to by them and so live as long as the process, in reach of leak checkers.
+static void keep(HDNTSigList* list) {
+    static auto* const kept = new std::vector<HDNTSigList*>;
+    kept->push_back(list);
+}
+
+void HDNTNetlist::expandSignals() {
+    std::vector<HDNTSignal*> expanded;
+    for (HDNTSignal* signal : signals_) {
+        auto* const list = dynamic_cast<HDNTSigList*>(signal);
+        if (!list) expanded.push_back(signal);
+        else if (list->expand(expanded)) keep(list);
+        else delete list;
+    }
+    signals_ = std::move(expanded);
+    signalByName_.clear();
+    for (HDNTSignal* signal : signals_) signalByName_.try_emplace(signal->name(), signal);
+}
+
+template <typename Kind>
+static void finalizeAll(const std::vector<Kind*>& list, HDNTNetlist* parent) {
+    for (Kind* item : list) {
+        item->setParent(parent);
+        item->finalize();
+    }
+}
+
+void HDNTNetlist::finalize() {
+    expandSignals();
+    finalizeAll(instances_, this);
+    finalizeAll(signals_, this);
+    finalizeAll(connects_, this);
+    finalizeAll(blockPropertyAssigns_, this);
+    finalizeAll(ifStmts_, this);
+    for (HDNTFunctionCall* call : preInstanceCalls_) call->setParent(this);
+    finalizeAll(postInstanceCalls_, this);
+}
+
+template <typename Kind>
+static void checkAll(const std::vector<Kind*>& list) {
+    for (Kind* item : list) item->check();
+}
+
+void HDNTNetlist::check() {
+    checkAll(instances_);
+    checkAll(connects_);
+    checkAll(blockPropertyAssigns_);
+    checkAll(ifStmts_);
+    checkAll(preInstanceCalls_);
+    checkAll(postInstanceCalls_);
+}
 
 HDNTBlock* HDNTNetlist::getTypeBlock() const { return dynamic_cast<HDNTBlock*>(getParent()); }
+
+HDNTSignal* HDNTNetlist::getSignal(std::string name) const {
+    if (const auto found = signalByName_.find(name); found != signalByName_.end()) return found->second;
+    if (signalByName_.size() > 0) return nullptr;
+    for (HDNTSignal* signal : signals_)
+        if (signal->name() == name) return signal;
+    return nullptr;
+}
+
+std::string HDNTNetlist::getReferencedInstanceName() {
+    if (!instances_.empty()) return instances_.front()->instName();
+    HDNTReferencedInstanceVisitor visitor;
+    accept(visitor);
+    return visitor.recordedName();
+}

@@ -1,9 +1,12 @@
-// A text from scanner to checked model: any bytes give a result or a report.
+// A text from scanner to checked model and expanded mappings: any bytes give a result or a report.
 #include "hdnt/frontend/HDNTError.h"
 #include "hdnt/frontend/HDNTLimits.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/netlist/HDNTExpansion.h"
+#include "hdnt/netlist/HDNTVisitor.h"
 #include "hdnt/platform/HEX.h"
 
 #include <cstdint>
@@ -25,6 +28,7 @@ HDNTLibrary* prepare() {
     HDNTError::setListener(&silence);
     HDNTLibraryMgr::m_diagnostics = true;
     HDNTLimits limits;
+    limits.expansionInstances = 1000;
     limits.rootFolder = "/nowhere"; // an input is to name no file of the machine it runs on
     HDNTLimits::set(limits);
     static HDNTLibrary root(nullptr);
@@ -48,5 +52,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     library.finalize();
     library.check();
+    HDNTVisitor visitor;
+    for (size_t i = 0; i < library.getNumTypeBlocks(false); ++i) {
+        HDNTBlock& block = *library.getTypeBlock(i);
+        block.accept(visitor);
+        block.getReferencedInstanceName("");
+        HDNTExpansion expansion(block);
+        if (!expansion.expand(true) && block.getAttachedNetlist() && expansion.problems().empty()) std::abort();
+    }
     return 0;
 }

@@ -44,6 +44,9 @@ const std::vector<WarningCase>& warningCases() {
          "\"missing.inc\""},
         {"include-not-opened", open + "} INCLUDE folder ;", "3:10", "/folder\""},
         {"unterminated-string", open + "property int \"N { default = 0 } }", "3:14", "\"N { default = 0 } }"},
+        {"dropped-mapping", open + "}\nblock \"HOLD\" mapsto { }\n block \"GATE_AND_2\" mapsto { }", "5:2",
+         "\"GATE_AND_2\" is dropped: no block of that name was declared before"},
+        {"dropped-mapping", open + "}\nblock \"hold\" mapsto { }", "4:1", "not a registered cellview type"},
         {"unterminated-comment", open + "} }\n/* and so on", "4:1", "not closed"},
     };
     return cases;

@@ -18,11 +18,14 @@ block "GATE_AND_2" { pin "O" output tieLow; }
 
 )";
 
-size_t linesIn(const std::string& folder, const std::string& start) {
+size_t linesIn(const std::string& folder, const std::string& start, const std::string& end) {
     size_t count = 0;
+    const auto isMeant = [&](const std::string& line) {
+        return line.size() >= start.size() + end.size() && line.compare(0, start.size(), start) == 0 &&
+               line.compare(line.size() - end.size(), end.size(), end) == 0;
+    };
     for (const auto& entry : std::filesystem::directory_iterator(folder))
-        for (const std::string& line : linesOf(readFile(entry.path())))
-            count += line.compare(0, start.size(), start) == 0;
+        for (const std::string& line : linesOf(readFile(entry.path()))) count += isMeant(line);
     return count;
 }
 
@@ -39,8 +42,8 @@ struct CheckTest : testing::Test {
 
 TEST_F(CheckTest, ShippedDataIsGood) {
     const std::string shared = std::filesystem::canonical(data).string();
-    const std::string block = "    block ";
-    const size_t common = linesIn(data + "/tessels", block) + linesIn(data + "/tessels.test", block);
+    const auto blocksIn = [](const std::string& folder) { return linesIn(data + folder, "    block \"", "\" {"); };
+    const size_t common = blocksIn("/tessels") + blocksIn("/tessels.test");
     const Outcome checked = ntl.run({"check"});
     EXPECT_EQ(checked.status, 0);
     EXPECT_EQ(checked.err, "");
@@ -51,7 +54,7 @@ TEST_F(CheckTest, ShippedDataIsGood) {
 
     const Outcome without = ntl.run({"check", "--param", "arch.enableTestFeatures=false"});
     EXPECT_EQ(without.status, 0);
-    const size_t ordinary = linesIn(data + "/tessels", block) - linesIn(data + "/tessels", "        test = true;");
+    const size_t ordinary = blocksIn("/tessels") - linesIn(data + "/tessels", "        test = true;", "");
     EXPECT_EQ(linesOf(without.out)[0], shared + "/tessels: " + std::to_string(ordinary) + " blocks, no errors");
 }
 
@@ -173,6 +176,38 @@ TEST_F(CheckTest, FoldersAreOneLibrary) {
 
     directory.write("folder/b.btl", libraryOf(R"(block "GATE_INVERT" { pin "I" input; })"));
     EXPECT_EQ(ntl.run({"check", "folder"}).out, "folder: 2 blocks, no errors\n");
+}
+
+TEST_F(CheckTest, MappingsFindBlocksOfEarlierFiles) {
+    const std::vector<std::string> names = {"GATE_AND_2", "GATE_INVERT", "HOLD"};
+    std::string blocks;
+    std::string mappings;
+    for (const std::string& name : names) {
+        blocks += "block \"" + name + "\" { pin \"I\" input; pin \"O\" output; }\n";
+        mappings += "block \"" + name + "\" expandsto { signal \"s\" : \"I\", \"O\"; }\n";
+    }
+    const auto expectMappings = [&](const Json& section) {
+        const Json list = Json::parse(ntl.run({"list", "-l", "folder", "--json"}).out);
+        EXPECT_EQ(list["blocks"].size(), names.size());
+        for (const Json& block : list["blocks"]) EXPECT_EQ(block["mapping"], section);
+    };
+    directory.makeDir("folder");
+    directory.write("folder/a.btl", libraryOf(blocks));
+    directory.write("folder/b.btl", libraryOf(mappings));
+    EXPECT_EQ(ntl.run({"check", "folder"}).out, "folder: 3 blocks, no errors\n");
+    expectMappings("expandsto");
+
+    directory.write("folder/a.btl", libraryOf(mappings));
+    directory.write("folder/b.btl", libraryOf(blocks));
+    const Outcome swapped = ntl.run({"check", "folder"});
+    EXPECT_EQ(swapped.status, 0);
+    EXPECT_EQ(swapped.out, "folder: 3 blocks, no errors, 3 warnings\n");
+    std::string expected;
+    for (size_t i = 0; i < names.size(); ++i)
+        expected += "folder/a.btl:" + std::to_string(i + 2) + ":1: warning: mapping of block \"" + names[i] +
+                    "\" is dropped: no block of that name was declared before [dropped-mapping]\n";
+    EXPECT_EQ(swapped.err, expected);
+    expectMappings(nullptr);
 }
 
 TEST_F(CheckTest, LoaderTalkGoesToStandardError) {

@@ -110,7 +110,10 @@ const std::map<std::string, KeyTable>& accessorKeys() {
           {"getMaturityLevel", "/maturity"},
           {"getCanTiePins", "/tieCapable"},
           {"getNetlist", "/netlist"},
+          {"getAttachedNetlist", "/netlist"},
           {"getNetlistKind", "/netlistKind"},
+          {"getReferencedInstanceName", "/referencedInstance"},
+          {"hasPseudoDifferentialExpansion", "/pseudoDifferentialExpansion"},
           {"getNumPins", "/pinCount"},
           {"getPin", "/buses/0/pins"},
           {"getNumBuses", "/busCount"},
@@ -261,6 +264,45 @@ TEST_F(ListShowTest, SheetShowsTheSame) {
     }
 }
 
+TEST_F(ListShowTest, MappingsAreShownForTheirArchitecture) {
+    directory.makeDir("data/maplib");
+    directory.write("data/maplib/HOLD.btl",
+                    "library \"l\" {\n#ifArch \"alpha\"\nblock \"HOLD\" modifiedby { }\n#endif\n"
+                    "#ifArch \"beta\"\n// here\nblock \"HOLD\" expandsto {\n"
+                    "inst \"a\" \"RICH\"; if (true) { } makeDiff(); signal \"s[1:0]\"; }\n#endif\n}\n");
+    directory.write("data/HDNTApplicationData.cfg", "PSEUDO_DIFFERENTIAL_FUNCTIONS = [\"makeDiff\"];");
+    directory.write("own.btl", libraryOf("function bool makeDiff ( ); block \"HOLD\" { pin \"A\" input; }"));
+    const std::vector<std::string> show = {"show", "HOLD", "--json", "--data", "data", "-l", "own.btl", "--arch"};
+    const auto shown = [&](const std::string& architecture) {
+        std::vector<std::string> arguments = show;
+        arguments.push_back(architecture);
+        const Outcome outcome = ntl.run(arguments);
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        return Json::parse(outcome.out)["blocks"][0];
+    };
+    EXPECT_EQ(shown("alpha")["netlist"]["section"], "modifiedby");
+    EXPECT_EQ(shown("gamma")["netlist"], nullptr);
+    const Json beta = shown("beta");
+    EXPECT_EQ(select(beta, {"netlistKind", "referencedInstance", "pseudoDifferentialExpansion"}),
+              Json::parse(R"([0, "a", true])"));
+    EXPECT_EQ(beta["netlist"], Json::parse(R"({"section": "expandsto", "mapLibrary": true, "architecture": "beta",
+        "location": {"file": "data/maplib/HOLD.btl", "line": 7}, "instances": 1, "signals": 2, "connects": 0,
+        "blockPropertyAssigns": 0, "pinPropertyAssigns": 0, "ifs": 1, "calls": 1})"));
+    const Outcome off = ntl.run(
+        {"show", "HOLD", "--data", "data", "-l", "own.btl", "--arch", "beta", "--param", "ntl.enableMapLib=false"});
+    EXPECT_EQ(off.out.find("Mapping"), std::string::npos);
+    const Outcome sheet = ntl.run({"show", "HOLD", "--data", "data", "-l", "own.btl", "--arch", "beta"});
+    EXPECT_NE(sheet.out.find("\nMapping: expandsto\n  declared at           data/maplib/HOLD.btl:7 (map library)\n"),
+              std::string::npos)
+        << sheet.out;
+
+    directory.write("data/maplib/HOLD.btl", "library \"l\" { block 7 }");
+    const Outcome broken = ntl.run({"list", "--data", "data", "-l", "own.btl"});
+    EXPECT_EQ(broken.status, 1);
+    EXPECT_EQ(linesOf(broken.err).back(), "ntl: HOLD: Invalid maplib ntl file: HOLD");
+    EXPECT_EQ(namesIn(broken.out), std::vector<std::string>{"HOLD"});
+}
+
 TEST_F(ListShowTest, UnknownBlocksSuggestOthers) {
     const struct {
         std::string name;
@@ -301,14 +343,14 @@ TEST_F(ListShowTest, ListChoosesBlocks) {
 TEST_F(ListShowTest, ListAlignsItsColumns) {
     const std::vector<std::string> lines = linesOf(rich({"list"}).out);
     ASSERT_EQ(lines.size(), 3U);
-    EXPECT_EQ(lines[0], "NAME  GROUP       PINS  BUSES  PROPERTIES  MATURITY  FLAGS     SOURCE");
-    EXPECT_EQ(lines[1], "HOLD              1     1      0           early               rich.btl:2");
-    EXPECT_EQ(lines[2], "RICH  LOGIC:GATE  6     4      6           beta      internal  rich.btl:3");
+    EXPECT_EQ(lines[0], "NAME  GROUP       PINS  BUSES  PROPERTIES  MATURITY  MAPPING  FLAGS     SOURCE");
+    EXPECT_EQ(lines[1], "HOLD              1     1      0           early                        rich.btl:2");
+    EXPECT_EQ(lines[2], "RICH  LOGIC:GATE  6     4      6           beta               internal  rich.btl:3");
     const Json json = Json::parse(rich({"list", "--json", "--prefix", "R"}).out);
     EXPECT_EQ(json["version"], 1);
     EXPECT_EQ(json["blocks"],
               Json::parse(R"([{"name": "RICH", "group": "LOGIC", "subgroup": "GATE", "pins": 6, "buses": 4,
-        "properties": 6, "maturity": "beta", "test": false, "internal": true, "registered": false, "file": "rich.btl",
+        "properties": 6, "maturity": "beta", "mapping": null, "test": false, "internal": true, "registered": false, "file": "rich.btl",
         "line": 3}])"));
 }
 

@@ -7,10 +7,10 @@
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/platform/ConfigBase.h"
+#include "tools/ntl/MappingPlaces.h"
 #include "tools/ntl/Model.h"
 
 #include <algorithm>
-#include <array>
 #include <cfloat>
 #include <climits>
 
@@ -210,14 +210,40 @@ Json jsonOf(const HDNTBus& bus) {
     return json;
 }
 
+// Counts are those of the top level; what stands in the branches of ifs is not known before an expansion.
 Json netlistOf(const HDNTBlock& block) {
-    static const std::array<const char*, 4> sections = {"mapsto", "expandsto", "modifiedby", "retargetsto"};
-    const HDNTNetlist* const netlist = block.getNetlist();
+    const HDNTNetlist* const netlist = block.getAttachedNetlist();
     if (!netlist) return nullptr;
+    MappingPlaces places;
+    const yyltype* const location = netlist->getLocation();
+    const Place place = location ? places.placeOf(*location, &block) : Place();
+    const bool isMapLibrary = location && !location->fileName;
+    const unsigned short kind = block.getNetlistKind();
+    const bool isForAll =
+        kind == HDNTBlock::OwnNetlist || kind == HDNTBlock::OwnNetlistInChild || kind == HDNTBlock::AnyArchitecture;
     Json json;
-    json["section"] = sections[static_cast<size_t>(netlist->section())];
-    json["location"] = locationOf(*netlist);
+    json["section"] = sectionName(*netlist);
+    json["location"]["file"] = orNull(place.file);
+    json["location"]["line"] = place.isKnown() ? Json(place.line) : Json();
+    json["mapLibrary"] = isMapLibrary;
+    json["architecture"] = isForAll ? Json() : orNull(HDNTLibraryMgr::getLibraryMgr()->m_architecture);
+    json["instances"] = netlist->instances().size();
+    json["signals"] = netlist->signals().size();
+    json["connects"] = netlist->connects().size();
+    json["blockPropertyAssigns"] = netlist->blockPropertyAssigns().size();
+    json["pinPropertyAssigns"] = netlist->pinPropertyAssigns().size();
+    json["ifs"] = netlist->ifStmts().size();
+    json["calls"] = netlist->preInstanceCalls().size() + netlist->postInstanceCalls().size();
     return json;
+}
+
+// A map library that is broken was complained of already.
+void addMapping(Json& json, HDNTBlock& block) {
+    const bool hasMapping = block.getAttachedNetlist() != nullptr;
+    json["netlistKind"] = block.getNetlistKind();
+    json["netlist"] = netlistOf(block);
+    json["referencedInstance"] = hasMapping ? orNull(block.getReferencedInstanceName("")) : Json();
+    json["pseudoDifferentialExpansion"] = hasMapping && block.hasPseudoDifferentialExpansion("");
 }
 
 void addConfiguration(Json& json, const HDNTBlock& block) {
@@ -249,7 +275,7 @@ Json jsonOfGroup(const HDNTBlock& block, bool legacy) {
 
 } // namespace
 
-Json jsonOf(const HDNTBlock& block) {
+Json jsonOf(HDNTBlock& block) {
     Json json;
     json["name"] = block.getName();
     json["library"] = block.getLibrary()->getName();
@@ -262,8 +288,7 @@ Json jsonOf(const HDNTBlock& block) {
     json["tieCapable"] = block.getCanTiePins();
     json["group"] = jsonOfGroup(block, false);
     json["legacyGroup"] = jsonOfGroup(block, true);
-    json["netlistKind"] = block.getNetlistKind();
-    json["netlist"] = netlistOf(block);
+    addMapping(json, block);
     json["pinCount"] = block.getNumPins();
     json["busCount"] = block.getNumBuses();
     json["propertyCount"] = block.getNumProperties();

@@ -7,7 +7,8 @@ class HDNTBlock;
 namespace ntl {
 
 /// All that a block, its buses, pins and properties answer; docs/ntl.md says what each key means. For the architecture
-/// in force, if any. May load a map library, so standard output has to be redirected.
-Json jsonOf(const HDNTBlock& block);
+/// in force, if any. Its mapping is the one that is attached; what asks for more of it may load map libraries, so
+/// standard output has to be redirected.
+Json jsonOf(HDNTBlock& block);
 
 } // namespace ntl

@@ -9,5 +9,6 @@ namespace ntl {
 int runCheck(const Settings& settings);
 int runList(const Settings& settings);
 int runShow(const Settings& settings);
+int runExpand(const Settings& settings);
 
 } // namespace ntl

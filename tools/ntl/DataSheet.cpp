@@ -35,7 +35,8 @@ std::vector<std::string> setFlags(const Json& json, const std::vector<std::strin
 }
 
 std::string placeOf(const Json& location) {
-    return location.is_null() ? "" : cell(location["file"]) + ":" + cell(location["line"]);
+    if (location.is_null()) return "";
+    return cell(location["file"]) + (location["line"].is_null() ? "" : ":" + cell(location["line"]));
 }
 
 std::string groupText(const Json& group) {
@@ -165,6 +166,24 @@ std::string pinTable(const Json& block) {
     return text;
 }
 
+std::string mappingText(const Json& block) {
+    const Json& netlist = block["netlist"];
+    const auto number = [&](const char* key) { return netlist[key].get<size_t>(); };
+    Facts facts;
+    const std::string architecture = cell(netlist["architecture"]);
+    facts.add("declared at",
+              placeOf(netlist["location"]) + (netlist["mapLibrary"].get<bool>() ? " (map library)" : ""));
+    facts.add("architecture", architecture.empty() ? "any" : architecture);
+    facts.add("holds", joined({counted(number("instances"), "instance"), counted(number("signals"), "signal"),
+                               counted(number("connects"), "connect"),
+                               counted(number("blockPropertyAssigns") + number("pinPropertyAssigns"), "assignment"),
+                               counted(number("ifs"), "if"), counted(number("calls"), "call")},
+                              ", "));
+    facts.add("referenced instance", orDash(cell(block["referencedInstance"])));
+    facts.add("pseudo-differential", yesNo(block["pseudoDifferentialExpansion"]));
+    return title("Mapping: " + cell(netlist["section"])) + facts.text();
+}
+
 std::string configurationText(const Json& configuration) {
     Facts facts;
     const std::string architecture = cell(configuration["architecture"]);
@@ -195,6 +214,7 @@ std::string dataSheet(const Json& block) {
     text += pinTable(block);
     text += title("Properties: " + cell(block["propertyCount"]));
     text += propertyTable(block["properties"], "  ");
+    if (!block["netlist"].is_null()) text += mappingText(block);
     text += title("Configuration");
     return text + configurationText(block["configuration"]);
 }

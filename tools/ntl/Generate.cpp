@@ -37,9 +37,10 @@ std::string manOption(const OptionSpec& option) {
 std::string manMark(const std::string& text, bool literal) { return (literal ? "\\fB" : "\\fI") + roff(text) + "\\fR"; }
 
 std::string manPage() {
-    std::string text = ".TH NTL 1 \"\" \"ntl " + std::string(NTL_VERSION) +
-                       "\" \"User Commands\"\n.SH NAME\nntl \\- read, check and show NTL libraries\n.SH SYNOPSIS\n"
-                       ".HP\n\\fBntl\\fR [\\fIOPTION\\fR]... \\fICOMMAND\\fR ...\n";
+    std::string text =
+        ".TH NTL 1 \"\" \"ntl " + std::string(NTL_VERSION) +
+        "\" \"User Commands\"\n.SH NAME\nntl \\- read, check, show and expand NTL libraries\n.SH SYNOPSIS\n"
+        ".HP\n\\fBntl\\fR [\\fIOPTION\\fR]... \\fICOMMAND\\fR ...\n";
     for (const CommandSpec& command : commands()) text += ".HP\n" + usageLine(command, manMark) + "\n";
     text += ".SH OPTIONS\nThese may stand before or behind the command.\n";
     for (const OptionSpec& option : globalOptions()) text += manOption(option);
@@ -50,7 +51,7 @@ std::string manPage() {
         for (const OptionSpec& option : command.options) text += manOption(option);
     }
     return text + ".SH EXIT STATUS\n"
-                  ".TP\n0\nFine.\n.TP\n1\nThe input has errors, or a block that was asked for does not exist.\n"
+                  ".TP\n0\nFine.\n.TP\n1\nThe input has errors, or what was asked for does not exist or is refused.\n"
                   ".TP\n2\nWrong usage, an input that cannot be opened, or output that cannot be written.\n"
                   ".SH ENVIRONMENT\n"
                   ".TP\nNTL_PATH\nDirectories for INCLUDE and INLINE files, separated by colons, after those of \\-I.\n"
@@ -70,16 +71,6 @@ std::vector<std::string> optionNames(const std::vector<OptionSpec>& options) {
     return names;
 }
 
-std::vector<OptionSpec> allOptions() {
-    std::vector<OptionSpec> all = globalOptions();
-    for (const CommandSpec& command : commands())
-        for (const OptionSpec& option : command.options)
-            if (std::none_of(all.begin(), all.end(),
-                             [&](const OptionSpec& other) { return other.flags == option.flags; }))
-                all.push_back(option);
-    return all;
-}
-
 std::vector<std::string> commandNames() {
     std::vector<std::string> names;
     for (const CommandSpec& command : commands()) names.push_back(command.name);
@@ -95,14 +86,27 @@ std::string bashArguments(const OptionSpec& option) {
 
 const char* const blockNames = "ntl list 2>/dev/null | awk 'NR > 1 { print $1 }'";
 
+// Options with an argument: what may follow them, in a case on "command,option".
+std::string bashCases(const std::string& command, const std::vector<OptionSpec>& options) {
+    std::string text;
+    for (const OptionSpec& option : options) {
+        if (option.isPositional() || option.argument.empty()) continue;
+        std::vector<std::string> patterns = option.names();
+        for (std::string& pattern : patterns) pattern.insert(0, command + ",");
+        text += "    " + joined(patterns, "|") + ") " + bashArguments(option) + "; return ;;\n";
+    }
+    return text;
+}
+
 std::string bashCompletion() {
     std::string text = "# bash completion for ntl\n_ntl() {\n    local cur=${COMP_WORDS[COMP_CWORD]} "
-                       "prev=${COMP_WORDS[COMP_CWORD-1]} command= word\n    COMPREPLY=()\n    case $prev in\n";
-    for (const OptionSpec& option : allOptions())
-        if (!option.isPositional() && !option.argument.empty())
-            text += "    " + joined(option.names(), "|") + ") " + bashArguments(option) + "; return ;;\n";
-    text += "    esac\n    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n        case $word in " +
-            joined(commandNames(), "|") + ") command=$word; break ;; esac\n    done\n    case $command,$cur in\n";
+                       "prev=${COMP_WORDS[COMP_CWORD-1]} command= word\n    COMPREPLY=()\n"
+                       "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n        case $word in " +
+                       joined(commandNames(), "|") +
+                       ") command=$word; break ;; esac\n    done\n    case $command,$prev in\n" +
+                       bashCases("*", globalOptions());
+    for (const CommandSpec& command : commands()) text += bashCases(command.name, command.options);
+    text += "    esac\n    case $command,$cur in\n";
     for (const CommandSpec& command : commands()) {
         text += "    " + command.name + ",-*) COMPREPLY=($(compgen -W '" + joined(optionNames(command.options), " ") +
                 " " + joined(optionNames(globalOptions()), " ") + " --help' -- \"$cur\")) ;;\n";

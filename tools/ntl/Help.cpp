@@ -75,7 +75,8 @@ static std::string commandHelp(const CommandSpec& command) {
 
 std::string helpText(const CommandSpec* command) {
     if (command) return commandHelp(*command);
-    std::string text = "Usage: ntl [OPTION]... COMMAND ...\n\nReads, checks and shows NTL libraries.\n\nCommands:\n";
+    std::string text =
+        "Usage: ntl [OPTION]... COMMAND ...\n\nReads, checks, shows and expands NTL libraries.\n\nCommands:\n";
     for (const CommandSpec& each : commands()) text += wrapped("  " + each.name, each.summary, 26);
     text += optionList("Options", globalOptions());
     text += wrapped("  --version", "Print the version and exit.", 26);

@@ -7,6 +7,7 @@
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
+#include "tools/ntl/Setup.h"
 
 #include <algorithm>
 
@@ -65,12 +66,17 @@ static std::string placeText(const HDNTBlock& block) {
     return std::string(location->fileName) + ":" + std::to_string(location->fileLine);
 }
 
+static std::string mappingOf(const HDNTBlock& block) {
+    const HDNTNetlist* const netlist = block.getAttachedNetlist();
+    return netlist ? sectionName(*netlist) : "";
+}
+
 static std::string listText(const std::vector<HDNTBlock*>& blocks) {
-    Table table({"NAME", "GROUP", "PINS", "BUSES", "PROPERTIES", "MATURITY", "FLAGS", "SOURCE"});
+    Table table({"NAME", "GROUP", "PINS", "BUSES", "PROPERTIES", "MATURITY", "MAPPING", "FLAGS", "SOURCE"});
     for (const HDNTBlock* block : blocks)
         table.add({block->getName(), groupOf(*block, false), std::to_string(block->getNumPins()),
                    std::to_string(block->getNumBuses()), std::to_string(block->getNumProperties()),
-                   maturityName(block->getMaturityLevel()), flagsOf(*block), placeText(*block)});
+                   maturityName(block->getMaturityLevel()), mappingOf(*block), flagsOf(*block), placeText(*block)});
     return table.text();
 }
 
@@ -91,6 +97,7 @@ static std::string listJson(const OpenedLibrary& opened, const std::vector<HDNTB
         item["buses"] = block->getNumBuses();
         item["properties"] = block->getNumProperties();
         item["maturity"] = maturityName(block->getMaturityLevel());
+        item["mapping"] = orNull(mappingOf(*block));
         item["test"] = block->isTest();
         item["internal"] = block->isInternal();
         item["registered"] = isRegistered(*block);
@@ -100,11 +107,19 @@ static std::string listJson(const OpenedLibrary& opened, const std::vector<HDNTB
     return jsonText(json);
 }
 
+static bool loadMappings(const std::vector<HDNTBlock*>& blocks) {
+    bool fine = true;
+    for (HDNTBlock* block : blocks) fine = loadMapping(*block) && fine;
+    return fine;
+}
+
 int runList(const Settings& settings) {
+    enableByDefault(settings, "ntl.enableMapLib");
     const OpenedLibrary opened = openLibrary(settings);
     const std::vector<HDNTBlock*> blocks = chosenBlocks(opened, settings);
+    const bool fine = loadMappings(blocks);
     writeOutput(settings.json ? listJson(opened, blocks) : listText(blocks));
-    return Fine;
+    return fine ? Fine : Faulty;
 }
 
 } // namespace ntl

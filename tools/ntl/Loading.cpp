@@ -2,10 +2,13 @@
 
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
+#include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
+#include "tools/ntl/Suggest.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -112,6 +115,26 @@ OpenedLibrary openLibrary(const Settings& settings) {
     HDNTLibrary* library = nullptr;
     for (const std::string& path : paths) library = loader.load(path, library);
     return {library, isCommon, paths.back()};
+}
+
+HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name) {
+    if (HDNTBlock* const block = opened.library->getTypeBlockByName(name, true)) return block;
+    std::vector<std::string> known;
+    for (const HDNTBlock* block : blocksOf(*opened.library, true)) known.push_back(block->getName());
+    const std::vector<std::string> near = nearestNames(name, known);
+    complain("no block '" + name + "'" + (near.empty() ? "" : "; did you mean " + joined(near, ", ") + "?"));
+    return nullptr;
+}
+
+bool loadMapping(HDNTBlock& block) {
+    try {
+        const OutputToError redirect;
+        block.getNetlist(HDNTLibraryMgr::getLibraryMgr()->m_architecture);
+        return true;
+    } catch (const HEXAll& error) {
+        complain(block.getName() + ": " + error.what());
+        return false;
+    }
 }
 
 } // namespace ntl

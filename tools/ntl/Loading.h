@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+class HDNTBlock;
 class HDNTLibrary;
 
 namespace ntl {
@@ -60,12 +61,17 @@ std::vector<std::string> commonLibraryPaths();
 /// The paths behind --parent, the root first: empty, one or two.
 std::vector<std::string> parentPaths(const std::string& parent);
 
-/// The library of `list` and `show`. Its blocks are its own, or for the common library all up to the root.
+/// The library of `list`, `show` and `expand`. Its blocks are its own, or for the common library all up to the root.
 struct OpenedLibrary {
-    HDNTLibrary* library;
-    bool withParents;
+    HDNTLibrary* library = nullptr;
+    bool withParents = false;
     std::string path;
 };
 OpenedLibrary openLibrary(const Settings& settings);
+/// A block of it or its parents, case aside; null when there is none, which is then said with the names near to it.
+HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name);
+/// Attaches the mapping for the architecture in force, which may be in a map library. False when that library is
+/// broken, which is then said.
+bool loadMapping(HDNTBlock& block);
 
 } // namespace ntl

@@ -5,6 +5,7 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTNetlist.h"
 
 #include <array>
 #include <charconv>
@@ -65,6 +66,11 @@ std::string groupOf(const HDNTBlock& block, bool legacy) {
     const char* const group = block.getPrimGroupType(legacy);
     const char* const subGroup = block.getPrimSubGroupType(legacy);
     return (group ? group : "") + (subGroup ? std::string(":") + subGroup : "");
+}
+
+std::string sectionName(const HDNTNetlist& netlist) {
+    static const std::array<const char*, 4> names = {"mapsto", "expandsto", "modifiedby", "retargetsto"};
+    return names[static_cast<size_t>(netlist.section())];
 }
 
 std::string numberText(int value) { return std::to_string(value); }

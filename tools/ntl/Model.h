@@ -8,6 +8,7 @@
 class HDNTBlock;
 class HDNTBus;
 class HDNTLibrary;
+class HDNTNetlist;
 class HDNTPin;
 class HDNTProperty;
 
@@ -30,6 +31,9 @@ std::string maturityName(int level);
 std::string requiredValueName(HDNT_PIN_REQUIREDVALUE value);
 /// "GROUP:SUBGROUP" or "GROUP"; empty when there is none.
 std::string groupOf(const HDNTBlock& block, bool legacy);
+
+/// "mapsto", "expandsto", "modifiedby" or "retargetsto"
+std::string sectionName(const HDNTNetlist& netlist);
 
 std::string numberText(int value);
 /// The shortest text that reads back to the same number.

@@ -89,8 +89,8 @@ static CommandSpec checkCommand() {
 static CommandSpec listCommand() {
     return {"list",
             "list the blocks of a library",
-            "Writes a line for each block: name, group, number of pins, buses and properties, maturity, flags, and "
-            "where it is declared.",
+            "Writes a line for each block: name, group, number of pins, buses and properties, maturity, kind of "
+            "mapping, flags, and where it is declared.",
             {libraryOption(),
              parentOption(),
              searchOption(),
@@ -104,8 +104,8 @@ static CommandSpec listCommand() {
 static CommandSpec showCommand() {
     return {"show",
             "show the data sheet of a block",
-            "Writes all that is known of each BLOCK: pins and buses, properties, groups and flags, and what the "
-            "configuration says.",
+            "Writes all that is known of each BLOCK: pins and buses, properties, groups and flags, its mapping, and "
+            "what the configuration says.",
             {{"BLOCK", "", "Name of a block, case aside.", &Settings::blocks},
              libraryOption(),
              parentOption(),
@@ -114,8 +114,34 @@ static CommandSpec showCommand() {
             &runShow};
 }
 
+static CommandSpec expandCommand() {
+    return {"expand",
+            "apply the mapping of a block",
+            "Applies the mapping of each BLOCK to values of its properties and writes what it becomes: instances, "
+            "connections and values, with the place of the statement that each comes from and the branches that led "
+            "there. With --arch, map libraries for that architecture are used.\n"
+            "What is wrong with a mapping goes to standard error; the rest is written all the same.",
+            {{"BLOCK", "", "Name of a block, case aside.", &Settings::blocks},
+             libraryOption(),
+             parentOption(),
+             searchOption(),
+             {"--set", "NAME=VALUE", "Give a property of BLOCK a value other than its default. May be repeated.",
+              &Settings::propertyValues},
+             {"--connect", "PIN",
+              "Take a pin of BLOCK, or all pins of a bus, for connected. Others are not. May be repeated.",
+              &Settings::connectedPins},
+             {"--deep", "", "Apply the mappings of the instances, too, and so on.", &Settings::deep},
+             {"--format",
+              "FORMAT",
+              "Form of the output: ntl, json, or dot for Graphviz.",
+              &Settings::expansionFormat,
+              Completion::None,
+              {"ntl", "json", "dot"}}},
+            &runExpand};
+}
+
 const std::vector<CommandSpec>& commands() {
-    static const std::vector<CommandSpec> all = {checkCommand(), listCommand(), showCommand()};
+    static const std::vector<CommandSpec> all = {checkCommand(), listCommand(), showCommand(), expandCommand()};
     return all;
 }
 
@@ -163,7 +189,7 @@ static void refuseEmpty(const Settings& settings) {
 
 int runCommandLine(int argc, char** argv) {
     Settings settings;
-    CLI::App app("Reads, checks and shows NTL libraries.", "ntl");
+    CLI::App app("Reads NTL libraries.", "ntl");
     app.set_version_flag("--version", std::string("ntl ") + NTL_VERSION, "Print the version and exit.");
     app.require_subcommand(0, 1);
     for (const OptionSpec& option : globalOptions()) addOption(app, option, settings);
@@ -188,7 +214,7 @@ int runCommandLine(int argc, char** argv) {
         return Fine;
     }
     const CommandSpec* const command = chosen(app);
-    if (!command) throw Failure(Unusable, usageError(app, "A command is needed: check, list or show"));
+    if (!command) throw Failure(Unusable, usageError(app, "A command is needed: check, list, show or expand"));
     refuseEmpty(settings);
     setColors(settings.color);
     applyGlobalSettings(settings);

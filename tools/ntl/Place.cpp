@@ -69,6 +69,10 @@ Place placeOf(const yyltype& location) {
     return place;
 }
 
+int columnIn(const std::string& line, int scannedColumn) {
+    return characterColumn(advanced(Position(), line, scannedColumn), scannedColumn);
+}
+
 std::string describe(const Place& place) {
     std::string file = place.file.empty() ? "(unknown file)" : place.file;
     if (!place.isKnown()) return file;

@@ -23,6 +23,8 @@ struct Place {
 Place placeOf(const yyltype& location);
 /// To be called before the line store is emptied or filled anew.
 void forgetLines();
+/// The character of a line that the scanner's column stands for.
+int columnIn(const std::string& line, int scannedColumn);
 
 /// "file:line:column"; "file" when the line is not known.
 std::string describe(const Place& place);

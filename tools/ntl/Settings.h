@@ -29,6 +29,11 @@ struct Settings {
     std::string prefix;
     bool json = false;
     std::vector<std::string> blocks;
+
+    std::vector<std::string> propertyValues; ///< NAME=VALUE
+    std::vector<std::string> connectedPins;
+    bool deep = false;
+    std::string expansionFormat = "ntl";
 };
 
 } // namespace ntl

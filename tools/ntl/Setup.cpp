@@ -23,7 +23,7 @@
 
 namespace ntl {
 
-static std::pair<std::string, std::string> splitAssignment(const std::string& option, const std::string& text) {
+std::pair<std::string, std::string> splitAssignment(const std::string& option, const std::string& text) {
     const size_t sign = text.find('=');
     if (sign == text.npos || sign == 0)
         throw Failure(Unusable, option + ": '" + text + "' has no '='; write NAME=VALUE");

@@ -2,12 +2,18 @@
 
 #include "tools/ntl/Settings.h"
 
+#include <string>
+#include <utility>
+
 namespace ntl {
 
 /// Carries out the options of all commands: data directory, parameters, architecture, limits, search directories. Then
 /// reads the configuration files once, so that a broken one is told apart from a broken library. Throws
 /// Failure(Unusable).
 void applyGlobalSettings(const Settings& settings);
+
+/// The two sides of NAME=VALUE, given to an option. Throws Failure(Unusable) when there is no name or no "=".
+std::pair<std::string, std::string> splitAssignment(const std::string& option, const std::string& text);
 
 /// Switches a parameter on, unless the command line sets it.
 void enableByDefault(const Settings& settings, const std::string& parameter);

@@ -27,6 +27,7 @@ const std::vector<WarningRule>& warningRules() {
         {Warning::IncludeNotOpened, "include-not-opened", "The file of an INCLUDE or INLINE cannot be opened."},
         {Warning::UnterminatedString, "unterminated-string", "A string is not closed on its line."},
         {Warning::UnterminatedComment, "unterminated-comment", "A comment is not closed."},
+        {Warning::DroppedMapping, "dropped-mapping", "A mapping finds no block and is dropped."},
     };
     return rules;
 }
@@ -172,6 +173,8 @@ Finding findingOf(const HDNTNotice& notice) {
         return {Warning::IncludeNotOpened, place, "file \"" + text + "\" cannot be opened" + detail};
     case Kind::UnterminatedString:
         return {Warning::UnterminatedString, place, "string is not closed on its line: " + text};
+    case Kind::MappingDropped:
+        return {Warning::DroppedMapping, place, "mapping of block \"" + text + "\" is dropped" + detail};
     case Kind::UnterminatedComment: break;
     }
     return {Warning::UnterminatedComment, place, "comment is not closed"};

@@ -24,6 +24,7 @@ enum class Warning {
     IncludeNotOpened,
     UnterminatedString,
     UnterminatedComment,
+    DroppedMapping,
 };
 
 /// The codes never change and are never used again for something else; docs/ntl.md explains each.

@@ -1,0 +1,159 @@
+#include "hdnt/netlist/Evaluate.h"
+
+#include "hdnt/netlist/CompoundWalk.h"
+#include "hdnt/netlist/HDNTFunctionCall.h"
+#include "hdnt/netlist/HDNTFunctionDecl.h"
+#include "hdnt/netlist/HDNTFunctionTable.h"
+#include "hdnt/netlist/HDNTValue.h"
+#include "hdnt/platform/HEX.h"
+
+#include <vector>
+
+namespace hdnt::netlist {
+
+namespace {
+
+constexpr unsigned boolType = HATAttrTypes::TypeBool;
+constexpr unsigned intType = HATAttrTypes::TypeInt;
+constexpr unsigned doubleType = HATAttrTypes::TypeDouble;
+constexpr unsigned stringType = HATAttrTypes::TypeString;
+
+using TypeState = HDNTCompoundExpr::TypeState;
+
+bool isUnary(HDNTExpr::FOPERATOR op) { return op == HDNTExpr::NEGATE || op == HDNTExpr::NOT; }
+
+// The type of `a op b` for two operands of one comparison type.
+DerivedType resultType(HDNTExpr::FOPERATOR op, unsigned operand) {
+    const auto known = [](bool defined, unsigned code) {
+        return defined ? DerivedType{TypeState::Known, code} : DerivedType{TypeState::Failed, 0, true};
+    };
+    switch (op) {
+    case HDNTExpr::ADD:
+    case HDNTExpr::SUBTRACT:
+    case HDNTExpr::NEGATE:
+    case HDNTExpr::MULTIPLY:
+    case HDNTExpr::DIVIDE: return known(operand == intType || operand == doubleType, operand);
+    case HDNTExpr::REMAINDER: return known(operand == intType, operand);
+    case HDNTExpr::NOT_EQUAL:
+    case HDNTExpr::EQUAL: return known(operand <= stringType, boolType);
+    default: return known(operand <= doubleType, boolType);
+    }
+}
+
+// Operands that are missing are null.
+DerivedType combine(const HDNTCompoundExpr& expr, const DerivedType* left, const DerivedType* right) {
+    if (!right || (!left && !isUnary(expr.op()))) return {TypeState::Unknown};
+    for (const TypeState state : {TypeState::Failed, TypeState::Unknown})
+        if (right->state == state || (left && left->state == state)) return {state};
+    const unsigned code = HDNTExpr::comparisonType(right->code);
+    if (left && HDNTExpr::comparisonType(left->code) != code) return {TypeState::Failed, 0, true};
+    return resultType(expr.op(), code);
+}
+
+std::unique_ptr<HDNTValue> copyOf(const HDNTValue& value) {
+    if (const auto* const constant = dynamic_cast<const HDNTIntConstant*>(&value))
+        return std::make_unique<HDNTIntConstant>(constant->getValue());
+    if (const auto* const constant = dynamic_cast<const HDNTDoubleConstant*>(&value))
+        return std::make_unique<HDNTDoubleConstant>(constant->getValue());
+    if (const auto* const constant = dynamic_cast<const HDNTBoolConstant*>(&value))
+        return std::make_unique<HDNTBoolConstant>(constant->getValue());
+    return std::make_unique<HDNTStringConstant>(HDNTValue::getStringValue(&value));
+}
+
+std::unique_ptr<HDNTValue> call(const HDNTFunctionCall& expr) {
+    std::vector<std::unique_ptr<HDNTValue>> values;
+    std::vector<const HDNTValue*> arguments;
+    for (const HDNTExpr* actual : expr.actuals()) {
+        values.push_back(evaluate(*actual));
+        arguments.push_back(values.back().get());
+    }
+    const HDNTFunctionTable::Fn fn = HDNTFunctionTable::findInForce(expr.name());
+    if (!fn) throw HEXAlgException("HDNTNetlist: no implementation of function " + expr.name());
+    std::unique_ptr<HDNTValue> result = fn(expr, arguments);
+    if (!result && !expr.isStatement()) throw HEXAlgException("HDNTNetlist: invalid nullptr expression");
+    return result;
+}
+
+// One operation on the values of its operands; those that are missing are null.
+std::unique_ptr<HDNTValue> operate(const HDNTCompoundExpr& expr, const HDNTValue* left, const HDNTValue* right) {
+    if (left && right && left->getComparisonType() != right->getComparisonType())
+        throw HEXAlgException("HDNTNetlist: mismatched expression types");
+    if (!right || (!left && !isUnary(expr.op()))) throw HEXAlgException("HDNTNetlist: invalid nullptr expression");
+    const HDNTValue* const a = left ? left : right;
+    const auto with = [&](auto getValue) {
+        return std::unique_ptr<HDNTValue>(expr.operate(getValue(a), getValue(right)));
+    };
+    switch (right->getComparisonType()) {
+    case intType: return with(HDNTValue::getIntValue);
+    case doubleType: return with(HDNTValue::getDoubleValue);
+    case stringType: return with(HDNTValue::getStringValue);
+    default: return with(HDNTValue::getBoolValue);
+    }
+}
+
+// What has been found out of operands, the last one on top.
+template <typename Result>
+Result taken(std::vector<Result>& results, const HDNTExpr* operand) {
+    if (!operand) return Result();
+    Result top = std::move(results.back());
+    results.pop_back();
+    return top;
+}
+
+DerivedType typeOfLeaf(const HDNTExpr& expr) {
+    if (dynamic_cast<const HDNTValue*>(&expr)) return {TypeState::Known, expr.exprType()};
+    const auto* const functionCall = dynamic_cast<const HDNTFunctionCall*>(&expr);
+    const HDNTFunctionDecl* const decl = functionCall ? functionCall->getDecl() : nullptr;
+    if (!decl) return {TypeState::Unknown};
+    return {TypeState::Known, static_cast<unsigned>(decl->getType())};
+}
+
+std::unique_ptr<HDNTValue> valueOfLeaf(const HDNTExpr& expr) {
+    if (const auto* const value = dynamic_cast<const HDNTValue*>(&expr)) return copyOf(*value);
+    return call(dynamic_cast<const HDNTFunctionCall&>(expr));
+}
+
+} // namespace
+
+DerivedType typeOfOperation(const HDNTCompoundExpr& expr) {
+    const DerivedType left = expr.lhs() ? typeOf(*expr.lhs()) : DerivedType();
+    const DerivedType right = expr.rhs() ? typeOf(*expr.rhs()) : DerivedType();
+    return combine(expr, expr.lhs() ? &left : nullptr, expr.rhs() ? &right : nullptr);
+}
+
+DerivedType typeOf(const HDNTExpr& expr) {
+    const auto* const outermost = dynamic_cast<const HDNTCompoundExpr*>(&expr);
+    if (!outermost) return typeOfLeaf(expr);
+    if (outermost->typeState() != TypeState::NotDerived) return {outermost->typeState(), outermost->exprType()};
+    std::vector<DerivedType> types;
+    walkOver(
+        *outermost, [&](const HDNTExpr& leaf) { types.push_back(typeOfLeaf(leaf)); },
+        [&](const HDNTCompoundExpr& operation) {
+            const DerivedType right = taken(types, operation.rhs());
+            const DerivedType left = taken(types, operation.lhs());
+            types.push_back(combine(operation, operation.lhs() ? &left : nullptr, operation.rhs() ? &right : nullptr));
+        });
+    return types.back();
+}
+
+std::unique_ptr<HDNTValue> evaluate(const HDNTExpr& expr) {
+    const auto* const outermost = dynamic_cast<const HDNTCompoundExpr*>(&expr);
+    if (!outermost) return valueOfLeaf(expr);
+    std::vector<std::unique_ptr<HDNTValue>> values;
+    walkOver(
+        *outermost, [&](const HDNTExpr& leaf) { values.push_back(valueOfLeaf(leaf)); },
+        [&](const HDNTCompoundExpr& operation) {
+            const std::unique_ptr<HDNTValue> right = taken(values, operation.rhs());
+            const std::unique_ptr<HDNTValue> left = taken(values, operation.lhs());
+            values.push_back(operate(operation, left.get(), right.get()));
+        });
+    return std::move(values.back());
+}
+
+bool isTrue(const HDNTValue& value) {
+    if (const auto* const number = dynamic_cast<const HDNTIntConstant*>(&value)) return number->getValue() != 0;
+    if (const auto* const number = dynamic_cast<const HDNTDoubleConstant*>(&value)) return number->getValue() != 0.0;
+    return HDNTValue::getBoolValue(&value);
+}
+
+} // namespace hdnt::netlist

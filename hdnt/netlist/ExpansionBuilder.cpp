@@ -1,0 +1,269 @@
+#include "hdnt/netlist/ExpansionBuilder.h"
+
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/HDNTPin.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/Evaluate.h"
+#include "hdnt/netlist/HDNTAssignProperty.h"
+#include "hdnt/netlist/HDNTBlockInst.h"
+#include "hdnt/netlist/HDNTConnect.h"
+#include "hdnt/netlist/HDNTFunctionCall.h"
+#include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/netlist/HDNTSignal.h"
+#include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/netlist/HDNTValue.h"
+#include "hdnt/platform/HEX.h"
+#include "hdnt/platform/HSTStringUtils.h"
+
+#include <algorithm>
+
+namespace hdnt::netlist {
+
+namespace {
+
+using Value = HDNTExpansion::Value;
+
+Value plainValue(const HDNTValue& value) {
+    switch (value.exprType()) {
+    case HATAttrTypes::TypeBool: return HDNTValue::getBoolValue(&value);
+    case HATAttrTypes::TypeInt: return HDNTValue::getIntValue(&value);
+    case HATAttrTypes::TypeDouble: return HDNTValue::getDoubleValue(&value);
+    default: return HDNTValue::getStringValue(&value);
+    }
+}
+
+std::unique_ptr<HDNTValue> constantOf(const Value& value) {
+    if (const auto* const flag = std::get_if<bool>(&value)) return std::make_unique<HDNTBoolConstant>(*flag);
+    if (const auto* const number = std::get_if<int>(&value)) return std::make_unique<HDNTIntConstant>(*number);
+    if (const auto* const number = std::get_if<double>(&value)) return std::make_unique<HDNTDoubleConstant>(*number);
+    return std::make_unique<HDNTStringConstant>(std::get<std::string>(value));
+}
+
+Value defaultOf(const HDNTProperty& property) {
+    switch (property.getType()) {
+    case HATAttrTypes::TypeBool: return property.getDefaultBoolValue();
+    case HATAttrTypes::TypeInt: return property.getDefaultIntValue();
+    case HATAttrTypes::TypeDouble: return property.getDefaultDoubleValue();
+    case HATAttrTypes::TypeBitHex: return property.getDefaultHexValue();
+    case HATAttrTypes::TypeBitBinary: return property.getDefaultBinaryValue();
+    default: return property.getDefaultStringValue();
+    }
+}
+
+// Pins by full name, or all of a bus by its base name.
+std::vector<HDNTPin*> pinsNamed(const HDNTBlock& block, const std::string& name) {
+    std::vector<HDNTPin*> pins;
+    if (HDNTPin* const pin = block.getPinByName(name)) pins.push_back(pin);
+    else block.getBusPins(HSTStringUtils::to_upper_copy(name), pins);
+    return pins;
+}
+
+} // namespace
+
+MappedValues valuesOf(const HDNTExpansion::Level& level, size_t index) {
+    const HDNTExpansion::Instance& instance = level.instances[index];
+    MappedValues values;
+    for (const HDNTExpansion::PropertyValue& property : instance.properties)
+        if (property.pin.empty()) values.properties[HSTStringUtils::to_upper_copy(property.name)] = property.value;
+    for (const HDNTExpansion::Connection& connection : level.connections)
+        if (connection.instance == instance.name)
+            for (const HDNTPin* pin : pinsNamed(*instance.block, connection.pin))
+                values.connectedPins.insert(pin->getName(false));
+    return values;
+}
+
+ExpansionBuilder::ExpansionBuilder(HDNTExpansion::Level& level, const MappedValues& values,
+                                   std::vector<HDNTExpansion::Problem>& problems)
+    : level_(level), values_(values), problems_(problems) {
+    addStandardFunctions();
+}
+
+void ExpansionBuilder::build() {
+    const HDNTFunctionTable::Scope scope(functions_);
+    const HDNTNetlist& netlist = *level_.netlist;
+    const auto all = [this](const auto& entities) {
+        for (const auto* entity : entities) statement(*entity, HDNTExpansion::none);
+    };
+    all(netlist.preInstanceCalls());
+    all(netlist.instances());
+    for (const HDNTSignal* declared : netlist.signals()) signalNames_.insert(declared->name());
+    all(netlist.signals());
+    all(netlist.connects());
+    all(netlist.pinPropertyAssigns());
+    all(netlist.blockPropertyAssigns());
+    all(netlist.ifStmts());
+    all(netlist.postInstanceCalls());
+}
+
+void ExpansionBuilder::statement(const HDNTNetlistEntity& entity, size_t branch) {
+    if (const auto* const inst = dynamic_cast<const HDNTBlockInst*>(&entity)) return instance(*inst, branch);
+    if (const auto* const declared = dynamic_cast<const HDNTSignal*>(&entity)) return signal(*declared, branch);
+    if (const auto* const pins = dynamic_cast<const HDNTConnect*>(&entity)) return connect(*pins, branch);
+    if (const auto* const pinAssign = dynamic_cast<const HDNTAssignPinProperty*>(&entity))
+        return assign(*pinAssign, pinAssign->pinName(), branch);
+    if (const auto* const blockAssign = dynamic_cast<const HDNTAssignProperty*>(&entity))
+        return assign(*blockAssign, {}, branch);
+    if (const auto* const choice = dynamic_cast<const HDNTIfStmt*>(&entity)) return ifStatement(*choice, branch);
+    if (const auto* const made = dynamic_cast<const HDNTFunctionCall*>(&entity)) return call(*made, branch);
+    const auto* const block = dynamic_cast<const HDNTStmtBlock*>(&entity);
+    if (!block || !block->enabled()) return;
+    for (const HDNTNetlistEntity* inner : block->statements()) statement(*inner, branch);
+}
+
+void ExpansionBuilder::ifStatement(const HDNTIfStmt& stmt, size_t branch) {
+    bool taken = false;
+    if (!attempt(stmt, [&] { taken = isTrue(*evaluate(*stmt.condition())); })) return;
+    level_.branches.push_back({originOf(stmt, branch), taken});
+    const size_t inside = level_.branches.size() - 1;
+    if (const HDNTNetlistEntity* const chosen = taken ? stmt.thenStmt() : stmt.elseStmt()) statement(*chosen, inside);
+}
+
+void ExpansionBuilder::instance(const HDNTBlockInst& inst, size_t branch) {
+    HDNTBlock* type = nullptr; // the search may load the common library, which may fail
+    const bool sought = attempt(inst, [&] { type = inst.getTypeBlock(level_.block->getLibrary()); });
+    if (sought && !type) problem(inst, "There is no block " + inst.typeName() + ".");
+    if (!instanceByName_.emplace(inst.instName(), level_.instances.size()).second)
+        problem(inst, "There are two instances " + inst.instName() + ".");
+    level_.instances.push_back({inst.instName(), inst.typeName(), type, originOf(inst, branch), {}});
+}
+
+void ExpansionBuilder::signal(const HDNTSignal& signal, size_t branch) {
+    std::vector<std::string> names;
+    std::vector<int> bits;
+    // Lists inside statements are not replaced when the netlist is finalized.
+    if (dynamic_cast<const HDNTSigList*>(&signal)) signal.expandRangedNameNames(signal.name(), names, bits);
+    else names.push_back(signal.name());
+    for (size_t i = 0; i < names.size(); ++i) {
+        const std::string name = bits.empty() ? names[i] : names[i] + '[' + std::to_string(bits[i]) + ']';
+        signalNames_.insert(name);
+        level_.signals.push_back({name, originOf(signal, branch)});
+    }
+    if (signal.connect()) connect(*signal.connect(), branch);
+}
+
+void ExpansionBuilder::connect(const HDNTConnect& connect, size_t branch) {
+    const std::string& name = connect.signalName();
+    if (!signalNames_.contains(name) && name != "@0" && name != "@1")
+        problem(connect, "There is no signal " + name + ".");
+    for (const HDNTPinInst* reference : connect.pins()) {
+        const auto& pin = dynamic_cast<const HDNTBlockPinName&>(*reference);
+        const HDNTExpansion::Instance* const inst = pin.instName().empty() ? nullptr : findInstance(pin.instName());
+        const HDNTBlock* const block = inst ? inst->block : level_.block;
+        if (!inst && !pin.instName().empty()) problem(pin, "There is no instance " + pin.instName() + ".");
+        else if (block && pinsNamed(*block, pin.pinName()).empty())
+            problem(pin, "Block " + block->getName() + " has no pin " + pin.pinName() + ".");
+        const HDNTNode& at = pin.getLocation() ? static_cast<const HDNTNode&>(pin) : connect;
+        level_.connections.push_back({name, pin.instName(), pin.pinName(), pin.inverted(), originOf(at, branch)});
+    }
+}
+
+void ExpansionBuilder::assign(const HDNTAssignProperty& assign, const std::string& pin, size_t branch) {
+    HDNTExpansion::Instance* const inst = findInstance(assign.instName());
+    if (!inst) return problem(assign, "There is no instance " + assign.instName() + ".");
+    Value value;
+    if (!assign.value() || !attempt(assign, [&] { value = plainValue(*evaluate(*assign.value())); })) return;
+    if (inst->block) {
+        const HDNTProperty* const property = findProperty(*inst->block, pin, assign.propName());
+        std::string reason = "Block " + inst->block->getName() + (pin.empty() ? "" : ", pin " + pin) +
+                             " has no property " + assign.propName() + ".";
+        const auto accepts = [&](const auto& plain) { return property && property->isValidValue(plain, reason); };
+        if (!std::visit(accepts, value)) problem(assign, assign.propName() + ": " + reason);
+    }
+    const auto same = std::find_if(inst->properties.begin(), inst->properties.end(), [&](const auto& property) {
+        return property.pin == pin && HSTStringUtils::iequals(property.name, assign.propName());
+    });
+    if (same != inst->properties.end()) inst->properties.erase(same);
+    inst->properties.push_back({pin, assign.propName(), std::move(value), originOf(assign, branch)});
+}
+
+// A call without implementation is for the host to make; it is listed with its arguments.
+void ExpansionBuilder::call(const HDNTFunctionCall& call, size_t branch) {
+    HDNTExpansion::Call result{call.name(), {}, false, originOf(call, branch)};
+    const HDNTFunctionTable::Fn fn = HDNTFunctionTable::findInForce(call.name());
+    const bool evaluated = attempt(call, [&] {
+        std::vector<std::unique_ptr<HDNTValue>> values;
+        std::vector<const HDNTValue*> arguments;
+        for (const HDNTExpr* actual : call.actuals()) {
+            values.push_back(evaluate(*actual));
+            arguments.push_back(values.back().get());
+            result.arguments.push_back(plainValue(*values.back()));
+        }
+        if (!fn) return;
+        fn(call, arguments);
+        result.made = true;
+    });
+    if (evaluated) level_.calls.push_back(std::move(result));
+}
+
+template <typename Step>
+bool ExpansionBuilder::attempt(const HDNTNode& entity, Step&& step) {
+    try {
+        step();
+        return true;
+    } catch (const HEXAll& e) {
+        problem(entity, e.what());
+        return false;
+    }
+}
+
+void ExpansionBuilder::problem(const HDNTNode& entity, std::string message) {
+    problems_.push_back({std::move(message), originOf(entity, HDNTExpansion::none).location});
+}
+
+HDNTExpansion::Origin ExpansionBuilder::originOf(const HDNTNode& entity, size_t branch) const {
+    const yyltype* const location = entity.getLocation();
+    return {location ? *location : yyltype{}, branch};
+}
+
+HDNTExpansion::Instance* ExpansionBuilder::findInstance(const std::string& name) {
+    const auto found = instanceByName_.find(name);
+    return found == instanceByName_.end() ? nullptr : &level_.instances[found->second];
+}
+
+const HDNTProperty* ExpansionBuilder::findProperty(const HDNTBlock& block, const std::string& pin,
+                                                   const std::string& name) const {
+    if (pin.empty()) return block.getPropertyByName(name);
+    const std::vector<HDNTPin*> pins = pinsNamed(block, pin);
+    return pins.empty() ? nullptr : pins.front()->getPropertyByName(name);
+}
+
+void ExpansionBuilder::addStandardFunctions() {
+    const auto nameIn = [](const std::vector<const HDNTValue*>& arguments) {
+        if (arguments.size() != 1) throw HEXAlgException("The function takes one text");
+        return HDNTValue::getStringValue(arguments.front());
+    };
+    const auto addReader = [this, nameIn]<typename Wanted>(const char* name, Wanted) {
+        functions_.add(name,
+                       [this, nameIn](const HDNTFunctionCall& call, const std::vector<const HDNTValue*>& arguments) {
+                           const std::string property = nameIn(arguments);
+                           const Value value = propertyValue(property);
+                           if (!std::holds_alternative<Wanted>(value))
+                               throw HEXAlgException(call.name() + ": property " + property + " is of another type");
+                           return constantOf(value);
+                       });
+    };
+    addReader("intProperty", int());
+    addReader("doubleProperty", double());
+    addReader("boolProperty", bool());
+    addReader("stringProperty", std::string());
+    functions_.add("isConnected", [this, nameIn](const HDNTFunctionCall&, const auto& arguments) {
+        return constantOf(isConnected(nameIn(arguments)));
+    });
+}
+
+Value ExpansionBuilder::propertyValue(const std::string& name) const {
+    const auto given = values_.properties.find(HSTStringUtils::to_upper_copy(name));
+    if (given != values_.properties.end()) return given->second;
+    if (const HDNTProperty* const property = level_.block->getPropertyByName(name)) return defaultOf(*property);
+    throw HEXAlgException("Block " + level_.block->getName() + " has no property " + name);
+}
+
+bool ExpansionBuilder::isConnected(const std::string& pin) const {
+    const std::vector<HDNTPin*> pins = pinsNamed(*level_.block, pin);
+    if (pins.empty()) throw HEXAlgException("Block " + level_.block->getName() + " has no pin " + pin);
+    return std::any_of(pins.begin(), pins.end(),
+                       [this](const HDNTPin* found) { return values_.connectedPins.contains(found->getName(false)); });
+}
+
+} // namespace hdnt::netlist

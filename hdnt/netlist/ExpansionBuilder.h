@@ -1,0 +1,69 @@
+#pragma once
+
+#include "hdnt/netlist/HDNTExpansion.h"
+#include "hdnt/netlist/HDNTFunctionTable.h"
+
+#include <unordered_map>
+
+class HDNTAssignProperty;
+class HDNTBlockInst;
+class HDNTConnect;
+class HDNTExpr;
+class HDNTFunctionCall;
+class HDNTNetlistEntity;
+class HDNTNode;
+class HDNTProperty;
+class HDNTSignal;
+
+// Builds one level of an expansion. Internal.
+namespace hdnt::netlist {
+
+/// What is known of the block being mapped. Properties that are not listed have their defaults.
+struct MappedValues {
+    std::map<std::string, HDNTExpansion::Value> properties; ///< by upper-cased name
+    std::set<std::string> connectedPins;                    ///< full names
+};
+
+/// The values that an instance of a level hands to its own mapping.
+MappedValues valuesOf(const HDNTExpansion::Level& level, size_t instance);
+
+class ExpansionBuilder {
+public:
+    /// All three are borrowed; the level has block and netlist set and nothing in it.
+    ExpansionBuilder(HDNTExpansion::Level& level, const MappedValues& values,
+                     std::vector<HDNTExpansion::Problem>& problems);
+    /// Walks the netlist in the order in which visitors see it.
+    void build();
+
+private:
+    using Value = HDNTExpansion::Value;
+
+    void statement(const HDNTNetlistEntity& entity, size_t branch);
+    void ifStatement(const HDNTIfStmt& stmt, size_t branch);
+    void instance(const HDNTBlockInst& inst, size_t branch);
+    void signal(const HDNTSignal& signal, size_t branch);
+    void connect(const HDNTConnect& connect, size_t branch);
+    void assign(const HDNTAssignProperty& assign, const std::string& pin, size_t branch);
+    void call(const HDNTFunctionCall& call, size_t branch);
+
+    /// Runs a step; what it throws becomes a problem at the entity. False then.
+    template <typename Step>
+    bool attempt(const HDNTNode& entity, Step&& step);
+    void problem(const HDNTNode& entity, std::string message);
+    HDNTExpansion::Origin originOf(const HDNTNode& entity, size_t branch) const;
+    HDNTExpansion::Instance* findInstance(const std::string& name);
+    const HDNTProperty* findProperty(const HDNTBlock& block, const std::string& pin, const std::string& name) const;
+
+    void addStandardFunctions();
+    Value propertyValue(const std::string& name) const;
+    bool isConnected(const std::string& pin) const;
+
+    HDNTExpansion::Level& level_;
+    const MappedValues& values_;
+    std::vector<HDNTExpansion::Problem>& problems_;
+    HDNTFunctionTable functions_;
+    std::unordered_map<std::string, size_t> instanceByName_;
+    std::set<std::string> signalNames_;
+};
+
+} // namespace hdnt::netlist

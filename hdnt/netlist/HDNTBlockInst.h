@@ -1,0 +1,25 @@
+#pragma once
+
+#include "hdnt/netlist/HDNTNetlistEntity.h"
+#include "hdnt/platform/HSTUniqString.h"
+
+class HDNTBlock;
+class HDNTLibrary;
+
+/// An instance of another block: `inst "U0" "FLOP_RISE";`, the instance's name first.
+class HDNT_API HDNTBlockInst : public HDNTNetlistEntity {
+public:
+    HDNTBlockInst(const std::string& instName, const std::string& typeName)
+        : instName_(instName), typeName_(typeName) {}
+    void accept(HDNTVisitor& visitor) override;
+
+    const std::string& instName() const { return instName_.str(); }
+    const std::string& typeName() const { return typeName_.str(); }
+    /// The instantiated block in `lib` (null: none) and its parents, else in the common library, which is loaded for
+    /// that; null when there is none. Case aside.
+    HDNTBlock* getTypeBlock(HDNTLibrary* lib) const;
+
+private:
+    HSTUniqString instName_;
+    HSTUniqString typeName_;
+};

@@ -1,0 +1,33 @@
+#include "hdnt/netlist/HDNTConnect.h"
+
+#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/netlist/HDNTSignal.h"
+
+#include <memory>
+#include <string_view>
+
+HDNTBlockPinName::HDNTBlockPinName(const std::string& instName, const std::string& pinName)
+    : instName_(instName), inverted_(pinName.starts_with('~')) {
+    pinName_ = HSTUniqString(std::string_view(pinName).substr(inverted_ ? 1 : 0));
+}
+
+HDNTConnect::HDNTConnect(const std::string& signalName, std::vector<HDNTPinInst*>* pins) : signalName_(signalName) {
+    const std::unique_ptr<std::vector<HDNTPinInst*>> owned(pins);
+    if (pins) pins_ = std::move(*pins);
+}
+
+HDNTConnect::~HDNTConnect() {
+    for (const HDNTPinInst* pin : pins_) delete pin;
+}
+
+void HDNTConnect::check() {
+    if (!getSignal()) HDNTError::NoValidSignalOnConnectStmt(getLocation());
+}
+
+HDNTSignal* HDNTConnect::getSignal() const {
+    if (auto* const signal = dynamic_cast<HDNTSignal*>(getParent())) return signal;
+    for (HDNTNode* node = getParent(); node; node = node->getParent())
+        if (const auto* const netlist = dynamic_cast<HDNTNetlist*>(node)) return netlist->getSignal(signalName());
+    return nullptr;
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "hdnt/netlist/HDNTNetlistEntity.h"
+#include "hdnt/platform/HSTUniqString.h"
+
+class HDNTSignal;
+
+/// A reference to a pin in a netlist.
+class HDNT_API HDNTPinInst : public HDNTNode {
+public:
+    HDNTPinInst() = default;
+    HDNTPinInst(const HDNTPinInst&) = delete;
+    void check() override = 0;
+    virtual void accept(HDNTVisitor& visitor) = 0;
+};
+
+/// A pin of an instance, or of the mapped block itself when the instance name is empty.
+class HDNT_API HDNTBlockPinName : public HDNTPinInst {
+public:
+    /// A pin name that begins with "~" means the pin inverted.
+    HDNTBlockPinName(const std::string& instName, const std::string& pinName);
+    void check() override {}
+    void accept(HDNTVisitor& visitor) override;
+
+    const std::string& instName() const { return instName_.str(); }
+    /// Without "~"; a bit as in `D[3]`.
+    const std::string& pinName() const { return pinName_.str(); }
+    bool inverted() const { return inverted_; }
+
+private:
+    HSTUniqString instName_;
+    HSTUniqString pinName_;
+    bool inverted_;
+};
+
+/// Pins that are connected to a signal: `connect "N1" : "U0" "Q", "O";`.
+class HDNT_API HDNTConnect : public HDNTNetlistEntity {
+public:
+    /// Takes over the pins and deletes the vector, which may be null.
+    HDNTConnect(const std::string& signalName, std::vector<HDNTPinInst*>* pins);
+    ~HDNTConnect() override;
+    /// Reports a signal that is not declared.
+    void check() override;
+    void accept(HDNTVisitor& visitor) override;
+
+    const std::string& signalName() const { return signalName_.str(); }
+    const std::vector<HDNTPinInst*>& pins() const { return pins_; }
+    /// The signal that declared this connect, or the netlist's signal of that name; null when there is none.
+    HDNTSignal* getSignal() const;
+
+private:
+    HSTUniqString signalName_;
+    std::vector<HDNTPinInst*> pins_;
+};

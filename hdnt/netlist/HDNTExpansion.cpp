@@ -1,0 +1,139 @@
+#include "hdnt/netlist/HDNTExpansion.h"
+
+#include "hdnt/frontend/HDNTLimits.h"
+#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTPin.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/ExpansionBuilder.h"
+#include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/platform/HSTStringUtils.h"
+
+#include <algorithm>
+#include <charconv>
+
+using Type = HATAttrTypes::AttrType;
+
+HDNTExpansion::HDNTExpansion(HDNTBlock& block, std::string architecture)
+    : block_(block), architecture_(std::move(architecture)) {
+    if (architecture_.empty()) architecture_ = HDNTLibraryMgr::getLibraryMgr()->m_architecture;
+}
+
+HDNTExpansion::~HDNTExpansion() = default;
+
+bool HDNTExpansion::setProperty(const std::string& name, const Value& value, std::string& reason) {
+    const HDNTProperty* const property = block_.getPropertyByName(name);
+    if (!property) {
+        reason = "Block " + block_.getName() + " has no property " + name + ".";
+        return false;
+    }
+    if (!std::visit([&](const auto& plain) { return property->isValidValue(plain, reason); }, value)) return false;
+    properties_[HSTStringUtils::to_upper_copy(name)] = value;
+    return true;
+}
+
+template <typename Number>
+static bool readNumber(const std::string& text, Number& number) {
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, number);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+bool HDNTExpansion::setPropertyText(const std::string& name, const std::string& text, std::string& reason) {
+    const HDNTProperty* const property = block_.getPropertyByName(name);
+    Value value = text;
+    bool readable = true;
+    switch (property ? property->getType() : Type::TypeString) {
+    case Type::TypeBool:
+        value = text == "true";
+        readable = text == "true" || text == "false";
+        break;
+    case Type::TypeInt: readable = readNumber(text, value.emplace<int>()); break;
+    case Type::TypeDouble: readable = readNumber(text, value.emplace<double>()); break;
+    default: break;
+    }
+    if (readable) return setProperty(name, value, reason);
+    reason = "\"" + text + "\" is no value of type " + HDNTProperty::getTypeName(property->getType()) + ".";
+    return false;
+}
+
+bool HDNTExpansion::connect(const std::string& pin, std::string& reason) {
+    std::vector<HDNTPin*> pins;
+    if (HDNTPin* const single = block_.getPinByName(pin)) pins.push_back(single);
+    else block_.getBusPins(HSTStringUtils::to_upper_copy(pin), pins);
+    for (const HDNTPin* found : pins) connectedPins_.insert(found->getName(false));
+    if (pins.empty()) reason = "Block " + block_.getName() + " has no pin " + pin + ".";
+    return !pins.empty();
+}
+
+bool HDNTExpansion::expand(bool deep) {
+    levels_.clear();
+    problems_.clear();
+    numInstances_ = 0;
+    tooMany_ = false;
+    HDNTNetlist* const netlist = block_.getNetlist(architecture_);
+    if (!netlist) return false;
+    const auto add = [&](Level level, hdnt::netlist::MappedValues values) {
+        levels_.push_back(std::move(level));
+        hdnt::netlist::ExpansionBuilder(levels_.back(), values, problems_).build();
+        countInstances(levels_.back());
+    };
+    Level outermost;
+    outermost.block = &block_;
+    outermost.netlist = netlist;
+    add(std::move(outermost), {properties_, connectedPins_});
+    for (size_t level = 0; deep && level < levels_.size(); ++level) {
+        for (size_t i = 0; i < levels_[level].instances.size(); ++i) {
+            Level inner;
+            if (!enterInstance(level, i, inner)) continue;
+            levels_[level].instances[i].level = levels_.size();
+            const hdnt::netlist::MappedValues values = hdnt::netlist::valuesOf(levels_[level], i);
+            add(std::move(inner), values);
+        }
+    }
+    return problems_.empty();
+}
+
+// Prepares the level of an instance that has a mapping of its own; false when it has none or must not be entered.
+bool HDNTExpansion::enterInstance(size_t level, size_t index, Level& inner) {
+    const Instance& instance = levels_[level].instances[index];
+    HDNTNetlist* const netlist = instance.block ? instance.block->getNetlist(architecture_) : nullptr;
+    if (!netlist || tooMany_ || isOnPath(level, instance)) return false;
+    inner.block = instance.block;
+    inner.netlist = netlist;
+    inner.outer = level;
+    inner.path = levels_[level].path.empty() ? instance.name : levels_[level].path + '/' + instance.name;
+    return true;
+}
+
+void HDNTExpansion::countInstances(const Level& level) {
+    numInstances_ += level.instances.size();
+    const size_t limit = static_cast<size_t>(std::max(HDNTLimits::get().expansionInstances, 0L));
+    if (tooMany_ || numInstances_ <= limit) return;
+    tooMany_ = true;
+    problems_.push_back({"More than " + std::to_string(limit) + " instances (limit expansionInstances).",
+                         level.instances.front().origin.location});
+}
+
+// A block on the way to itself would be expanded without end; the whole way is reported.
+bool HDNTExpansion::isOnPath(size_t level, const Instance& instance) {
+    std::string way = instance.block->getName();
+    for (size_t at = level; at != none; at = levels_[at].outer) {
+        way = levels_[at].block->getName() + " -> " + way;
+        if (levels_[at].block != instance.block) continue;
+        problems_.push_back({"Mappings lead in a circle: " + way, instance.origin.location});
+        return true;
+    }
+    return false;
+}
+
+std::string HDNTExpansion::textOf(const Value& value) {
+    if (const auto* const text = std::get_if<std::string>(&value)) return *text;
+    if (const auto* const flag = std::get_if<bool>(&value)) return *flag ? "true" : "false";
+    if (const auto* const number = std::get_if<int>(&value)) return std::to_string(*number);
+    char digits[64];
+    const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, std::get<double>(value));
+    std::string text(digits, end.ptr);
+    if (text.find_first_not_of("-0123456789") == text.npos) text += ".0";
+    return text;
+}

@@ -1,0 +1,25 @@
+#include "hdnt/netlist/HDNTExpr.h"
+
+#include "hdnt/netlist/HDNTValue.h"
+
+HDNTExpr::HDNTExpr() = default;
+HDNTExpr::~HDNTExpr() = default;
+
+unsigned HDNTExpr::comparisonType(unsigned type) {
+    const bool text = type == HATAttrTypes::TypeBitHex || type == HATAttrTypes::TypeBitBinary;
+    return text ? static_cast<unsigned>(HATAttrTypes::TypeString) : type;
+}
+
+HDNTExpr* HDNTExpr::getEvaluatedExpr() const {
+    if (dynamic_cast<const HDNTValue*>(this)) return const_cast<HDNTExpr*>(this);
+    return evaluatedExpr_.get();
+}
+
+void HDNTExpr::setEvaluatedExpr(HDNTExpr* expr) {
+    if (expr != evaluatedExpr_.get()) evaluatedExpr_.reset(expr);
+}
+
+const char* HDNTExpr::getStringOperator(FOPERATOR op) {
+    static const char* const texts[] = {"+", "-", "", "*", "/", "%", "&&", "||", "", ">", "<", "<=", ">=", "!=", "=="};
+    return op <= EQUAL ? texts[op] : "";
+}

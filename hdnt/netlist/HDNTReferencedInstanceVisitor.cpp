@@ -1,0 +1,33 @@
+#include "hdnt/netlist/HDNTReferencedInstanceVisitor.h"
+
+#include "hdnt/model/ArchTables.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/netlist/HDNTBlockInst.h"
+#include "hdnt/netlist/HDNTFunctionCall.h"
+
+#include <algorithm>
+
+void HDNTReferencedInstanceVisitor::visit(HDNTBlockInst* inst) {
+    if (instCount_ == 0) recordedName_ = inst->instName();
+    ++instCount_;
+}
+
+void HDNTReferencedInstanceVisitor::visit(HDNTIfStmt*) {
+    if (instCount_ > 0) instCount_ = 0;
+}
+
+void HDNTReferencedInstanceVisitor::elseVisit(HDNTIfStmt*) {
+    if (instCount_ == 1) instCount_ = 0;
+}
+
+void HDNTPseudoDiffVisitor::visit(HDNTBlockInst* inst) {
+    const HDNTBlock* const type = inst->getTypeBlock(library_);
+    found_ |= type && type->canBePseudoDifferential();
+}
+
+void HDNTPseudoDiffVisitor::visit(HDNTFunctionCall* call) {
+    if (!library_) return;
+    const auto& functions = library_->getArchTables().pseudoDifferentialFunctions;
+    found_ |= std::find(functions.begin(), functions.end(), call->name()) != functions.end();
+}

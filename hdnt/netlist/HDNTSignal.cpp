@@ -1,0 +1,46 @@
+#include "hdnt/netlist/HDNTSignal.h"
+
+#include "hdnt/netlist/HDNTConnect.h"
+#include "hdnt/netlist/HDNTNetlist.h"
+
+HDNTSignal::HDNTSignal(const std::string& name, std::vector<HDNTPinInst*>* pins) : name_(name) {
+    if (pins) connect_ = std::make_unique<HDNTConnect>(name, pins);
+}
+
+HDNTSignal::HDNTSignal(const std::string& name, std::nullptr_t) : name_(name) {}
+
+HDNTSignal::HDNTSignal(const std::string& name, HDNTSigList* sigList) : name_(name), sigList_(sigList) {}
+
+HDNTSignal::~HDNTSignal() = default;
+
+void HDNTSignal::finalize() {
+    isOne_ = name() == "@1";
+    isZero_ = name() == "@0";
+    if (connect_) connect_->setParent(this);
+}
+
+HDNTBlock* HDNTSignal::getBlock() {
+    const HDNTNetlist* const netlist = getNetlist();
+    return netlist ? netlist->getTypeBlock() : nullptr;
+}
+
+bool HDNTSigList::expand(std::vector<HDNTSignal*>& out) {
+    const auto append = [&](const std::string& name, HDNTSigList* list) {
+        auto signal = std::make_unique<HDNTSignal>(name, list);
+        if (const yyltype* const location = getLocation()) signal->setLocation(*location);
+        out.push_back(signal.get());
+        return signal.release();
+    };
+    if (!isMultipleInstances(name())) {
+        append(name(), nullptr);
+        return false;
+    }
+    std::vector<std::string> names;
+    std::vector<int> indices;
+    expandRangedNameNames(name(), names, indices);
+    for (size_t i = 0; i < names.size(); ++i) {
+        HDNTSignal* const signal = append(names[i] + '[' + std::to_string(indices[i]) + ']', this);
+        if (!firstExpanded_) firstExpanded_ = signal;
+    }
+    return true;
+}

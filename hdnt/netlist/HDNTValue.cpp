@@ -1,0 +1,27 @@
+#include "hdnt/netlist/HDNTValue.h"
+
+#include "hdnt/platform/HEX.h"
+
+template <typename Constant>
+static const Constant& constantOf(const HDNTExpr* expr, const char* type) {
+    if (const auto* const constant = dynamic_cast<const Constant*>(expr)) return *constant;
+    throw HEXAlgException(std::string("Attribute type mismatch (not ") + type + ") in block mapping");
+}
+
+int HDNTValue::getIntValue(const HDNTExpr* expr) { return constantOf<HDNTIntConstant>(expr, "int").getValue(); }
+
+double HDNTValue::getDoubleValue(const HDNTExpr* expr) {
+    return constantOf<HDNTDoubleConstant>(expr, "double").getValue();
+}
+
+const std::string& HDNTValue::getStringValue(const HDNTExpr* expr) {
+    return constantOf<HDNTStringConstant>(expr, "string").getValue();
+}
+
+bool HDNTValue::getBoolValue(const HDNTExpr* expr) {
+    if (const auto* const text = dynamic_cast<const HDNTStringConstant*>(expr)) {
+        if (text->getValue() == "TRUE") return true;
+        if (text->getValue() == "FALSE") return false;
+    }
+    return constantOf<HDNTBoolConstant>(expr, "bool").getValue();
+}

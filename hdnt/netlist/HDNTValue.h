@@ -1,0 +1,58 @@
+#pragma once
+
+#include "hdnt/netlist/HDNTExpr.h"
+#include "hdnt/platform/HSTUniqString.h"
+
+/// A constant. It is its own value.
+class HDNT_API HDNTValue : public HDNTExpr {
+public:
+    void evaluate() override {}
+
+    // The value of a constant of exactly that class. Anything else, null included, throws HEXAlgException
+    // "Attribute type mismatch (not int) in block mapping", or double, string, bool.
+    static int getIntValue(const HDNTExpr* expr);
+    static double getDoubleValue(const HDNTExpr* expr);
+    static const std::string& getStringValue(const HDNTExpr* expr);
+    /// Takes the texts "TRUE" and "FALSE" too.
+    static bool getBoolValue(const HDNTExpr* expr);
+};
+
+class HDNT_API HDNTIntConstant : public HDNTValue {
+public:
+    explicit HDNTIntConstant(int value) : value_(value) { setExprType(HATAttrTypes::TypeInt); }
+    void accept(HDNTVisitor& visitor) override;
+    int getValue() const { return value_; }
+
+private:
+    int value_;
+};
+
+class HDNT_API HDNTDoubleConstant : public HDNTValue {
+public:
+    explicit HDNTDoubleConstant(double value) : value_(value) { setExprType(HATAttrTypes::TypeDouble); }
+    void accept(HDNTVisitor& visitor) override;
+    double getValue() const { return value_; }
+
+private:
+    double value_;
+};
+
+class HDNT_API HDNTBoolConstant : public HDNTValue {
+public:
+    explicit HDNTBoolConstant(bool value) : value_(value) { setExprType(HATAttrTypes::TypeBool); }
+    void accept(HDNTVisitor& visitor) override;
+    bool getValue() const { return value_; }
+
+private:
+    bool value_;
+};
+
+class HDNT_API HDNTStringConstant : public HDNTValue {
+public:
+    explicit HDNTStringConstant(const std::string& value) : value_(value) { setExprType(HATAttrTypes::TypeString); }
+    void accept(HDNTVisitor& visitor) override;
+    const std::string& getValue() const { return value_.str(); }
+
+private:
+    HSTUniqString value_;
+};

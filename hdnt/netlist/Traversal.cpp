@@ -1,0 +1,131 @@
+// Every accept() of the model: the order in which visitors see it.
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/HDNTPin.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/CompoundWalk.h"
+#include "hdnt/netlist/HDNTAssignProperty.h"
+#include "hdnt/netlist/HDNTBlockInst.h"
+#include "hdnt/netlist/HDNTCompoundExpr.h"
+#include "hdnt/netlist/HDNTConnect.h"
+#include "hdnt/netlist/HDNTFunctionCall.h"
+#include "hdnt/netlist/HDNTFunctionDecl.h"
+#include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/netlist/HDNTSignal.h"
+#include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/netlist/HDNTValue.h"
+#include "hdnt/netlist/HDNTVisitor.h"
+
+HDNTVisitor::~HDNTVisitor() = default;
+
+template <typename Node>
+static void acceptAll(const std::vector<Node*>& nodes, HDNTVisitor& visitor) {
+    for (Node* node : nodes) node->accept(visitor);
+}
+
+void HDNTLibrary::accept(HDNTVisitor& visitor) {
+    visitor.visit(this);
+    acceptAll(functions_, visitor);
+    for (size_t i = 0; i < getNumTypeBlocks(true); ++i) getTypeBlock(i)->accept(visitor);
+    visitor.postVisit(this);
+}
+
+void HDNTFunctionDecl::accept(HDNTVisitor& visitor) { visitor.visit(this); }
+
+void HDNTBlock::accept(HDNTVisitor& visitor) {
+    visitor.visit(this);
+    acceptAll(buses_, visitor);
+    acceptAll(pins_, visitor);
+    acceptAll(properties_, visitor);
+    visitor.postVisit(this);
+    if (HDNTNetlist* const netlist = getNetlist()) netlist->accept(visitor);
+}
+
+void HDNTBus::accept(HDNTVisitor& visitor) {
+    visitor.visit(this);
+    acceptAll(properties_, visitor);
+    visitor.postVisit(this);
+}
+
+void HDNTPin::accept(HDNTVisitor& visitor) { visitor.visit(this); }
+void HDNTProperty::accept(HDNTVisitor& visitor) { visitor.visit(this); }
+
+void HDNTNetlist::accept(HDNTVisitor& visitor) {
+    if (!visitor.enter(this)) return;
+    const auto section = [&](const auto& entities) {
+        if (!entities.empty()) visitor.sectionSeparator(this);
+        acceptAll(entities, visitor);
+    };
+    visitor.visit(this);
+    acceptAll(preInstanceCalls_, visitor);
+    acceptAll(instances_, visitor);
+    section(signals_);
+    section(connects_);
+    section(pinPropertyAssigns_);
+    section(blockPropertyAssigns_);
+    section(ifStmts_);
+    acceptAll(postInstanceCalls_, visitor);
+    visitor.postVisit(this);
+}
+
+void HDNTBlockInst::accept(HDNTVisitor& visitor) { visitor.visit(this); }
+
+void HDNTSignal::accept(HDNTVisitor& visitor) {
+    visitor.visit(this);
+    if (connect_) connect_->accept(visitor);
+    visitor.postVisit(this);
+}
+
+void HDNTConnect::accept(HDNTVisitor& visitor) {
+    visitor.visit(this);
+    acceptAll(pins_, visitor);
+    visitor.postVisit(this);
+}
+
+void HDNTBlockPinName::accept(HDNTVisitor& visitor) { visitor.visit(this); }
+
+template <typename Assign>
+static void acceptAssign(Assign* assign, HDNTVisitor& visitor) {
+    visitor.visit(assign);
+    if (HDNTExpr* const value = assign->value()) value->accept(visitor);
+    visitor.postVisit(assign);
+}
+
+void HDNTAssignBlockProperty::accept(HDNTVisitor& visitor) { acceptAssign(this, visitor); }
+void HDNTAssignPinProperty::accept(HDNTVisitor& visitor) { acceptAssign(this, visitor); }
+
+void HDNTStmtBlock::accept(HDNTVisitor& visitor) {
+    if (!enabled()) return;
+    visitor.visit(this);
+    acceptAll(statements_, visitor);
+    visitor.postVisit(this);
+}
+
+// postVisit comes between the condition and the branches.
+void HDNTIfStmt::accept(HDNTVisitor& visitor) {
+    visitor.visit(this);
+    if (condition_) condition_->accept(visitor);
+    visitor.postVisit(this);
+    if (thenStmt_) thenStmt_->accept(visitor);
+    if (!elseStmt_) return;
+    visitor.elseVisit(this);
+    elseStmt_->accept(visitor);
+}
+
+void HDNTFunctionCall::accept(HDNTVisitor& visitor) {
+    visitor.visit(this);
+    acceptAll(actuals_, visitor);
+    visitor.postVisit(this);
+}
+
+// An operator is visited between its operands.
+void HDNTCompoundExpr::accept(HDNTVisitor& visitor) {
+    hdnt::netlist::walk(
+        *this, [&](HDNTExpr& leaf) { leaf.accept(visitor); }, [&](HDNTCompoundExpr& expr) { visitor.visit(&expr); },
+        [&](HDNTCompoundExpr& expr) { visitor.postVisit(&expr); });
+}
+
+void HDNTIntConstant::accept(HDNTVisitor& visitor) { visitor.visit(this); }
+void HDNTDoubleConstant::accept(HDNTVisitor& visitor) { visitor.visit(this); }
+void HDNTBoolConstant::accept(HDNTVisitor& visitor) { visitor.visit(this); }
+void HDNTStringConstant::accept(HDNTVisitor& visitor) { visitor.visit(this); }

@@ -1,0 +1,154 @@
+#include "tests/support/Library.h"
+
+#include <gtest/gtest.h>
+
+using support::loaded;
+using support::Reports;
+using support::Texts;
+
+static const char* const rebuilt = R"(library "L" {
+function int intProperty(string);
+function bool boolProperty(string);
+function string stringProperty(string);
+function bool isConnected(string);
+function int tell(string, int);
+block "AND_2" { pin "A[1:0]" input; pin "O" output { property double "LOAD" { min = 0.0, max = 2.0 } } property int "SIZE" { min = 1, max = 4 } }
+block "HOLD" { pin "D" input; pin "Q" output; property int "WIDTH" { min = 0, max = 9, default = 3 } property bool "FAST" false; property string "MODE" { default = "A" } property 8'h "INIT" { default = 8'h5 } }
+mapsto {
+    tell("start", intProperty("WIDTH"));
+    inst "U0" "AND_2";
+    signal "N[1:0]";
+    connect "N[1]" : "U0" "A[1]", "~D";
+    connect "@0" : "U0" "A[0]";
+    assign block property "U0" "SIZE" 1 + intProperty("WIDTH") % 3;
+    if (intProperty("WIDTH") > 4) {
+        inst "U1" "AND_2";
+        if (boolProperty("fast")) assign pin property "U1" "O", "LOAD" 1.5;
+    } else if (isConnected("Q") && stringProperty("INIT") == "8'h5") connect "N[0]" : "Q";
+}
+})";
+
+static std::string summaryOf(const HDNTExpansion& expansion) {
+    std::string text;
+    for (const HDNTExpansion::Level& level : expansion.levels()) {
+        const auto at = [&](const HDNTExpansion::Origin& origin) {
+            std::string place = "@" + std::to_string(origin.location.first_line);
+            for (size_t b = origin.branch; b != HDNTExpansion::none; b = level.branches[b].origin.branch)
+                place += (level.branches[b].taken ? " then@" : " else@") +
+                         std::to_string(level.branches[b].origin.location.first_line);
+            return place + "; ";
+        };
+        for (const auto& call : level.calls) text += call.name + (call.made ? "!" : "") + at(call.origin);
+        for (const auto& inst : level.instances) {
+            text += level.path + ":" + inst.name + " " + inst.type + at(inst.origin);
+            for (const auto& value : inst.properties)
+                text += inst.name + "." + value.pin + "." + value.name + "=" + HDNTExpansion::textOf(value.value) +
+                        at(value.origin);
+        }
+        for (const auto& connection : level.connections)
+            text += connection.signal + (connection.inverted ? "~" : "=") + connection.instance + "." + connection.pin +
+                    at(connection.origin);
+    }
+    return text;
+}
+
+static Texts problemsOf(const HDNTExpansion& expansion) {
+    Texts texts;
+    for (const auto& problem : expansion.problems())
+        texts.push_back(std::to_string(problem.location.first_line) + ": " + problem.message);
+    return texts;
+}
+
+TEST(Expansion, FollowsThePropertyValues) {
+    const auto library = loaded(rebuilt);
+    HDNTExpansion expansion(*library->getTypeBlock(1));
+    const std::string always = "tell@10; :U0 AND_2@11; U0..SIZE=";
+    const std::string wires = "N[1]=U0.A[1]@13; N[1]~.D@13; @0=U0.A[0]@14; ";
+    EXPECT_TRUE(expansion.expand());
+    EXPECT_EQ(summaryOf(expansion), always + "1@15; " + wires);
+    std::string reason;
+    EXPECT_TRUE(expansion.connect("q", reason));
+    EXPECT_TRUE(expansion.expand());
+    EXPECT_EQ(summaryOf(expansion), always + "1@15; " + wires + "N[0]=.Q@19 then@19 else@16; ");
+    EXPECT_TRUE(expansion.setPropertyText("width", "8", reason));
+    EXPECT_TRUE(expansion.setProperty("FAST", true, reason));
+    EXPECT_TRUE(expansion.expand());
+    EXPECT_EQ(summaryOf(expansion), always + "3@15; :U1 AND_2@17 then@16; U1.O.LOAD=1.5@18 then@18 then@16; " + wires);
+    EXPECT_EQ(library->getTypeBlock(1)->getNetlist()->ifStmts()[0]->condition()->getEvaluatedExpr(), nullptr);
+}
+
+TEST(Expansion, RefusesWhatThePropertyRefuses) {
+    const auto library = loaded(rebuilt);
+    HDNTExpansion expansion(*library->getTypeBlock(1));
+    const struct {
+        const char* name;
+        const char* text;
+        const char* reason;
+    } cases[] = {{"WIDTH", "10", "The integer value (10) is greater than the allowed minimum (9)."},
+                 {"WIDTH", "1x", "\"1x\" is no value of type int."},
+                 {"FAST", "yes", "\"yes\" is no value of type bool."},
+                 {"NONE", "1", "Block HOLD has no property NONE."}};
+    for (const auto& [name, text, expected] : cases) {
+        std::string reason;
+        EXPECT_FALSE(expansion.setPropertyText(name, text, reason));
+        EXPECT_EQ(reason, expected);
+    }
+    std::string reason;
+    EXPECT_FALSE(expansion.connect("X", reason));
+    EXPECT_EQ(reason, "Block HOLD has no pin X.");
+    HDNTExpansion unmapped(*library->getTypeBlock(0));
+    EXPECT_FALSE(unmapped.expand());
+    EXPECT_TRUE(unmapped.problems().empty());
+}
+
+TEST(Expansion, SaysWhatIsWrongAndGoesOn) {
+    const Reports silent;
+    const auto library = loaded(R"(library "L" { function int intProperty(string); function double f();
+block "AND_2" { property int "SIZE" { min = 1, max = 4 } }
+block "HOLD" { property bool "P" true; } mapsto {
+inst "U0" "AND_2"; inst "U0" "AND_2"; inst "U1" "NONE_SUCH";
+connect "N" : "U0" "X", "U9" "Y", "Z";
+assign block property "U0" "SIZE" 9; assign block property "U0" "SIZE" 1.5; assign block property "U0" "NONE" 1;
+assign block property "U0" "SIZE" 1 / 0; assign block property "U0" "SIZE" intProperty("P");
+if (intProperty("NONE") == 1) { } if (f() > 1.0) { }
+assign block property "U9" "SIZE" 1; intProperty(1);
+} })");
+    HDNTExpansion expansion(*library->getTypeBlock(1));
+    HDNTError::numErrors = 0; // or the common library, where NONE_SUCH is sought too, would not load
+    EXPECT_FALSE(expansion.expand());
+    EXPECT_EQ(
+        problemsOf(expansion),
+        (Texts{"4: There are two instances U0.", "4: There is no block NONE_SUCH.", "5: There is no signal N.",
+               "5: Block AND_2 has no pin X.", "5: There is no instance U9.", "5: Block HOLD has no pin Z.",
+               "6: SIZE: The integer value (9) is greater than the allowed minimum (4).",
+               "6: SIZE: Property is not of type double.", "6: NONE: Block AND_2 has no property NONE.",
+               "7: Divide by zero", "7: intProperty: property P is of another type", "9: There is no instance U9.",
+               "8: Block HOLD has no property NONE", "8: HDNTNetlist: no implementation of function f",
+               "9: Attribute type mismatch (not string) in block mapping"}));
+}
+
+TEST(Expansion, DeepExpandsInstancesAndReportsCircles) {
+    const auto library = loaded(R"(library "L" { function int intProperty(string); function bool isConnected(string);
+block "HOLD" { pin "A" input; } mapsto { inst "X" "AND_2"; signal "N" : "X" "B", "A"; assign block property "X" "SIZE" 2; }
+block "AND_2" { pin "B" input; property int "SIZE" { min = 0, max = 9 } }
+mapsto { if (intProperty("SIZE") == 2 && isConnected("B")) inst "Y" "ADD_CHAIN_8"; }
+block "ADD_CHAIN_8" { } expandsto { inst "Z" "HOLD"; }
+})");
+    HDNTExpansion expansion(*library->getTypeBlock(0));
+    EXPECT_FALSE(expansion.expand(true));
+    EXPECT_EQ(summaryOf(expansion),
+              ":X AND_2@2; X..SIZE=2@2; N=X.B@2; N=.A@2; X:Y ADD_CHAIN_8@4 then@4; X/Y:Z HOLD@5; ");
+    EXPECT_EQ(problemsOf(expansion), Texts{"5: Mappings lead in a circle: HOLD -> AND_2 -> ADD_CHAIN_8 -> HOLD"});
+}
+
+TEST(Expansion, InstancesAreLimited) {
+    const auto library = loaded("library \"L\" { block \"A\" { } mapsto { inst \"1\" \"B\"; inst \"2\" \"B\"; }"
+                                "block \"B\" { } mapsto { inst \"1\" \"C\"; inst \"2\" \"C\"; } block \"C\" { } }");
+    for (const long limit : {7L, 6L, 5L, 1L}) {
+        HDNTLimits limits;
+        limits.expansionInstances = limit;
+        HDNTLimits::set(limits);
+        HDNTExpansion expansion(*library->getTypeBlock(0));
+        EXPECT_EQ(expansion.expand(true), limit >= 6) << limit;
+    }
+}

@@ -1,0 +1,141 @@
+#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTPin.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/platform/HEX.h"
+#include "hdnt/platform/HUTFile.h"
+#include "tools/ntl/Commands.h"
+#include "tools/ntl/Expansion.h"
+#include "tools/ntl/Loading.h"
+#include "tools/ntl/Model.h"
+#include "tools/ntl/Output.h"
+#include "tools/ntl/Setup.h"
+#include "tools/ntl/Suggest.h"
+
+namespace ntl {
+
+namespace {
+
+std::vector<std::string> propertyNames(const HDNTBlock& block) {
+    std::vector<std::string> names;
+    for (const HDNTProperty* property : propertiesOf(block)) names.push_back(property->getName());
+    return names;
+}
+
+std::vector<std::string> pinNames(const HDNTBlock& block) {
+    std::vector<std::string> names;
+    for (const HDNTBus* bus : busesOf(block)) {
+        names.push_back(bus->getBaseName());
+        if (bus->getFirstIndex() < 0) continue;
+        for (const HDNTPin* pin : pinsOf(block, *bus)) names.push_back(pin->getName(false));
+    }
+    return names;
+}
+
+std::string suggestion(const std::string& wanted, const std::vector<std::string>& names) {
+    const std::vector<std::string> near = nearestNames(wanted, names);
+    return near.empty() ? "" : " Did you mean " + joined(near, ", ") + "?";
+}
+
+/// Expands the blocks of a command line and collects what comes out.
+class Expander {
+public:
+    explicit Expander(const Settings& settings) : settings_(settings) {
+        for (const std::string& text : settings.propertyValues) properties_.push_back(splitAssignment("--set", text));
+    }
+
+    int run() {
+        opened_ = openLibrary(settings_);
+        for (const std::string& name : settings_.blocks) {
+            HDNTBlock* const block = findBlock(opened_, name);
+            if (!block || !expand(*block)) status_ = Faulty;
+        }
+        if (settings_.expansionFormat == "json") {
+            Json json = jsonHead("expand");
+            json["path"] = opened_.path;
+            json["architecture"] = orNull(HDNTLibraryMgr::getLibraryMgr()->m_architecture);
+            json["blocks"] = std::move(documents_);
+            text_ = jsonText(json);
+        }
+        writeOutput(text_);
+        return status_;
+    }
+
+private:
+    bool expand(HDNTBlock& block) {
+        HDNTExpansion expansion(block);
+        if (!applySettings(block, expansion)) return false;
+        bool fine = false;
+        try {
+            const OutputToError redirect;
+            fine = expansion.expand(settings_.deep);
+        } catch (const HEXAll& error) {
+            complain(block.getName() + ": " + error.what());
+            return false;
+        }
+        if (expansion.levels().empty()) {
+            complain(reasonForNone(block));
+            return false;
+        }
+        write({expansion, properties_, settings_.connectedPins, places_});
+        return fine;
+    }
+
+    // What is refused is said for all values and pins, not just for the first.
+    bool applySettings(const HDNTBlock& block, HDNTExpansion& expansion) const {
+        bool fine = true;
+        const auto refuse = [&](const std::string& option, const std::string& reason, const std::string& hint) {
+            complain(block.getName() + ": " + option + ": " + reason + hint);
+            fine = false;
+        };
+        for (const auto& [name, value] : properties_) {
+            std::string reason;
+            if (expansion.setPropertyText(name, value, reason)) continue;
+            const bool known = block.getPropertyByName(name) != nullptr;
+            refuse("--set " + name + "=" + value, reason, known ? "" : suggestion(name, propertyNames(block)));
+        }
+        for (const std::string& pin : settings_.connectedPins) {
+            std::string reason;
+            if (!expansion.connect(pin, reason)) refuse("--connect " + pin, reason, suggestion(pin, pinNames(block)));
+        }
+        return fine;
+    }
+
+    static std::string reasonForNone(const HDNTBlock& block) {
+        const std::string& architecture = HDNTLibraryMgr::getLibraryMgr()->m_architecture;
+        const std::string text = "block '" + block.getName() + "' has no mapping";
+        if (!architecture.empty()) return text + " for the architecture '" + architecture + "'";
+        const std::string file = MappingPlaces::mapLibraryOf(block);
+        if (file.empty() || !HUTPathUtils::exists(file)) return text;
+        return text + " that holds for every architecture; name one of those in " + file + " with --arch";
+    }
+
+    void write(const ExpandedBlock& expanded) {
+        for (const HDNTExpansion::Problem& problem : expanded.expansion.problems())
+            writeError(printable(describe(expanded.placeOf(problem))) + ": " + colored(Color::Red, "error:", 2) + " " +
+                       printable(problem.message) + "\n");
+        if (settings_.expansionFormat == "json") {
+            documents_.push_back(expansionJson(expanded));
+            return;
+        }
+        text_ += (text_.empty() ? "" : "\n");
+        text_ += settings_.expansionFormat == "dot" ? expansionDot(expanded) : expansionText(expanded);
+    }
+
+    const Settings& settings_;
+    OpenedLibrary opened_;
+    std::vector<std::pair<std::string, std::string>> properties_;
+    MappingPlaces places_;
+    Json documents_ = Json::array();
+    std::string text_;
+    int status_ = Fine;
+};
+
+} // namespace
+
+int runExpand(const Settings& settings) {
+    enableByDefault(settings, "ntl.enableMapLib");
+    return Expander(settings).run();
+}
+
+} // namespace ntl

@@ -1,0 +1,142 @@
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/netlist/HDNTNetlist.h"
+#include "tools/ntl/Expansion.h"
+#include "tools/ntl/Model.h"
+
+namespace ntl {
+
+namespace {
+
+using Expansion = HDNTExpansion;
+
+Json valueJson(const Expansion::Value& value) {
+    return std::visit([](const auto& plain) { return Json(plain); }, value);
+}
+
+Json indexOrNull(size_t index) { return index == Expansion::none ? Json() : Json(index); }
+
+/// One level. What it holds bears its place and the index of the branch it stands in.
+class LevelJson {
+public:
+    LevelJson(const ExpandedBlock& expanded, const Expansion::Level& level) : expanded_(expanded), level_(level) {}
+
+    Json json() const {
+        Json json;
+        json["path"] = level_.path;
+        json["outer"] = indexOrNull(level_.outer);
+        json["block"] = level_.block->getName();
+        json["section"] = sectionName(*level_.netlist);
+        const yyltype* const location = level_.netlist->getLocation();
+        json["location"] = location ? jsonOf(expanded_.places.placeOf(*location, level_.block)) : Json();
+        json["mapLibrary"] = location && !location->fileName;
+        json["branches"] = branches();
+        json["instances"] = instances();
+        json["signals"] = signals();
+        json["connections"] = connections();
+        json["calls"] = calls();
+        return json;
+    }
+
+private:
+    void addOrigin(Json& json, const Expansion::Origin& origin) const {
+        json["location"] = jsonOf(expanded_.placeOf(level_, origin));
+        json["branch"] = indexOrNull(origin.branch);
+    }
+
+    Json branches() const {
+        Json list = Json::array();
+        for (const Expansion::Branch& branch : level_.branches) {
+            Json& item = list.emplace_back();
+            item["outcome"] = branch.taken ? "then" : "else";
+            addOrigin(item, branch.origin);
+        }
+        return list;
+    }
+
+    Json properties(const Expansion::Instance& instance) const {
+        Json list = Json::array();
+        for (const Expansion::PropertyValue& property : instance.properties) {
+            Json& item = list.emplace_back();
+            item["pin"] = orNull(property.pin);
+            item["name"] = property.name;
+            item["value"] = valueJson(property.value);
+            addOrigin(item, property.origin);
+        }
+        return list;
+    }
+
+    Json instances() const {
+        Json list = Json::array();
+        for (const Expansion::Instance& instance : level_.instances) {
+            Json& item = list.emplace_back();
+            item["name"] = instance.name;
+            item["type"] = instance.type;
+            item["exists"] = instance.block != nullptr;
+            item["level"] = indexOrNull(instance.level);
+            item["properties"] = properties(instance);
+            addOrigin(item, instance.origin);
+        }
+        return list;
+    }
+
+    Json signals() const {
+        Json list = Json::array();
+        for (const Expansion::Signal& signal : level_.signals) {
+            Json& item = list.emplace_back();
+            item["name"] = signal.name;
+            addOrigin(item, signal.origin);
+        }
+        return list;
+    }
+
+    Json connections() const {
+        Json list = Json::array();
+        for (const Expansion::Connection& connection : level_.connections) {
+            Json& item = list.emplace_back();
+            item["signal"] = connection.signal;
+            item["instance"] = orNull(connection.instance);
+            item["pin"] = connection.pin;
+            item["inverted"] = connection.inverted;
+            addOrigin(item, connection.origin);
+        }
+        return list;
+    }
+
+    Json calls() const {
+        Json list = Json::array();
+        for (const Expansion::Call& call : level_.calls) {
+            Json& item = list.emplace_back();
+            item["name"] = call.name;
+            item["arguments"] = Json::array();
+            for (const Expansion::Value& value : call.arguments) item["arguments"].push_back(valueJson(value));
+            item["made"] = call.made;
+            addOrigin(item, call.origin);
+        }
+        return list;
+    }
+
+    const ExpandedBlock& expanded_;
+    const Expansion::Level& level_;
+};
+
+} // namespace
+
+Json expansionJson(const ExpandedBlock& expanded) {
+    Json json;
+    json["block"] = expanded.expansion.levels().front().block->getName();
+    json["given"] = Json::object();
+    for (const auto& [name, value] : expanded.properties) json["given"][name] = value;
+    json["connected"] = expanded.connectedPins;
+    json["problems"] = Json::array();
+    for (const Expansion::Problem& problem : expanded.expansion.problems()) {
+        Json& item = json["problems"].emplace_back();
+        item["message"] = problem.message;
+        item["location"] = jsonOf(expanded.placeOf(problem));
+    }
+    json["levels"] = Json::array();
+    for (const Expansion::Level& level : expanded.expansion.levels())
+        json["levels"].push_back(LevelJson(expanded, level).json());
+    return json;
+}
+
+} // namespace ntl
