@@ -43,7 +43,7 @@ TEST_F(ProcessTest, KilledWorkerCountsAsFailedInput) {
     EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n");
 }
 
-#ifndef __SANITIZE_ADDRESS__
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST_F(ProcessTest, MemoryRunsOutInOneWorkerOnly) {
     std::string blocks;
     for (int i = 0; i < 12000; ++i) blocks += "block \"B" + std::to_string(i) + "\" { pin \"A[99:0]\" input; }\n";
