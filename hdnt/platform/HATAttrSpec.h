@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-/// The specification of an attribute: name, type, range or allowed values, default, width, unit, flags.
+/// An attribute: its name, type, range or allowed values, default, width, unit, flags.
 ///
 /// A library holds tens of thousands, each with three or four facets set. So an object is a name, a word of flags, a
 /// mask of the facets that are set and one packed array of just those, 8 bytes each; a facet set to what it would be

@@ -6,7 +6,7 @@
 #include <string>
 
 /// Iterator over values that an attribute specification lists, in the order they were added; the caller owns it, and it
-/// is valid until the specification is changed or deleted. next() advances to the item that current() then reads, so it
+/// is valid until its HATAttrSpec is changed or deleted. next() advances to the item that current() then reads, so it
 /// comes before the first read. Both throw HEXAlgException where there is no such item.
 template <typename T>
 class HDNT_API HATValueIter {
