@@ -325,11 +325,11 @@ private:
         if (level > 0) label.insert(0, html(here.path.substr(here.path.rfind('/') + 1)) + ": ");
         for (const Expansion::Call& call : here.calls) label += "<BR/>" + html(callText(call));
         std::string text = indent + "label=<" + label + ">;\n";
-        for (const size_t node : nodesOfLevel_[level]) text += indent + nodeText(node);
+        for (const size_t node : nodesOfLevel_[level]) text.append(indent).append(nodeText(node));
         for (const Expansion::Instance& instance : here.instances) {
             if (instance.level == Expansion::none) continue;
-            text += indent + "subgraph cluster_" + std::to_string(instance.level) + " {\n";
-            text += levelText(instance.level, indent + "  ") + indent + "}\n";
+            text.append(indent).append("subgraph cluster_").append(std::to_string(instance.level)).append(" {\n");
+            text.append(levelText(instance.level, indent + "  ")).append(indent).append("}\n");
         }
         return text;
     }
