@@ -306,6 +306,12 @@ TEST_F(ExpandTest, DrawingsShowBusesConstantsAndInversions) {
           R"(^  n0:p\d:e -> n1:p\d:w \[dir=both, arrowtail=odot, label="q"\];$)", R"(shape=square.* label="1"\];$)",
           "DEPTH = 1<", R"(\[dir=none, label="pad"\];$)"})
         EXPECT_TRUE(hasLine(dot, pattern)) << pattern << " in\n" << dot;
+    directory.write("bus.btl", libraryOf(R"(block "HOLD" { pin "A[3:0]" input; pin "B[3:0]" output; } expandsto {
+        inst "one" "HOLD"; signal "s" : "A", "one" "A"; signal "t" : "one" "B[0]", "B[3]"; signal "u" : "one" "B[2]"; })"));
+    const std::string bus = ntl.run({"expand", "HOLD", "-l", "bus.btl", "--format", "dot"}).out;
+    for (const char* const pattern : {R"(PORT="p1">B\[2,0\]<)", R"( -> n0:p0:w \[penwidth=3, label="A\[3:0\]"\];$)",
+                                      R"(style=dashed.* label="u"\];$)"})
+        EXPECT_TRUE(hasLine(bus, pattern)) << pattern << " in\n" << bus;
     const std::string deep = own({"OUTER", "--deep", "--format", "dot"}).out;
     EXPECT_TRUE(hasLine(deep, "^  subgraph cluster_2 \\{$")) << deep;
     EXPECT_TRUE(hasLine(deep, "^    label=<right: TOP expandsto<BR/>")) << deep;

@@ -92,7 +92,7 @@ private:
             std::string reason;
             if (expansion.setPropertyText(name, value, reason)) continue;
             const bool known = block.getPropertyByName(name) != nullptr;
-            refuse("--set " + name + "=" + value, reason, known ? "" : suggestion(name, propertyNames(block)));
+            refuse("--set " + joined({name, value}, "="), reason, known ? "" : suggestion(name, propertyNames(block)));
         }
         for (const std::string& pin : settings_.connectedPins) {
             std::string reason;
@@ -103,7 +103,7 @@ private:
 
     static std::string reasonForNone(const HDNTBlock& block) {
         const std::string& architecture = HDNTLibraryMgr::getLibraryMgr()->m_architecture;
-        const std::string text = "block '" + block.getName() + "' has no mapping";
+        std::string text = "block '" + block.getName() + "' has no mapping";
         if (!architecture.empty()) return text + " for the architecture '" + architecture + "'";
         const std::string file = MappingPlaces::mapLibraryOf(block);
         if (file.empty() || !HUTPathUtils::exists(file)) return text;

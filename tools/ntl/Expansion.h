@@ -20,11 +20,8 @@ struct ExpandedBlock {
     Place placeOf(const HDNTExpansion::Level& level, const HDNTExpansion::Origin& origin) const {
         return places.placeOf(origin.location, level.block);
     }
-    /// Problems do not say which level they are of, so one in a map library is placed only if there is just one.
-    Place placeOf(const HDNTExpansion::Problem& problem) const {
-        const auto& levels = expansion.levels();
-        return places.placeOf(problem.location, levels.size() == 1 ? levels.front().block : nullptr);
-    }
+    /// Problems do not say which level they are of, so those in map libraries are placed only if there is just one.
+    Place placeOf(const HDNTExpansion::Problem& problem) const;
 };
 
 /// As NTL: `block "X" mapsto { ... }` for each level, with comments that say where each line comes from.

@@ -30,13 +30,13 @@ std::pair<std::string, int> splitBit(const std::string& name) {
 }
 
 // "D[7:4,2]"; the name alone without bits.
-std::string withBits(const std::string& base, const std::set<int>& bits) {
+std::string withBits(const std::string& base, std::set<int> bits) {
+    bits.erase(-1);
     std::string text;
     for (auto bit = bits.rbegin(); bit != bits.rend();) {
         const int high = *bit;
         int low = high;
         for (++bit; bit != bits.rend() && *bit == low - 1; ++bit) low = *bit;
-        if (low < 0) continue;
         text += (text.empty() ? "" : ",") + std::to_string(high) + (low == high ? "" : ":" + std::to_string(low));
     }
     return text.empty() ? base : base + "[" + text + "]";
@@ -60,13 +60,19 @@ std::string shortened(const std::string& text) {
     return text.size() <= longest ? text : text.substr(0, longest - 3) + "...";
 }
 
-/// What a net reaches: a pin of a node, by its base name and bit.
+/// What a net reaches: a pin of a node, by its base name and bit, or a whole bus.
 struct End {
     size_t node;
     std::string port;
-    int bit;
+    int bit; ///< -1: none, or all of them
     bool inverted;
     Role role;
+    std::vector<int> allBits = {}; ///< of a whole bus
+
+    void addBitsTo(std::set<int>& bits) const {
+        if (allBits.empty()) bits.insert(bit);
+        bits.insert(allBits.begin(), allBits.end());
+    }
 };
 
 struct Port {
@@ -156,6 +162,7 @@ private:
         const HDNTPin* const pin = pins.empty() ? nullptr : pins.front() ? pins.front() : pins.back();
         if (!pin) return end;
         end.port = pin->getBaseName();
+        for (size_t i = 1; i < pins.size(); ++i) end.allBits.push_back(pins[i]->getBitIndex());
         if (pin->getDirection() == HDNT_PIN_INPUT) end.role = Role::Takes;
         if (pin->getDirection() == HDNT_PIN_OUTPUT) end.role = Role::Drives;
         return end;
@@ -247,7 +254,7 @@ private:
         std::vector<Port>& ports = nodes_[end.node].ports;
         auto port = std::find_if(ports.begin(), ports.end(), [&](const Port& each) { return each.base == end.port; });
         if (port == ports.end()) port = ports.insert(port, {end.port, onRight, {}});
-        port->bits.insert(end.bit);
+        end.addBitsTo(port->bits);
     }
 
     void addEdge(const End& from, const End& to, const std::string& signal) {
@@ -260,8 +267,8 @@ private:
             {from.node, from.port, from.inverted, to.node, to.port, to.inverted, shift}, edges_.size());
         if (isNew) edges_.push_back({from, to, directed, signal, {}, {}});
         Edge& edge = edges_[found->second];
-        edge.fromBits.insert(from.bit);
-        edge.toBits.insert(to.bit);
+        from.addBitsTo(edge.fromBits);
+        to.addBitsTo(edge.toBits);
     }
 
     // --- writing
@@ -318,11 +325,11 @@ private:
         if (level > 0) label.insert(0, html(here.path.substr(here.path.rfind('/') + 1)) + ": ");
         for (const Expansion::Call& call : here.calls) label += "<BR/>" + html(callText(call));
         std::string text = indent + "label=<" + label + ">;\n";
-        for (const size_t node : nodesOfLevel_[level]) text += indent + nodeText(node);
+        for (const size_t node : nodesOfLevel_[level]) text.append(indent).append(nodeText(node));
         for (const Expansion::Instance& instance : here.instances) {
             if (instance.level == Expansion::none) continue;
-            text += indent + "subgraph cluster_" + std::to_string(instance.level) + " {\n";
-            text += levelText(instance.level, indent + "  ") + indent + "}\n";
+            text.append(indent).append("subgraph cluster_").append(std::to_string(instance.level)).append(" {\n");
+            text.append(levelText(instance.level, indent + "  ")).append(indent).append("}\n");
         }
         return text;
     }

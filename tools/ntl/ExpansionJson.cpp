@@ -3,6 +3,8 @@
 #include "tools/ntl/Expansion.h"
 #include "tools/ntl/Model.h"
 
+#include <set>
+
 namespace ntl {
 
 namespace {
@@ -120,6 +122,15 @@ private:
 };
 
 } // namespace
+
+Place ExpandedBlock::placeOf(const HDNTExpansion::Problem& problem) const {
+    std::set<const HDNTBlock*> blocks;
+    for (const Expansion::Level& level : expansion.levels()) {
+        const yyltype* const location = level.netlist->getLocation();
+        if (!location || !location->fileName) blocks.insert(level.block);
+    }
+    return places.placeOf(problem.location, blocks.size() == 1 ? *blocks.begin() : nullptr);
+}
 
 Json expansionJson(const ExpandedBlock& expanded) {
     Json json;

@@ -84,7 +84,7 @@ private:
     void addHeader() {
         std::vector<std::string> given;
         if (level_.path.empty()) {
-            for (const auto& [name, value] : expanded_.properties) given.push_back(name + " = " + value);
+            for (const auto& [name, value] : expanded_.properties) given.push_back(joined({name, value}, " = "));
             for (const std::string& pin : expanded_.connectedPins) given.push_back(pin + " connected");
         } else {
             add("", level_.path);
