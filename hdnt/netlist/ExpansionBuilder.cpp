@@ -87,23 +87,23 @@ void ExpansionBuilder::build() {
     };
     all(netlist.preInstanceCalls());
     all(netlist.instances());
-    for (const HDNTSignal* declared : netlist.signals()) signalNames_.insert(declared->name());
     all(netlist.signals());
     all(netlist.connects());
     all(netlist.pinPropertyAssigns());
     all(netlist.blockPropertyAssigns());
     all(netlist.ifStmts());
     all(netlist.postInstanceCalls());
+    for (const auto& [pins, branch] : connects_) connect(*pins, branch);
+    for (const auto& [value, branch] : assigns_) assign(*value, branch);
 }
 
 void ExpansionBuilder::statement(const HDNTNetlistEntity& entity, size_t branch) {
     if (const auto* const inst = dynamic_cast<const HDNTBlockInst*>(&entity)) return instance(*inst, branch);
     if (const auto* const declared = dynamic_cast<const HDNTSignal*>(&entity)) return signal(*declared, branch);
-    if (const auto* const pins = dynamic_cast<const HDNTConnect*>(&entity)) return connect(*pins, branch);
-    if (const auto* const pinAssign = dynamic_cast<const HDNTAssignPinProperty*>(&entity))
-        return assign(*pinAssign, pinAssign->pinName(), branch);
-    if (const auto* const blockAssign = dynamic_cast<const HDNTAssignProperty*>(&entity))
-        return assign(*blockAssign, {}, branch);
+    if (const auto* const pins = dynamic_cast<const HDNTConnect*>(&entity))
+        return connects_.emplace_back(pins, branch), void();
+    if (const auto* const value = dynamic_cast<const HDNTAssignProperty*>(&entity))
+        return assigns_.emplace_back(value, branch), void();
     if (const auto* const choice = dynamic_cast<const HDNTIfStmt*>(&entity)) return ifStatement(*choice, branch);
     if (const auto* const made = dynamic_cast<const HDNTFunctionCall*>(&entity)) return call(*made, branch);
     const auto* const block = dynamic_cast<const HDNTStmtBlock*>(&entity);
@@ -139,7 +139,7 @@ void ExpansionBuilder::signal(const HDNTSignal& signal, size_t branch) {
         signalNames_.insert(name);
         level_.signals.push_back({name, originOf(signal, branch)});
     }
-    if (signal.connect()) connect(*signal.connect(), branch);
+    if (signal.connect()) connects_.emplace_back(signal.connect(), branch);
 }
 
 void ExpansionBuilder::connect(const HDNTConnect& connect, size_t branch) {
@@ -158,23 +158,27 @@ void ExpansionBuilder::connect(const HDNTConnect& connect, size_t branch) {
     }
 }
 
-void ExpansionBuilder::assign(const HDNTAssignProperty& assign, const std::string& pin, size_t branch) {
-    HDNTExpansion::Instance* const inst = findInstance(assign.instName());
-    if (!inst) return problem(assign, "There is no instance " + assign.instName() + ".");
+// An empty instance name means the mapped block's own pin.
+void ExpansionBuilder::assign(const HDNTAssignProperty& assign, size_t branch) {
+    const auto* const pinAssign = dynamic_cast<const HDNTAssignPinProperty*>(&assign);
+    const std::string pin = pinAssign ? pinAssign->pinName() : std::string();
+    const bool own = pinAssign && assign.instName().empty();
+    HDNTExpansion::Instance* const inst = own ? nullptr : findInstance(assign.instName());
+    if (!inst && !own) return problem(assign, "There is no instance " + assign.instName() + ".");
     Value value;
     if (!assign.value() || !attempt(assign, [&] { value = plainValue(*evaluate(*assign.value())); })) return;
-    if (inst->block) {
-        const HDNTProperty* const property = findProperty(*inst->block, pin, assign.propName());
-        std::string reason = "Block " + inst->block->getName() + (pin.empty() ? "" : ", pin " + pin) +
-                             " has no property " + assign.propName() + ".";
+    if (const HDNTBlock* const block = own ? level_.block : inst->block) {
+        const HDNTProperty* const property = findProperty(*block, pin, assign.propName());
+        std::string reason = "Block " + block->getName() + (pin.empty() ? "" : ", pin " + pin) + " has no property " +
+                             assign.propName() + ".";
         const auto accepts = [&](const auto& plain) { return property && property->isValidValue(plain, reason); };
         if (!std::visit(accepts, value)) problem(assign, assign.propName() + ": " + reason);
     }
-    const auto same = std::find_if(inst->properties.begin(), inst->properties.end(), [&](const auto& property) {
+    std::vector<HDNTExpansion::PropertyValue>& values = own ? level_.pinProperties : inst->properties;
+    std::erase_if(values, [&](const HDNTExpansion::PropertyValue& property) {
         return property.pin == pin && HSTStringUtils::iequals(property.name, assign.propName());
     });
-    if (same != inst->properties.end()) inst->properties.erase(same);
-    inst->properties.push_back({pin, assign.propName(), std::move(value), originOf(assign, branch)});
+    values.push_back({pin, assign.propName(), std::move(value), originOf(assign, branch)});
 }
 
 // A call without implementation is for the host to make; it is listed with its arguments.

@@ -32,7 +32,8 @@ public:
     /// All three are borrowed; the level has block and netlist set and nothing in it.
     ExpansionBuilder(HDNTExpansion::Level& level, const MappedValues& values,
                      std::vector<HDNTExpansion::Problem>& problems);
-    /// Walks the netlist in the order in which visitors see it.
+    /// Walks the netlist in the order in which visitors see it. What refers to instances and signals is looked at when
+    /// all of them are known, those of branches included.
     void build();
 
 private:
@@ -43,7 +44,7 @@ private:
     void instance(const HDNTBlockInst& inst, size_t branch);
     void signal(const HDNTSignal& signal, size_t branch);
     void connect(const HDNTConnect& connect, size_t branch);
-    void assign(const HDNTAssignProperty& assign, const std::string& pin, size_t branch);
+    void assign(const HDNTAssignProperty& assign, size_t branch);
     void call(const HDNTFunctionCall& call, size_t branch);
 
     /// Runs a step; what it throws becomes a problem at the entity. False then.
@@ -64,6 +65,8 @@ private:
     HDNTFunctionTable functions_;
     std::unordered_map<std::string, size_t> instanceByName_;
     std::set<std::string> signalNames_;
+    std::vector<std::pair<const HDNTConnect*, size_t>> connects_; ///< met so far, with the branch around them
+    std::vector<std::pair<const HDNTAssignProperty*, size_t>> assigns_;
 };
 
 } // namespace hdnt::netlist

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 using Type = HATAttrTypes::AttrType;
 
@@ -49,7 +50,9 @@ bool HDNTExpansion::setPropertyText(const std::string& name, const std::string& 
         readable = text == "true" || text == "false";
         break;
     case Type::TypeInt: readable = readNumber(text, value.emplace<int>()); break;
-    case Type::TypeDouble: readable = readNumber(text, value.emplace<double>()); break;
+    case Type::TypeDouble:
+        readable = readNumber(text, value.emplace<double>()) && std::isfinite(std::get<double>(value));
+        break;
     default: break;
     }
     if (readable) return setProperty(name, value, reason);
@@ -131,9 +134,9 @@ std::string HDNTExpansion::textOf(const Value& value) {
     if (const auto* const text = std::get_if<std::string>(&value)) return *text;
     if (const auto* const flag = std::get_if<bool>(&value)) return *flag ? "true" : "false";
     if (const auto* const number = std::get_if<int>(&value)) return std::to_string(*number);
-    char digits[64];
-    const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, std::get<double>(value));
-    std::string text(digits, end.ptr);
-    if (text.find_first_not_of("-0123456789") == text.npos) text += ".0";
-    return text;
+    char digits[1200];
+    const std::to_chars_result end =
+        std::to_chars(digits, digits + sizeof digits, std::get<double>(value), std::chars_format::fixed);
+    const std::string text(digits, end.ptr);
+    return text.find_first_not_of("-0123456789") == text.npos ? text + ".0" : text;
 }

@@ -83,6 +83,7 @@ public:
         std::vector<Instance> instances;
         std::vector<Signal> signals;
         std::vector<Connection> connections;
+        std::vector<PropertyValue> pinProperties; ///< of the mapped block's own pins
         std::vector<Call> calls;
     };
     struct Problem {
@@ -113,7 +114,7 @@ public:
     const std::vector<Level>& levels() const { return levels_; }
     const std::vector<Problem>& problems() const { return problems_; }
 
-    /// As NTL writes it, but texts without quotes.
+    /// As NTL writes it, but texts without quotes; doubles by their shortest digits, with a point and no exponent.
     static std::string textOf(const Value& value);
 
 private:

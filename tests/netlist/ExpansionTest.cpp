@@ -13,7 +13,7 @@ function string stringProperty(string);
 function bool isConnected(string);
 function int tell(string, int);
 block "AND_2" { pin "A[1:0]" input; pin "O" output { property double "LOAD" { min = 0.0, max = 2.0 } } property int "SIZE" { min = 1, max = 4 } }
-block "HOLD" { pin "D" input; pin "Q" output; property int "WIDTH" { min = 0, max = 9, default = 3 } property bool "FAST" false; property string "MODE" { default = "A" } property 8'h "INIT" { default = 8'h5 } }
+block "HOLD" { pin "D" input; pin "Q" output; property int "WIDTH" { min = 0, max = 9, default = 3 } property bool "FAST" false; property string "MODE" { default = "A" } property 8'h "INIT" { default = 8'h5 } property double "DELAY" { default = 1.0 } }
 mapsto {
     tell("start", intProperty("WIDTH"));
     inst "U0" "AND_2";
@@ -86,6 +86,7 @@ TEST(Expansion, RefusesWhatThePropertyRefuses) {
         const char* reason;
     } cases[] = {{"WIDTH", "10", "The integer value (10) is greater than the allowed minimum (9)."},
                  {"WIDTH", "1x", "\"1x\" is no value of type int."},
+                 {"DELAY", "nan", "\"nan\" is no value of type double."},
                  {"FAST", "yes", "\"yes\" is no value of type bool."},
                  {"NONE", "1", "Block HOLD has no property NONE."}};
     for (const auto& [name, text, expected] : cases) {
@@ -118,13 +119,28 @@ assign block property "U9" "SIZE" 1; intProperty(1);
     EXPECT_FALSE(expansion.expand());
     EXPECT_EQ(
         problemsOf(expansion),
-        (Texts{"4: There are two instances U0.", "4: There is no block NONE_SUCH.", "5: There is no signal N.",
+        (Texts{"4: There are two instances U0.", "4: There is no block NONE_SUCH.",
+               "8: Block HOLD has no property NONE", "8: HDNTNetlist: no implementation of function f",
+               "9: Attribute type mismatch (not string) in block mapping", "5: There is no signal N.",
                "5: Block AND_2 has no pin X.", "5: There is no instance U9.", "5: Block HOLD has no pin Z.",
                "6: SIZE: The integer value (9) is greater than the allowed minimum (4).",
                "6: SIZE: Property is not of type double.", "6: NONE: Block AND_2 has no property NONE.",
-               "7: Divide by zero", "7: intProperty: property P is of another type", "9: There is no instance U9.",
-               "8: Block HOLD has no property NONE", "8: HDNTNetlist: no implementation of function f",
-               "9: Attribute type mismatch (not string) in block mapping"}));
+               "7: Divide by zero", "7: intProperty: property P is of another type", "9: There is no instance U9."}));
+}
+
+TEST(Expansion, WhatBranchesDeclareMayBeUsedOutsideOfThem) {
+    const Reports silent;
+    const auto library =
+        loaded(R"(library "L" { block "AND_2" { pin "A" input; property int "SIZE" { min = 1, max = 4 } }
+block "HOLD" { pin "Q" output { property double "LOAD" { default = 0.5 } } } mapsto {
+connect "S" : "U" "A"; assign block property "U" "SIZE" 2; assign pin property "Q", "LOAD" 100000000000000000000.0;
+if (true) { inst "U" "AND_2"; signal "S"; }
+} })");
+    HDNTExpansion expansion(*library->getTypeBlock(1));
+    EXPECT_TRUE(expansion.expand());
+    EXPECT_EQ(summaryOf(expansion), ":U AND_2@4 then@4; U..SIZE=2@3; S=U.A@3; ");
+    const auto& own = expansion.levels()[0].pinProperties.at(0);
+    EXPECT_EQ(own.pin + ' ' + own.name + ' ' + HDNTExpansion::textOf(own.value), "Q LOAD 100000000000000000000.0");
 }
 
 TEST(Expansion, DeepExpandsInstancesAndReportsCircles) {

@@ -35,6 +35,7 @@ public:
         json["instances"] = instances();
         json["signals"] = signals();
         json["connections"] = connections();
+        json["pinProperties"] = properties(level_.pinProperties);
         json["calls"] = calls();
         return json;
     }
@@ -55,9 +56,9 @@ private:
         return list;
     }
 
-    Json properties(const Expansion::Instance& instance) const {
+    Json properties(const std::vector<Expansion::PropertyValue>& values) const {
         Json list = Json::array();
-        for (const Expansion::PropertyValue& property : instance.properties) {
+        for (const Expansion::PropertyValue& property : values) {
             Json& item = list.emplace_back();
             item["pin"] = orNull(property.pin);
             item["name"] = property.name;
@@ -75,7 +76,7 @@ private:
             item["type"] = instance.type;
             item["exists"] = instance.block != nullptr;
             item["level"] = indexOrNull(instance.level);
-            item["properties"] = properties(instance);
+            item["properties"] = properties(instance.properties);
             addOrigin(item, instance.origin);
         }
         return list;

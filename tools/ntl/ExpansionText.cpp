@@ -63,7 +63,8 @@ public:
         for (const Expansion::Signal& signal : level_.signals) addSignal(signal.name, &signal.origin);
         for (const Expansion::Connection& connection : level_.connections) addSignal(connection.signal, nullptr);
         for (const Expansion::Instance& instance : level_.instances)
-            for (const Expansion::PropertyValue& property : instance.properties) addProperty(instance, property);
+            for (const Expansion::PropertyValue& property : instance.properties) addProperty(instance.name, property);
+        for (const Expansion::PropertyValue& property : level_.pinProperties) addProperty({}, property);
         for (const Expansion::Call& call : level_.calls)
             addComment("call " + callText(call) + (call.made ? ", made" : ", for the host to make") + ": " +
                        reasonFor(call.origin));
@@ -123,11 +124,12 @@ private:
         return connection.instance.empty() ? pin : quoted(connection.instance) + " " + pin;
     }
 
-    void addProperty(const Expansion::Instance& instance, const Expansion::PropertyValue& property) {
+    // An empty instance name means the block's own pin.
+    void addProperty(const std::string& instance, const Expansion::PropertyValue& property) {
         const std::string value = ntlValue(property.value);
-        const std::string target =
-            property.pin.empty() ? "assign block property " + quoted(instance.name) + " "
-                                 : "assign pin property " + quoted(instance.name) + " " + quoted(property.pin) + ", ";
+        const std::string name = instance.empty() ? std::string() : quoted(instance) + " ";
+        const std::string target = property.pin.empty() ? "assign block property " + name
+                                                        : "assign pin property " + name + quoted(property.pin) + ", ";
         const std::string code = target + quoted(property.name) + " ";
         if (!value.empty()) return addStatement(code + value, reasonFor(property.origin));
         addComment("no NTL for: " + code + Expansion::textOf(property.value) + ": " + reasonFor(property.origin));
