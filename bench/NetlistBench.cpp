@@ -2,6 +2,7 @@
 #include "hdnt/hdnt.h"
 
 #include <benchmark/benchmark.h>
+
 #include <cstdlib>
 #include <memory>
 
