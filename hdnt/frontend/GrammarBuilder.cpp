@@ -102,8 +102,8 @@ template <typename T>
 std::vector<T*>* append(std::type_identity_t<std::vector<T*>>* list, T* item) {
     std::unique_ptr<T> ownedItem(item);
     OwnedList<T> ownedList(list ? list : emptyList<T*>());
-    ownedList.get()->push_back(item);
-    ownedItem.release();
+    ownedList.get()->push_back(nullptr);
+    ownedList.get()->back() = ownedItem.release();
     return ownedList.release();
 }
 
