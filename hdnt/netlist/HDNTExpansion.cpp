@@ -122,7 +122,7 @@ void HDNTExpansion::countInstances(const Level& level) {
 bool HDNTExpansion::isOnPath(size_t level, const Instance& instance) {
     std::string way = instance.block->getName();
     for (size_t at = level; at != none; at = levels_[at].outer) {
-        way = levels_[at].block->getName() + " -> " + way;
+        way.insert(0, levels_[at].block->getName() + " -> ");
         if (levels_[at].block != instance.block) continue;
         problems_.push_back({"Mappings lead in a circle: " + way, instance.origin.location});
         return true;

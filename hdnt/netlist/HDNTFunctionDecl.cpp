@@ -17,13 +17,15 @@ HATAttrTypes::AttrType HDNTFunctionDecl::getFormal(size_t i) const {
 }
 
 bool HDNTFunctionDecl::matchArgs(const std::vector<HDNTExpr*>* actuals, HDNTFunctionCall* call) const {
-    if ((actuals ? actuals->size() : 0) != formals_.size()) {
+    static const auto* const none = new std::vector<HDNTExpr*>;
+    const std::vector<HDNTExpr*>& given = actuals ? *actuals : *none;
+    if (given.size() != formals_.size()) {
         HDNTError::FunctionNumArgsMismatch(call->getLocation(), name_.c_str());
         return false;
     }
     bool matched = true;
     for (size_t i = 0; i < formals_.size(); ++i) {
-        const hdnt::netlist::DerivedType type = hdnt::netlist::typeOf(*(*actuals)[i]);
+        const hdnt::netlist::DerivedType type = hdnt::netlist::typeOf(*given[i]);
         if (type.state != HDNTCompoundExpr::TypeState::Known) continue;
         const unsigned formal = static_cast<unsigned>(formals_[i]);
         if (HDNTExpr::comparisonType(type.code) == HDNTExpr::comparisonType(formal)) continue;

@@ -95,9 +95,10 @@ void HDNTNetlist::check() {
 
 HDNTBlock* HDNTNetlist::getTypeBlock() const { return dynamic_cast<HDNTBlock*>(getParent()); }
 
+// The interface passes it by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 HDNTSignal* HDNTNetlist::getSignal(std::string name) const {
     if (const auto found = signalByName_.find(name); found != signalByName_.end()) return found->second;
-    if (signalByName_.size() > 0) return nullptr;
+    if (!signalByName_.empty()) return nullptr;
     for (HDNTSignal* signal : signals_)
         if (signal->name() == name) return signal;
     return nullptr;
