@@ -76,7 +76,7 @@ bool HDNTExpansion::expand(bool deep) {
     tooMany_ = false;
     HDNTNetlist* const netlist = block_.getNetlist(architecture_);
     if (!netlist) return false;
-    const auto add = [&](Level level, hdnt::netlist::MappedValues values) {
+    const auto add = [&](Level level, const hdnt::netlist::MappedValues& values) {
         levels_.push_back(std::move(level));
         hdnt::netlist::ExpansionBuilder(levels_.back(), values, problems_).build();
         countInstances(levels_.back());
