@@ -98,6 +98,14 @@ void Scanner::newline() {
     column_ = 1;
 }
 
+// The newline behind a line's last token; the next line is captured before its first.
+int Scanner::endLine() {
+    newline();
+    pendingCapture_ = true;
+    pushState(State::LineCapture);
+    return StateChanged;
+}
+
 // One column further than usual tab stops after a tab in column 8, 16, ...: the columns that reports underline.
 void Scanner::tab() {
     locate(1);
@@ -152,10 +160,7 @@ int Scanner::skipComment() {
         HDNTError::notify({HDNTNotice::Kind::UnterminatedComment, commentStart_, {}, {}});
         return 0;
     }
-    newline();
-    pendingCapture_ = true;
-    pushState(State::LineCapture);
-    return StateChanged;
+    return endLine();
 }
 
 int Scanner::scanNumber(const char* start, bool negative) {
@@ -164,7 +169,7 @@ int Scanner::scanNumber(const char* start, bool negative) {
         const bool hex = end[1] == 'h';
         end += 2;
         while (hex ? isHexDigit(*end) : *end == '0' || *end == '1') ++end;
-        HDNTParserlval.text = newText({start, static_cast<size_t>(end - start)});
+        HDNTParserlval.text = new std::string(start, end);
         return accept(start, end, hex ? T_HexConstant : T_BinaryConstant);
     }
     if (*end == '.') {
@@ -180,7 +185,7 @@ int Scanner::scanString(const char* start) {
     const size_t rest = static_cast<size_t>(lineEnd_ - start - 1);
     if (const void* quote = std::memchr(start + 1, '"', rest)) {
         const char* const end = static_cast<const char*>(quote);
-        HDNTParserlval.text = newText({start + 1, static_cast<size_t>(end - start - 1)});
+        HDNTParserlval.text = new std::string(start + 1, end);
         return accept(start, end + 1, T_StringConstant);
     }
     accept(start, lineEnd_, 0);
@@ -285,10 +290,7 @@ int Scanner::scanLine() {
         }
     }
     if (atEnd()) return endOfInput() ? StateChanged : 0;
-    newline();
-    pendingCapture_ = true;
-    pushState(State::LineCapture);
-    return StateChanged;
+    return endLine();
 }
 
 int Scanner::next() {

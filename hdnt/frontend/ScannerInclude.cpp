@@ -57,10 +57,7 @@ int Scanner::fileStatement() {
         }
     }
     if (atEnd()) return endOfInput() ? StateChanged : 0;
-    newline();
-    pendingCapture_ = true;
-    pushState(State::LineCapture);
-    return StateChanged;
+    return endLine();
 }
 
 // The statement's line is done with: back to the state around it, and on to the next line.

@@ -64,8 +64,6 @@ void Scanner::findLineEnd() {
     lineEnd_ = textEnd_;
 }
 
-std::string* Scanner::newText(std::string_view text) { return new std::string(text); }
-
 char* Scanner::matchText() {
     const yy_buffer_state* const buffer = buffers_.empty() ? nullptr : buffers_.back();
     matchText_.clear();

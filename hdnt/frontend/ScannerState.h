@@ -92,6 +92,7 @@ private:
     int accept(const char* start, const char* end, int token);
     void locate(size_t length);
     void newline();
+    int endLine();
     void tab();
     void pushState(State state);
     void popState();
@@ -105,7 +106,6 @@ private:
     void findLineEnd();
     bool refill(size_t& scanned);
     bool atEnd() const { return cursor_ == textEnd_; }
-    std::string* newText(std::string_view text);
 
     // ScannerInclude.cpp
     int fileStatement();
