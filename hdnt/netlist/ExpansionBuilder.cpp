@@ -51,15 +51,14 @@ Value defaultOf(const HDNTProperty& property) {
     }
 }
 
-// Pins by full name, or all of a bus by its base name.
+} // namespace
+
 std::vector<HDNTPin*> pinsNamed(const HDNTBlock& block, const std::string& name) {
     std::vector<HDNTPin*> pins;
     if (HDNTPin* const pin = block.getPinByName(name)) pins.push_back(pin);
     else block.getBusPins(HSTStringUtils::to_upper_copy(name), pins);
     return pins;
 }
-
-} // namespace
 
 MappedValues valuesOf(const HDNTExpansion::Level& level, size_t index) {
     const HDNTExpansion::Instance& instance = level.instances[index];
@@ -79,9 +78,8 @@ ExpansionBuilder::ExpansionBuilder(HDNTExpansion::Level& level, const MappedValu
     addStandardFunctions();
 }
 
-void ExpansionBuilder::build() {
+void ExpansionBuilder::build(const HDNTNetlist& netlist) {
     const HDNTFunctionTable::Scope scope(functions_);
-    const HDNTNetlist& netlist = *level_.netlist;
     const auto all = [this](const auto& entities) {
         for (const auto* entity : entities) statement(*entity, HDNTExpansion::none);
     };

@@ -12,6 +12,7 @@ class HDNTExpr;
 class HDNTFunctionCall;
 class HDNTNetlistEntity;
 class HDNTNode;
+class HDNTPin;
 class HDNTProperty;
 class HDNTSignal;
 
@@ -24,17 +25,20 @@ struct MappedValues {
     std::set<std::string> connectedPins;                    ///< full names
 };
 
+/// Pins by full name, or all of a bus by its base name.
+std::vector<HDNTPin*> pinsNamed(const HDNTBlock& block, const std::string& name);
+
 /// The values that an instance of a level hands to its own mapping.
 MappedValues valuesOf(const HDNTExpansion::Level& level, size_t instance);
 
 class ExpansionBuilder {
 public:
-    /// All three are borrowed; the level has block and netlist set and nothing in it.
+    /// All three are borrowed; the level has its block set and nothing in it.
     ExpansionBuilder(HDNTExpansion::Level& level, const MappedValues& values,
                      std::vector<HDNTExpansion::Problem>& problems);
     /// Walks the netlist in the order in which visitors see it. What refers to instances and signals is looked at when
     /// all of them are known, those of branches included.
-    void build();
+    void build(const HDNTNetlist& netlist);
 
 private:
     using Value = HDNTExpansion::Value;

@@ -61,9 +61,7 @@ bool HDNTExpansion::setPropertyText(const std::string& name, const std::string& 
 }
 
 bool HDNTExpansion::connect(const std::string& pin, std::string& reason) {
-    std::vector<HDNTPin*> pins;
-    if (HDNTPin* const single = block_.getPinByName(pin)) pins.push_back(single);
-    else block_.getBusPins(HSTStringUtils::to_upper_copy(pin), pins);
+    const std::vector<HDNTPin*> pins = hdnt::netlist::pinsNamed(block_, pin);
     for (const HDNTPin* found : pins) connectedPins_.insert(found->getName(false));
     if (pins.empty()) reason = "Block " + block_.getName() + " has no pin " + pin + ".";
     return !pins.empty();
@@ -74,39 +72,37 @@ bool HDNTExpansion::expand(bool deep) {
     problems_.clear();
     numInstances_ = 0;
     tooMany_ = false;
-    HDNTNetlist* const netlist = block_.getNetlist(architecture_);
+    const HDNTNetlist* const netlist = block_.getNetlist(architecture_);
     if (!netlist) return false;
-    const auto add = [&](Level level, const hdnt::netlist::MappedValues& values) {
-        levels_.push_back(std::move(level));
-        hdnt::netlist::ExpansionBuilder(levels_.back(), values, problems_).build();
-        countInstances(levels_.back());
-    };
     Level outermost;
     outermost.block = &block_;
-    outermost.netlist = netlist;
-    add(std::move(outermost), {properties_, connectedPins_});
-    for (size_t level = 0; deep && level < levels_.size(); ++level) {
-        for (size_t i = 0; i < levels_[level].instances.size(); ++i) {
-            Level inner;
-            if (!enterInstance(level, i, inner)) continue;
-            levels_[level].instances[i].level = levels_.size();
-            const hdnt::netlist::MappedValues values = hdnt::netlist::valuesOf(levels_[level], i);
-            add(std::move(inner), values);
-        }
-    }
+    addLevel(std::move(outermost), *netlist, {properties_, connectedPins_});
+    for (size_t level = 0; deep && level < levels_.size(); ++level)
+        for (size_t i = 0; i < levels_[level].instances.size(); ++i) enterInstance(level, i);
     return problems_.empty();
 }
 
-// Prepares the level of an instance that has a mapping of its own; false when it has none or must not be entered.
-bool HDNTExpansion::enterInstance(size_t level, size_t index, Level& inner) {
+// Nothing is loaded while a netlist is read, which a load could replace; afterwards it is not referred to.
+void HDNTExpansion::addLevel(Level level, const HDNTNetlist& netlist, const hdnt::netlist::MappedValues& values) {
+    level.section = netlist.section();
+    if (const yyltype* const location = netlist.getLocation()) level.location = *location;
+    levels_.push_back(std::move(level));
+    hdnt::netlist::ExpansionBuilder(levels_.back(), values, problems_).build(netlist);
+    countInstances(levels_.back());
+}
+
+// Adds the level of an instance, if it has a mapping of its own and may be entered.
+void HDNTExpansion::enterInstance(size_t level, size_t index) {
     const Instance& instance = levels_[level].instances[index];
-    HDNTNetlist* const netlist = instance.block ? instance.block->getNetlist(architecture_) : nullptr;
-    if (!netlist || tooMany_ || isOnPath(level, instance)) return false;
+    const HDNTNetlist* const netlist = instance.block ? instance.block->getNetlist(architecture_) : nullptr;
+    if (!netlist || tooMany_ || isOnPath(level, instance)) return;
+    Level inner;
     inner.block = instance.block;
-    inner.netlist = netlist;
     inner.outer = level;
     inner.path = levels_[level].path.empty() ? instance.name : levels_[level].path + '/' + instance.name;
-    return true;
+    const hdnt::netlist::MappedValues values = hdnt::netlist::valuesOf(levels_[level], index);
+    levels_[level].instances[index].level = levels_.size();
+    addLevel(std::move(inner), *netlist, values);
 }
 
 void HDNTExpansion::countInstances(const Level& level) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hdnt/frontend/yyltype.h"
+#include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/platform/Export.h"
 
 #include <cstddef>
@@ -13,7 +14,10 @@
 
 class HDNTBlock;
 class HDNTIfStmt;
-class HDNTNetlist;
+
+namespace hdnt::netlist {
+struct MappedValues;
+}
 
 /// Applies a block's mapping to property values: which instances, connections and values come out, and why.
 ///
@@ -76,7 +80,8 @@ public:
     /// One mapped block.
     struct Level {
         HDNTBlock* block = nullptr;
-        HDNTNetlist* netlist = nullptr;
+        HDNTNetlist::Section section{}; ///< of its mapping; the mapping itself may be replaced by the next load
+        yyltype location{};
         std::string path;    ///< instance names from the outermost block on, joined by "/"; empty for that block
         size_t outer = none; ///< the level its instance stands in
         std::vector<Branch> branches;
@@ -118,7 +123,8 @@ public:
     static std::string textOf(const Value& value);
 
 private:
-    bool enterInstance(size_t level, size_t index, Level& inner);
+    void addLevel(Level level, const HDNTNetlist& netlist, const hdnt::netlist::MappedValues& values);
+    void enterInstance(size_t level, size_t index);
     void countInstances(const Level& level);
     bool isOnPath(size_t level, const Instance& instance);
 

@@ -1,3 +1,4 @@
+#include "tests/platform/TempDir.h"
 #include "tests/support/Library.h"
 
 #include <gtest/gtest.h>
@@ -155,6 +156,25 @@ block "ADD_CHAIN_8" { } expandsto { inst "Z" "HOLD"; }
     EXPECT_EQ(summaryOf(expansion),
               ":X AND_2@2; X..SIZE=2@2; N=X.B@2; N=.A@2; X:Y ADD_CHAIN_8@4 then@4; X/Y:Z HOLD@5; ");
     EXPECT_EQ(problemsOf(expansion), Texts{"5: Mappings lead in a circle: HOLD -> AND_2 -> ADD_CHAIN_8 -> HOLD"});
+}
+
+// Expanding an instance may load a map library that replaces a mapping expanded before.
+TEST(Expansion, LevelsOutliveTheMappingsTheyCameFrom) {
+    const TempDir dir;
+    dir.makeDir("maplib");
+    dir.write("maplib/HOLD.btl", R"(library "M" { block "HOLD" mapsto { inst "U" "GATE_AND_2"; } })");
+    dir.write(
+        "maplib/GATE_AND_2.btl",
+        R"(library "M" { block "HOLD" expandsto { } block "GATE_AND_2" retargetsto { inst "V" "GATE_AND_2"; } })");
+    setenv("HDNT_DATA_PATH", dir.path().c_str(), 1);
+    setenv("HDNT_PARAM_ntl_enableMapLib", "on", 1);
+    const auto library = loaded("library \"L\" { block \"HOLD\" { } block \"GATE_AND_2\" { } }");
+    HDNTExpansion expansion(*library->getTypeBlock(0));
+    EXPECT_FALSE(expansion.expand(true));
+    EXPECT_EQ(problemsOf(expansion), Texts{"1: Mappings lead in a circle: GATE_AND_2 -> GATE_AND_2"});
+    EXPECT_EQ(expansion.levels().at(0).section, HDNTNetlist::Section::mapsto);
+    EXPECT_EQ(expansion.levels().at(1).section, HDNTNetlist::Section::retargetsto);
+    EXPECT_TRUE(library->getTypeBlock(0)->getAttachedNetlist()->isExpandsTo());
 }
 
 TEST(Expansion, InstancesAreLimited) {

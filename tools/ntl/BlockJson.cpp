@@ -222,7 +222,7 @@ Json netlistOf(const HDNTBlock& block) {
     const bool isForAll =
         kind == HDNTBlock::OwnNetlist || kind == HDNTBlock::OwnNetlistInChild || kind == HDNTBlock::AnyArchitecture;
     Json json;
-    json["section"] = sectionName(*netlist);
+    json["section"] = sectionName(netlist->section());
     json["location"]["file"] = orNull(place.file);
     json["location"]["line"] = place.isKnown() ? Json(place.line) : Json();
     json["mapLibrary"] = isMapLibrary;

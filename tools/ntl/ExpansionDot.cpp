@@ -128,7 +128,7 @@ private:
         return nodes_.size() - 1;
     }
 
-    bool isKept(size_t level) const { return levels_[level].netlist->section() == HDNTNetlist::Section::modifiedby; }
+    bool isKept(size_t level) const { return levels_[level].section == HDNTNetlist::Section::modifiedby; }
 
     // A node for each instance that is not drawn as a cluster, and for a block that stays.
     void addBlocks(size_t level) {
@@ -321,7 +321,7 @@ private:
     // The blocks of a level, and in it as clusters those that were expanded.
     std::string levelText(size_t level, const std::string& indent) const {
         const Expansion::Level& here = levels_[level];
-        std::string label = html(here.block->getName()) + " " + sectionName(*here.netlist);
+        std::string label = html(here.block->getName()) + " " + sectionName(here.section);
         if (level > 0) label.insert(0, html(here.path.substr(here.path.rfind('/') + 1)) + ": ");
         for (const Expansion::Call& call : here.calls) label += "<BR/>" + html(callText(call));
         std::string text = indent + "label=<" + label + ">;\n";

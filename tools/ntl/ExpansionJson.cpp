@@ -27,10 +27,9 @@ public:
         json["path"] = level_.path;
         json["outer"] = indexOrNull(level_.outer);
         json["block"] = level_.block->getName();
-        json["section"] = sectionName(*level_.netlist);
-        const yyltype* const location = level_.netlist->getLocation();
-        json["location"] = location ? jsonOf(expanded_.places.placeOf(*location, level_.block)) : Json();
-        json["mapLibrary"] = location && !location->fileName;
+        json["section"] = sectionName(level_.section);
+        json["location"] = jsonOf(expanded_.places.placeOf(level_.location, level_.block));
+        json["mapLibrary"] = !level_.location.fileName;
         json["branches"] = branches();
         json["instances"] = instances();
         json["signals"] = signals();
@@ -126,10 +125,8 @@ private:
 
 Place ExpandedBlock::placeOf(const HDNTExpansion::Problem& problem) const {
     std::set<const HDNTBlock*> blocks;
-    for (const Expansion::Level& level : expansion.levels()) {
-        const yyltype* const location = level.netlist->getLocation();
-        if (!location || !location->fileName) blocks.insert(level.block);
-    }
+    for (const Expansion::Level& level : expansion.levels())
+        if (!level.location.fileName) blocks.insert(level.block);
     return places.placeOf(problem.location, blocks.size() == 1 ? *blocks.begin() : nullptr);
 }
 

@@ -90,8 +90,8 @@ private:
         } else {
             add("", level_.path);
         }
-        const Place place = expanded_.places.placeOf(*level_.netlist->getLocation(), level_.block);
-        add("block " + quoted(level_.block->getName()) + " " + sectionName(*level_.netlist) + " {",
+        const Place place = expanded_.places.placeOf(level_.location, level_.block);
+        add("block " + quoted(level_.block->getName()) + " " + sectionName(level_.section) + " {",
             expanded_.places.brief(place) + (given.empty() ? "" : "; with " + joined(given, ", ")));
     }
 

@@ -68,7 +68,7 @@ static std::string placeText(const HDNTBlock& block) {
 
 static std::string mappingOf(const HDNTBlock& block) {
     const HDNTNetlist* const netlist = block.getAttachedNetlist();
-    return netlist ? sectionName(*netlist) : "";
+    return netlist ? sectionName(netlist->section()) : "";
 }
 
 static std::string listText(const std::vector<HDNTBlock*>& blocks) {

@@ -68,9 +68,9 @@ std::string groupOf(const HDNTBlock& block, bool legacy) {
     return (group ? group : "") + (subGroup ? std::string(":") + subGroup : "");
 }
 
-std::string sectionName(const HDNTNetlist& netlist) {
+std::string sectionName(HDNTNetlist::Section section) {
     static const std::array<const char*, 4> names = {"mapsto", "expandsto", "modifiedby", "retargetsto"};
-    return names[static_cast<size_t>(netlist.section())];
+    return names[static_cast<size_t>(section)];
 }
 
 std::string numberText(int value) { return std::to_string(value); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hdnt/model/HDNTBus.h"
+#include "hdnt/netlist/HDNTNetlist.h"
 
 #include <string>
 #include <vector>
@@ -8,7 +9,6 @@
 class HDNTBlock;
 class HDNTBus;
 class HDNTLibrary;
-class HDNTNetlist;
 class HDNTPin;
 class HDNTProperty;
 
@@ -33,7 +33,7 @@ std::string requiredValueName(HDNT_PIN_REQUIREDVALUE value);
 std::string groupOf(const HDNTBlock& block, bool legacy);
 
 /// "mapsto", "expandsto", "modifiedby" or "retargetsto"
-std::string sectionName(const HDNTNetlist& netlist);
+std::string sectionName(HDNTNetlist::Section section);
 
 std::string numberText(int value);
 /// The shortest text that reads back to the same number.
