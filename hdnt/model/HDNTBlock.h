@@ -62,7 +62,10 @@ public:
     /// Whether pins of the block can be tied: it has a bus with a required value, or a netlist that allows it.
     bool getCanTiePins() const { return canTiePins_; }
 
+    /// Visits buses, pins and properties, and then the netlist of getNetlist(), which may have to be loaded.
     virtual void accept(HDNTVisitor& visitor);
+    /// The same with the netlist that hasOwnNetlist() tells of, if any. Loads nothing.
+    void acceptOwn(HDNTVisitor& visitor);
 
     // The mapping netlist. What asks for an architecture may load a map library, if the parameter "ntl.enableMapLib"
     // was on at the first such question of the process: loading thread only, then. A load replaces, and so deletes, the
@@ -76,6 +79,8 @@ public:
     HDNTNetlist* getNetlist(const std::string& architecture);
     /// What is attached now; loads nothing. Null when there is none. Any thread.
     const HDNTNetlist* getAttachedNetlist() const { return netlist_.get(); }
+    /// Whether what is attached came from the library's own text and not from a map library. Any thread.
+    bool hasOwnNetlist() const { return netlistKind_ == OwnNetlist || netlistKind_ == OwnNetlistInChild; }
     /// HDNTNetlist::getReferencedInstanceName of the netlist for the architecture, the manager's current one when
     /// empty.
     std::string getReferencedInstanceName(std::string architecture);
@@ -137,6 +142,7 @@ public:
     static std::vector<std::string>& s_unregisteredNames;
 
 private:
+    void acceptDeclared(HDNTVisitor& visitor);
     void deleteOwned();
     void adopt(std::vector<HDNTBlockEntity*>& entities);
     void adoptEntity(HDNTBlockEntity* entity);

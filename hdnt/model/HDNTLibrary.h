@@ -45,6 +45,9 @@ public:
     void finalize() override;
     /// Visits function declarations and all blocks, the parents' too. May load map libraries (HDNTBlock::getNetlist).
     virtual void accept(HDNTVisitor& visitor);
+    /// Visits what was parsed into this library alone: its function declarations, and its blocks each by
+    /// HDNTBlock::acceptOwn. Loads nothing.
+    void acceptOwn(HDNTVisitor& visitor);
 
     // Text (frontend). Errors in the text are reported through HDNTError; what counts as success is the caller's to
     // decide from the result and HDNTError::numErrors. The text goes to the library constructed last (myTopLib), which

@@ -7,6 +7,7 @@
 #include "hdnt/platform/HEX.h"
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 
 using Type = HATAttrTypes::AttrType;
@@ -99,6 +100,8 @@ void HDNTProperty::completeHexRange() {
     const int rest = getBitWidth() % 4;
     std::string low = getMinHexValue();
     std::string high = getMaxHexValue();
+    minCompleted_ |= low.empty();
+    maxCompleted_ |= high.empty();
     if (high.empty()) {
         if (rest > 0) high = std::to_string((1 << rest) - 1);
         high.append(static_cast<size_t>(std::max(digits, 0)), 'F');
@@ -110,7 +113,32 @@ void HDNTProperty::completeHexRange() {
 void HDNTProperty::setDescription() {
     const HDNTBlock& block = *getBlock();
     const std::string text = hdnt::model::describedText(*block.getLibrary(), {block.getName(), getName()});
-    if (!text.empty()) spec_.setDescription(text);
+    if (text.empty()) return;
+    if (!describedByConfig_) declaredDescription_ = HSTUniqString(spec_.getDescription());
+    describedByConfig_ = true;
+    spec_.setDescription(text);
+}
+
+bool HDNTProperty::isMinDeclared() const {
+    if (spec_.isEnumerated()) return false;
+    switch (getType()) {
+    case Type::TypeInt: return spec_.getLowIntRange() != std::numeric_limits<int>::min();
+    case Type::TypeDouble: return spec_.getLowDoubleRange() != std::numeric_limits<double>::lowest();
+    case Type::TypeBitHex: return !minCompleted_ && !spec_.getLowHexRange().empty();
+    case Type::TypeBitBinary: return !spec_.getLowBinaryRange().empty();
+    default: return false;
+    }
+}
+
+bool HDNTProperty::isMaxDeclared() const {
+    if (spec_.isEnumerated()) return false;
+    switch (getType()) {
+    case Type::TypeInt: return spec_.getHighIntRange() != std::numeric_limits<int>::max();
+    case Type::TypeDouble: return spec_.getHighDoubleRange() != std::numeric_limits<double>::max();
+    case Type::TypeBitHex: return !maxCompleted_ && !spec_.getHighHexRange().empty();
+    case Type::TypeBitBinary: return !spec_.getHighBinaryRange().empty();
+    default: return false;
+    }
 }
 
 ConfigBase* HDNTProperty::getDescConfig() const {

@@ -48,6 +48,18 @@ public:
     /// Whether the width of a hex property is rounded up to whole digits. False before finalize().
     bool isNibbleSized() const { return nibbleSized_; }
 
+    // What was declared, where the property itself holds what followed from it. For the writer.
+
+    /// Whether the range has a bound on that side which was given: not one that finalize() completed, and not the
+    /// greatest number of the type. False for an enumerated property and for a bool or string.
+    bool isMinDeclared() const;
+    bool isMaxDeclared() const;
+    /// The description of the declaration, also when finalize() put that of the configuration in its place; empty when
+    /// there was none.
+    const std::string& getDeclaredDescription() const {
+        return describedByConfig_ ? declaredDescription_.str() : spec_.getDescription();
+    }
+
     void setBitWidth(int bits) { spec_.setBitWidth(bits); }
     int getBitWidth() const { return spec_.getBitWidth(); }
     /// The bit width; of a nibble-sized property the next multiple of 4.
@@ -107,7 +119,11 @@ private:
     void completeHexRange();
 
     HATAttrSpec spec_;
+    HSTUniqString declaredDescription_; ///< set once describedByConfig_ is
     int index_ = -1;
+    bool describedByConfig_ = false;
+    bool minCompleted_ = false;
+    bool maxCompleted_ = false;
     bool nibbleSized_ = false;
     bool muxControl_;
 };

@@ -30,15 +30,31 @@ void HDNTLibrary::accept(HDNTVisitor& visitor) {
     visitor.postVisit(this);
 }
 
+void HDNTLibrary::acceptOwn(HDNTVisitor& visitor) {
+    visitor.visit(this);
+    acceptAll(functions_, visitor);
+    for (HDNTBlock* block : blocks_) block->acceptOwn(visitor);
+    visitor.postVisit(this);
+}
+
 void HDNTFunctionDecl::accept(HDNTVisitor& visitor) { visitor.visit(this); }
 
 void HDNTBlock::accept(HDNTVisitor& visitor) {
+    acceptDeclared(visitor);
+    if (HDNTNetlist* const netlist = getNetlist()) netlist->accept(visitor);
+}
+
+void HDNTBlock::acceptOwn(HDNTVisitor& visitor) {
+    acceptDeclared(visitor);
+    if (hasOwnNetlist()) netlist_->accept(visitor);
+}
+
+void HDNTBlock::acceptDeclared(HDNTVisitor& visitor) {
     visitor.visit(this);
     acceptAll(buses_, visitor);
     acceptAll(pins_, visitor);
     acceptAll(properties_, visitor);
     visitor.postVisit(this);
-    if (HDNTNetlist* const netlist = getNetlist()) netlist->accept(visitor);
 }
 
 void HDNTBus::accept(HDNTVisitor& visitor) {

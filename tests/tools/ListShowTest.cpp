@@ -112,6 +112,7 @@ const std::map<std::string, KeyTable>& accessorKeys() {
           {"getNetlist", "/netlist"},
           {"getAttachedNetlist", "/netlist"},
           {"getNetlistKind", "/netlistKind"},
+          {"hasOwnNetlist", "/ownNetlist"},
           {"getReferencedInstanceName", "/referencedInstance"},
           {"hasPseudoDifferentialExpansion", "/pseudoDifferentialExpansion"},
           {"getNumPins", "/pinCount"},
@@ -156,6 +157,9 @@ const std::map<std::string, KeyTable>& accessorKeys() {
           {"getAdjustedBitWidth", "/adjustedBitWidth"},
           {"getPrecision", "/precision"},
           {"getDescConfig", "/describedByConfiguration"},
+          {"getDeclaredDescription", "/declaredDescription"},
+          {"isMinDeclared", "/minimumDeclared"},
+          {"isMaxDeclared", "/maximumDeclared"},
           {"isValidValue", "/defaultIsValid"}}},
     };
     return tables;

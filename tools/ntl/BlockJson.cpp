@@ -143,7 +143,10 @@ Json jsonOf(const HDNTProperty& property) {
                                 ? Json(property.formatValue(json["default"].get<std::string>(), true))
                                 : Json();
     json["units"] = spec.hasUnit() ? Json(spec.getUnitDefault()) : Json();
+    json["minimumDeclared"] = property.isMinDeclared();
+    json["maximumDeclared"] = property.isMaxDeclared();
     json["description"] = orNull(spec.getDescription());
+    json["declaredDescription"] = orNull(property.getDeclaredDescription());
     json["describedByConfiguration"] = isDescribedByConfiguration(property);
     addFlags(json, property);
     json["location"] = locationOf(property);
@@ -241,6 +244,7 @@ Json netlistOf(const HDNTBlock& block) {
 void addMapping(Json& json, HDNTBlock& block) {
     const bool hasMapping = block.getAttachedNetlist() != nullptr;
     json["netlistKind"] = block.getNetlistKind();
+    json["ownNetlist"] = block.hasOwnNetlist();
     json["netlist"] = netlistOf(block);
     json["referencedInstance"] = hasMapping ? orNull(block.getReferencedInstanceName("")) : Json();
     json["pseudoDifferentialExpansion"] = hasMapping && block.hasPseudoDifferentialExpansion("");
