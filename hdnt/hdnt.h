@@ -52,3 +52,5 @@
 #include "hdnt/platform/Location.h"
 #include "hdnt/platform/PartSpec.h"
 #include "hdnt/platform/filtering_stream.h"
+#include "hdnt/writer/HDNTPrintVisitor.h"
+#include "hdnt/writer/HDNTSourceVisitor.h"

@@ -4,6 +4,7 @@
 #include "hdnt/platform/HATAttrObj.h"
 #include "hdnt/platform/HATAttrTypes.h"
 
+#include <cstdio>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -62,6 +63,17 @@ public:
     /// architectures. False without one, also for a name that is empty or holds a slash. A text that does not parse
     /// throws HEXDataException "Invalid maplib ntl file: " + name.
     bool loadMaplib(const std::string& name, const std::string& arch);
+
+    // Text again (writer). Nothing of the model is changed, but accept() is: print() may load map libraries.
+
+    /// Writes the library and its parents' blocks in the printed form (HDNTPrintVisitor), to standard output or to a
+    /// stream, which is borrowed and may be null for standard output. Errors of the stream are not looked at.
+    void print();
+    void print(FILE* stream);
+    /// Writes the library's own contents as source (HDNTSourceVisitor): a text that reads back to an equal library. It
+    /// loads nothing. False when something in the library cannot be said in NTL, which no text can bring about but a
+    /// program can; then each such thing is appended to `problems`, which may be null, and the text is of no use.
+    bool printSource(FILE* stream, std::vector<std::string>* problems);
 
     /// Adopts parsed declarations: blocks and function declarations, in order; null entries are skipped. Blocks with
     /// the test flag are deleted unless the parameter "arch.enableTestFeatures" is on. The vector stays the caller's

@@ -140,8 +140,25 @@ static CommandSpec expandCommand() {
             &runExpand};
 }
 
+static CommandSpec printCommand() {
+    return {
+        "print",
+        "write a library as NTL text",
+        "Reads the library in FILE, a file or a folder of .btl files, and writes it as one text.\n"
+        "The printed form shows the blocks of the parents too, for people and for tools that compare texts; hex and "
+        "binary values in it have no radix and do not read back. With --source, the text reads back to an equal "
+        "library. Neither has the comments and INCLUDE statements of the input.\n"
+        "Blocks with the test flag are written too, unless --param arch.enableTestFeatures=false is given.",
+        {{"FILE", "", "File or folder of .btl files.", &Settings::library, Completion::Library},
+         {"--source", "", "Write text that reads back to an equal library.", &Settings::source},
+         searchOption(),
+         parentOption()},
+        &runPrint};
+}
+
 const std::vector<CommandSpec>& commands() {
-    static const std::vector<CommandSpec> all = {checkCommand(), listCommand(), showCommand(), expandCommand()};
+    static const std::vector<CommandSpec> all = {checkCommand(), listCommand(), showCommand(), expandCommand(),
+                                                 printCommand()};
     return all;
 }
 

@@ -25,7 +25,7 @@ struct OptionSpec {
 
     bool isPositional() const { return flags.front() != '-'; }
     bool isRepeatable() const { return std::holds_alternative<std::vector<std::string> Settings::*>(target); }
-    bool isRequired() const { return flags == "BLOCK"; }
+    bool isRequired() const { return flags == "BLOCK" || flags == "FILE"; }
     /// "-j", "--jobs"
     std::vector<std::string> names() const;
 };

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <utility>
 
 namespace ntl {
 
@@ -34,9 +35,30 @@ static int writeAll(int descriptor, std::string_view text) {
     return 0;
 }
 
+[[noreturn]] static void failOutput(int error) {
+    throw Failure(Unusable, std::string("cannot write to standard output: ") + std::strerror(error));
+}
+
 void writeOutput(std::string_view text) {
-    if (const int error = writeAll(STDOUT_FILENO, text))
-        throw Failure(Unusable, std::string("cannot write to standard output: ") + std::strerror(error));
+    if (const int error = writeAll(STDOUT_FILENO, text)) failOutput(error);
+}
+
+static FILE* copyOfOutput() {
+    const int descriptor = dup(STDOUT_FILENO);
+    FILE* const stream = descriptor == -1 ? nullptr : fdopen(descriptor, "w");
+    if (!stream) failOutput(errno);
+    return stream;
+}
+
+ResultStream::ResultStream() : stream_(copyOfOutput()) {}
+
+ResultStream::~ResultStream() {
+    if (stream_) std::fclose(stream_);
+}
+
+void ResultStream::finish() {
+    const bool failed = std::ferror(stream_) != 0;
+    if (std::fclose(std::exchange(stream_, nullptr)) != 0 || failed) failOutput(errno);
 }
 
 void writeError(std::string_view text) { writeAll(STDERR_FILENO, text); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,6 +41,25 @@ public:
 
 private:
     int saved_;
+};
+
+/// A stream for a long result on standard output. While it lives, whatever else is printed there goes to standard
+/// error, as with OutputToError.
+class ResultStream {
+public:
+    /// Throws Failure(Unusable) when there is no standard output.
+    ResultStream();
+    ~ResultStream();
+    ResultStream(const ResultStream&) = delete;
+    ResultStream& operator=(const ResultStream&) = delete;
+
+    FILE* get() { return stream_; }
+    /// Writes what is left. Throws Failure(Unusable) when anything could not be written.
+    void finish();
+
+private:
+    FILE* stream_;
+    OutputToError redirect_;
 };
 
 /// Lines of cells in aligned columns. The last cell of a line is not padded.

@@ -34,6 +34,8 @@ struct Settings {
     std::vector<std::string> connectedPins;
     bool deep = false;
     std::string expansionFormat = "ntl";
+
+    bool source = false;
 };
 
 } // namespace ntl

@@ -1,0 +1,65 @@
+#include "hdnt/writer/Elements.h"
+
+#include "hdnt/frontend/Keywords.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTPrimGroup.h"
+#include "hdnt/netlist/HDNTStmt.h"
+
+#include <algorithm>
+
+namespace hdnt::writer {
+
+static bool equal(const char* a, const char* b) { return a == b || (a && b && std::string_view(a) == b); }
+
+static std::string groupText(const HDNTBlock& block, bool legacy) {
+    const char* const group = block.getPrimGroupType(legacy);
+    const char* const subGroup = block.getPrimSubGroupType(legacy);
+    return std::string(group ? group : "") + (subGroup ? std::string(":") + subGroup : std::string());
+}
+
+// A block without a group of the earlier scheme has its group in that, too.
+std::string groupText(const HDNTBlock& block) {
+    const char* const legacy = block.getPrimGroupType(true);
+    const bool differs = legacy && !equal(legacy, block.getPrimGroupType(false));
+    std::string text = groupText(block, false);
+    return differs || block.getPrimSubGroupType(true) ? text + ", " + groupText(block, true) : text;
+}
+
+bool groupReadsBack(const HDNTBlock& block) {
+    const char* const group = block.getPrimGroupType(false);
+    const char* const subGroup = block.getPrimSubGroupType(false);
+    const char* const legacyGroup = block.getPrimGroupType(true);
+    const char* const legacySubGroup = block.getPrimSubGroupType(true);
+    if (!group) return !subGroup && !legacyGroup && !legacySubGroup;
+    const HDNTPrimGroup read(groupText(block));
+    const auto optional = [](const std::string& text) { return text.empty() ? nullptr : text.c_str(); };
+    const std::string readSub = read.getPrimSubGroupAbbrev();
+    const std::string readLegacy = read.getLegacyPrimGroupAbbrev();
+    const std::string readLegacySub = read.getLegacyPrimSubGroupAbbrev();
+    return read.getPrimGroupAbbrev() == group && equal(subGroup, optional(readSub)) &&
+           equal(legacyGroup, readLegacy.empty() ? group : readLegacy.c_str()) &&
+           equal(legacySubGroup, optional(readLegacySub));
+}
+
+bool takesElse(const HDNTNetlistEntity* branch) {
+    while (const auto* const stmt = dynamic_cast<const HDNTIfStmt*>(branch)) {
+        if (!stmt->elseStmt()) return true;
+        branch = stmt->elseStmt();
+    }
+    return false;
+}
+
+bool isPassedOver(const HDNTNetlistEntity* branch) {
+    return !branch || (!branch->enabled() && dynamic_cast<const HDNTStmtBlock*>(branch));
+}
+
+bool isIdentifier(std::string_view text) {
+    static constexpr std::string_view wordsOfOtherKinds[] = {"true", "false", "INCLUDE", "INLINE"};
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
+    const auto isPart = [&](char c) { return isLetter(c) || (c >= '0' && c <= '9'); };
+    return !text.empty() && text.size() < sizeof NtlTokenValue::identifier && isLetter(text.front()) &&
+           std::all_of(text.begin(), text.end(), isPart) && !hdnt::frontend::keywordToken(text) &&
+           std::find(std::begin(wordsOfOtherKinds), std::end(wordsOfOtherKinds), text) == std::end(wordsOfOtherKinds);
+}
+
+} // namespace hdnt::writer

@@ -1,0 +1,108 @@
+#include "hdnt/writer/ExpressionText.h"
+
+#include <algorithm>
+
+namespace hdnt::writer {
+
+// As the grammar declares it: all operators of two operands group to the left.
+int ExpressionText::precedenceOf(HDNTExpr::FOPERATOR op) {
+    switch (op) {
+    case HDNTExpr::OR: return 1;
+    case HDNTExpr::AND: return 2;
+    case HDNTExpr::EQUAL:
+    case HDNTExpr::NOT_EQUAL: return 3;
+    case HDNTExpr::LESS:
+    case HDNTExpr::LESS_EQUAL:
+    case HDNTExpr::GREATER:
+    case HDNTExpr::GREATER_EQUAL: return 4;
+    case HDNTExpr::ADD:
+    case HDNTExpr::SUBTRACT: return 5;
+    case HDNTExpr::MULTIPLY:
+    case HDNTExpr::DIVIDE:
+    case HDNTExpr::REMAINDER: return 6;
+    default: return 7;
+    }
+}
+
+size_t ExpressionText::beginOperand() {
+    const size_t before = calls_.empty() ? 0 : calls_.back().operandsBefore;
+    if (!rightDue_ && operands_.size() > before) buffer_ += ", ";
+    rightDue_ = false;
+    return buffer_.size();
+}
+
+ExpressionText::Operand ExpressionText::takeOperand() {
+    if (operands_.empty()) return {buffer_.size(), leaf};
+    const Operand operand = operands_.back();
+    operands_.pop_back();
+    return operand;
+}
+
+void ExpressionText::parenthesise(const Operand& operand) {
+    openings_.push_back(operand.start);
+    buffer_ += ')';
+}
+
+void ExpressionText::beginCall(std::string_view name) {
+    const size_t start = beginOperand();
+    buffer_.append(name).append("(");
+    calls_.push_back({start, operands_.size()});
+}
+
+void ExpressionText::endCall() {
+    buffer_ += ')';
+    if (calls_.empty()) return;
+    operands_.resize(std::min(operands_.size(), calls_.back().operandsBefore));
+    operands_.push_back({calls_.back().start, leaf});
+    calls_.pop_back();
+}
+
+void ExpressionText::beginOperator(HDNTExpr::FOPERATOR op, bool hasLeft) {
+    if (hasLeft && !operands_.empty()) {
+        if (operands_.back().precedence < precedenceOf(op)) parenthesise(operands_.back());
+        operands_.back().precedence = precedenceOf(op);
+        buffer_.append(" ").append(HDNTExpr::getStringOperator(op)).append(" ");
+    } else {
+        operands_.push_back({beginOperand(), precedenceOf(op)});
+        if (op == HDNTExpr::NEGATE) buffer_ += "-(";
+    }
+    rightDue_ = true;
+}
+
+void ExpressionText::endOperator(HDNTExpr::FOPERATOR op, bool hasRight) {
+    rightDue_ = false;
+    const Operand right = hasRight ? takeOperand() : Operand{buffer_.size(), leaf};
+    if (op == HDNTExpr::NEGATE) buffer_ += ')';
+    else if (right.precedence <= precedenceOf(op)) parenthesise(right);
+}
+
+void ExpressionText::endNegation(std::string_view falseText) {
+    rightDue_ = false;
+    const int precedence = precedenceOf(HDNTExpr::EQUAL);
+    const Operand right = takeOperand();
+    if (right.precedence < precedence) parenthesise(right);
+    buffer_.append(" == ").append(falseText);
+    if (!operands_.empty()) operands_.back().precedence = precedence;
+}
+
+std::string_view ExpressionText::finish() {
+    if (openings_.empty()) return buffer_;
+    std::sort(openings_.begin(), openings_.end());
+    finished_.clear();
+    size_t done = 0;
+    for (const size_t opening : openings_) {
+        finished_.append(buffer_, done, opening - done).append("(");
+        done = opening;
+    }
+    return finished_.append(buffer_, done);
+}
+
+void ExpressionText::clear() {
+    buffer_.clear();
+    operands_.clear();
+    calls_.clear();
+    openings_.clear();
+    rightDue_ = false;
+}
+
+} // namespace hdnt::writer

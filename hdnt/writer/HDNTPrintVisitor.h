@@ -1,0 +1,128 @@
+#pragma once
+
+#include "hdnt/model/HDNTBus.h"
+#include "hdnt/netlist/HDNTVisitor.h"
+#include "hdnt/platform/HATAttrTypes.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace hdnt::writer {
+class ExpressionText;
+}
+
+/// Writes what it visits as NTL text, in the printed form: a fixed text for people and for tools that compare texts.
+///
+/// Most of it reads back. Not so the values of hex and binary properties, which bear no radix, and the types "bithex"
+/// and "bitbinary" of functions; doubles lose digits, descriptions and the kind `retargetsto` are not shown. The source
+/// form (HDNTSourceVisitor) always reads back.
+///
+/// One visitor writes one library, block or netlist, and is destroyed. Each operation has written its text to the
+/// stream when it returns, but for expressions, which come with the statement they stand in. Errors of the stream are
+/// not looked at: ask the stream. The text is that of the C locale. One thread at a time; the model is not changed.
+class HDNT_API HDNTPrintVisitor : public HDNTVisitor {
+public:
+    /// Writes to standard output.
+    HDNTPrintVisitor();
+    /// Writes to the stream, which is not owned; null: to standard output.
+    explicit HDNTPrintVisitor(FILE* stream);
+    ~HDNTPrintVisitor() override;
+
+    using HDNTVisitor::postVisit;
+    using HDNTVisitor::visit;
+    void visit(HDNTLibrary* library) override;
+    void postVisit(HDNTLibrary* library) override;
+    void visit(HDNTFunctionDecl* function) override;
+    void visit(HDNTBlock* block) override;
+    void postVisit(HDNTBlock* block) override;
+    /// The pins of a block are written by their buses; a pin that is visited on its own is a line.
+    void visit(HDNTPin* pin) override;
+    void visit(HDNTBus* bus) override;
+    void postVisit(HDNTBus* bus) override;
+    void visit(HDNTProperty* property) override;
+    void visit(HDNTNetlist* netlist) override;
+    void postVisit(HDNTNetlist* netlist) override;
+    /// An empty line.
+    void sectionSeparator(HDNTNetlist* netlist) override;
+    void visit(HDNTBlockInst* inst) override;
+    void visit(HDNTSignal* signal) override;
+    void visit(HDNTConnect* connect) override;
+    void postVisit(HDNTConnect* connect) override;
+    void visit(HDNTAssignBlockProperty* assign) override;
+    void postVisit(HDNTAssignBlockProperty* assign) override;
+    void visit(HDNTAssignPinProperty* assign) override;
+    void postVisit(HDNTAssignPinProperty* assign) override;
+    void visit(HDNTStmtBlock* block) override;
+    void postVisit(HDNTStmtBlock* block) override;
+    void visit(HDNTIfStmt* stmt) override;
+    void postVisit(HDNTIfStmt* stmt) override;
+    void elseVisit(HDNTIfStmt* stmt) override;
+    void visit(HDNTFunctionCall* call) override;
+    void postVisit(HDNTFunctionCall* call) override;
+    void visit(HDNTBlockPinName* pin) override;
+    void visit(HDNTIntConstant* constant) override;
+    void visit(HDNTDoubleConstant* constant) override;
+    void visit(HDNTBoolConstant* constant) override;
+    void visit(HDNTStringConstant* constant) override;
+    void visit(HDNTCompoundExpr* expr) override;
+    void postVisit(HDNTCompoundExpr* expr) override;
+
+    // What the operations above are made of, for visitors that write more.
+
+    /// Writes the indent in blanks; an indent of 0 is one blank.
+    void printIndent();
+    /// Writes the expression buffer and empties it.
+    void print();
+    /// Appends the separator to the expression buffer, unless that is empty.
+    void joinWith(const char* separator);
+    /// Appends the text in double quotes to the expression buffer. Nothing is escaped: a text that the scanner
+    /// delivered has neither quotes nor line breaks, and others cannot be written.
+    void addQuotedString(const std::string& text);
+
+protected:
+    // Where the source form differs.
+
+    /// Empties the line and begins it with the indent.
+    virtual std::string& startLine();
+    /// Ends the line with the brace of a body; in the printed form that stands on a line of its own, behind so many
+    /// blanks.
+    virtual void openBrace(std::string& line, int32_t blanks);
+    virtual void appendText(std::string& line, const std::string& text);
+    virtual void appendNumber(std::string& line, double value);
+    virtual void appendTypeName(std::string& line, HATAttrTypes::AttrType type);
+    virtual void appendPin(std::string& line, const HDNTBlockPinName& pin);
+    /// Something that no text can say. The printed form passes over it.
+    virtual void cannotWrite(const std::string& what);
+
+    int32_t indent() const { return indent_; }
+    void indentMore() { indent_ += 2; }
+    void indentLess() { indent_ -= 2; }
+    void write(std::string_view text);
+    /// Writes the expression, closed by the text.
+    void writeExpression(const char* end);
+    void appendFunction(std::string& line, const HDNTFunctionDecl& function);
+    /// `always`: also a maturity level that no one has to write.
+    void beginBlock(const HDNTBlock& block, bool always);
+    /// Without the end of the line.
+    void endBlock();
+    void closeBrace();
+
+private:
+    void writeAttributes(const HDNTBlock& block, bool always);
+    template <typename Pin>
+    void appendPinLine(std::string& line, const std::string& name, const Pin& pin, HDNT_PIN_TYPE type);
+    void writeEmptyBranch();
+    template <typename Append>
+    void addOperand(Append&& append);
+
+    int32_t indent_ = 0;
+    std::string expression_;
+    FILE* stream_;
+    std::unique_ptr<hdnt::writer::ExpressionText> text_;
+    std::string line_;
+    bool inBlock_ = false;
+    bool inSignal_ = false;
+};

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "hdnt/writer/HDNTPrintVisitor.h"
+
+#include <vector>
+
+class HDNTNetlistEntity;
+
+/// Writes a library as NTL source: a text that reads back to an equal library (HDNTComparison.h), and written again
+/// gives the same bytes. HDNTLibrary::printSource is the usual way to it.
+///
+/// What the configuration or finalize() added is left out. So are mappings that came from map libraries: enter() passes
+/// over them. A `!x`, which no text can bring about, is written as a comparison that means the same.
+class HDNT_API HDNTSourceVisitor : public HDNTPrintVisitor {
+public:
+    /// What cannot be written is appended to `problems`, one text for each, with the element's name; may be null.
+    HDNTSourceVisitor(FILE* stream, std::vector<std::string>* problems);
+    ~HDNTSourceVisitor() override;
+
+    /// Whether everything so far could be written. If not, the text is of no use.
+    bool isComplete() const { return complete_; }
+
+    using HDNTPrintVisitor::postVisit;
+    using HDNTPrintVisitor::visit;
+    bool enter(HDNTNetlist* netlist) override;
+    void visit(HDNTLibrary* library) override;
+    void visit(HDNTFunctionDecl* function) override;
+    void visit(HDNTBlock* block) override;
+    void postVisit(HDNTBlock* block) override;
+    void visit(HDNTBus* bus) override;
+    void postVisit(HDNTBus* bus) override;
+    void visit(HDNTProperty* property) override;
+    void visit(HDNTNetlist* netlist) override;
+    void visit(HDNTBlockInst* inst) override;
+    void visit(HDNTSignal* signal) override;
+    void visit(HDNTConnect* connect) override;
+    void visit(HDNTAssignBlockProperty* assign) override;
+    void visit(HDNTAssignPinProperty* assign) override;
+    void visit(HDNTStmtBlock* block) override;
+    void visit(HDNTIfStmt* stmt) override;
+    void postVisit(HDNTIfStmt* stmt) override;
+    void elseVisit(HDNTIfStmt* stmt) override;
+    void visit(HDNTFunctionCall* call) override;
+    void visit(HDNTCompoundExpr* expr) override;
+
+private:
+    std::string& startLine() override;
+    void openBrace(std::string& line, int32_t blanks) override;
+    void appendText(std::string& line, const std::string& text) override;
+    void appendNumber(std::string& line, double value) override;
+    void appendTypeName(std::string& line, HATAttrTypes::AttrType type) override;
+    void appendPin(std::string& line, const HDNTBlockPinName& pin) override;
+    void cannotWrite(const std::string& what) override;
+
+    void enterElement(std::string_view kind, const std::string& name);
+    void checkFunctionName(const std::string& name);
+    void checkStatement(const HDNTNetlistEntity* statement);
+    void writeBranch(const HDNTNetlistEntity* branch);
+
+    std::vector<std::string>* problems_;
+    bool complete_ = true;
+    bool branchDue_ = false;  ///< the line ends in a condition or an "else"
+    bool mappingDue_ = false; ///< the line ends in the brace of the block whose mapping follows
+    const HDNTBlock* block_ = nullptr;
+    const HDNTBus* bus_ = nullptr;
+    std::string element_; ///< what is being written, for problems
+};

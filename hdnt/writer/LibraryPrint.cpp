@@ -1,0 +1,31 @@
+// The entries of the writer.
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/writer/HDNTPrintVisitor.h"
+#include "hdnt/writer/HDNTSourceVisitor.h"
+#include "hdnt/writer/PropertyText.h"
+#include "hdnt/writer/Text.h"
+
+void HDNTLibrary::print() { print(stdout); }
+
+void HDNTLibrary::print(FILE* stream) {
+    HDNTPrintVisitor visitor(stream);
+    accept(visitor);
+}
+
+bool HDNTLibrary::printSource(FILE* stream, std::vector<std::string>* problems) {
+    HDNTSourceVisitor visitor(stream, problems);
+    acceptOwn(visitor);
+    return visitor.isComplete();
+}
+
+void HDNTProperty::print() { print(4); }
+void HDNTProperty::print(unsigned long indent) { print(indent, stdout); }
+
+void HDNTProperty::print(unsigned long indent, FILE* stream) {
+    std::string line;
+    hdnt::writer::appendIndent(line, static_cast<long>(indent));
+    hdnt::writer::appendPrinted(line, *this);
+    line += '\n';
+    std::fwrite(line.data(), 1, line.size(), stream);
+}
