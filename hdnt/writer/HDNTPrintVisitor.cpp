@@ -7,7 +7,7 @@
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/writer/Elements.h"
-#include "hdnt/writer/ExpressionText.h"
+#include "hdnt/writer/ExpressionBuffer.h"
 #include "hdnt/writer/Text.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ using namespace hdnt::writer;
 
 HDNTPrintVisitor::HDNTPrintVisitor() : HDNTPrintVisitor(stdout) {}
 HDNTPrintVisitor::HDNTPrintVisitor(FILE* stream)
-    : stream_(stream ? stream : stdout), text_(std::make_unique<ExpressionText>(expression_)) {}
+    : stream_(stream ? stream : stdout), text_(std::make_unique<ExpressionBuffer>(expression_)) {}
 HDNTPrintVisitor::~HDNTPrintVisitor() = default;
 
 void HDNTPrintVisitor::write(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stream_); }

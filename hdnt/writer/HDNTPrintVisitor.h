@@ -11,7 +11,7 @@
 #include <string_view>
 
 namespace hdnt::writer {
-class ExpressionText;
+class ExpressionBuffer;
 }
 
 /// Writes what it visits as NTL text, in the printed form: a fixed text for people and for tools that compare texts.
@@ -121,7 +121,7 @@ private:
     int32_t indent_ = 0;
     std::string expression_;
     FILE* stream_;
-    std::unique_ptr<hdnt::writer::ExpressionText> text_;
+    std::unique_ptr<hdnt::writer::ExpressionBuffer> text_;
     std::string line_;
     bool inBlock_ = false;
     bool inSignal_ = false;

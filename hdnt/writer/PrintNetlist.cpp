@@ -10,7 +10,7 @@
 #include "hdnt/netlist/HDNTStmt.h"
 #include "hdnt/netlist/HDNTValue.h"
 #include "hdnt/writer/Elements.h"
-#include "hdnt/writer/ExpressionText.h"
+#include "hdnt/writer/ExpressionBuffer.h"
 #include "hdnt/writer/HDNTPrintVisitor.h"
 #include "hdnt/writer/Text.h"
 

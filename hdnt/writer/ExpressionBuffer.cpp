@@ -1,11 +1,11 @@
-#include "hdnt/writer/ExpressionText.h"
+#include "hdnt/writer/ExpressionBuffer.h"
 
 #include <algorithm>
 
 namespace hdnt::writer {
 
 // As the grammar declares it: all operators of two operands group to the left.
-int ExpressionText::precedenceOf(HDNTExpr::FOPERATOR op) {
+int ExpressionBuffer::precedenceOf(HDNTExpr::FOPERATOR op) {
     switch (op) {
     case HDNTExpr::OR: return 1;
     case HDNTExpr::AND: return 2;
@@ -24,32 +24,32 @@ int ExpressionText::precedenceOf(HDNTExpr::FOPERATOR op) {
     }
 }
 
-size_t ExpressionText::beginOperand() {
+size_t ExpressionBuffer::beginOperand() {
     const size_t before = calls_.empty() ? 0 : calls_.back().operandsBefore;
     if (!rightDue_ && operands_.size() > before) buffer_ += ", ";
     rightDue_ = false;
     return buffer_.size();
 }
 
-ExpressionText::Operand ExpressionText::takeOperand() {
+ExpressionBuffer::Operand ExpressionBuffer::takeOperand() {
     if (operands_.empty()) return {buffer_.size(), leaf};
     const Operand operand = operands_.back();
     operands_.pop_back();
     return operand;
 }
 
-void ExpressionText::parenthesise(const Operand& operand) {
+void ExpressionBuffer::parenthesise(const Operand& operand) {
     openings_.push_back(operand.start);
     buffer_ += ')';
 }
 
-void ExpressionText::beginCall(std::string_view name) {
+void ExpressionBuffer::beginCall(std::string_view name) {
     const size_t start = beginOperand();
     buffer_.append(name).append("(");
     calls_.push_back({start, operands_.size()});
 }
 
-void ExpressionText::endCall() {
+void ExpressionBuffer::endCall() {
     buffer_ += ')';
     if (calls_.empty()) return;
     operands_.resize(std::min(operands_.size(), calls_.back().operandsBefore));
@@ -57,7 +57,7 @@ void ExpressionText::endCall() {
     calls_.pop_back();
 }
 
-void ExpressionText::beginOperator(HDNTExpr::FOPERATOR op, bool hasLeft) {
+void ExpressionBuffer::beginOperator(HDNTExpr::FOPERATOR op, bool hasLeft) {
     if (hasLeft && !operands_.empty()) {
         if (operands_.back().precedence < precedenceOf(op)) parenthesise(operands_.back());
         operands_.back().precedence = precedenceOf(op);
@@ -69,14 +69,14 @@ void ExpressionText::beginOperator(HDNTExpr::FOPERATOR op, bool hasLeft) {
     rightDue_ = true;
 }
 
-void ExpressionText::endOperator(HDNTExpr::FOPERATOR op, bool hasRight) {
+void ExpressionBuffer::endOperator(HDNTExpr::FOPERATOR op, bool hasRight) {
     rightDue_ = false;
     const Operand right = hasRight ? takeOperand() : Operand{buffer_.size(), leaf};
     if (op == HDNTExpr::NEGATE) buffer_ += ')';
     else if (right.precedence <= precedenceOf(op)) parenthesise(right);
 }
 
-void ExpressionText::endNegation(std::string_view falseText) {
+void ExpressionBuffer::endNegation(std::string_view falseText) {
     rightDue_ = false;
     const int precedence = precedenceOf(HDNTExpr::EQUAL);
     const Operand right = takeOperand();
@@ -85,7 +85,7 @@ void ExpressionText::endNegation(std::string_view falseText) {
     if (!operands_.empty()) operands_.back().precedence = precedence;
 }
 
-std::string_view ExpressionText::finish() {
+std::string_view ExpressionBuffer::finish() {
     if (openings_.empty()) return buffer_;
     std::sort(openings_.begin(), openings_.end());
     finished_.clear();
@@ -97,7 +97,7 @@ std::string_view ExpressionText::finish() {
     return finished_.append(buffer_, done);
 }
 
-void ExpressionText::clear() {
+void ExpressionBuffer::clear() {
     buffer_.clear();
     operands_.clear();
     calls_.clear();

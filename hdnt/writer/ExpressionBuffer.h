@@ -13,10 +13,10 @@ namespace hdnt::writer {
 ///
 /// Whether an operand needs parentheses is known only when the operator behind it comes. So where they begin is kept
 /// beside the buffer, and finish() puts them in.
-class ExpressionText {
+class ExpressionBuffer {
 public:
     /// The buffer is the caller's, who may append to it between beginOperand() and endOperand().
-    explicit ExpressionText(std::string& buffer) : buffer_(buffer) {}
+    explicit ExpressionBuffer(std::string& buffer) : buffer_(buffer) {}
 
     /// Appends ", " when an operand of the same list stands before. Gives where the operand starts.
     size_t beginOperand();
