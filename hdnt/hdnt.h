@@ -52,3 +52,5 @@
 #include "hdnt/platform/Location.h"
 #include "hdnt/platform/PartSpec.h"
 #include "hdnt/platform/filtering_stream.h"
+#include "hdnt/writer/HDNTComparison.h"
+#include "hdnt/writer/HDNTModelTree.h"
