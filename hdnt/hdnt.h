@@ -52,5 +52,7 @@
 #include "hdnt/platform/Location.h"
 #include "hdnt/platform/PartSpec.h"
 #include "hdnt/platform/filtering_stream.h"
+#include "hdnt/writer/HDNTComparison.h"
+#include "hdnt/writer/HDNTModelTree.h"
 #include "hdnt/writer/HDNTPrintVisitor.h"
 #include "hdnt/writer/HDNTSourceVisitor.h"

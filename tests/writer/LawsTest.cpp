@@ -16,13 +16,11 @@ class Laws : public testing::Test {
 protected:
     void SetUp() override { HPAParamMgr::getParamMgr()->setValueAsBool("arch.enableTestFeatures", true); }
 
-    static std::string differences([[maybe_unused]] HDNTLibrary& one, [[maybe_unused]] HDNTLibrary& other) {
+    static std::string differences(HDNTLibrary& one, HDNTLibrary& other) {
         std::string text;
-#if __has_include("hdnt/writer/HDNTComparison.h")
         for (const HDNTDifference& difference : HDNTComparison::compare(one, other))
-            text += difference.path + " " + difference.facet + ": " + difference.oldValue + " -> " +
-                    difference.newValue + "\n";
-#endif
+            text += difference.path + ' ' + HDNTComparison::nameOf(difference.facet) + ": " + difference.oldValue +
+                    " -> " + difference.newValue + '\n';
         return text;
     }
 
