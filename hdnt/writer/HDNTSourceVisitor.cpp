@@ -145,7 +145,6 @@ void HDNTSourceVisitor::visit(HDNTSignal* signal) {
         appendText(line, list->name());
         return write(line.append(";\n"));
     }
-    if (signal->connect() && signal->connect()->pins().empty()) cannotWrite("a list of pins that is empty");
     HDNTPrintVisitor::visit(signal);
 }
 

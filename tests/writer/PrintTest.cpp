@@ -1,0 +1,270 @@
+// The two forms: the whole text of the printed one, and what only a program can bring about.
+#include "tests/support/Capture.h"
+#include "tests/support/Library.h"
+#include "tests/support/Written.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+using Exprs = std::vector<HDNTExpr*>;
+using Pins = std::vector<HDNTPinInst*>;
+using Statements = std::vector<HDNTNetlistEntity*>;
+using Type = HATAttrTypes::AttrType;
+
+std::string contents(const char* name) {
+    std::ifstream stream(std::string(HDNT_WRITER_TESTS "/") + name, std::ios::binary);
+    EXPECT_TRUE(stream) << name;
+    std::stringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+std::unique_ptr<HDNTLibrary> everyConstruct() {
+    HPAParamMgr::getParamMgr()->setValueAsBool("arch.enableTestFeatures", true);
+    return support::loaded(contents("every_construct.btl"));
+}
+
+HDNTExpr* number(int value) { return new HDNTIntConstant(value); }
+HDNTExpr* operation(HDNTExpr* lhs, HDNTExpr::FOPERATOR op, HDNTExpr* rhs) { return new HDNTCompoundExpr(lhs, op, rhs); }
+
+std::string textOf(HDNTExpr& expr) {
+    return support::writtenBy([&](FILE* stream) {
+        HDNTPrintVisitor visitor(stream);
+        expr.accept(visitor);
+        visitor.print();
+    });
+}
+
+TEST(PrintedForm, IsThisText) {
+    const auto library = everyConstruct();
+    ASSERT_TRUE(library);
+    EXPECT_EQ(support::printed(*library), contents("every_construct.printed"));
+    const std::string toOutput = support::printedBy([&] { library->print(); }).out;
+    EXPECT_EQ(toOutput, contents("every_construct.printed"));
+    EXPECT_EQ(support::printed(*support::loaded("library \"%s\" { }")), "library \"%s\"\n{\n}\n");
+}
+
+// Both directions in a host whose numbers have a decimal comma.
+TEST(PrintedForm, IsTheSameInAnyLocale) {
+    setenv("LOCPATH", HDNT_TEST_LOCALES, 1);
+    ASSERT_TRUE(std::setlocale(LC_ALL, "de_DE.UTF-8"));
+    char probe[8];
+    std::snprintf(probe, sizeof probe, "%.1f", 0.5);
+    ASSERT_STREQ(probe, "0,5");
+    const auto library = everyConstruct();
+    ASSERT_TRUE(library);
+    EXPECT_EQ(support::printed(*library), contents("every_construct.printed"));
+    const std::string text = support::source(*library);
+    EXPECT_NE(text.find("min = 0.0, max = 1.0, default = 0.5"), text.npos);
+    EXPECT_EQ(support::source(*support::loaded(text)), text);
+}
+
+TEST(PrintedForm, ShowsTheBlocksOfParentsTheSourceDoesNot) {
+    const auto parent = support::loaded("library \"P\" { block \"ADD\" { } }");
+    const auto child = support::loaded("library \"C\" { block \"SUM\" { } }", parent.get());
+    EXPECT_NE(support::printed(*child).find("\"ADD\""), std::string::npos);
+    EXPECT_EQ(support::source(*child).find("\"ADD\""), std::string::npos);
+}
+
+TEST(PrintedForm, WritesWhatIsVisitedOnItsOwn) {
+    const auto library = everyConstruct();
+    HDNTBlock& block = *library->getTypeBlock(0);
+    const auto text = [](auto& node) {
+        return support::writtenBy([&](FILE* stream) {
+            HDNTPrintVisitor visitor(stream);
+            node.accept(visitor);
+        });
+    };
+    EXPECT_EQ(text(*block.getPin(1)), " pin \"B\" input test abstract clock active;\n");
+    EXPECT_EQ(text(*block.getPin(3)), " pin \"D[7]\" input enable tieLow;\n");
+    EXPECT_EQ(text(*block.getBus(3)), " pin \"D[7:0]\" input enable tieLow;\n");
+    EXPECT_EQ(support::printedBy([&] { block.getProperty(6)->print(); }).out,
+              "    property bool \"OFF\" { default = false }\n");
+    HDNTPrintVisitor visitor;
+    EXPECT_EQ(support::printedBy([&] {
+                  visitor.joinWith("; ");
+                  visitor.addQuotedString("a%d");
+                  visitor.joinWith("; ");
+                  visitor.printIndent();
+                  visitor.print();
+                  visitor.print();
+              }).out,
+              " \"a%d\"; ");
+}
+
+// What no text has: an operator `!`, which the scanner does not know, and damaged trees.
+TEST(PrintedForm, OfExpressionsThatProgramsMake) {
+    const auto negation = [](HDNTExpr* of) { return operation(nullptr, HDNTExpr::NOT, of); };
+    const struct {
+        std::unique_ptr<HDNTExpr> expr;
+        const char* text;
+    } cases[] = {
+        {std::unique_ptr<HDNTExpr>(negation(new HDNTBoolConstant(true))), "true == false"},
+        {std::unique_ptr<HDNTExpr>(negation(operation(number(1), HDNTExpr::LESS, number(2)))), "1 < 2 == false"},
+        {std::unique_ptr<HDNTExpr>(negation(operation(number(1), HDNTExpr::EQUAL, number(2)))), "1 == 2 == false"},
+        {std::unique_ptr<HDNTExpr>(negation(operation(number(1), HDNTExpr::OR, number(2)))), "(1 || 2) == false"},
+        {std::unique_ptr<HDNTExpr>(negation(operation(number(1), HDNTExpr::ADD, number(2)))), "1 + 2 == 0"},
+        {std::unique_ptr<HDNTExpr>(negation(new HDNTDoubleConstant(0.5))), "0.500000 == 0.0"},
+        {std::unique_ptr<HDNTExpr>(operation(negation(number(1)), HDNTExpr::ADD, negation(number(2)))),
+         "(1 == 0) + (2 == 0)"},
+        {std::unique_ptr<HDNTExpr>(new HDNTFunctionCall(
+             "f",
+             new Exprs{number(1), operation(nullptr, HDNTExpr::NEGATE, number(2)),
+                       new HDNTFunctionCall("g", new Exprs{number(3), number(4)}),
+                       operation(operation(number(5), HDNTExpr::SUBTRACT, number(6)), HDNTExpr::DIVIDE, number(7))})),
+         "f(1, -(2), g(3, 4), (5 - 6) / 7)"},
+        {std::unique_ptr<HDNTExpr>(operation(number(1), HDNTExpr::ADD, nullptr)), "1 + "},
+    };
+    for (const auto& [expr, text] : cases) EXPECT_EQ(textOf(*expr), text);
+}
+
+HDNTIfStmt* ifStmt(HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt) {
+    return new HDNTIfStmt(new HDNTBoolConstant(true), thenStmt, elseStmt);
+}
+HDNTBlockInst* inst(const char* name) { return new HDNTBlockInst(name, "ADD"); }
+HDNTStmtBlock* disabled() {
+    auto* const block = new HDNTStmtBlock(nullptr);
+    block->setEnabled(false);
+    return block;
+}
+
+std::string writtenNetlist(HDNTNetlistEntity* statement, std::vector<std::string>* problems) {
+    const auto library = support::loaded("library \"L\" { block \"ADD\" { } }");
+    Statements statements{statement};
+    library->getTypeBlock(0)->setNetlist(new HDNTNetlist(&statements));
+    return support::writtenBy(
+        [&](FILE* stream) { problems ? (void)library->printSource(stream, problems) : library->print(stream); });
+}
+
+TEST(PrintedForm, OfBranchesThatProgramsMakeReadsBack) {
+    const auto text = [](HDNTNetlistEntity* statement) {
+        const std::string all = writtenNetlist(statement, nullptr);
+        EXPECT_TRUE(support::parsed(all)) << all;
+        return all.substr(all.find("if ("), all.rfind("  }\n") - all.find("if ("));
+    };
+    EXPECT_EQ(
+        text(ifStmt(ifStmt(inst("A"), nullptr), inst("B"))),
+        "if (true) \n    {\n      if (true) \n      inst \"A\" \"ADD\";\n    }\n    else\n    inst \"B\" \"ADD\";\n");
+    EXPECT_EQ(text(ifStmt(disabled(), disabled())), "if (true) \n    { }\n    else\n    { }\n");
+}
+
+TEST(SourceForm, NamesStatementsThatNoTextHas) {
+    auto* const bare = new Statements{number(1)};
+    const struct {
+        HDNTNetlistEntity* statement;
+        const char* problem;
+    } cases[] = {
+        {ifStmt(ifStmt(inst("A"), nullptr), inst("B")),
+         "if statement: cannot write an if statement without \"else\" as the branch of one that has it"},
+        {ifStmt(disabled(), nullptr),
+         "if statement: cannot write a statement that is missing, or a statement block that is not enabled"},
+        {ifStmt(new HDNTStmtBlock(bare), nullptr),
+         "statement block: cannot write an expression that stands as a statement"},
+        {new HDNTBlockInst("a\"b", "ADD"),
+         "instance \"a\"b\": cannot write the text \"a\"b\", which holds a quote or a line break"},
+        {new HDNTConnect("N", new Pins), "connection of signal \"N\": cannot write a list of pins that is empty"},
+        {new HDNTSignal("N", new Pins), "connection of signal \"N\": cannot write a list of pins that is empty"},
+        {new HDNTAssignPinProperty("U", "~Q", "P", number(1)),
+         "assignment to \"P\": cannot write a pin name that begins with \"~\""},
+        {new HDNTAssignBlockProperty("U", "P", nullptr),
+         "assignment to \"P\": cannot write an assignment without a value"},
+        {new HDNTAssignBlockProperty("U", "P", new HDNTDoubleConstant(std::nan(""))),
+         "assignment to \"P\": cannot write a number that is none (NaN)"},
+        {new HDNTAssignBlockProperty("U", "P", operation(number(1), HDNTExpr::ADD, nullptr)),
+         "assignment to \"P\": cannot write an operation that is not complete"},
+        {new HDNTAssignBlockProperty("U", "P", operation(nullptr, HDNTExpr::NOT, new HDNTStringConstant("x"))),
+         "assignment to \"P\": cannot write the negation of an expression whose type is not known"},
+        {new HDNTAssignBlockProperty("U", "P", new HDNTFunctionCall("if", nullptr)),
+         "assignment to \"P\": cannot write the function name \"if\", which is no identifier of fewer than 32 "
+         "characters"},
+    };
+    for (const auto& [statement, problem] : cases) {
+        std::vector<std::string> problems;
+        writtenNetlist(statement, &problems);
+        EXPECT_EQ(problems, support::Texts{std::string("block \"ADD\", ") + problem});
+    }
+}
+
+TEST(SourceForm, NamesDeclarationsThatNoTextHas) {
+    const auto property = [](Type type, const std::function<void(HDNTProperty&)>& change) {
+        auto* const made = new HDNTProperty("P", type, false, false, false, false, "");
+        change(*made);
+        return made;
+    };
+    const struct {
+        HDNTProperty* property;
+        const char* problem;
+    } cases[] = {
+        {property(Type::TypeInt, [](HDNTProperty& p) { p.getAttrSpec()->setDiscreteInt(true); }),
+         "a list of allowed values that is empty"},
+        {property(Type::TypeBool,
+                  [](HDNTProperty& p) {
+                      p.getAttrSpec()->setHasUnit(true);
+                      p.getAttrSpec()->setUnitDefault("ns");
+                  }),
+         "units, which its type does not have"},
+        {property(Type::TypeBitHex, [](HDNTProperty& p) { p.getAttrSpec()->setHexDefault("FF"); }),
+         "the value \"FF\", which is no constant of its type"},
+        {property(Type::TypeBitBinary, [](HDNTProperty& p) { p.getAttrSpec()->addDiscreteBinary("1'b1"); }),
+         "a list of allowed values without a default"},
+        {property(Type::TypeDouble, [](HDNTProperty& p) { p.setPrecision(101); }), "a precision of 101"},
+        {property(Type::TypeString, [](HDNTProperty& p) { p.getAttrSpec()->setDescription("two\nlines"); }),
+         "the text \"two\nlines\", which holds a quote or a line break"},
+    };
+    for (const auto& [made, problem] : cases) {
+        HDNTLibrary library(nullptr);
+        std::vector<HDNTBlockEntity*> entities{made};
+        std::vector<HDNTDecl*> decls{new HDNTBlock("ADD", &entities, nullptr, &library)};
+        library.init("L", &decls);
+        library.getTypeBlock(0)->setPrimGroupType("G:H");
+        std::vector<std::string> problems;
+        EXPECT_FALSE([&] {
+            bool complete = true;
+            support::writtenBy([&](FILE* stream) { complete = library.printSource(stream, &problems); });
+            return complete;
+        }());
+        EXPECT_EQ(problems, (support::Texts{"block \"ADD\", declaration: cannot write its primitive group",
+                                            std::string("block \"ADD\", property \"P\": cannot write ") + problem}));
+    }
+}
+
+// In a thread with a stack of one megabyte: chains are long, and parentheses and statements deep.
+TEST(BothForms, WriteWhatIsDeep) {
+    const auto run = [](void*) -> void* {
+        std::string sum = "1";
+        for (int i = 0; i < 300000; ++i) sum += " + 1";
+        std::string nested;
+        for (int i = 0; i < 1000; ++i) nested += i % 2 ? "2 - (" : "(3 * ";
+        nested += "1";
+        nested += std::string(1000, ')');
+        std::string ifs;
+        for (int i = 0; i < 600; ++i) ifs += "if (true) { ";
+        ifs += std::string(600, '}');
+        const auto library =
+            support::loaded("library \"L\" { block \"ADD\" { } mapsto { assign block property \"U\" \"P\" " + sum +
+                            "; assign block property \"U\" \"P\" " + nested + "; " + ifs + " } }");
+        EXPECT_NE(library, nullptr) << HDNTError::numErrors;
+        if (!library) return nullptr;
+        const std::string text = support::source(*library);
+        EXPECT_NE(text.find(sum), text.npos);
+        EXPECT_EQ(support::source(*support::loaded(text)), text);
+        EXPECT_NE(support::printed(*library).find(sum), text.npos);
+        return nullptr;
+    };
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 1 << 20);
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, nullptr), 0);
+    pthread_join(thread, nullptr);
+}
+
+} // namespace
