@@ -85,4 +85,8 @@ public:
     virtual void postVisit(HDNTPrimGroup*) {}
     virtual void visit(HDNTCompoundExpr*) {}
     virtual void postVisit(HDNTCompoundExpr*) {}
+
+    /// Whether a block's pins are visited. A visitor that does nothing with them says no and is spared the walk over
+    /// every bit of every bus, which are most of what a library consists of.
+    virtual bool visitsPins() const { return true; }
 };

@@ -52,7 +52,7 @@ void HDNTBlock::acceptOwn(HDNTVisitor& visitor) {
 void HDNTBlock::acceptDeclared(HDNTVisitor& visitor) {
     visitor.visit(this);
     acceptAll(buses_, visitor);
-    acceptAll(pins_, visitor);
+    if (visitor.visitsPins()) acceptAll(pins_, visitor);
     acceptAll(properties_, visitor);
     visitor.postVisit(this);
 }

@@ -8,18 +8,23 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/writer/Elements.h"
 #include "hdnt/writer/ExpressionBuffer.h"
-#include "hdnt/writer/Text.h"
+#include "hdnt/writer/Line.h"
+#include "hdnt/writer/PropertyText.h"
 
 #include <algorithm>
+#include <typeinfo>
 
 using namespace hdnt::writer;
 
 HDNTPrintVisitor::HDNTPrintVisitor() : HDNTPrintVisitor(stdout) {}
 HDNTPrintVisitor::HDNTPrintVisitor(FILE* stream)
-    : stream_(stream ? stream : stdout), text_(std::make_unique<ExpressionBuffer>(expression_)) {}
+    : stream_(stream ? stream : stdout), text_(std::make_unique<ExpressionBuffer>(expression_)),
+      line_(std::make_unique<Line>()) {}
 HDNTPrintVisitor::~HDNTPrintVisitor() = default;
 
 void HDNTPrintVisitor::write(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stream_); }
+
+void HDNTPrintVisitor::write(const Line& line) { write(line.view()); }
 
 void HDNTPrintVisitor::printIndent() { write(HDNTPrintVisitor::startLine()); }
 
@@ -35,36 +40,39 @@ void HDNTPrintVisitor::joinWith(const char* separator) {
     if (!expression_.empty()) expression_ += separator;
 }
 
-void HDNTPrintVisitor::addQuotedString(const std::string& text) { appendText(expression_, text); }
-
-std::string& HDNTPrintVisitor::startLine() {
-    line_.clear();
-    appendIndent(line_, indent_);
-    return line_;
+void HDNTPrintVisitor::addQuotedString(const std::string& text) {
+    line_->clear();
+    appendText(*line_, text);
+    expression_ += line_->view();
 }
 
-void HDNTPrintVisitor::openBrace(std::string& line, int32_t blanks) {
-    line += '\n';
-    line.append(static_cast<size_t>(blanks), ' ').append("{\n");
+Line& HDNTPrintVisitor::startLine() {
+    line_->clear();
+    return line_->indent(indent_);
+}
+
+void HDNTPrintVisitor::openBrace(Line& line, int32_t blanks) {
+    line.add('\n').fill(static_cast<size_t>(blanks), ' ').add("{\n");
 }
 
 void HDNTPrintVisitor::closeBrace() {
     indentLess();
-    write(startLine().append("}\n"));
+    write(startLine().add("}\n"));
 }
 
-void HDNTPrintVisitor::appendText(std::string& line, const std::string& text) { appendQuoted(line, text); }
-void HDNTPrintVisitor::appendNumber(std::string& line, double value) { appendFixed(line, value, 6); }
-void HDNTPrintVisitor::appendTypeName(std::string& line, HATAttrTypes::AttrType type) {
-    line += HDNTProperty::getTypeName(type);
+void HDNTPrintVisitor::appendText(Line& line, const std::string& text) { line.quoted(text); }
+void HDNTPrintVisitor::appendNumber(Line& line, double value) { line.fixed(value, 6); }
+void HDNTPrintVisitor::appendTypeName(Line& line, HATAttrTypes::AttrType type) {
+    line.add(HDNTProperty::getTypeName(type));
 }
 void HDNTPrintVisitor::cannotWrite(const std::string&) {}
 
 void HDNTPrintVisitor::visit(HDNTLibrary* library) {
-    line_ = "library ";
-    appendText(line_, library->getName());
-    openBrace(line_, 0);
-    write(line_);
+    line_->clear();
+    line_->add("library ");
+    appendText(*line_, library->getName());
+    openBrace(*line_, 0);
+    write(*line_);
     indentMore();
 }
 
@@ -73,21 +81,21 @@ void HDNTPrintVisitor::postVisit(HDNTLibrary*) {
     write("}\n");
 }
 
-void HDNTPrintVisitor::appendFunction(std::string& line, const HDNTFunctionDecl& function) {
-    line += "function ";
+void HDNTPrintVisitor::appendFunction(Line& line, const HDNTFunctionDecl& function) {
+    line.add("function ");
     appendTypeName(line, function.getType());
-    line.append(" ").append(function.getName()).append("(");
+    line.add(" ").add(function.getName()).add("(");
     for (size_t i = 0; i < function.getNumFormals(); ++i) {
-        if (i > 0) line += ", ";
+        if (i > 0) line.add(", ");
         appendTypeName(line, function.getFormal(i));
     }
-    line += ");\n";
+    line.add(");\n");
 }
 
 void HDNTPrintVisitor::visit(HDNTFunctionDecl* function) {
-    line_.clear();
-    appendFunction(line_, *function);
-    write(line_);
+    line_->clear();
+    appendFunction(*line_, *function);
+    write(*line_);
 }
 
 void HDNTPrintVisitor::visit(HDNTBlock* block) { beginBlock(*block, true); }
@@ -95,8 +103,8 @@ void HDNTPrintVisitor::visit(HDNTBlock* block) { beginBlock(*block, true); }
 void HDNTPrintVisitor::beginBlock(const HDNTBlock& block, bool always) {
     inBlock_ = true;
     write("\n");
-    std::string& line = startLine();
-    line += "block ";
+    Line& line = startLine();
+    line.add("block ");
     appendText(line, block.getName());
     openBrace(line, 2);
     write(line);
@@ -105,18 +113,18 @@ void HDNTPrintVisitor::beginBlock(const HDNTBlock& block, bool always) {
 }
 
 void HDNTPrintVisitor::writeAttributes(const HDNTBlock& block, bool always) {
-    static constexpr const char* levels[] = {"early;\n", "beta;\n", "production;\n", "deprecated;\n"};
-    if (block.isInternal()) write(startLine().append("internal = true;\n"));
-    if (block.isTest()) write(startLine().append("test = true;\n"));
+    static constexpr std::string_view levels[] = {"early;\n", "beta;\n", "production;\n", "deprecated;\n"};
+    if (block.isInternal()) write(startLine().add("internal = true;\n"));
+    if (block.isTest()) write(startLine().add("test = true;\n"));
     const int level = block.getMaturityLevel();
     if (level < 0 || level > 3) cannotWrite("a maturity level of " + std::to_string(level));
-    else if (level > 0 || always) write(startLine().append("maturityLevel = ").append(levels[level]));
+    else if (level > 0 || always) write(startLine().add("maturityLevel = ").add(levels[level]));
     if (!groupReadsBack(block)) cannotWrite("its primitive group");
     if (!block.getPrimGroupType(false)) return;
-    std::string& line = startLine();
-    line += "primgroup = ";
+    Line& line = startLine();
+    line.add("primgroup = ");
     appendText(line, groupText(block));
-    write(line.append(";\n"));
+    write(line.add(";\n"));
 }
 
 void HDNTPrintVisitor::postVisit(HDNTBlock*) {
@@ -127,26 +135,26 @@ void HDNTPrintVisitor::postVisit(HDNTBlock*) {
 void HDNTPrintVisitor::endBlock() {
     inBlock_ = false;
     indentLess();
-    write(startLine().append("}"));
+    write(startLine().add("}"));
 }
 
 template <typename Pin>
-void HDNTPrintVisitor::appendPinLine(std::string& line, const std::string& name, const Pin& pin, HDNT_PIN_TYPE type) {
-    static constexpr const char* required[] = {"",         " active",     " mustConnect", " tieLow",
-                                               " tieHigh", " tieSpecial", " untie"};
-    line += "pin ";
+void HDNTPrintVisitor::appendPinLine(Line& line, const std::string& name, const Pin& pin, HDNT_PIN_TYPE type) {
+    static constexpr std::string_view required[] = {"",         " active",     " mustConnect", " tieLow",
+                                                    " tieHigh", " tieSpecial", " untie"};
+    line.add("pin ");
     appendText(line, name);
-    line.append(" ").append(HDNTPin::getDirectionName(pin.getDirection()));
-    if (pin.isTest()) line += " test";
-    if (pin.isAbstract()) line += " abstract";
-    if (type != HDNT_PIN_DATA) line.append(" ").append(HDNTPin::getTypeName(type));
+    line.add(" ").add(HDNTPin::getDirectionName(pin.getDirection()));
+    if (pin.isTest()) line.add(" test");
+    if (pin.isAbstract()) line.add(" abstract");
+    if (type != HDNT_PIN_DATA) line.add(" ").add(HDNTPin::getTypeName(type));
     const unsigned value = pin.getRequiredValue();
-    if (value < std::size(required)) line += required[value];
+    if (value < std::size(required)) line.add(required[value]);
     else cannotWrite("a required value of " + std::to_string(value));
 }
 
 void HDNTPrintVisitor::visit(HDNTBus* bus) {
-    std::string& line = startLine();
+    Line& line = startLine();
     appendPinLine(line, bus->getName(), *bus, bus->getType());
     if (bus->getNumProperties() > 0) {
         openBrace(line, std::max(indent_, 1));
@@ -160,13 +168,17 @@ void HDNTPrintVisitor::postVisit(HDNTBus* bus) {
     else write(";\n");
 }
 
+bool HDNTPrintVisitor::visitsPins() const { return typeid(*this) != typeid(HDNTPrintVisitor); }
+
 void HDNTPrintVisitor::visit(HDNTPin* pin) {
     if (inBlock_) return;
-    std::string& line = startLine();
+    Line& line = startLine();
     appendPinLine(line, pin->getName(false), *pin, pin->getBus() ? pin->getBus()->getType() : HDNT_PIN_DATA);
-    write(line.append(";\n"));
+    write(line.add(";\n"));
 }
 
 void HDNTPrintVisitor::visit(HDNTProperty* property) {
-    property->print(static_cast<unsigned long>(std::max(indent_, 0)), stream_);
+    Line& line = startLine();
+    appendPrinted(line, *property);
+    write(line.add('\n'));
 }

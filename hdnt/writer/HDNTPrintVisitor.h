@@ -12,7 +12,8 @@
 
 namespace hdnt::writer {
 class ExpressionBuffer;
-}
+class Line;
+} // namespace hdnt::writer
 
 /// Writes what it visits as NTL text, in the printed form: a fixed text for people and for tools that compare texts.
 ///
@@ -40,6 +41,8 @@ public:
     void postVisit(HDNTBlock* block) override;
     /// The pins of a block are written by their buses; a pin that is visited on its own is a line.
     void visit(HDNTPin* pin) override;
+    /// Only in classes derived from this one, which may do something with them.
+    bool visitsPins() const override;
     void visit(HDNTBus* bus) override;
     void postVisit(HDNTBus* bus) override;
     void visit(HDNTProperty* property) override;
@@ -86,14 +89,14 @@ protected:
     // Where the source form differs.
 
     /// Empties the line and begins it with the indent.
-    virtual std::string& startLine();
+    virtual hdnt::writer::Line& startLine();
     /// Ends the line with the brace of a body; in the printed form that stands on a line of its own, behind so many
     /// blanks.
-    virtual void openBrace(std::string& line, int32_t blanks);
-    virtual void appendText(std::string& line, const std::string& text);
-    virtual void appendNumber(std::string& line, double value);
-    virtual void appendTypeName(std::string& line, HATAttrTypes::AttrType type);
-    virtual void appendPin(std::string& line, const HDNTBlockPinName& pin);
+    virtual void openBrace(hdnt::writer::Line& line, int32_t blanks);
+    virtual void appendText(hdnt::writer::Line& line, const std::string& text);
+    virtual void appendNumber(hdnt::writer::Line& line, double value);
+    virtual void appendTypeName(hdnt::writer::Line& line, HATAttrTypes::AttrType type);
+    virtual void appendPin(hdnt::writer::Line& line, const HDNTBlockPinName& pin);
     /// Something that no text can say. The printed form passes over it.
     virtual void cannotWrite(const std::string& what);
 
@@ -101,9 +104,10 @@ protected:
     void indentMore() { indent_ += 2; }
     void indentLess() { indent_ -= 2; }
     void write(std::string_view text);
+    void write(const hdnt::writer::Line& line);
     /// Writes the expression, closed by the text.
     void writeExpression(const char* end);
-    void appendFunction(std::string& line, const HDNTFunctionDecl& function);
+    void appendFunction(hdnt::writer::Line& line, const HDNTFunctionDecl& function);
     /// `always`: also a maturity level that no one has to write.
     void beginBlock(const HDNTBlock& block, bool always);
     /// Without the end of the line.
@@ -113,7 +117,7 @@ protected:
 private:
     void writeAttributes(const HDNTBlock& block, bool always);
     template <typename Pin>
-    void appendPinLine(std::string& line, const std::string& name, const Pin& pin, HDNT_PIN_TYPE type);
+    void appendPinLine(hdnt::writer::Line& line, const std::string& name, const Pin& pin, HDNT_PIN_TYPE type);
     void writeEmptyBranch();
     template <typename Append>
     void addOperand(Append&& append);
@@ -122,7 +126,7 @@ private:
     std::string expression_;
     FILE* stream_;
     std::unique_ptr<hdnt::writer::ExpressionBuffer> text_;
-    std::string line_;
+    std::unique_ptr<hdnt::writer::Line> line_;
     bool inBlock_ = false;
     bool inSignal_ = false;
 };

@@ -12,9 +12,10 @@
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
 #include "hdnt/writer/Elements.h"
+#include "hdnt/writer/Line.h"
 #include "hdnt/writer/PropertyText.h"
-#include "hdnt/writer/Text.h"
 
+#include <typeinfo>
 #include <utility>
 
 using namespace hdnt::writer;
@@ -29,38 +30,40 @@ void HDNTSourceVisitor::cannotWrite(const std::string& what) {
     std::string place;
     if (block_) place += "block \"" + block_->getName() + "\", ";
     if (bus_) place += "pin \"" + bus_->getName() + "\", ";
-    problems_->push_back(place + element_ + ": cannot write " + what);
+    place += kind_;
+    if (name_) place += " \"" + *name_ + "\"";
+    problems_->push_back(place + ": cannot write " + what);
 }
 
-void HDNTSourceVisitor::enterElement(std::string_view kind, const std::string& name) {
-    element_.assign(kind).append(" \"").append(name).append("\"");
+void HDNTSourceVisitor::enterElement(const char* kind, const std::string* name) {
+    kind_ = kind;
+    name_ = name;
 }
 
-std::string& HDNTSourceVisitor::startLine() {
-    std::string& line = HDNTPrintVisitor::startLine();
-    if (!std::exchange(branchDue_, false)) return line;
-    line.insert(0, "\n");
-    return line.append("  ");
+Line& HDNTSourceVisitor::startLine() {
+    if (!std::exchange(branchDue_, false)) return HDNTPrintVisitor::startLine();
+    write("\n");
+    return HDNTPrintVisitor::startLine().add("  ");
 }
 
-void HDNTSourceVisitor::openBrace(std::string& line, int32_t) { line += " {\n"; }
+void HDNTSourceVisitor::openBrace(Line& line, int32_t) { line.add(" {\n"); }
 
-void HDNTSourceVisitor::appendText(std::string& line, const std::string& text) {
+void HDNTSourceVisitor::appendText(Line& line, const std::string& text) {
     appendSourceText(line, text, [this](const std::string& what) { cannotWrite(what); });
 }
 
-void HDNTSourceVisitor::appendNumber(std::string& line, double value) {
+void HDNTSourceVisitor::appendNumber(Line& line, double value) {
     appendSourceNumber(line, value, [this](const std::string& what) { cannotWrite(what); });
 }
 
 // The grammar knows bit vectors by a width, which functions have no use for.
-void HDNTSourceVisitor::appendTypeName(std::string& line, HATAttrTypes::AttrType type) {
-    if (type == HATAttrTypes::TypeBitHex) line += "1'h";
-    else if (type == HATAttrTypes::TypeBitBinary) line += "1'b";
+void HDNTSourceVisitor::appendTypeName(Line& line, HATAttrTypes::AttrType type) {
+    if (type == HATAttrTypes::TypeBitHex) line.add("1'h");
+    else if (type == HATAttrTypes::TypeBitBinary) line.add("1'b");
     else HDNTPrintVisitor::appendTypeName(line, type);
 }
 
-void HDNTSourceVisitor::appendPin(std::string& line, const HDNTBlockPinName& pin) {
+void HDNTSourceVisitor::appendPin(Line& line, const HDNTBlockPinName& pin) {
     if (!pin.inverted() && pin.pinName().starts_with('~')) cannotWrite("a pin name that begins with \"~\"");
     if (!pin.instName().empty()) return HDNTPrintVisitor::appendPin(line, pin);
     appendText(line, pin.inverted() ? '~' + pin.pinName() : pin.pinName());
@@ -72,21 +75,21 @@ void HDNTSourceVisitor::checkFunctionName(const std::string& name) {
 }
 
 void HDNTSourceVisitor::visit(HDNTLibrary* library) {
-    element_ = "library";
+    enterElement("library", nullptr);
     HDNTPrintVisitor::visit(library);
 }
 
 void HDNTSourceVisitor::visit(HDNTFunctionDecl* function) {
-    enterElement("function", function->getName());
+    enterElement("function", &function->getName());
     checkFunctionName(function->getName());
-    std::string& line = startLine();
+    Line& line = startLine();
     appendFunction(line, *function);
     write(line);
 }
 
 void HDNTSourceVisitor::visit(HDNTBlock* block) {
     block_ = block;
-    element_ = "declaration";
+    enterElement("declaration", nullptr);
     beginBlock(*block, false);
 }
 
@@ -98,7 +101,7 @@ void HDNTSourceVisitor::postVisit(HDNTBlock* block) {
 
 void HDNTSourceVisitor::visit(HDNTBus* bus) {
     bus_ = bus;
-    element_ = "declaration";
+    enterElement("declaration", nullptr);
     HDNTPrintVisitor::visit(bus);
 }
 
@@ -108,11 +111,13 @@ void HDNTSourceVisitor::postVisit(HDNTBus* bus) {
 }
 
 void HDNTSourceVisitor::visit(HDNTProperty* property) {
-    enterElement("property", property->getName());
-    std::string& line = startLine();
+    enterElement("property", &property->getName());
+    Line& line = startLine();
     appendSource(line, *property, [this](const std::string& what) { cannotWrite(what); });
-    write(line.append("\n"));
+    write(line.add("\n"));
 }
+
+bool HDNTSourceVisitor::visitsPins() const { return typeid(*this) != typeid(HDNTSourceVisitor); }
 
 bool HDNTSourceVisitor::enter(HDNTNetlist* netlist) {
     const HDNTBlock* const block = netlist->getTypeBlock();
@@ -121,47 +126,47 @@ bool HDNTSourceVisitor::enter(HDNTNetlist* netlist) {
 
 void HDNTSourceVisitor::visit(HDNTNetlist* netlist) {
     static constexpr const char* sections[] = {"mapsto", "expandsto", "modifiedby", "retargetsto"};
-    element_ = "mapping";
+    enterElement("mapping", nullptr);
     for (const HDNTFunctionCall* call : netlist->preInstanceCalls()) checkStatement(call);
     for (const HDNTFunctionCall* call : netlist->postInstanceCalls()) checkStatement(call);
-    write(std::exchange(mappingDue_, false) ? " " : startLine());
+    write(std::exchange(mappingDue_, false) ? " " : startLine().view());
     write(sections[static_cast<size_t>(netlist->section())]);
     write(" {\n");
     indentMore();
 }
 
 void HDNTSourceVisitor::visit(HDNTBlockInst* inst) {
-    enterElement("instance", inst->instName());
+    enterElement("instance", &inst->instName());
     HDNTPrintVisitor::visit(inst);
 }
 
 // The signals of a ranged declaration follow each other.
 void HDNTSourceVisitor::visit(HDNTSignal* signal) {
-    enterElement("signal", signal->name());
+    enterElement("signal", &signal->name());
     if (const HDNTSigList* const list = signal->sigList()) {
         if (list->firstExpanded() != signal) return;
-        std::string& line = startLine();
-        line += "signal ";
+        Line& line = startLine();
+        line.add("signal ");
         appendText(line, list->name());
-        return write(line.append(";\n"));
+        return write(line.add(";\n"));
     }
     HDNTPrintVisitor::visit(signal);
 }
 
 void HDNTSourceVisitor::visit(HDNTConnect* connect) {
-    enterElement("connection of signal", connect->signalName());
+    enterElement("connection of signal", &connect->signalName());
     if (connect->pins().empty()) cannotWrite("a list of pins that is empty");
     HDNTPrintVisitor::visit(connect);
 }
 
 void HDNTSourceVisitor::visit(HDNTAssignBlockProperty* assign) {
-    enterElement("assignment to", assign->propName());
+    enterElement("assignment to", &assign->propName());
     if (!assign->value()) cannotWrite("an assignment without a value");
     HDNTPrintVisitor::visit(assign);
 }
 
 void HDNTSourceVisitor::visit(HDNTAssignPinProperty* assign) {
-    enterElement("assignment to", assign->propName());
+    enterElement("assignment to", &assign->propName());
     if (!assign->value()) cannotWrite("an assignment without a value");
     if (assign->pinName().starts_with('~')) cannotWrite("a pin name that begins with \"~\"");
     HDNTPrintVisitor::visit(assign);
@@ -176,7 +181,7 @@ void HDNTSourceVisitor::checkStatement(const HDNTNetlistEntity* statement) {
 }
 
 void HDNTSourceVisitor::visit(HDNTStmtBlock* block) {
-    element_ = "statement block";
+    enterElement("statement block", nullptr);
     for (const HDNTNetlistEntity* statement : block->statements()) checkStatement(statement);
     if (!std::exchange(branchDue_, false)) return HDNTPrintVisitor::visit(block);
     write(" {\n");
@@ -184,16 +189,16 @@ void HDNTSourceVisitor::visit(HDNTStmtBlock* block) {
 }
 
 void HDNTSourceVisitor::visit(HDNTIfStmt* stmt) {
-    element_ = "if statement";
+    enterElement("if statement", nullptr);
     if (!stmt->condition()) cannotWrite("an if statement without a condition");
     if (stmt->elseStmt() && takesElse(stmt->thenStmt()))
         cannotWrite("an if statement without \"else\" as the branch of one that has it");
-    write(std::exchange(branchDue_, false) ? " " : startLine());
+    write(std::exchange(branchDue_, false) ? " " : startLine().view());
     write("if (");
 }
 
 void HDNTSourceVisitor::writeBranch(const HDNTNetlistEntity* branch) {
-    element_ = "if statement";
+    enterElement("if statement", nullptr);
     checkStatement(branch);
     branchDue_ = !isPassedOver(branch);
     if (!branchDue_) write("\n");
@@ -205,13 +210,13 @@ void HDNTSourceVisitor::postVisit(HDNTIfStmt* stmt) {
 }
 
 void HDNTSourceVisitor::elseVisit(HDNTIfStmt* stmt) {
-    write(startLine().append("else"));
+    write(startLine().add("else"));
     writeBranch(stmt->elseStmt());
 }
 
 void HDNTSourceVisitor::visit(HDNTFunctionCall* call) {
     if (call->isStatement()) {
-        enterElement("call of function", call->name());
+        enterElement("call of function", &call->name());
         write(startLine());
     }
     checkFunctionName(call->name());

@@ -23,6 +23,7 @@ public:
     using HDNTPrintVisitor::postVisit;
     using HDNTPrintVisitor::visit;
     bool enter(HDNTNetlist* netlist) override;
+    bool visitsPins() const override;
     void visit(HDNTLibrary* library) override;
     void visit(HDNTFunctionDecl* function) override;
     void visit(HDNTBlock* block) override;
@@ -44,15 +45,16 @@ public:
     void visit(HDNTCompoundExpr* expr) override;
 
 private:
-    std::string& startLine() override;
-    void openBrace(std::string& line, int32_t blanks) override;
-    void appendText(std::string& line, const std::string& text) override;
-    void appendNumber(std::string& line, double value) override;
-    void appendTypeName(std::string& line, HATAttrTypes::AttrType type) override;
-    void appendPin(std::string& line, const HDNTBlockPinName& pin) override;
+    hdnt::writer::Line& startLine() override;
+    void openBrace(hdnt::writer::Line& line, int32_t blanks) override;
+    void appendText(hdnt::writer::Line& line, const std::string& text) override;
+    void appendNumber(hdnt::writer::Line& line, double value) override;
+    void appendTypeName(hdnt::writer::Line& line, HATAttrTypes::AttrType type) override;
+    void appendPin(hdnt::writer::Line& line, const HDNTBlockPinName& pin) override;
     void cannotWrite(const std::string& what) override;
 
-    void enterElement(std::string_view kind, const std::string& name);
+    /// The name stays the model's; null: none.
+    void enterElement(const char* kind, const std::string* name);
     void checkFunctionName(const std::string& name);
     void checkStatement(const HDNTNetlistEntity* statement);
     void writeBranch(const HDNTNetlistEntity* branch);
@@ -63,5 +65,6 @@ private:
     bool mappingDue_ = false; ///< the line ends in the brace of the block whose mapping follows
     const HDNTBlock* block_ = nullptr;
     const HDNTBus* bus_ = nullptr;
-    std::string element_; ///< what is being written, for problems
+    const char* kind_ = ""; ///< of what is being written, for problems
+    const std::string* name_ = nullptr;
 };

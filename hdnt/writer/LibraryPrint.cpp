@@ -3,8 +3,8 @@
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/writer/HDNTPrintVisitor.h"
 #include "hdnt/writer/HDNTSourceVisitor.h"
+#include "hdnt/writer/Line.h"
 #include "hdnt/writer/PropertyText.h"
-#include "hdnt/writer/Text.h"
 
 void HDNTLibrary::print() { print(stdout); }
 
@@ -23,9 +23,9 @@ void HDNTProperty::print() { print(4); }
 void HDNTProperty::print(unsigned long indent) { print(indent, stdout); }
 
 void HDNTProperty::print(unsigned long indent, FILE* stream) {
-    std::string line;
-    hdnt::writer::appendIndent(line, static_cast<long>(indent));
+    hdnt::writer::Line line;
+    line.indent(static_cast<long>(indent));
     hdnt::writer::appendPrinted(line, *this);
-    line += '\n';
-    std::fwrite(line.data(), 1, line.size(), stream);
+    line.add('\n');
+    std::fwrite(line.view().data(), 1, line.view().size(), stream);
 }

@@ -12,15 +12,15 @@
 #include "hdnt/writer/Elements.h"
 #include "hdnt/writer/ExpressionBuffer.h"
 #include "hdnt/writer/HDNTPrintVisitor.h"
-#include "hdnt/writer/Text.h"
+#include "hdnt/writer/Line.h"
 
 #include <algorithm>
 
 using namespace hdnt::writer;
 
 void HDNTPrintVisitor::visit(HDNTNetlist* netlist) {
-    std::string& line = startLine();
-    line += netlist->isExpandsTo() ? "expandsto" : netlist->isMapsTo() ? "mapsto" : "modifiedby";
+    Line& line = startLine();
+    line.add(std::string_view(netlist->isExpandsTo() ? "expandsto" : netlist->isMapsTo() ? "mapsto" : "modifiedby"));
     openBrace(line, std::max(indent_, 1));
     write(line);
     indentMore();
@@ -31,31 +31,31 @@ void HDNTPrintVisitor::postVisit(HDNTNetlist*) { closeBrace(); }
 void HDNTPrintVisitor::sectionSeparator(HDNTNetlist*) { write("\n"); }
 
 void HDNTPrintVisitor::visit(HDNTBlockInst* inst) {
-    std::string& line = startLine();
-    line += "inst ";
+    Line& line = startLine();
+    line.add("inst ");
     appendText(line, inst->instName());
-    line += ' ';
+    line.add(' ');
     appendText(line, inst->typeName());
-    write(line.append(";\n"));
+    write(line.add(";\n"));
 }
 
 // A signal with pins is one statement: its connect writes the pins and ends it.
 void HDNTPrintVisitor::visit(HDNTSignal* signal) {
-    std::string& line = startLine();
-    line += "signal ";
+    Line& line = startLine();
+    line.add("signal ");
     appendText(line, signal->name());
     inSignal_ = signal->connect() != nullptr;
-    if (!inSignal_) line += ";\n";
-    else if (!signal->connect()->pins().empty()) line += " : ";
+    if (!inSignal_) line.add(";\n");
+    else if (!signal->connect()->pins().empty()) line.add(" : ");
     write(line);
 }
 
 void HDNTPrintVisitor::visit(HDNTConnect* connect) {
     if (inSignal_) return;
-    std::string& line = startLine();
-    line += "connect ";
+    Line& line = startLine();
+    line.add("connect ");
     appendText(line, connect->signalName());
-    write(line.append(" : "));
+    write(line.add(" : "));
 }
 
 void HDNTPrintVisitor::postVisit(HDNTConnect*) {
@@ -64,52 +64,52 @@ void HDNTPrintVisitor::postVisit(HDNTConnect*) {
 }
 
 void HDNTPrintVisitor::visit(HDNTAssignBlockProperty* assign) {
-    std::string& line = startLine();
-    line += "assign block property ";
+    Line& line = startLine();
+    line.add("assign block property ");
     appendText(line, assign->instName());
-    line += ' ';
+    line.add(' ');
     appendText(line, assign->propName());
-    write(line.append(" "));
+    write(line.add(" "));
 }
 
 void HDNTPrintVisitor::postVisit(HDNTAssignBlockProperty*) { writeExpression(";\n"); }
 
 void HDNTPrintVisitor::visit(HDNTAssignPinProperty* assign) {
-    std::string& line = startLine();
-    line += "assign pin property ";
+    Line& line = startLine();
+    line.add("assign pin property ");
     appendText(line, assign->instName());
-    line += ' ';
+    line.add(' ');
     appendText(line, assign->pinName());
-    line += ", ";
+    line.add(", ");
     appendText(line, assign->propName());
-    write(line.append(" "));
+    write(line.add(" "));
 }
 
 void HDNTPrintVisitor::postVisit(HDNTAssignPinProperty*) { writeExpression(";\n"); }
 
 void HDNTPrintVisitor::visit(HDNTStmtBlock*) {
-    write(startLine().append("{\n"));
+    write(startLine().add("{\n"));
     indentMore();
 }
 
 void HDNTPrintVisitor::postVisit(HDNTStmtBlock*) { closeBrace(); }
 
-void HDNTPrintVisitor::writeEmptyBranch() { write(startLine().append("{ }\n")); }
+void HDNTPrintVisitor::writeEmptyBranch() { write(startLine().add("{ }\n")); }
 
-void HDNTPrintVisitor::visit(HDNTIfStmt*) { write(startLine().append("if (")); }
+void HDNTPrintVisitor::visit(HDNTIfStmt*) { write(startLine().add("if (")); }
 
 void HDNTPrintVisitor::postVisit(HDNTIfStmt* stmt) {
     writeExpression(") \n");
     if (isPassedOver(stmt->thenStmt())) writeEmptyBranch();
     if (stmt->elseStmt() && takesElse(stmt->thenStmt())) {
-        write(startLine().append("{\n"));
+        write(startLine().add("{\n"));
         indentMore();
     }
 }
 
 void HDNTPrintVisitor::elseVisit(HDNTIfStmt* stmt) {
     if (takesElse(stmt->thenStmt())) closeBrace();
-    write(startLine().append("else\n"));
+    write(startLine().add("else\n"));
     if (isPassedOver(stmt->elseStmt())) writeEmptyBranch();
 }
 
@@ -123,34 +123,36 @@ void HDNTPrintVisitor::postVisit(HDNTFunctionCall* call) {
 template <typename Append>
 void HDNTPrintVisitor::addOperand(Append&& append) {
     const size_t start = text_->beginOperand();
-    append();
+    line_->clear();
+    append(*line_);
+    expression_ += line_->view();
     text_->endOperand(start);
 }
 
-void HDNTPrintVisitor::appendPin(std::string& line, const HDNTBlockPinName& pin) {
+void HDNTPrintVisitor::appendPin(Line& line, const HDNTBlockPinName& pin) {
     appendText(line, pin.instName());
-    line += ' ';
+    line.add(' ');
     appendText(line, pin.inverted() ? '~' + pin.pinName() : pin.pinName());
 }
 
 void HDNTPrintVisitor::visit(HDNTBlockPinName* pin) {
-    addOperand([&] { appendPin(expression_, *pin); });
+    addOperand([&](Line& operand) { appendPin(operand, *pin); });
 }
 
 void HDNTPrintVisitor::visit(HDNTIntConstant* constant) {
-    addOperand([&] { appendInt(expression_, constant->getValue()); });
+    addOperand([&](Line& operand) { operand.add(constant->getValue()); });
 }
 
 void HDNTPrintVisitor::visit(HDNTDoubleConstant* constant) {
-    addOperand([&] { appendNumber(expression_, constant->getValue()); });
+    addOperand([&](Line& operand) { appendNumber(operand, constant->getValue()); });
 }
 
 void HDNTPrintVisitor::visit(HDNTBoolConstant* constant) {
-    addOperand([&] { expression_ += constant->getValue() ? "true" : "false"; });
+    addOperand([&](Line& operand) { operand.add(std::string_view(constant->getValue() ? "true" : "false")); });
 }
 
 void HDNTPrintVisitor::visit(HDNTStringConstant* constant) {
-    addOperand([&] { addQuotedString(constant->getValue()); });
+    addOperand([&](Line& operand) { appendText(operand, constant->getValue()); });
 }
 
 void HDNTPrintVisitor::visit(HDNTCompoundExpr* expr) { text_->beginOperator(expr->op(), expr->lhs() != nullptr); }

@@ -3,7 +3,7 @@
 
 #include "hdnt/frontend/HDNTLimits.h"
 #include "hdnt/model/HDNTProperty.h"
-#include "hdnt/writer/Text.h"
+#include "hdnt/writer/Line.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,13 +30,13 @@ struct Printed {
     bool hasMin() const { return true; }
     bool hasMax() const { return true; }
     bool hasDefault() const { return true; }
-    void append(std::string& line, int value) const { appendInt(line, value); }
-    void append(std::string& line, double value) const { appendFixed(line, value, property.getPrecision()); }
-    void append(std::string& line, const std::string& value) const {
-        if (isBits(property)) line += property.formatValue(value, false);
-        else appendQuoted(line, value);
+    void append(Line& line, int value) const { line.add(value); }
+    void append(Line& line, double value) const { line.fixed(value, property.getPrecision()); }
+    void append(Line& line, const std::string& value) const {
+        if (isBits(property)) line.add(property.formatValue(value, false));
+        else line.quoted(value);
     }
-    void appendEmptyList(std::string& line) const { line += " }"; }
+    void appendEmptyList(Line& line) const { line.add(" }"); }
 };
 
 struct Source {
@@ -50,16 +50,16 @@ struct Source {
         const HATAttrSpec& spec = *property.getAttrSpec();
         return !isBits(property) || !(isHex(property) ? spec.getHexDefault() : spec.getBinaryDefault()).empty();
     }
-    void append(std::string& line, int value) const { appendInt(line, value); }
-    void append(std::string& line, double value) const { appendSourceNumber(line, value, cannotWrite); }
-    void append(std::string& line, const std::string& value) const {
+    void append(Line& line, int value) const { line.add(value); }
+    void append(Line& line, double value) const { appendSourceNumber(line, value, cannotWrite); }
+    void append(Line& line, const std::string& value) const {
         if (!isBits(property)) return appendSourceText(line, value, cannotWrite);
         if (!isConstant(value)) cannotWrite("the value \"" + value + "\", which is no constant of its type");
-        line += value;
+        line.add(value);
     }
-    void appendEmptyList(std::string& line) const {
+    void appendEmptyList(Line& line) const {
         cannotWrite("a list of allowed values that is empty");
-        line += "values { }";
+        line.add("values { }");
     }
 
 private:
@@ -75,17 +75,17 @@ private:
 /// The options of a declaration, separated.
 class Options {
 public:
-    explicit Options(std::string& line) : line_(line) {}
+    explicit Options(Line& line) : line_(line) {}
 
     bool empty() const { return empty_; }
-    void begin(const char* text) {
-        if (!empty_) line_ += ", ";
+    void begin(std::string_view text) {
+        if (!empty_) line_.add(", ");
         empty_ = false;
-        line_ += text;
+        line_.add(text);
     }
-    void flag(const char* text, bool on) {
+    void flag(std::string_view text, bool on) {
         begin(text);
-        line_ += on ? "true" : "false";
+        line_.add(on ? std::string_view("true") : "false");
     }
     // An option that may come first, for the others.
     void lead(const HATAttrSpec& spec) {
@@ -94,36 +94,37 @@ public:
     }
     bool isLed() const { return led_; }
     template <typename Form, typename T>
-    void value(const char* text, const Form& form, const T& value) {
+    void value(std::string_view text, const Form& form, const T& value) {
         begin(text);
         form.append(line_, value);
     }
     template <typename Form, typename T>
-    void list(const Form& form, HATValueIter<T>& values) {
+    void list(const Form& form, HATValueIter<T>* iterator) {
+        const std::unique_ptr<HATValueIter<T>> values(iterator);
         begin("");
-        if (!values.hasNext()) return form.appendEmptyList(line_);
-        for (const char* before = "values { "; values.hasNext(); before = ", ") {
-            values.next();
-            line_ += before;
-            form.append(line_, values.current());
+        if (!values->hasNext()) return form.appendEmptyList(line_);
+        for (std::string_view before = "values { "; values->hasNext(); before = ", ") {
+            values->next();
+            line_.add(before);
+            form.append(line_, values->current());
         }
-        line_ += " }";
+        line_.add(" }");
     }
 
 private:
-    std::string& line_;
+    Line& line_;
     bool empty_ = true;
     bool led_ = false;
 };
 
 // The list or range, and the default. A maximum cannot be the first option: then it stands behind the default.
 template <typename Form, typename T>
-void appendValues(Options& options, const Form& form, HATValueIter<T>* iterator, const T& low, const T& high,
-                  const T& byDefault) {
-    const std::unique_ptr<HATValueIter<T>> values(iterator);
+void appendValues(Options& options, const Form& form, HATValueIter<T>* (HATAttrSpec::*values)() const, const T& low,
+                  const T& high, const T& byDefault) {
     const HATAttrSpec& spec = *form.property.getAttrSpec();
-    const bool hasMax = !spec.isEnumerated() && form.hasMax();
-    if (spec.isEnumerated()) options.list(form, *values);
+    const bool listed = spec.isEnumerated();
+    const bool hasMax = !listed && form.hasMax();
+    if (listed) options.list(form, (spec.*values)());
     else if (form.hasMin()) options.value("min = ", form, low);
     const bool maxFirst = hasMax && !options.empty();
     if (maxFirst) options.value("max = ", form, high);
@@ -138,33 +139,31 @@ void appendAllValues(Options& options, const Form& form) {
     using Text = const std::string&;
     switch (spec.getAttrType()) {
     case Type::TypeInt:
-        return appendValues(options, form, spec.createDiscreteIntRangeIter(), spec.getLowIntRange(),
+        return appendValues(options, form, &HATAttrSpec::createDiscreteIntRangeIter, spec.getLowIntRange(),
                             spec.getHighIntRange(), spec.getIntDefault());
     case Type::TypeDouble:
-        return appendValues(options, form, spec.createDiscreteDoubleRangeIter(), spec.getLowDoubleRange(),
+        return appendValues(options, form, &HATAttrSpec::createDiscreteDoubleRangeIter, spec.getLowDoubleRange(),
                             spec.getHighDoubleRange(), spec.getDoubleDefault());
     case Type::TypeBitHex:
-        return appendValues<Form, Text>(options, form, spec.createHexIter(), spec.getLowHexRange(),
+        return appendValues<Form, Text>(options, form, &HATAttrSpec::createHexIter, spec.getLowHexRange(),
                                         spec.getHighHexRange(), spec.getHexDefault());
     case Type::TypeBitBinary:
-        return appendValues<Form, Text>(options, form, spec.createBinaryIter(), spec.getLowBinaryRange(),
+        return appendValues<Form, Text>(options, form, &HATAttrSpec::createBinaryIter, spec.getLowBinaryRange(),
                                         spec.getHighBinaryRange(), spec.getBinaryDefault());
     case Type::TypeString:
-        if (const std::unique_ptr<HATTextIter> values(spec.createStringRangeIter()); spec.isEnumerated())
-            options.list(form, *values);
+        if (spec.isEnumerated()) options.list(form, spec.createStringRangeIter());
         return options.value("default = ", form, spec.getStringDefault());
     case Type::TypeBool: return options.flag("default = ", spec.getBoolDefault());
     }
 }
 
-void appendType(std::string& line, const HDNTProperty& property) {
-    line += "property ";
+void appendType(Line& line, const HDNTProperty& property) {
+    line.add("property ");
     if (!isBits(property)) {
-        line += HDNTProperty::getTypeName(property.getType());
+        line.add(HDNTProperty::getTypeName(property.getType()));
         return;
     }
-    appendInt(line, property.getBitWidth());
-    line += radixOf(property);
+    line.add(property.getBitWidth()).add(std::string_view(radixOf(property)));
 }
 
 void appendFlags(Options& options, const HDNTProperty& property) {
@@ -194,58 +193,56 @@ void findUnwritable(const HDNTProperty& property, const CannotWrite& cannotWrite
 
 } // namespace
 
-void appendPrinted(std::string& line, const HDNTProperty& property) {
+void appendPrinted(Line& line, const HDNTProperty& property) {
     appendType(line, property);
-    line += ' ';
-    appendQuoted(line, property.getName());
-    line += " { ";
+    line.add(' ').quoted(property.getName()).add(" { ");
     Options options(line);
     appendAllValues(options, Printed{property});
     if (property.getType() == Type::TypeDouble) {
         options.begin("precision = ");
-        appendInt(line, property.getPrecision());
+        line.add(property.getPrecision());
     }
     appendFlags(options, property);
     if (property.getAttrSpec()->hasUnit()) {
         options.begin("units = ");
-        appendQuoted(line, property.getAttrSpec()->getUnitDefault());
+        line.quoted(property.getAttrSpec()->getUnitDefault());
     }
-    line += " }";
+    line.add(" }");
 }
 
-void appendSource(std::string& line, const HDNTProperty& property, const CannotWrite& cannotWrite) {
+void appendSource(Line& line, const HDNTProperty& property, const CannotWrite& cannotWrite) {
     const HATAttrSpec& spec = *property.getAttrSpec();
     findUnwritable(property, cannotWrite);
     appendType(line, property);
-    line += ' ';
+    line.add(' ');
     appendSourceText(line, property.getName(), cannotWrite);
-    line += " { ";
+    line.add(" { ");
     Options options(line);
     appendAllValues(options, Source{property, cannotWrite});
     if (property.getType() == Type::TypeDouble && property.getPrecision() != defaultPrecision) {
         options.begin("precision = ");
-        appendInt(line, property.getPrecision());
+        line.add(property.getPrecision());
     }
     appendFlags(options, property);
-    const auto text = [&](const char* option, const std::string& value) {
+    const auto text = [&](std::string_view option, const std::string& value) {
         options.begin(option);
         appendSourceText(line, value, cannotWrite);
     };
     if (spec.hasUnit() && !spec.getUnitDefault().empty()) text("units = ", spec.getUnitDefault());
     if (const std::string& description = property.getDeclaredDescription(); !description.empty())
         text("description = ", description);
-    line += " }";
+    line.add(" }");
 }
 
-void appendSourceText(std::string& line, const std::string& text, const CannotWrite& cannotWrite) {
-    if (text.find_first_of("\"\n") != text.npos)
+void appendSourceText(Line& line, const std::string& text, const CannotWrite& cannotWrite) {
+    if (std::any_of(text.begin(), text.end(), [](char c) { return c == '"' || c == '\n'; }))
         cannotWrite("the text \"" + text + "\", which holds a quote or a line break");
-    appendQuoted(line, text);
+    line.quoted(text);
 }
 
-void appendSourceNumber(std::string& line, double value, const CannotWrite& cannotWrite) {
+void appendSourceNumber(Line& line, double value, const CannotWrite& cannotWrite) {
     if (std::isnan(value)) cannotWrite("a number that is none (NaN)");
-    else appendShortest(line, value);
+    else line.shortest(value);
 }
 
 } // namespace hdnt::writer

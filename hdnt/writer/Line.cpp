@@ -1,0 +1,43 @@
+#include "hdnt/writer/Line.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace hdnt::writer {
+
+void Line::grow(size_t count) {
+    const size_t capacity = std::max(2 * capacity_, size_ + std::max<size_t>(count, 256));
+    std::unique_ptr<char[]> bytes(new char[capacity]);
+    if (size_ > 0) std::memcpy(bytes.get(), bytes_.get(), size_);
+    bytes_ = std::move(bytes);
+    capacity_ = capacity;
+}
+
+Line& Line::add(int value) {
+    char digits[16];
+    return add(std::string_view(
+        digits, static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits)));
+}
+
+// The longest number has 309 digits before the point.
+Line& Line::fixed(double value, int precision) {
+    const size_t start = size_;
+    const size_t longest = 312 + static_cast<size_t>(std::max(precision, 0));
+    char* const first = room(longest);
+    const auto end = std::to_chars(first, first + longest, value, std::chars_format::fixed, precision);
+    size_ = start + static_cast<size_t>(end.ptr - first);
+    return *this;
+}
+
+// The shortest form of the least number has 326 characters.
+Line& Line::shortest(double value) {
+    if (std::isinf(value)) return add(value < 0 ? std::string_view("-1") : "1").fill(309, '0').add(".0");
+    char buffer[400];
+    const std::to_chars_result end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
+    const std::string_view digits(buffer, static_cast<size_t>(end.ptr - buffer));
+    add(digits);
+    return digits.find('.') == digits.npos ? add(".0") : *this;
+}
+
+} // namespace hdnt::writer
