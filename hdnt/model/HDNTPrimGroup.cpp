@@ -1,7 +1,9 @@
 #include "hdnt/model/HDNTPrimGroup.h"
 
-HDNTPrimGroup::HDNTPrimGroup(const std::string& text) : group_(text, 0, text.find(',')) {
+HDNTPrimGroup::HDNTPrimGroup(const std::string& declared) {
+    const std::string text = declared.c_str(); // NOLINT(readability-redundant-string-cstr): up to a NUL
     const size_t comma = text.find(',');
+    group_ = text.substr(0, comma);
     if (comma == text.npos) return;
     const size_t legacy = text.find_first_not_of(' ', comma + 1);
     if (legacy != text.npos) legacyGroup_ = text.substr(legacy);

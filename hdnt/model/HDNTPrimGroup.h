@@ -6,8 +6,9 @@
 /// reads and deletes it when it is constructed.
 class HDNT_API HDNTPrimGroup : public HDNTBlockEntity {
 public:
-    /// Splits at the first comma; blanks behind it are skipped. Nothing is trimmed around ":".
-    explicit HDNTPrimGroup(const std::string& text);
+    /// Splits at the first comma; blanks behind it are skipped. Nothing is trimmed around ":". A text with a NUL ends
+    /// there, since blocks give their groups out as C strings.
+    explicit HDNTPrimGroup(const std::string& declared);
 
     /// Each part may be empty.
     std::string getPrimGroupAbbrev() const;

@@ -37,7 +37,10 @@ TEST(Report, EdgesOfLocations) {
         {place("f", 1, 9, 3, 2), "\n*** Error line 9.\nfile: f line: 1.\nline2\n  \n*** m\n\n"},
         {place("f", 1, 2, 1, 0), "\n*** Error line 2.\nfile: f line: 1.\nline2\n\n*** m\n\n"},
     };
-    for (auto [at, expected] : cases) EXPECT_EQ(printedBy([&] { HDNTError::OutputError(&at, "m"); }).err, expected);
+    for (auto [place, expected] : cases) {
+        yyltype* const at = &place;
+        EXPECT_EQ(printedBy([at] { HDNTError::OutputError(at, "m"); }).err, expected);
+    }
     EXPECT_EQ(printedBy([] { HDNTError::ParserFailed("m"); }).err, "\n*** Error.\n*** m\n\n");
     EXPECT_EQ(HDNTError::numErrors, 5);
 }

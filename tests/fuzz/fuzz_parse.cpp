@@ -1,4 +1,5 @@
-// A text from scanner to checked model and expanded mappings: any bytes give a result or a report.
+// A text from scanner to checked model, expanded mappings and text again: any bytes give a result or a report, and what
+// gives a library can be written and read back to an equal one.
 #include "hdnt/frontend/HDNTError.h"
 #include "hdnt/frontend/HDNTLimits.h"
 #include "hdnt/frontend/Scanner.h"
@@ -8,6 +9,8 @@
 #include "hdnt/netlist/HDNTExpansion.h"
 #include "hdnt/netlist/HDNTVisitor.h"
 #include "hdnt/platform/HEX.h"
+#include "hdnt/writer/HDNTComparison.h"
+#include "tests/support/Written.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -35,6 +38,17 @@ HDNTLibrary* prepare() {
     return &root;
 }
 
+/// Faulty libraries too: what could be read can be written.
+void writeAndReadBack(HDNTLibrary& library, HDNTLibrary* root) {
+    const std::string text = support::source(library);
+    HDNTLibrary again(root);
+    if (again.parseString(text) != 0) std::abort();
+    again.finalize();
+    if (!HDNTComparison::compare(library, again).empty()) std::abort();
+    if (support::source(again) != text) std::abort();
+    if (support::printed(again) != support::printed(library)) std::abort();
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -60,5 +74,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         HDNTExpansion expansion(block);
         if (!expansion.expand(true) && block.getAttachedNetlist() && expansion.problems().empty()) std::abort();
     }
+    writeAndReadBack(library, root);
     return 0;
 }
