@@ -256,9 +256,14 @@ private:
             if (std::is_sorted(kept.begin(), kept.end(), byPartner)) continue;
             std::vector<size_t> sorted = kept;
             std::sort(sorted.begin(), sorted.end(), byPartner);
-            const auto moved = std::mismatch(kept.begin(), kept.end(), sorted.begin());
-            report(task, Facet::order, Trend::other, names(before_, old, kept, moved.first - kept.begin(), false),
-                   names(after_, now, sorted, moved.first - kept.begin(), true, &old));
+            const auto first = std::mismatch(kept.begin(), kept.end(), sorted.begin()).first - kept.begin();
+            const auto last = kept.rend() - std::mismatch(kept.rbegin(), kept.rend(), sorted.rbegin()).first;
+            const auto moved = [&](const std::vector<size_t>& order) {
+                return std::vector<size_t>(order.begin() + first, order.begin() + last);
+            };
+            std::vector<size_t> arrived = moved(sorted);
+            for (size_t& position : arrived) position = old.partners[position];
+            report(task, Facet::order, Trend::other, names(before_, old, moved(kept)), names(after_, now, arrived));
             HDNTDifference& difference = differences_.back();
             if (isOneList) continue;
             difference.element = kind;
@@ -266,15 +271,12 @@ private:
         }
     }
 
-    std::string names(const HDNTModelTree& tree, const List& list, const std::vector<size_t>& kept,
-                      std::ptrdiff_t first, bool isNew, const List* old = nullptr) const {
+    static std::string names(const HDNTModelTree& tree, const List& list, const std::vector<size_t>& positions) {
         constexpr size_t most = 8;
         std::string text;
-        for (size_t i = static_cast<size_t>(first), count = 0; i < kept.size(); ++i, ++count) {
-            if (count == most) return text + ", ...";
-            text += (count ? ", " : "") + partOf(tree, list, isNew ? old->partners[kept[i]] : kept[i]);
-        }
-        return text;
+        for (size_t i = 0; i < std::min(positions.size(), most); ++i)
+            text += (i > 0 ? ", " : "") + partOf(tree, list, positions[i]);
+        return positions.size() > most ? text + ", ..." : text;
     }
 
     const HDNTModelTree& before_;

@@ -34,6 +34,11 @@ struct Settings {
     std::vector<std::string> connectedPins;
     bool deep = false;
     std::string expansionFormat = "ntl";
+
+    std::string oldLibrary;
+    std::string newLibrary;
+    std::vector<std::string> oldSearchDirectories;
+    std::vector<std::string> newSearchDirectories;
 };
 
 } // namespace ntl
