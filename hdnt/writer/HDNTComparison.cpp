@@ -217,8 +217,10 @@ private:
             if (newElement != nowhere && areEqual(old.elements[i], newElement)) continue;
             child(task, before_, old, i, old.elements[i], newElement, Trend::less);
         }
+        const size_t endOfKept = endOfKeptPins(now);
         for (size_t i = 0; i < now.elements.size(); ++i)
-            if (now.partners[i] == nowhere) child(task, after_, now, i, nowhere, now.elements[i], trendOfAdded(now, i));
+            if (now.partners[i] == nowhere)
+                child(task, after_, now, i, nowhere, now.elements[i], trendOfAdded(now, i, endOfKept));
         std::reverse(todo_.begin() + static_cast<std::ptrdiff_t>(firstTask), todo_.end());
     }
 
@@ -229,17 +231,21 @@ private:
         todo_.push_back({before, after, isBlock ? path : parent.block, path, trend});
     }
 
-    // A pin that is not the last of those to be connected moves others to another position.
-    Trend trendOfAdded(const List& now, size_t position) const {
+    // Behind the last of the pins that were there and have a position that counts.
+    size_t endOfKeptPins(const List& now) const {
+        for (size_t i = now.elements.size(); i-- > 0;)
+            if (after_.elements()[now.elements[i]].kind == Kind::pin && now.partners[i] != nowhere &&
+                textOf(after_, now.elements[i], Facet::direction) != "internal")
+                return i + 1;
+        return 0;
+    }
+
+    Trend trendOfAdded(const List& now, size_t position, size_t endOfKept) const {
         const size_t element = now.elements[position];
         if (after_.elements()[element].kind != Kind::pin) return Trend::more;
         if (!mayStayOpen(after_, element)) return Trend::less;
-        if (textOf(after_, element, Facet::direction) == "internal") return Trend::more;
-        for (size_t i = position + 1; i < now.elements.size(); ++i)
-            if (after_.elements()[now.elements[i]].kind == Kind::pin && now.partners[i] != nowhere &&
-                textOf(after_, now.elements[i], Facet::direction) != "internal")
-                return Trend::less;
-        return Trend::more;
+        const bool isInternal = textOf(after_, element, Facet::direction) == "internal";
+        return isInternal || position >= endOfKept ? Trend::more : Trend::less;
     }
 
     // Statements in braces are one list, elsewhere those of each kind are.

@@ -160,6 +160,10 @@ TEST(Comparison, OneEditIsOneDifference) {
         {"block \"MUX\" { }", "", "breaking removed block/whole MUX:  -> "},
         {"block \"MUX\" { }", "block \"MUX\" { } block \"GATE\" { internal = true; }",
          "compatible added block/whole GATE:  -> internal true"},
+        {"block \"MUX\" { }", "block \"MUX\" { pin \"Q\" output; }",
+         "compatible added pin/whole MUX/Q:  -> direction output, type data"},
+        {"pin \"Q\" output;", "pin \"Q\" output; pin \"X\" internal;",
+         "compatible added pin/whole ADD/X:  -> direction internal, type data"},
         {"block \"MUX\" { }", "block \"mux\" { }",
          "breaking removed block/whole MUX:  -> \n"
          "compatible added block/whole mux:  -> "},
