@@ -193,6 +193,7 @@ TEST_F(DiffTest, WhatCannotBeRunIsStatusTwoAndSaysWhy) {
     }
     const Outcome parent = ntl.run({"diff", "old.btl", "new.btl", "--parent", "broken.btl"});
     EXPECT_EQ(parent.status, 2);
+    EXPECT_NE(parent.err.find("ntl: parent library: broken.btl: 1 error"), std::string::npos) << parent.err;
     const Outcome tests = ntl.run({"--param", "arch.enableTestFeatures=false", "diff", "old.btl", "new.btl"});
     EXPECT_EQ(tests.out.find("NEW"), std::string::npos);
 }

@@ -30,10 +30,13 @@ constexpr char badMark = '-';
 // In the worker's process. An INCLUDE that brought nothing in makes another library, so that is said.
 std::string described(const Side& side) {
     for (const std::string& directory : side.searchDirectories) NtlAddSearchDirectory(directory);
+    std::string of;
     try {
         Loader loader(false);
         HDNTLibrary* library = nullptr;
+        of = "parent library: ";
         for (const std::string& path : side.parents) library = loader.load(path, library);
+        of.clear();
         loader.forget();
         library = loader.load(side.path, library);
         std::vector<Finding> notices = loader.notices();
@@ -41,11 +44,11 @@ std::string described(const Side& side) {
         for (const Finding& notice : notices) writeError(warningLine(notice));
         return goodMark + HDNTModelTree(*library).toBytes();
     } catch (const Failure& failure) {
-        return badMark + std::string(failure.what());
+        return badMark + of + failure.what();
     } catch (const std::bad_alloc&) {
-        return badMark + side.path + ": out of memory";
+        return badMark + of + side.path + ": out of memory";
     } catch (const std::exception& error) {
-        return badMark + side.path + ": " + error.what();
+        return badMark + of + side.path + ": " + error.what();
     }
 }
 
