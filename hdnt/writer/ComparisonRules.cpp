@@ -116,7 +116,7 @@ std::optional<int> compareNumbers(std::string_view a, std::string_view b) {
             if (upper(digitsA[i]) != upper(digitsB[i])) return upper(digitsA[i]) < upper(digitsB[i]) ? -1 : 1;
         return 0;
     }
-    double values[2];
+    double values[2] = {};
     for (const auto& [text, value] : {std::pair{a, &values[0]}, std::pair{b, &values[1]}}) {
         const std::from_chars_result read = std::from_chars(text.data(), text.data() + text.size(), *value);
         if (read.ec != std::errc() || read.ptr != text.data() + text.size()) return std::nullopt;

@@ -217,8 +217,10 @@ private:
             if (newElement != nowhere && areEqual(old.elements[i], newElement)) continue;
             child(task, before_, old, i, old.elements[i], newElement, Trend::less);
         }
+        const size_t endOfKept = endOfKeptPins(now);
         for (size_t i = 0; i < now.elements.size(); ++i)
-            if (now.partners[i] == nowhere) child(task, after_, now, i, nowhere, now.elements[i], trendOfAdded(now, i));
+            if (now.partners[i] == nowhere)
+                child(task, after_, now, i, nowhere, now.elements[i], trendOfAdded(now, i, endOfKept));
         std::reverse(todo_.begin() + static_cast<std::ptrdiff_t>(firstTask), todo_.end());
     }
 
@@ -229,17 +231,21 @@ private:
         todo_.push_back({before, after, isBlock ? path : parent.block, path, trend});
     }
 
-    // A pin that is not the last of those to be connected moves others to another position.
-    Trend trendOfAdded(const List& now, size_t position) const {
+    // Behind the last of the pins that were there and have a position that counts.
+    size_t endOfKeptPins(const List& now) const {
+        for (size_t i = now.elements.size(); i-- > 0;)
+            if (after_.elements()[now.elements[i]].kind == Kind::pin && now.partners[i] != nowhere &&
+                textOf(after_, now.elements[i], Facet::direction) != "internal")
+                return i + 1;
+        return 0;
+    }
+
+    Trend trendOfAdded(const List& now, size_t position, size_t endOfKept) const {
         const size_t element = now.elements[position];
         if (after_.elements()[element].kind != Kind::pin) return Trend::more;
         if (!mayStayOpen(after_, element)) return Trend::less;
-        if (textOf(after_, element, Facet::direction) == "internal") return Trend::more;
-        for (size_t i = position + 1; i < now.elements.size(); ++i)
-            if (after_.elements()[now.elements[i]].kind == Kind::pin && now.partners[i] != nowhere &&
-                textOf(after_, now.elements[i], Facet::direction) != "internal")
-                return Trend::less;
-        return Trend::more;
+        const bool isInternal = textOf(after_, element, Facet::direction) == "internal";
+        return isInternal || position >= endOfKept ? Trend::more : Trend::less;
     }
 
     // Statements in braces are one list, elsewhere those of each kind are.
@@ -256,9 +262,14 @@ private:
             if (std::is_sorted(kept.begin(), kept.end(), byPartner)) continue;
             std::vector<size_t> sorted = kept;
             std::sort(sorted.begin(), sorted.end(), byPartner);
-            const auto moved = std::mismatch(kept.begin(), kept.end(), sorted.begin());
-            report(task, Facet::order, Trend::other, names(before_, old, kept, moved.first - kept.begin(), false),
-                   names(after_, now, sorted, moved.first - kept.begin(), true, &old));
+            const auto first = std::mismatch(kept.begin(), kept.end(), sorted.begin()).first - kept.begin();
+            const auto last = kept.rend() - std::mismatch(kept.rbegin(), kept.rend(), sorted.rbegin()).first;
+            const auto moved = [&](const std::vector<size_t>& order) {
+                return std::vector<size_t>(order.begin() + first, order.begin() + last);
+            };
+            std::vector<size_t> arrived = moved(sorted);
+            for (size_t& position : arrived) position = old.partners[position];
+            report(task, Facet::order, Trend::other, names(before_, old, moved(kept)), names(after_, now, arrived));
             HDNTDifference& difference = differences_.back();
             if (isOneList) continue;
             difference.element = kind;
@@ -266,15 +277,12 @@ private:
         }
     }
 
-    std::string names(const HDNTModelTree& tree, const List& list, const std::vector<size_t>& kept,
-                      std::ptrdiff_t first, bool isNew, const List* old = nullptr) const {
+    static std::string names(const HDNTModelTree& tree, const List& list, const std::vector<size_t>& positions) {
         constexpr size_t most = 8;
         std::string text;
-        for (size_t i = static_cast<size_t>(first), count = 0; i < kept.size(); ++i, ++count) {
-            if (count == most) return text + ", ...";
-            text += (count ? ", " : "") + partOf(tree, list, isNew ? old->partners[kept[i]] : kept[i]);
-        }
-        return text;
+        for (size_t i = 0; i < std::min(positions.size(), most); ++i)
+            text += (i > 0 ? ", " : "") + partOf(tree, list, positions[i]);
+        return positions.size() > most ? text + ", ..." : text;
     }
 
     const HDNTModelTree& before_;

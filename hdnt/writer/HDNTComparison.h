@@ -2,7 +2,6 @@
 
 #include "hdnt/writer/HDNTModelTree.h"
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>

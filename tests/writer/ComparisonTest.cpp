@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <chrono>
 
-using support::loaded;
 using support::parsed;
 using support::Reports;
 
@@ -160,6 +159,10 @@ TEST(Comparison, OneEditIsOneDifference) {
         {"block \"MUX\" { }", "", "breaking removed block/whole MUX:  -> "},
         {"block \"MUX\" { }", "block \"MUX\" { } block \"GATE\" { internal = true; }",
          "compatible added block/whole GATE:  -> internal true"},
+        {"block \"MUX\" { }", "block \"MUX\" { pin \"Q\" output; }",
+         "compatible added pin/whole MUX/Q:  -> direction output, type data"},
+        {"pin \"Q\" output;", "pin \"Q\" output; pin \"X\" internal;",
+         "compatible added pin/whole ADD/X:  -> direction internal, type data"},
         {"block \"MUX\" { }", "block \"mux\" { }",
          "breaking removed block/whole MUX:  -> \n"
          "compatible added block/whole mux:  -> "},
@@ -167,6 +170,21 @@ TEST(Comparison, OneEditIsOneDifference) {
         {"function int steps ( int, double )", "function int steps ( int )",
          "breaking changed function/formals steps: int, double -> int"},
         {"function int steps", "function bool steps", "breaking changed function/type steps: int -> bool"},
+        {"function bool isSlow ( );", "function bool isSlow ( ); function int g ( );",
+         "compatible added function/whole g:  -> type int, formals "},
+        {"function int steps ( int, double );\nfunction bool isSlow ( );",
+         "function bool isSlow ( );\nfunction int steps ( int, double );",
+         "text only changed function/order : steps, isSlow -> isSlow, steps"},
+        {"block \"ADD\" {", "block \"GATE\" { pin \"A\" input; }\nblock \"ADD\" {",
+         "compatible added block/whole GATE:  -> "},
+        {"signal \"N[3:0]\";\n    signal \"S\" : \"U0\" \"Q\", \"CLK\";",
+         "signal \"S\" : \"U0\" \"Q\", \"CLK\";\n    signal \"N[3:0]\";",
+         "text only changed signal/order ADD/mapping: N, S -> S, N"},
+        {"connect \"N[0]\" : \"U0\" \"D\", \"U1\" \"~D\";\n    connect \"N[1]\" : \"U1\" \"Q\";",
+         "connect \"N[1]\" : \"U1\" \"Q\";\n    connect \"N[0]\" : \"U0\" \"D\", \"U1\" \"~D\";",
+         "text only changed connect/order ADD/mapping: N[0], N[1] -> N[1], N[0]"},
+        {"connect \"N[1]\" : \"U1\" \"Q\";", "connect \"N[1]\" : \"U1\" \"Q\"; connect \"N[0]\" : \"CLK\";",
+         "breaking added connect/whole ADD/mapping/N[0]#2:  -> pins \"CLK\""},
         {"mapsto", "expandsto", "breaking changed mapping/section ADD/mapping: mapsto -> expandsto"},
         {"block \"MUX\" { }", "block \"MUX\" { } mapsto { }",
          "compatible added mapping/whole MUX/mapping:  -> section mapsto"},
@@ -209,6 +227,10 @@ TEST(Comparison, OneEditIsOneDifference) {
         const std::string after = edited(from, to);
         ASSERT_FALSE(after.empty()) << from;
         EXPECT_EQ(compared(base, after), expected);
+        const std::string back = compared(after, base); // as many, the other way round
+        EXPECT_EQ(std::count(back.begin(), back.end(), '\n'),
+                  std::string(expected).find('\n') == std::string::npos ? 0 : 1);
+        EXPECT_NE(back, "");
     }
 }
 

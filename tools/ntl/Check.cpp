@@ -180,11 +180,7 @@ private:
     void write(const CheckResult& result, bool failed) {
         progress_.clear();
         std::string lines;
-        for (const Finding& finding : result.warnings) {
-            const std::string_view code = warningRules()[static_cast<size_t>(finding.warning)].code;
-            lines += printable(describe(finding.place)) + ": " + colored(Color::Yellow, "warning:", 2) + " " +
-                     printable(finding.text) + " [" + std::string(code) + "]\n";
-        }
+        for (const Finding& finding : result.warnings) lines += warningLine(finding);
         writeError(lines);
         if (failed) complain(result.reason);
         else if (isText_) writeOutput(textLine(result));

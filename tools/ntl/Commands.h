@@ -11,5 +11,6 @@ int runList(const Settings& settings);
 int runShow(const Settings& settings);
 int runExpand(const Settings& settings);
 int runPrint(const Settings& settings);
+int runDiff(const Settings& settings);
 
 } // namespace ntl

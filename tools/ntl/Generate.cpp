@@ -39,7 +39,7 @@ std::string manMark(const std::string& text, bool literal) { return (literal ? "
 std::string manPage() {
     std::string text =
         ".TH NTL 1 \"\" \"ntl " + std::string(NTL_VERSION) +
-        "\" \"User Commands\"\n.SH NAME\nntl \\- read, check, show and expand NTL libraries\n.SH SYNOPSIS\n"
+        "\" \"User Commands\"\n.SH NAME\nntl \\- read, check, show, expand and compare NTL libraries\n.SH SYNOPSIS\n"
         ".HP\n\\fBntl\\fR [\\fIOPTION\\fR]... \\fICOMMAND\\fR ...\n";
     for (const CommandSpec& command : commands()) text += ".HP\n" + usageLine(command, manMark) + "\n";
     text += ".SH OPTIONS\nThese may stand before or behind the command.\n";
@@ -51,8 +51,10 @@ std::string manPage() {
         for (const OptionSpec& option : command.options) text += manOption(option);
     }
     return text + ".SH EXIT STATUS\n"
-                  ".TP\n0\nFine.\n.TP\n1\nThe input has errors, or what was asked for does not exist or is refused.\n"
-                  ".TP\n2\nWrong usage, an input that cannot be opened, or output that cannot be written.\n"
+                  ".TP\n0\nFine.\n.TP\n1\nThe input has errors, or what was asked for does not exist or is refused; "
+                  "for diff, the libraries differ.\n"
+                  ".TP\n2\nWrong usage, an input that cannot be opened (for diff, or has errors), or output that "
+                  "cannot be written.\n"
                   ".SH ENVIRONMENT\n"
                   ".TP\nNTL_PATH\nDirectories for INCLUDE and INLINE files, separated by colons, after those of \\-I.\n"
                   ".TP\nHDNT_DATA_PATH\nDirectories where data files are looked for first.\n"
@@ -77,14 +79,16 @@ std::vector<std::string> commandNames() {
     return names;
 }
 
+const char* const blockNames = "ntl list 2>/dev/null | awk 'NR > 1 { print $1 }'";
+
 std::string bashArguments(const OptionSpec& option) {
     if (!option.choices.empty()) return "COMPREPLY=($(compgen -W '" + joined(option.choices, " ") + "' -- \"$cur\"))";
     if (option.completion == Completion::Directory) return "COMPREPLY=($(compgen -d -- \"$cur\"))";
+    if (option.completion == Completion::Block)
+        return "COMPREPLY=($(compgen -W \"$(" + std::string(blockNames) + ")\" -- \"${cur^^}\"))";
     if (option.completion == Completion::None) return "COMPREPLY=()";
     return "COMPREPLY=($(compgen -f -- \"$cur\"))";
 }
-
-const char* const blockNames = "ntl list 2>/dev/null | awk 'NR > 1 { print $1 }'";
 
 // Options with an argument: what may follow them, in a case on "command,option".
 std::string bashCases(const std::string& command, const std::vector<OptionSpec>& options) {
@@ -96,6 +100,13 @@ std::string bashCases(const std::string& command, const std::vector<OptionSpec>&
         text += "    " + joined(patterns, "|") + ") " + bashArguments(option) + "; return ;;\n";
     }
     return text;
+}
+
+// The others take the same.
+const OptionSpec* firstPositional(const CommandSpec& command) {
+    for (const OptionSpec& option : command.options)
+        if (option.isPositional()) return &option;
+    return nullptr;
 }
 
 std::string bashCompletion() {
@@ -110,13 +121,8 @@ std::string bashCompletion() {
     for (const CommandSpec& command : commands()) {
         text += "    " + command.name + ",-*) COMPREPLY=($(compgen -W '" + joined(optionNames(command.options), " ") +
                 " " + joined(optionNames(globalOptions()), " ") + " --help' -- \"$cur\")) ;;\n";
-        for (const OptionSpec& option : command.options)
-            if (option.isPositional())
-                text += "    " + command.name + ",*) " +
-                        (option.isRequired()
-                             ? "COMPREPLY=($(compgen -W \"$(" + std::string(blockNames) + ")\" -- \"${cur^^}\"))"
-                             : bashArguments(option)) +
-                        " ;;\n";
+        if (const OptionSpec* const option = firstPositional(command))
+            text += "    " + command.name + ",*) " + bashArguments(*option) + " ;;\n";
     }
     return text + "    ,-*) COMPREPLY=($(compgen -W '" + joined(optionNames(globalOptions()), " ") +
            " --help --version' -- \"$cur\")) ;;\n    ,*) COMPREPLY=($(compgen -W '" + joined(commandNames(), " ") +
@@ -131,15 +137,17 @@ std::string zshText(const std::string& text) {
 std::string zshAction(const OptionSpec& option) {
     if (!option.choices.empty()) return "(" + joined(option.choices, " ") + ")";
     if (option.completion == Completion::Directory) return "_files -/";
-    if (option.isRequired()) return "_ntl_blocks";
+    if (option.completion == Completion::Block) return "_ntl_blocks";
     return option.completion == Completion::None ? "" : "_files";
 }
 
 std::string zshOptions(const std::vector<OptionSpec>& options) {
     std::string text;
+    int position = 0;
     for (const OptionSpec& option : options) {
         if (option.isPositional()) {
-            text += " \\\n            '*:" + zshText(option.flags) + ":" + zshAction(option) + "'";
+            const std::string place = option.isRepeatable() ? "*" : std::to_string(++position);
+            text += " \\\n            '" + place + ":" + zshText(option.flags) + ":" + zshAction(option) + "'";
             continue;
         }
         for (const std::string& name : option.names()) {
@@ -172,8 +180,9 @@ std::string fishText(const std::string& text) { return "'" + replaced(replaced(t
 std::string fishOption(const OptionSpec& option, const std::string& condition) {
     std::string text = "complete -c ntl" + condition;
     if (option.isPositional())
-        return option.isRequired() ? text + " -f -a \"(" + replaced(blockNames, "$1", "\\$1") + ")\"\n"
-                                   : text + " -F\n";
+        return option.completion == Completion::Block
+                   ? text + " -f -a \"(" + replaced(blockNames, "$1", "\\$1") + ")\"\n"
+                   : text + " -F\n";
     for (const std::string& name : option.names())
         text += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
     text += " -d " + fishText(option.help);
@@ -194,7 +203,8 @@ std::string fishCompletion() {
         text += "complete -c ntl" + noCommand + " -a " + command.name + " -d " + fishText(command.summary) + "\n";
     for (const CommandSpec& command : commands())
         for (const OptionSpec& option : command.options)
-            text += fishOption(option, " -n '__fish_seen_subcommand_from " + command.name + "'");
+            if (!option.isPositional() || &option == firstPositional(command))
+                text += fishOption(option, " -n '__fish_seen_subcommand_from " + command.name + "'");
     return text;
 }
 

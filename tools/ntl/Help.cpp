@@ -55,9 +55,9 @@ std::string usageLine(const CommandSpec& command, std::string (*mark)(const std:
         const std::string more = option.isRepeatable() ? "..." : "";
         const std::string name = mark(option.names()[0], !option.isPositional());
         const std::string argument = option.argument.empty() ? "" : " " + mark(option.argument, false);
-        text.append(option.isRequired() ? " " : " [").append(name).append(argument);
+        text.append(option.isRequired ? " " : " [").append(name).append(argument);
         if (option.isPositional()) text += more;
-        if (!option.isRequired()) text += "]";
+        if (!option.isRequired) text += "]";
         if (!option.isPositional()) text += more;
     }
     return text;
@@ -75,8 +75,8 @@ static std::string commandHelp(const CommandSpec& command) {
 
 std::string helpText(const CommandSpec* command) {
     if (command) return commandHelp(*command);
-    std::string text =
-        "Usage: ntl [OPTION]... COMMAND ...\n\nReads, checks, shows and expands NTL libraries.\n\nCommands:\n";
+    std::string text = "Usage: ntl [OPTION]... COMMAND ...\n\nReads, checks, shows, expands and compares NTL "
+                       "libraries.\n\nCommands:\n";
     for (const CommandSpec& each : commands()) text += wrapped("  " + each.name, each.summary, 26);
     text += optionList("Options", globalOptions());
     text += wrapped("  --version", "Print the version and exit.", 26);

@@ -57,6 +57,10 @@ static OptionSpec libraryOption() {
             &Settings::library, Completion::Library};
 }
 
+static OptionSpec blockArgument() {
+    return {"BLOCK", "", "Name of a block, case aside.", &Settings::blocks, Completion::Block, {}, true};
+}
+
 static OptionSpec jsonOption() { return {"--json", "", "Write JSON.", &Settings::json}; }
 
 static CommandSpec checkCommand() {
@@ -106,11 +110,7 @@ static CommandSpec showCommand() {
             "show the data sheet of a block",
             "Writes all that is known of each BLOCK: pins and buses, properties, groups and flags, its mapping, and "
             "what the configuration says.",
-            {{"BLOCK", "", "Name of a block, case aside.", &Settings::blocks},
-             libraryOption(),
-             parentOption(),
-             searchOption(),
-             jsonOption()},
+            {blockArgument(), libraryOption(), parentOption(), searchOption(), jsonOption()},
             &runShow};
 }
 
@@ -121,7 +121,7 @@ static CommandSpec expandCommand() {
             "connections and values, with the place of the statement that each comes from and the branches that led "
             "there. With --arch, map libraries for that architecture are used.\n"
             "What is wrong with a mapping goes to standard error; the rest is written all the same.",
-            {{"BLOCK", "", "Name of a block, case aside.", &Settings::blocks},
+            {blockArgument(),
              libraryOption(),
              parentOption(),
              searchOption(),
@@ -149,16 +149,43 @@ static CommandSpec printCommand() {
         "binary values in it have no radix and do not read back. With --source, the text reads back to an equal "
         "library. Neither has the comments and INCLUDE statements of the input.\n"
         "Blocks with the test flag are written too, unless --param arch.enableTestFeatures=false is given.",
-        {{"FILE", "", "File or folder of .btl files.", &Settings::library, Completion::Library},
+        {{"FILE", "", "File or folder of .btl files.", &Settings::library, Completion::Library, {}, true},
          {"--source", "", "Write text that reads back to an equal library.", &Settings::source},
          searchOption(),
          parentOption()},
         &runPrint};
 }
 
+static CommandSpec diffCommand() {
+    return {
+        "diff",
+        "compare two libraries",
+        "Writes what changed from the library OLD to the library NEW, each a file or a folder of .btl files, by "
+        "meaning: layout, comments and INCLUDE statements do not count. Each change is breaking, compatible or text "
+        "only for designs that use the blocks.\n"
+        "The exit status is 0 when they are the same, 1 when they differ, and 2 when one of them cannot be opened or "
+        "has errors. Blocks with the test flag are compared too, unless --param arch.enableTestFeatures=false is "
+        "given.",
+        {{"OLD", "", "File or folder of .btl files.", &Settings::oldLibrary, Completion::Library, {}, true},
+         {"NEW", "", "The same, later.", &Settings::newLibrary, Completion::Library, {}, true},
+         {"--format",
+          "FORMAT",
+          "Form of the output: text, json, or markdown for release notes.",
+          &Settings::format,
+          Completion::None,
+          {"text", "json", "markdown"}},
+         parentOption(),
+         searchOption(),
+         {"--include-old", "DIR", "The same for OLD alone, behind all others. May be repeated.",
+          &Settings::oldSearchDirectories, Completion::Directory},
+         {"--include-new", "DIR", "The same for NEW alone, behind all others. May be repeated.",
+          &Settings::newSearchDirectories, Completion::Directory}},
+        &runDiff};
+}
+
 const std::vector<CommandSpec>& commands() {
-    static const std::vector<CommandSpec> all = {checkCommand(), listCommand(), showCommand(), expandCommand(),
-                                                 printCommand()};
+    static const std::vector<CommandSpec> all = {checkCommand(),  listCommand(),  showCommand(),
+                                                 expandCommand(), printCommand(), diffCommand()};
     return all;
 }
 
@@ -177,7 +204,7 @@ static void addOption(CLI::App& app, const OptionSpec& spec, Settings& settings)
     }
     if (!spec.argument.empty()) option->type_name(spec.argument);
     if (spec.isPositional()) option->type_name("");
-    if (spec.isRequired()) option->required();
+    if (spec.isRequired) option->required();
     if (!spec.choices.empty()) option->check(CLI::IsMember(spec.choices).description(""));
 }
 
@@ -200,6 +227,8 @@ static void refuseEmpty(const Settings& settings) {
     const auto isEmpty = [](const std::string& text) { return text.empty(); };
     if (std::any_of(settings.inputs.begin(), settings.inputs.end(), isEmpty))
         throw Failure(Unusable, "INPUT is empty; name a file or a folder");
+    if (settings.oldLibrary.empty() != settings.newLibrary.empty())
+        throw Failure(Unusable, "OLD or NEW is empty; name two files or folders");
     if (std::any_of(settings.blocks.begin(), settings.blocks.end(), isEmpty))
         throw Failure(Unusable, "BLOCK is empty; 'ntl list' lists the names");
 }
@@ -231,7 +260,7 @@ int runCommandLine(int argc, char** argv) {
         return Fine;
     }
     const CommandSpec* const command = chosen(app);
-    if (!command) throw Failure(Unusable, usageError(app, "A command is needed: check, list, show or expand"));
+    if (!command) throw Failure(Unusable, usageError(app, "A command is needed: check, list, show, expand or diff"));
     refuseEmpty(settings);
     setColors(settings.color);
     applyGlobalSettings(settings);

@@ -36,6 +36,10 @@ struct Settings {
     std::string expansionFormat = "ntl";
 
     bool source = false;
+    std::string oldLibrary;
+    std::string newLibrary;
+    std::vector<std::string> oldSearchDirectories;
+    std::vector<std::string> newSearchDirectories;
 };
 
 } // namespace ntl

@@ -6,6 +6,7 @@
 #include "hdnt/platform/HSTStringUtils.h"
 #include "tools/ntl/BitText.h"
 #include "tools/ntl/Model.h"
+#include "tools/ntl/Output.h"
 
 #include <algorithm>
 #include <tuple>
@@ -186,6 +187,12 @@ void sortFindings(std::vector<Finding>& findings) {
     };
     std::stable_sort(findings.begin(), findings.end(),
                      [&](const Finding& a, const Finding& b) { return key(a) < key(b); });
+}
+
+std::string warningLine(const Finding& finding) {
+    const std::string_view code = warningRules()[static_cast<size_t>(finding.warning)].code;
+    return printable(describe(finding.place)) + ": " + colored(Color::Yellow, "warning:", 2) + " " +
+           printable(finding.text) + " [" + std::string(code) + "]\n";
 }
 
 } // namespace ntl

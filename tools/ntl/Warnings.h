@@ -49,5 +49,7 @@ Finding findingOf(const HDNTNotice& notice);
 
 /// By place, then by code.
 void sortFindings(std::vector<Finding>& findings);
+/// "file:line:column: warning: text [code]", for standard error.
+std::string warningLine(const Finding& finding);
 
 } // namespace ntl

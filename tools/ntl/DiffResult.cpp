@@ -1,0 +1,192 @@
+#include "tools/ntl/DiffResult.h"
+
+#include "tools/ntl/Json.h"
+#include "tools/ntl/Output.h"
+
+#include <algorithm>
+#include <map>
+#include <string_view>
+#include <utility>
+
+namespace ntl {
+
+using Change = HDNTDifference::Change;
+using Effect = HDNTDifference::Effect;
+using Facet = HDNTElementFacet;
+
+size_t DiffResult::count(Effect effect) const {
+    return static_cast<size_t>(std::count_if(differences.begin(), differences.end(),
+                                             [&](const HDNTDifference& item) { return item.effect == effect; }));
+}
+
+namespace {
+
+constexpr Effect effects[] = {Effect::breaking, Effect::compatible, Effect::textOnly};
+
+std::string summary(const DiffResult& result) {
+    if (result.differences.empty()) return "no differences";
+    std::vector<std::string> parts;
+    for (const Effect effect : effects)
+        parts.push_back(std::to_string(result.count(effect)) + " " + HDNTComparison::nameOf(effect));
+    return counted(result.differences.size(), "change") + ": " + joined(parts, ", ");
+}
+
+// Bounded, since an expression may be as long as a file; without half a character at the end.
+std::string clipped(const std::string& text) {
+    constexpr size_t most = 160;
+    if (text.size() <= most) return text;
+    size_t end = most;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0U) == 0x80U) --end;
+    return text.substr(0, end) + "...";
+}
+
+/// Marks a part of the text: a name or a value.
+using Mark = std::string (*)(const std::string&);
+
+// What a line says behind the block's name.
+std::string sentence(const HDNTDifference& item, Mark mark, const std::string& arrow) {
+    std::string text = HDNTComparison::nameOf(item.element);
+    if (item.facet == Facet::order) text += " order";
+    const bool isBelow = item.path != item.block;
+    if (isBelow) {
+        const size_t skipped = item.block.empty() ? 0 : item.block.size() + 1;
+        text += (item.facet == Facet::order ? " of " : " ") + mark(item.path.substr(skipped));
+    }
+    if (item.change != Change::changed) {
+        const std::string& value = item.change == Change::added ? item.newValue : item.oldValue;
+        text += std::string(" ") + HDNTComparison::nameOf(item.change);
+        return value.empty() ? text : text + ": " + mark(clipped(value));
+    }
+    if (item.facet != Facet::order) text += std::string(isBelow ? ": " : " ") + HDNTComparison::nameOf(item.facet);
+    text += item.facet == Facet::order || !isBelow ? ": " : " ";
+    return text + mark(clipped(item.oldValue)) + arrow + mark(clipped(item.newValue));
+}
+
+std::string plain(const std::string& text) { return printable(text); }
+
+// In backticks, more of them than stand side by side in the text.
+std::string code(const std::string& raw) {
+    const std::string text = printable(raw);
+    size_t longest = 0;
+    for (size_t i = 0, run = 0; i < text.size(); ++i) longest = std::max(longest, run = text[i] == '`' ? run + 1 : 0);
+    const std::string fence(longest + 1, '`');
+    const std::string blank = text.empty() || longest > 0 ? " " : "";
+    return fence + blank + text + blank + fence;
+}
+
+std::string placeText(const HDNTDifference& item) {
+    const HDNTDifference::Place& place = item.change == Change::removed ? item.oldPlace : item.newPlace;
+    return place.line > 0 ? "  (" + printable(place.file) + ":" + std::to_string(place.line) + ")" : "";
+}
+
+std::string effectText(Effect effect) {
+    static const std::map<Effect, Color> colors = {
+        {Effect::breaking, Color::Red}, {Effect::compatible, Color::Plain}, {Effect::textOnly, Color::Faint}};
+    constexpr size_t width = 12;
+    const std::string name = HDNTComparison::nameOf(effect);
+    return colored(colors.at(effect), name, 1) + std::string(width - name.size(), ' ');
+}
+
+// Those of each block, the library's own first; otherwise in order.
+std::vector<std::pair<std::string, std::vector<const HDNTDifference*>>> byBlock(const DiffResult& result) {
+    std::vector<std::pair<std::string, std::vector<const HDNTDifference*>>> groups(1);
+    for (const HDNTDifference& item : result.differences) {
+        const bool isOwn = item.block.empty();
+        if (!isOwn && groups.back().first != item.block) groups.push_back({item.block, {}});
+        (isOwn ? groups.front() : groups.back()).second.push_back(&item);
+    }
+    return groups;
+}
+
+std::string camelCase(std::string_view words) {
+    std::string result;
+    for (size_t i = 0; i < words.size(); ++i)
+        if (words[i] != ' ')
+            result += i > 0 && words[i - 1] == ' ' ? static_cast<char>(words[i] - 'a' + 'A') : words[i];
+    return result;
+}
+
+Json jsonOf(const HDNTDifference::Place& place) {
+    if (place.line <= 0) return nullptr;
+    Json json;
+    json["file"] = orNull(place.file);
+    json["line"] = place.line;
+    return json;
+}
+
+Json jsonOf(const HDNTDifference& item) {
+    Json json;
+    json["effect"] = camelCase(HDNTComparison::nameOf(item.effect));
+    json["change"] = HDNTComparison::nameOf(item.change);
+    json["element"] = camelCase(HDNTComparison::nameOf(item.element));
+    json["facet"] = camelCase(HDNTComparison::nameOf(item.facet));
+    json["block"] = orNull(item.block);
+    json["path"] = item.path;
+    json["old"] = item.change == Change::added ? Json() : Json(item.oldValue);
+    json["new"] = item.change == Change::removed ? Json() : Json(item.newValue);
+    json["oldLocation"] = jsonOf(item.oldPlace);
+    json["newLocation"] = jsonOf(item.newPlace);
+    return json;
+}
+
+/// A chapter of the release notes.
+struct Chapter {
+    const char* title;
+    bool (*holds)(const HDNTDifference&);
+};
+
+constexpr Chapter chapters[] = {
+    {"Breaking changes", [](const HDNTDifference& item) { return item.effect == Effect::breaking; }},
+    {"New",
+     [](const HDNTDifference& item) { return item.effect == Effect::compatible && item.change == Change::added; }},
+    {"Changed",
+     [](const HDNTDifference& item) { return item.effect == Effect::compatible && item.change != Change::added; }},
+    {"Text only", [](const HDNTDifference& item) { return item.effect == Effect::textOnly; }},
+};
+
+} // namespace
+
+std::string diffText(const DiffResult& result) {
+    std::string text;
+    for (const auto& [block, items] : byBlock(result)) {
+        if (items.empty()) continue;
+        text +=
+            colored(Color::Bold, block.empty() ? "library " + printable(result.libraries[1]) : printable(block), 1) +
+            "\n";
+        for (const HDNTDifference* item : items)
+            text += "  " + effectText(item->effect) + sentence(*item, plain, " -> ") + placeText(*item) + "\n";
+        text += "\n";
+    }
+    return text + summary(result) + "\n";
+}
+
+std::string diffJson(const DiffResult& result, int exitStatus) {
+    Json json = jsonHead("diff");
+    json["exitStatus"] = exitStatus;
+    for (const size_t i : {0, 1}) {
+        Json& side = json[i == 0 ? "old" : "new"];
+        side["path"] = result.paths[i];
+        side["library"] = result.libraries[i];
+    }
+    for (const Effect effect : effects)
+        json["counts"][camelCase(HDNTComparison::nameOf(effect))] = result.count(effect);
+    json["differences"] = Json::array();
+    for (const HDNTDifference& item : result.differences) json["differences"].push_back(jsonOf(item));
+    return jsonText(json);
+}
+
+std::string diffMarkdown(const DiffResult& result) {
+    std::string text = "# Changes in " + code(result.libraries[1]) + "\n\n" + summary(result) + "\n";
+    const auto groups = byBlock(result);
+    for (const Chapter& chapter : chapters) {
+        std::string lines;
+        for (const auto& [block, items] : groups)
+            for (const HDNTDifference* item : items)
+                if (chapter.holds(*item))
+                    lines += "- " + (block.empty() ? "" : code(block) + ": ") + sentence(*item, code, " → ") + "\n";
+        if (!lines.empty()) text += "\n## " + std::string(chapter.title) + "\n\n" + lines;
+    }
+    return text;
+}
+
+} // namespace ntl
