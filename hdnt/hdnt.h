@@ -52,3 +52,4 @@
 #include "hdnt/platform/Location.h"
 #include "hdnt/platform/PartSpec.h"
 #include "hdnt/platform/filtering_stream.h"
+#include "hdnt/writer/HDNTFormatter.h"
