@@ -10,5 +10,6 @@ int runCheck(const Settings& settings);
 int runList(const Settings& settings);
 int runShow(const Settings& settings);
 int runExpand(const Settings& settings);
+int runFormat(const Settings& settings);
 
 } // namespace ntl

@@ -39,7 +39,7 @@ std::string manMark(const std::string& text, bool literal) { return (literal ? "
 std::string manPage() {
     std::string text =
         ".TH NTL 1 \"\" \"ntl " + std::string(NTL_VERSION) +
-        "\" \"User Commands\"\n.SH NAME\nntl \\- read, check, show and expand NTL libraries\n.SH SYNOPSIS\n"
+        "\" \"User Commands\"\n.SH NAME\nntl \\- read, check, show, expand and format NTL libraries\n.SH SYNOPSIS\n"
         ".HP\n\\fBntl\\fR [\\fIOPTION\\fR]... \\fICOMMAND\\fR ...\n";
     for (const CommandSpec& command : commands()) text += ".HP\n" + usageLine(command, manMark) + "\n";
     text += ".SH OPTIONS\nThese may stand before or behind the command.\n";
@@ -113,7 +113,7 @@ std::string bashCompletion() {
         for (const OptionSpec& option : command.options)
             if (option.isPositional())
                 text += "    " + command.name + ",*) " +
-                        (option.isRequired()
+                        (option.completion == Completion::Block
                              ? "COMPREPLY=($(compgen -W \"$(" + std::string(blockNames) + ")\" -- \"${cur^^}\"))"
                              : bashArguments(option)) +
                         " ;;\n";
@@ -131,7 +131,7 @@ std::string zshText(const std::string& text) {
 std::string zshAction(const OptionSpec& option) {
     if (!option.choices.empty()) return "(" + joined(option.choices, " ") + ")";
     if (option.completion == Completion::Directory) return "_files -/";
-    if (option.isRequired()) return "_ntl_blocks";
+    if (option.completion == Completion::Block) return "_ntl_blocks";
     return option.completion == Completion::None ? "" : "_files";
 }
 
@@ -172,8 +172,9 @@ std::string fishText(const std::string& text) { return "'" + replaced(replaced(t
 std::string fishOption(const OptionSpec& option, const std::string& condition) {
     std::string text = "complete -c ntl" + condition;
     if (option.isPositional())
-        return option.isRequired() ? text + " -f -a \"(" + replaced(blockNames, "$1", "\\$1") + ")\"\n"
-                                   : text + " -F\n";
+        return option.completion == Completion::Block
+                   ? text + " -f -a \"(" + replaced(blockNames, "$1", "\\$1") + ")\"\n"
+                   : text + " -F\n";
     for (const std::string& name : option.names())
         text += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
     text += " -d " + fishText(option.help);

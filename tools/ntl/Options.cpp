@@ -106,7 +106,7 @@ static CommandSpec showCommand() {
             "show the data sheet of a block",
             "Writes all that is known of each BLOCK: pins and buses, properties, groups and flags, its mapping, and "
             "what the configuration says.",
-            {{"BLOCK", "", "Name of a block, case aside.", &Settings::blocks},
+            {{"BLOCK", "", "Name of a block, case aside.", &Settings::blocks, Completion::Block},
              libraryOption(),
              parentOption(),
              searchOption(),
@@ -121,7 +121,7 @@ static CommandSpec expandCommand() {
             "connections and values, with the place of the statement that each comes from and the branches that led "
             "there. With --arch, map libraries for that architecture are used.\n"
             "What is wrong with a mapping goes to standard error; the rest is written all the same.",
-            {{"BLOCK", "", "Name of a block, case aside.", &Settings::blocks},
+            {{"BLOCK", "", "Name of a block, case aside.", &Settings::blocks, Completion::Block},
              libraryOption(),
              parentOption(),
              searchOption(),
@@ -140,8 +140,25 @@ static CommandSpec expandCommand() {
             &runExpand};
 }
 
+static CommandSpec formatCommand() {
+    return {"format",
+            "lay out files in one style",
+            "Lays the text of each FILE out anew and writes it to standard output. Line breaks, indents and blanks "
+            "change; tokens, comments, INCLUDE and INLINE statements and the order of everything stay. The file may be "
+            "a fragment, or have errors of syntax.\n"
+            "A file with characters outside the language (carriage returns are), with a string or comment that does "
+            "not end, or compressed, is reported and left alone. The status is 1 then.",
+            {{"FILE", "", "File to lay out; - for standard input.", &Settings::files, Completion::File},
+             {"--check", "",
+              "Write the names of the files whose layout would change, instead of their text. The status is 1 if any.",
+              &Settings::checkOnly},
+             {"--in-place", "", "Replace the files whose layout changes, each all or not at all.", &Settings::inPlace}},
+            &runFormat};
+}
+
 const std::vector<CommandSpec>& commands() {
-    static const std::vector<CommandSpec> all = {checkCommand(), listCommand(), showCommand(), expandCommand()};
+    static const std::vector<CommandSpec> all = {checkCommand(), listCommand(), showCommand(), expandCommand(),
+                                                 formatCommand()};
     return all;
 }
 
@@ -185,6 +202,8 @@ static void refuseEmpty(const Settings& settings) {
         throw Failure(Unusable, "INPUT is empty; name a file or a folder");
     if (std::any_of(settings.blocks.begin(), settings.blocks.end(), isEmpty))
         throw Failure(Unusable, "BLOCK is empty; 'ntl list' lists the names");
+    if (std::any_of(settings.files.begin(), settings.files.end(), isEmpty))
+        throw Failure(Unusable, "FILE is empty; name a file, or - for standard input");
 }
 
 int runCommandLine(int argc, char** argv) {
@@ -214,7 +233,7 @@ int runCommandLine(int argc, char** argv) {
         return Fine;
     }
     const CommandSpec* const command = chosen(app);
-    if (!command) throw Failure(Unusable, usageError(app, "A command is needed: check, list, show or expand"));
+    if (!command) throw Failure(Unusable, usageError(app, "A command is needed: check, list, show, expand or format"));
     refuseEmpty(settings);
     setColors(settings.color);
     applyGlobalSettings(settings);

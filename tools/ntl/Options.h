@@ -9,7 +9,7 @@
 namespace ntl {
 
 /// What a shell should offer as an option's argument.
-enum class Completion { None, File, Directory, Library };
+enum class Completion { None, File, Directory, Library, Block };
 
 using Target =
     std::variant<bool Settings::*, int Settings::*, std::string Settings::*, std::vector<std::string> Settings::*>;
@@ -25,7 +25,7 @@ struct OptionSpec {
 
     bool isPositional() const { return flags.front() != '-'; }
     bool isRepeatable() const { return std::holds_alternative<std::vector<std::string> Settings::*>(target); }
-    bool isRequired() const { return flags == "BLOCK"; }
+    bool isRequired() const { return flags == "BLOCK" || flags == "FILE"; }
     /// "-j", "--jobs"
     std::vector<std::string> names() const;
 };

@@ -34,6 +34,10 @@ struct Settings {
     std::vector<std::string> connectedPins;
     bool deep = false;
     std::string expansionFormat = "ntl";
+
+    std::vector<std::string> files; ///< "-": standard input
+    bool checkOnly = false;
+    bool inPlace = false;
 };
 
 } // namespace ntl
