@@ -63,11 +63,11 @@ int Layout::nextToken(std::size_t i) const {
     return i < items_.size() && items_[i].isToken() ? items_[i].kind : 0;
 }
 
-// Whether the line of a closing brace goes on behind it.
-bool Layout::isJoinedAfterBrace(std::size_t i) const {
+// Of the token behind item i in its line; 0 when something else comes first.
+int Layout::joinedToken(std::size_t i) const {
     do ++i;
     while (i < items_.size() && items_[i].isComment() && !items_[i].endsLine);
-    return i < items_.size() && (items_[i].kind == T_Else || isSection(items_[i].kind));
+    return i < items_.size() && items_[i].isToken() ? items_[i].kind : 0;
 }
 
 void Layout::take(std::size_t& i) {
@@ -98,7 +98,7 @@ void Layout::takeIf(std::size_t i) {
 }
 
 void Layout::takeElse(std::size_t i) {
-    const bool isBranch = !isInline() && (tokens_ == 0 || (tokens_ == 1 && firstToken_ == '}'));
+    const bool isBranch = !isInline() && (tokens_ == 0 || (goesOn_ && lastToken_ == '}'));
     append(i);
     if (!isBranch) return;
     const int next = nextToken(i);
@@ -125,9 +125,7 @@ void Layout::openBrace(std::size_t& i) {
     if (isProperty || inside) return push(isProperty ? Frame::Property : Frame::Inline);
     if (i + 1 < items_.size() && items_[i + 1].kind == '}') {
         append(++i);
-        complete(i);
-        if (!isJoinedAfterBrace(i)) flush(false);
-        return;
+        return endBraces(i);
     }
     flush(true);
     push(Frame::Braces);
@@ -145,8 +143,15 @@ void Layout::closeBrace(std::size_t i) {
     while (!frames_.empty() && frames_.back() != Frame::Braces) pop();
     if (!frames_.empty()) pop();
     append(i);
-    complete(i);
-    if (!isJoinedAfterBrace(i)) flush(false);
+    endBraces(i);
+}
+
+// The line of a closing brace goes on with the else of its own if, and with the section of its block.
+void Layout::endBraces(std::size_t i) {
+    const bool hasElse = complete(i);
+    const int next = joinedToken(i);
+    goesOn_ = next == T_Else ? hasElse : isSection(next);
+    if (!goesOn_) flush(false);
 }
 
 void Layout::closeStatement(std::size_t i) {
@@ -154,16 +159,18 @@ void Layout::closeStatement(std::size_t i) {
     complete(i);
 }
 
-// A statement ends, and with it those that hang on it, up to an if whose else comes next.
-void Layout::complete(std::size_t i) {
+// A statement ends, and with it those that hang on it, up to an if whose else comes next. True when that is the
+// innermost one.
+bool Layout::complete(std::size_t i) {
     const bool elseFollows = nextToken(i) == T_Else;
-    while (!frames_.empty()) {
+    for (bool innermost = true; !frames_.empty(); innermost = false) {
         const Frame frame = frames_.back();
         const bool isThen = frame == Frame::Then || frame == Frame::ThenBraced;
-        if (!isThen && frame != Frame::Else && frame != Frame::ElseBraced) return;
+        if (!isThen && frame != Frame::Else && frame != Frame::ElseBraced) return false;
         pop();
-        if (isThen && elseFollows) return;
+        if (isThen && elseFollows) return innermost;
     }
+    return false;
 }
 
 // A minus that has no left operand. The last string of an assign statement's head is none.

@@ -37,7 +37,8 @@ private:
     void closeBrace(std::size_t i);
     void closeStatement(std::size_t i);
     void append(std::size_t i);
-    void complete(std::size_t i);
+    bool complete(std::size_t i);
+    void endBraces(std::size_t i);
     bool isInline() const { return !frames_.empty() && isInline(frames_.back()); }
     static bool isInline(Frame frame) { return frame == Frame::Property || frame == Frame::Inline; }
     static bool hasLevel(Frame frame) { return frame == Frame::Braces || frame == Frame::Then || frame == Frame::Else; }
@@ -45,7 +46,7 @@ private:
     void pop();
     int indent() const;
     int nextToken(std::size_t i) const;
-    bool isJoinedAfterBrace(std::size_t i) const;
+    int joinedToken(std::size_t i) const;
     bool isPrefix(std::size_t i) const;
     bool needsBlank(std::size_t i) const;
     Break breakAfter(std::size_t i) const;
@@ -83,6 +84,7 @@ private:
     int statementIndent_ = 0;
     long parentheses_ = 0;
     bool inCondition_ = false;
+    bool goesOn_ = false;          ///< behind a closing brace
     std::size_t propertyOpen_ = 0; ///< index of the piece; 0: none
 
     // The line that is being filled

@@ -33,17 +33,20 @@ void Layout::flush(bool opens) {
     else if (propertyOpen_ > 0) layOutProperty();
     else fill(0, pieces_.size(), statementIndent_);
     const bool closes = firstToken_ == '}' || firstToken_ == T_Else;
-    lines_[first].blankBefore = items_[pieces_.front().item].newlines > 1 && !closes && !afterOpening_;
-    afterOpening_ = opens;
+    if (lines_.size() > first) {
+        lines_[first].blankBefore = items_[pieces_.front().item].newlines > 1 && !closes && !afterOpening_;
+        afterOpening_ = opens;
+    }
     pieces_.clear();
     tokens_ = 0;
     firstToken_ = lastToken_ = beforeLastToken_ = 0;
-    lastIsPrefix_ = inCondition_ = false;
+    lastIsPrefix_ = inCondition_ = goesOn_ = false;
     parentheses_ = 0;
     propertyOpen_ = 0;
 }
 
 bool Layout::fitsOneLine() const {
+    if (!items_[pieces_.back().item].isToken()) return false;
     std::size_t width = static_cast<std::size_t>(statementIndent_);
     for (const Piece& piece : pieces_) {
         width += piece.blankBefore + piece.width;
@@ -115,12 +118,14 @@ std::size_t Layout::behindTrailing(std::size_t at, std::size_t end) const {
 // Lines as full as they get, broken behind commas, or behind other operators where that is not enough.
 void Layout::fill(std::size_t begin, std::size_t end, int indent) {
     lineOpen_ = anyCode_ = false;
+    std::size_t codeEnd = end; // comments at the end of a line stand behind it, wherever they stood before
+    while (codeEnd > begin && !items_[pieces_[codeEnd - 1].item].isToken()) --codeEnd;
     for (std::size_t at = begin; at < end;) {
         const Piece& piece = pieces_[at];
-        if (isForced(piece)) {
+        if (isForced(piece) || at >= codeEnd) {
             const SourceItem& item = items_[piece.item];
             const int own = item.kind == SourceItem::Directive ? 0 : indent + (anyCode_ ? Continuation : 0);
-            if (!isTrailing(piece)) lines_.begin(own);
+            if (!follows(piece.item)) lines_.begin(own);
             if (item.isComment()) lines_.addComment(piece.item);
             else lines_.append(items_.textOf(item));
             lineOpen_ = false;
@@ -129,7 +134,7 @@ void Layout::fill(std::size_t begin, std::size_t end, int indent) {
         }
         std::size_t stop = at;
         do ++stop;
-        while (stop < end && pieces_[stop - 1].after != Break::Comma && !isForced(pieces_[stop]));
+        while (stop < codeEnd && pieces_[stop - 1].after != Break::Comma && !isForced(pieces_[stop]));
         place(at, stop, indent);
         at = stop;
     }

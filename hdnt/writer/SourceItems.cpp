@@ -168,12 +168,13 @@ private:
     std::size_t gapStart_ = 0;
 };
 
+bool looksCompressed(std::string_view bytes) { return platform::Decoder::forArchive(bytes) != nullptr; }
+
 bool SourceItems::read(std::string text, HDNTFormatProblem& problem) {
     problem = HDNTFormatProblem();
     items_.clear();
     text_ = std::make_shared<frontend::SourceText>(frontend::SourceText{std::move(text)});
-    if (platform::Decoder::forArchive(text_->bytes))
-        problem = problemAt(this->text(), 0, "compressed; expand it first");
+    if (looksCompressed(text_->bytes)) problem = problemAt(this->text(), 0, "compressed; expand it first");
     else if (text_->bytes.size() >= std::numeric_limits<std::uint32_t>::max())
         problem = problemAt(this->text(), 0, "text of 4 GiB or more; split it");
     return problem.count == 0 && ItemReader(*this, problem).read();

@@ -55,6 +55,9 @@ private:
     std::vector<SourceItem> items_;
 };
 
+/// Whether files with these bytes are taken for compressed ones.
+bool looksCompressed(std::string_view bytes);
+
 /// A problem at an offset of a text.
 HDNTFormatProblem problemAt(std::string_view text, std::size_t offset, std::string reason);
 
