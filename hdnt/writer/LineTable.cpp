@@ -1,5 +1,7 @@
 #include "hdnt/writer/LineTable.h"
 
+#include "hdnt/frontend/ArchDirective.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -150,8 +152,10 @@ void LineTable::renderComment(const SourceItem& item) {
         const std::size_t blanks = std::min(line.find_first_not_of(" \t"), line.size());
         const std::size_t column = columnBehind(line.substr(0, blanks)) + newColumn;
         out_ += '\n';
-        if (blanks < line.size())
-            out_.append(column > oldColumn ? column - oldColumn : 0, ' ').append(line.substr(blanks));
+        if (blanks == line.size()) continue;
+        // No line of a comment may become a directive.
+        const std::size_t least = frontend::isArchDirective(line.substr(blanks)) ? 1 : 0;
+        out_.append(std::max(column, oldColumn + least) - oldColumn, ' ').append(line.substr(blanks));
     }
 }
 
