@@ -51,7 +51,8 @@ std::string manPage() {
         for (const OptionSpec& option : command.options) text += manOption(option);
     }
     return text + ".SH EXIT STATUS\n"
-                  ".TP\n0\nFine.\n.TP\n1\nThe input has errors, or what was asked for does not exist or is refused.\n"
+                  ".TP\n0\nFine.\n.TP\n1\nThe input has errors, what was asked for does not exist or is refused, "
+                  "or a layout would change.\n"
                   ".TP\n2\nWrong usage, an input that cannot be opened, or output that cannot be written.\n"
                   ".SH ENVIRONMENT\n"
                   ".TP\nNTL_PATH\nDirectories for INCLUDE and INLINE files, separated by colons, after those of \\-I.\n"
