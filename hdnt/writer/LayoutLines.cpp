@@ -166,8 +166,8 @@ void Layout::place(std::size_t begin, std::size_t end, int indent) {
         lineOpen_ = anyCode_ = true;
     };
     const std::size_t width = widthOfPieces(begin, end);
-    const std::size_t fresh = static_cast<std::size_t>(indent + (anyCode_ ? Continuation : 0));
-    if (fresh + width <= Width) return put(begin, end, width);
+    const int fresh = indent + (anyCode_ ? Continuation : 0);
+    if (static_cast<std::size_t>(fresh) + width <= Width) return put(begin, end, width);
     for (std::size_t at = begin; at < end;) {
         std::size_t stop = at;
         do ++stop;
