@@ -18,7 +18,7 @@ static std::string layOut(const SourceItems& items) {
 static bool isProven(const SourceItems& items, const std::string& text, HDNTFormatProblem& problem) {
     if (looksCompressed(text)) {
         problem =
-            problemAt(items.text(), 0, "without blank lines at its begin it would look compressed; add a comment");
+            problemAt(items.text(), 0, "without blank lines at its beginning it would look compressed; add a comment");
         return false;
     }
     SourceItems again;
