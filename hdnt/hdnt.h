@@ -56,3 +56,4 @@
 #include "hdnt/writer/HDNTModelTree.h"
 #include "hdnt/writer/HDNTPrintVisitor.h"
 #include "hdnt/writer/HDNTSourceVisitor.h"
+#include "hdnt/writer/HDNTFormatter.h"

@@ -1,5 +1,6 @@
 #include "hdnt/frontend/MaplibFilter.h"
 
+#include "hdnt/frontend/ArchDirective.h"
 #include "hdnt/frontend/SourceInput.h"
 #include "hdnt/platform/HEX.h"
 
@@ -17,9 +18,9 @@ bool slurpAndFilterFile(const std::string& path, const std::string& arch, std::s
         const size_t end = std::min(text.find('\n', start), text.size());
         const std::string_view line(text.data() + start, end - start);
         start = end + 1;
-        if (line.starts_with("#endif")) {
+        if (hdnt::frontend::endsArchSection(line)) {
             keep = true;
-        } else if (keep && line.starts_with("#ifArch")) {
+        } else if (keep && hdnt::frontend::beginsArchSection(line)) {
             found = true;
             keep = !arch.empty() && line.find(quotedArch) != std::string_view::npos;
         } else if (keep) {

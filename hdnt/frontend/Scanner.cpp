@@ -121,6 +121,14 @@ int Scanner::accept(const char* start, const char* end, int token) {
     return token;
 }
 
+// The match grows back to where the comment or statement began.
+int Scanner::endPiece(Piece piece) {
+    if (!pieces_) return StateChanged;
+    matchLength_ += matchStart_ - pieceStart_;
+    matchStart_ = pieceStart_;
+    return piece;
+}
+
 void Scanner::captureLine() {
     if (!lineEnd_) findLineEnd();
     const std::shared_ptr<SourceText>& text = buffers_.back()->text;
@@ -128,7 +136,7 @@ void Scanner::captureLine() {
     const size_t length = static_cast<size_t>(lineEnd_ - cursor_);
     if (length > 0) {
         pendingCapture_ = false;
-        LineStore::instance().add(text, offset, length);
+        if (!pieces_) LineStore::instance().add(text, offset, length);
         locate(length);
         column_ = 1;
         popState();
@@ -136,7 +144,7 @@ void Scanner::captureLine() {
         popState();
     } else {
         newline();
-        LineStore::instance().add(text, offset, 0);
+        if (!pieces_) LineStore::instance().add(text, offset, 0);
     }
 }
 
@@ -146,7 +154,7 @@ int Scanner::skipComment() {
         if (*cursor_ == '*' && cursor_[1] == '/') {
             accept(cursor_, cursor_ + 2, 0);
             state_ = State::Normal;
-            return StateChanged;
+            return endPiece(BlockComment);
         }
         if (*cursor_ == '\t') {
             tab();
@@ -156,7 +164,7 @@ int Scanner::skipComment() {
         }
     }
     if (atEnd()) {
-        std::puts("Unterminated comment");
+        if (!pieces_) std::puts("Unterminated comment");
         HDNTError::notify({HDNTNotice::Kind::UnterminatedComment, commentStart_, {}, {}});
         return 0;
     }
@@ -190,8 +198,10 @@ int Scanner::scanString(const char* start) {
     }
     accept(start, lineEnd_, 0);
     const std::string text(start, lineEnd_);
-    std::puts(text.c_str());
-    std::puts("Unterminated string constant");
+    if (!pieces_) {
+        std::puts(text.c_str());
+        std::puts("Unterminated string constant");
+    }
     notify(HDNTNotice::Kind::UnterminatedString, text);
     return StateChanged;
 }
@@ -202,6 +212,7 @@ int Scanner::scanIdentifier(const char* start) {
     const std::string_view word(start, static_cast<size_t>(end - start));
     if (word == "INCLUDE" || word == "INLINE") {
         accept(start, end, 0);
+        pieceStart_ = matchStart_;
         if (word == "INLINE") pushState(State::InlineFile);
         else state_ = State::IncludeFile;
         return StateChanged;
@@ -251,9 +262,10 @@ int Scanner::scanOperator(const char* start) {
             state_ = State::Comment;
             pair(StateChanged);
             commentStart_ = HDNTParserlloc;
+            pieceStart_ = matchStart_;
             return StateChanged;
         }
-        if (second == '/') return accept(start, lineEnd_, StateChanged);
+        if (second == '/') return accept(start, lineEnd_, pieces_ ? LineComment : StateChanged);
         break;
     default: break;
     }

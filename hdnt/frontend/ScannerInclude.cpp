@@ -41,14 +41,15 @@ int Scanner::fileStatement() {
         const bool once = state_ == State::IncludeFile;
         accept(cursor_, lineEnd_ + 1, 0);
         lineEnd_ = nullptr;
-        include(name, once);
-        return StateChanged;
+        if (pieces_) passOver(once);
+        else include(name, once);
+        return endPiece(FileStatement);
     }
     while (cursor_ != lineEnd_) {
         const char* end = cursor_;
         while (isBlank(*end)) ++end;
         if (end == cursor_) {
-            std::fputc(*cursor_, output());
+            if (!pieces_) std::fputc(*cursor_, output());
             accept(cursor_, cursor_ + 1, 0);
         } else if (end == cursor_ + 1 && *cursor_ == '\t') {
             tab();
@@ -58,6 +59,11 @@ int Scanner::fileStatement() {
     }
     if (atEnd()) return endOfInput() ? StateChanged : 0;
     return endLine();
+}
+
+void Scanner::passOver(bool once) {
+    ++line_;
+    endStatement(once);
 }
 
 // The statement's line is done with: back to the state around it, and on to the next line.
@@ -82,8 +88,7 @@ void Scanner::include(const std::string& name, bool once) {
         if (once) included_.insert(name);
         if (open(path, once)) return;
     }
-    ++line_;
-    endStatement(once);
+    passOver(once);
 }
 
 // Opens a found file and makes it the input; false, with a line on standard output, when that fails.

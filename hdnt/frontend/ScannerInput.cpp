@@ -73,7 +73,7 @@ char* Scanner::matchText() {
 }
 
 void Scanner::init() {
-    debug_ = std::getenv("NTL_DEBUG") != nullptr;
+    debug_ = !pieces_ && std::getenv("NTL_DEBUG") != nullptr;
     states_.clear();
     state_ = State::Normal;
     pushState(State::LineCapture);
@@ -81,8 +81,9 @@ void Scanner::init() {
     line_ = globalLine_ = column_ = 1;
     pendingCapture_ = false;
     storeOffset_ = folderMode_ ? static_cast<int>(LineStore::instance().size()) : 0;
-    fileName_ = ntl_parse_top_level_file ? HSTUniqString::internCString(ntl_parse_top_level_file) : nullptr;
-    if (!folderMode_) openedFiles_.clear();
+    const bool named = ntl_parse_top_level_file && !pieces_;
+    fileName_ = named ? HSTUniqString::internCString(ntl_parse_top_level_file) : nullptr;
+    if (!folderMode_ && !pieces_) openedFiles_.clear();
     if (fileName_) openedFiles_.emplace_back(fileName_);
     HDNTParserlloc = {};
     HDNTParserlloc.fileName = fileName_;

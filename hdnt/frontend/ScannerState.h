@@ -68,6 +68,17 @@ public:
         if (on) openedFiles_.clear();
     }
 
+    /// What next() returns beside tokens while pieces are wanted.
+    enum Piece : int { LineComment = -2, BlockComment = -3, FileStatement = -4 };
+    /// While on, a text is taken apart instead of read: comments, and INCLUDE and INLINE statements with their newline,
+    /// come out like tokens, no file is opened, nothing is printed, and no line is stored. To be set before init().
+    void setPieces(bool on) { pieces_ = on; }
+    /// Where the match behind the last token or piece begins in its text.
+    size_t matchOffset() const { return matchStart_; }
+    /// Where the last comment or statement began, and whether the text ended inside a statement.
+    size_t pieceOffset() const { return pieceStart_; }
+    bool endedInStatement() const { return state_ == State::IncludeFile || state_ == State::InlineFile; }
+
     std::string findFile(const std::string& name) const;
     void addSearchDirectory(const std::string& directory) { searchDirectories_.push_back(directory); }
     const std::vector<std::string>& openedFiles() const { return openedFiles_; }
@@ -90,6 +101,7 @@ private:
     void captureLine();
     int skipComment();
     int accept(const char* start, const char* end, int token);
+    int endPiece(Piece piece);
     void locate(size_t length);
     void newline();
     int endLine();
@@ -111,6 +123,7 @@ private:
     int fileStatement();
     void include(const std::string& name, bool once);
     bool open(const std::string& path, bool once);
+    void passOver(bool once);
     void endStatement(bool once);
     bool endOfInput();
     void notify(HDNTNotice::Kind kind, std::string_view text, std::string_view detail = {}) const;
@@ -121,6 +134,7 @@ private:
     bool pendingCapture_ = false;
     bool debug_ = false;
     bool folderMode_ = false;
+    bool pieces_ = false;
     int line_ = 1;
     int globalLine_ = 1;
     int column_ = 1;
@@ -132,6 +146,7 @@ private:
     const char* textEnd_ = nullptr;
     size_t matchStart_ = 0;
     size_t matchLength_ = 0;
+    size_t pieceStart_ = 0;
     std::string matchText_;
 
     std::vector<yy_buffer_state*> buffers_;    ///< the last one is current; null where a buffer was deleted

@@ -64,22 +64,22 @@ TEST_F(CheckTest, ThreeFaultsAreReportedAsTheyStand) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, R"(
-*** Error line 11.
-file: three_faults.btl line: 11.
-        pin "D[3]" input data tieLow;
-        ^^^^^^^^^^^^^^^^^^^^^^^^^^^^^
+*** Error line 10.
+file: three_faults.btl line: 10.
+        pin "D[3]"   input  data  tieLow;
+        ^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^
 *** Pin D[3] is being redefined.
 
 
-*** Error line 18.
-file: three_faults.btl line: 18.
+*** Error line 17.
+file: three_faults.btl line: 17.
         pin "O" output data tieLow;
         ^^^^^^^^^^^^^^^^^^^^^^^^^^^
 *** Invalid tieoff of output pin "O"
 
 
-*** Error line 27.
-file: three_faults.btl line: 27.
+*** Error line 26.
+file: three_faults.btl line: 26.
         property 8'h "POLYNOMIAL" { values { 8'h48, 8'h60 }, default = 8'h50 }
         ^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^
 *** Property POLYNOMIAL default value not one of allowed values.

@@ -20,10 +20,13 @@ void NtlTool::become(const std::vector<std::string>& arguments) const {
     for (const char* name : {"NTL_PATH", "NTL_DEBUG", "NTL_YY_DEBUG", "HDNT_DATA_PATH", "HDNT_CONFIG_PATH", "NO_COLOR"})
         unsetenv(name);
     for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
-    if (addressSpace > 0) {
-        const rlimit limit = {addressSpace, addressSpace};
-        setrlimit(RLIMIT_AS, &limit);
-    }
+    if (!standardInput.empty()) dup2(open(standardInput.c_str(), O_RDONLY), STDIN_FILENO);
+    const auto bound = [](int resource, size_t bytes) {
+        const rlimit limit = {bytes, bytes};
+        if (bytes > 0) setrlimit(static_cast<__rlimit_resource>(resource), &limit);
+    };
+    bound(RLIMIT_AS, addressSpace);
+    bound(RLIMIT_FSIZE, fileSize);
     std::vector<std::string> words = {NTL_TOOL};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv(words.size() + 1);

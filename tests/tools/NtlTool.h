@@ -29,8 +29,10 @@ public:
     Outcome finish(pid_t process);
 
     std::map<std::string, std::string> environment;
-    int standardOutput = -1; ///< a descriptor to use instead; -2: closed
-    size_t addressSpace = 0; ///< bytes; 0: no limit
+    int standardOutput = -1;   ///< a descriptor to use instead; -2: closed
+    std::string standardInput; ///< a file to read instead
+    size_t addressSpace = 0;   ///< bytes; 0: no limit
+    size_t fileSize = 0;       ///< likewise
 
 private:
     [[noreturn]] void become(const std::vector<std::string>& arguments) const;

@@ -62,6 +62,12 @@ TEST_F(UsageTest, WrongUsageIsOneLineAndStatusTwo) {
         {"diff", "good.btl", "missing.btl"},
         {"diff", "good.btl", "good.btl", "good.btl"},
         {"diff", "good.btl", "good.btl", "--format", "sarif"},
+        {"format"},
+        {"format", ""},
+        {"format", "missing.btl"},
+        {"format", "."},
+        {"format", "--check", "--in-place", "good.btl"},
+        {"format", "--in-place", "-"},
         {"--generate", "poem"},
         {"check", "two\nlines"},
     };
@@ -90,7 +96,7 @@ TEST_F(UsageTest, HelpAndVersion) {
     EXPECT_EQ(ntl.run({"--version"}).out.find("ntl "), 0U);
     const Outcome help = ntl.run({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* const command : {"check", "list", "show", "expand", "diff"}) {
+    for (const char* const command : {"check", "list", "show", "expand", "print", "format", "diff"}) {
         EXPECT_NE(help.out.find(std::string("\n  ") + command + " "), std::string::npos);
         const Outcome own = ntl.run({command, "--help"});
         EXPECT_EQ(own.status, 0);
@@ -102,7 +108,7 @@ TEST_F(UsageTest, HelpAndVersion) {
 
 TEST_F(UsageTest, PagesKnowEveryOption) {
     std::set<std::string> wanted;
-    for (const char* const command : {"check", "list", "show", "expand", "diff"})
+    for (const char* const command : {"check", "list", "show", "expand", "print", "format", "diff"})
         wanted.merge(longOptions(ntl.run({command, "--help"}).out));
     wanted.merge(longOptions(ntl.run({"--help"}).out));
     const std::string page = std::regex_replace(readFile(NTL_GENERATED_DIR "/ntl.1"), std::regex("\\\\-"), "-");

@@ -12,5 +12,6 @@ int runShow(const Settings& settings);
 int runExpand(const Settings& settings);
 int runPrint(const Settings& settings);
 int runDiff(const Settings& settings);
+int runFormat(const Settings& settings);
 
 } // namespace ntl

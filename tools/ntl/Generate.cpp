@@ -39,7 +39,7 @@ std::string manMark(const std::string& text, bool literal) { return (literal ? "
 std::string manPage() {
     std::string text =
         ".TH NTL 1 \"\" \"ntl " + std::string(NTL_VERSION) +
-        "\" \"User Commands\"\n.SH NAME\nntl \\- read, check, show, expand and compare NTL libraries\n.SH SYNOPSIS\n"
+        "\" \"User Commands\"\n.SH NAME\nntl \\- check, show, expand, format and compare NTL libraries\n.SH SYNOPSIS\n"
         ".HP\n\\fBntl\\fR [\\fIOPTION\\fR]... \\fICOMMAND\\fR ...\n";
     for (const CommandSpec& command : commands()) text += ".HP\n" + usageLine(command, manMark) + "\n";
     text += ".SH OPTIONS\nThese may stand before or behind the command.\n";
@@ -52,7 +52,7 @@ std::string manPage() {
     }
     return text + ".SH EXIT STATUS\n"
                   ".TP\n0\nFine.\n.TP\n1\nThe input has errors, or what was asked for does not exist or is refused; "
-                  "for diff, the libraries differ.\n"
+                  "for format, a layout would change; for diff, the libraries differ.\n"
                   ".TP\n2\nWrong usage, an input that cannot be opened (for diff, or has errors), or output that "
                   "cannot be written.\n"
                   ".SH ENVIRONMENT\n"

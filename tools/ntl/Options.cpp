@@ -183,9 +183,25 @@ static CommandSpec diffCommand() {
         &runDiff};
 }
 
+static CommandSpec formatCommand() {
+    return {"format",
+            "lay out files in one style",
+            "Lays the text of each FILE out anew and writes it to standard output. Line breaks, indents and blanks "
+            "change; tokens, comments, INCLUDE and INLINE statements and the order of everything stay. The file may be "
+            "a fragment, or have errors of syntax.\n"
+            "A file with characters outside the language (carriage returns are), with a string or comment that does "
+            "not end, or compressed, is reported and left alone. The status is 1 then.",
+            {{"FILE", "", "File to lay out; - for standard input.", &Settings::files, Completion::File, {}, true},
+             {"--check", "",
+              "Write the names of the files whose layout would change, instead of their text. The status is 1 if any.",
+              &Settings::checkOnly},
+             {"--in-place", "", "Replace the files whose layout changes, each all or not at all.", &Settings::inPlace}},
+            &runFormat};
+}
+
 const std::vector<CommandSpec>& commands() {
-    static const std::vector<CommandSpec> all = {checkCommand(),  listCommand(),  showCommand(),
-                                                 expandCommand(), printCommand(), diffCommand()};
+    static const std::vector<CommandSpec> all = {checkCommand(), listCommand(),   showCommand(), expandCommand(),
+                                                 printCommand(), formatCommand(), diffCommand()};
     return all;
 }
 
@@ -231,6 +247,8 @@ static void refuseEmpty(const Settings& settings) {
         throw Failure(Unusable, "OLD or NEW is empty; name two files or folders");
     if (std::any_of(settings.blocks.begin(), settings.blocks.end(), isEmpty))
         throw Failure(Unusable, "BLOCK is empty; 'ntl list' lists the names");
+    if (std::any_of(settings.files.begin(), settings.files.end(), isEmpty))
+        throw Failure(Unusable, "FILE is empty; name a file, or - for standard input");
 }
 
 int runCommandLine(int argc, char** argv) {
@@ -260,7 +278,9 @@ int runCommandLine(int argc, char** argv) {
         return Fine;
     }
     const CommandSpec* const command = chosen(app);
-    if (!command) throw Failure(Unusable, usageError(app, "A command is needed: check, list, show, expand or diff"));
+    if (!command)
+        throw Failure(Unusable,
+                      usageError(app, "A command is needed: check, list, show, expand, print, format or diff"));
     refuseEmpty(settings);
     setColors(settings.color);
     applyGlobalSettings(settings);

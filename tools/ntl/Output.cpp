@@ -25,8 +25,7 @@ void openStandardStreams() {
     }
 }
 
-// 0, or the errno of the first failure.
-static int writeAll(int descriptor, std::string_view text) {
+int writeAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = write(descriptor, text.data(), text.size());
         if (written > 0) text.remove_prefix(static_cast<size_t>(written));

@@ -11,6 +11,9 @@ namespace ntl {
 /// output stays one that cannot be written.
 void openStandardStreams();
 
+/// Writes to a descriptor. 0, or the errno of the first failure.
+int writeAll(int descriptor, std::string_view text);
+
 /// Writes a result to standard output, at once. Throws Failure(Unusable) when that is not possible.
 void writeOutput(std::string_view text);
 

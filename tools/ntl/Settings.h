@@ -40,6 +40,9 @@ struct Settings {
     std::string newLibrary;
     std::vector<std::string> oldSearchDirectories;
     std::vector<std::string> newSearchDirectories;
+    std::vector<std::string> files; ///< "-": standard input
+    bool checkOnly = false;
+    bool inPlace = false;
 };
 
 } // namespace ntl

@@ -1,0 +1,56 @@
+// Any bytes are refused for what is wrong with them, or come out with the same tokens and other blanks.
+#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/frontend/HDNTLimits.h"
+#include "hdnt/writer/HDNTFormatter.h"
+#include "tests/support/Tokens.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+class Silence : public HDNTErrorListener {
+public:
+    bool report(const HDNTReport&) override { return true; }
+};
+
+/// No output, and no file of the machine that an input names.
+bool prepare() {
+    static Silence silence;
+    HDNTError::setListener(&silence);
+    HDNTLimits limits;
+    limits.rootFolder = "/nowhere";
+    HDNTLimits::set(limits);
+    return std::freopen("/dev/null", "w", stdout) != nullptr;
+}
+
+void require(bool ok, const char* what, const std::string& text) {
+    if (ok) return;
+    std::fprintf(stderr, "%s\n%s\n", what, text.c_str());
+    std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const bool prepared = prepare();
+    if (!prepared) std::exit(3);
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    HDNTError::numErrors = 0;
+    std::string once;
+    std::string twice;
+    HDNTFormatProblem problem;
+    if (!HDNTFormatter::format(text, once, problem)) {
+        require(problem.count > 0 && problem.line > 0 && problem.column > 0, "refused without a place", text);
+        require(problem.reason.find("please report") == std::string::npos, problem.reason.c_str(), text);
+        return 0;
+    }
+    require(HDNTError::numErrors == 0, "a report was counted", text);
+    require(support::inkOf(text) == support::inkOf(once), "more than blanks was changed", once);
+    require(support::tokensOf(text) == support::tokensOf(once), "tokens were changed", once);
+    require(HDNTFormatter::format(once, twice, problem) && once == twice, "not a fixed point", once);
+    NtlFreeScannerMem();
+    return 0;
+}
