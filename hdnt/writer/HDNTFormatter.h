@@ -25,7 +25,7 @@ public:
 
     /// The columns that a line is broken at, unless a single token is wider.
     static constexpr int Width = 100;
-    static constexpr int Indent = 4;
+    static constexpr int Indent = 2;
 
     /// Puts the new text into `out`, which then ends in one newline, or is empty when there was nothing but blank
     /// space. False, with the first reason in `problem` and `out` empty, when the text holds what the scanner reports

@@ -42,7 +42,7 @@ struct CheckTest : testing::Test {
 
 TEST_F(CheckTest, ShippedDataIsGood) {
     const std::string shared = std::filesystem::canonical(data).string();
-    const auto blocksIn = [](const std::string& folder) { return linesIn(data + folder, "    block \"", "\" {"); };
+    const auto blocksIn = [](const std::string& folder) { return linesIn(data + folder, "  block \"", "\" {"); };
     const size_t common = blocksIn("/tessels") + blocksIn("/tessels.test");
     const Outcome checked = ntl.run({"check"});
     EXPECT_EQ(checked.status, 0);
@@ -54,7 +54,7 @@ TEST_F(CheckTest, ShippedDataIsGood) {
 
     const Outcome without = ntl.run({"check", "--param", "arch.enableTestFeatures=false"});
     EXPECT_EQ(without.status, 0);
-    const size_t ordinary = blocksIn("/tessels") - linesIn(data + "/tessels", "        test = true;", "");
+    const size_t ordinary = blocksIn("/tessels") - linesIn(data + "/tessels", "    test = true;", "");
     EXPECT_EQ(linesOf(without.out)[0], shared + "/tessels: " + std::to_string(ordinary) + " blocks, no errors");
 }
 
@@ -66,22 +66,22 @@ TEST_F(CheckTest, ThreeFaultsAreReportedAsTheyStand) {
     EXPECT_EQ(outcome.err, R"(
 *** Error line 10.
 file: three_faults.btl line: 10.
-        pin "D[3]"   input  data  tieLow;
-        ^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^
+    pin "D[3]"   input  data  tieLow;
+    ^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^
 *** Pin D[3] is being redefined.
 
 
 *** Error line 17.
 file: three_faults.btl line: 17.
-        pin "O" output data tieLow;
-        ^^^^^^^^^^^^^^^^^^^^^^^^^^^
+    pin "O" output data tieLow;
+    ^^^^^^^^^^^^^^^^^^^^^^^^^^^
 *** Invalid tieoff of output pin "O"
 
 
 *** Error line 26.
 file: three_faults.btl line: 26.
-        property 8'h "POLYNOMIAL" { values { 8'h48, 8'h60 }, default = 8'h50 }
-        ^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^
+    property 8'h "POLYNOMIAL" { values { 8'h48, 8'h60 }, default = 8'h50 }
+    ^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^^
 *** Property POLYNOMIAL default value not one of allowed values.
 
 ntl: three_faults.btl: 3 errors

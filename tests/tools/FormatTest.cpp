@@ -11,7 +11,7 @@ namespace {
 namespace fs = std::filesystem;
 
 const char* const ugly = "library \"l\"{block \"HOLD\"{pin \"A\" input;}} // end\n";
-const char* const neat = "library \"l\" {\n    block \"HOLD\" {\n        pin \"A\" input;\n    }\n}  // end\n";
+const char* const neat = "library \"l\" {\n  block \"HOLD\" {\n    pin \"A\" input;\n  }\n}  // end\n";
 
 struct FormatTest : testing::Test {
     TempDir directory;

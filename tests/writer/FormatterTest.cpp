@@ -76,7 +76,7 @@ TEST(FormatterTest, Layout) {
         {"// end", "// end\n"},
         {"library \"l\"{}", "library \"l\" { }\n"},
         {"\n\nlibrary\"l\" // x\n{\n\n\n/* y */\n\n\nblock \"A\" { }\n\n}\n\n", // around braces
-         "library \"l\"  // x\n{\n    /* y */\n\n    block \"A\" { }\n}\n"},
+         "library \"l\"  // x\n{\n  /* y */\n\n  block \"A\" { }\n}\n"},
         {"function int f ( string ,int ) ;function 8'h g();", "function int f(string, int);\nfunction 8'h g();\n"},
         {"pin \"A\" input;pin \"LONG[7:0]\" bidir test clock tieLow; // x\npin \"B\" output data active; /* y */",
          "pin \"A\"         input;\npin \"LONG[7:0]\" bidir  test clock tieLow;  // x\n"
@@ -89,30 +89,30 @@ TEST(FormatterTest, Layout) {
         {"property int\"N\"{min=0,\nmax= -7 , default=- 1}",
          "property int \"N\" { min = 0, max = -7, default = - 1 }\n"},
         {"property int \"N\" { // h\nmin = 0 /* i */, max = 1 /* j */}",
-         "property int \"N\" {  // h\n    min = 0 /* i */,\n    max = 1  /* j */\n}\n"},
+         "property int \"N\" {  // h\n  min = 0 /* i */,\n  max = 1  /* j */\n}\n"},
         {"property string \"S\" { values { \"" + wide + "\", \"" + wide + "\", \"c\" }, default = \"c\" }",
-         "property string \"S\" {\n    values { \"" + wide + "\", \"" + wide +
-             "\",\n            \"c\" },\n    default = \"c\"\n}\n"},
-        {"pin \"A\" input { property bool \"B\" true; }", "pin \"A\" input {\n    property bool \"B\" true;\n}\n"},
-        {"block \"A\" { } /* x */ mapsto { f(1) ; }", "block \"A\" { } /* x */ mapsto {\n    f(1);\n}\n"},
+         "property string \"S\" {\n  values { \"" + wide + "\", \"" + wide +
+             "\",\n      \"c\" },\n  default = \"c\"\n}\n"},
+        {"pin \"A\" input { property bool \"B\" true; }", "pin \"A\" input {\n  property bool \"B\" true;\n}\n"},
+        {"block \"A\" { } /* x */ mapsto { f(1) ; }", "block \"A\" { } /* x */ mapsto {\n  f(1);\n}\n"},
         {"if(a( )&&b(-1)||c(- 1)>-d(1)) { f(1); } else if (e()) f(2); else { }",
-         "if (a() && b(-1) || c(- 1) > -d(1)) {\n    f(1);\n} else if (e())\n    f(2);\nelse { }\n"},
+         "if (a() && b(-1) || c(- 1) > -d(1)) {\n  f(1);\n} else if (e())\n  f(2);\nelse { }\n"},
         {"if (a()) if (b()) { f(1); }\n\nelse f(2); else f(3); f(4);",
-         "if (a())\n    if (b()) {\n        f(1);\n    } else\n        f(2);\nelse\n    f(3);\nf(4);\n"},
-        {"if (a()) // x\n{ f(1); } // y\nelse f(2);", "if (a())  // x\n{\n    f(1);\n}  // y\nelse\n    f(2);\n"},
+         "if (a())\n  if (b()) {\n    f(1);\n  } else\n    f(2);\nelse\n  f(3);\nf(4);\n"},
+        {"if (a()) // x\n{ f(1); } // y\nelse f(2);", "if (a())  // x\n{\n  f(1);\n}  // y\nelse\n  f(2);\n"},
         {"assign block property \"i\" \"N\" - f(1)-1 -1; assign pin property \"i\" \"p\",\"q\" -(2)*3;",
          "assign block property \"i\" \"N\" -f(1) -1 -1;\nassign pin property \"i\" \"p\", \"q\" -(2) * 3;\n"},
         {"connect \"" + wide + "\" : \"" + wide + "\" \"a\",\"" + wide + "\" \"b\", \"c\";",
-         "connect \"" + wide + "\" : \"" + wide + "\" \"a\",\n        \"" + wide + "\" \"b\", \"c\";\n"},
+         "connect \"" + wide + "\" : \"" + wide + "\" \"a\",\n    \"" + wide + "\" \"b\", \"c\";\n"},
         {"block \"A\" { INCLUDE  a.btl ; pin \"no\" // \" kept\npin\"B\"input;INLINE\n\n b.btl;\n}",
-         "block \"A\" {\n    INCLUDE  a.btl ; pin \"no\" // \" kept\n    pin \"B\" input;\n    INLINE\n\n b.btl;\n}\n"},
+         "block \"A\" {\n  INCLUDE  a.btl ; pin \"no\" // \" kept\n  pin \"B\" input;\n  INLINE\n\n b.btl;\n}\n"},
         {"library \"l\" {\n#ifArch \"x\"  \nblock \"A\" { }\n#endif\n}",
-         "library \"l\" {\n#ifArch \"x\"  \n    block \"A\" { }\n#endif\n}\n"},
+         "library \"l\" {\n#ifArch \"x\"  \n  block \"A\" { }\n#endif\n}\n"},
         {"block \"A\" {\n      /* one\n         two\n\t  three\n\n  four */\n}",
-         "block \"A\" {\n    /* one\n       two\n        three\n\nfour */\n}\n"},
+         "block \"A\" {\n  /* one\n     two\n      three\n\nfour */\n}\n"},
         {"4'b102 1e 1 .5 8'h FF 8'hFF > = >= / / \"\t\xc3\xa4\" x [3 ]", // tokens, if not sentences
          "4'b10 2 1 e 1 . 5 8'h FF 8'hFF > = >= / / \"\t\xc3\xa4\" x [ 3 ]\n"},
-        {"} } else ; { ) if (", "}\n}\nelse\n    ;\n{\n    ) if (\n"}, // nonsense stays as it is
+        {"} } else ; { ) if (", "}\n}\nelse\n  ;\n{\n  ) if (\n"}, // nonsense stays as it is
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(formatted(text), expected) << text;
