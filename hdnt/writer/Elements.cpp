@@ -53,6 +53,25 @@ bool isPassedOver(const HDNTNetlistEntity* branch) {
     return !branch || (!branch->enabled() && dynamic_cast<const HDNTStmtBlock*>(branch));
 }
 
+int precedenceOf(HDNTExpr::FOPERATOR op) {
+    switch (op) {
+    case HDNTExpr::OR: return 1;
+    case HDNTExpr::AND: return 2;
+    case HDNTExpr::EQUAL:
+    case HDNTExpr::NOT_EQUAL: return 3;
+    case HDNTExpr::LESS:
+    case HDNTExpr::LESS_EQUAL:
+    case HDNTExpr::GREATER:
+    case HDNTExpr::GREATER_EQUAL: return 4;
+    case HDNTExpr::ADD:
+    case HDNTExpr::SUBTRACT: return 5;
+    case HDNTExpr::MULTIPLY:
+    case HDNTExpr::DIVIDE:
+    case HDNTExpr::REMAINDER: return 6;
+    default: return 7;
+    }
+}
+
 bool isIdentifier(std::string_view text) {
     static constexpr std::string_view wordsOfOtherKinds[] = {"true", "false", "INCLUDE", "INLINE"};
     const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hdnt/netlist/HDNTExpr.h"
+
 #include <string>
 #include <string_view>
 
@@ -18,6 +20,10 @@ bool groupReadsBack(const HDNTBlock& block);
 bool takesElse(const HDNTNetlistEntity* branch);
 /// Whether visitors see nothing of a branch: it is missing, or a statement block that is not enabled.
 bool isPassedOver(const HDNTNetlistEntity* branch);
+
+/// How tight an operator binds, as the grammar declares it: from 1 for `||` to 6 for `*`, all grouping to the left.
+/// 7 for operators of one operand, which are written with parentheses of their own, as calls are.
+int precedenceOf(HDNTExpr::FOPERATOR op);
 
 /// Whether the scanner takes the text for an identifier and delivers it whole.
 bool isIdentifier(std::string_view text);

@@ -1,28 +1,10 @@
 #include "hdnt/writer/ExpressionBuffer.h"
 
+#include "hdnt/writer/Elements.h"
+
 #include <algorithm>
 
 namespace hdnt::writer {
-
-// As the grammar declares it: all operators of two operands group to the left.
-int ExpressionBuffer::precedenceOf(HDNTExpr::FOPERATOR op) {
-    switch (op) {
-    case HDNTExpr::OR: return 1;
-    case HDNTExpr::AND: return 2;
-    case HDNTExpr::EQUAL:
-    case HDNTExpr::NOT_EQUAL: return 3;
-    case HDNTExpr::LESS:
-    case HDNTExpr::LESS_EQUAL:
-    case HDNTExpr::GREATER:
-    case HDNTExpr::GREATER_EQUAL: return 4;
-    case HDNTExpr::ADD:
-    case HDNTExpr::SUBTRACT: return 5;
-    case HDNTExpr::MULTIPLY:
-    case HDNTExpr::DIVIDE:
-    case HDNTExpr::REMAINDER: return 6;
-    default: return 7;
-    }
-}
 
 size_t ExpressionBuffer::beginOperand() {
     const size_t before = calls_.empty() ? 0 : calls_.back().operandsBefore;

@@ -49,7 +49,6 @@ private:
     };
     static constexpr int leaf = 8;
 
-    static int precedenceOf(HDNTExpr::FOPERATOR op);
     void parenthesise(const Operand& operand);
     Operand takeOperand();
 

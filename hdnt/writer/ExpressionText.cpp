@@ -3,6 +3,7 @@
 #include "hdnt/netlist/HDNTCompoundExpr.h"
 #include "hdnt/netlist/HDNTFunctionCall.h"
 #include "hdnt/netlist/HDNTValue.h"
+#include "hdnt/writer/Elements.h"
 #include "hdnt/writer/TreeBuilder.h"
 
 #include <algorithm>
@@ -11,26 +12,7 @@ namespace hdnt::writer {
 
 namespace {
 
-enum Binding { Loosest, Or, And, Equality, Relation, Sum, Product, Tightest };
-
-Binding bindingOf(HDNTExpr::FOPERATOR op) {
-    switch (op) {
-    case HDNTExpr::OR: return Or;
-    case HDNTExpr::AND: return And;
-    case HDNTExpr::EQUAL:
-    case HDNTExpr::NOT_EQUAL: return Equality;
-    case HDNTExpr::GREATER:
-    case HDNTExpr::LESS:
-    case HDNTExpr::LESS_EQUAL:
-    case HDNTExpr::GREATER_EQUAL: return Relation;
-    case HDNTExpr::ADD:
-    case HDNTExpr::SUBTRACT: return Sum;
-    case HDNTExpr::MULTIPLY:
-    case HDNTExpr::DIVIDE:
-    case HDNTExpr::REMAINDER: return Product;
-    default: return Tightest;
-    }
-}
+constexpr int loosest = 0;
 
 bool isNameCharacter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
@@ -39,7 +21,7 @@ bool isNameCharacter(char c) {
 class Text {
 public:
     std::string of(const HDNTExpr* expr) {
-        todo_.push_back({expr, nullptr, Loosest});
+        todo_.push_back({expr, nullptr, loosest});
         while (!todo_.empty()) {
             const Piece piece = todo_.back();
             todo_.pop_back();
@@ -57,20 +39,20 @@ private:
     struct Piece {
         const HDNTExpr* expr;
         const char* text;
-        Binding around;
+        int around;
     };
 
-    void later(const char* text) { todo_.push_back({nullptr, text, Loosest}); }
-    void later(const HDNTExpr* expr, Binding around) { todo_.push_back({expr, nullptr, around}); }
+    void later(const char* text) { todo_.push_back({nullptr, text, loosest}); }
+    void later(const HDNTExpr* expr, int around) { todo_.push_back({expr, nullptr, around}); }
 
-    void add(const HDNTCompoundExpr& operation, Binding around) {
-        const Binding binding = bindingOf(operation.op());
-        if (binding == Tightest) return addOther(operation);
+    void add(const HDNTCompoundExpr& operation, int around) {
+        const int binding = precedenceOf(operation.op());
+        if (binding > precedenceOf(HDNTExpr::MULTIPLY)) return addOther(operation);
         if (binding < around) {
             text_ += '(';
             later(")");
         }
-        later(operation.rhs(), static_cast<Binding>(binding + 1));
+        later(operation.rhs(), binding + 1);
         later(" ");
         later(HDNTExpr::getStringOperator(operation.op()));
         later(" ");
@@ -79,14 +61,14 @@ private:
 
     void addOther(const HDNTCompoundExpr& operation) {
         later(")");
-        later(operation.rhs(), Loosest);
+        later(operation.rhs(), loosest);
         if (operation.op() == HDNTExpr::NEGATE) text_ += '-';
         else if (operation.op() == HDNTExpr::NOT) text_ += '!';
         else text_ += "operator " + std::to_string(operation.op());
         text_ += '(';
         if (!operation.lhs()) return;
         later(", ");
-        later(operation.lhs(), Loosest);
+        later(operation.lhs(), loosest);
     }
 
     void add(const HDNTFunctionCall& call) {
@@ -94,7 +76,7 @@ private:
         text_ += (std::all_of(name.begin(), name.end(), isNameCharacter) ? name : quoted(name)) + '(';
         later(")");
         for (size_t i = call.actuals().size(); i-- > 0;) {
-            later(call.actuals()[i], Loosest);
+            later(call.actuals()[i], loosest);
             if (i > 0) later(", ");
         }
     }
