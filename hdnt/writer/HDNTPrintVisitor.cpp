@@ -55,6 +55,8 @@ void HDNTPrintVisitor::openBrace(Line& line, int32_t blanks) {
     line.add('\n').fill(static_cast<size_t>(blanks), ' ').add("{\n");
 }
 
+void HDNTPrintVisitor::writeEmptyLine() { write("\n"); }
+
 void HDNTPrintVisitor::closeBrace() {
     indentLess();
     write(startLine().add("}\n"));
@@ -102,7 +104,7 @@ void HDNTPrintVisitor::visit(HDNTBlock* block) { beginBlock(*block, true); }
 
 void HDNTPrintVisitor::beginBlock(const HDNTBlock& block, bool always) {
     inBlock_ = true;
-    write("\n");
+    writeEmptyLine();
     Line& line = startLine();
     line.add("block ");
     appendText(line, block.getName());

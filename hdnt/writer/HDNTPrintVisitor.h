@@ -93,6 +93,8 @@ protected:
     /// Ends the line with the brace of a body; in the printed form that stands on a line of its own, behind so many
     /// blanks.
     virtual void openBrace(hdnt::writer::Line& line, int32_t blanks);
+    /// Before a block, and between the sections of a mapping.
+    virtual void writeEmptyLine();
     virtual void appendText(hdnt::writer::Line& line, const std::string& text);
     virtual void appendNumber(hdnt::writer::Line& line, double value);
     virtual void appendTypeName(hdnt::writer::Line& line, HATAttrTypes::AttrType type);

@@ -41,12 +41,17 @@ void HDNTSourceVisitor::enterElement(const char* kind, const std::string* name) 
 }
 
 Line& HDNTSourceVisitor::startLine() {
+    atOpening_ = false;
     if (!std::exchange(branchDue_, false)) return HDNTPrintVisitor::startLine();
     write("\n");
     return HDNTPrintVisitor::startLine().add("  ");
 }
 
 void HDNTSourceVisitor::openBrace(Line& line, int32_t) { line.add(" {\n"); }
+
+void HDNTSourceVisitor::writeEmptyLine() {
+    if (!atOpening_) HDNTPrintVisitor::writeEmptyLine();
+}
 
 void HDNTSourceVisitor::appendText(Line& line, const std::string& text) {
     appendSourceText(line, text, [this](const std::string& what) { cannotWrite(what); });
@@ -77,6 +82,7 @@ void HDNTSourceVisitor::checkFunctionName(const std::string& name) {
 void HDNTSourceVisitor::visit(HDNTLibrary* library) {
     enterElement("library", nullptr);
     HDNTPrintVisitor::visit(library);
+    atOpening_ = true;
 }
 
 void HDNTSourceVisitor::visit(HDNTFunctionDecl* function) {
@@ -133,6 +139,7 @@ void HDNTSourceVisitor::visit(HDNTNetlist* netlist) {
     write(sections[static_cast<size_t>(netlist->section())]);
     write(" {\n");
     indentMore();
+    atOpening_ = true;
 }
 
 void HDNTSourceVisitor::visit(HDNTBlockInst* inst) {

@@ -47,6 +47,7 @@ public:
 private:
     hdnt::writer::Line& startLine() override;
     void openBrace(hdnt::writer::Line& line, int32_t blanks) override;
+    void writeEmptyLine() override;
     void appendText(hdnt::writer::Line& line, const std::string& text) override;
     void appendNumber(hdnt::writer::Line& line, double value) override;
     void appendTypeName(hdnt::writer::Line& line, HATAttrTypes::AttrType type) override;
@@ -61,6 +62,7 @@ private:
 
     std::vector<std::string>* problems_;
     bool complete_ = true;
+    bool atOpening_ = false;  ///< nothing stands behind the last brace
     bool branchDue_ = false;  ///< the line ends in a condition or an "else"
     bool mappingDue_ = false; ///< the line ends in the brace of the block whose mapping follows
     const HDNTBlock* block_ = nullptr;

@@ -28,7 +28,7 @@ void HDNTPrintVisitor::visit(HDNTNetlist* netlist) {
 
 void HDNTPrintVisitor::postVisit(HDNTNetlist*) { closeBrace(); }
 
-void HDNTPrintVisitor::sectionSeparator(HDNTNetlist*) { write("\n"); }
+void HDNTPrintVisitor::sectionSeparator(HDNTNetlist*) { writeEmptyLine(); }
 
 void HDNTPrintVisitor::visit(HDNTBlockInst* inst) {
     Line& line = startLine();
