@@ -23,7 +23,7 @@ std::string formatted(const std::string& text) {
 
 std::map<std::string, std::string> shippedTexts() {
     std::map<std::string, std::string> texts;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(HDNT_SHIPPED_DATA)) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(HDNT_DATA)) {
         if (entry.path().extension() != ".btl" || entry.path().filename() == "bad_names.btl") continue;
         std::ifstream file(entry.path(), std::ios::binary);
         texts[entry.path()] = std::string{std::istreambuf_iterator<char>(file), {}};
