@@ -250,6 +250,7 @@ private:
             return binary(type, type == "int" ? Texts{"+", "-", "*", "/", "%"} : Texts{"+", "-", "*", "/"});
         }
         if (type == "string") return call(type, depth);
+        if (chance(50)) return binary(type, {"&&", "||", "==", "!="});
         const std::string operands = oneOf(types);
         if (operands == "string") return binary(operands, {"==", "!="});
         return binary(operands, {"==", "!=", "<", ">", "<=", ">=", "&&", "||"});
