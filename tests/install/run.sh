@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs a build below a fresh prefix and uses it as a stranger would: the program shown in docs/embedding.md, built
+# Installs a build below a fresh prefix and uses it as a stranger would: the programs shown in docs/embedding.md, built
 # with find_package and with pkg-config, run from another folder.
 #   run.sh BUILD_DIR SOURCE_DIR
 set -eu
@@ -13,32 +13,40 @@ fail() {
 }
 
 cmake --install "$build" --prefix "$work/prefix" >/dev/null
-# Each fenced program to a file of its own: program1.cpp, program2.cpp, ...
+# Each fenced text to a file of its own: program1.cpp, program2.cpp, ... Those with a main() are programs.
 awk -v base="$work/program" '/^```cpp$/ { ++n; inside = 1; next } /^```$/ { inside = 0 } inside { print > (base n ".cpp") }' \
     "$source/docs/embedding.md"
-[ -s "$work/program2.cpp" ] || fail "docs/embedding.md shows no two programs"
+programs=$(cd "$work" && grep -l '^int main()' program*.cpp | sed 's/\.cpp$//')
+[ "$(echo "$programs" | wc -l)" -ge 3 ] || fail "docs/embedding.md shows no three programs"
 
 mkdir "$work/project"
-cp "$work"/program?.cpp "$work/project/"
+for program in $programs; do
+    cp "$work/$program.cpp" "$work/project/"
+done
 cat >"$work/project/CMakeLists.txt" <<'END'
 cmake_minimum_required(VERSION 3.25)
 project(stranger LANGUAGES CXX)
 find_package(hdnt 0.1 CONFIG REQUIRED)
-foreach(program program1 program2)
-  add_executable(${program} ${program}.cpp)
+file(GLOB sources program*.cpp)
+foreach(source ${sources})
+  cmake_path(GET source STEM program)
+  add_executable(${program} ${source})
   target_link_libraries(${program} PRIVATE hdnt::hdnt)
 endforeach()
 END
 cmake -G Ninja -S "$work/project" -B "$work/project/build" -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
 cmake --build "$work/project/build" >/dev/null
-(cd / && "$work/project/build/program1" && "$work/project/build/program2") >"$work/first.txt"
-for line in '^[0-9]* blocks$' '^CLK: input clock$' '^INIT: The string value is not' '^A\[7:0\] has bits 7 to 0$'; do
+for program in $programs; do
+    (cd / && "$work/project/build/$program") >>"$work/first.txt"
+done
+for line in '^[0-9]* blocks$' '^CLK: input clock$' '^INIT: The string value is not' '^A\[7:0\] has bits 7 to 0$' \
+    '^library "simulation" {$' '^  // type 1558$'; do
     grep -q "$line" "$work/first.txt" || fail "the programs print no line like $line: $(cat "$work/first.txt")"
 done
 
 PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name hdnt.pc)")
 export PKG_CONFIG_PATH
-for program in program1 program2; do
+for program in $programs; do
     # shellcheck disable=SC2046 # lists of words
     ${CXX:-c++} "$work/$program.cpp" -o "$work/$program" $(pkg-config --cflags --libs hdnt) \
         -Wl,-rpath,"$(pkg-config --variable=libdir hdnt)"

@@ -64,7 +64,8 @@ TEST_F(ProcessTest, OutputThatCannotBeWritten) {
     close(ends[0]);
     const int full = open("/dev/full", O_WRONLY);
     const std::vector<std::vector<std::string>> commands = {
-        {"check", "good.btl"}, {"check", "--format=json", "good.btl"}, {"list"}, {"show", "HOLD"}, {"--help"}};
+        {"check", "good.btl"}, {"check", "--format=json", "good.btl"}, {"list"}, {"show", "HOLD"}, {"--help"},
+        {"print", "good.btl"}};
     for (const int descriptor : {ends[1], full, -2}) {
         for (const std::vector<std::string>& command : commands) {
             ntl.standardOutput = descriptor;

@@ -39,9 +39,7 @@ std::string described(const Side& side) {
         of.clear();
         loader.forget();
         library = loader.load(side.path, library);
-        std::vector<Finding> notices = loader.notices();
-        sortFindings(notices);
-        for (const Finding& notice : notices) writeError(warningLine(notice));
+        warn(loader.notices());
         return goodMark + HDNTModelTree(*library).toBytes();
     } catch (const Failure& failure) {
         return badMark + of + failure.what();

@@ -107,12 +107,6 @@ static std::string listJson(const OpenedLibrary& opened, const std::vector<HDNTB
     return jsonText(json);
 }
 
-static bool loadMappings(const std::vector<HDNTBlock*>& blocks) {
-    bool fine = true;
-    for (HDNTBlock* block : blocks) fine = loadMapping(*block) && fine;
-    return fine;
-}
-
 int runList(const Settings& settings) {
     enableByDefault(settings, "ntl.enableMapLib");
     const OpenedLibrary opened = openLibrary(settings);

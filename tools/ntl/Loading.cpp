@@ -113,8 +113,11 @@ OpenedLibrary openLibrary(const Settings& settings) {
     if (!isCommon) paths.push_back(settings.library);
     Loader loader(false);
     HDNTLibrary* library = nullptr;
-    for (const std::string& path : paths) library = loader.load(path, library);
-    return {library, isCommon, paths.back()};
+    for (const std::string& path : paths) {
+        loader.forget();
+        library = loader.load(path, library);
+    }
+    return {library, isCommon, paths.back(), loader.notices(), loader.files()};
 }
 
 HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name) {
@@ -135,6 +138,12 @@ bool loadMapping(HDNTBlock& block) {
         complain(block.getName() + ": " + error.what());
         return false;
     }
+}
+
+bool loadMappings(const std::vector<HDNTBlock*>& blocks) {
+    bool fine = true;
+    for (HDNTBlock* block : blocks) fine = loadMapping(*block) && fine;
+    return fine;
 }
 
 } // namespace ntl

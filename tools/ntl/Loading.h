@@ -61,11 +61,14 @@ std::vector<std::string> commonLibraryPaths();
 /// The paths behind --parent, the root first: empty, one or two.
 std::vector<std::string> parentPaths(const std::string& parent);
 
-/// The library of `list`, `show` and `expand`. Its blocks are its own, or for the common library all up to the root.
+/// The library of `list`, `show`, `expand` and `print`. Its blocks are its own, or for the common library all up to the
+/// root.
 struct OpenedLibrary {
     HDNTLibrary* library = nullptr;
     bool withParents = false;
     std::string path;
+    std::vector<Finding> notices;   ///< of itself, not of its parents
+    std::vector<std::string> files; ///< likewise
 };
 OpenedLibrary openLibrary(const Settings& settings);
 /// A block of it or its parents, case aside; null when there is none, which is then said with the names near to it.
@@ -73,5 +76,7 @@ HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name);
 /// Attaches the mapping for the architecture in force, which may be in a map library. False when that library is
 /// broken, which is then said.
 bool loadMapping(HDNTBlock& block);
+/// The same for each of them; true when all went well.
+bool loadMappings(const std::vector<HDNTBlock*>& blocks);
 
 } // namespace ntl

@@ -43,6 +43,7 @@ void writeOutput(std::string_view text) {
 }
 
 static FILE* copyOfOutput() {
+    if (write(STDOUT_FILENO, "", 0) == -1) failOutput(errno); // of a closed one, fdopen has only a vague reason
     const int descriptor = dup(STDOUT_FILENO);
     FILE* const stream = descriptor == -1 ? nullptr : fdopen(descriptor, "w");
     if (!stream) failOutput(errno);
@@ -57,7 +58,8 @@ ResultStream::~ResultStream() {
 
 void ResultStream::finish() {
     const bool failed = std::ferror(stream_) != 0;
-    if (std::fclose(std::exchange(stream_, nullptr)) != 0 || failed) failOutput(errno);
+    errno = 0;
+    if (std::fclose(std::exchange(stream_, nullptr)) != 0 || failed) failOutput(errno != 0 ? errno : EIO);
 }
 
 void writeError(std::string_view text) { writeAll(STDERR_FILENO, text); }

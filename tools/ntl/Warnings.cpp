@@ -195,4 +195,9 @@ std::string warningLine(const Finding& finding) {
            printable(finding.text) + " [" + std::string(code) + "]\n";
 }
 
+void warn(std::vector<Finding> findings) {
+    sortFindings(findings);
+    for (const Finding& finding : findings) writeError(warningLine(finding));
+}
+
 } // namespace ntl

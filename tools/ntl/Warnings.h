@@ -51,5 +51,7 @@ Finding findingOf(const HDNTNotice& notice);
 void sortFindings(std::vector<Finding>& findings);
 /// "file:line:column: warning: text [code]", for standard error.
 std::string warningLine(const Finding& finding);
+/// Writes them to standard error, sorted.
+void warn(std::vector<Finding> findings);
 
 } // namespace ntl
