@@ -35,14 +35,15 @@ struct Settings {
     bool deep = false;
     std::string expansionFormat = "ntl";
 
+    std::vector<std::string> files; ///< "-": standard input
+    bool checkOnly = false;
+    bool inPlace = false;
     bool source = false;
+
     std::string oldLibrary;
     std::string newLibrary;
     std::vector<std::string> oldSearchDirectories;
     std::vector<std::string> newSearchDirectories;
-    std::vector<std::string> files; ///< "-": standard input
-    bool checkOnly = false;
-    bool inPlace = false;
 };
 
 } // namespace ntl
