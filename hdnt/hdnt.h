@@ -53,7 +53,7 @@
 #include "hdnt/platform/PartSpec.h"
 #include "hdnt/platform/filtering_stream.h"
 #include "hdnt/writer/HDNTComparison.h"
+#include "hdnt/writer/HDNTFormatter.h"
 #include "hdnt/writer/HDNTModelTree.h"
 #include "hdnt/writer/HDNTPrintVisitor.h"
 #include "hdnt/writer/HDNTSourceVisitor.h"
-#include "hdnt/writer/HDNTFormatter.h"

@@ -41,7 +41,7 @@ public:
     void postVisit(HDNTBlock* block) override;
     /// The pins of a block are written by their buses; a pin that is visited on its own is a line.
     void visit(HDNTPin* pin) override;
-    /// Only in classes derived from this one, which may do something with them.
+    /// False, since their buses write them; true in classes derived from this one, which may do something with pins.
     bool visitsPins() const override;
     void visit(HDNTBus* bus) override;
     void postVisit(HDNTBus* bus) override;
@@ -85,7 +85,9 @@ public:
     /// delivered has neither quotes nor line breaks, and others cannot be written.
     void addQuotedString(const std::string& text);
 
-protected:
+private:
+    friend class HDNTSourceVisitor;
+
     // Where the source form differs.
 
     /// Empties the line and begins it with the indent.
@@ -116,7 +118,6 @@ protected:
     void endBlock();
     void closeBrace();
 
-private:
     void writeAttributes(const HDNTBlock& block, bool always);
     template <typename Pin>
     void appendPinLine(hdnt::writer::Line& line, const std::string& name, const Pin& pin, HDNT_PIN_TYPE type);
