@@ -20,10 +20,10 @@ Line& Line::add(int value) {
         digits, static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits)));
 }
 
-// The longest number has 309 digits before the point.
+// The longest number has 309 digits before the point, and a negative precision means six behind it.
 Line& Line::fixed(double value, int precision) {
     const size_t start = size_;
-    const size_t longest = 312 + static_cast<size_t>(std::max(precision, 0));
+    const size_t longest = 320 + static_cast<size_t>(std::max(precision, 0));
     char* const first = room(longest);
     const auto end = std::to_chars(first, first + longest, value, std::chars_format::fixed, precision);
     size_ = start + static_cast<size_t>(end.ptr - first);
