@@ -121,7 +121,6 @@ void HDNTPrintVisitor::writeAttributes(const HDNTBlock& block, bool always) {
     const int level = block.getMaturityLevel();
     if (level < 0 || level > 3) cannotWrite("a maturity level of " + std::to_string(level));
     else if (level > 0 || always) write(startLine().add("maturityLevel = ").add(levels[level]));
-    if (!groupReadsBack(block)) cannotWrite("its primitive group");
     if (!block.getPrimGroupType(false)) return;
     Line& line = startLine();
     line.add("primgroup = ");

@@ -96,6 +96,7 @@ void HDNTSourceVisitor::visit(HDNTFunctionDecl* function) {
 void HDNTSourceVisitor::visit(HDNTBlock* block) {
     block_ = block;
     enterElement("declaration", nullptr);
+    if (!groupReadsBack(*block)) cannotWrite("its primitive group");
     beginBlock(*block, false);
 }
 

@@ -15,7 +15,7 @@ void Line::grow(size_t count) {
 }
 
 Line& Line::add(int value) {
-    char digits[16];
+    char digits[24];
     return add(std::string_view(
         digits, static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits)));
 }

@@ -21,7 +21,7 @@ public:
         return *this;
     }
     Line& add(std::string_view text) {
-        std::memcpy(room(text.size()), text.data(), text.size());
+        copy(room(text.size()), text.data(), text.size());
         return *this;
     }
     Line& add(char c) {
@@ -43,6 +43,21 @@ public:
     Line& shortest(double value);
 
 private:
+    // Most pieces are short: two copies of a known length that overlap take a third of the time of a call.
+    static void copy(char* to, const char* from, size_t count) {
+        if (count > 16) std::memcpy(to, from, count);
+        else if (count >= 8) copyEnds<8>(to, from, count);
+        else if (count >= 4) copyEnds<4>(to, from, count);
+        else if (count >= 2) copyEnds<2>(to, from, count);
+        else if (count == 1) *to = *from;
+    }
+    template <size_t Length>
+    static void copyEnds(char* to, const char* from, size_t count) {
+        char last[Length];
+        std::memcpy(last, from + count - Length, Length);
+        std::memcpy(to, from, Length);
+        std::memcpy(to + count - Length, last, Length);
+    }
     char* room(size_t count) {
         if (capacity_ - size_ < count) [[unlikely]]
             grow(count);
