@@ -68,8 +68,8 @@ public:
     void acceptOwn(HDNTVisitor& visitor);
 
     // The mapping netlist. What asks for an architecture may load a map library, if the parameter "ntl.enableMapLib"
-    // was on at the first such question of the process: loading thread only, then. A load replaces, and so deletes, the
-    // netlist of another architecture.
+    // was on at the first such question of the process: loading thread only, then; else any thread. A load replaces, and
+    // so deletes, the netlist of another architecture.
 
     /// The own netlist; without one, that for the manager's current architecture. Null when there is none.
     HDNTNetlist* getNetlist();

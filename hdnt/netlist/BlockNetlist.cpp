@@ -37,9 +37,10 @@ HDNTNetlist* HDNTBlock::getNetlist(const std::string& architecture) {
 }
 
 // A load attaches through setNetlist, which takes the netlist for the block's own; the kind is put right here. What a
-// text attached that then failed to parse does not stay.
+// text attached that then failed to parse does not stay. Without map libraries nothing may be noted: any thread asks.
 HDNTNetlist* HDNTBlock::loadNetlist(const std::string& architecture) {
     HDNTLibrary* const library = getLibrary();
+    if (!HDNTLibrary::usesMapLibraries()) return nullptr;
     const auto tried = std::find(triedArchitectures_.begin(), triedArchitectures_.end(), architecture);
     if (!library || tried != triedArchitectures_.end()) return nullptr;
     const uint32_t attachedBefore = attachments_;
