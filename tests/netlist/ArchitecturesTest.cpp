@@ -105,6 +105,27 @@ TEST_F(Architectures, AnOwnMappingHoldsForAllAndOpensNoFile) {
     EXPECT_EQ(block.getNetlistKind(), HDNTBlock::OwnNetlistInChild);
 }
 
+// A text may map other blocks beside the one it is named for, also blocks of the parent; none of these is their own.
+TEST_F(Architectures, WhatElseAFileMapsIsForItsArchitectureToo) {
+    const auto child = loaded("library \"C\" { block \"ADD_CHAIN_8\" { } }", library.get());
+    HDNTBlock& add = *child->getTypeBlock(0);
+    const std::string pair = mapping("ADD_CHAIN_8", "both") + mapping("HOLD", "beside");
+    dir.write("maplib/ADD_CHAIN_8.btl", "library \"M\" {\n#ifArch \"alpha\"\n" + pair + "#endif\n}");
+    writeMap("HOLD", {"beta"}, "own ");
+    use("alpha", 7);
+    EXPECT_EQ(expansionOf(add), "both");
+    EXPECT_EQ(expansionOf(hold), "beside");
+    EXPECT_FALSE(hold.hasOwnNetlist());
+    use("beta", 8);
+    EXPECT_EQ(hold.getReferencedInstanceName("beta"), "own beta");
+    EXPECT_EQ(add.getNetlist("beta"), nullptr);
+
+    const Reports silent;
+    dir.write("maplib/ADD_CHAIN_8.btl", "library \"M\" { " + pair + " oops }");
+    EXPECT_THROW(add.getNetlist("gamma"), HEXDataException);
+    for (const HDNTBlock* const block : {&add, &hold}) EXPECT_EQ(block->getAttachedNetlist(), nullptr);
+}
+
 TEST_F(Architectures, AFileThatFailsLeavesNothingAndCanBeMended) {
     const Reports silent;
     dir.write("maplib/HOLD.btl", "library \"M\" {\n" + mapping("HOLD", "half") + "oops }");
