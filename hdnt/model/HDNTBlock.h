@@ -86,7 +86,7 @@ public:
     /// empty.
     std::string getReferencedInstanceName(std::string architecture);
     /// Whether that netlist holds an instance of a block that can be pseudo-differential, or calls a function that the
-    /// configuration lists as making one.
+    /// configuration lists as making one. A type that is in no library at hand goes by its name in the configuration.
     bool hasPseudoDifferentialExpansion(std::string architecture);
     /// Replaces the netlist and deletes the one before; null removes it. Finalizes the new one. Loading thread only.
     void setNetlist(HDNTNetlist* netlist);

@@ -111,12 +111,9 @@ static std::string answersOf(HDNTLibrary& library) {
 TEST(Threads, AllAskEverythingAtOnce) {
     constexpr int count = 8;
     const TempDir dir;
-    dir.makeDir("tessels");
     dir.write("HDNTApplicationData.cfg", applicationData);
     dir.write("tessel.desc.cfg", "ADD = { FIXED = \"text\"; }; PINTYPES = { ADD = { M1 = \"clock\"; }; };");
     setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
-    setenv("HDNT_DATA_PATH", dir.path().c_str(), 1);
-    HDNTLibraryMgr::getCommonLibrary();
     const auto root = support::loaded(commonText);
     const auto child = support::loaded(childText, root.get());
     ASSERT_NE(child, nullptr);
@@ -144,14 +141,17 @@ TEST(Threads, FirstUsesMayCoincide) {
     const TempDir dir;
     dir.write("tessel.desc.cfg", "PINTYPES = { ADD = { M1 = \"clock\"; }; };");
     setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
-    const auto library = support::loaded(support::inBlock("pin \"M[1:0]\" input mixed;"));
+    const auto library = support::loaded("library \"L\" { block \"ADD\" { pin \"M[1:0]\" input mixed; }"
+                                         "block \"HOLD\" { } mapsto { inst \"U\" \"NOWHERE\"; } }");
     std::latch start(8);
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i)
         threads.emplace_back([&] {
             start.arrive_and_wait();
             EXPECT_EQ(library->getTypeBlock(0)->getNetlist("alpha"), nullptr);
+            EXPECT_FALSE(library->getTypeBlock(1)->hasPseudoDifferentialExpansion("alpha"));
             EXPECT_EQ(library->getTypeBlock(0)->getPin(0)->getType(), HDNT_PIN_CLOCK);
         });
     for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(myTopLib, library.get()); // no library was loaded to answer
 }

@@ -155,12 +155,12 @@ TEST(Netlist, ReferencedInstances) {
 TEST(Netlist, PseudoDifferential) {
     const TempDir dir;
     dir.write("HDNTApplicationData.cfg",
-              "PSEUDO_DIFFERENTIAL_FUNCTIONS = [\"f\"]; CELLS = { GATE_AND_2 = { pseudoDifferential = true; }; };");
-    dir.makeDir("tessels");
+              "PSEUDO_DIFFERENTIAL_FUNCTIONS = [\"f\"]; CELLS = { GATE_AND_2 = { pseudoDifferential = true; };"
+              "ELSEWHERE = { pseudoDifferential = true; }; };");
     setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
-    setenv("HDNT_DATA_PATH", dir.path().c_str(), 1);
     for (const auto& [body, expected] : {std::pair("f();", true),
-                                         {"if (true) { inst \"I\" \"GATE_AND_2\"; }", true},
+                                         {"if (true) { inst \"I\" \"gate_and_2\"; }", true},
+                                         {"inst \"I\" \"ELSEWHERE\";", true},
                                          {"inst \"I\" \"NONE\";", false},
                                          {"", false}}) {
         const auto library = loaded(mapped(body).insert(13, "block \"GATE_AND_2\" { } "));
