@@ -59,9 +59,13 @@ int HDNTLibrary::parseString(const std::string& text) {
     return parseText(this, std::make_shared<SourceText>(SourceText{text}));
 }
 
-bool HDNTLibrary::loadMaplib(const std::string& name, const std::string& arch) {
+bool HDNTLibrary::usesMapLibraries() {
     static const bool enabled = HPAParamMgr::getParamMgr()->getValueAsBool("ntl.enableMapLib");
-    if (!enabled || name.empty() || name.find('/') != std::string::npos) return false;
+    return enabled;
+}
+
+bool HDNTLibrary::loadMaplib(const std::string& name, const std::string& arch) {
+    if (!usesMapLibraries() || name.empty() || name.find('/') != std::string::npos) return false;
     const std::string directory = ConfigBase::getDataLocation("maplib");
     if (directory.empty()) return false;
     const std::string path = HUTPathUtils::replaceExtension(HUTPathUtils::join(directory, name), "btl");

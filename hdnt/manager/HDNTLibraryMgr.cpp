@@ -118,7 +118,12 @@ HDNTLibrary* HDNTLibraryMgr::getCommonLibrary() {
     HDNTLibraryMgr& manager = *getLibraryMgr();
     if (HDNTLibrary* const cached = manager.m_libraries[commonKey]) return cached;
     HDNTLibrary* library = manager.loadLibrary(getDataFileName(false), nullptr);
-    if (parameter("arch.enableTestFeatures")) library = manager.loadLibrary(getTestDataFileName(), library);
+    try {
+        if (parameter("arch.enableTestFeatures")) library = manager.loadLibrary(getTestDataFileName(), library);
+    } catch (...) { // nobody could reach it, and every further try would leave one more
+        manager.discard(library);
+        throw;
+    }
     return manager.m_libraries[commonKey] = library;
 }
 

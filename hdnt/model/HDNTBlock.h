@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 class HATAttrSpec;
 class HDNTLibrary;
@@ -68,8 +69,8 @@ public:
     void acceptOwn(HDNTVisitor& visitor);
 
     // The mapping netlist. What asks for an architecture may load a map library, if the parameter "ntl.enableMapLib"
-    // was on at the first such question of the process: loading thread only, then. A load replaces, and so deletes, the
-    // netlist of another architecture.
+    // was on at the first such question of the process: loading thread only, then; else any thread. A load replaces,
+    // and so deletes, the netlist of another architecture. What else its text maps is for that architecture only, too.
 
     /// The own netlist; without one, that for the manager's current architecture. Null when there is none.
     HDNTNetlist* getNetlist();
@@ -85,7 +86,7 @@ public:
     /// empty.
     std::string getReferencedInstanceName(std::string architecture);
     /// Whether that netlist holds an instance of a block that can be pseudo-differential, or calls a function that the
-    /// configuration lists as making one.
+    /// configuration lists as making one. A type that is in no library at hand goes by its name in the configuration.
     bool hasPseudoDifferentialExpansion(std::string architecture);
     /// Replaces the netlist and deletes the one before; null removes it. Finalizes the new one. Loading thread only.
     void setNetlist(HDNTNetlist* netlist);
@@ -153,6 +154,7 @@ private:
     void indexProperties();
     std::vector<size_t> findRedefinedPins() const;
     HDNTNetlist* loadNetlist(const std::string& architecture);
+    void settleLoad(uint32_t load, std::optional<unsigned short> kind, const std::string& architecture) const;
     const char* groupText(int index) const;
     int groupIndex(std::string abbrev) const;
 
@@ -165,7 +167,7 @@ private:
     std::vector<uint32_t> propertiesByName_; ///< positions of properties, by name, case aside
     std::string netlistArchitecture_;        ///< that the netlist was loaded for
     std::vector<std::string> triedArchitectures_;
-    uint32_t attachments_ = 0; ///< how often a netlist was set
+    uint32_t attachedByLoad_ = 0; ///< the load of a map library that set the netlist; 0 for none
     uint32_t internalBusCount_ = 0;
     uint32_t internalPinCount_ = 0;
     int maturityLevel_ = 0;

@@ -63,6 +63,9 @@ public:
     /// architectures. False without one, also for a name that is empty or holds a slash. A text that does not parse
     /// throws HEXDataException "Invalid maplib ntl file: " + name.
     bool loadMaplib(const std::string& name, const std::string& arch);
+    /// Whether loadMaplib loads at all: the parameter "ntl.enableMapLib" as it was at the first call of either in the
+    /// process. Any thread.
+    static bool usesMapLibraries();
 
     // Text again (writer). Nothing of the model is changed, but accept() is: print() may load map libraries.
 

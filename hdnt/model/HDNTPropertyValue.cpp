@@ -7,6 +7,8 @@
 #include <boost/format.hpp>
 
 #include <algorithm>
+#include <limits>
+#include <locale>
 
 using Type = HATAttrTypes::AttrType;
 
@@ -51,9 +53,21 @@ static bool refuse(std::string& reason, std::string text) {
     return false;
 }
 
+// The standard library's character facet notes each character it is first asked about, without a lock. Formats are read
+// with one that has been asked about all of them before any other thread sees it; the host's locale has no say either.
+static const std::locale& formatLocale() {
+    static const std::locale* const locale = [] {
+        auto* const facet = new std::ctype<char>;
+        for (int c = std::numeric_limits<char>::min(); c <= std::numeric_limits<char>::max(); ++c)
+            facet->narrow(facet->widen(static_cast<char>(c)), '\0');
+        return new std::locale(std::locale::classic(), facet);
+    }();
+    return *locale;
+}
+
 template <typename T>
 static std::string outOfRange(const char* format, T value, T bound) {
-    return (boost::format(format) % value % bound).str();
+    return (boost::format(format, formatLocale()) % value % bound).str();
 }
 
 bool HDNTProperty::isValidValue(int value, std::string& reason) const {
@@ -169,5 +183,5 @@ std::string HDNTProperty::formatValue(const std::string& value, char binaryRadix
     }
     digits = compressIntString(digits);
     padOnce(digits, hex ? digits.size() * 4 : digits.size(), getBitWidth());
-    return (boost::format(format) % getBitWidth() % (hex ? hexRadix : binaryRadix) % digits).str();
+    return (boost::format(format, formatLocale()) % getBitWidth() % (hex ? hexRadix : binaryRadix) % digits).str();
 }

@@ -6,9 +6,13 @@
 #include "hdnt/netlist/HDNTReferencedInstanceVisitor.h"
 
 #include <algorithm>
+#include <optional>
+
+// Which load of a map library is under way, counted from 1; 0 for none.
+static uint32_t loadUnderWay = 0;
 
 void HDNTBlock::setNetlist(HDNTNetlist* netlist) {
-    ++attachments_;
+    attachedByLoad_ = loadUnderWay;
     netlist_.reset(netlist);
     netlistKind_ = NoNetlist;
     if (!netlist) return;
@@ -36,27 +40,40 @@ HDNTNetlist* HDNTBlock::getNetlist(const std::string& architecture) {
     return loadNetlist(architecture);
 }
 
-// A load attaches through setNetlist, which takes the netlist for the block's own; the kind is put right here. What a
-// text attached that then failed to parse does not stay.
+// A load attaches through setNetlist, which takes the netlist for the block's own; the kind is put right here, also for
+// other blocks that the text has mappings of. What a text attached that then failed to parse does not stay. Without map
+// libraries nothing may be noted: any thread asks.
 HDNTNetlist* HDNTBlock::loadNetlist(const std::string& architecture) {
     HDNTLibrary* const library = getLibrary();
-    const auto tried = std::find(triedArchitectures_.begin(), triedArchitectures_.end(), architecture);
-    if (!library || tried != triedArchitectures_.end()) return nullptr;
-    const uint32_t attachedBefore = attachments_;
-    bool forArchitectures = false;
+    if (!library || !HDNTLibrary::usesMapLibraries()) return nullptr;
+    if (std::find(triedArchitectures_.begin(), triedArchitectures_.end(), architecture) != triedArchitectures_.end())
+        return nullptr;
+    static uint32_t loads = 0;
+    const uint32_t load = loadUnderWay = ++loads;
+    std::optional<unsigned short> kind;
     try {
-        forArchitectures = library->loadMaplib(name_, architecture);
+        kind = library->loadMaplib(name_, architecture) ? HDNTLibraryMgr::m_archEnumInfo
+                                                        : static_cast<unsigned short>(AnyArchitecture);
     } catch (...) {
-        if (attachments_ != attachedBefore) setNetlist(nullptr);
+        settleLoad(load, kind, architecture);
         throw;
     }
-    if (attachments_ == attachedBefore) {
-        triedArchitectures_.push_back(architecture);
-        return nullptr;
+    settleLoad(load, kind, architecture);
+    if (attachedByLoad_ == load) return netlist_.get();
+    triedArchitectures_.push_back(architecture);
+    return nullptr;
+}
+
+void HDNTBlock::settleLoad(uint32_t load, std::optional<unsigned short> kind, const std::string& architecture) const {
+    loadUnderWay = 0;
+    const HDNTLibrary& library = *getLibrary();
+    for (size_t i = 0, count = library.getNumTypeBlocks(true); i < count; ++i) {
+        HDNTBlock& block = *library.getTypeBlock(i);
+        if (block.attachedByLoad_ != load) continue;
+        if (!kind) block.setNetlist(nullptr);
+        block.netlistKind_ = kind.value_or(NoNetlist);
+        block.netlistArchitecture_ = architecture;
     }
-    netlistKind_ = forArchitectures ? HDNTLibraryMgr::m_archEnumInfo : static_cast<unsigned short>(AnyArchitecture);
-    netlistArchitecture_ = architecture;
-    return netlist_.get();
 }
 
 std::string HDNTBlock::getReferencedInstanceName(std::string architecture) {

@@ -29,7 +29,8 @@ struct MappedValues;
 ///   isConnected(pin)                                                                    whether the pin is connected
 ///
 /// Use: construct, setProperty and connect, expand, read. Expanding may load map libraries, as
-/// HDNTBlock::getNetlist(architecture) does, and then belongs to the loading thread.
+/// HDNTBlock::getNetlist(architecture) does, and the common library, as HDNTBlockInst::getTypeBlock does, and then
+/// belongs to the loading thread.
 class HDNT_API HDNTExpansion {
 public:
     using Value = std::variant<bool, int, double, std::string>;

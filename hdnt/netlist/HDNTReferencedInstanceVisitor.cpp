@@ -21,9 +21,14 @@ void HDNTReferencedInstanceVisitor::elseVisit(HDNTIfStmt*) {
     if (instCount_ == 1) instCount_ = 0;
 }
 
+// Not HDNTBlockInst::getTypeBlock, which may load the common library: the configuration answers by name, and this may
+// be asked in any thread.
 void HDNTPseudoDiffVisitor::visit(HDNTBlockInst* inst) {
-    const HDNTBlock* const type = inst->getTypeBlock(library_);
-    found_ |= type && type->canBePseudoDifferential();
+    if (!library_) return;
+    const HDNTBlock* const type = library_->getTypeBlockByName(inst->typeName(), true);
+    const auto& cells = library_->getArchTables().cells;
+    const auto cell = cells.find(type ? type->getName() : inst->typeName());
+    found_ |= cell != cells.end() && cell->second.pseudoDifferential;
 }
 
 void HDNTPseudoDiffVisitor::visit(HDNTFunctionCall* call) {

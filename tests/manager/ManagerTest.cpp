@@ -3,7 +3,10 @@
 #include "tests/support/Library.h"
 
 #include <gtest/gtest.h>
+#include <libconfig.h++>
 
+#include <cerrno>
+#include <filesystem>
 #include <sstream>
 #include <thread>
 
@@ -51,15 +54,101 @@ TEST_F(ManagerTest, KnownLibrariesAreLoadedOnceAndChained) {
     EXPECT_EQ(HDNTLibraryMgr::getCommonLibrary()->getNumTypeBlocks(true), 2U);
 }
 
-TEST_F(ManagerTest, MissingData) {
-    HDNTLibraryMgr::releaseSimulationLibrary();
+// The library knows its data by its own place, so one loaded from a place without data has none. A threadsafe death
+// test starts the program anew.
+TEST_F(ManagerTest, MissingDataIsNamedAndMissingConfigurationIsEmpty) {
+    const std::filesystem::path copied = HDNT_LIBRARY;
+    std::filesystem::copy_file(copied, dir.path(copied.filename()));
+    setenv("LD_LIBRARY_PATH", dir.path().c_str(), 1);
     setenv("HDNT_DATA_PATH", "/none", 1);
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto describe = [] {
+        const HDNTLibrary library(nullptr);
+        std::vector<std::string> drivers;
+        library.getMasterDriverTypes(drivers);
+        const int entries = library.getDescConfig()->getLibConfig().getRoot().getLength();
+        throw HEXDataException(std::to_string(drivers.size()) + " and " + std::to_string(entries));
+    };
+    const struct {
+        std::function<void()> question;
+        const char* answer;
+    } cases[] = {
+        {[] { HDNTLibraryMgr::getCommonLibrary(); }, "HDNTLibraryMgr - Missing data file: tessels\\."},
+        {[] { HDNTLibraryMgr::getLibrary("", nullptr); }, "HDNTLibraryMgr - Missing data file: tessels\\."},
+        {[] { HDNTLibraryMgr::getDataFileName(true); }, "HDNTLibraryMgr - Missing data file: simulation\\.btl\\."},
+        {describe, "0 and 0\\."},
+    };
+    for (const auto& [question, answer] : cases)
+        EXPECT_EXIT(
+            {
+                std::filesystem::remove_all(dir.path());
+                std::cerr << failureOf(question) << HDNTLibraryMgr::getTestDataFileName() << "." << std::endl;
+                std::_Exit(0);
+            },
+            testing::ExitedWithCode(0), answer);
+}
+
+TEST_F(ManagerTest, WhereNothingIsTheParentIsTaken) {
+    HDNTLibraryMgr::releaseSimulationLibrary();
     const std::string none = dir.path("none");
     EXPECT_EQ(failureOf([&] { manager.loadLibrary(none, nullptr); }), "No such ntl library file: " + none);
+    EXPECT_EQ(failureOf([&] { HDNTLibraryMgr::getLibrary(none, nullptr); }), "No such ntl library file: " + none);
     HDNTLibrary parent(nullptr);
+    HDNTLibrary other(nullptr);
+    HDNTError::numErrors = 1;
     EXPECT_EQ(HDNTLibraryMgr::getLibrary(none, &parent), &parent);
-    EXPECT_EQ(HDNTLibraryMgr::getTestDataFileName().ends_with("tessels.test"), true);
+    EXPECT_EQ(HDNTLibraryMgr::getLibrary(none, &other), &parent);
     EXPECT_FALSE(HDNTLibraryMgr::isPrimitive("none"));
+}
+
+// The test extension lies over the common data and the simulation library over both, whether data is a file or a
+// folder, and after a release everything is loaded again.
+TEST_F(ManagerTest, TestExtension) {
+    const struct {
+        bool on;
+        bool there;
+        bool folder;
+        size_t blocks;
+    } cases[] = {{false, true, true, 1}, {true, false, false, 1}, {true, true, false, 2}, {true, true, true, 2}};
+    for (const auto& [on, there, folder, blocks] : cases) {
+        const TempDir data;
+        setenv("HDNT_DATA_PATH", data.path().c_str(), 1);
+        HPAParamMgr::getParamMgr()->setValueAsBool("arch.enableTestFeatures", on);
+        const auto put = [&](const std::string& name, const std::string& block) {
+            if (folder) data.makeDir(name);
+            data.write(folder ? name + "/a.btl" : name, "library \"L\" { block \"" + block + "\" { } }");
+        };
+        put("tessels", "A");
+        // Without it the search would go on to the data of the library itself.
+        if (there) put("tessels.test", "T");
+        else data.makeDir("tessels.test");
+        data.write("simulation.btl", "library \"S\" { block \"S\" { } }");
+        for (int round = 0; round < 2; ++round) {
+            HDNTLibrary* const simulation = HDNTLibraryMgr::getSimulationLibrary();
+            HDNTLibrary* const common = HDNTLibraryMgr::getCommonLibrary();
+            EXPECT_EQ(simulation->getParentLibrary(), common);
+            EXPECT_EQ(HDNTLibraryMgr::getSimulationLibrary(), simulation);
+            EXPECT_EQ(common->getParentLibrary() != nullptr, on);
+            EXPECT_EQ(common->getNumTypeBlocks(true), blocks) << on << there << folder;
+            HDNTLibraryMgr::releaseSimulationLibrary();
+            EXPECT_EQ(HDNTLibraryMgr::getCommonLibrary(), common);
+            EXPECT_EQ(HDNTLibraryMgr::getSimulationLibrary()->getTypeBlock(0)->getName(), "S");
+            HDNTLibraryMgr::releaseLibraries();
+        }
+    }
+}
+
+TEST_F(ManagerTest, SwitchesAreReadAtEveryCreation) {
+    for (const bool on : {true, false, true}) {
+        for (const char* name : {"ntl.enableDiagnostics", "ntl.retargetAllCells"})
+            HPAParamMgr::getParamMgr()->setValueAsBool(name, on);
+        EXPECT_EQ(manager.createLibrary(nullptr)->getParentLibrary(), nullptr);
+        EXPECT_EQ(HDNTLibraryMgr::m_diagnostics, on);
+        EXPECT_EQ(HDNTLibraryMgr::m_retargetEvalMode, on);
+    }
+    const std::string path = write("a.btl", "block \"A\" { pin \"X\" output tieLow; }");
+    HPAParamMgr::getParamMgr()->setValueAsBool("ntl.enableDiagnostics", false);
+    EXPECT_EQ(manager.loadLibrary(path, nullptr)->getNumTypeBlocks(false), 1U);
 }
 
 TEST_F(ManagerTest, FoldersAreOneLibraryReadInNameOrder) {
@@ -98,17 +187,59 @@ TEST_F(ManagerTest, AFileThatFailsStopsNeitherTheOthersNorLaterLoadsOfTheirOwn) 
     EXPECT_NE(manager.loadLibrary(good, nullptr), nullptr);
 }
 
+// What is thrown in the middle passes through, nothing half-built stays, and the same call works once the cause is
+// gone.
 TEST_F(ManagerTest, ExceptionsLeaveNoLibraryBehind) {
-    const std::string path = write("a.btl", "block \"A\" { pin \"I\" internal; pin \"A\" input; }");
-    EXPECT_EQ(failureOf([&] { manager.loadLibrary(path, nullptr); }),
-              "Internal pins must be last in list, in tessel A");
+    dir.makeDir("tessels");
+    dir.makeDir("tessels.test");
+    HPAParamMgr::getParamMgr()->setValueAsBool("arch.enableTestFeatures", true);
+    const struct {
+        const char* file;
+        const char* bad;
+        const char* mended;
+        const char* message;
+    } cases[] = {
+        {"tessels/a.btl", "block \"A\" { pin \"I\" internal; pin \"A\" input; }", "block \"A\" { pin \"A\" input; }",
+         "Internal pins must be last in list, in tessel A"},
+        {"tessels.test/a.btl", "block \"T\" { property bool \"P\" true; pin \"I\" internal; pin \"A\" input; }",
+         "block \"T\" { property bool \"P\" true; }", "Internal pins must be last in list, in tessel T"},
+    };
+    for (const auto& [file, bad, mended, message] : cases) {
+        write(file, bad);
+        for (int attempt = 0; attempt < 2; ++attempt)
+            EXPECT_EQ(failureOf([] { HDNTLibraryMgr::getCommonLibrary(); }), message);
+        EXPECT_EQ(myTopLib, nullptr);
+        write(file, mended);
+    }
+    // The test extension's text is the first to need a description.
+    const std::string path = dir.write("tessel.desc.cfg", "T = ;");
+    EXPECT_NE(failureOf([] { HDNTLibraryMgr::getSimulationLibrary(); }).find(path + ":1: "), std::string::npos);
     EXPECT_EQ(myTopLib, nullptr);
-    dir.write("tessel.desc.cfg", "A = ;");
-    write("a.btl", "block \"A\" { property bool \"P\" true; }");
-    EXPECT_NE(failureOf([&] { manager.loadLibrary(path, nullptr); }).find("tessel.desc.cfg"), std::string::npos);
-    dir.write("tessel.desc.cfg", "A = { P = \"text\"; };");
-    const HDNTLibrary& library = *manager.loadLibrary(path, nullptr);
+    dir.write("tessel.desc.cfg", "T = { P = \"text\"; };");
+    const HDNTLibrary& library = *HDNTLibraryMgr::getCommonLibrary();
     EXPECT_EQ(library.getTypeBlock(0)->getProperty(0)->getAttrSpec()->getDescription(), "text");
+    EXPECT_EQ(library.getNumTypeBlocks(true), 2U);
+}
+
+// A thread that holds a lock which loading takes would wait for itself.
+TEST_F(ManagerTest, LockFailuresPassThroughALoad) {
+    const std::string path = write("a.btl", "block \"A\" { property bool \"P\" true; }");
+    HDNTLibrary* const root = manager.createLibrary(nullptr);
+    for (HCTMutex* const mutex : {&HDNTCellviewLib::m_initializeValuesMutex, &root->getDescConfig()->mutex()}) {
+        HCTLock held(*mutex);
+        int code = 0;
+        try {
+            manager.loadLibrary(path, root);
+        } catch (const HCTThreadException& e) {
+            code = e.getCode();
+        }
+        EXPECT_EQ(code, EDEADLK);
+        EXPECT_EQ(myTopLib, nullptr);
+        held.unlock();
+        EXPECT_EQ(manager.loadLibrary(path, root)->getNumTypeBlocks(false), 1U);
+    }
+    EXPECT_EQ(HDNTError::numErrors, 0);
+    manager.deleteLibraries();
 }
 
 TEST_F(ManagerTest, TheSimulationEntryMayBeTheCommonLibrary) {

@@ -1,10 +1,6 @@
 #include "tests/support/Library.h"
 
-#include "tests/platform/TempDir.h"
-
 #include <gtest/gtest.h>
-
-#include <thread>
 
 using support::loaded;
 using support::parsed;
@@ -136,94 +132,4 @@ TEST(Library, PrimitiveGroups) {
     EXPECT_EQ(library->getTypeBlockByName("A", false)->getPrimGroupType(false),
               library->getTypeBlockByName("B", false)->getPrimGroupType(false));
     EXPECT_EQ(messageOf([&] { library->getGroupAbbrev(6); }), "Prim group name index out of bounds");
-}
-
-static const char* const applicationData = R"(
-READ_ONLY_ATTRIBUTES = { FIXED = true; };  IO_PIN_CONSTRAINTS = { PAD = true; OFF = false; BAD = 1; };
-MASTER_DRIVER_TYPES = ["ADD", 1]; 
-ARCHITECTURES = { alpha = { simDevice = "SIM_A"; master = "alpha0"; internalPins = true; }; beta = 1; };
-CELLS = { ADD = { architectures = ["alpha"]; canTiePins = true; nibbleSizedHex = true; pseudoDifferential = true;
-                  masterDriverPin = "O"; shadowPins = ["OB"]; pinFunctions = { O = "pad"; }; }; };
-)";
-
-TEST(Library, ConfigurationQueries) {
-    const TempDir dir;
-    dir.write("HDNTApplicationData.cfg",
-              "MASTER_DRIVER_TYPES = [\"ADD\"];" +
-                  std::string(applicationData).replace(std::string(applicationData).find("MASTER"), 34, ""));
-    dir.write("tessel.desc.cfg",
-              "ADD = { FIXED = \"text\"; }; PINTYPES = { ADD = { M1 = \"clock\"; M0 = \"none\"; }; };");
-    setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
-    const auto library =
-        loaded(support::inBlock("property bool \"FIXED\" true; property bool \"PAD\" true; property bool \"OFF\" true; "
-                                "property bool \"@X\" true;"
-                                "property 10'h \"H\" { default = 10'h0 }"
-                                "pin \"O\" output; pin \"M[1:0]\" input mixed; pin \"I[3:0]\" internal;"));
-    const HDNTBlock& block = *library->getTypeBlock(0);
-    EXPECT_EQ(library->getSimDeviceString("alpha"), "SIM_A");
-    EXPECT_EQ(library->getMasterArchitecture("alpha"), "alpha0");
-    EXPECT_EQ(library->getSimDeviceString("beta") + library->getMasterArchitecture("none"), "");
-    std::vector<std::string> texts = {"old"};
-    library->getMasterDriverTypes(texts);
-    EXPECT_EQ(texts, Texts{"ADD"});
-    block.getMasterShadowPins(texts);
-    EXPECT_EQ(texts, Texts{"OB"});
-    EXPECT_EQ(block.getCellArchesCfg(), Texts{"alpha"});
-    EXPECT_TRUE(block.canTiePins() && block.usesNibbleSizeHexAttrs() && block.canBePseudoDifferential());
-    EXPECT_FALSE(block.getCanTiePins());
-    EXPECT_EQ(block.getMasterDriverPinName(), "O");
-    std::string function = "old";
-    EXPECT_TRUE(block.getPin(0)->getPinFunction(function) && function == "pad");
-    EXPECT_FALSE(block.getPin(1)->getPinFunction(function));
-    EXPECT_EQ(function, "");
-    EXPECT_EQ(block.getPin(1)->getType(), HDNT_PIN_CLOCK);
-    EXPECT_EQ(block.getPin(2)->getType(), HDNT_PIN_MIXED);
-
-    EXPECT_EQ(block.getNumPins(), 3U);
-    const CommonPart::PartSpec alpha{"alpha", ""};
-    EXPECT_TRUE(block.internalPinsSupported(&alpha));
-    HDNTLibraryMgr::getLibraryMgr()->m_partSpec = &alpha;
-    EXPECT_EQ(block.getNumPins(), 7U);
-
-    const auto specOf = [&](const char* name) { return block.getPropertyByName(name)->getAttrSpec(); };
-    EXPECT_TRUE(specOf("FIXED")->isReadOnly() && specOf("FIXED")->isAllowedSourceType(8));
-    EXPECT_TRUE(specOf("PAD")->isReadOnly());
-    for (const int source : {2, 8, 11, 12}) EXPECT_FALSE(specOf("PAD")->isAllowedSourceType(source));
-    EXPECT_FALSE(specOf("OFF")->isReadOnly());
-    EXPECT_EQ(specOf("FIXED")->getDescription(), "text");
-    EXPECT_EQ(specOf("@X")->getDescription(), "");
-    EXPECT_EQ(block.getPropertyByName("H")->getAdjustedBitWidth(), 12);
-}
-
-TEST(Library, MalformedConfiguration) {
-    const TempDir dir;
-    setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
-    dir.write("HDNTApplicationData.cfg", "\nA = ;");
-    EXPECT_NE(messageOf([] { HDNTLibrary library(nullptr); }).find("HDNTApplicationData.cfg"), std::string::npos);
-    EXPECT_EQ(myTopLib, nullptr);
-    dir.write("HDNTApplicationData.cfg", "");
-    dir.write("tessel.desc.cfg", "A = ;");
-    HDNTLibrary library(nullptr);
-    EXPECT_NE(messageOf([&] { library.getDescConfig(); }).find("tessel.desc.cfg"), std::string::npos);
-    dir.write("tessel.desc.cfg", "");
-    EXPECT_NE(library.getDescConfig(), nullptr);
-}
-
-// A finished model may be asked from any thread.
-TEST(Library, QueriesRunInAnyThread) {
-    const auto library =
-        parsed(support::inBlock("pin \"M[3:0]\" input mixed; property int \"P\" { min = 0, max = 9 }"));
-    library->finalize();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] {
-            for (int n = 0; n < 200; ++n) {
-                const HDNTBlock& block = *library->getTypeBlockByName("add", true);
-                EXPECT_EQ(block.getPinByName("m[2]")->getType(), HDNT_PIN_MIXED);
-                std::string reason;
-                EXPECT_FALSE(block.getPropertyByName("p")->isValidValue(10, reason));
-                EXPECT_TRUE(HDNTLibraryMgr::isPrimitive("HOLD"));
-            }
-        });
-    for (std::thread& thread : threads) thread.join();
 }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <locale>
+
 using support::inBlock;
 using support::loaded;
 using support::Reports;
@@ -108,6 +110,20 @@ TEST(PropertyValue, Reasons) {
     EXPECT_EQ(ask(hexes, "8'h0f"), "valid");
     EXPECT_EQ(ask(hexes, "0F"), "The string value is not one of the allowed values.");
     EXPECT_EQ(listed->getMinIntValue() * 10 + listed->getMaxIntValue(), 15);
+}
+
+// A host that groups digits and writes a decimal comma gets the same texts.
+TEST(PropertyValue, TheHostsLocaleHasNoSay) {
+    struct Grouping : std::numpunct<char> {
+        char do_decimal_point() const override { return ','; }
+        std::string do_grouping() const override { return "\1"; }
+    };
+    std::locale::global(std::locale(std::locale::classic(), new Grouping));
+    const OneProperty real("double \"P\" { min = 100.5, max = 200.0 }");
+    std::string reason;
+    EXPECT_FALSE(real->isValidValue(12.25, reason));
+    EXPECT_EQ(reason, "The double value (12.25) is less than the allowed minimum (100.5).");
+    EXPECT_EQ(OneProperty("1024'h \"P\" { default = 1024'h1 }")->formatValue("1", 'b', 'h', "%d'%c%s"), "1024'h01");
 }
 
 TEST(PropertyValue, CompressedIntegers) {

@@ -138,40 +138,6 @@ TEST(Netlist, InstancesAreSoughtInTheCommonLibraryToo) {
     EXPECT_EQ(HDNTBlockInst("I", "NONE").getTypeBlock(common), nullptr);
 }
 
-TEST(Netlist, MapLibrariesAreLoadedWhenAskedFor) {
-    const TempDir dir;
-    dir.makeDir("maplib");
-    dir.write("maplib/HOLD.btl", "library \"M\" {\n#ifArch \"x\"\nblock \"HOLD\" mapsto { inst \"X\" \"T\"; }\n#endif\n"
-                                 "#ifArch \"y\"\nblock \"HOLD\" mapsto { inst \"Y\" \"T\"; }\n#endif\n}");
-    dir.write("maplib/GATE_AND_2.btl",
-              "library \"M\" { block \"GATE_AND_2\" expandsto { if (f()) inst \"A\" \"T\"; } }");
-    dir.write("maplib/ADD_CHAIN_8.btl", "library \"M\" { block \"ADD_CHAIN_8\" mapsto { } oops }");
-    setenv("HDNT_DATA_PATH", dir.path().c_str(), 1);
-    setenv("HDNT_PARAM_ntl_enableMapLib", "on", 1);
-    HDNTLibraryMgr::m_archEnumInfo = 7;
-    const auto library =
-        loaded("library \"L\" { block \"HOLD\" { } block \"GATE_AND_2\" { } block \"ADD_CHAIN_8\" { } }");
-    HDNTBlock& hold = *library->getTypeBlock(0);
-    EXPECT_EQ(hold.getNetlist("z"), nullptr);
-    EXPECT_EQ(hold.getNetlistKind(), HDNTBlock::NoNetlist);
-    EXPECT_EQ(hold.getReferencedInstanceName("x"), "X");
-    EXPECT_EQ(hold.getNetlistKind(), 7);
-    EXPECT_EQ(hold.getNetlist("x"), hold.getAttachedNetlist());
-    EXPECT_EQ(hold.getReferencedInstanceName("y"), "Y");
-    EXPECT_EQ(hold.getReferencedInstanceName("x"), "X");
-    EXPECT_EQ(hold.getNetlist("z"), nullptr);
-    EXPECT_EQ(hold.getNetlist(), hold.getAttachedNetlist());
-    HDNTLibraryMgr::getLibraryMgr()->m_architecture = "q";
-    HDNTBlock& any = *library->getTypeBlock(1);
-    EXPECT_EQ(any.getReferencedInstanceName(""), "A");
-    EXPECT_EQ(any.getNetlistKind(), HDNTBlock::AnyArchitecture);
-    const Reports silent;
-    HDNTBlock& bad = *library->getTypeBlock(2);
-    EXPECT_THROW(bad.getNetlist("x"), HEXDataException);
-    EXPECT_EQ(bad.getAttachedNetlist(), nullptr);
-    EXPECT_EQ(bad.getNetlistKind(), HDNTBlock::NoNetlist);
-}
-
 TEST(Netlist, ReferencedInstances) {
     const struct {
         const char* body;
@@ -189,12 +155,12 @@ TEST(Netlist, ReferencedInstances) {
 TEST(Netlist, PseudoDifferential) {
     const TempDir dir;
     dir.write("HDNTApplicationData.cfg",
-              "PSEUDO_DIFFERENTIAL_FUNCTIONS = [\"f\"]; CELLS = { GATE_AND_2 = { pseudoDifferential = true; }; };");
-    dir.makeDir("tessels");
+              "PSEUDO_DIFFERENTIAL_FUNCTIONS = [\"f\"]; CELLS = { GATE_AND_2 = { pseudoDifferential = true; };"
+              "ELSEWHERE = { pseudoDifferential = true; }; };");
     setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
-    setenv("HDNT_DATA_PATH", dir.path().c_str(), 1);
     for (const auto& [body, expected] : {std::pair("f();", true),
-                                         {"if (true) { inst \"I\" \"GATE_AND_2\"; }", true},
+                                         {"if (true) { inst \"I\" \"gate_and_2\"; }", true},
+                                         {"inst \"I\" \"ELSEWHERE\";", true},
                                          {"inst \"I\" \"NONE\";", false},
                                          {"", false}}) {
         const auto library = loaded(mapped(body).insert(13, "block \"GATE_AND_2\" { } "));
