@@ -28,14 +28,18 @@ HDNTBlock::HDNTBlock(const std::string& name, std::vector<HDNTBlockEntity*>* ent
                      HDNTLibrary* library)
     : name_(name), netlist_(netlist) {
     setParent(library);
+    bool adopting = false;
     try {
         type_ = typeOf(name);
         if (netlist) {
             netlistKind_ = library && library->getParentLibrary() ? OwnNetlistInChild : OwnNetlist;
             canTiePins_ = netlist->isTieCapable() && canTiePins();
         }
+        adopting = true;
         if (entities) adopt(*entities);
     } catch (...) {
+        if (!adopting && entities)
+            for (const HDNTBlockEntity* entity : *entities) delete entity;
         deleteOwned();
         throw;
     }

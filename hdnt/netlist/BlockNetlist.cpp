@@ -8,11 +8,13 @@
 #include <algorithm>
 #include <optional>
 
-// Which load of a map library is under way, counted from 1; 0 for none.
+// Which load of a map library is under way, counted from 1; 0 for none. How often it has set a netlist so far.
 static uint32_t loadUnderWay = 0;
+static size_t attachedByLoadUnderWay = 0;
 
 void HDNTBlock::setNetlist(HDNTNetlist* netlist) {
     attachedByLoad_ = loadUnderWay;
+    if (loadUnderWay != 0) ++attachedByLoadUnderWay;
     netlist_.reset(netlist);
     netlistKind_ = NoNetlist;
     if (!netlist) return;
@@ -50,6 +52,7 @@ HDNTNetlist* HDNTBlock::loadNetlist(const std::string& architecture) {
         return nullptr;
     static uint32_t loads = 0;
     const uint32_t load = loadUnderWay = ++loads;
+    attachedByLoadUnderWay = 0;
     std::optional<unsigned short> kind;
     try {
         kind = library->loadMaplib(name_, architecture) ? HDNTLibraryMgr::m_archEnumInfo
@@ -64,16 +67,21 @@ HDNTNetlist* HDNTBlock::loadNetlist(const std::string& architecture) {
     return nullptr;
 }
 
+// The block that was asked is nearly always the only one, so the others are gone through only when some are left.
 void HDNTBlock::settleLoad(uint32_t load, std::optional<unsigned short> kind, const std::string& architecture) const {
     loadUnderWay = 0;
+    size_t left = attachedByLoadUnderWay;
+    const auto settle = [&](HDNTBlock* block) {
+        if (!block || block->attachedByLoad_ != load || (kind && block->netlistKind_ == *kind)) return;
+        if (!kind) block->setNetlist(nullptr);
+        block->netlistKind_ = kind.value_or(NoNetlist);
+        block->netlistArchitecture_ = architecture;
+        --left;
+    };
     const HDNTLibrary& library = *getLibrary();
-    for (size_t i = 0, count = library.getNumTypeBlocks(true); i < count; ++i) {
-        HDNTBlock& block = *library.getTypeBlock(i);
-        if (block.attachedByLoad_ != load) continue;
-        if (!kind) block.setNetlist(nullptr);
-        block.netlistKind_ = kind.value_or(NoNetlist);
-        block.netlistArchitecture_ = architecture;
-    }
+    if (left > 0) settle(library.getTypeBlockByName(name_, false));
+    for (size_t i = 0, count = library.getNumTypeBlocks(true); left > 0 && i < count; ++i)
+        settle(library.getTypeBlock(i));
 }
 
 std::string HDNTBlock::getReferencedInstanceName(std::string architecture) {
