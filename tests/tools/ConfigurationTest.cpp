@@ -96,6 +96,26 @@ std::set<std::string> codesIn(const std::string& text, const std::string& patter
     return codes;
 }
 
+bool saysSomething(const Json& value) {
+    return !value.is_null() && value != false && !(value.is_array() && value.empty());
+}
+
+// The facts that the configuration tells of a block, by their keys in its data sheet.
+std::set<std::string> factsOf(const Json& block) {
+    std::set<std::string> facts;
+    for (const auto& [key, value] : block["configuration"].items())
+        if (saysSomething(value)) facts.insert(key);
+    for (const Json& property : block["properties"])
+        for (const char* const key : {"describedByConfiguration", "readOnly", "padConstraint"})
+            if (saysSomething(property[key])) facts.insert(key);
+    for (const Json& bus : block["buses"]) {
+        if (saysSomething(bus["function"])) facts.insert("function");
+        if (bus["type"] == "mixed" && bus["pins"][0]["type"] != "mixed") facts.insert("mixed");
+    }
+    if (saysSomething(block["pseudoDifferentialExpansion"])) facts.insert("pseudoDifferentialExpansion");
+    return facts;
+}
+
 size_t warningsAbout(const std::string& code, const Outcome& outcome) { return countOf(outcome.err, "[" + code + "]"); }
 
 } // namespace
@@ -159,4 +179,19 @@ TEST_F(ConfigurationTest, PageAndCheckKnowTheKeysThatAreRead) {
             source("data/examples/configured/" + application) + source("data/examples/configured/" + descriptions);
         EXPECT_NE(files.find(key + " ="), std::string::npos) << key << " has no example";
     }
+}
+
+TEST_F(ConfigurationTest, ShippedFilesSayEverythingOfTwoArchitectures) {
+    std::map<std::string, std::set<std::string>> architectures; // by fact
+    for (const std::string architecture : {"meadow", "harbor", "copper"}) {
+        const Json list = Json::parse(ntl.run({"list", "--json", "--arch", architecture}).out);
+        std::vector<std::string> show = {"show", "--json", "--arch", architecture};
+        for (const Json& block : list["blocks"])
+            if (!block["architectures"].empty()) show.push_back(block["name"]);
+        const Json sheets = Json::parse(ntl.run(show).out);
+        for (const Json& block : sheets["blocks"])
+            for (const std::string& fact : factsOf(block)) architectures[fact].insert(architecture);
+    }
+    for (const auto& [fact, where] : architectures) EXPECT_GE(where.size(), 2U) << fact;
+    EXPECT_EQ(architectures.size(), 18U);
 }
