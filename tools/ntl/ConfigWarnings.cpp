@@ -181,15 +181,18 @@ public:
         fileName_ = fileName;
         speaksOfOthers_ = !isWhole_ || isFromElsewhere(fileName);
         const Setting& root = config.getLibConfig().getRoot();
-        if (root.exists("ARCHITECTURES") && root["ARCHITECTURES"].isGroup())
-            for (int i = 0; i < root["ARCHITECTURES"].getLength(); ++i)
-                names_[Kind::Architecture].emplace_back(root["ARCHITECTURES"][i].getName());
+        if (root.exists("ARCHITECTURES")) listArchitectures(root["ARCHITECTURES"]);
         judgeSetting(root, rules, nullptr);
     }
 
     std::vector<Finding> findings() && { return std::move(findings_); }
 
 private:
+    void listArchitectures(const Setting& listed) {
+        Names& names = names_[Kind::Architecture];
+        for (int i = 0; listed.isGroup() && i < listed.getLength(); ++i) names.emplace_back(listed[i].getName());
+    }
+
     void warn(Warning warning, const Setting& setting, const std::string& text, const HDNTBlock* cell) {
         if (speaksOfOthers_ && !cell) return;
         Place place;
