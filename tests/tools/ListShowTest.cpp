@@ -211,7 +211,7 @@ TEST_F(ListShowTest, JsonHoldsTheDeclaredValues) {
     EXPECT_EQ(block["legacyGroup"], Json::parse(R"({"group": "OLD", "subgroup": "SCHOOL"})"));
     EXPECT_EQ(block["configuration"], Json::parse(R"({"canTiePins": true, "nibbleSizedHex": true,
         "canBePseudoDifferential": true, "architectures": ["alpha", "beta"], "isMasterDriver": true, "masterDriverPin": "O",
-        "shadowPins": ["D"], "architecture": "alpha", "internalPinsSupported": true, "simulationDevice": "SIM_A",
+        "shadowPins": ["D"], "architecture": "alpha", "inArchitecture": true, "internalPinsSupported": true, "simulationDevice": "SIM_A",
         "masterArchitecture": "alpha0"})"));
 
     const Json& bus = block["buses"][0];
@@ -251,6 +251,7 @@ TEST_F(ListShowTest, JsonHoldsTheDeclaredValues) {
 }
 
 TEST_F(ListShowTest, SheetShowsTheSame) {
+    EXPECT_NE(rich({"show", "RICH", "--arch", "gamma"}).out.find("  gamma (not there)\n"), std::string::npos);
     const Outcome outcome = rich({"show", "RICH", "--arch", "alpha"});
     EXPECT_EQ(outcome.status, 0);
     for (const char* pattern :
@@ -354,7 +355,8 @@ TEST_F(ListShowTest, ListAlignsItsColumns) {
     EXPECT_EQ(json["version"], 1);
     EXPECT_EQ(json["blocks"],
               Json::parse(R"([{"name": "RICH", "group": "LOGIC", "subgroup": "GATE", "pins": 6, "buses": 4,
-        "properties": 6, "maturity": "beta", "mapping": null, "test": false, "internal": true, "registered": false, "file": "rich.btl",
+        "properties": 6, "maturity": "beta", "mapping": null, "test": false, "internal": true, "registered": false,
+        "architectures": ["alpha", "beta"], "file": "rich.btl",
         "line": 3}])"));
 }
 

@@ -128,7 +128,9 @@ TEST_F(UsageTest, PagesKnowEveryOption) {
 }
 
 TEST_F(UsageTest, ExamplesOfTheManualAreTrue) {
-    const std::string manual = readFile(NTL_SOURCE_DIR "/docs/ntl.md") + readFile(NTL_SOURCE_DIR "/README.md");
+    const std::string manual = readFile(NTL_SOURCE_DIR "/docs/ntl.md") +
+                               readFile(NTL_SOURCE_DIR "/docs/configuration.md") +
+                               readFile(NTL_SOURCE_DIR "/README.md");
     const std::string fence = "\n```console\n";
     std::filesystem::copy(NTL_SOURCE_DIR "/data/examples", directory.path("work"),
                           std::filesystem::copy_options::recursive);

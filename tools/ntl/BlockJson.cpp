@@ -265,6 +265,7 @@ void addConfiguration(Json& json, const HDNTBlock& block) {
     json["masterDriverPin"] = orNull(block.getMasterDriverPinName());
     json["shadowPins"] = shadows;
     json["architecture"] = orNull(architecture);
+    json["inArchitecture"] = architecture.empty() ? Json() : Json(isInArchitecture(block, architecture));
     json["internalPinsSupported"] = block.internalPinsSupported(nullptr);
     json["simulationDevice"] = orNull(library.getSimDeviceString(architecture));
     json["masterArchitecture"] = orNull(library.getMasterArchitecture(architecture));

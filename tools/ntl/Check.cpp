@@ -2,8 +2,10 @@
 #include "hdnt/manager/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
+#include "hdnt/platform/HPAParamMgr.h"
 #include "tools/ntl/CheckResult.h"
 #include "tools/ntl/Commands.h"
+#include "tools/ntl/ConfigWarnings.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Progress.h"
 #include "tools/ntl/Setup.h"
@@ -25,18 +27,23 @@ struct Input {
     std::string name;
     std::vector<std::string> parents;
     std::vector<std::string> paths;
+    ConfigScope configuration = ConfigScope::None;
 };
 
 std::vector<Input> inputsOf(const Settings& settings) {
     std::vector<Input> inputs;
     const std::vector<std::string> parents = parentPaths(settings.parent);
-    for (const std::string& name : settings.inputs) inputs.push_back({name, parents, {name}});
+    for (const std::string& name : settings.inputs) inputs.push_back({name, parents, {name}, ConfigScope::OwnCells});
     if (!inputs.empty()) return inputs;
     if (!settings.parent.empty()) throw Failure(Unusable, "--parent needs an INPUT");
     const std::vector<std::string> common = commonLibraryPaths();
     try {
         const std::string simulation = HDNTLibraryMgr::getDataFileName(true);
-        return {{common.front(), {}, common}, {simulation, common, {simulation}}};
+        // Without the test features, much of what the configuration speaks of is not there.
+        const bool isWhole = HPAParamMgr::getParamMgr()->getValueAsBool("arch.enableTestFeatures");
+        const ConfigScope withCommon = isWhole ? ConfigScope::None : ConfigScope::OwnCells;
+        const ConfigScope withAll = isWhole ? ConfigScope::Whole : ConfigScope::OwnCells;
+        return {{common.front(), {}, common, withCommon}, {simulation, common, {simulation}, withAll}};
     } catch (const HEXDataException& error) {
         throw Failure(Unusable, error.what());
     }
@@ -55,6 +62,8 @@ void checkInput(const Input& input, Loader& loader, CheckResult& result) {
         std::vector<Finding> findings = judge(*library);
         findings.insert(findings.end(), loader.notices().begin(), loader.notices().end());
         sortFindings(findings);
+        const std::vector<Finding> entries = judgeConfiguration(*library, input.configuration);
+        findings.insert(findings.end(), entries.begin(), entries.end());
         result.warnings.insert(result.warnings.end(), findings.begin(), findings.end());
         result.files.insert(result.files.end(), loader.files().begin(), loader.files().end());
         loader.forget();

@@ -198,7 +198,7 @@ std::string configurationText(const Json& configuration) {
         facts.add("architecture", "- (name one with --arch)");
         return facts.text();
     }
-    facts.add("architecture", architecture);
+    facts.add("architecture", architecture + (configuration["inArchitecture"].get<bool>() ? "" : " (not there)"));
     facts.add("simulation device", orDash(cell(configuration["simulationDevice"])));
     facts.add("master architecture", orDash(cell(configuration["masterArchitecture"])));
     facts.add("internal pins", yesNo(configuration["internalPinsSupported"]));

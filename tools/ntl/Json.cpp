@@ -16,11 +16,13 @@ Json jsonOf(const Place& place) {
     Json json;
     json["file"] = orNull(place.file);
     json["line"] = place.line;
-    json["column"] = place.column;
-    json["lastColumn"] = place.lastColumn;
-    json["textLine"] = place.textLine;
+    json["column"] = orNull(place.column);
+    json["lastColumn"] = orNull(place.lastColumn);
+    json["textLine"] = orNull(place.textLine);
     return json;
 }
+
+Json orNull(int number) { return number == 0 ? Json() : Json(number); }
 
 Json orNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 

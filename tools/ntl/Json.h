@@ -20,7 +20,8 @@ Json jsonHead(const std::string& command);
 std::string jsonText(const Json& json);
 /// Null when the place is not known.
 Json jsonOf(const Place& place);
-/// Null for an empty text, or none.
+/// Null for 0, an empty text, or none.
+Json orNull(int number);
 Json orNull(const std::string& text);
 Json orNull(const char* text);
 

@@ -45,10 +45,8 @@ static std::vector<HDNTBlock*> chosenBlocks(const OpenedLibrary& opened, const S
         });
     }
     if (!settings.architecture.empty()) {
-        keep(blocks, "is there in the architecture '" + settings.architecture + "'", [&](const HDNTBlock& block) {
-            const std::vector<std::string> known = block.getCellArchesCfg();
-            return known.empty() || std::find(known.begin(), known.end(), settings.architecture) != known.end();
-        });
+        keep(blocks, "is there in the architecture '" + settings.architecture + "'",
+             [&](const HDNTBlock& block) { return isInArchitecture(block, settings.architecture); });
     }
     return blocks;
 }
@@ -101,6 +99,7 @@ static std::string listJson(const OpenedLibrary& opened, const std::vector<HDNTB
         item["test"] = block->isTest();
         item["internal"] = block->isInternal();
         item["registered"] = isRegistered(*block);
+        item["architectures"] = block->getCellArchesCfg();
         item["file"] = orNull(location ? location->fileName : nullptr);
         item["line"] = location ? Json(location->fileLine) : Json();
     }

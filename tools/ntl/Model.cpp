@@ -7,6 +7,7 @@
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdlib>
@@ -48,6 +49,11 @@ std::vector<HDNTBlock*> blocksOf(const HDNTLibrary& library, bool withParents) {
 }
 
 bool isRegistered(const HDNTBlock& block) { return block.getType() < HDNTCellviewLib::UNKNOWN; }
+
+bool isInArchitecture(const HDNTBlock& block, const std::string& architecture) {
+    const std::vector<std::string> named = block.getCellArchesCfg();
+    return named.empty() || std::find(named.begin(), named.end(), architecture) != named.end();
+}
 
 std::string maturityName(int level) {
     static const std::array<const char*, 4> names = {"early", "beta", "production", "deprecated"};

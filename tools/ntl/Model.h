@@ -25,6 +25,8 @@ std::vector<HDNTBlock*> blocksOf(const HDNTLibrary& library, bool withParents);
 
 /// Whether the block is in the registry of cells.
 bool isRegistered(const HDNTBlock& block);
+/// Whether the configuration lets the block be there in an architecture: it does unless it names others only.
+bool isInArchitecture(const HDNTBlock& block, const std::string& architecture);
 /// "early", "beta", "production", "deprecated"
 std::string maturityName(int level);
 /// As written in NTL; empty when there is none.

@@ -76,7 +76,8 @@ int columnIn(const std::string& line, int scannedColumn) {
 std::string describe(const Place& place) {
     std::string file = place.file.empty() ? "(unknown file)" : place.file;
     if (!place.isKnown()) return file;
-    return file + ":" + std::to_string(place.line) + ":" + std::to_string(place.column);
+    file += ":" + std::to_string(place.line);
+    return place.column > 0 ? file + ":" + std::to_string(place.column) : file;
 }
 
 } // namespace ntl

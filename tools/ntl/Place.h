@@ -10,7 +10,7 @@ namespace ntl {
 struct Place {
     std::string file; ///< empty when not known
     int line = 0;     ///< 0 when not known
-    int column = 0;
+    int column = 0;   ///< 0 when not known
     int lastColumn = 0;
     int textLine = 0; ///< line of the whole text, INCLUDE and INLINE files spliced in
     int order = 0;    ///< line among all that were read for the library; places compare by it
@@ -26,7 +26,7 @@ void forgetLines();
 /// The character of a line that the scanner's column stands for.
 int columnIn(const std::string& line, int scannedColumn);
 
-/// "file:line:column"; "file" when the line is not known.
+/// "file:line:column", as far as it is known.
 std::string describe(const Place& place);
 
 } // namespace ntl

@@ -54,8 +54,10 @@ static Json result(const Json& ruleList, const std::string& ruleId, const char* 
     if (place.isKnown()) {
         Json& region = location["region"];
         region["startLine"] = place.line;
-        region["startColumn"] = std::max(place.column, 1);
-        region["endColumn"] = std::max({place.lastColumn + 1, place.column, 1});
+        if (place.column > 0) {
+            region["startColumn"] = place.column;
+            region["endColumn"] = std::max(place.lastColumn + 1, place.column);
+        }
     }
     Json wrapped;
     wrapped["physicalLocation"] = std::move(location);

@@ -29,6 +29,21 @@ const std::vector<WarningRule>& warningRules() {
         {Warning::UnterminatedString, "unterminated-string", "A string is not closed on its line."},
         {Warning::UnterminatedComment, "unterminated-comment", "A comment is not closed."},
         {Warning::DroppedMapping, "dropped-mapping", "A mapping finds no block and is dropped."},
+        {Warning::ConfigUnknownKey, "config-unknown-key", "The configuration has a key that nothing asks for."},
+        {Warning::ConfigWrongType, "config-wrong-type",
+         "An entry of the configuration has another type than its key asks for, and counts as absent."},
+        {Warning::ConfigUnknownCell, "config-unknown-cell", "The configuration names a cell that the libraries lack."},
+        {Warning::ConfigUnknownPin, "config-unknown-pin", "The configuration names a pin that the cell lacks."},
+        {Warning::ConfigUnknownProperty, "config-unknown-property",
+         "The configuration names a property that the cell, or every cell, lacks."},
+        {Warning::ConfigUnknownArchitecture, "config-unknown-architecture",
+         "The configuration names an architecture that it does not list."},
+        {Warning::ConfigUnknownFunction, "config-unknown-function",
+         "The configuration names a function that no library declares."},
+        {Warning::ConfigUnknownPinType, "config-unknown-pin-type",
+         "The configuration gives a bit a type that there is not."},
+        {Warning::ConfigNoEffect, "config-no-effect",
+         "The configuration gives types to the bits of a pin that is not mixed."},
     };
     return rules;
 }

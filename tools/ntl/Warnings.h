@@ -25,6 +25,15 @@ enum class Warning {
     UnterminatedString,
     UnterminatedComment,
     DroppedMapping,
+    ConfigUnknownKey,
+    ConfigWrongType,
+    ConfigUnknownCell,
+    ConfigUnknownPin,
+    ConfigUnknownProperty,
+    ConfigUnknownArchitecture,
+    ConfigUnknownFunction,
+    ConfigUnknownPinType,
+    ConfigNoEffect,
 };
 
 /// The codes never change and are never used again for something else; docs/ntl.md explains each.

@@ -1,0 +1,304 @@
+#include "tools/ntl/ConfigWarnings.h"
+
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/HDNTPin.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTFunctionDecl.h"
+#include "hdnt/platform/ConfigBase.h"
+#include "hdnt/platform/HUTFile.h"
+#include "tools/ntl/Model.h"
+#include "tools/ntl/Output.h"
+#include "tools/ntl/Suggest.h"
+
+#include <libconfig.h++>
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <set>
+
+namespace ntl {
+
+namespace {
+
+using libconfig::Setting;
+
+/// What an entry has to be; of another type it counts as absent.
+enum class Shape { Anything, Flag, Text, Texts, Group };
+
+/// What a name in the configuration is the name of.
+enum class Kind { Anything, Cell, Pin, BaseName, PinBit, Property, Architecture, Function, PinType };
+
+struct Rule {
+    std::string_view key; ///< empty: any name of the kind keys
+    Kind keys;
+    Shape shape;
+    Kind texts; ///< what its texts name
+    std::vector<Rule> members;
+};
+
+Rule one(std::string_view key, Shape shape, Kind texts = Kind::Anything) {
+    return {key, Kind::Anything, shape, texts, {}};
+}
+Rule group(std::string_view key, std::vector<Rule> members) {
+    return {key, Kind::Anything, Shape::Group, Kind::Anything, std::move(members)};
+}
+Rule each(Kind keys, Shape shape, Kind texts = Kind::Anything) { return {"", keys, shape, texts, {}}; }
+Rule eachGroup(Kind keys, std::vector<Rule> members) {
+    return {"", keys, Shape::Group, Kind::Anything, std::move(members)};
+}
+
+// docs/configuration.md says what each key means.
+const Rule& applicationRules() {
+    static const std::vector<Rule> architecture = {
+        one("simDevice", Shape::Text),
+        one("master", Shape::Text, Kind::Architecture),
+        one("internalPins", Shape::Flag),
+    };
+    static const std::vector<Rule> cell = {
+        one("architectures", Shape::Texts, Kind::Architecture),
+        one("canTiePins", Shape::Flag),
+        one("nibbleSizedHex", Shape::Flag),
+        one("pseudoDifferential", Shape::Flag),
+        one("masterDriverPin", Shape::Text, Kind::Pin),
+        one("shadowPins", Shape::Texts, Kind::Pin),
+        group("pinFunctions", {each(Kind::BaseName, Shape::Text)}),
+    };
+    static const std::vector<Rule> file = {
+        group("READ_ONLY_ATTRIBUTES", {each(Kind::Property, Shape::Anything)}),
+        group("IO_PIN_CONSTRAINTS", {each(Kind::Property, Shape::Flag)}),
+        one("MASTER_DRIVER_TYPES", Shape::Texts, Kind::Cell),
+        one("PSEUDO_DIFFERENTIAL_FUNCTIONS", Shape::Texts, Kind::Function),
+        group("ARCHITECTURES", {eachGroup(Kind::Anything, architecture)}),
+        group("CELLS", {eachGroup(Kind::Cell, cell)}),
+    };
+    static const Rule root = group("", file);
+    return root;
+}
+
+const Rule& descriptionRules() {
+    static const std::vector<Rule> file = {
+        group("PINTYPES", {eachGroup(Kind::Cell, {each(Kind::PinBit, Shape::Text, Kind::PinType)})}),
+        eachGroup(Kind::Cell, {each(Kind::Property, Shape::Text)}),
+    };
+    static const Rule root = group("", file);
+    return root;
+}
+
+struct KindWords {
+    Warning warning;
+    const char* noun;
+};
+
+const KindWords& wordsOf(Kind kind) {
+    static const std::map<Kind, KindWords> words = {
+        {Kind::Cell, {Warning::ConfigUnknownCell, "cell"}},
+        {Kind::Pin, {Warning::ConfigUnknownPin, "pin"}},
+        {Kind::BaseName, {Warning::ConfigUnknownPin, "pin"}},
+        {Kind::PinBit, {Warning::ConfigUnknownPin, "pin"}},
+        {Kind::Property, {Warning::ConfigUnknownProperty, "property"}},
+        {Kind::Architecture, {Warning::ConfigUnknownArchitecture, "architecture"}},
+        {Kind::Function, {Warning::ConfigUnknownFunction, "function"}},
+        {Kind::PinType, {Warning::ConfigUnknownPinType, "pin type"}},
+    };
+    return words.at(kind);
+}
+
+const char* nounOf(Shape shape) {
+    switch (shape) {
+    case Shape::Flag: return "true or false";
+    case Shape::Text: return "a text";
+    case Shape::Texts: return "a list of texts";
+    default: return "a group";
+    }
+}
+
+bool hasShape(const Setting& setting, Shape shape) {
+    switch (shape) {
+    case Shape::Flag: return setting.getType() == Setting::TypeBoolean;
+    case Shape::Text: return setting.getType() == Setting::TypeString;
+    case Shape::Texts: return setting.isArray() || setting.isList();
+    case Shape::Group: return setting.isGroup();
+    default: return true;
+    }
+}
+
+using Names = std::vector<std::string>;
+
+Names pinNamesOf(const HDNTBlock& block, Kind kind) {
+    Names names;
+    for (const HDNTBus* bus : busesOf(block)) {
+        if (kind != Kind::PinBit) names.push_back(bus->getBaseName());
+        if (kind == Kind::BaseName) continue;
+        if (kind == Kind::Pin) names.push_back(bus->getName());
+        for (const HDNTPin* pin : pinsOf(block, *bus)) names.push_back(pin->getName(kind == Kind::PinBit));
+    }
+    return names;
+}
+
+bool isMixed(const HDNTBlock& block, const std::string& plainName) {
+    for (const HDNTBus* bus : busesOf(block))
+        for (const HDNTPin* pin : pinsOf(block, *bus))
+            if (pin->getName(true) == plainName) return bus->getType() == HDNT_PIN_MIXED;
+    return false;
+}
+
+Names pinTypes() {
+    Names names;
+    for (int type = HDNT_PIN_DATA; type <= HDNT_PIN_WRITE_ENABLE; ++type)
+        names.push_back(HDNTPin::getTypeName(static_cast<HDNT_PIN_TYPE>(type)));
+    return names;
+}
+
+// The host's libraries, but the configuration that came with the tool.
+bool isFromElsewhere(const std::string& fileName) {
+    const auto isHosts = [](const char* variable, const std::string& name) {
+        return !HUTPathUtils::findInPath(std::getenv(variable), "", name).empty();
+    };
+    return isHosts("HDNT_DATA_PATH", "tessels") && !isHosts("HDNT_CONFIG_PATH", fileName);
+}
+
+/// Walks a file along its rules. The block is the one that the entries speak of; null outside of one.
+class ConfigJudge {
+public:
+    ConfigJudge(const HDNTLibrary& library, bool isWhole) : isWhole_(isWhole) {
+        std::set<std::string> properties;
+        for (const HDNTBlock* block : blocksOf(library, isWhole)) {
+            names_[Kind::Cell].push_back(block->getName());
+            cells_.emplace(block->getName(), block);
+            for (const HDNTProperty* property : propertiesOf(*block)) properties.insert(property->getName());
+        }
+        names_[Kind::Property].assign(properties.begin(), properties.end());
+        names_[Kind::PinType] = pinTypes();
+        for (const HDNTLibrary* declaring = &library; declaring; declaring = declaring->getParentLibrary())
+            for (size_t i = 0; i < declaring->getNumFunctionDecls(); ++i)
+                names_[Kind::Function].push_back(declaring->getFunctionDecl(i)->getName());
+    }
+
+    void judge(ConfigBase& config, const Rule& rules, const std::string& fileName) {
+        const HCTLock lock(config.mutex());
+        fileName_ = fileName;
+        speaksOfOthers_ = !isWhole_ || isFromElsewhere(fileName);
+        const Setting& root = config.getLibConfig().getRoot();
+        if (root.exists("ARCHITECTURES")) listArchitectures(root["ARCHITECTURES"]);
+        judgeSetting(root, rules, nullptr);
+    }
+
+    std::vector<Finding> findings() && { return std::move(findings_); }
+
+private:
+    void listArchitectures(const Setting& listed) {
+        Names& names = names_[Kind::Architecture];
+        for (int i = 0; listed.isGroup() && i < listed.getLength(); ++i) names.emplace_back(listed[i].getName());
+    }
+
+    void warn(Warning warning, const Setting& setting, const std::string& text, const HDNTBlock* cell) {
+        if (speaksOfOthers_ && !cell) return;
+        Place place;
+        place.file = fileOf(setting);
+        place.line = static_cast<int>(setting.getSourceLine());
+        findings_.push_back({warning, place, setting.getPath() + ": " + text});
+    }
+
+    // libconfig names included files as the statement does; they are sought beside the file that is read.
+    std::string fileOf(const Setting& setting) const {
+        const char* const file = setting.getSourceFile();
+        const std::string top = HUTPathUtils::findInPath(std::getenv("HDNT_CONFIG_PATH"), "", fileName_);
+        if (!file) return top.empty() ? fileName_ : top;
+        return top.empty() || file == top ? file : HUTPathUtils::directoryOf(top) + "/" + file;
+    }
+
+    static std::string suggestion(const std::string& name, const Names& known) {
+        const Names near = nearestNames(name, known);
+        return near.empty() ? "" : "; did you mean " + joined(near, ", ") + "?";
+    }
+
+    // Architectures are known only to a configuration that lists them.
+    bool isJudged(Kind kind) const {
+        return kind != Kind::Anything && (kind != Kind::Architecture || names_.count(kind) > 0);
+    }
+
+    Names known(Kind kind, const HDNTBlock* cell) const {
+        if (kind == Kind::Pin || kind == Kind::BaseName || kind == Kind::PinBit) return pinNamesOf(*cell, kind);
+        Names names;
+        if (kind != Kind::Property || !cell) {
+            const auto found = names_.find(kind);
+            return found == names_.end() ? names : found->second;
+        }
+        for (const HDNTProperty* property : propertiesOf(*cell)) names.push_back(property->getName());
+        return names;
+    }
+
+    // False for a name that nothing has. Other names of the same level are suggested, too.
+    bool judgeName(const Setting& setting, Kind kind, const std::string& name, const HDNTBlock* cell,
+                   const Names& others = {}) {
+        if (!isJudged(kind)) return true;
+        Names names = known(kind, cell);
+        if (std::find(names.begin(), names.end(), name) != names.end()) {
+            if (kind == Kind::PinBit && !isMixed(*cell, name))
+                warn(Warning::ConfigNoEffect, setting, "the pin is not \"mixed\", so that its bits have its type",
+                     cell);
+            return true;
+        }
+        names.insert(names.end(), others.begin(), others.end());
+        const bool ofCell = cell && kind != Kind::Architecture && kind != Kind::PinType;
+        warn(wordsOf(kind).warning, setting,
+             std::string("no ") + wordsOf(kind).noun + " \"" + name + "\"" +
+                 (ofCell ? " in block \"" + cell->getName() + "\"" : "") + suggestion(name, names),
+             cell);
+        return false;
+    }
+
+    void judgeSetting(const Setting& setting, const Rule& rule, const HDNTBlock* cell) {
+        if (!hasShape(setting, rule.shape)) {
+            warn(Warning::ConfigWrongType, setting,
+                 std::string("not ") + nounOf(rule.shape) + ", so that it counts as absent", cell);
+            return;
+        }
+        if (rule.shape == Shape::Group) judgeMembers(setting, rule, cell);
+        if (rule.shape == Shape::Text) judgeName(setting, rule.texts, setting.c_str(), cell);
+        if (rule.shape != Shape::Texts) return;
+        for (int i = 0; i < setting.getLength(); ++i) {
+            if (hasShape(setting[i], Shape::Text)) judgeName(setting[i], rule.texts, setting[i].c_str(), cell);
+            else judgeSetting(setting[i], one("", Shape::Text), cell);
+        }
+    }
+
+    void judgeMembers(const Setting& setting, const Rule& rule, const HDNTBlock* cell) {
+        Names keys;
+        for (const Rule& member : rule.members)
+            if (!member.key.empty()) keys.emplace_back(member.key);
+        for (int i = 0; i < setting.getLength(); ++i) {
+            const Setting& entry = setting[i];
+            const std::string name = entry.getName();
+            const auto fits = [&](const Rule& member) { return member.key.empty() || member.key == name; };
+            const auto found = std::find_if(rule.members.begin(), rule.members.end(), fits);
+            if (found == rule.members.end()) {
+                warn(Warning::ConfigUnknownKey, entry, "unknown key" + suggestion(name, keys), cell);
+            } else if (!found->key.empty() || judgeName(entry, found->keys, name, cell, keys)) {
+                const auto block = found->key.empty() && found->keys == Kind::Cell ? cells_.find(name) : cells_.end();
+                judgeSetting(entry, *found, block == cells_.end() ? cell : block->second);
+            }
+        }
+    }
+
+    bool isWhole_;
+    bool speaksOfOthers_ = true; ///< of blocks, properties and functions that are not there and need not be
+    std::string fileName_;
+    std::map<std::string, const HDNTBlock*> cells_;
+    std::map<Kind, Names> names_;
+    std::vector<Finding> findings_;
+};
+
+} // namespace
+
+std::vector<Finding> judgeConfiguration(const HDNTLibrary& library, ConfigScope scope) {
+    if (scope == ConfigScope::None) return {};
+    ConfigJudge judge(library, scope == ConfigScope::Whole);
+    judge.judge(*library.getConfig(), applicationRules(), "HDNTApplicationData.cfg");
+    judge.judge(*library.getDescConfig(), descriptionRules(), "tessel.desc.cfg");
+    return std::move(judge).findings();
+}
+
+} // namespace ntl
