@@ -58,8 +58,8 @@ static bool refuse(std::string& reason, std::string text) {
 static const std::locale& formatLocale() {
     static const std::locale* const locale = [] {
         auto* const facet = new std::ctype<char>;
-        for (int c = std::numeric_limits<char>::min(); c <= std::numeric_limits<char>::max(); ++c)
-            facet->narrow(facet->widen(static_cast<char>(c)), '\0');
+        for (int byte = 0; byte <= std::numeric_limits<unsigned char>::max(); ++byte)
+            facet->narrow(facet->widen(static_cast<char>(byte)), '\0');
         return new std::locale(std::locale::classic(), facet);
     }();
     return *locale;
