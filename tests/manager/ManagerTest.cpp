@@ -114,7 +114,7 @@ TEST_F(ManagerTest, TestExtension) {
         const TempDir data;
         setenv("HDNT_DATA_PATH", data.path().c_str(), 1);
         HPAParamMgr::getParamMgr()->setValueAsBool("arch.enableTestFeatures", on);
-        const auto put = [&](const std::string& name, const std::string& block) {
+        const auto put = [&data, folder = folder](const std::string& name, const std::string& block) {
             if (folder) data.makeDir(name);
             data.write(folder ? name + "/a.btl" : name, "library \"L\" { block \"" + block + "\" { } }");
         };
