@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hdnt/netlist/HDNTExpr.h"
+#include "hdnt/netlist/HDNTNetlist.h"
 
 #include <string>
 #include <string_view>
@@ -15,6 +16,9 @@ namespace hdnt::writer {
 std::string groupText(const HDNTBlock& block);
 /// Whether that text, read again, gives the groups of the block.
 bool groupReadsBack(const HDNTBlock& block);
+
+/// The keyword of a mapping of that kind.
+const char* sectionName(HDNTNetlist::Section section);
 
 /// Whether an "else" behind this branch would belong to an "if" in it.
 bool takesElse(const HDNTNetlistEntity* branch);

@@ -132,12 +132,11 @@ bool HDNTSourceVisitor::enter(HDNTNetlist* netlist) {
 }
 
 void HDNTSourceVisitor::visit(HDNTNetlist* netlist) {
-    static constexpr const char* sections[] = {"mapsto", "expandsto", "modifiedby", "retargetsto"};
     enterElement("mapping", nullptr);
     for (const HDNTFunctionCall* call : netlist->preInstanceCalls()) checkStatement(call);
     for (const HDNTFunctionCall* call : netlist->postInstanceCalls()) checkStatement(call);
     write(std::exchange(mappingDue_, false) ? " " : startLine().view());
-    write(sections[static_cast<size_t>(netlist->section())]);
+    write(sectionName(netlist->section()));
     write(" {\n");
     indentMore();
     atOpening_ = true;

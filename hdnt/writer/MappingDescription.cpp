@@ -6,6 +6,7 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/writer/Elements.h"
 #include "hdnt/writer/ExpressionText.h"
 #include "hdnt/writer/TreeBuilder.h"
 
@@ -27,16 +28,6 @@ std::string pinTexts(const HDNTConnect& connect) {
                     quoted((pin->inverted() ? "~" : "") + pin->pinName());
     }
     return text;
-}
-
-const char* sectionName(HDNTNetlist::Section section) {
-    switch (section) {
-    case HDNTNetlist::Section::mapsto: return "mapsto";
-    case HDNTNetlist::Section::expandsto: return "expandsto";
-    case HDNTNetlist::Section::modifiedby: return "modifiedby";
-    case HDNTNetlist::Section::retargetsto: return "retargetsto";
-    }
-    return "unknown";
 }
 
 class MappingDescription {
