@@ -17,9 +17,8 @@ namespace hdnt::frontend::build {
 // A netlist has no place for statement blocks at its top level.
 HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>* entities, const yyltype& place) {
     OwnedList<HDNTNetlistEntity> owned(entities);
-    const auto homeless = std::stable_partition(entities->begin(), entities->end(), [](HDNTNetlistEntity* entity) {
-        return !dynamic_cast<HDNTStmtBlock*>(entity);
-    });
+    const auto homeless = std::stable_partition(
+        entities->begin(), entities->end(), [](HDNTNetlistEntity* entity) { return !nodeCast<HDNTStmtBlock>(entity); });
     std::for_each(homeless, entities->end(), [](HDNTNetlistEntity* entity) { delete entity; });
     entities->erase(homeless, entities->end());
     auto* const result = new HDNTNetlist(entities);

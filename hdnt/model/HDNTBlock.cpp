@@ -27,6 +27,7 @@ static unsigned short typeOf(const std::string& name) {
 HDNTBlock::HDNTBlock(const std::string& name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist,
                      HDNTLibrary* library)
     : name_(name), netlist_(netlist) {
+    setKind(HDNTNodeKind::Block);
     setParent(library);
     bool adopting = false;
     try {
@@ -75,8 +76,8 @@ void HDNTBlock::adoptEntity(HDNTBlockEntity* entity) {
         return;
     }
     entity->setParent(this); // one of no known kind stays with whoever made it
-    if (auto* const property = dynamic_cast<HDNTProperty*>(entity)) properties_.push_back(property);
-    if (auto* const bus = dynamic_cast<HDNTBus*>(entity)) {
+    if (auto* const property = nodeCast<HDNTProperty>(entity)) properties_.push_back(property);
+    if (auto* const bus = nodeCast<HDNTBus>(entity)) {
         buses_.push_back(bus);
         adoptBus(*bus);
     }
@@ -95,11 +96,10 @@ void HDNTBlock::adoptBus(HDNTBus& bus) {
 }
 
 bool HDNTBlock::applyAttribute(const HDNTBlockEntity& entity) {
-    if (const auto* const flag = dynamic_cast<const HDNTInternalFlag*>(&entity)) internal_ = flag->getValue();
-    else if (const auto* const level = dynamic_cast<const HDNTMaturityLevel*>(&entity))
-        maturityLevel_ = level->getValue();
-    else if (const auto* const test = dynamic_cast<const HDNTTestFlag*>(&entity)) test_ = test->getValue();
-    else if (const auto* const group = dynamic_cast<const HDNTPrimGroup*>(&entity)) applyGroup(*group);
+    if (const auto* const flag = nodeCast<HDNTInternalFlag>(&entity)) internal_ = flag->getValue();
+    else if (const auto* const level = nodeCast<HDNTMaturityLevel>(&entity)) maturityLevel_ = level->getValue();
+    else if (const auto* const test = nodeCast<HDNTTestFlag>(&entity)) test_ = test->getValue();
+    else if (const auto* const group = nodeCast<HDNTPrimGroup>(&entity)) applyGroup(*group);
     else return false;
     return true;
 }

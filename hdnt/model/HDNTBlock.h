@@ -26,6 +26,8 @@ struct PartSpec;
 /// Owns all of these. Once its library is finalized, the const operations may run in any number of threads.
 class HDNT_API HDNTBlock : public HDNTBlockEntity, public HATAttrObj {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::Block, lastKind = firstKind;
+
     /// Netlist kinds.
     enum Kind : unsigned short {
         AnyArchitecture = 100, ///< from a map library without sections for architectures

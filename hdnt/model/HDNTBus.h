@@ -43,6 +43,8 @@ enum HDNT_PIN_REQUIREDVALUE : int {
 /// one HDNTPin of each bit, which reads its attributes here.
 class HDNT_API HDNTBus : public HDNTBlockEntity {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::Bus, lastKind = firstKind;
+
     /// The name is as declared, range included. Takes over the properties, which get the bus as parent; the vector
     /// stays the caller's and may be null.
     HDNTBus(std::string& name, HDNT_PIN_DIRECTION dir, bool test, bool abstract, HDNT_PIN_TYPE type,

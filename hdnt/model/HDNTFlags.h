@@ -6,7 +6,9 @@
 
 class HDNT_API HDNTInternalFlag : public HDNTBlockEntity {
 public:
-    explicit HDNTInternalFlag(bool value) : value_(value) {}
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::InternalFlag, lastKind = firstKind;
+
+    explicit HDNTInternalFlag(bool value) : value_(value) { setKind(HDNTNodeKind::InternalFlag); }
     bool getValue() const { return value_; }
 
 private:
@@ -15,7 +17,9 @@ private:
 
 class HDNT_API HDNTTestFlag : public HDNTBlockEntity {
 public:
-    explicit HDNTTestFlag(bool value) : value_(value) {}
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::TestFlag, lastKind = firstKind;
+
+    explicit HDNTTestFlag(bool value) : value_(value) { setKind(HDNTNodeKind::TestFlag); }
     bool getValue() const { return value_; }
 
 private:
@@ -25,7 +29,9 @@ private:
 /// 0 early, 1 beta, 2 production, 3 deprecated.
 class HDNT_API HDNTMaturityLevel : public HDNTBlockEntity {
 public:
-    explicit HDNTMaturityLevel(int value) : value_(value) {}
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::MaturityLevel, lastKind = firstKind;
+
+    explicit HDNTMaturityLevel(int value) : value_(value) { setKind(HDNTNodeKind::MaturityLevel); }
     int getValue() const { return value_; }
 
 private:

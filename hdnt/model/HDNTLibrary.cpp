@@ -15,6 +15,7 @@
 #include <cstdlib>
 
 HDNTLibrary::HDNTLibrary(HDNTLibrary* parent) : parentLibrary_(parent) {
+    setKind(HDNTNodeKind::Library);
     if (!parent) {
         config_ = std::make_unique<ConfigBase>(nullptr);
         config_->readFile("HDNTApplicationData.cfg", "");
@@ -39,10 +40,10 @@ void HDNTLibrary::init(const std::string& name, std::vector<HDNTDecl*>* decls) {
     for (HDNTDecl* decl : *decls) {
         if (!decl) continue;
         decl->setParent(this);
-        if (auto* const block = dynamic_cast<HDNTBlock*>(decl)) {
+        if (auto* const block = nodeCast<HDNTBlock>(decl)) {
             if (block->isTest() && !testFeatures) delete block;
             else adopt(block);
-        } else if (auto* const function = dynamic_cast<HDNTFunctionDecl*>(decl)) {
+        } else if (auto* const function = nodeCast<HDNTFunctionDecl>(decl)) {
             functions_.push_back(function);
         } else {
             throw HEXAlgException("Invalid library declaration type");

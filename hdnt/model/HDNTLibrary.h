@@ -30,6 +30,8 @@ struct ArchTables;
 /// queries may run in any number of threads.
 class HDNT_API HDNTLibrary : public HDNTDecl, public HATAttrObj {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::Library, lastKind = firstKind;
+
     /// Builds an empty library over `parent`, which may be null, is not owned and must outlive it, and makes it the
     /// target of the parser (myTopLib). A library without parent reads "HDNTApplicationData.cfg": a malformed file
     /// throws HEXDataException with its name and line.

@@ -3,8 +3,41 @@
 #include "hdnt/frontend/yyltype.h"
 #include "hdnt/platform/Export.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
+
+/// What a model object is: the class of the model that it belongs to, also when a program derived one of its own from
+/// that. Families of classes stand side by side.
+enum class HDNTNodeKind : unsigned char {
+    Other, ///< of no class below
+    Library,
+    Block,
+    FunctionDecl,
+    Bus,
+    Pin,
+    Property,
+    InternalFlag,
+    TestFlag,
+    MaturityLevel,
+    PrimGroup,
+    Netlist,
+    BlockPinName,
+    BlockInst,
+    Connect,
+    Signal,
+    SigList,
+    AssignBlockProperty,
+    AssignPinProperty,
+    IfStmt,
+    StmtBlock,
+    FunctionCall,
+    CompoundExpr,
+    IntConstant,
+    DoubleConstant,
+    BoolConstant,
+    StringConstant,
+};
 
 /// Base of every model object: who owns it and where it was declared.
 ///
@@ -24,6 +57,7 @@ public:
     /// Completes the object once everything around it is known. By default nothing.
     virtual void finalize();
 
+    HDNTNodeKind getKind() const { return kind_; }
     HDNTNode* getParent() const { return parent_; }
     void setParent(HDNTNode* parent) { parent_ = parent; }
     /// Null when none was set. Owned by the node and valid as long as it; takes part in no comparison.
@@ -51,6 +85,8 @@ public:
                                 std::vector<int>& indices) const;
 
 protected:
+    /// For constructors; that of the most derived class of the model comes last.
+    void setKind(HDNTNodeKind kind) { kind_ = kind; }
     /// What expandRangedNameNames checks first: form and limit. False after a report.
     bool rangeOf(const std::string& name, std::string& baseName, int& first, int& last) const;
 
@@ -58,7 +94,20 @@ private:
     HDNTNode* parent_ = nullptr;
     mutable yyltype location_{};
     bool hasLocation_ = false;
+    HDNTNodeKind kind_ = HDNTNodeKind::Other;
 };
+
+/// The node as one of a class of the model, or null when it is none or null itself. What dynamic_cast answers, without
+/// its search through the bases; Class is a class that has kinds.
+template <typename Class>
+Class* nodeCast(HDNTNode* node) {
+    const bool fits = node && node->getKind() >= Class::firstKind && node->getKind() <= Class::lastKind;
+    return fits ? static_cast<Class*>(node) : nullptr;
+}
+template <typename Class>
+const Class* nodeCast(const HDNTNode* node) {
+    return nodeCast<Class>(const_cast<HDNTNode*>(node));
+}
 
 /// What a library holds: blocks and function declarations.
 class HDNT_API HDNTDecl : public HDNTNode {};

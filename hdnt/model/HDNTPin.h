@@ -7,7 +7,9 @@
 /// the bus, its parent. A pin without a bus answers as a bus with empty name, direction internal and nothing set.
 class HDNT_API HDNTPin : public HDNTBlockEntity, public HATAttrObj {
 public:
-    HDNTPin(short bit, unsigned short index) : bitIndex_(bit), pinIndex_(index) {}
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::Pin, lastKind = firstKind;
+
+    HDNTPin(short bit, unsigned short index) : bitIndex_(bit), pinIndex_(index) { setKind(HDNTNodeKind::Pin); }
 
     /// Reports bad names and a tie value on an output.
     void check() override;

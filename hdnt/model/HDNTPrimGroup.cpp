@@ -1,6 +1,7 @@
 #include "hdnt/model/HDNTPrimGroup.h"
 
 HDNTPrimGroup::HDNTPrimGroup(const std::string& declared) {
+    setKind(HDNTNodeKind::PrimGroup);
     const std::string text = declared.c_str(); // NOLINT(readability-redundant-string-cstr): up to a NUL
     const size_t comma = text.find(',');
     group_ = text.substr(0, comma);

@@ -6,6 +6,8 @@
 /// reads and deletes it when it is constructed.
 class HDNT_API HDNTPrimGroup : public HDNTBlockEntity {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::PrimGroup, lastKind = firstKind;
+
     /// Splits at the first comma; blanks behind it are skipped. Nothing is trimmed around ":". A text with a NUL ends
     /// there, since blocks give their groups out as C strings.
     explicit HDNTPrimGroup(const std::string& declared);

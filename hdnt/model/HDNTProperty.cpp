@@ -15,6 +15,7 @@ using Type = HATAttrTypes::AttrType;
 HDNTProperty::HDNTProperty(const std::string& name, Type type, bool test, bool simulation, bool constraintsOnly,
                            bool muxControl, const std::string& units)
     : spec_(type, 0), muxControl_(muxControl) {
+    setKind(HDNTNodeKind::Property);
     spec_.setName(name);
     spec_.setTest(test);
     spec_.setSimulation(simulation);
@@ -34,8 +35,8 @@ HDNTProperty::~HDNTProperty() = default;
 
 HDNTBlock* HDNTProperty::getBlock() const {
     HDNTNode* node = getParent();
-    if (auto* const bus = dynamic_cast<HDNTBus*>(node)) node = bus->getParent();
-    return dynamic_cast<HDNTBlock*>(node);
+    if (auto* const bus = nodeCast<HDNTBus>(node)) node = bus->getParent();
+    return nodeCast<HDNTBlock>(node);
 }
 
 template <typename T, typename Value = T>

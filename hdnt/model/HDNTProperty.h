@@ -15,6 +15,8 @@ class HDNTVisitor;
 /// Owned by its block or bus. Complete after finalize(); from then on the const operations may run in any thread.
 class HDNT_API HDNTProperty : public HDNTBlockEntity {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::Property, lastKind = firstKind;
+
     /// A constraints-only property is not visible. An empty unit means none.
     HDNTProperty(const std::string& name, HATAttrTypes::AttrType type, bool test, bool simulation, bool constraintsOnly,
                  bool muxControl, const std::string& units);

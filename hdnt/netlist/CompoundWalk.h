@@ -17,7 +17,7 @@ void walk(HDNTCompoundExpr& outermost, Leaf&& leaf, Between&& between, After&& a
     };
     std::vector<Step> steps{{&outermost, false, false}};
     const auto descend = [&](HDNTExpr* operand) {
-        if (auto* const inner = dynamic_cast<HDNTCompoundExpr*>(operand)) steps.push_back({inner, false, false});
+        if (auto* const inner = nodeCast<HDNTCompoundExpr>(operand)) steps.push_back({inner, false, false});
         else if (operand) leaf(*operand);
     };
     while (!steps.empty()) {

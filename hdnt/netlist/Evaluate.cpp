@@ -51,11 +51,11 @@ DerivedType combine(const HDNTCompoundExpr& expr, const DerivedType* left, const
 }
 
 std::unique_ptr<HDNTValue> copyOf(const HDNTValue& value) {
-    if (const auto* const constant = dynamic_cast<const HDNTIntConstant*>(&value))
+    if (const auto* const constant = nodeCast<HDNTIntConstant>(&value))
         return std::make_unique<HDNTIntConstant>(constant->getValue());
-    if (const auto* const constant = dynamic_cast<const HDNTDoubleConstant*>(&value))
+    if (const auto* const constant = nodeCast<HDNTDoubleConstant>(&value))
         return std::make_unique<HDNTDoubleConstant>(constant->getValue());
-    if (const auto* const constant = dynamic_cast<const HDNTBoolConstant*>(&value))
+    if (const auto* const constant = nodeCast<HDNTBoolConstant>(&value))
         return std::make_unique<HDNTBoolConstant>(constant->getValue());
     return std::make_unique<HDNTStringConstant>(HDNTValue::getStringValue(&value));
 }
@@ -101,15 +101,15 @@ Result taken(std::vector<Result>& results, const HDNTExpr* operand) {
 }
 
 DerivedType typeOfLeaf(const HDNTExpr& expr) {
-    if (dynamic_cast<const HDNTValue*>(&expr)) return {TypeState::Known, expr.exprType()};
-    const auto* const functionCall = dynamic_cast<const HDNTFunctionCall*>(&expr);
+    if (nodeCast<HDNTValue>(&expr)) return {TypeState::Known, expr.exprType()};
+    const auto* const functionCall = nodeCast<HDNTFunctionCall>(&expr);
     const HDNTFunctionDecl* const decl = functionCall ? functionCall->getDecl() : nullptr;
     if (!decl) return {TypeState::Unknown};
     return {TypeState::Known, static_cast<unsigned>(decl->getType())};
 }
 
 std::unique_ptr<HDNTValue> valueOfLeaf(const HDNTExpr& expr) {
-    if (const auto* const value = dynamic_cast<const HDNTValue*>(&expr)) return copyOf(*value);
+    if (const auto* const value = nodeCast<HDNTValue>(&expr)) return copyOf(*value);
     return call(dynamic_cast<const HDNTFunctionCall&>(expr));
 }
 
@@ -122,7 +122,7 @@ DerivedType typeOfOperation(const HDNTCompoundExpr& expr) {
 }
 
 DerivedType typeOf(const HDNTExpr& expr) {
-    const auto* const outermost = dynamic_cast<const HDNTCompoundExpr*>(&expr);
+    const auto* const outermost = nodeCast<HDNTCompoundExpr>(&expr);
     if (!outermost) return typeOfLeaf(expr);
     if (outermost->typeState() != TypeState::NotDerived) return {outermost->typeState(), outermost->exprType()};
     std::vector<DerivedType> types;
@@ -137,7 +137,7 @@ DerivedType typeOf(const HDNTExpr& expr) {
 }
 
 std::unique_ptr<HDNTValue> evaluate(const HDNTExpr& expr) {
-    const auto* const outermost = dynamic_cast<const HDNTCompoundExpr*>(&expr);
+    const auto* const outermost = nodeCast<HDNTCompoundExpr>(&expr);
     if (!outermost) return valueOfLeaf(expr);
     std::vector<std::unique_ptr<HDNTValue>> values;
     walkOver(
@@ -151,8 +151,8 @@ std::unique_ptr<HDNTValue> evaluate(const HDNTExpr& expr) {
 }
 
 bool isTrue(const HDNTValue& value) {
-    if (const auto* const number = dynamic_cast<const HDNTIntConstant*>(&value)) return number->getValue() != 0;
-    if (const auto* const number = dynamic_cast<const HDNTDoubleConstant*>(&value)) return number->getValue() != 0.0;
+    if (const auto* const number = nodeCast<HDNTIntConstant>(&value)) return number->getValue() != 0;
+    if (const auto* const number = nodeCast<HDNTDoubleConstant>(&value)) return number->getValue() != 0.0;
     return HDNTValue::getBoolValue(&value);
 }
 

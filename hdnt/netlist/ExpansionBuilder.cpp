@@ -96,15 +96,14 @@ void ExpansionBuilder::build(const HDNTNetlist& netlist) {
 }
 
 void ExpansionBuilder::statement(const HDNTNetlistEntity& entity, size_t branch) {
-    if (const auto* const inst = dynamic_cast<const HDNTBlockInst*>(&entity)) return instance(*inst, branch);
-    if (const auto* const declared = dynamic_cast<const HDNTSignal*>(&entity)) return signal(*declared, branch);
-    if (const auto* const pins = dynamic_cast<const HDNTConnect*>(&entity))
-        return connects_.emplace_back(pins, branch), void();
-    if (const auto* const value = dynamic_cast<const HDNTAssignProperty*>(&entity))
+    if (const auto* const inst = nodeCast<HDNTBlockInst>(&entity)) return instance(*inst, branch);
+    if (const auto* const declared = nodeCast<HDNTSignal>(&entity)) return signal(*declared, branch);
+    if (const auto* const pins = nodeCast<HDNTConnect>(&entity)) return connects_.emplace_back(pins, branch), void();
+    if (const auto* const value = nodeCast<HDNTAssignProperty>(&entity))
         return assigns_.emplace_back(value, branch), void();
-    if (const auto* const choice = dynamic_cast<const HDNTIfStmt*>(&entity)) return ifStatement(*choice, branch);
-    if (const auto* const made = dynamic_cast<const HDNTFunctionCall*>(&entity)) return call(*made, branch);
-    const auto* const block = dynamic_cast<const HDNTStmtBlock*>(&entity);
+    if (const auto* const choice = nodeCast<HDNTIfStmt>(&entity)) return ifStatement(*choice, branch);
+    if (const auto* const made = nodeCast<HDNTFunctionCall>(&entity)) return call(*made, branch);
+    const auto* const block = nodeCast<HDNTStmtBlock>(&entity);
     if (!block || !block->enabled()) return;
     for (const HDNTNetlistEntity* inner : block->statements()) statement(*inner, branch);
 }
@@ -130,7 +129,7 @@ void ExpansionBuilder::signal(const HDNTSignal& signal, size_t branch) {
     std::vector<std::string> names;
     std::vector<int> bits;
     // Lists inside statements are not replaced when the netlist is finalized.
-    if (dynamic_cast<const HDNTSigList*>(&signal)) signal.expandRangedNameNames(signal.name(), names, bits);
+    if (nodeCast<HDNTSigList>(&signal)) signal.expandRangedNameNames(signal.name(), names, bits);
     else names.push_back(signal.name());
     for (size_t i = 0; i < names.size(); ++i) {
         const std::string name = bits.empty() ? names[i] : names[i] + '[' + std::to_string(bits[i]) + ']';
@@ -158,7 +157,7 @@ void ExpansionBuilder::connect(const HDNTConnect& connect, size_t branch) {
 
 // An empty instance name means the mapped block's own pin.
 void ExpansionBuilder::assign(const HDNTAssignProperty& assign, size_t branch) {
-    const auto* const pinAssign = dynamic_cast<const HDNTAssignPinProperty*>(&assign);
+    const auto* const pinAssign = nodeCast<HDNTAssignPinProperty>(&assign);
     const std::string pin = pinAssign ? pinAssign->pinName() : std::string();
     const bool own = pinAssign && assign.instName().empty();
     HDNTExpansion::Instance* const inst = own ? nullptr : findInstance(assign.instName());

@@ -17,4 +17,6 @@ void HDNTAssignProperty::finalize() {
 
 HDNTAssignPinProperty::HDNTAssignPinProperty(const std::string& instName, const std::string& pinName,
                                              const std::string& propName, HDNTExpr* value)
-    : HDNTAssignProperty(instName, propName, value), pinName_(pinName) {}
+    : HDNTAssignProperty(instName, propName, value), pinName_(pinName) {
+    setKind(HDNTNodeKind::AssignPinProperty);
+}

@@ -8,6 +8,9 @@
 /// Gives a property of an instance, or of a pin of one, a value.
 class HDNT_API HDNTAssignProperty : public HDNTNetlistEntity {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::AssignBlockProperty,
+                                  lastKind = HDNTNodeKind::AssignPinProperty;
+
     /// Takes over the value, which gets this as parent and may be null.
     HDNTAssignProperty(const std::string& instName, const std::string& propName, HDNTExpr* value);
     ~HDNTAssignProperty() override;
@@ -27,13 +30,20 @@ private:
 /// `assign block property "U0" "WIDTH" 8;`
 class HDNT_API HDNTAssignBlockProperty : public HDNTAssignProperty {
 public:
-    using HDNTAssignProperty::HDNTAssignProperty;
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::AssignBlockProperty, lastKind = firstKind;
+
+    HDNTAssignBlockProperty(const std::string& instName, const std::string& propName, HDNTExpr* value)
+        : HDNTAssignProperty(instName, propName, value) {
+        setKind(HDNTNodeKind::AssignBlockProperty);
+    }
     void accept(HDNTVisitor& visitor) override;
 };
 
 /// `assign pin property "U0" "Q", "LOAD" 1.5;`
 class HDNT_API HDNTAssignPinProperty : public HDNTAssignProperty {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::AssignPinProperty, lastKind = firstKind;
+
     HDNTAssignPinProperty(const std::string& instName, const std::string& pinName, const std::string& propName,
                           HDNTExpr* value);
     void accept(HDNTVisitor& visitor) override;

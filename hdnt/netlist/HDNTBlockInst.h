@@ -9,8 +9,11 @@ class HDNTLibrary;
 /// An instance of another block: `inst "U0" "FLOP_RISE";`, the instance's name first.
 class HDNT_API HDNTBlockInst : public HDNTNetlistEntity {
 public:
-    HDNTBlockInst(const std::string& instName, const std::string& typeName)
-        : instName_(instName), typeName_(typeName) {}
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::BlockInst, lastKind = firstKind;
+
+    HDNTBlockInst(const std::string& instName, const std::string& typeName) : instName_(instName), typeName_(typeName) {
+        setKind(HDNTNodeKind::BlockInst);
+    }
     void accept(HDNTVisitor& visitor) override;
 
     const std::string& instName() const { return instName_.str(); }

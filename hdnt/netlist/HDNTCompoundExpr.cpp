@@ -9,6 +9,7 @@
 #include <utility>
 
 HDNTCompoundExpr::HDNTCompoundExpr(HDNTExpr* lhs, FOPERATOR op, HDNTExpr* rhs) : lhs_(lhs), rhs_(rhs), op_(op) {
+    setKind(HDNTNodeKind::CompoundExpr);
     if (lhs) lhs->setParent(this);
     if (rhs) rhs->setParent(this);
 }
@@ -19,7 +20,7 @@ HDNTCompoundExpr::~HDNTCompoundExpr() {
     while (!operands.empty()) {
         HDNTExpr* const operand = operands.back();
         operands.pop_back();
-        if (auto* const compound = dynamic_cast<HDNTCompoundExpr*>(operand)) {
+        if (auto* const compound = nodeCast<HDNTCompoundExpr>(operand)) {
             operands.push_back(std::exchange(compound->lhs_, nullptr));
             operands.push_back(std::exchange(compound->rhs_, nullptr));
         }

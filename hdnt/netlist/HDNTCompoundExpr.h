@@ -7,6 +7,8 @@ class HDNTValue;
 /// An operator with one operand or two. Operations in operations are walked in loops and may have any depth.
 class HDNT_API HDNTCompoundExpr : public HDNTExpr {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::CompoundExpr, lastKind = firstKind;
+
     /// What finalize() found out about the type. Unknown: an operand is missing, or a function is not declared so far.
     enum class TypeState : unsigned char { NotDerived, Unknown, Known, Failed };
 

@@ -9,10 +9,12 @@
 
 HDNTBlockPinName::HDNTBlockPinName(const std::string& instName, const std::string& pinName)
     : instName_(instName), inverted_(pinName.starts_with('~')) {
+    setKind(HDNTNodeKind::BlockPinName);
     pinName_ = HSTUniqString(std::string_view(pinName).substr(inverted_ ? 1 : 0));
 }
 
 HDNTConnect::HDNTConnect(const std::string& signalName, std::vector<HDNTPinInst*>* pins) : signalName_(signalName) {
+    setKind(HDNTNodeKind::Connect);
     const std::unique_ptr<std::vector<HDNTPinInst*>> owned(pins);
     if (pins) pins_ = std::move(*pins);
 }
@@ -26,8 +28,8 @@ void HDNTConnect::check() {
 }
 
 HDNTSignal* HDNTConnect::getSignal() const {
-    if (auto* const signal = dynamic_cast<HDNTSignal*>(getParent())) return signal;
+    if (auto* const signal = nodeCast<HDNTSignal>(getParent())) return signal;
     for (HDNTNode* node = getParent(); node; node = node->getParent())
-        if (const auto* const netlist = dynamic_cast<HDNTNetlist*>(node)) return netlist->getSignal(signalName());
+        if (const auto* const netlist = nodeCast<HDNTNetlist>(node)) return netlist->getSignal(signalName());
     return nullptr;
 }

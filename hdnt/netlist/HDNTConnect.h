@@ -17,6 +17,8 @@ public:
 /// A pin of an instance, or of the mapped block itself when the instance name is empty.
 class HDNT_API HDNTBlockPinName : public HDNTPinInst {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::BlockPinName, lastKind = firstKind;
+
     /// A pin name that begins with "~" means the pin inverted.
     HDNTBlockPinName(const std::string& instName, const std::string& pinName);
     void check() override {}
@@ -36,6 +38,8 @@ private:
 /// Pins that are connected to a signal: `connect "N1" : "U0" "Q", "O";`.
 class HDNT_API HDNTConnect : public HDNTNetlistEntity {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::Connect, lastKind = firstKind;
+
     /// Takes over the pins and deletes the vector, which may be null.
     HDNTConnect(const std::string& signalName, std::vector<HDNTPinInst*>* pins);
     ~HDNTConnect() override;

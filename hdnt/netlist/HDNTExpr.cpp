@@ -11,7 +11,7 @@ unsigned HDNTExpr::comparisonType(unsigned type) {
 }
 
 HDNTExpr* HDNTExpr::getEvaluatedExpr() const {
-    if (dynamic_cast<const HDNTValue*>(this)) return const_cast<HDNTExpr*>(this);
+    if (nodeCast<HDNTValue>(this)) return const_cast<HDNTExpr*>(this);
     return evaluatedExpr_.get();
 }
 

@@ -10,6 +10,8 @@
 /// Reading is safe in any thread; evaluate() stores its result and belongs to one thread at a time.
 class HDNT_API HDNTExpr : public HDNTNetlistEntity {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::FunctionCall, lastKind = HDNTNodeKind::StringConstant;
+
     enum FOPERATOR : unsigned {
         ADD = 0,
         SUBTRACT = 1,

@@ -8,6 +8,7 @@
 #include "hdnt/platform/HEX.h"
 
 HDNTFunctionCall::HDNTFunctionCall(const std::string& name, std::vector<HDNTExpr*>* actuals) : name_(name) {
+    setKind(HDNTNodeKind::FunctionCall);
     const std::unique_ptr<std::vector<HDNTExpr*>> owned(actuals);
     if (actuals) actuals_ = std::move(*actuals);
     for (HDNTExpr* actual : actuals_) actual->setParent(this);
@@ -24,8 +25,7 @@ HDNTExpr* HDNTFunctionCall::getActual(size_t i) const {
 
 HDNTFunctionDecl* HDNTFunctionCall::getDecl() const {
     for (const HDNTNode* node = this; node; node = node->getParent())
-        if (const auto* const library = dynamic_cast<const HDNTLibrary*>(node))
-            return library->getFunctionDeclByName(name());
+        if (const auto* const library = nodeCast<HDNTLibrary>(node)) return library->getFunctionDeclByName(name());
     return nullptr;
 }
 

@@ -9,6 +9,8 @@ class HDNTLibrary;
 /// A call of a declared function, in an expression or as a statement of its own.
 class HDNT_API HDNTFunctionCall : public HDNTExpr {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::FunctionCall, lastKind = firstKind;
+
     /// Takes over the arguments, which get this as parent, and deletes the vector, which may be null.
     HDNTFunctionCall(const std::string& name, std::vector<HDNTExpr*>* actuals);
     ~HDNTFunctionCall() override;

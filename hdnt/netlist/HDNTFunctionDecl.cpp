@@ -8,6 +8,7 @@
 HDNTFunctionDecl::HDNTFunctionDecl(const std::string& name, HATAttrTypes::AttrType type,
                                    const std::vector<HATAttrTypes::AttrType>* formals)
     : name_(name), type_(type) {
+    setKind(HDNTNodeKind::FunctionDecl);
     if (formals) formals_ = *formals;
 }
 

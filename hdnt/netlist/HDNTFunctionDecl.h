@@ -10,6 +10,8 @@ class HDNTVisitor;
 /// A function that mapping netlists of the library may call: name, result type and argument types.
 class HDNT_API HDNTFunctionDecl : public HDNTDecl {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::FunctionDecl, lastKind = firstKind;
+
     /// The vector stays the caller's and may be null.
     HDNTFunctionDecl(const std::string& name, HATAttrTypes::AttrType type,
                      const std::vector<HATAttrTypes::AttrType>* formals);

@@ -12,12 +12,13 @@
 // Appends the entity when it is of the list's kind.
 template <typename Kind>
 static bool sortInto(std::vector<Kind*>& list, HDNTNetlistEntity* entity) {
-    auto* const item = dynamic_cast<Kind*>(entity);
+    auto* const item = nodeCast<Kind>(entity);
     if (item) list.push_back(item);
     return item != nullptr;
 }
 
 HDNTNetlist::HDNTNetlist(std::vector<HDNTNetlistEntity*>* entities) {
+    setKind(HDNTNodeKind::Netlist);
     if (!entities) return;
     for (HDNTNetlistEntity* entity : *entities)
         sortInto(signals_, entity) || sortInto(connects_, entity) || sortInto(instances_, entity) ||
@@ -50,7 +51,7 @@ static void keep(HDNTSigList* list) {
 void HDNTNetlist::expandSignals() {
     std::vector<HDNTSignal*> expanded;
     for (HDNTSignal* signal : signals_) {
-        auto* const list = dynamic_cast<HDNTSigList*>(signal);
+        auto* const list = nodeCast<HDNTSigList>(signal);
         if (!list) expanded.push_back(signal);
         else if (list->expand(expanded)) keep(list);
         else delete list;
@@ -93,7 +94,7 @@ void HDNTNetlist::check() {
     checkAll(postInstanceCalls_);
 }
 
-HDNTBlock* HDNTNetlist::getTypeBlock() const { return dynamic_cast<HDNTBlock*>(getParent()); }
+HDNTBlock* HDNTNetlist::getTypeBlock() const { return nodeCast<HDNTBlock>(getParent()); }
 
 // The interface passes it by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 HDNTSignal* HDNTNetlist::getSignal(std::string name) const {

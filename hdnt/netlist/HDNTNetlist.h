@@ -19,6 +19,8 @@ class HDNTVisitor;
 /// A block's mapping: how it is rebuilt from other blocks. Owned by its block.
 class HDNT_API HDNTNetlist : public HDNTDecl {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::Netlist, lastKind = firstKind;
+
     enum class Section : unsigned char { mapsto, expandsto, modifiedby, retargetsto };
 
     /// Sorts the entities by kind, in their order, and takes them over; null entries are skipped. Calls before the

@@ -4,6 +4,6 @@
 
 HDNTNetlist* HDNTNetlistEntity::getNetlist() {
     for (HDNTNode* node = this; node; node = node->getParent())
-        if (auto* const netlist = dynamic_cast<HDNTNetlist*>(node)) return netlist;
+        if (auto* const netlist = nodeCast<HDNTNetlist>(node)) return netlist;
     return nullptr;
 }

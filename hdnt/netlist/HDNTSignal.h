@@ -14,6 +14,8 @@ class HDNTSigList;
 /// A signal of a netlist. The names "@1" and "@0" mean the constants.
 class HDNT_API HDNTSignal : public HDNTNetlistEntity {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::Signal, lastKind = HDNTNodeKind::SigList;
+
     /// A declaration with pins makes a connect of its own. Takes over the pins and deletes the vector; null: no
     /// connect.
     HDNTSignal(const std::string& name, std::vector<HDNTPinInst*>* pins);
@@ -47,7 +49,9 @@ private:
 /// the signals; from then on it lives as long as the process, since they refer to it.
 class HDNT_API HDNTSigList : public HDNTSignal {
 public:
-    explicit HDNTSigList(const std::string& name) : HDNTSignal(name, nullptr) {}
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::SigList, lastKind = firstKind;
+
+    explicit HDNTSigList(const std::string& name) : HDNTSignal(name, nullptr) { setKind(HDNTNodeKind::SigList); }
     /// Appends a new signal for each element of the name, owned by the caller. False when the name has no brackets:
     /// then it is one signal, and the list is the caller's to delete. A malformed name is reported and appends nothing.
     bool expand(std::vector<HDNTSignal*>& out);

@@ -5,6 +5,7 @@
 #include "hdnt/platform/HEX.h"
 
 HDNTStmtBlock::HDNTStmtBlock(std::vector<HDNTNetlistEntity*>* stmts) {
+    setKind(HDNTNodeKind::StmtBlock);
     const std::unique_ptr<std::vector<HDNTNetlistEntity*>> owned(stmts);
     if (stmts) statements_ = std::move(*stmts);
 }
@@ -25,7 +26,9 @@ void HDNTStmtBlock::finalize() {
 }
 
 HDNTIfStmt::HDNTIfStmt(HDNTExpr* condition, HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt)
-    : condition_(condition), thenStmt_(thenStmt), elseStmt_(elseStmt) {}
+    : condition_(condition), thenStmt_(thenStmt), elseStmt_(elseStmt) {
+    setKind(HDNTNodeKind::IfStmt);
+}
 
 HDNTIfStmt::~HDNTIfStmt() = default;
 
@@ -45,7 +48,7 @@ void HDNTIfStmt::finalize() {
 bool HDNTIfStmt::conditionIsTrue() const {
     const HDNTExpr* const result = condition_ ? condition_->getEvaluatedExpr() : nullptr;
     if (!result) return false;
-    const auto* const value = dynamic_cast<const HDNTValue*>(result);
+    const auto* const value = nodeCast<HDNTValue>(result);
     if (!value) throw HEXAlgException("HDNTIfStmt: Unknown expression type");
     return hdnt::netlist::isTrue(*value);
 }

@@ -7,6 +7,8 @@
 /// Statements in braces.
 class HDNT_API HDNTStmtBlock : public HDNTNetlistEntity {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::StmtBlock, lastKind = firstKind;
+
     /// Takes over the statements and deletes the vector, which may be null.
     explicit HDNTStmtBlock(std::vector<HDNTNetlistEntity*>* stmts);
     ~HDNTStmtBlock() override;
@@ -25,6 +27,8 @@ private:
 /// `if (condition) statement else statement`
 class HDNT_API HDNTIfStmt : public HDNTNetlistEntity {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::IfStmt, lastKind = firstKind;
+
     /// Takes over all three; the last may be null.
     HDNTIfStmt(HDNTExpr* condition, HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt);
     ~HDNTIfStmt() override;

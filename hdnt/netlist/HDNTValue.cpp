@@ -4,7 +4,7 @@
 
 template <typename Constant>
 static const Constant& constantOf(const HDNTExpr* expr, const char* type) {
-    if (const auto* const constant = dynamic_cast<const Constant*>(expr)) return *constant;
+    if (const auto* const constant = nodeCast<Constant>(expr)) return *constant;
     throw HEXAlgException(std::string("Attribute type mismatch (not ") + type + ") in block mapping");
 }
 
@@ -19,7 +19,7 @@ const std::string& HDNTValue::getStringValue(const HDNTExpr* expr) {
 }
 
 bool HDNTValue::getBoolValue(const HDNTExpr* expr) {
-    if (const auto* const text = dynamic_cast<const HDNTStringConstant*>(expr)) {
+    if (const auto* const text = nodeCast<HDNTStringConstant>(expr)) {
         if (text->getValue() == "TRUE") return true;
         if (text->getValue() == "FALSE") return false;
     }

@@ -6,6 +6,8 @@
 /// A constant. It is its own value.
 class HDNT_API HDNTValue : public HDNTExpr {
 public:
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::IntConstant, lastKind = HDNTNodeKind::StringConstant;
+
     void evaluate() override {}
 
     // The value of a constant of exactly that class. Anything else, null included, throws HEXAlgException
@@ -19,7 +21,12 @@ public:
 
 class HDNT_API HDNTIntConstant : public HDNTValue {
 public:
-    explicit HDNTIntConstant(int value) : value_(value) { setExprType(HATAttrTypes::TypeInt); }
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::IntConstant, lastKind = firstKind;
+
+    explicit HDNTIntConstant(int value) : value_(value) {
+        setKind(HDNTNodeKind::IntConstant);
+        setExprType(HATAttrTypes::TypeInt);
+    }
     void accept(HDNTVisitor& visitor) override;
     int getValue() const { return value_; }
 
@@ -29,7 +36,12 @@ private:
 
 class HDNT_API HDNTDoubleConstant : public HDNTValue {
 public:
-    explicit HDNTDoubleConstant(double value) : value_(value) { setExprType(HATAttrTypes::TypeDouble); }
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::DoubleConstant, lastKind = firstKind;
+
+    explicit HDNTDoubleConstant(double value) : value_(value) {
+        setKind(HDNTNodeKind::DoubleConstant);
+        setExprType(HATAttrTypes::TypeDouble);
+    }
     void accept(HDNTVisitor& visitor) override;
     double getValue() const { return value_; }
 
@@ -39,7 +51,12 @@ private:
 
 class HDNT_API HDNTBoolConstant : public HDNTValue {
 public:
-    explicit HDNTBoolConstant(bool value) : value_(value) { setExprType(HATAttrTypes::TypeBool); }
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::BoolConstant, lastKind = firstKind;
+
+    explicit HDNTBoolConstant(bool value) : value_(value) {
+        setKind(HDNTNodeKind::BoolConstant);
+        setExprType(HATAttrTypes::TypeBool);
+    }
     void accept(HDNTVisitor& visitor) override;
     bool getValue() const { return value_; }
 
@@ -49,7 +66,12 @@ private:
 
 class HDNT_API HDNTStringConstant : public HDNTValue {
 public:
-    explicit HDNTStringConstant(const std::string& value) : value_(value) { setExprType(HATAttrTypes::TypeString); }
+    static constexpr HDNTNodeKind firstKind = HDNTNodeKind::StringConstant, lastKind = firstKind;
+
+    explicit HDNTStringConstant(const std::string& value) : value_(value) {
+        setKind(HDNTNodeKind::StringConstant);
+        setExprType(HATAttrTypes::TypeString);
+    }
     void accept(HDNTVisitor& visitor) override;
     const std::string& getValue() const { return value_.str(); }
 
