@@ -86,18 +86,12 @@ const CellFacts* cellFacts(const HDNTBlock& block) {
     return found == cells.end() ? nullptr : &found->second;
 }
 
-std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string> names) {
-    std::string key;
-    for (const std::string& name : names) {
-        if (!ConfigBase::isValidName(name)) return {};
-        if (!key.empty()) key += '.';
-        key += name;
-    }
+std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names) {
     std::string text;
     ConfigBase& config = *library.getDescConfig();
     HCTLock lock(config.mutex());
-    const std::string path = config.findValidPartPath(key, nullptr);
-    if (!path.empty()) config.getLibConfig().lookupValue(path, text);
+    const Setting* const setting = config.find(names);
+    if (setting && setting->getType() == Setting::TypeString) text = setting->c_str();
     lock.unlock();
     return text;
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class ConfigBase;
@@ -49,6 +50,6 @@ const CellFacts* cellFacts(const HDNTBlock& block);
 
 /// The text that the library's description configuration has under a name within a name, and so on; empty when there is
 /// none. Locks the configuration while it looks; may read the file on first use and then throw HEXDataException.
-std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string> names);
+std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names);
 
 } // namespace hdnt::model

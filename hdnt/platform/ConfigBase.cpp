@@ -11,6 +11,7 @@
 #include <fstream>
 #include <set>
 #include <string_view>
+#include <unordered_map>
 
 namespace {
 
@@ -21,14 +22,21 @@ bool isName(std::string_view text) {
     return !text.empty() && isLetter(text.front()) && std::all_of(text.begin(), text.end(), isNameChar);
 }
 
+// Takes the first name off a path of names.
+std::string_view takeName(std::string_view& path) {
+    const std::size_t dot = std::min(path.find('.'), path.size());
+    const std::string_view name = path.substr(0, dot);
+    path.remove_prefix(std::min(dot + 1, path.size()));
+    return name;
+}
+
 // libconfig takes further separators and indexes in paths, and skips doubled separators; names hold none of them.
 bool isPath(std::string_view path) {
-    for (;;) {
-        const std::size_t dot = path.find('.');
-        if (!isName(path.substr(0, dot))) return false;
-        if (dot == std::string_view::npos) return true;
-        path.remove_prefix(dot + 1);
-    }
+    if (path.ends_with('.')) return false;
+    do
+        if (!isName(takeName(path))) return false;
+    while (!path.empty());
+    return true;
 }
 
 [[noreturn]] void reject(const std::string& file, const std::string& reason) {
@@ -52,7 +60,14 @@ void refuseDirectories(const std::string& path, const std::string& includeDirect
 
 } // namespace
 
-ConfigBase::ConfigBase(ConfigBase* parent) : parent_(parent), config_(std::make_unique<libconfig::Config>()) {}
+// libconfig searches a group from its start, which a group with an entry for every block of a library cannot bear.
+struct ConfigBase::Index {
+    using Members = std::unordered_map<std::string_view, const libconfig::Setting*>;
+    std::unordered_map<const libconfig::Setting*, Members> groups;
+};
+
+ConfigBase::ConfigBase(ConfigBase* parent)
+    : parent_(parent), config_(std::make_unique<libconfig::Config>()), index_(std::make_unique<Index>()) {}
 ConfigBase::~ConfigBase() = default;
 
 void ConfigBase::readFile(const std::string& fileName, const std::string& section) {
@@ -73,6 +88,7 @@ void ConfigBase::readFile(const std::string& fileName, const std::string& sectio
             reject(path, ": cannot be read");
         }
     }
+    index_->groups.clear();
     config_ = std::move(fresh);
     section_ = section;
 }
@@ -81,15 +97,42 @@ std::string ConfigBase::fullPath(const std::string& path) const {
     return section_.empty() ? path : section_ + "." + path;
 }
 
+const libconfig::Setting* ConfigBase::memberOf(const libconfig::Setting& group, std::string_view name) const {
+    constexpr int large = 16;
+    if (!group.isGroup()) return nullptr;
+    if (group.getLength() < large) {
+        for (const libconfig::Setting& member : group)
+            if (name == member.getName()) return &member;
+        return nullptr;
+    }
+    const auto [entry, fresh] = index_->groups.try_emplace(&group);
+    if (fresh)
+        for (const libconfig::Setting& member : group) entry->second.emplace(member.getName(), &member);
+    const auto found = entry->second.find(name);
+    return found == entry->second.end() ? nullptr : found->second;
+}
+
+const libconfig::Setting* ConfigBase::findOwn(std::string_view path) const {
+    const libconfig::Setting* setting = &config_->getRoot();
+    while (setting && !path.empty()) setting = memberOf(*setting, takeName(path));
+    return setting;
+}
+
+const libconfig::Setting* ConfigBase::find(std::initializer_list<std::string_view> names) const {
+    const libconfig::Setting* setting = findOwn(section_);
+    for (const std::string_view name : names) setting = setting ? memberOf(*setting, name) : nullptr;
+    return setting || !parent_ ? setting : parent_->find(names);
+}
+
 const libconfig::Setting* ConfigBase::lookup(const std::string& path) const {
     if (!isPath(path)) return nullptr;
-    if (const std::string full = fullPath(path); config_->exists(full)) return &config_->lookup(full);
+    if (const libconfig::Setting* const setting = findOwn(fullPath(path))) return setting;
     return parent_ ? parent_->lookup(path) : nullptr;
 }
 
 std::string ConfigBase::findValidPartPath(const std::string& key, const CommonPart::PartSpec*) const {
     std::string full = fullPath(key);
-    return isPath(key) && config_->exists(full) ? full : std::string();
+    return isPath(key) && findOwn(full) ? full : std::string();
 }
 
 bool ConfigBase::isValidName(const std::string& name) { return isName(name); }

@@ -4,8 +4,10 @@
 #include "hdnt/platform/HCTMutex.h"
 #include "hdnt/platform/PartSpec.h"
 
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace libconfig {
 class Config;
@@ -19,7 +21,7 @@ class Setting;
 /// the operations do not lock by themselves.
 ///
 /// A path is names separated by dots. A name that libconfig cannot hold has no entry: it must begin with a letter or
-/// '*' and go on with letters, digits, '-', '_' and '*'. No look-up throws.
+/// '*' and go on with letters, digits, '-', '_' and '*'. No look-up throws but for lack of memory.
 class HDNT_API ConfigBase {
 public:
     /// An empty configuration. What it does not hold is looked up in the parent, which may be null, is not owned and
@@ -38,6 +40,9 @@ public:
 
     /// Null when there is no such setting. The settings belong to this object, or to the parent.
     const libconfig::Setting* lookup(const std::string& path) const;
+    /// The same for a path that is given name by name. Locks nothing and, but for the first look-up in a large group,
+    /// allocates nothing; a group is not searched from its start.
+    const libconfig::Setting* find(std::initializer_list<std::string_view> names) const;
     bool exists(const std::string& path) const { return lookup(path) != nullptr; }
     /// The path under which getLibConfig() holds the key; empty when it does not. The parent is not asked. The part may
     /// be null; there are no entries for single parts.
@@ -55,10 +60,15 @@ public:
     static std::string getDataLocation(const std::string& name);
 
 private:
+    struct Index;
+
+    const libconfig::Setting* findOwn(std::string_view path) const;
+    const libconfig::Setting* memberOf(const libconfig::Setting& group, std::string_view name) const;
     std::string fullPath(const std::string& path) const;
 
     ConfigBase* parent_;
     std::unique_ptr<libconfig::Config> config_;
+    std::unique_ptr<Index> index_; ///< of large groups, filled by look-ups
     std::string section_;
     HCTMutex mutex_;
 };
