@@ -3,6 +3,7 @@
 #include "hdnt/frontend/HDNTError.h"
 #include "hdnt/frontend/HDNTLimits.h"
 #include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/platform/SlabMemory.h"
 
 #include <algorithm>
 #include <charconv>
@@ -49,6 +50,9 @@ bool parseRangedName(const std::string& name, RangedName& out) {
 }
 
 } // namespace
+
+void* HDNTNode::operator new(std::size_t size) { return hdnt::platform::allocateObject(size); }
+void HDNTNode::operator delete(void* object, std::size_t size) noexcept { hdnt::platform::freeObject(object, size); }
 
 HDNTNode::~HDNTNode() = default;
 void HDNTNode::check() {}

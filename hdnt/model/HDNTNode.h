@@ -50,6 +50,10 @@ public:
     HDNTNode(const HDNTNode&) = default;
     HDNTNode& operator=(const HDNTNode&) = delete;
 
+    /// Model objects stand side by side in memory of their own. Any thread; `new (address)` needs `::new`.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* object, std::size_t size) noexcept;
+
     // The order of the virtual operations is part of the interface.
     virtual ~HDNTNode();
     /// Reports what is wrong with this object and what it owns, through HDNTError. By default nothing.

@@ -1,38 +1,71 @@
 #include "hdnt/platform/HSTUniqString.h"
 
+#include "hdnt/platform/SlabMemory.h"
+#include "hdnt/platform/SpinLock.h"
+#include "hdnt/platform/TextHash.h"
+
 #include <array>
-#include <functional>
 #include <mutex>
-#include <unordered_set>
+#include <vector>
+
+using hdnt::platform::textHash;
+
+void* HSTUniqString::Entry::operator new(std::size_t size) { return hdnt::platform::allocateObject(size); }
+void HSTUniqString::Entry::operator delete(void* entry, std::size_t size) noexcept {
+    hdnt::platform::freeObject(entry, size);
+}
 
 // Shards keep threads apart. An entry's count falls from one to zero only under its shard's lock, where look-ups raise
 // it too, so an entry that is found is never one that another thread is about to erase.
 struct HSTUniqString::Pool {
-    struct Key {
-        std::string_view text;
-        std::size_t hash;
-    };
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(const Key& key) const noexcept { return key.hash; }
-        std::size_t operator()(const Entry& entry) const noexcept { return hashOf(entry.text); }
-    };
-    struct Equal {
-        using is_transparent = void;
-        bool operator()(const Entry& a, const Entry& b) const noexcept { return a.text == b.text; }
-        bool operator()(const Key& a, const Entry& b) const noexcept { return a.text == b.text; }
-        bool operator()(const Entry& a, const Key& b) const noexcept { return a.text == b.text; }
-    };
-    struct Shard {
-        std::mutex mutex;
-        std::unordered_set<Entry, Hash, Equal> entries;
+    /// A table of chains: entries stay where they are, and keep their hash for the table to grow.
+    class Shard {
+    public:
+        hdnt::platform::SpinLock lock;
+
+        std::size_t size() const { return size_; }
+
+        const Entry& findOrAdd(std::string_view text, std::uint64_t hash) {
+            for (Entry* entry = *chainOf(hash); entry; entry = entry->next)
+                if (entry->hash == hash && entry->text == text) return *entry;
+            if (size_ == chains_.size()) grow();
+            Entry*& chain = *chainOf(hash);
+            chain = new Entry(text, hash, chain);
+            ++size_;
+            return *chain;
+        }
+
+        void erase(const Entry* entry) noexcept {
+            Entry** link = chainOf(entry->hash);
+            while (*link != entry) link = &(*link)->next;
+            *link = entry->next;
+            --size_;
+            delete entry;
+        }
+
+    private:
+        Entry** chainOf(std::uint64_t hash) { return &chains_[hash & (chains_.size() - 1)]; }
+
+        void grow() {
+            std::vector<Entry*> old(chains_.size() * 2);
+            old.swap(chains_);
+            for (Entry* chain : old) {
+                while (chain) {
+                    Entry* const entry = std::exchange(chain, chain->next);
+                    Entry** const link = chainOf(entry->hash);
+                    entry->next = std::exchange(*link, entry);
+                }
+            }
+        }
+
+        std::vector<Entry*> chains_ = std::vector<Entry*>(64); ///< their number is a power of two
+        std::size_t size_ = 0;
     };
 
-    static constexpr unsigned ShardBits = 4;
-    std::array<Shard, 1U << ShardBits> shards;
+    static constexpr unsigned shardBits = 4;
+    std::array<Shard, 1U << shardBits> shards;
 
-    static std::size_t hashOf(std::string_view text) noexcept { return std::hash<std::string_view>()(text); }
-    Shard& shardOf(std::size_t hash) noexcept { return shards[hash >> (8 * sizeof hash - ShardBits)]; }
+    Shard& shardOf(std::uint64_t hash) noexcept { return shards[hash >> (64 - shardBits)]; }
 
     static Pool& instance() {
         static Pool* const pool = new Pool;
@@ -42,13 +75,11 @@ struct HSTUniqString::Pool {
 
 HSTUniqString::HSTUniqString(std::string_view text) {
     if (text.empty()) return;
-    const Pool::Key key{text, Pool::hashOf(text)};
-    Pool::Shard& shard = Pool::instance().shardOf(key.hash);
-    const std::lock_guard lock(shard.mutex);
-    auto found = shard.entries.find(key);
-    if (found == shard.entries.end()) found = shard.entries.emplace(text).first;
-    found->references.fetch_add(1, std::memory_order_relaxed);
-    entry_ = &*found;
+    const std::uint64_t hash = textHash(text);
+    Pool::Shard& shard = Pool::instance().shardOf(hash);
+    const std::lock_guard lock(shard.lock);
+    entry_ = &shard.findOrAdd(text, hash);
+    entry_->references.fetch_add(1, std::memory_order_relaxed);
 }
 
 void HSTUniqString::drop(const Entry* entry) noexcept {
@@ -58,10 +89,9 @@ void HSTUniqString::drop(const Entry* entry) noexcept {
                                                     std::memory_order_relaxed))
             return;
     }
-    const Pool::Key key{entry->text, Pool::hashOf(entry->text)};
-    Pool::Shard& shard = Pool::instance().shardOf(key.hash);
-    const std::lock_guard lock(shard.mutex);
-    if (entry->references.fetch_sub(1, std::memory_order_acq_rel) == 1) shard.entries.erase(shard.entries.find(key));
+    Pool::Shard& shard = Pool::instance().shardOf(entry->hash);
+    const std::lock_guard lock(shard.lock);
+    if (entry->references.fetch_sub(1, std::memory_order_acq_rel) == 1) shard.erase(entry);
 }
 
 const std::string& HSTUniqString::emptyText() {
@@ -77,8 +107,8 @@ const char* HSTUniqString::internCString(std::string_view text) {
 std::size_t HSTUniqString::numTexts() {
     std::size_t count = 0;
     for (Pool::Shard& shard : Pool::instance().shards) {
-        const std::lock_guard lock(shard.mutex);
-        count += shard.entries.size();
+        const std::lock_guard lock(shard.lock);
+        count += shard.size();
     }
     return count;
 }

@@ -62,8 +62,13 @@ public:
 
 private:
     struct Entry {
-        explicit Entry(std::string_view t) : text(t) {}
+        Entry(std::string_view t, std::uint64_t h, Entry* n) : text(t), next(n), hash(h) {}
+        static void* operator new(std::size_t size);
+        static void operator delete(void* entry, std::size_t size) noexcept;
+
         const std::string text;
+        Entry* next; ///< the pool's
+        const std::uint64_t hash;
         mutable std::atomic<std::uint64_t> references{0};
     };
     struct Pool;

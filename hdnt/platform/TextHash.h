@@ -1,0 +1,62 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+// Hashes of short texts for tables in memory; never stored, since they differ from process to process.
+namespace hdnt::platform {
+
+/// Eight bytes with the ASCII letters among them in upper case.
+constexpr std::uint64_t upperCased(std::uint64_t bytes) {
+    constexpr std::uint64_t each = 0x0101010101010101;
+    const std::uint64_t low = bytes & each * 0x7f;
+    const std::uint64_t fromA = low + each * (0x80 - 'a');
+    const std::uint64_t pastZ = low + each * (0x7f - 'z');
+    const std::uint64_t lowerCase = fromA & ~pastZ & ~bytes & each * 0x80;
+    return bytes ^ lowerCase >> 2;
+}
+
+/// Where the process was loaded: so that texts which collide cannot be written beforehand.
+inline std::uint64_t hashSeed() {
+    static const char here = 0;
+    return reinterpret_cast<std::uintptr_t>(&here) * 0x9e3779b97f4a7c15;
+}
+
+inline std::uint64_t mixed(std::uint64_t hash, std::uint64_t bytes) {
+    hash = (hash ^ bytes) * 0x9e3779b97f4a7c15;
+    return hash ^ hash >> 32;
+}
+
+/// `fold` is applied to every eight bytes first. The last eight of a longer text may overlap those before them; zeros
+/// fill up a shorter one.
+template <typename Fold>
+std::uint64_t hashOf(std::string_view text, Fold&& fold) {
+    const char* p = text.data();
+    const char* const end = p + text.size();
+    std::uint64_t hash = hashSeed() ^ text.size();
+    std::uint64_t bytes = 0;
+    for (; end - p > 8; p += 8) {
+        std::memcpy(&bytes, p, sizeof bytes);
+        hash = mixed(hash, fold(bytes));
+    }
+    if (text.size() >= 8) {
+        std::memcpy(&bytes, end - 8, sizeof bytes);
+    } else {
+        for (unsigned shift = 0; p != end; ++p, shift += 8)
+            bytes |= static_cast<std::uint64_t>(static_cast<unsigned char>(*p)) << shift;
+    }
+    hash = mixed(hash, fold(bytes));
+    return mixed(hash, hash >> 29);
+}
+
+inline std::uint64_t textHash(std::string_view text) {
+    return hashOf(text, [](std::uint64_t bytes) { return bytes; });
+}
+
+/// The same for texts that differ in the case of ASCII letters alone.
+inline std::uint64_t caselessHash(std::string_view text) { return hashOf(text, upperCased); }
+
+} // namespace hdnt::platform
