@@ -3,6 +3,7 @@
 #include "hdnt/frontend/Scanner.h"
 
 #include <array>
+#include <cstdint>
 #include <string_view>
 
 namespace hdnt::frontend {
@@ -12,7 +13,10 @@ struct Keyword {
     int token;
 };
 
-/// Every reserved word of the language, "true", "false", INCLUDE and INLINE excepted, which are no tokens of their own.
+/// The words of the scanner's own statements, which are no tokens.
+enum FileKeyword : int { IncludeKeyword = -2, InlineKeyword = -3 };
+
+/// Every reserved word of the language.
 inline constexpr Keyword keywords[] = {
     {"library", T_Library},
     {"block", T_Block},
@@ -74,38 +78,67 @@ inline constexpr Keyword keywords[] = {
     {"mustConnect", T_MustConnect},
     {"active", T_Active},
     {"abstract", T_Abstract},
+    {"true", T_BoolConstant},
+    {"false", T_BoolConstant},
+    {"INCLUDE", IncludeKeyword},
+    {"INLINE", InlineKeyword},
 };
+
+/// The last eight characters of a word, put together while it is read: what tells words apart in one comparison.
+/// A word of up to eight characters is the only one of its length with its key.
+using WordKey = std::uint64_t;
+
+/// The key of a word with one character more.
+constexpr WordKey keyWith(WordKey key, char c) { return key << 8 | static_cast<unsigned char>(c); }
 
 namespace detail {
 
 constexpr size_t keywordSlots = 256;
 
-constexpr size_t keywordHash(std::string_view word) {
-    return (static_cast<unsigned char>(word.front()) * 7u + static_cast<unsigned char>(word.back()) * 31u +
-            word.size() * 5u) %
-           keywordSlots;
+struct KeywordSlot {
+    WordKey key = 0; ///< 0: empty
+    int token = 0;
+    unsigned char length = 0;
+    unsigned char keyword = 0; ///< index
+};
+
+constexpr WordKey keyOf(std::string_view word) {
+    WordKey key = 0;
+    for (const char c : word) key = keyWith(key, c);
+    return key;
 }
 
-consteval std::array<unsigned char, keywordSlots> makeKeywordIndex() {
-    std::array<unsigned char, keywordSlots> index{};
+// The upper bits of the product depend on all characters.
+constexpr size_t slotOf(WordKey key) { return (key * 0x9e3779b97f4a7c15U) >> 56; }
+constexpr size_t slotAfter(size_t slot) { return (slot + 1) % keywordSlots; }
+
+consteval std::array<KeywordSlot, keywordSlots> makeKeywordTable() {
+    std::array<KeywordSlot, keywordSlots> table{};
     for (size_t k = 0; k < std::size(keywords); ++k) {
-        size_t slot = keywordHash(keywords[k].spelling);
-        while (index[slot]) slot = (slot + 1) % keywordSlots;
-        index[slot] = static_cast<unsigned char>(k + 1);
+        const auto& [spelling, token] = keywords[k];
+        size_t slot = slotOf(keyOf(spelling));
+        while (table[slot].key) slot = slotAfter(slot);
+        table[slot] = {keyOf(spelling), token, static_cast<unsigned char>(spelling.size()),
+                       static_cast<unsigned char>(k)};
     }
-    return index;
+    return table;
 }
 
-inline constexpr auto keywordIndex = makeKeywordIndex();
+inline constexpr auto keywordTable = makeKeywordTable();
 
 } // namespace detail
 
-/// The token of a reserved word, 0 for any other text. `word` is not empty.
-inline int keywordToken(std::string_view word) {
-    for (size_t slot = detail::keywordHash(word); detail::keywordIndex[slot]; slot = (slot + 1) % detail::keywordSlots)
-        if (const Keyword& keyword = keywords[detail::keywordIndex[slot] - 1]; keyword.spelling == word)
-            return keyword.token;
-    return 0;
+/// The token of a reserved word, or its FileKeyword; 0 for any other text. `word` is not empty, and `key` is its key.
+inline int keywordToken(WordKey key, std::string_view word) {
+    for (size_t slot = detail::slotOf(key);; slot = detail::slotAfter(slot)) {
+        const detail::KeywordSlot& found = detail::keywordTable[slot];
+        if (!found.key) return 0;
+        if (found.key == key && found.length == word.size() &&
+            (word.size() <= sizeof key || keywords[found.keyword].spelling == word))
+            return found.token;
+    }
 }
+
+inline int keywordToken(std::string_view word) { return keywordToken(detail::keyOf(word), word); }
 
 } // namespace hdnt::frontend

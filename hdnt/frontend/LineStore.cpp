@@ -1,5 +1,7 @@
 #include "hdnt/frontend/LineStore.h"
 
+#include <algorithm>
+
 namespace hdnt::frontend {
 
 LineStore& LineStore::instance() {
@@ -7,20 +9,18 @@ LineStore& LineStore::instance() {
     return *store;
 }
 
-void LineStore::add(const std::shared_ptr<SourceText>& text, size_t offset, size_t length) {
-    if (texts_.empty() || texts_.back() != text) texts_.push_back(text);
-    lines_.push_back({static_cast<unsigned>(texts_.size() - 1), static_cast<unsigned>(length), offset});
-}
-
 void LineStore::clear() {
-    lines_ = {};
-    texts_ = {};
+    starts_ = {};
+    runs_ = {};
 }
 
 std::string_view LineStore::line(size_t n) const {
-    if (n == 0 || lines_.empty()) return "UNKNOWN LINE";
-    const Line& line = lines_[n > lines_.size() ? lines_.size() - 1 : n - 1];
-    return std::string_view(texts_[line.text]->bytes).substr(line.offset, line.length);
+    if (n == 0 || starts_.empty()) return "UNKNOWN LINE";
+    const size_t index = std::min(n, starts_.size()) - 1;
+    const auto after = std::upper_bound(runs_.begin(), runs_.end(), index,
+                                        [](size_t line, const Run& run) { return line < run.firstLine; });
+    const std::string_view rest = std::string_view(std::prev(after)->text->bytes).substr(starts_[index]);
+    return rest.substr(0, rest.find('\n'));
 }
 
 } // namespace hdnt::frontend

@@ -21,23 +21,27 @@ class LineStore {
 public:
     static LineStore& instance();
 
-    /// Adds the line of `length` bytes at `offset` of `text` (without its newline) and keeps the text alive.
-    void add(const std::shared_ptr<SourceText>& text, size_t offset, size_t length);
+    /// Adds the line that begins at `start` of `text`, and keeps the text alive. It ends where its newline or the text
+    /// does.
+    void add(const std::shared_ptr<SourceText>& text, size_t start) {
+        if (runs_.empty() || runs_.back().text != text) runs_.push_back({starts_.size(), text});
+        starts_.push_back(start);
+    }
     /// Forgets every line and lets go of the texts.
     void clear();
-    size_t size() const { return lines_.size(); }
+    size_t size() const { return starts_.size(); }
     /// Line n, counted from 1. The view holds until the store is cleared or the text grows. Past the end: the last
     /// line. "UNKNOWN LINE" for 0 and for an empty store.
     std::string_view line(size_t n) const;
 
 private:
-    struct Line {
-        unsigned text;
-        unsigned length;
-        size_t offset;
+    // Lines of one text that follow each other.
+    struct Run {
+        size_t firstLine; ///< index
+        std::shared_ptr<SourceText> text;
     };
-    std::vector<std::shared_ptr<SourceText>> texts_;
-    std::vector<Line> lines_;
+    std::vector<Run> runs_;
+    std::vector<size_t> starts_;
 };
 
 } // namespace hdnt::frontend

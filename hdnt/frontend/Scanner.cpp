@@ -16,15 +16,19 @@ namespace hdnt::frontend {
 
 namespace {
 
-enum class Kind : unsigned char { Other, Blank, Tab, Digit, Letter, Quote, Punctuation, Operator };
+// What a token may begin with; the kinds that words are made of come first.
+enum class Kind : unsigned char { Letter, Digit, Quote, Punctuation, Operator, Newline, Blank, Tab, Nul, Other };
 
 constexpr std::array<Kind, 256> makeKinds() {
     std::array<Kind, 256> kinds{};
+    kinds.fill(Kind::Other);
     for (unsigned c = '0'; c <= '9'; ++c) kinds[c] = Kind::Digit;
     for (unsigned c = 'a'; c <= 'z'; ++c) kinds[c] = kinds[c - 'a' + 'A'] = Kind::Letter;
     kinds['_'] = Kind::Letter;
     kinds[' '] = Kind::Blank;
     kinds['\t'] = Kind::Tab;
+    kinds['\n'] = Kind::Newline;
+    kinds['\0'] = Kind::Nul;
     kinds['"'] = Kind::Quote;
     for (const char c : std::string_view("$%()*+,.:;[]{}")) kinds[static_cast<unsigned char>(c)] = Kind::Punctuation;
     for (const char c : std::string_view("-/<>=!&|")) kinds[static_cast<unsigned char>(c)] = Kind::Operator;
@@ -35,7 +39,7 @@ constexpr auto kinds = makeKinds();
 
 Kind kindOf(char c) { return kinds[static_cast<unsigned char>(c)]; }
 bool isDigit(char c) { return kindOf(c) == Kind::Digit; }
-bool isWordPart(char c) { return kindOf(c) == Kind::Letter || kindOf(c) == Kind::Digit; }
+bool isWordPart(char c) { return kindOf(c) <= Kind::Digit; }
 bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 
 const char* skipDigits(const char* p) {
@@ -44,7 +48,7 @@ const char* skipDigits(const char* p) {
 }
 
 // What strtol gives in 64 bits, saturated, cut to its low 32 bits.
-int intValue(const char* start, const char* end) {
+int saturatedValue(const char* start, const char* end) {
     long value = 0;
     if (std::from_chars(start, end, value).ec == std::errc::result_out_of_range)
         value = *start == '-' ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
@@ -99,11 +103,10 @@ void Scanner::newline() {
 }
 
 // The newline behind a line's last token; the next line is captured before its first.
-int Scanner::endLine() {
+void Scanner::endLine() {
     newline();
     pendingCapture_ = true;
-    pushState(State::LineCapture);
-    return StateChanged;
+    captureLine();
 }
 
 // One column further than usual tab stops after a tab in column 8, 16, ...: the columns that reports underline.
@@ -115,7 +118,7 @@ void Scanner::tab() {
 
 int Scanner::accept(const char* start, const char* end, int token) {
     matchLength_ = static_cast<size_t>(end - start);
-    matchStart_ = static_cast<size_t>(start - buffers_.back()->text->bytes.data());
+    matchStart_ = static_cast<size_t>(start - textBegin_);
     locate(matchLength_);
     cursor_ = end;
     return token;
@@ -129,23 +132,17 @@ int Scanner::endPiece(Piece piece) {
     return piece;
 }
 
+// Stores the coming line, and the empty ones before it.
 void Scanner::captureLine() {
-    if (!lineEnd_) findLineEnd();
-    const std::shared_ptr<SourceText>& text = buffers_.back()->text;
-    const size_t offset = static_cast<size_t>(cursor_ - text->bytes.data());
-    const size_t length = static_cast<size_t>(lineEnd_ - cursor_);
-    if (length > 0) {
-        pendingCapture_ = false;
-        if (!pieces_) LineStore::instance().add(text, offset, length);
-        locate(length);
-        column_ = 1;
-        popState();
-    } else if (atEnd()) {
-        popState();
-    } else {
+    for (;;) {
+        if (!lineEnd_) findLineEnd();
+        if (atEnd()) return;
+        if (!pieces_) lines_.add(buffers_.back()->text, static_cast<size_t>(cursor_ - textBegin_));
+        if (cursor_ != lineEnd_) break;
         newline();
-        if (!pieces_) LineStore::instance().add(text, offset, 0);
     }
+    pendingCapture_ = false;
+    column_ = 1;
 }
 
 int Scanner::skipComment() {
@@ -159,7 +156,8 @@ int Scanner::skipComment() {
         if (*cursor_ == '\t') {
             tab();
         } else {
-            locate(1);
+            if (cursor_ + 1 == textEnd_) locate(1);
+            else ++column_;
             ++cursor_;
         }
     }
@@ -168,11 +166,15 @@ int Scanner::skipComment() {
         HDNTError::notify({HDNTNotice::Kind::UnterminatedComment, commentStart_, {}, {}});
         return 0;
     }
-    return endLine();
+    endLine();
+    return StateChanged;
 }
 
 int Scanner::scanNumber(const char* start, bool negative) {
-    const char* end = skipDigits(negative ? start + 1 : start);
+    constexpr ptrdiff_t longestExact = 18; // more characters may be more than 64 bits hold
+    const char* end = negative ? start + 1 : start;
+    unsigned long value = 0;
+    for (; isDigit(*end); ++end) value = value * 10 + static_cast<unsigned long>(*end - '0');
     if (!negative && *end == '\'' && (end[1] == 'h' || end[1] == 'b')) {
         const bool hex = end[1] == 'h';
         end += 2;
@@ -185,7 +187,8 @@ int Scanner::scanNumber(const char* start, bool negative) {
         HDNTParserlval.doubleValue = doubleValue(start, end);
         return accept(start, end, T_DoubleConstant);
     }
-    HDNTParserlval.intValue = intValue(start, end);
+    if (end - start > longestExact) HDNTParserlval.intValue = saturatedValue(start, end);
+    else HDNTParserlval.intValue = static_cast<int>(static_cast<unsigned>(negative ? 0 - value : value));
     return accept(start, end, T_IntConstant);
 }
 
@@ -206,21 +209,24 @@ int Scanner::scanString(const char* start) {
     return StateChanged;
 }
 
-int Scanner::scanIdentifier(const char* start) {
-    const char* end = start + 1;
-    while (isWordPart(*end)) ++end;
+int Scanner::beginFileStatement(int keyword) {
+    pieceStart_ = matchStart_;
+    if (keyword == InlineKeyword) pushState(State::InlineFile);
+    else state_ = State::IncludeFile;
+    return StateChanged;
+}
+
+int Scanner::scanWord(const char* start) {
+    const char* end = start;
+    WordKey key = 0;
+    do key = keyWith(key, *end);
+    while (isWordPart(*++end));
     const std::string_view word(start, static_cast<size_t>(end - start));
-    if (word == "INCLUDE" || word == "INLINE") {
-        accept(start, end, 0);
-        pieceStart_ = matchStart_;
-        if (word == "INLINE") pushState(State::InlineFile);
-        else state_ = State::IncludeFile;
-        return StateChanged;
-    }
-    if (const int token = keywordToken(word)) return accept(start, end, token);
-    if (word == "true" || word == "false") {
-        HDNTParserlval.boolValue = word == "true";
-        return accept(start, end, T_BoolConstant);
+    if (const int token = keywordToken(key, word)) {
+        accept(start, end, token);
+        if (token < 0) return beginFileStatement(token);
+        if (token == T_BoolConstant) HDNTParserlval.boolValue = *start == 't';
+        return token;
     }
     accept(start, end, T_Identifier);
     constexpr size_t room = sizeof HDNTParserlval.identifier;
@@ -277,48 +283,57 @@ int Scanner::scanOperator(const char* start) {
     return accept(start, start + 1, first);
 }
 
-// One token, or StateChanged when the caller has to look at the state again.
-int Scanner::scanLine() {
+// Blanks leave no trace but the column, unless the text ends with them.
+void Scanner::skipBlanks() {
+    const char* end = cursor_;
+    while (*end == ' ') ++end;
+    if (end == textEnd_) return;
+    column_ += static_cast<int>(end - cursor_);
+    cursor_ = end;
+}
+
+// One token, or StateChanged when the caller has to look at the state again. Every text has a zero behind its end.
+int Scanner::scanText() {
     if (!lineEnd_) findLineEnd();
-    while (cursor_ != lineEnd_) {
+    for (;;) {
+        skipBlanks();
         const char* const start = cursor_;
         switch (kindOf(*start)) {
-        case Kind::Blank: {
-            const char* end = start + 1;
-            while (*end == ' ') ++end;
-            accept(start, end, 0);
-            break;
-        }
-        case Kind::Tab: tab(); break;
-        case Kind::Letter: return scanIdentifier(start);
+        case Kind::Letter: return scanWord(start);
         case Kind::Digit: return scanNumber(start, false);
         case Kind::Quote: return scanString(start);
         case Kind::Punctuation: return accept(start, start + 1, *start);
         case Kind::Operator: return scanOperator(start);
+        case Kind::Newline: endLine(); break;
+        case Kind::Blank: accept(start, textEnd_, 0); break;
+        case Kind::Tab: tab(); break;
+        case Kind::Nul:
+            if (atEnd()) return endOfInput() ? StateChanged : 0;
+            [[fallthrough]];
         case Kind::Other:
             accept(start, start + 1, 0);
             HDNTError::UnrecogChar(&HDNTParserlloc, *start);
             break;
         }
     }
-    if (atEnd()) return endOfInput() ? StateChanged : 0;
-    return endLine();
 }
 
 int Scanner::next() {
-    load();
+    if (!cursor_) load();
     int token = StateChanged;
     while (token == StateChanged) {
         switch (state_) {
-        case State::LineCapture: captureLine(); break;
+        case State::LineCapture:
+            captureLine();
+            popState();
+            break;
         case State::Comment: token = skipComment(); break;
         case State::IncludeFile:
         case State::InlineFile: token = fileStatement(); break;
         case State::Initial:
-        case State::Normal: token = scanLine(); break;
+        case State::Normal: token = scanText(); break;
         }
     }
-    unload();
     return token;
 }
 

@@ -58,7 +58,8 @@ int Scanner::fileStatement() {
         }
     }
     if (atEnd()) return endOfInput() ? StateChanged : 0;
-    return endLine();
+    endLine();
+    return StateChanged;
 }
 
 void Scanner::passOver(bool once) {
@@ -111,7 +112,6 @@ bool Scanner::open(const std::string& path, bool once) {
     buffers_.back() = new yy_buffer_state;
     buffers_.back()->ownedByScanner = true;
     buffers_.back()->text = std::move(text);
-    cursor_ = nullptr;
     load();
     fileName_ = HSTUniqString::internCString(path);
     openedFiles_.push_back(path);
@@ -128,7 +128,6 @@ bool Scanner::endOfInput() {
     const SavedInput saved = saved_.back();
     saved_.pop_back();
     buffers_.back() = saved.buffer;
-    cursor_ = nullptr;
     load();
     fileName_ = saved.fileName;
     line_ = saved.line + 1;

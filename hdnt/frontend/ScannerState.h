@@ -15,7 +15,7 @@
 struct yy_buffer_state {
     std::shared_ptr<hdnt::frontend::SourceText> text = std::make_shared<hdnt::frontend::SourceText>();
     std::istream* input = nullptr; ///< null: the text is complete
-    size_t position = 0;           ///< of the next byte to scan, written back after each token
+    size_t position = 0;           ///< of the next byte to scan, written back when another input becomes current
     bool ownedByScanner = false;   ///< made for an included file, or for a stream that was set without a buffer
 };
 
@@ -93,10 +93,10 @@ private:
     static constexpr int StateChanged = -1;
 
     // Scanner.cpp
-    int scanLine();
+    int scanText();
     int scanNumber(const char* start, bool negative);
     int scanString(const char* start);
-    int scanIdentifier(const char* start);
+    int scanWord(const char* start);
     int scanOperator(const char* start);
     void captureLine();
     int skipComment();
@@ -104,8 +104,10 @@ private:
     int endPiece(Piece piece);
     void locate(size_t length);
     void newline();
-    int endLine();
+    void endLine();
     void tab();
+    void skipBlanks();
+    int beginFileStatement(int keyword);
     void pushState(State state);
     void popState();
 
@@ -141,8 +143,9 @@ private:
     int storeOffset_ = 0;
     const char* fileName_ = nullptr;
 
-    const char* cursor_ = nullptr;  ///< next byte; the text below it is loaded while a call of next() runs
+    const char* cursor_ = nullptr;  ///< next byte; null: the current buffer is not loaded
     const char* lineEnd_ = nullptr; ///< newline or end of text behind cursor_; null when not looked for yet
+    const char* textBegin_ = nullptr;
     const char* textEnd_ = nullptr;
     size_t matchStart_ = 0;
     size_t matchLength_ = 0;
@@ -156,6 +159,7 @@ private:
     std::vector<std::string> openedFiles_;
     std::istream* input_ = nullptr;
     FILE* output_ = nullptr;
+    LineStore& lines_ = LineStore::instance();
 };
 
 } // namespace hdnt::frontend
