@@ -17,7 +17,7 @@ namespace hdnt::frontend {
 namespace {
 
 // What a token may begin with; the kinds that words are made of come first.
-enum class Kind : unsigned char { Letter, Digit, Quote, Punctuation, Operator, Newline, Blank, Tab, Nul, Other };
+enum class Kind : unsigned char { Letter, Digit, Quote, Punctuation, Operator, Newline, Tab, Nul, Other };
 
 constexpr std::array<Kind, 256> makeKinds() {
     std::array<Kind, 256> kinds{};
@@ -25,7 +25,6 @@ constexpr std::array<Kind, 256> makeKinds() {
     for (unsigned c = '0'; c <= '9'; ++c) kinds[c] = Kind::Digit;
     for (unsigned c = 'a'; c <= 'z'; ++c) kinds[c] = kinds[c - 'a' + 'A'] = Kind::Letter;
     kinds['_'] = Kind::Letter;
-    kinds[' '] = Kind::Blank;
     kinds['\t'] = Kind::Tab;
     kinds['\n'] = Kind::Newline;
     kinds['\0'] = Kind::Nul;
@@ -66,11 +65,6 @@ double doubleValue(const char* start, const char* end) {
 
 } // namespace
 
-Scanner& Scanner::instance() {
-    static Scanner* const scanner = new Scanner; // never destroyed: its tables stay reachable until the process ends
-    return *scanner;
-}
-
 void Scanner::pushState(State state) {
     states_.push_back(state_);
     state_ = state;
@@ -82,24 +76,25 @@ void Scanner::popState() {
     states_.pop_back();
 }
 
-void Scanner::locate(size_t length) {
+// The place of what begins at the offset.
+void Scanner::locate(ptrdiff_t offset, ptrdiff_t length) {
     yyltype& location = HDNTParserlloc;
+    const int column = static_cast<int>(offset - columnZero_);
     location.fileName = fileName_;
     location.fileLine = line_;
     location.first_line = globalLine_;
-    location.first_column = column_;
-    column_ += static_cast<int>(length);
-    location.last_column = column_ - 1;
+    location.first_column = column;
+    location.last_column = column + static_cast<int>(length) - 1;
     location.storeOffset = storeOffset_;
 }
 
 void Scanner::newline() {
-    locate(1);
+    locate(cursor_ - textBegin_, 1);
     ++cursor_;
     lineEnd_ = nullptr;
     ++line_;
     ++globalLine_;
-    column_ = 1;
+    setColumn(1);
 }
 
 // The newline behind a line's last token; the next line is captured before its first.
@@ -111,15 +106,15 @@ void Scanner::endLine() {
 
 // One column further than usual tab stops after a tab in column 8, 16, ...: the columns that reports underline.
 void Scanner::tab() {
-    locate(1);
+    locate(cursor_ - textBegin_, 1);
     ++cursor_;
-    column_ = column_ - column_ % 8 + 9;
+    setColumn(column() - column() % 8 + 9);
 }
 
 int Scanner::accept(const char* start, const char* end, int token) {
     matchLength_ = static_cast<size_t>(end - start);
     matchStart_ = static_cast<size_t>(start - textBegin_);
-    locate(matchLength_);
+    locate(start - textBegin_, end - start);
     cursor_ = end;
     return token;
 }
@@ -137,12 +132,15 @@ void Scanner::captureLine() {
     for (;;) {
         if (!lineEnd_) findLineEnd();
         if (atEnd()) return;
-        if (!pieces_) lines_.add(buffers_.back()->text, static_cast<size_t>(cursor_ - textBegin_));
+        if (!pieces_) {
+            lines_.add(buffers_.back()->text, static_cast<size_t>(cursor_ - textBegin_),
+                       static_cast<size_t>(lineEnd_ - textBegin_));
+        }
         if (cursor_ != lineEnd_) break;
         newline();
     }
     pendingCapture_ = false;
-    column_ = 1;
+    setColumn(1);
 }
 
 int Scanner::skipComment() {
@@ -156,8 +154,7 @@ int Scanner::skipComment() {
         if (*cursor_ == '\t') {
             tab();
         } else {
-            if (cursor_ + 1 == textEnd_) locate(1);
-            else ++column_;
+            if (cursor_ + 1 == textEnd_) locate(cursor_ - textBegin_, 1);
             ++cursor_;
         }
     }
@@ -283,32 +280,31 @@ int Scanner::scanOperator(const char* start) {
     return accept(start, start + 1, first);
 }
 
-// Blanks leave no trace but the column, unless the text ends with them.
-void Scanner::skipBlanks() {
-    const char* end = cursor_;
-    while (*end == ' ') ++end;
-    if (end == textEnd_) return;
-    column_ += static_cast<int>(end - cursor_);
-    cursor_ = end;
-}
-
 // One token, or StateChanged when the caller has to look at the state again. Every text has a zero behind its end.
 int Scanner::scanText() {
     if (!lineEnd_) findLineEnd();
     for (;;) {
-        skipBlanks();
-        const char* const start = cursor_;
+        const char* start = cursor_;
+        while (*start == ' ') ++start;
         switch (kindOf(*start)) {
         case Kind::Letter: return scanWord(start);
         case Kind::Digit: return scanNumber(start, false);
         case Kind::Quote: return scanString(start);
         case Kind::Punctuation: return accept(start, start + 1, *start);
         case Kind::Operator: return scanOperator(start);
-        case Kind::Newline: endLine(); break;
-        case Kind::Blank: accept(start, textEnd_, 0); break;
-        case Kind::Tab: tab(); break;
+        case Kind::Newline:
+            cursor_ = start;
+            endLine();
+            break;
+        case Kind::Tab:
+            cursor_ = start;
+            tab();
+            break;
         case Kind::Nul:
-            if (atEnd()) return endOfInput() ? StateChanged : 0;
+            if (start == textEnd_) {
+                if (start != cursor_) accept(cursor_, start, 0); // blanks have a place only where nothing follows them
+                return endOfInput() ? StateChanged : 0;
+            }
             [[fallthrough]];
         case Kind::Other:
             accept(start, start + 1, 0);
@@ -318,23 +314,21 @@ int Scanner::scanText() {
     }
 }
 
+int Scanner::scanBesideText() {
+    if (state_ == State::Comment) return skipComment();
+    if (state_ != State::LineCapture) return fileStatement();
+    captureLine();
+    popState();
+    return StateChanged;
+}
+
 int Scanner::next() {
     if (!cursor_) load();
-    int token = StateChanged;
-    while (token == StateChanged) {
-        switch (state_) {
-        case State::LineCapture:
-            captureLine();
-            popState();
-            break;
-        case State::Comment: token = skipComment(); break;
-        case State::IncludeFile:
-        case State::InlineFile: token = fileStatement(); break;
-        case State::Initial:
-        case State::Normal: token = scanText(); break;
-        }
+    for (;;) {
+        const bool inText = state_ == State::Normal || state_ == State::Initial;
+        const int token = inText ? scanText() : scanBesideText();
+        if (token != StateChanged) return token;
     }
-    return token;
 }
 
 } // namespace hdnt::frontend

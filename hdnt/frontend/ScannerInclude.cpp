@@ -70,7 +70,7 @@ void Scanner::passOver(bool once) {
 // The statement's line is done with: back to the state around it, and on to the next line.
 void Scanner::endStatement(bool once) {
     ++globalLine_;
-    column_ = 1;
+    setColumn(1);
     if (once) state_ = State::Normal;
     else popState();
     pendingCapture_ = true;
@@ -124,6 +124,7 @@ bool Scanner::open(const std::string& path, bool once) {
 bool Scanner::endOfInput() {
     if (debug_) std::puts("FILE ENDED");
     if (saved_.empty()) return false;
+    unload();
     delete buffers_.back();
     const SavedInput saved = saved_.back();
     saved_.pop_back();
@@ -134,7 +135,7 @@ bool Scanner::endOfInput() {
     pushState(State::LineCapture);
     if (!pendingCapture_) {
         ++globalLine_;
-        column_ = 1;
+        setColumn(1);
     }
     pendingCapture_ = true;
     return true;

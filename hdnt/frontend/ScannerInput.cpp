@@ -26,11 +26,13 @@ void Scanner::load() {
     cursor_ = textBegin_ + buffer.position;
     textEnd_ = bytes.data() + bytes.size();
     lineEnd_ = nullptr;
+    setColumn(column_);
 }
 
-// To be called before another input becomes current, and before the position is read.
+// To be called before another input becomes current, and before position and column are read or set.
 void Scanner::unload() {
     if (!cursor_) return;
+    column_ = column();
     buffers_.back()->position = static_cast<size_t>(cursor_ - textBegin_);
     cursor_ = nullptr;
 }
@@ -75,6 +77,7 @@ char* Scanner::matchText() {
 }
 
 void Scanner::init() {
+    unload();
     debug_ = !pieces_ && std::getenv("NTL_DEBUG") != nullptr;
     states_.clear();
     state_ = State::Normal;
@@ -94,11 +97,11 @@ void Scanner::init() {
 // Back to the input that the open INCLUDE and INLINE statements stand in.
 void Scanner::closeIncludes() {
     if (saved_.empty()) return;
+    unload();
     delete buffers_.back();
     buffers_.back() = saved_.front().buffer;
     for (size_t i = 1; i < saved_.size(); ++i) delete saved_[i].buffer;
     saved_.clear();
-    cursor_ = nullptr;
 }
 
 // Forgets the inputs around the current one, whose scan was given up. Those a host made are the host's to delete.
@@ -136,10 +139,10 @@ void Scanner::destroy() {
 }
 
 void Scanner::setInputOf(yy_buffer_state& buffer, std::istream* input) {
+    unload();
     buffer.text = std::make_shared<SourceText>();
     buffer.position = 0;
     buffer.input = input;
-    if (&buffer == buffers_.back()) cursor_ = nullptr;
 }
 
 void Scanner::restart(std::istream* input) {
@@ -171,13 +174,13 @@ void Scanner::push(yy_buffer_state* buffer) {
 
 void Scanner::pop() {
     if (buffers_.empty()) return;
+    unload();
     delete buffers_.back();
     buffers_.pop_back();
-    cursor_ = nullptr;
 }
 
 void Scanner::forget(yy_buffer_state* buffer) {
-    if (!buffers_.empty() && buffers_.back() == buffer) cursor_ = nullptr;
+    unload();
     std::replace(buffers_.begin(), buffers_.end(), buffer, static_cast<yy_buffer_state*>(nullptr));
     for (SavedInput& saved : saved_)
         if (saved.buffer == buffer) saved.buffer = nullptr;
@@ -186,8 +189,8 @@ void Scanner::forget(yy_buffer_state* buffer) {
 
 void Scanner::flush(yy_buffer_state* buffer) {
     if (!buffer) return;
+    unload();
     buffer->position = buffer->text->bytes.size();
-    if (!buffers_.empty() && buffers_.back() == buffer) cursor_ = nullptr;
 }
 
 } // namespace hdnt::frontend

@@ -31,7 +31,11 @@ namespace hdnt::frontend {
 /// a stream never has to be refilled inside a token.
 class Scanner {
 public:
-    static Scanner& instance();
+    static Scanner& instance() {
+        static Scanner* const scanner =
+            new Scanner; // never destroyed: its tables stay reachable until the process ends
+        return *scanner;
+    }
 
     int next();
 
@@ -94,6 +98,7 @@ private:
 
     // Scanner.cpp
     int scanText();
+    int scanBesideText();
     int scanNumber(const char* start, bool negative);
     int scanString(const char* start);
     int scanWord(const char* start);
@@ -102,11 +107,12 @@ private:
     int skipComment();
     int accept(const char* start, const char* end, int token);
     int endPiece(Piece piece);
-    void locate(size_t length);
+    void locate(ptrdiff_t offset, ptrdiff_t length);
+    int column() const { return static_cast<int>(cursor_ - textBegin_ - columnZero_); }
+    void setColumn(int column) { columnZero_ = cursor_ - textBegin_ - column; }
     void newline();
     void endLine();
     void tab();
-    void skipBlanks();
     int beginFileStatement(int keyword);
     void pushState(State state);
     void popState();
@@ -139,7 +145,7 @@ private:
     bool pieces_ = false;
     int line_ = 1;
     int globalLine_ = 1;
-    int column_ = 1;
+    int column_ = 1; ///< of the next byte, while no buffer is loaded
     int storeOffset_ = 0;
     const char* fileName_ = nullptr;
 
@@ -147,6 +153,7 @@ private:
     const char* lineEnd_ = nullptr; ///< newline or end of text behind cursor_; null when not looked for yet
     const char* textBegin_ = nullptr;
     const char* textEnd_ = nullptr;
+    ptrdiff_t columnZero_ = 0; ///< the column of a byte is its offset less this: nothing has to count along
     size_t matchStart_ = 0;
     size_t matchLength_ = 0;
     size_t pieceStart_ = 0;
