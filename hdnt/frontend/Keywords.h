@@ -91,35 +91,34 @@ using WordKey = std::uint64_t;
 /// The key of a word with one character more.
 constexpr WordKey keyWith(WordKey key, char c) { return key << 8 | static_cast<unsigned char>(c); }
 
-namespace detail {
-
-constexpr size_t keywordSlots = 256;
-
-struct KeywordSlot {
-    WordKey key = 0; ///< 0: empty
-    int token = 0;
-    unsigned char length = 0;
-    unsigned char keyword = 0; ///< index
-};
-
 constexpr WordKey keyOf(std::string_view word) {
     WordKey key = 0;
     for (const char c : word) key = keyWith(key, c);
     return key;
 }
 
-// The upper bits of the product depend on all characters.
-constexpr size_t slotOf(WordKey key) { return (key * 0x9e3779b97f4a7c15U) >> 56; }
-constexpr size_t slotAfter(size_t slot) { return (slot + 1) % keywordSlots; }
+namespace detail {
+
+struct KeywordSlot {
+    WordKey key = 0;
+    WordKey head = 0; ///< key of the first eight characters, of those that are longer
+    int token = 0;
+    unsigned length = 0;
+};
+
+constexpr size_t keywordSlots = 256;
+
+// The factor was found by trial: no two keywords meet in a slot. Another one is due when a new keyword does not
+// compile.
+constexpr size_t slotOf(WordKey key) { return (key * 0xc4c89b9bdb31f2dfU) >> 56; }
 
 consteval std::array<KeywordSlot, keywordSlots> makeKeywordTable() {
     std::array<KeywordSlot, keywordSlots> table{};
-    for (size_t k = 0; k < std::size(keywords); ++k) {
-        const auto& [spelling, token] = keywords[k];
-        size_t slot = slotOf(keyOf(spelling));
-        while (table[slot].key) slot = slotAfter(slot);
-        table[slot] = {keyOf(spelling), token, static_cast<unsigned char>(spelling.size()),
-                       static_cast<unsigned char>(k)};
+    for (const auto& [spelling, token] : keywords) {
+        KeywordSlot& slot = table[slotOf(keyOf(spelling))];
+        if (slot.key || spelling.size() > 2 * sizeof slot.key) throw "two keywords in a slot, or one that is too long";
+        slot = {keyOf(spelling), keyOf(spelling.substr(0, sizeof slot.key)), token,
+                static_cast<unsigned>(spelling.size())};
     }
     return table;
 }
@@ -130,15 +129,11 @@ inline constexpr auto keywordTable = makeKeywordTable();
 
 /// The token of a reserved word, or its FileKeyword; 0 for any other text. `word` is not empty, and `key` is its key.
 inline int keywordToken(WordKey key, std::string_view word) {
-    for (size_t slot = detail::slotOf(key);; slot = detail::slotAfter(slot)) {
-        const detail::KeywordSlot& found = detail::keywordTable[slot];
-        if (!found.key) return 0;
-        if (found.key == key && found.length == word.size() &&
-            (word.size() <= sizeof key || keywords[found.keyword].spelling == word))
-            return found.token;
-    }
+    const detail::KeywordSlot& slot = detail::keywordTable[detail::slotOf(key)];
+    if (slot.key != key || slot.length != word.size()) return 0;
+    return word.size() <= sizeof key || slot.head == keyOf(word.substr(0, sizeof key)) ? slot.token : 0;
 }
 
-inline int keywordToken(std::string_view word) { return keywordToken(detail::keyOf(word), word); }
+inline int keywordToken(std::string_view word) { return keywordToken(keyOf(word), word); }
 
 } // namespace hdnt::frontend

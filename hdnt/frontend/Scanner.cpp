@@ -218,13 +218,16 @@ int Scanner::scanWord(const char* start) {
     WordKey key = 0;
     do key = keyWith(key, *end);
     while (isWordPart(*++end));
+    const int token = keywordToken(key, {start, static_cast<size_t>(end - start)});
+    if (token == 0) return acceptIdentifier(start, end);
+    accept(start, end, token);
+    if (token < 0) return beginFileStatement(token);
+    if (token == T_BoolConstant) HDNTParserlval.boolValue = *start == 't';
+    return token;
+}
+
+int Scanner::acceptIdentifier(const char* start, const char* end) {
     const std::string_view word(start, static_cast<size_t>(end - start));
-    if (const int token = keywordToken(key, word)) {
-        accept(start, end, token);
-        if (token < 0) return beginFileStatement(token);
-        if (token == T_BoolConstant) HDNTParserlval.boolValue = *start == 't';
-        return token;
-    }
     accept(start, end, T_Identifier);
     constexpr size_t room = sizeof HDNTParserlval.identifier;
     if (word.size() >= room) HDNTError::LongIdentifier(&HDNTParserlloc, std::string(word).c_str());

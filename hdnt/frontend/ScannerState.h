@@ -102,6 +102,7 @@ private:
     int scanNumber(const char* start, bool negative);
     int scanString(const char* start);
     int scanWord(const char* start);
+    int acceptIdentifier(const char* start, const char* end);
     int scanOperator(const char* start);
     void captureLine();
     int skipComment();
