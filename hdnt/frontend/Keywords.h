@@ -3,6 +3,7 @@
 #include "hdnt/frontend/Scanner.h"
 
 #include <array>
+#include <cstdint>
 #include <string_view>
 
 namespace hdnt::frontend {
@@ -12,7 +13,10 @@ struct Keyword {
     int token;
 };
 
-/// Every reserved word of the language, "true", "false", INCLUDE and INLINE excepted, which are no tokens of their own.
+/// The words of the scanner's own statements, which are no tokens.
+enum FileKeyword : int { IncludeKeyword = -2, InlineKeyword = -3 };
+
+/// Every reserved word of the language.
 inline constexpr Keyword keywords[] = {
     {"library", T_Library},
     {"block", T_Block},
@@ -74,38 +78,62 @@ inline constexpr Keyword keywords[] = {
     {"mustConnect", T_MustConnect},
     {"active", T_Active},
     {"abstract", T_Abstract},
+    {"true", T_BoolConstant},
+    {"false", T_BoolConstant},
+    {"INCLUDE", IncludeKeyword},
+    {"INLINE", InlineKeyword},
 };
+
+/// The last eight characters of a word, put together while it is read: what tells words apart in one comparison.
+/// A word of up to eight characters is the only one of its length with its key.
+using WordKey = std::uint64_t;
+
+/// The key of a word with one character more.
+constexpr WordKey keyWith(WordKey key, char c) { return key << 8 | static_cast<unsigned char>(c); }
+
+constexpr WordKey keyOf(std::string_view word) {
+    WordKey key = 0;
+    for (const char c : word) key = keyWith(key, c);
+    return key;
+}
 
 namespace detail {
 
+struct KeywordSlot {
+    WordKey key = 0;
+    WordKey head = 0; ///< key of the first eight characters, of those that are longer
+    int token = 0;
+    unsigned length = 0;
+};
+
 constexpr size_t keywordSlots = 256;
 
-constexpr size_t keywordHash(std::string_view word) {
-    return (static_cast<unsigned char>(word.front()) * 7u + static_cast<unsigned char>(word.back()) * 31u +
-            word.size() * 5u) %
-           keywordSlots;
-}
+// The factor was found by trial: no two keywords meet in a slot. Another one is due when a new keyword does not
+// compile.
+constexpr size_t slotOf(WordKey key) { return (key * 0xc4c89b9bdb31f2dfU) >> 56; }
 
-consteval std::array<unsigned char, keywordSlots> makeKeywordIndex() {
-    std::array<unsigned char, keywordSlots> index{};
-    for (size_t k = 0; k < std::size(keywords); ++k) {
-        size_t slot = keywordHash(keywords[k].spelling);
-        while (index[slot]) slot = (slot + 1) % keywordSlots;
-        index[slot] = static_cast<unsigned char>(k + 1);
+consteval std::array<KeywordSlot, keywordSlots> makeKeywordTable() {
+    std::array<KeywordSlot, keywordSlots> table{};
+    for (const auto& [spelling, token] : keywords) {
+        KeywordSlot& slot = table[slotOf(keyOf(spelling))];
+        if (slot.key || spelling.size() > 2 * sizeof slot.key) throw "two keywords in a slot, or one that is too long";
+        slot = {keyOf(spelling), keyOf(spelling.substr(0, sizeof slot.key)), token,
+                static_cast<unsigned>(spelling.size())};
     }
-    return index;
+    return table;
 }
 
-inline constexpr auto keywordIndex = makeKeywordIndex();
+inline constexpr auto keywordTable = makeKeywordTable();
 
 } // namespace detail
 
-/// The token of a reserved word, 0 for any other text. `word` is not empty.
-inline int keywordToken(std::string_view word) {
-    for (size_t slot = detail::keywordHash(word); detail::keywordIndex[slot]; slot = (slot + 1) % detail::keywordSlots)
-        if (const Keyword& keyword = keywords[detail::keywordIndex[slot] - 1]; keyword.spelling == word)
-            return keyword.token;
-    return 0;
+/// The token of a reserved word, or its FileKeyword; 0 for any other text. `word` is not empty, and `key` is its key.
+inline int keywordToken(WordKey key, std::string_view word) {
+    const detail::KeywordSlot& slot = detail::keywordTable[detail::slotOf(key)];
+    if (slot.key != key || slot.length != word.size()) return 0;
+    return word.size() <= sizeof key || slot.head == keyOf(word.substr(0, sizeof key)) ? slot.token : 0;
 }
+
+inline int keywordToken(std::string_view word) { return keywordToken(keyOf(word), word); }
 
 } // namespace hdnt::frontend

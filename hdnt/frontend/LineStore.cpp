@@ -1,5 +1,7 @@
 #include "hdnt/frontend/LineStore.h"
 
+#include <algorithm>
+
 namespace hdnt::frontend {
 
 LineStore& LineStore::instance() {
@@ -7,20 +9,25 @@ LineStore& LineStore::instance() {
     return *store;
 }
 
-void LineStore::add(const std::shared_ptr<SourceText>& text, size_t offset, size_t length) {
+void LineStore::mark(const std::shared_ptr<SourceText>& text, size_t start) {
     if (texts_.empty() || texts_.back() != text) texts_.push_back(text);
-    lines_.push_back({static_cast<unsigned>(texts_.size() - 1), static_cast<unsigned>(length), offset});
+    marks_.push_back({size_, texts_.size() - 1, start});
 }
 
 void LineStore::clear() {
-    lines_ = {};
     texts_ = {};
+    marks_ = {};
+    size_ = 0;
 }
 
 std::string_view LineStore::line(size_t n) const {
-    if (n == 0 || lines_.empty()) return "UNKNOWN LINE";
-    const Line& line = lines_[n > lines_.size() ? lines_.size() - 1 : n - 1];
-    return std::string_view(texts_[line.text]->bytes).substr(line.offset, line.length);
+    if (n == 0 || size_ == 0) return "UNKNOWN LINE";
+    const size_t index = std::min(n, size_) - 1;
+    const Mark& before = *std::prev(std::upper_bound(marks_.begin(), marks_.end(), index,
+                                                     [](size_t line, const Mark& mark) { return line < mark.line; }));
+    std::string_view rest = std::string_view(texts_[before.text]->bytes).substr(before.start);
+    for (size_t line = before.line; line < index; ++line) rest.remove_prefix(rest.find('\n') + 1);
+    return rest.substr(0, rest.find('\n'));
 }
 
 } // namespace hdnt::frontend

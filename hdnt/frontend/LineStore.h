@@ -21,23 +21,34 @@ class LineStore {
 public:
     static LineStore& instance();
 
-    /// Adds the line of `length` bytes at `offset` of `text` (without its newline) and keeps the text alive.
-    void add(const std::shared_ptr<SourceText>& text, size_t offset, size_t length);
+    /// Adds the line from `start` to its end in `text`, where its newline or the end of the text is. Keeps the text.
+    void add(const std::shared_ptr<SourceText>& text, size_t start, size_t end) {
+        if (size_ % interval == 0 || start != next_ || texts_.back() != text) mark(text, start);
+        next_ = end + 1;
+        ++size_;
+    }
     /// Forgets every line and lets go of the texts.
     void clear();
-    size_t size() const { return lines_.size(); }
+    size_t size() const { return size_; }
     /// Line n, counted from 1. The view holds until the store is cleared or the text grows. Past the end: the last
     /// line. "UNKNOWN LINE" for 0 and for an empty store.
     std::string_view line(size_t n) const;
 
 private:
-    struct Line {
-        unsigned text;
-        unsigned length;
-        size_t offset;
+    // Lines are many and seldom asked for. So it is kept where every 64th begins, and each that does not follow the one
+    // before in its text.
+    static constexpr size_t interval = 64;
+    struct Mark {
+        size_t line; ///< counted from 0
+        size_t text;
+        size_t start;
     };
+    void mark(const std::shared_ptr<SourceText>& text, size_t start);
+
     std::vector<std::shared_ptr<SourceText>> texts_;
-    std::vector<Line> lines_;
+    std::vector<Mark> marks_;
+    size_t size_ = 0;
+    size_t next_ = 0; ///< where the next line begins if it follows the last one
 };
 
 } // namespace hdnt::frontend

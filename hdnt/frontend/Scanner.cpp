@@ -16,15 +16,18 @@ namespace hdnt::frontend {
 
 namespace {
 
-enum class Kind : unsigned char { Other, Blank, Tab, Digit, Letter, Quote, Punctuation, Operator };
+// What a token may begin with; the kinds that words are made of come first.
+enum class Kind : unsigned char { Letter, Digit, Quote, Punctuation, Operator, Newline, Tab, Nul, Other };
 
 constexpr std::array<Kind, 256> makeKinds() {
     std::array<Kind, 256> kinds{};
+    kinds.fill(Kind::Other);
     for (unsigned c = '0'; c <= '9'; ++c) kinds[c] = Kind::Digit;
     for (unsigned c = 'a'; c <= 'z'; ++c) kinds[c] = kinds[c - 'a' + 'A'] = Kind::Letter;
     kinds['_'] = Kind::Letter;
-    kinds[' '] = Kind::Blank;
     kinds['\t'] = Kind::Tab;
+    kinds['\n'] = Kind::Newline;
+    kinds['\0'] = Kind::Nul;
     kinds['"'] = Kind::Quote;
     for (const char c : std::string_view("$%()*+,.:;[]{}")) kinds[static_cast<unsigned char>(c)] = Kind::Punctuation;
     for (const char c : std::string_view("-/<>=!&|")) kinds[static_cast<unsigned char>(c)] = Kind::Operator;
@@ -35,7 +38,7 @@ constexpr auto kinds = makeKinds();
 
 Kind kindOf(char c) { return kinds[static_cast<unsigned char>(c)]; }
 bool isDigit(char c) { return kindOf(c) == Kind::Digit; }
-bool isWordPart(char c) { return kindOf(c) == Kind::Letter || kindOf(c) == Kind::Digit; }
+bool isWordPart(char c) { return kindOf(c) <= Kind::Digit; }
 bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 
 const char* skipDigits(const char* p) {
@@ -44,7 +47,7 @@ const char* skipDigits(const char* p) {
 }
 
 // What strtol gives in 64 bits, saturated, cut to its low 32 bits.
-int intValue(const char* start, const char* end) {
+int saturatedValue(const char* start, const char* end) {
     long value = 0;
     if (std::from_chars(start, end, value).ec == std::errc::result_out_of_range)
         value = *start == '-' ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
@@ -62,11 +65,6 @@ double doubleValue(const char* start, const char* end) {
 
 } // namespace
 
-Scanner& Scanner::instance() {
-    static Scanner* const scanner = new Scanner; // never destroyed: its tables stay reachable until the process ends
-    return *scanner;
-}
-
 void Scanner::pushState(State state) {
     states_.push_back(state_);
     state_ = state;
@@ -78,45 +76,45 @@ void Scanner::popState() {
     states_.pop_back();
 }
 
-void Scanner::locate(size_t length) {
+// The place of what begins at the offset.
+void Scanner::locate(ptrdiff_t offset, ptrdiff_t length) {
     yyltype& location = HDNTParserlloc;
+    const int column = static_cast<int>(offset - columnZero_);
     location.fileName = fileName_;
     location.fileLine = line_;
     location.first_line = globalLine_;
-    location.first_column = column_;
-    column_ += static_cast<int>(length);
-    location.last_column = column_ - 1;
+    location.first_column = column;
+    location.last_column = column + static_cast<int>(length) - 1;
     location.storeOffset = storeOffset_;
 }
 
 void Scanner::newline() {
-    locate(1);
+    locate(cursor_ - textBegin_, 1);
     ++cursor_;
     lineEnd_ = nullptr;
     ++line_;
     ++globalLine_;
-    column_ = 1;
+    setColumn(1);
 }
 
 // The newline behind a line's last token; the next line is captured before its first.
-int Scanner::endLine() {
+void Scanner::endLine() {
     newline();
     pendingCapture_ = true;
-    pushState(State::LineCapture);
-    return StateChanged;
+    captureLine();
 }
 
 // One column further than usual tab stops after a tab in column 8, 16, ...: the columns that reports underline.
 void Scanner::tab() {
-    locate(1);
+    locate(cursor_ - textBegin_, 1);
     ++cursor_;
-    column_ = column_ - column_ % 8 + 9;
+    setColumn(column() - column() % 8 + 9);
 }
 
 int Scanner::accept(const char* start, const char* end, int token) {
     matchLength_ = static_cast<size_t>(end - start);
-    matchStart_ = static_cast<size_t>(start - buffers_.back()->text->bytes.data());
-    locate(matchLength_);
+    matchStart_ = static_cast<size_t>(start - textBegin_);
+    locate(start - textBegin_, end - start);
     cursor_ = end;
     return token;
 }
@@ -129,23 +127,20 @@ int Scanner::endPiece(Piece piece) {
     return piece;
 }
 
+// Stores the coming line, and the empty ones before it.
 void Scanner::captureLine() {
-    if (!lineEnd_) findLineEnd();
-    const std::shared_ptr<SourceText>& text = buffers_.back()->text;
-    const size_t offset = static_cast<size_t>(cursor_ - text->bytes.data());
-    const size_t length = static_cast<size_t>(lineEnd_ - cursor_);
-    if (length > 0) {
-        pendingCapture_ = false;
-        if (!pieces_) LineStore::instance().add(text, offset, length);
-        locate(length);
-        column_ = 1;
-        popState();
-    } else if (atEnd()) {
-        popState();
-    } else {
+    for (;;) {
+        if (!lineEnd_) findLineEnd();
+        if (atEnd()) return;
+        if (!pieces_) {
+            lines_.add(buffers_.back()->text, static_cast<size_t>(cursor_ - textBegin_),
+                       static_cast<size_t>(lineEnd_ - textBegin_));
+        }
+        if (cursor_ != lineEnd_) break;
         newline();
-        if (!pieces_) LineStore::instance().add(text, offset, 0);
     }
+    pendingCapture_ = false;
+    setColumn(1);
 }
 
 int Scanner::skipComment() {
@@ -159,7 +154,7 @@ int Scanner::skipComment() {
         if (*cursor_ == '\t') {
             tab();
         } else {
-            locate(1);
+            if (cursor_ + 1 == textEnd_) locate(cursor_ - textBegin_, 1);
             ++cursor_;
         }
     }
@@ -168,11 +163,15 @@ int Scanner::skipComment() {
         HDNTError::notify({HDNTNotice::Kind::UnterminatedComment, commentStart_, {}, {}});
         return 0;
     }
-    return endLine();
+    endLine();
+    return StateChanged;
 }
 
 int Scanner::scanNumber(const char* start, bool negative) {
-    const char* end = skipDigits(negative ? start + 1 : start);
+    constexpr ptrdiff_t longestExact = 18; // more characters may be more than 64 bits hold
+    const char* end = negative ? start + 1 : start;
+    unsigned long value = 0;
+    for (; isDigit(*end); ++end) value = value * 10 + static_cast<unsigned long>(*end - '0');
     if (!negative && *end == '\'' && (end[1] == 'h' || end[1] == 'b')) {
         const bool hex = end[1] == 'h';
         end += 2;
@@ -185,7 +184,8 @@ int Scanner::scanNumber(const char* start, bool negative) {
         HDNTParserlval.doubleValue = doubleValue(start, end);
         return accept(start, end, T_DoubleConstant);
     }
-    HDNTParserlval.intValue = intValue(start, end);
+    if (end - start > longestExact) HDNTParserlval.intValue = saturatedValue(start, end);
+    else HDNTParserlval.intValue = static_cast<int>(static_cast<unsigned>(negative ? 0 - value : value));
     return accept(start, end, T_IntConstant);
 }
 
@@ -206,22 +206,28 @@ int Scanner::scanString(const char* start) {
     return StateChanged;
 }
 
-int Scanner::scanIdentifier(const char* start) {
-    const char* end = start + 1;
-    while (isWordPart(*end)) ++end;
+int Scanner::beginFileStatement(int keyword) {
+    pieceStart_ = matchStart_;
+    if (keyword == InlineKeyword) pushState(State::InlineFile);
+    else state_ = State::IncludeFile;
+    return StateChanged;
+}
+
+int Scanner::scanWord(const char* start) {
+    const char* end = start;
+    WordKey key = 0;
+    do key = keyWith(key, *end);
+    while (isWordPart(*++end));
+    const int token = keywordToken(key, {start, static_cast<size_t>(end - start)});
+    if (token == 0) return acceptIdentifier(start, end);
+    accept(start, end, token);
+    if (token < 0) return beginFileStatement(token);
+    if (token == T_BoolConstant) HDNTParserlval.boolValue = *start == 't';
+    return token;
+}
+
+int Scanner::acceptIdentifier(const char* start, const char* end) {
     const std::string_view word(start, static_cast<size_t>(end - start));
-    if (word == "INCLUDE" || word == "INLINE") {
-        accept(start, end, 0);
-        pieceStart_ = matchStart_;
-        if (word == "INLINE") pushState(State::InlineFile);
-        else state_ = State::IncludeFile;
-        return StateChanged;
-    }
-    if (const int token = keywordToken(word)) return accept(start, end, token);
-    if (word == "true" || word == "false") {
-        HDNTParserlval.boolValue = word == "true";
-        return accept(start, end, T_BoolConstant);
-    }
     accept(start, end, T_Identifier);
     constexpr size_t room = sizeof HDNTParserlval.identifier;
     if (word.size() >= room) HDNTError::LongIdentifier(&HDNTParserlloc, std::string(word).c_str());
@@ -277,49 +283,55 @@ int Scanner::scanOperator(const char* start) {
     return accept(start, start + 1, first);
 }
 
-// One token, or StateChanged when the caller has to look at the state again.
-int Scanner::scanLine() {
+// One token, or StateChanged when the caller has to look at the state again. Every text has a zero behind its end.
+int Scanner::scanText() {
     if (!lineEnd_) findLineEnd();
-    while (cursor_ != lineEnd_) {
-        const char* const start = cursor_;
+    for (;;) {
+        const char* start = cursor_;
+        while (*start == ' ') ++start;
         switch (kindOf(*start)) {
-        case Kind::Blank: {
-            const char* end = start + 1;
-            while (*end == ' ') ++end;
-            accept(start, end, 0);
-            break;
-        }
-        case Kind::Tab: tab(); break;
-        case Kind::Letter: return scanIdentifier(start);
+        case Kind::Letter: return scanWord(start);
         case Kind::Digit: return scanNumber(start, false);
         case Kind::Quote: return scanString(start);
         case Kind::Punctuation: return accept(start, start + 1, *start);
         case Kind::Operator: return scanOperator(start);
+        case Kind::Newline:
+            cursor_ = start;
+            endLine();
+            break;
+        case Kind::Tab:
+            cursor_ = start;
+            tab();
+            break;
+        case Kind::Nul:
+            if (start == textEnd_) {
+                if (start != cursor_) accept(cursor_, start, 0); // blanks have a place only where nothing follows them
+                return endOfInput() ? StateChanged : 0;
+            }
+            [[fallthrough]];
         case Kind::Other:
             accept(start, start + 1, 0);
             HDNTError::UnrecogChar(&HDNTParserlloc, *start);
             break;
         }
     }
-    if (atEnd()) return endOfInput() ? StateChanged : 0;
-    return endLine();
+}
+
+int Scanner::scanBesideText() {
+    if (state_ == State::Comment) return skipComment();
+    if (state_ != State::LineCapture) return fileStatement();
+    captureLine();
+    popState();
+    return StateChanged;
 }
 
 int Scanner::next() {
-    load();
-    int token = StateChanged;
-    while (token == StateChanged) {
-        switch (state_) {
-        case State::LineCapture: captureLine(); break;
-        case State::Comment: token = skipComment(); break;
-        case State::IncludeFile:
-        case State::InlineFile: token = fileStatement(); break;
-        case State::Initial:
-        case State::Normal: token = scanLine(); break;
-        }
+    if (!cursor_) load();
+    for (;;) {
+        const bool inText = state_ == State::Normal || state_ == State::Initial;
+        const int token = inText ? scanText() : scanBesideText();
+        if (token != StateChanged) return token;
     }
-    unload();
-    return token;
 }
 
 } // namespace hdnt::frontend

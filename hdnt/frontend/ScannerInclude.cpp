@@ -58,7 +58,8 @@ int Scanner::fileStatement() {
         }
     }
     if (atEnd()) return endOfInput() ? StateChanged : 0;
-    return endLine();
+    endLine();
+    return StateChanged;
 }
 
 void Scanner::passOver(bool once) {
@@ -69,7 +70,7 @@ void Scanner::passOver(bool once) {
 // The statement's line is done with: back to the state around it, and on to the next line.
 void Scanner::endStatement(bool once) {
     ++globalLine_;
-    column_ = 1;
+    setColumn(1);
     if (once) state_ = State::Normal;
     else popState();
     pendingCapture_ = true;
@@ -111,7 +112,6 @@ bool Scanner::open(const std::string& path, bool once) {
     buffers_.back() = new yy_buffer_state;
     buffers_.back()->ownedByScanner = true;
     buffers_.back()->text = std::move(text);
-    cursor_ = nullptr;
     load();
     fileName_ = HSTUniqString::internCString(path);
     openedFiles_.push_back(path);
@@ -124,18 +124,18 @@ bool Scanner::open(const std::string& path, bool once) {
 bool Scanner::endOfInput() {
     if (debug_) std::puts("FILE ENDED");
     if (saved_.empty()) return false;
+    unload();
     delete buffers_.back();
     const SavedInput saved = saved_.back();
     saved_.pop_back();
     buffers_.back() = saved.buffer;
-    cursor_ = nullptr;
     load();
     fileName_ = saved.fileName;
     line_ = saved.line + 1;
     pushState(State::LineCapture);
     if (!pendingCapture_) {
         ++globalLine_;
-        column_ = 1;
+        setColumn(1);
     }
     pendingCapture_ = true;
     return true;

@@ -12,7 +12,7 @@ void fatal(const char* text) {
     std::exit(2);
 }
 
-// cursor_, lineEnd_ and textEnd_ point into the current buffer between load() and unload().
+// cursor_, lineEnd_, textBegin_ and textEnd_ point into the current buffer between load() and unload().
 void Scanner::load() {
     if (buffers_.empty()) buffers_.push_back(nullptr);
     if (!buffers_.back()) {
@@ -20,18 +20,21 @@ void Scanner::load() {
         buffers_.back()->input = input_;
         buffers_.back()->ownedByScanner = true;
     }
-    if (cursor_) return;
     const yy_buffer_state& buffer = *buffers_.back();
     const std::string& bytes = buffer.text->bytes;
-    cursor_ = bytes.data() + buffer.position;
+    textBegin_ = bytes.data();
+    cursor_ = textBegin_ + buffer.position;
     textEnd_ = bytes.data() + bytes.size();
     lineEnd_ = nullptr;
+    setColumn(column_);
 }
 
-// The position is written back at each token, so that buffers may be switched between tokens.
+// To be called before another input becomes current, and before position and column are read or set.
 void Scanner::unload() {
-    yy_buffer_state& buffer = *buffers_.back();
-    buffer.position = static_cast<size_t>(cursor_ - buffer.text->bytes.data());
+    if (!cursor_) return;
+    column_ = column();
+    buffers_.back()->position = static_cast<size_t>(cursor_ - textBegin_);
+    cursor_ = nullptr;
 }
 
 // Appends up to 8192 bytes of the stream; false at its end.
@@ -40,22 +43,23 @@ bool Scanner::refill(size_t& scanned) {
     if (!buffer.input || !buffer.input->good()) return false;
     constexpr size_t chunk = 8192;
     std::string& bytes = buffer.text->bytes;
-    const size_t position = static_cast<size_t>(cursor_ - bytes.data());
+    const size_t position = static_cast<size_t>(cursor_ - textBegin_);
     scanned = bytes.size();
     if (bytes.capacity() < scanned + chunk) bytes.reserve(std::max(bytes.capacity() * 2, scanned + chunk));
     bytes.resize(scanned + chunk);
     buffer.input->read(bytes.data() + scanned, chunk);
     bytes.resize(scanned + static_cast<size_t>(buffer.input->gcount()));
     if (buffer.input->bad()) fatal("input in flex scanner failed");
-    cursor_ = bytes.data() + position;
-    textEnd_ = bytes.data() + bytes.size();
+    textBegin_ = bytes.data();
+    cursor_ = textBegin_ + position;
+    textEnd_ = textBegin_ + bytes.size();
     return bytes.size() > scanned;
 }
 
 void Scanner::findLineEnd() {
-    size_t scanned = static_cast<size_t>(cursor_ - buffers_.back()->text->bytes.data());
+    size_t scanned = static_cast<size_t>(cursor_ - textBegin_);
     do {
-        const char* const from = buffers_.back()->text->bytes.data() + scanned;
+        const char* const from = textBegin_ + scanned;
         if (const void* found = std::memchr(from, '\n', static_cast<size_t>(textEnd_ - from))) {
             lineEnd_ = static_cast<const char*>(found);
             return;
@@ -73,6 +77,7 @@ char* Scanner::matchText() {
 }
 
 void Scanner::init() {
+    unload();
     debug_ = !pieces_ && std::getenv("NTL_DEBUG") != nullptr;
     states_.clear();
     state_ = State::Normal;
@@ -80,7 +85,7 @@ void Scanner::init() {
     dropSaved();
     line_ = globalLine_ = column_ = 1;
     pendingCapture_ = false;
-    storeOffset_ = folderMode_ ? static_cast<int>(LineStore::instance().size()) : 0;
+    storeOffset_ = folderMode_ ? static_cast<int>(lines_.size()) : 0;
     const bool named = ntl_parse_top_level_file && !pieces_;
     fileName_ = named ? HSTUniqString::internCString(ntl_parse_top_level_file) : nullptr;
     if (!folderMode_ && !pieces_) openedFiles_.clear();
@@ -92,11 +97,11 @@ void Scanner::init() {
 // Back to the input that the open INCLUDE and INLINE statements stand in.
 void Scanner::closeIncludes() {
     if (saved_.empty()) return;
+    unload();
     delete buffers_.back();
     buffers_.back() = saved_.front().buffer;
     for (size_t i = 1; i < saved_.size(); ++i) delete saved_[i].buffer;
     saved_.clear();
-    cursor_ = nullptr;
 }
 
 // Forgets the inputs around the current one, whose scan was given up. Those a host made are the host's to delete.
@@ -107,10 +112,10 @@ void Scanner::dropSaved() {
 }
 
 void Scanner::beginText(std::shared_ptr<SourceText> text) {
+    unload();
     dropSaved();
     buffers_.push_back(new yy_buffer_state);
     buffers_.back()->text = std::move(text);
-    cursor_ = nullptr;
 }
 
 void Scanner::endText() {
@@ -134,10 +139,10 @@ void Scanner::destroy() {
 }
 
 void Scanner::setInputOf(yy_buffer_state& buffer, std::istream* input) {
+    unload();
     buffer.text = std::make_shared<SourceText>();
     buffer.position = 0;
     buffer.input = input;
-    if (&buffer == buffers_.back()) cursor_ = nullptr;
 }
 
 void Scanner::restart(std::istream* input) {
@@ -148,33 +153,34 @@ void Scanner::restart(std::istream* input) {
 void Scanner::setInput(std::istream* input) {
     input_ = input;
     if (buffers_.empty() || !buffers_.back()) return;
+    unload();
     yy_buffer_state& buffer = *buffers_.back();
     if (buffer.position == buffer.text->bytes.size()) setInputOf(buffer, input);
 }
 
 void Scanner::switchTo(yy_buffer_state* buffer) {
+    unload();
     if (buffers_.empty()) buffers_.push_back(nullptr);
     if (buffers_.back() && buffers_.back()->ownedByScanner) delete buffers_.back();
     buffers_.back() = buffer;
-    cursor_ = nullptr;
 }
 
 void Scanner::push(yy_buffer_state* buffer) {
     if (!buffer) return;
+    unload();
     if (buffers_.empty() || buffers_.back()) buffers_.push_back(buffer);
     else buffers_.back() = buffer;
-    cursor_ = nullptr;
 }
 
 void Scanner::pop() {
     if (buffers_.empty()) return;
+    unload();
     delete buffers_.back();
     buffers_.pop_back();
-    cursor_ = nullptr;
 }
 
 void Scanner::forget(yy_buffer_state* buffer) {
-    if (!buffers_.empty() && buffers_.back() == buffer) cursor_ = nullptr;
+    unload();
     std::replace(buffers_.begin(), buffers_.end(), buffer, static_cast<yy_buffer_state*>(nullptr));
     for (SavedInput& saved : saved_)
         if (saved.buffer == buffer) saved.buffer = nullptr;
@@ -183,8 +189,8 @@ void Scanner::forget(yy_buffer_state* buffer) {
 
 void Scanner::flush(yy_buffer_state* buffer) {
     if (!buffer) return;
+    unload();
     buffer->position = buffer->text->bytes.size();
-    if (!buffers_.empty() && buffers_.back() == buffer) cursor_ = nullptr;
 }
 
 } // namespace hdnt::frontend

@@ -15,7 +15,7 @@
 struct yy_buffer_state {
     std::shared_ptr<hdnt::frontend::SourceText> text = std::make_shared<hdnt::frontend::SourceText>();
     std::istream* input = nullptr; ///< null: the text is complete
-    size_t position = 0;           ///< of the next byte to scan, written back after each token
+    size_t position = 0;           ///< of the next byte to scan, written back when another input becomes current
     bool ownedByScanner = false;   ///< made for an included file, or for a stream that was set without a buffer
 };
 
@@ -31,7 +31,11 @@ namespace hdnt::frontend {
 /// a stream never has to be refilled inside a token.
 class Scanner {
 public:
-    static Scanner& instance();
+    static Scanner& instance() {
+        static Scanner* const scanner =
+            new Scanner; // never destroyed: its tables stay reachable until the process ends
+        return *scanner;
+    }
 
     int next();
 
@@ -93,19 +97,24 @@ private:
     static constexpr int StateChanged = -1;
 
     // Scanner.cpp
-    int scanLine();
+    int scanText();
+    int scanBesideText();
     int scanNumber(const char* start, bool negative);
     int scanString(const char* start);
-    int scanIdentifier(const char* start);
+    int scanWord(const char* start);
+    int acceptIdentifier(const char* start, const char* end);
     int scanOperator(const char* start);
     void captureLine();
     int skipComment();
     int accept(const char* start, const char* end, int token);
     int endPiece(Piece piece);
-    void locate(size_t length);
+    void locate(ptrdiff_t offset, ptrdiff_t length);
+    int column() const { return static_cast<int>(cursor_ - textBegin_ - columnZero_); }
+    void setColumn(int column) { columnZero_ = cursor_ - textBegin_ - column; }
     void newline();
-    int endLine();
+    void endLine();
     void tab();
+    int beginFileStatement(int keyword);
     void pushState(State state);
     void popState();
 
@@ -137,13 +146,15 @@ private:
     bool pieces_ = false;
     int line_ = 1;
     int globalLine_ = 1;
-    int column_ = 1;
+    int column_ = 1; ///< of the next byte, while no buffer is loaded
     int storeOffset_ = 0;
     const char* fileName_ = nullptr;
 
-    const char* cursor_ = nullptr;  ///< next byte; the text below it is loaded while a call of next() runs
+    const char* cursor_ = nullptr;  ///< next byte; null: the current buffer is not loaded
     const char* lineEnd_ = nullptr; ///< newline or end of text behind cursor_; null when not looked for yet
+    const char* textBegin_ = nullptr;
     const char* textEnd_ = nullptr;
+    ptrdiff_t columnZero_ = 0; ///< the column of a byte is its offset less this: nothing has to count along
     size_t matchStart_ = 0;
     size_t matchLength_ = 0;
     size_t pieceStart_ = 0;
@@ -156,6 +167,7 @@ private:
     std::vector<std::string> openedFiles_;
     std::istream* input_ = nullptr;
     FILE* output_ = nullptr;
+    LineStore& lines_ = LineStore::instance();
 };
 
 } // namespace hdnt::frontend

@@ -11,8 +11,9 @@ namespace {
 constexpr std::string_view HexDigits = "0123456789ABCDEF";
 
 bool isHex(std::string_view digits) {
-    return std::all_of(digits.begin(), digits.end(),
-                       [](char c) { return HexDigits.find(HSTStringUtils::to_upper(c)) != std::string_view::npos; });
+    return std::all_of(digits.begin(), digits.end(), [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+    });
 }
 
 bool isBinary(std::string_view digits) { return digits.find_first_not_of("01") == std::string_view::npos; }
@@ -38,13 +39,14 @@ std::string toNibbles(std::string_view bits) {
     return digits;
 }
 
-std::string fit(std::string digits, int width, int bitsPerDigit) {
-    HSTStringUtils::to_upper(digits);
-    digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - 1));
-    if (width <= 0) return digits;
-    const std::size_t count = static_cast<std::size_t>((width - 1) / bitsPerDigit) + 1;
-    if (digits.size() > count) return digits.substr(digits.size() - count);
-    return digits.insert(0, count - digits.size(), '0');
+std::string fit(std::string_view digits, int width, int bitsPerDigit) {
+    digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size() - 1));
+    const std::size_t count = width > 0 ? static_cast<std::size_t>((width - 1) / bitsPerDigit) + 1 : digits.size();
+    if (digits.size() > count) digits.remove_prefix(digits.size() - count);
+    std::string result(count, '0');
+    std::transform(digits.begin(), digits.end(), result.end() - static_cast<std::ptrdiff_t>(digits.size()),
+                   [](char c) { return HSTStringUtils::to_upper(c); });
+    return result;
 }
 
 } // namespace

@@ -83,12 +83,10 @@ int precedenceOf(HDNTExpr::FOPERATOR op) {
 }
 
 bool isIdentifier(std::string_view text) {
-    static constexpr std::string_view wordsOfOtherKinds[] = {"true", "false", "INCLUDE", "INLINE"};
     const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
     const auto isPart = [&](char c) { return isLetter(c) || (c >= '0' && c <= '9'); };
     return !text.empty() && text.size() < sizeof NtlTokenValue::identifier && isLetter(text.front()) &&
-           std::all_of(text.begin(), text.end(), isPart) && !hdnt::frontend::keywordToken(text) &&
-           std::find(std::begin(wordsOfOtherKinds), std::end(wordsOfOtherKinds), text) == std::end(wordsOfOtherKinds);
+           std::all_of(text.begin(), text.end(), isPart) && !hdnt::frontend::keywordToken(text);
 }
 
 } // namespace hdnt::writer

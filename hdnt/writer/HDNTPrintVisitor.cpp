@@ -12,6 +12,7 @@
 #include "hdnt/writer/PropertyText.h"
 
 #include <algorithm>
+#include <charconv>
 #include <typeinfo>
 
 using namespace hdnt::writer;
@@ -19,10 +20,19 @@ using namespace hdnt::writer;
 HDNTPrintVisitor::HDNTPrintVisitor() : HDNTPrintVisitor(stdout) {}
 HDNTPrintVisitor::HDNTPrintVisitor(FILE* stream)
     : stream_(stream ? stream : stdout), text_(std::make_unique<ExpressionBuffer>(expression_)),
-      line_(std::make_unique<Line>()) {}
-HDNTPrintVisitor::~HDNTPrintVisitor() = default;
+      line_(std::make_unique<Line>()), gathered_(std::make_unique<Line>()) {}
+HDNTPrintVisitor::~HDNTPrintVisitor() { endBody(); }
 
-void HDNTPrintVisitor::write(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stream_); }
+void HDNTPrintVisitor::write(std::string_view text) {
+    if (gathering_) gathered_->add(text);
+    else std::fwrite(text.data(), 1, text.size(), stream_);
+}
+
+void HDNTPrintVisitor::endBody() {
+    gathering_ = false;
+    write(*gathered_);
+    gathered_->clear();
+}
 
 void HDNTPrintVisitor::write(const Line& line) { write(line.view()); }
 
@@ -104,6 +114,7 @@ void HDNTPrintVisitor::visit(HDNTBlock* block) { beginBlock(*block, true); }
 
 void HDNTPrintVisitor::beginBlock(const HDNTBlock& block, bool always) {
     inBlock_ = true;
+    beginBody();
     writeEmptyLine();
     Line& line = startLine();
     line.add("block ");
@@ -137,6 +148,7 @@ void HDNTPrintVisitor::endBlock() {
     inBlock_ = false;
     indentLess();
     write(startLine().add("}"));
+    endBody();
 }
 
 template <typename Pin>
@@ -154,9 +166,22 @@ void HDNTPrintVisitor::appendPinLine(Line& line, const std::string& name, const 
     else cannotWrite("a required value of " + std::to_string(value));
 }
 
+const std::string& HDNTPrintVisitor::nameOf(const HDNTBus& bus) {
+    if (bus.getFirstIndex() < 0) return bus.getBaseName();
+    const auto addNumber = [this](int number) {
+        char digits[16];
+        busName_.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+    };
+    busName_.assign(bus.getBaseName()).append(1, '[');
+    addNumber(bus.getFirstIndex());
+    busName_ += ':';
+    addNumber(bus.getLastIndex());
+    return busName_ += ']';
+}
+
 void HDNTPrintVisitor::visit(HDNTBus* bus) {
     Line& line = startLine();
-    appendPinLine(line, bus->getName(), *bus, bus->getType());
+    appendPinLine(line, nameOf(*bus), *bus, bus->getType());
     if (bus->getNumProperties() > 0) {
         openBrace(line, std::max(indent_, 1));
         indentMore();

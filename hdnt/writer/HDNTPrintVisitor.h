@@ -86,6 +86,7 @@ public:
     void addQuotedString(const std::string& text);
 
 private:
+    friend class HDNTLibrary;
     friend class HDNTSourceVisitor;
 
     // Where the source form differs.
@@ -109,6 +110,10 @@ private:
     void indentLess() { indent_ -= 2; }
     void write(std::string_view text);
     void write(const hdnt::writer::Line& line);
+    /// Where nobody looks at the stream between two operations, a block or a mapping goes to it in one piece.
+    void gatherBodies() { gathersBodies_ = true; }
+    void beginBody() { gathering_ = gathersBodies_; }
+    void endBody();
     /// Writes the expression, closed by the text.
     void writeExpression(const char* end);
     void appendFunction(hdnt::writer::Line& line, const HDNTFunctionDecl& function);
@@ -119,6 +124,7 @@ private:
     void closeBrace();
 
     void writeAttributes(const HDNTBlock& block, bool always);
+    const std::string& nameOf(const HDNTBus& bus);
     template <typename Pin>
     void appendPinLine(hdnt::writer::Line& line, const std::string& name, const Pin& pin, HDNT_PIN_TYPE type);
     void writeEmptyBranch();
@@ -130,6 +136,10 @@ private:
     FILE* stream_;
     std::unique_ptr<hdnt::writer::ExpressionBuffer> text_;
     std::unique_ptr<hdnt::writer::Line> line_;
+    std::unique_ptr<hdnt::writer::Line> gathered_; ///< not yet in the stream
+    std::string busName_;
     bool inBlock_ = false;
     bool inSignal_ = false;
+    bool gathersBodies_ = false;
+    bool gathering_ = false;
 };

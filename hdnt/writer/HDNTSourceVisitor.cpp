@@ -132,6 +132,7 @@ bool HDNTSourceVisitor::enter(HDNTNetlist* netlist) {
 }
 
 void HDNTSourceVisitor::visit(HDNTNetlist* netlist) {
+    beginBody();
     enterElement("mapping", nullptr);
     for (const HDNTFunctionCall* call : netlist->preInstanceCalls()) checkStatement(call);
     for (const HDNTFunctionCall* call : netlist->postInstanceCalls()) checkStatement(call);

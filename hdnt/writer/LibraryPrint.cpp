@@ -10,11 +10,13 @@ void HDNTLibrary::print() { print(stdout); }
 
 void HDNTLibrary::print(FILE* stream) {
     HDNTPrintVisitor visitor(stream);
+    visitor.gatherBodies();
     accept(visitor);
 }
 
 bool HDNTLibrary::printSource(FILE* stream, std::vector<std::string>* problems) {
     HDNTSourceVisitor visitor(stream, problems);
+    visitor.gatherBodies();
     acceptOwn(visitor);
     return visitor.isComplete();
 }

@@ -19,6 +19,7 @@
 using namespace hdnt::writer;
 
 void HDNTPrintVisitor::visit(HDNTNetlist* netlist) {
+    beginBody();
     Line& line = startLine();
     line.add(std::string_view(netlist->isExpandsTo() ? "expandsto" : netlist->isMapsTo() ? "mapsto" : "modifiedby"));
     openBrace(line, std::max(indent_, 1));
@@ -26,7 +27,10 @@ void HDNTPrintVisitor::visit(HDNTNetlist* netlist) {
     indentMore();
 }
 
-void HDNTPrintVisitor::postVisit(HDNTNetlist*) { closeBrace(); }
+void HDNTPrintVisitor::postVisit(HDNTNetlist*) {
+    closeBrace();
+    endBody();
+}
 
 void HDNTPrintVisitor::sectionSeparator(HDNTNetlist*) { writeEmptyLine(); }
 
