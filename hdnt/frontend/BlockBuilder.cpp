@@ -41,21 +41,22 @@ HDNTBlock* block(std::string* name, std::vector<HDNTBlockEntity*>* entities, HDN
                  HDNTNetlist::Section section, const yyltype& place) {
     OwnedList<HDNTBlockEntity> owned(entities);
     std::unique_ptr<HDNTNetlist> ownedNetlist(netlist);
-    const std::string text = take(name);
+    const TokenText text = take(name);
     HDNTLibrary& library = target();
     if (netlist) netlist->setSection(section);
     // From here on the constructor owns the items, whether it succeeds or throws.
     std::vector<HDNTBlockEntity*> items(*entities);
     owned.releaseItems();
-    std::unique_ptr<HDNTBlock> result(new HDNTBlock(text, &items, ownedNetlist.release(), &library));
+    std::unique_ptr<HDNTBlock> result(new HDNTBlock(*text, &items, ownedNetlist.release(), &library));
     result->setLocation(place);
-    pendingBlocks().try_emplace(HSTStringUtils::to_upper_copy(text), result.get());
+    pendingBlocks().try_emplace(HSTStringUtils::to_upper_copy(*text), result.get());
     return result.release();
 }
 
 void mapping(std::string* blockName, HDNTNetlist* netlist, HDNTNetlist::Section section, const yyltype& place) {
     std::unique_ptr<HDNTNetlist> owned(netlist);
-    const std::string name = take(blockName);
+    const TokenText nameText = take(blockName);
+    const std::string& name = *nameText;
     HDNTLibrary& library = target();
     netlist->setSection(section);
     netlist->setLocation(place);
@@ -72,12 +73,12 @@ void beginParse() noexcept { pendingBlocks().clear(); }
 
 void library(std::string* name, std::vector<HDNTDecl*>* decls, const yyltype& place) {
     OwnedList<HDNTDecl> owned(decls);
-    const std::string text = take(name);
+    const TokenText text = take(name);
     HDNTLibrary& library = target();
     std::vector<HDNTDecl*> items(*decls);
     owned.releaseItems();
     library.setLocation(place);
-    library.init(text, &items);
+    library.init(*text, &items);
 }
 
 } // namespace hdnt::frontend::build

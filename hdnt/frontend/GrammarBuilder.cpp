@@ -25,6 +25,11 @@ int limited(long value, int limit, const char* what, const char* limitName, cons
     return value < 0 ? 0 : limit;
 }
 
+const std::string& textOf(const TokenText& text) {
+    static const auto* const none = new std::string;
+    return text ? *text : *none;
+}
+
 long widthOf(const std::string& constant) {
     long width = 0;
     const std::from_chars_result result = std::from_chars(constant.data(), constant.data() + constant.size(), width);
@@ -53,25 +58,24 @@ void applyDoubles(HATAttrSpec& spec, const PropertyOptions& options) {
 
 void applyTexts(HATAttrSpec& spec, HATAttrTypes::AttrType type, const PropertyOptions& options) {
     const bool hex = type == HATAttrTypes::TypeBitHex;
-    const std::string noText;
-    const std::string& first = options.texts.empty() ? noText : options.texts.front();
-    const std::string& chosen = options.textDefault ? *options.textDefault : first;
+    const bool listed = !options.textDefault && !options.texts.empty();
+    const std::string& chosen = listed ? *options.texts.front() : textOf(options.textDefault);
     if (type == HATAttrTypes::TypeString) {
         spec.setStringDefault(chosen);
-        for (const std::string& value : options.texts) spec.addStringRange(value);
+        for (const TokenText& value : options.texts) spec.addStringRange(*value);
         return;
     }
     hex ? spec.setHexDefault(chosen) : spec.setBinaryDefault(chosen);
     if (options.texts.empty())
-        hex ? spec.setHexRange(options.textMin, options.textMax)
-            : spec.setBinaryRange(options.textMin, options.textMax);
-    for (const std::string& value : options.texts) hex ? spec.addDiscreteHex(value) : spec.addDiscreteBinary(value);
+        hex ? spec.setHexRange(textOf(options.textMin), textOf(options.textMax))
+            : spec.setBinaryRange(textOf(options.textMin), textOf(options.textMax));
+    for (const TokenText& value : options.texts) hex ? spec.addDiscreteHex(*value) : spec.addDiscreteBinary(*value);
 }
 
 HDNTProperty* makeProperty(HATAttrTypes::AttrType type, const std::string& name, const PropertyOptions& options,
                            const yyltype& place) {
     auto property = std::make_unique<HDNTProperty>(name, type, options.test, options.simulation,
-                                                   options.constraintsOnly, options.muxControl, options.units);
+                                                   options.constraintsOnly, options.muxControl, textOf(options.units));
     property->setLocation(place);
     HATAttrSpec& spec = *property->getAttrSpec();
     switch (type) {
@@ -85,7 +89,7 @@ HDNTProperty* makeProperty(HATAttrTypes::AttrType type, const std::string& name,
     case HATAttrTypes::TypeBool: spec.setBoolDefault(options.boolDefault); break;
     default: applyTexts(spec, type, options); break;
     }
-    if (!options.description.empty()) spec.setDescription(options.description);
+    if (options.description) spec.setDescription(*options.description);
     return property.release();
 }
 
@@ -150,37 +154,32 @@ PropertyOptions* value(PropertyOptions* record, std::string* allowed) {
     return addValue(record, &PropertyOptions::texts, take(allowed));
 }
 
-std::string take(std::string* text) noexcept {
-    const std::unique_ptr<std::string> owned(text);
-    return std::move(*owned);
-}
-
 HDNTProperty* property(HATAttrTypes::AttrType type, std::string* name, PropertyOptions* record, const yyltype& place) {
     const std::unique_ptr<PropertyOptions> options(record);
-    return makeProperty(type, take(name), *options, place);
+    return makeProperty(type, *take(name), *options, place);
 }
 
 HDNTProperty* bitProperty(HATAttrTypes::AttrType type, std::string* width, std::string* name, PropertyOptions* record,
                           const yyltype& place) {
-    const long bits = widthOf(take(width));
+    const long bits = widthOf(*take(width));
     std::unique_ptr<HDNTProperty> result(property(type, name, record, place));
     result->setBitWidth(limited(bits, HDNTLimits::get().bitWidth, "Bit width", "bitWidth", place));
     return result.release();
 }
 
 HDNTProperty* shortBoolProperty(std::string* name, bool value, const yyltype& place) {
-    const std::string text = take(name);
+    const TokenText text = take(name);
     PropertyOptions options;
     options.boolDefault = value;
-    return makeProperty(HATAttrTypes::TypeBool, text, options, place);
+    return makeProperty(HATAttrTypes::TypeBool, *text, options, place);
 }
 
 HDNTBus* bus(std::string* name, int direction, bool test, bool abstract, int type, int required,
              std::vector<HDNTProperty*>* properties, const yyltype& place) {
     OwnedList<HDNTProperty> owned(properties);
-    std::string text = take(name);
+    const TokenText text = take(name);
     auto* const result =
-        new HDNTBus(text, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract, static_cast<HDNT_PIN_TYPE>(type),
+        new HDNTBus(*text, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract, static_cast<HDNT_PIN_TYPE>(type),
                     static_cast<HDNT_PIN_REQUIREDVALUE>(required), properties);
     owned.releaseItems();
     return placed(result, place);
@@ -191,7 +190,7 @@ HDNTBlockEntity* testFlag(bool value, const yyltype& place) { return placed(new 
 HDNTBlockEntity* maturityLevel(int level, const yyltype& place) { return placed(new HDNTMaturityLevel(level), place); }
 
 HDNTBlockEntity* primGroup(std::string* text, const yyltype& place) {
-    return placed(new HDNTPrimGroup(take(text)), place);
+    return placed(new HDNTPrimGroup(*take(text)), place);
 }
 
 HDNTFunctionDecl* function(int type, const char* name, std::vector<HATAttrTypes::AttrType>* formals,

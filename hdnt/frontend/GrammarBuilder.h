@@ -1,9 +1,11 @@
 #pragma once
 
 #include "hdnt/frontend/Scanner.h"
+#include "hdnt/frontend/TokenText.h"
 #include "hdnt/netlist/HDNTExpr.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 
+#include <memory>
 #include <type_traits>
 
 /// What the grammar's actions call. Internal.
@@ -12,9 +14,13 @@
 /// model objects go into the result or are deleted.
 namespace hdnt::frontend::build {
 
+/// A fresh list, with room for as many items as most have.
 template <typename T>
 std::vector<T>* emptyList() {
-    return new std::vector<T>;
+    constexpr size_t usual = std::is_same_v<T, HDNTBlockEntity*> ? 32 : 4;
+    auto list = std::make_unique<std::vector<T>>();
+    list->reserve(usual);
+    return list.release();
 }
 
 /// Appends a model object to a list, to a fresh one when null; deletes both, with the list's items, when that throws.
@@ -33,8 +39,8 @@ PropertyOptions* options();
 PropertyOptions* value(PropertyOptions* record, int allowed);
 PropertyOptions* value(PropertyOptions* record, double allowed);
 PropertyOptions* value(PropertyOptions* record, std::string* allowed);
-/// The text, whose object is deleted.
-std::string take(std::string* text) noexcept;
+/// Takes over a token's text.
+inline TokenText take(std::string* text) noexcept { return TokenText(text); }
 void deleteOptions(PropertyOptions* record) noexcept;
 
 HDNTProperty* property(HATAttrTypes::AttrType type, std::string* name, PropertyOptions* record, const yyltype& place);

@@ -27,20 +27,20 @@ HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>* entities, const yyltype& p
 }
 
 HDNTNetlistEntity* inst(std::string* name, std::string* type, const yyltype& place) {
-    const std::string nameText = take(name);
-    return placed(new HDNTBlockInst(nameText, take(type)), place);
+    const TokenText nameText = take(name);
+    return placed(new HDNTBlockInst(*nameText, *take(type)), place);
 }
 
 HDNTNetlistEntity* assignBlockProperty(std::string* inst, std::string* property, HDNTExpr* value,
                                        const yyltype& place) {
-    const std::string instText = take(inst);
-    return placed(new HDNTAssignBlockProperty(instText, take(property), value), place);
+    const TokenText instText = take(inst);
+    return placed(new HDNTAssignBlockProperty(*instText, *take(property), value), place);
 }
 
 HDNTNetlistEntity* assignPinProperty(HDNTBlockPinName* pin, std::string* property, HDNTExpr* value,
                                      const yyltype& place) {
     const std::unique_ptr<HDNTBlockPinName> owned(pin);
-    return placed(new HDNTAssignPinProperty(pin->instName(), pin->pinName(), take(property), value), place);
+    return placed(new HDNTAssignPinProperty(pin->instName(), pin->pinName(), *take(property), value), place);
 }
 
 HDNTNetlistEntity* ifStmt(HDNTExpr* condition, HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt,
@@ -53,20 +53,20 @@ HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>* statements, const 
 }
 
 HDNTNetlistEntity* connect(std::string* signal, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    return placed(new HDNTConnect(take(signal), pins), place);
+    return placed(new HDNTConnect(*take(signal), pins), place);
 }
 
 HDNTNetlistEntity* signal(std::string* name, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    const std::string text = take(name);
-    if (!pins && text.find_first_of("[]") != text.npos) return placed(new HDNTSigList(text), place);
-    auto* const result = placed(new HDNTSignal(text, pins), place);
+    const TokenText text = take(name);
+    if (!pins && text->find_first_of("[]") != text->npos) return placed(new HDNTSigList(*text), place);
+    auto* const result = placed(new HDNTSignal(*text, pins), place);
     if (result->connect()) result->connect()->setLocation(place);
     return result;
 }
 
 HDNTBlockPinName* pinInst(std::string* inst, std::string* pin, const yyltype& place) {
-    const std::string instText = inst ? take(inst) : std::string();
-    return placed(new HDNTBlockPinName(instText, take(pin)), place);
+    const TokenText instText = take(inst);
+    return placed(new HDNTBlockPinName(inst ? *instText : std::string(), *take(pin)), place);
 }
 
 HDNTExpr* compound(HDNTExpr* lhs, HDNTExpr::FOPERATOR op, HDNTExpr* rhs, const yyltype& place) {
@@ -77,7 +77,7 @@ HDNTExpr* constant(int value, const yyltype& place) { return placed(new HDNTIntC
 HDNTExpr* constant(double value, const yyltype& place) { return placed(new HDNTDoubleConstant(value), place); }
 HDNTExpr* constant(bool value, const yyltype& place) { return placed(new HDNTBoolConstant(value), place); }
 HDNTExpr* constant(std::string* value, const yyltype& place) {
-    return placed(new HDNTStringConstant(take(value)), place);
+    return placed(new HDNTStringConstant(*take(value)), place);
 }
 
 HDNTFunctionCall* call(const char* name, std::vector<HDNTExpr*>* actuals, const yyltype& place) {

@@ -1,32 +1,33 @@
 #pragma once
 
+#include "hdnt/frontend/TokenText.h"
+
 #include <cfloat>
 #include <climits>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace hdnt::frontend {
 
 /// What the options of one property declaration said, until the property is built. Only the members of the property's
-/// own type are used; hex and binary values are texts as written.
+/// own type are used; hex and binary values are texts as written. A text that was not given is null.
 struct PropertyOptions {
     std::vector<int> ints;
     std::vector<double> doubles;
-    std::vector<std::string> texts;
+    std::vector<TokenText> texts;
     int intMin = INT_MIN;
     int intMax = INT_MAX;
     std::optional<int> intDefault;
     double doubleMin = -DBL_MAX;
     double doubleMax = DBL_MAX;
     std::optional<double> doubleDefault;
-    std::string textMin;
-    std::string textMax;
-    std::optional<std::string> textDefault;
+    TokenText textMin;
+    TokenText textMax;
+    TokenText textDefault;
     bool boolDefault = false;
     int precision = 6;
-    std::string description;
-    std::string units;
+    TokenText description;
+    TokenText units;
     bool test = false;
     bool simulation = false;
     bool constraintsOnly = false;

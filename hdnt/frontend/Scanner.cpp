@@ -2,6 +2,7 @@
 
 #include "hdnt/frontend/Keywords.h"
 #include "hdnt/frontend/ScannerState.h"
+#include "hdnt/frontend/TokenText.h"
 
 #include <locale.h>
 
@@ -176,7 +177,7 @@ int Scanner::scanNumber(const char* start, bool negative) {
         const bool hex = end[1] == 'h';
         end += 2;
         while (hex ? isHexDigit(*end) : *end == '0' || *end == '1') ++end;
-        HDNTParserlval.text = new std::string(start, end);
+        HDNTParserlval.text = TokenTexts::make(start, end);
         return accept(start, end, hex ? T_HexConstant : T_BinaryConstant);
     }
     if (*end == '.') {
@@ -193,7 +194,7 @@ int Scanner::scanString(const char* start) {
     const size_t rest = static_cast<size_t>(lineEnd_ - start - 1);
     if (const void* quote = std::memchr(start + 1, '"', rest)) {
         const char* const end = static_cast<const char*>(quote);
-        HDNTParserlval.text = new std::string(start + 1, end);
+        HDNTParserlval.text = TokenTexts::make(start + 1, end);
         return accept(start, end + 1, T_StringConstant);
     }
     accept(start, lineEnd_, 0);
