@@ -86,6 +86,17 @@ const CellFacts* cellFacts(const HDNTBlock& block) {
     return found == cells.end() ? nullptr : &found->second;
 }
 
+PropertyContext propertyContext(const HDNTBlock* block) {
+    const HDNTLibrary* const library = block ? block->getLibrary() : nullptr;
+    if (!library) return {};
+    const CellFacts* const facts = cellFacts(*block);
+    ConfigBase& config = *library->getDescConfig();
+    HCTLock lock(config.mutex());
+    const bool described = config.find({block->getName()}) != nullptr;
+    lock.unlock();
+    return {library, block, described, facts && facts->nibbleSizedHex};
+}
+
 std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names) {
     std::string text;
     ConfigBase& config = *library.getDescConfig();

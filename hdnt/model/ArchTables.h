@@ -1,11 +1,13 @@
 #pragma once
 
+#include "hdnt/platform/TextHash.h"
+
 #include <initializer_list>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 class ConfigBase;
@@ -31,13 +33,19 @@ struct ArchFacts {
     bool internalPins = false;
 };
 
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return platform::textHash(text); }
+};
+using NameSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
+
 /// The application configuration, translated once so that queries need neither a lock nor libconfig. An entry of
 /// another type than expected counts as absent.
 struct ArchTables {
     std::map<std::string, CellFacts, std::less<>> cells;
     std::map<std::string, ArchFacts, std::less<>> architectures;
-    std::set<std::string, std::less<>> readOnlyAttributes;
-    std::set<std::string, std::less<>> ioPinConstraints;
+    NameSet readOnlyAttributes;
+    NameSet ioPinConstraints;
     std::vector<std::string> masterDriverTypes;
     std::vector<std::string> pseudoDifferentialFunctions;
 };
@@ -47,6 +55,16 @@ std::unique_ptr<const ArchTables> readArchTables(ConfigBase& config);
 
 /// Null when the configuration has no entry for the block, or the block no library.
 const CellFacts* cellFacts(const HDNTBlock& block);
+
+/// What a property needs to know of the block that it is finalized in; the same for all its properties.
+struct PropertyContext {
+    const HDNTLibrary* library = nullptr;
+    const HDNTBlock* block = nullptr; ///< null without a library, too
+    bool described = false;           ///< whether the description configuration has an entry for the block
+    bool nibbleSizedHex = false;
+};
+/// The block may be null. As describedText(), if it has a library.
+PropertyContext propertyContext(const HDNTBlock* block);
 
 /// The text that the library's description configuration has under a name within a name, and so on; empty when there is
 /// none. Locks the configuration while it looks; may read the file on first use and then throw HEXDataException.

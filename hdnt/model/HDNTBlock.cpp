@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <mutex>
 
 std::vector<std::string>& HDNTBlock::s_unregisteredNames = *new std::vector<std::string>;
 
@@ -84,11 +85,11 @@ void HDNTBlock::adoptEntity(HDNTBlockEntity* entity) {
 }
 
 void HDNTBlock::adoptBus(HDNTBus& bus) {
-    const size_t before = pins_.size();
-    bus.elaborate(pins_);
+    bus.placePins(pinCount_);
+    pinCount_ += static_cast<uint32_t>(bus.pinCount());
     if (bus.getDirection() == HDNT_PIN_INTERNAL) {
         ++internalBusCount_;
-        internalPinCount_ += static_cast<uint32_t>(pins_.size() - before);
+        internalPinCount_ += static_cast<uint32_t>(bus.pinCount());
     } else if (internalBusCount_ > 0) {
         throw HEXDataException("Internal pins must be last in list, in tessel " + name_);
     }
@@ -115,7 +116,11 @@ void HDNTBlock::applyGroup(const HDNTPrimGroup& group) {
 void HDNTBlock::check() {
     checkNames(name_, false);
     if (netlist_) netlist_->check();
-    for (HDNTPin* pin : pins_) pin->check();
+    for (const HDNTBus* bus : buses_) {
+        if (bus->pinsAreFaultless()) continue;
+        const auto first = pins().begin() + bus->getFirstPinIndex();
+        std::for_each(first, first + static_cast<std::ptrdiff_t>(bus->pinCount()), [](HDNTPin* pin) { pin->check(); });
+    }
     for (HDNTProperty* property : properties_) property->check();
 }
 
@@ -123,18 +128,40 @@ HDNTLibrary* HDNTBlock::getLibrary() const { return static_cast<HDNTLibrary*>(ge
 
 size_t HDNTBlock::getNumPins() const {
     const bool hidden = internalBusCount_ > 0 && !internalPinsSupported(nullptr);
-    return hidden ? pins_.size() - internalPinCount_ : pins_.size();
+    return hidden ? pinCount_ - internalPinCount_ : pinCount_;
+}
+
+const std::vector<HDNTPin*>& HDNTBlock::pins() const {
+    if (!pinsMade_.load(std::memory_order_acquire)) makePins();
+    return pins_;
+}
+
+// Most blocks of a library are never asked for their pins, which are most of its objects.
+void HDNTBlock::makePins() const {
+    static std::mutex making;
+    const std::lock_guard lock(making);
+    if (pinsMade_.load(std::memory_order_relaxed)) return;
+    std::vector<HDNTPin*> pins;
+    pins.reserve(pinCount_);
+    try {
+        for (HDNTBus* bus : buses_) bus->makePins(pins);
+    } catch (...) {
+        for (const HDNTPin* pin : pins) delete pin;
+        throw;
+    }
+    pins_ = std::move(pins);
+    pinsMade_.store(true, std::memory_order_release);
 }
 
 HDNTPin* HDNTBlock::getPin(size_t i) const {
-    if (i < pins_.size()) return pins_[i];
-    std::cerr << i << " >= " << pins_.size() << std::endl;
+    if (i < pinCount_) return pins()[i];
+    std::cerr << i << " >= " << pinCount_ << std::endl;
     throw HEXAlgException("Pin index out of range for tessel " + name_);
 }
 
 HDNTBus* HDNTBlock::getBus(size_t i) const {
-    if (i < buses_.size() && i < pins_.size()) return buses_[i];
-    if (i < pins_.size()) return nullptr;
+    if (i < buses_.size() && i < pinCount_) return buses_[i];
+    if (i < pinCount_) return nullptr;
     throw HEXAlgException("Bus index out of range for tessel " + name_);
 }
 
@@ -145,8 +172,8 @@ HDNTProperty* HDNTBlock::getProperty(size_t i) const {
 
 void HDNTBlock::getBusPins(const std::string& baseName, std::vector<HDNTPin*>& out) const {
     const auto matches = [&](const HDNTPin* pin) { return pin->getBaseName() == baseName; };
-    const auto first = std::find_if(pins_.begin(), pins_.end(), matches);
-    out.insert(out.end(), first, std::find_if_not(first, pins_.end(), matches));
+    const auto first = std::find_if(pins().begin(), pins().end(), matches);
+    out.insert(out.end(), first, std::find_if_not(first, pins().end(), matches));
 }
 
 const char* HDNTBlock::groupText(int index) const {

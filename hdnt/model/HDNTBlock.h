@@ -2,12 +2,15 @@
 
 #include "hdnt/manager/HDNTCellviewLib.h"
 #include "hdnt/model/HDNTBus.h"
+#include "hdnt/model/NameIndex.h"
 #include "hdnt/platform/HATAttrObj.h"
 #include "hdnt/platform/HSTKeyValIter.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 
 class HATAttrSpec;
 class HDNTLibrary;
@@ -145,6 +148,8 @@ public:
     static std::vector<std::string>& s_unregisteredNames;
 
 private:
+    const std::vector<HDNTPin*>& pins() const;
+    void makePins() const;
     void acceptDeclared(HDNTVisitor& visitor);
     void deleteOwned();
     void adopt(std::vector<HDNTBlockEntity*>& entities);
@@ -154,7 +159,7 @@ private:
     bool applyAttribute(const HDNTBlockEntity& entity);
     void indexPins();
     void indexProperties();
-    std::vector<size_t> findRedefinedPins() const;
+    void findRedefinedPins(std::span<const hdnt::model::NameIndex::Entry> buses, std::vector<size_t>& redefined) const;
     HDNTNetlist* loadNetlist(const std::string& architecture);
     void settleLoad(uint32_t load, std::optional<unsigned short> kind, const std::string& architecture) const;
     const char* groupText(int index) const;
@@ -162,14 +167,15 @@ private:
 
     std::string name_;
     std::unique_ptr<HDNTNetlist> netlist_;
-    std::vector<HDNTPin*> pins_;
+    mutable std::vector<HDNTPin*> pins_; ///< made when first asked for
     std::vector<HDNTBus*> buses_;
     std::vector<HDNTProperty*> properties_;
-    std::vector<uint32_t> busesByName_;      ///< positions of buses with pins, by base name, then as declared
-    std::vector<uint32_t> propertiesByName_; ///< positions of properties, by name, case aside
-    std::string netlistArchitecture_;        ///< that the netlist was loaded for
+    hdnt::model::NameIndex busesByName_;      ///< by base name
+    hdnt::model::NameIndex propertiesByName_; ///< case aside
+    std::string netlistArchitecture_;         ///< that the netlist was loaded for
     std::vector<std::string> triedArchitectures_;
     uint32_t attachedByLoad_ = 0; ///< the load of a map library that set the netlist; 0 for none
+    uint32_t pinCount_ = 0;
     uint32_t internalBusCount_ = 0;
     uint32_t internalPinCount_ = 0;
     int maturityLevel_ = 0;
@@ -179,6 +185,7 @@ private:
     int legacySubGroup_ = -1;
     unsigned short type_ = HDNTCellviewLib::UNKNOWN;
     unsigned short netlistKind_ = NoNetlist;
+    mutable std::atomic<bool> pinsMade_ = false;
     bool canTiePins_ = false;
     bool internal_ = false;
     bool test_ = false;

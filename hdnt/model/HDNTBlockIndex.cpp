@@ -1,15 +1,21 @@
 // The name indexes of a block: built by finalize, read by the look-ups.
 #include "hdnt/frontend/HDNTError.h"
+#include "hdnt/model/ArchTables.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/model/HDNTSpecIter.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/platform/HSTStringUtils.h"
+#include "hdnt/platform/TextHash.h"
 
 #include <algorithm>
 #include <charconv>
-#include <unordered_set>
+#include <set>
+
+using hdnt::model::NameIndex;
+using hdnt::platform::caselessHash;
+using hdnt::platform::textHash;
 
 void HDNTBlock::finalize() {
     if (netlist_) {
@@ -24,54 +30,48 @@ void HDNTBlock::finalize() {
 
 // Pins are found by base name and bit, so the index has one entry a bus, not one a bit.
 void HDNTBlock::indexPins() {
-    for (uint32_t i = 0; i < buses_.size(); ++i)
-        if (buses_[i]->getFirstPinIndex() >= 0) busesByName_.push_back(i);
-    std::stable_sort(busesByName_.begin(), busesByName_.end(),
-                     [this](uint32_t a, uint32_t b) { return buses_[a]->getBaseName() < buses_[b]->getBaseName(); });
-    for (const size_t pin : findRedefinedPins())
-        HDNTError::PinRedefinition(pins_[pin]->getLocation(), pins_[pin]->getName(false).c_str());
+    busesByName_.build(buses_.size(), [this](size_t i) { return textHash(buses_[i]->getBaseName()); });
+    std::vector<size_t> redefined;
+    busesByName_.forEachShared([&](auto buses) { findRedefinedPins(buses, redefined); });
+    std::sort(redefined.begin(), redefined.end());
+    for (const size_t pin : redefined)
+        HDNTError::PinRedefinition(pins()[pin]->getLocation(), pins()[pin]->getName(false).c_str());
 }
 
-// Only buses that share a base name can define a pin twice. Positions of the later definitions, in order.
-std::vector<size_t> HDNTBlock::findRedefinedPins() const {
-    std::vector<size_t> redefined;
-    for (auto group = busesByName_.begin(); group != busesByName_.end();) {
-        const std::string& baseName = buses_[*group]->getBaseName();
-        const auto groupEnd = std::find_if(group, busesByName_.end(),
-                                           [&](uint32_t bus) { return buses_[bus]->getBaseName() != baseName; });
-        std::unordered_set<int> bits;
-        for (auto entry = group; groupEnd - group > 1 && entry != groupEnd; ++entry) {
-            const HDNTBus& bus = *buses_[*entry];
-            const size_t count = static_cast<size_t>(std::abs(bus.getFirstIndex() - bus.getLastIndex())) + 1;
-            for (size_t pin = static_cast<size_t>(bus.getFirstPinIndex()), end = pin + count; pin < end; ++pin)
-                if (!bits.insert(pins_[pin]->getBitIndex()).second) redefined.push_back(pin);
-        }
-        group = groupEnd;
+// Appends the positions of the later definitions.
+void HDNTBlock::findRedefinedPins(std::span<const NameIndex::Entry> buses, std::vector<size_t>& redefined) const {
+    std::set<std::pair<std::string_view, int>> seen;
+    for (const NameIndex::Entry& entry : buses) {
+        const HDNTBus& bus = *buses_[entry.position];
+        const int step = bus.getFirstIndex() > bus.getLastIndex() ? -1 : 1;
+        int bit = bus.getFirstIndex();
+        for (size_t i = 0; i < bus.pinCount(); ++i, bit += step)
+            if (!seen.emplace(bus.getBaseName(), bit).second)
+                redefined.push_back(static_cast<size_t>(bus.getFirstPinIndex()) + i);
     }
-    std::sort(redefined.begin(), redefined.end());
-    return redefined;
 }
 
 void HDNTBlock::indexProperties() {
-    std::vector<uint32_t> byName(properties_.size());
-    for (uint32_t i = 0; i < byName.size(); ++i) byName[i] = i;
-    const auto order = [this](uint32_t a, uint32_t b) {
-        return HSTStrUtils::compareCI(properties_[a]->getName(), properties_[b]->getName());
-    };
-    std::stable_sort(byName.begin(), byName.end(), [&](uint32_t a, uint32_t b) { return order(a, b) < 0; });
-    std::vector<bool> redefined(properties_.size());
-    for (const uint32_t property : byName) {
-        redefined[property] = !propertiesByName_.empty() && order(propertiesByName_.back(), property) == 0;
-        if (!redefined[property]) propertiesByName_.push_back(property);
-    }
+    if (properties_.empty()) return;
+    propertiesByName_.build(properties_.size(), [this](size_t i) { return caselessHash(properties_[i]->getName()); });
+    std::vector<uint32_t> redefined;
+    propertiesByName_.forEachShared([&](auto entries) {
+        for (const NameIndex::Entry& entry : entries)
+            if (getPropertyByName(properties_[entry.position]->getName()) != properties_[entry.position])
+                redefined.push_back(entry.position);
+    });
+    std::sort(redefined.begin(), redefined.end());
+    const hdnt::model::PropertyContext context = hdnt::model::propertyContext(this);
+    auto next = redefined.begin();
     int index = 0;
-    for (size_t i = 0; i < properties_.size(); ++i) {
+    for (uint32_t i = 0; i < properties_.size(); ++i) {
         HDNTProperty& property = *properties_[i];
-        if (redefined[i]) {
+        if (next != redefined.end() && *next == i) {
             HDNTError::PropertyRedefinition(property.getLocation(), property.getName().c_str());
+            ++next;
         } else {
             property.setIndex(index++);
-            property.finalize();
+            property.finalize(context);
         }
     }
 }
@@ -96,34 +96,40 @@ HDNTPin* HDNTBlock::getPinByName(const std::string& name) const {
     std::string baseName = HSTStringUtils::to_upper_copy(name);
     int bit = -1;
     if (!splitPinName(baseName, bit)) return nullptr;
-    auto entry =
-        std::lower_bound(busesByName_.begin(), busesByName_.end(), baseName,
-                         [this](uint32_t bus, const std::string& base) { return buses_[bus]->getBaseName() < base; });
-    for (; entry != busesByName_.end() && buses_[*entry]->getBaseName() == baseName; ++entry) {
-        const HDNTBus& bus = *buses_[*entry];
-        if (std::min(bus.getFirstIndex(), bus.getLastIndex()) <= bit &&
-            bit <= std::max(bus.getFirstIndex(), bus.getLastIndex()))
-            return pins_[static_cast<size_t>(bus.getFirstPinIndex()) +
-                         static_cast<size_t>(std::abs(bit - bus.getFirstIndex()))];
+    for (const NameIndex::Entry& entry : busesByName_.find(textHash(baseName))) {
+        const HDNTBus& bus = *buses_[entry.position];
+        const bool declaresBit = std::min(bus.getFirstIndex(), bus.getLastIndex()) <= bit &&
+                                 bit <= std::max(bus.getFirstIndex(), bus.getLastIndex());
+        if (bus.pinCount() > 0 && declaresBit && bus.getBaseName() == baseName)
+            return pins()[static_cast<size_t>(bus.getFirstPinIndex()) +
+                          static_cast<size_t>(std::abs(bit - bus.getFirstIndex()))];
     }
     return nullptr;
 }
 
+// A bus without pins still has its whole name as base name. Before finalize() there is no index.
 HDNTBus* HDNTBlock::getBusByName(const std::string& name, bool fullName) const {
     const std::string upperName = HSTStringUtils::to_upper_copy(name);
-    for (HDNTBus* bus : buses_)
-        if (fullName ? bus->getName() == upperName : bus->getBaseName() == upperName) return bus;
-    return nullptr;
+    const auto matches = [&](const HDNTBus& bus) {
+        return (fullName ? bus.getName() : bus.getBaseName()) == upperName;
+    };
+    size_t first = buses_.size();
+    const auto consider = [&](size_t i) {
+        if (i < first && matches(*buses_[i])) first = i;
+    };
+    const auto search = [&](std::string_view baseName) {
+        for (const NameIndex::Entry& entry : busesByName_.find(textHash(baseName))) consider(entry.position);
+    };
+    search(upperName);
+    if (fullName) search(std::string_view(upperName).substr(0, upperName.find('[')));
+    for (size_t i = 0; !indexed_ && i < buses_.size(); ++i) consider(i);
+    return first < buses_.size() ? buses_[first] : nullptr;
 }
 
 HDNTProperty* HDNTBlock::getPropertyByName(const std::string& name) const {
-    const auto found = std::lower_bound(propertiesByName_.begin(), propertiesByName_.end(), name,
-                                        [this](uint32_t property, const std::string& wanted) {
-                                            return HSTStrUtils::compareCI(properties_[property]->getName(), wanted) < 0;
-                                        });
-    if (found == propertiesByName_.end() || HSTStrUtils::compareCI(properties_[*found]->getName(), name) != 0)
-        return nullptr;
-    return properties_[*found];
+    for (const NameIndex::Entry& entry : propertiesByName_.find(caselessHash(name)))
+        if (HSTStringUtils::iequals(properties_[entry.position]->getName(), name)) return properties_[entry.position];
+    return nullptr;
 }
 
 HSTKeyValIter<std::string, HATAttrSpec*>* HDNTBlock::createSpecIter() const { return new HDNTSpecIter(*this); }

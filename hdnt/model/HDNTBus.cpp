@@ -8,6 +8,7 @@
 #include "hdnt/platform/HEX.h"
 
 #include <algorithm>
+#include <memory>
 
 // What the fields of a pin can hold.
 static constexpr int greatestBit = 32767;
@@ -27,37 +28,56 @@ HDNTBus::~HDNTBus() {
 }
 
 void HDNTBus::elaborate(std::vector<HDNTPin*>& pins) {
-    const std::string declared = name_.str();
+    placePins(pins.size());
+    makePins(pins);
+}
+
+void HDNTBus::placePins(size_t before) {
     int first = -1;
     int last = -1;
-    if (isMultipleInstances(declared)) {
-        std::string baseName;
+    std::string baseName;
+    const std::string& declared = name_.str();
+    const bool ranged = isMultipleInstances(declared);
+    if (ranged) {
         if (!rangeOf(declared, baseName, first, last)) return;
         if (std::max(first, last) > greatestBit) {
             HDNTError::Formatted(getLocation(), "Pin \"%s\" has bit %d, above %d.", declared.c_str(),
                                  std::max(first, last), greatestBit);
             return;
         }
-        name_ = HSTUniqString(baseName);
     }
-    const size_t count = static_cast<size_t>(std::abs(first - last)) + 1;
-    if (pins.size() + count > greatestPinCount) {
+    const size_t count = before + static_cast<size_t>(std::abs(first - last)) + 1;
+    if (count > greatestPinCount) {
         HDNTError::Formatted(getLocation(), "Pin \"%s\" makes %zu pins of its block, more than %zu.", declared.c_str(),
-                             pins.size() + count, greatestPinCount);
+                             count, greatestPinCount);
         return;
     }
-    firstPinIndex_ = static_cast<int>(pins.size());
+    if (ranged) name_ = HSTUniqString(baseName);
+    firstPinIndex_ = static_cast<int>(before);
     firstIndex_ = first;
     lastIndex_ = last;
-    pins.reserve(pins.size() + count);
-    const int step = first > last ? -1 : 1;
-    for (int bit = first;; bit += step) {
-        auto* const pin = new HDNTPin(static_cast<short>(bit), static_cast<unsigned short>(pins.size()));
-        pins.push_back(pin);
+}
+
+size_t HDNTBus::pinCount() const {
+    return firstPinIndex_ < 0 ? 0 : static_cast<size_t>(std::abs(firstIndex_ - lastIndex_)) + 1;
+}
+
+void HDNTBus::makePins(std::vector<HDNTPin*>& pins) {
+    const yyltype* const location = getLocation();
+    const int step = firstIndex_ > lastIndex_ ? -1 : 1;
+    int bit = firstIndex_;
+    for (size_t count = pinCount(); count > 0; --count, bit += step) {
+        auto pin = std::make_unique<HDNTPin>(static_cast<short>(bit), static_cast<unsigned short>(pins.size()));
         pin->setParent(this);
-        if (const yyltype* location = getLocation()) pin->setLocation(*location);
-        if (bit == last) break;
+        if (location) pin->setLocation(*location);
+        pins.push_back(pin.get());
+        pin.release(); // NOLINT(bugprone-unused-return-value): the list has it
     }
+}
+
+bool HDNTBus::pinsAreFaultless() const {
+    const bool tied = direction_ == HDNT_PIN_OUTPUT && required_ != HDNT_PIN_NO_VALUE;
+    return pinCount() == 0 || (!tied && (firstIndex_ >= 0 || isPlainName(getBaseName())));
 }
 
 HDNTBlock* HDNTBus::getBlock() const { return static_cast<HDNTBlock*>(getParent()); }

@@ -53,10 +53,21 @@ public:
 
     virtual void accept(HDNTVisitor& visitor);
 
-    /// Appends a new pin for each bit, in the order of the range, and cuts the name to its base. Called once, by the
-    /// block, which owns the pins. A malformed name, a bit above 32,767 or a pin list of more than 65,536 pins is one
-    /// report at the bus and appends nothing.
+    /// Appends a new pin for each bit, in the order of the range, and cuts the name to its base. A malformed name, a
+    /// bit above 32,767 or a pin list of more than 65,536 pins is one report at the bus and appends nothing.
     void elaborate(std::vector<HDNTPin*>& pins);
+
+    // The two halves of elaborate(), for the block that the bus belongs to: what is declared wrong is told at once,
+    // pins are made when they are asked for.
+
+    /// Reports, cuts the name, and takes the places for its pins behind that many others. Once.
+    void placePins(size_t before);
+    /// Appends the pins; the list holds those of the buses before.
+    void makePins(std::vector<HDNTPin*>& pins);
+    /// How many there are, made or not; 0 before elaboration and after a report.
+    size_t pinCount() const;
+    /// Whether HDNTPin::check() finds nothing in any of them.
+    bool pinsAreFaultless() const;
 
     /// The parent, which is nothing but a block; null before one adopted the bus.
     HDNTBlock* getBlock() const;

@@ -16,10 +16,6 @@ bool isPlainPart(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
-bool isPlainName(const std::string& name) {
-    return std::all_of(name.begin(), name.end(), [](char c) { return c == '@' || isPlainPart(c); });
-}
-
 // Reads decimal digits at p; false when there is none. Numbers past the range of int stand for its greatest value,
 // which is more than any range or bit may be.
 bool readBound(const char*& p, const char* end, int& bound) {
@@ -92,6 +88,10 @@ void HDNTNode::checkNames(const std::string& name, bool allowArrayFormat) const 
         int second = 0;
         checkValidMultipleInstFormat(name, baseName, first, second);
     }
+}
+
+bool HDNTNode::isPlainName(const std::string& name) {
+    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c == '@' || isPlainPart(c); });
 }
 
 bool HDNTNode::rangeOf(const std::string& name, std::string& baseName, int& first, int& last) const {

@@ -91,6 +91,8 @@ public:
 protected:
     /// For constructors; that of the most derived class of the model comes last.
     void setKind(HDNTNodeKind kind) { kind_ = kind; }
+    /// Whether a name without brackets passes checkNames: not empty, of letters, digits, underscores and "@".
+    static bool isPlainName(const std::string& name);
     /// What expandRangedNameNames checks first: form and limit. False after a report.
     bool rangeOf(const std::string& name, std::string& baseName, int& first, int& last) const;
 

@@ -82,25 +82,27 @@ void HDNTProperty::check() {
         HDNTError::PropertyDefaultNotInList(getLocation(), getName().c_str());
 }
 
-void HDNTProperty::finalize() {
-    const HDNTBlock* const block = getBlock();
-    if (const HDNTLibrary* const library = block ? block->getLibrary() : nullptr) {
-        const bool constraint = library->isIOPinConstr(getName());
+void HDNTProperty::finalize() { finalize(hdnt::model::propertyContext(getBlock())); }
+
+void HDNTProperty::finalize(const hdnt::model::PropertyContext& context) {
+    if (context.library) {
+        const bool constraint = context.library->isIOPinConstr(getName());
         if (constraint)
             for (const int sourceType : {2, 12, 11, 8}) spec_.removeAllowedSourceType(sourceType);
-        spec_.setReadOnly(constraint || library->isReadOnlyAttribute(getName()));
-        setDescription();
+        spec_.setReadOnly(constraint || context.library->isReadOnlyAttribute(getName()));
+        if (context.described) setDescription(*context.block);
     }
     if (getType() != Type::TypeBitHex) return;
-    if (getBitWidth() % 4 != 0) nibbleSized_ = block && block->usesNibbleSizeHexAttrs();
+    if (getBitWidth() % 4 != 0) nibbleSized_ = context.nibbleSizedHex;
     if (!spec_.isEnumerated()) completeHexRange();
 }
 
 void HDNTProperty::completeHexRange() {
+    if (!spec_.getLowHexRange().empty() && !spec_.getHighHexRange().empty()) return;
     const int digits = getBitWidth() / 4;
     const int rest = getBitWidth() % 4;
-    std::string low = getMinHexValue();
-    std::string high = getMaxHexValue();
+    std::string low = spec_.getLowHexRange();
+    std::string high = spec_.getHighHexRange();
     minCompleted_ |= low.empty();
     maxCompleted_ |= high.empty();
     if (high.empty()) {
@@ -111,8 +113,7 @@ void HDNTProperty::completeHexRange() {
     spec_.setHexRange(low, high);
 }
 
-void HDNTProperty::setDescription() {
-    const HDNTBlock& block = *getBlock();
+void HDNTProperty::setDescription(const HDNTBlock& block) {
     const std::string text = hdnt::model::describedText(*block.getLibrary(), {block.getName(), getName()});
     if (text.empty()) return;
     if (!describedByConfig_) declaredDescription_ = HSTUniqString(spec_.getDescription());

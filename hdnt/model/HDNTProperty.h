@@ -9,6 +9,10 @@ class ConfigBase;
 class HDNTBlock;
 class HDNTVisitor;
 
+namespace hdnt::model {
+struct PropertyContext;
+}
+
 /// A typed attribute that a block or one of its buses declares: type, range or list of allowed values, default, flags.
 /// Nearly all of it stands in the attribute specification, which the host uses directly.
 ///
@@ -29,6 +33,8 @@ public:
     /// Takes read-only flag and description from the configuration, and completes the range of a hex property. Called
     /// for the properties of blocks, not for those of buses.
     void finalize() override;
+    /// The same where the block's part of it is known. Internal.
+    void finalize(const hdnt::model::PropertyContext& context);
     /// Writes the declaration as one line of text to standard output, indented by 4.
     virtual void print();
     virtual void accept(HDNTVisitor& visitor);
@@ -117,7 +123,7 @@ public:
     static std::string getTypeName(HATAttrTypes::AttrType type);
 
 private:
-    void setDescription();
+    void setDescription(const HDNTBlock& block);
     void completeHexRange();
 
     HATAttrSpec spec_;

@@ -26,6 +26,8 @@ public:
         std::sort(entries_.begin(), entries_.end());
     }
 
+    bool empty() const { return entries_.empty(); }
+
     /// The items of one hash, in the order of the list.
     std::span<const Entry> find(std::uint64_t hash) const {
         const auto [first, last] = std::equal_range(entries_.begin(), entries_.end(), Entry{folded(hash), 0},

@@ -30,6 +30,6 @@ void HDNTConnect::check() {
 HDNTSignal* HDNTConnect::getSignal() const {
     if (auto* const signal = nodeCast<HDNTSignal>(getParent())) return signal;
     for (HDNTNode* node = getParent(); node; node = node->getParent())
-        if (const auto* const netlist = nodeCast<HDNTNetlist>(node)) return netlist->getSignal(signalName());
+        if (const auto* const netlist = nodeCast<HDNTNetlist>(node)) return netlist->findSignal(signalName());
     return nullptr;
 }

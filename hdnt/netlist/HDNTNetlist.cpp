@@ -8,6 +8,11 @@
 #include "hdnt/netlist/HDNTReferencedInstanceVisitor.h"
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/platform/TextHash.h"
+
+#include <algorithm>
+
+using hdnt::platform::textHash;
 
 // Appends the entity when it is of the list's kind.
 template <typename Kind>
@@ -49,16 +54,18 @@ static void keep(HDNTSigList* list) {
 }
 
 void HDNTNetlist::expandSignals() {
-    std::vector<HDNTSignal*> expanded;
-    for (HDNTSignal* signal : signals_) {
-        auto* const list = nodeCast<HDNTSigList>(signal);
-        if (!list) expanded.push_back(signal);
-        else if (list->expand(expanded)) keep(list);
-        else delete list;
+    if (std::any_of(signals_.begin(), signals_.end(),
+                    [](const HDNTSignal* signal) { return nodeCast<HDNTSigList>(signal) != nullptr; })) {
+        std::vector<HDNTSignal*> expanded;
+        for (HDNTSignal* signal : signals_) {
+            auto* const list = nodeCast<HDNTSigList>(signal);
+            if (!list) expanded.push_back(signal);
+            else if (list->expand(expanded)) keep(list);
+            else delete list;
+        }
+        signals_ = std::move(expanded);
     }
-    signals_ = std::move(expanded);
-    signalByName_.clear();
-    for (HDNTSignal* signal : signals_) signalByName_.try_emplace(signal->name(), signal);
+    signalsByName_.build(signals_.size(), [this](size_t i) { return textHash(signals_[i]->name()); });
 }
 
 template <typename Kind>
@@ -97,9 +104,12 @@ void HDNTNetlist::check() {
 HDNTBlock* HDNTNetlist::getTypeBlock() const { return nodeCast<HDNTBlock>(getParent()); }
 
 // The interface passes it by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
-HDNTSignal* HDNTNetlist::getSignal(std::string name) const {
-    if (const auto found = signalByName_.find(name); found != signalByName_.end()) return found->second;
-    if (!signalByName_.empty()) return nullptr;
+HDNTSignal* HDNTNetlist::getSignal(std::string name) const { return findSignal(name); }
+
+HDNTSignal* HDNTNetlist::findSignal(std::string_view name) const {
+    for (const auto& entry : signalsByName_.find(textHash(name)))
+        if (signals_[entry.position]->name() == name) return signals_[entry.position];
+    if (!signalsByName_.empty()) return nullptr;
     for (HDNTSignal* signal : signals_)
         if (signal->name() == name) return signal;
     return nullptr;

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "hdnt/model/HDNTNode.h"
+#include "hdnt/model/NameIndex.h"
 
 #include <string_view>
-#include <unordered_map>
 
 class HDNTAssignBlockProperty;
 class HDNTAssignPinProperty;
@@ -48,6 +48,7 @@ public:
     HDNTBlock* getTypeBlock() const;
     /// The first signal of exactly that name; null when there is none.
     HDNTSignal* getSignal(std::string name) const;
+    HDNTSignal* findSignal(std::string_view name) const;
     /// Name of the first instance at the top level; without one, of the instance that the statements lead to. Empty
     /// when there is none.
     std::string getReferencedInstanceName();
@@ -66,7 +67,7 @@ private:
     void expandSignals();
 
     std::vector<HDNTSignal*> signals_;
-    std::unordered_map<std::string_view, HDNTSignal*> signalByName_; ///< of a finalized netlist; the first of a name
+    hdnt::model::NameIndex signalsByName_; ///< of a finalized netlist
     std::vector<HDNTConnect*> connects_;
     std::vector<HDNTBlockInst*> instances_;
     std::vector<HDNTAssignBlockProperty*> blockPropertyAssigns_;

@@ -52,7 +52,7 @@ void HDNTBlock::acceptOwn(HDNTVisitor& visitor) {
 void HDNTBlock::acceptDeclared(HDNTVisitor& visitor) {
     visitor.visit(this);
     acceptAll(buses_, visitor);
-    if (visitor.visitsPins()) acceptAll(pins_, visitor);
+    if (visitor.visitsPins()) acceptAll(pins(), visitor);
     acceptAll(properties_, visitor);
     visitor.postVisit(this);
 }

@@ -34,6 +34,7 @@ inline std::uint64_t mixed(std::uint64_t hash, std::uint64_t bytes) {
 /// fill up a shorter one.
 template <typename Fold>
 std::uint64_t hashOf(std::string_view text, Fold&& fold) {
+    if (text.empty()) return 0;
     const char* p = text.data();
     const char* const end = p + text.size();
     std::uint64_t hash = hashSeed() ^ text.size();

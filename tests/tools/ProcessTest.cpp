@@ -46,7 +46,7 @@ TEST_F(ProcessTest, KilledWorkerCountsAsFailedInput) {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST_F(ProcessTest, MemoryRunsOutInOneWorkerOnly) {
     std::string blocks;
-    for (int i = 0; i < 12000; ++i) blocks += "block \"B" + std::to_string(i) + "\" { pin \"A[99:0]\" input; }\n";
+    for (int i = 0; i < 60000; ++i) blocks += "block \"B" + std::to_string(i) + "\" { pin \"A[99:0]\" input; }\n";
     directory.write("big.btl", libraryOf(blocks));
     directory.write("good.btl", libraryOf("block \"HOLD\" { pin \"A\" input; }"));
     ntl.addressSpace = size_t{64} << 20;
