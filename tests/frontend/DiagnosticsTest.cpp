@@ -92,6 +92,11 @@ TEST(Report, LongFormattedTextIsCut) {
 
 TEST(LineStore, FindsEachOfManyLines) {
     std::vector<std::string> expected;
+    const auto scanAll = [] {
+        NtlInitScanner();
+        while (HDNTParserlex() != 0) continue;
+        yylex_destroy();
+    };
     for (const int count : {1, 200, 63, 70}) {
         std::string text;
         for (int line = 0; line < count; ++line) {
@@ -99,18 +104,13 @@ TEST(LineStore, FindsEachOfManyLines) {
             text += expected.back() + "\n";
         }
         yy_scan_string(text.c_str());
-        NtlInitScanner();
-        while (HDNTParserlex() != 0) {
-        }
+        scanAll();
     }
     yy_scan_string("a b\nc");
     NtlInitScanner();
     HDNTParserlex();
-    NtlInitScanner();
-    while (HDNTParserlex() != 0) {
-    }
+    scanAll();
     expected.insert(expected.end(), {"a b", " b", "c"});
-    yylex_destroy();
     for (size_t n = 1; n <= expected.size(); ++n) EXPECT_EQ(NtlGetLineNumbered(n), expected[n - 1]) << n;
 }
 
