@@ -2,8 +2,10 @@
 
 #include "hdnt/frontend/Scanner.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace hdnt::frontend {
@@ -101,7 +103,7 @@ namespace detail {
 
 struct KeywordSlot {
     WordKey key = 0;
-    WordKey head = 0; ///< key of the first eight characters, of those that are longer
+    char head[sizeof(WordKey)] = {}; ///< the first eight characters
     int token = 0;
     unsigned length = 0;
 };
@@ -117,8 +119,10 @@ consteval std::array<KeywordSlot, keywordSlots> makeKeywordTable() {
     for (const auto& [spelling, token] : keywords) {
         KeywordSlot& slot = table[slotOf(keyOf(spelling))];
         if (slot.key || spelling.size() > 2 * sizeof slot.key) throw "two keywords in a slot, or one that is too long";
-        slot = {keyOf(spelling), keyOf(spelling.substr(0, sizeof slot.key)), token,
-                static_cast<unsigned>(spelling.size())};
+        slot.key = keyOf(spelling);
+        slot.token = token;
+        slot.length = static_cast<unsigned>(spelling.size());
+        std::copy_n(spelling.begin(), std::min(spelling.size(), sizeof slot.head), slot.head);
     }
     return table;
 }
@@ -131,7 +135,7 @@ inline constexpr auto keywordTable = makeKeywordTable();
 inline int keywordToken(WordKey key, std::string_view word) {
     const detail::KeywordSlot& slot = detail::keywordTable[detail::slotOf(key)];
     if (slot.key != key || slot.length != word.size()) return 0;
-    return word.size() <= sizeof key || slot.head == keyOf(word.substr(0, sizeof key)) ? slot.token : 0;
+    return word.size() <= sizeof key || std::memcmp(slot.head, word.data(), sizeof key) == 0 ? slot.token : 0;
 }
 
 inline int keywordToken(std::string_view word) { return keywordToken(keyOf(word), word); }

@@ -56,7 +56,9 @@ int HDNTLibrary::parseFile(const std::string& path) {
 
 int HDNTLibrary::parseString(const std::string& text) {
     setTopLevelFile(nullptr);
-    return parseText(this, std::make_shared<SourceText>(SourceText{text}));
+    auto source = std::make_shared<SourceText>();
+    copySource(text, source->bytes);
+    return parseText(this, std::move(source));
 }
 
 bool HDNTLibrary::usesMapLibraries() {

@@ -7,11 +7,6 @@
 
 namespace hdnt::frontend {
 
-ParseSession& ParseSession::instance() {
-    static ParseSession* const session = new ParseSession; // never destroyed, like the scanner
-    return *session;
-}
-
 void ParseSession::finish() {
     if (const std::exception_ptr failure = std::exchange(failure_, nullptr)) std::rethrow_exception(failure);
 }

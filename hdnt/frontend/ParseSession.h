@@ -15,7 +15,10 @@ namespace hdnt::frontend {
 /// the parser gives up and frees what it holds, and the parse entry throws it again.
 class ParseSession {
 public:
-    static ParseSession& instance();
+    static ParseSession& instance() {
+        static ParseSession* const session = new ParseSession; // never destroyed, like the scanner
+        return *session;
+    }
 
     void begin() { failure_ = nullptr; }
     /// Throws what guard() caught, if anything.

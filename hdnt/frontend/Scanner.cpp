@@ -207,13 +207,6 @@ int Scanner::scanString(const char* start) {
     return StateChanged;
 }
 
-int Scanner::beginFileStatement(int keyword) {
-    pieceStart_ = matchStart_;
-    if (keyword == InlineKeyword) pushState(State::InlineFile);
-    else state_ = State::IncludeFile;
-    return StateChanged;
-}
-
 int Scanner::scanWord(const char* start) {
     const char* end = start;
     WordKey key = 0;

@@ -1,4 +1,5 @@
 #include "hdnt/frontend/HDNTLimits.h"
+#include "hdnt/frontend/Keywords.h"
 #include "hdnt/frontend/ScannerState.h"
 #include "hdnt/frontend/SourceInput.h"
 #include "hdnt/platform/HSTUniqString.h"
@@ -25,6 +26,14 @@ std::string Scanner::findFile(const std::string& name) const {
         if (HUTPathUtils::exists(path)) return path;
     }
     return {};
+}
+
+// Behind INCLUDE or INLINE: what follows is read in a file-name state.
+int Scanner::beginFileStatement(int keyword) {
+    pieceStart_ = matchStart_;
+    if (keyword == InlineKeyword) pushState(State::InlineFile);
+    else state_ = State::IncludeFile;
+    return StateChanged;
 }
 
 // In a file-name state: a line that holds a ";" is the file-name line and is taken with its newline. Of any other line,

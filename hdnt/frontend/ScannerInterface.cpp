@@ -1,6 +1,7 @@
 // The exported names of the scanner: thin covers, never called from inside the library.
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/frontend/ScannerState.h"
+#include "hdnt/frontend/SourceInput.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -35,7 +36,7 @@ static YY_BUFFER_STATE newBuffer(const char* failure) {
 
 static YY_BUFFER_STATE scanText(const char* bytes, size_t length) {
     YY_BUFFER_STATE const buffer = newBuffer("out of dynamic memory in yy_scan_buffer()");
-    buffer->text->bytes.assign(bytes, length);
+    hdnt::frontend::copySource({bytes, length}, buffer->text->bytes);
     Scanner::instance().switchTo(buffer);
     return buffer;
 }

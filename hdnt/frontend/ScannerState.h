@@ -97,7 +97,7 @@ private:
     static constexpr int StateChanged = -1;
 
     // Scanner.cpp
-    int scanText();
+    [[gnu::always_inline]] inline int scanText(); // the loop of next()
     int scanBesideText();
     int scanNumber(const char* start, bool negative);
     int scanString(const char* start);
@@ -114,7 +114,6 @@ private:
     void newline();
     void endLine();
     void tab();
-    int beginFileStatement(int keyword);
     void pushState(State state);
     void popState();
 
@@ -129,6 +128,7 @@ private:
     bool atEnd() const { return cursor_ == textEnd_; }
 
     // ScannerInclude.cpp
+    int beginFileStatement(int keyword);
     int fileStatement();
     void include(const std::string& name, bool once);
     bool open(const std::string& path, bool once);

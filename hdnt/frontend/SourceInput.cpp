@@ -3,7 +3,10 @@
 #include "hdnt/frontend/HDNTLimits.h"
 #include "hdnt/platform/InputFile.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 
 namespace hdnt::frontend {
@@ -11,6 +14,20 @@ namespace hdnt::frontend {
 bool readSource(const std::string& path, std::string& out, std::string& reason) {
     const HDNTLimits& limits = HDNTLimits::get();
     return platform::readInput(path, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, out, reason);
+}
+
+// Memory that is new to the process comes a page at a time. For a text of a hundred megabytes in small pages that takes
+// a quarter of the time of scanning it, in large ones next to none. Where the system has none, the advice is void.
+void copySource(std::string_view text, std::string& out) {
+    constexpr size_t largePage = size_t{1} << 21;
+    out.clear();
+    out.reserve(text.size());
+    if (text.size() >= 4 * largePage) {
+        const auto begin = reinterpret_cast<std::uintptr_t>(out.data());
+        const size_t toLargePage = (largePage - begin % largePage) % largePage;
+        madvise(out.data() + toLargePage, text.size() - toLargePage, MADV_HUGEPAGE);
+    }
+    out.assign(text);
 }
 
 bool isInsideRoot(const std::string& path, std::string& reason) {

@@ -30,6 +30,7 @@ void HDNTPrintVisitor::write(std::string_view text) {
 
 void HDNTPrintVisitor::endBody() {
     gathering_ = false;
+    if (gathered_->view().empty()) return;
     write(*gathered_);
     gathered_->clear();
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 
 namespace hdnt::writer {
 
@@ -15,9 +16,11 @@ void Line::grow(size_t count) {
 }
 
 Line& Line::add(int value) {
-    char digits[24];
-    return add(std::string_view(
-        digits, static_cast<size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits)));
+    constexpr size_t longest = std::numeric_limits<int>::digits10 + 2;
+    const size_t start = size_;
+    char* const first = room(longest);
+    size_ = start + static_cast<size_t>(std::to_chars(first, first + longest, value).ptr - first);
+    return *this;
 }
 
 // The longest number has 309 digits before the point, and a negative precision means six behind it.

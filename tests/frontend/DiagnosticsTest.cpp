@@ -90,6 +90,30 @@ TEST(Report, LongFormattedTextIsCut) {
     EXPECT_EQ(reports.texts.at(0), std::string(4095, 'x'));
 }
 
+TEST(LineStore, FindsEachOfManyLines) {
+    std::vector<std::string> expected;
+    const auto scanAll = [] {
+        NtlInitScanner();
+        while (HDNTParserlex() != 0) continue;
+        yylex_destroy();
+    };
+    for (const int count : {1, 200, 63, 70}) {
+        std::string text;
+        for (int line = 0; line < count; ++line) {
+            expected.push_back(line % 3 == 1 ? "" : "a" + std::to_string(line));
+            text += expected.back() + "\n";
+        }
+        yy_scan_string(text.c_str());
+        scanAll();
+    }
+    yy_scan_string("a b\nc");
+    NtlInitScanner();
+    HDNTParserlex();
+    scanAll();
+    expected.insert(expected.end(), {"a b", " b", "c"});
+    for (size_t n = 1; n <= expected.size(); ++n) EXPECT_EQ(NtlGetLineNumbered(n), expected[n - 1]) << n;
+}
+
 TEST(LineStore, PrintsTheLastElevenLines) {
     storeLines(13);
     const std::string out = printedBy(NtlPrintLines).out;

@@ -27,6 +27,8 @@ TEST(Scanner, LongestMatchAndPriorities) {
         std::vector<int> tokens;
     } cases[] = {
         {"Block BLOCK block", {T_Identifier, T_Identifier, T_Block}},
+        {"aproperty propert constraintsonly xonstraintsOnly constraintsOnly",
+         {T_Identifier, T_Identifier, T_Identifier, T_Identifier, T_ConstraintsOnly}},
         {"12'h 4'b102", {T_HexConstant, T_BinaryConstant, T_IntConstant}},
         {"1.5e-3", {T_DoubleConstant, T_Identifier, T_IntConstant}},
         {"a-1 - 2", {T_Identifier, T_IntConstant, '-', T_IntConstant}},
@@ -105,8 +107,10 @@ TEST(Scanner, BuffersStack) {
     std::istringstream stream("library");
     yypush_buffer_state(yy_create_buffer(&stream, 16384));
     EXPECT_EQ(HDNTParserlex(), T_Library);
+    EXPECT_EQ(HDNTParserlloc.first_column, 6);
     yypop_buffer_state();
     EXPECT_EQ(HDNTParserlex(), T_Pin);
+    EXPECT_EQ(HDNTParserlloc.first_column, 14);
     yy_delete_buffer(outer);
     char text[] = "end\0"; // and the terminator
     EXPECT_EQ(yy_scan_buffer(text, 4), nullptr);

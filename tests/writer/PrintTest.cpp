@@ -74,6 +74,27 @@ TEST(PrintedForm, ShowsTheBlocksOfParentsTheSourceDoesNot) {
     EXPECT_EQ(support::source(*child).find("\"ADD\""), std::string::npos);
 }
 
+TEST(PrintedForm, IsInTheStreamWhenAnOperationReturns) {
+    const auto library = everyConstruct();
+    HDNTBlock& block = *library->getTypeBlock(0);
+    const std::string walked = support::writtenBy([&](FILE* stream) {
+        HDNTPrintVisitor visitor(stream);
+        library->accept(visitor);
+    });
+    EXPECT_EQ(walked, contents("every_construct.printed"));
+    support::writtenBy([&](FILE* stream) {
+        HDNTPrintVisitor visitor(stream);
+        visitor.visit(&block);
+        const long begun = std::ftell(stream);
+        visitor.visit(block.getBus(0));
+        const long bus = std::ftell(stream);
+        visitor.postVisit(block.getBus(0));
+        EXPECT_GT(begun, 0);
+        EXPECT_GT(bus, begun);
+        EXPECT_EQ(std::ftell(stream), bus + 2);
+    });
+}
+
 TEST(PrintedForm, WritesWhatIsVisitedOnItsOwn) {
     const auto library = everyConstruct();
     HDNTBlock& block = *library->getTypeBlock(0);
