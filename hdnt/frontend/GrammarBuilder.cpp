@@ -8,6 +8,7 @@
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTConnect.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
+#include "hdnt/platform/AttrSpecDraft.h"
 
 #include <algorithm>
 #include <charconv>
@@ -36,60 +37,50 @@ long widthOf(const std::string& constant) {
     return result.ec == std::errc::result_out_of_range ? LONG_MAX : width;
 }
 
-void applyInts(HATAttrSpec& spec, const PropertyOptions& options) {
-    spec.setIntDefault(options.intDefault.value_or(options.ints.empty() ? 0 : options.ints.front()));
-    if (options.ints.empty()) {
-        spec.setIntRange(options.intMin, options.intMax);
-    } else {
-        spec.setDiscreteInt(true);
-        for (const int value : options.ints) spec.addDiscreteIntRange(value);
-    }
+void draftInts(HATAttrSpec::Draft& draft, const PropertyOptions& options) {
+    draft.setIntDefault(options.intDefault.value_or(options.ints.empty() ? 0 : options.ints.front()));
+    if (options.ints.empty()) draft.setIntRange(options.intMin, options.intMax);
+    for (const int value : options.ints) draft.listInt(value);
 }
 
-void applyDoubles(HATAttrSpec& spec, const PropertyOptions& options) {
-    spec.setDoubleDefault(options.doubleDefault.value_or(options.doubles.empty() ? 0.0 : options.doubles.front()));
-    if (options.doubles.empty()) {
-        spec.setDoubleRange(options.doubleMin, options.doubleMax);
-    } else {
-        spec.setDiscreteDouble(true);
-        for (const double value : options.doubles) spec.addDiscreteDoubleRange(value);
-    }
+void draftDoubles(HATAttrSpec::Draft& draft, const PropertyOptions& options, const yyltype& place) {
+    draft.setDoubleDefault(options.doubleDefault.value_or(options.doubles.empty() ? 0.0 : options.doubles.front()));
+    if (options.doubles.empty()) draft.setDoubleRange(options.doubleMin, options.doubleMax);
+    for (const double value : options.doubles) draft.listDouble(value);
+    draft.setPrecision(limited(options.precision, HDNTLimits::get().precision, "Precision", "precision", place));
 }
 
-void applyTexts(HATAttrSpec& spec, HATAttrTypes::AttrType type, const PropertyOptions& options) {
-    const bool hex = type == HATAttrTypes::TypeBitHex;
-    const bool listed = !options.textDefault && !options.texts.empty();
-    const std::string& chosen = listed ? *options.texts.front() : textOf(options.textDefault);
-    if (type == HATAttrTypes::TypeString) {
-        spec.setStringDefault(chosen);
-        for (const TokenText& value : options.texts) spec.addStringRange(*value);
-        return;
-    }
-    hex ? spec.setHexDefault(chosen) : spec.setBinaryDefault(chosen);
-    if (options.texts.empty())
-        hex ? spec.setHexRange(textOf(options.textMin), textOf(options.textMax))
-            : spec.setBinaryRange(textOf(options.textMin), textOf(options.textMax));
-    for (const TokenText& value : options.texts) hex ? spec.addDiscreteHex(*value) : spec.addDiscreteBinary(*value);
+void draftTexts(HATAttrSpec::Draft& draft, HATAttrTypes::AttrType type, const PropertyOptions& options) {
+    const bool fromList = !options.textDefault && !options.texts.empty();
+    draft.setTextDefault(type, fromList ? *options.texts.front() : textOf(options.textDefault));
+    if (type != HATAttrTypes::TypeString && options.texts.empty())
+        draft.setTextRange(type, textOf(options.textMin), textOf(options.textMax));
+    for (const TokenText& value : options.texts) draft.listText(type, *value);
 }
 
-HDNTProperty* makeProperty(HATAttrTypes::AttrType type, const std::string& name, const PropertyOptions& options,
-                           const yyltype& place) {
+HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, const std::string& name,
+                           const PropertyOptions& options, const yyltype& place) {
+    static const std::string* const noUnits = new std::string;
+    static auto* const draft = new HATAttrSpec::Draft;
     auto property = std::make_unique<HDNTProperty>(name, type, options.test, options.simulation,
-                                                   options.constraintsOnly, options.muxControl, textOf(options.units));
+                                                   options.constraintsOnly, options.muxControl, *noUnits);
     property->setLocation(place);
     HATAttrSpec& spec = *property->getAttrSpec();
     switch (type) {
-    case HATAttrTypes::TypeInt: applyInts(spec, options); break;
-    case HATAttrTypes::TypeDouble: {
-        applyDoubles(spec, options);
-        const int limit = HDNTLimits::get().precision;
-        property->setPrecision(limited(options.precision, limit, "Precision", "precision", place));
-        break;
-    }
+    case HATAttrTypes::TypeInt: draftInts(*draft, options); break;
+    case HATAttrTypes::TypeDouble: draftDoubles(*draft, options, place); break;
     case HATAttrTypes::TypeBool: spec.setBoolDefault(options.boolDefault); break;
-    default: applyTexts(spec, type, options); break;
+    default: draftTexts(*draft, type, options); break;
     }
-    if (options.description) spec.setDescription(*options.description);
+    spec.setDiscreteInt(!options.ints.empty());
+    spec.setDiscreteDouble(!options.doubles.empty());
+    draft->setBitWidth(bitWidth);
+    if (options.description) draft->setDescription(*options.description);
+    if (const std::string& unit = textOf(options.units); !unit.empty()) {
+        spec.setHasUnit(true);
+        draft->setUnit(unit);
+    }
+    draft->giveTo(spec);
     return property.release();
 }
 
@@ -131,13 +122,28 @@ std::vector<HATAttrTypes::AttrType>* append(std::vector<HATAttrTypes::AttrType>*
     return owned.release();
 }
 
-PropertyOptions* options() { return new PropertyOptions; }
+// One record serves one property after the other, so that its lists keep their room.
+static constinit PropertyOptions* spareOptions = nullptr;
 
-void deleteOptions(PropertyOptions* record) noexcept { delete record; }
+PropertyOptions* options() { return spareOptions ? std::exchange(spareOptions, nullptr) : new PropertyOptions; }
+
+void deleteOptions(PropertyOptions* record) noexcept {
+    if (!record || spareOptions) {
+        delete record;
+    } else {
+        record->reset();
+        spareOptions = record;
+    }
+}
+
+struct DeleteOptions {
+    void operator()(PropertyOptions* record) const noexcept { deleteOptions(record); }
+};
+using OptionsOwner = std::unique_ptr<PropertyOptions, DeleteOptions>;
 
 template <typename Value>
 static PropertyOptions* addValue(PropertyOptions* record, std::vector<Value> PropertyOptions::*list, Value value) {
-    std::unique_ptr<PropertyOptions> owned(record ? record : options());
+    OptionsOwner owned(record ? record : options());
     (owned.get()->*list).push_back(std::move(value));
     return owned.release();
 }
@@ -155,23 +161,24 @@ PropertyOptions* value(PropertyOptions* record, std::string* allowed) {
 }
 
 HDNTProperty* property(HATAttrTypes::AttrType type, std::string* name, PropertyOptions* record, const yyltype& place) {
-    const std::unique_ptr<PropertyOptions> options(record);
-    return makeProperty(type, *take(name), *options, place);
+    const OptionsOwner options(record);
+    return makeProperty(type, 0, *take(name), *options, place);
 }
 
 HDNTProperty* bitProperty(HATAttrTypes::AttrType type, std::string* width, std::string* name, PropertyOptions* record,
                           const yyltype& place) {
-    const long bits = widthOf(*take(width));
-    std::unique_ptr<HDNTProperty> result(property(type, name, record, place));
-    result->setBitWidth(limited(bits, HDNTLimits::get().bitWidth, "Bit width", "bitWidth", place));
-    return result.release();
+    const OptionsOwner options(record);
+    const TokenText nameText = take(name);
+    const int limit = HDNTLimits::get().bitWidth;
+    return makeProperty(type, limited(widthOf(*take(width)), limit, "Bit width", "bitWidth", place), *nameText,
+                        *options, place);
 }
 
 HDNTProperty* shortBoolProperty(std::string* name, bool value, const yyltype& place) {
     const TokenText text = take(name);
     PropertyOptions options;
     options.boolDefault = value;
-    return makeProperty(HATAttrTypes::TypeBool, *text, options, place);
+    return makeProperty(HATAttrTypes::TypeBool, 0, *text, options, place);
 }
 
 HDNTBus* bus(std::string* name, int direction, bool test, bool abstract, int type, int required,

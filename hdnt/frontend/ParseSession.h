@@ -16,8 +16,8 @@ namespace hdnt::frontend {
 class ParseSession {
 public:
     static ParseSession& instance() {
-        static ParseSession* const session = new ParseSession; // never destroyed, like the scanner
-        return *session;
+        if (!instance_) instance_ = new ParseSession; // never destroyed, like the scanner
+        return *instance_;
     }
 
     void begin() { failure_ = nullptr; }
@@ -59,6 +59,8 @@ private:
     static long greatestDepth();
     static void reportExhausted(const char* message);
     void reserve(size_t depth, size_t stateBytes);
+
+    inline static constinit ParseSession* instance_ = nullptr;
 
     std::exception_ptr failure_;
     std::vector<long> states_;

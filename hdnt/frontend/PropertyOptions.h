@@ -5,6 +5,7 @@
 #include <cfloat>
 #include <climits>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace hdnt::frontend {
@@ -32,6 +33,18 @@ struct PropertyOptions {
     bool simulation = false;
     bool constraintsOnly = false;
     bool muxControl = false;
+
+    /// Back to nothing said; the lists keep their room.
+    void reset() noexcept {
+        PropertyOptions fresh;
+        fresh.ints.swap(ints);
+        fresh.doubles.swap(doubles);
+        fresh.texts.swap(texts);
+        fresh.ints.clear();
+        fresh.doubles.clear();
+        fresh.texts.clear();
+        *this = std::move(fresh);
+    }
 };
 
 } // namespace hdnt::frontend

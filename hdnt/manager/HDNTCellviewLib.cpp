@@ -2,9 +2,12 @@
 
 #include "hdnt/manager/CellviewTable.h"
 #include "hdnt/platform/HEX.h"
+#include "hdnt/platform/TextHash.h"
 
 #include <atomic>
 #include <iostream>
+
+using hdnt::platform::textHash;
 
 static constexpr int slots = HDNTCellviewLib::UNKNOWN + 1;
 
@@ -31,35 +34,39 @@ void HDNTCellviewLib::initializeValues() {
 HDNTCellviewLib::HDNTCellviewLib() {
     if (!initializedValue) initializeValues();
     allTesselEnums_.reserve(slots);
-    nameToType_.reserve(slots);
-    m_typeToNameMap.reserve(slots);
+    names_.resize(slots);
     for (int value = 0; value < slots; ++value) {
         const char* const name = s_typeToName[value];
         if (!name) continue;
         if (value != UNKNOWN) MAX = value;
         const Type type = static_cast<Type>(value);
         allTesselEnums_.push_back(type);
-        nameToType_[name] = type;
-        m_typeToNameMap[type] = name;
+        names_[static_cast<size_t>(value)] = name;
     }
-    const auto unknown = nameToType_.find("UNKNOWN");
-    if (unknown == nameToType_.end() || unknown->second != UNKNOWN) {
+    byName_.build(allTesselEnums_.size(), [this](size_t i) { return textHash(nameAt(i)); });
+    if (names_[UNKNOWN] != "UNKNOWN") {
         std::cout << "Unmatched cellview type enums" << std::endl;
         throw HEXInternalException("Unmatched cellview type enums");
     }
-    nameToType_.erase(unknown);
 }
 
 const std::string& HDNTCellviewLib::getName(Type type) const {
-    const auto found = m_typeToNameMap.find(type);
-    if (found != m_typeToNameMap.end()) return found->second;
+    if (type >= 0 && type < slots && !names_[static_cast<size_t>(type)].empty())
+        return names_[static_cast<size_t>(type)];
     std::cout << "Error: HDNTCellviewLib: Not able to find the type " << type << " in m_typeToNameMap " << std::endl;
     throw HEXInternalException("HDNTCellviewLib: no cellview type of value " + std::to_string(static_cast<int>(type)));
 }
 
 HDNTCellviewLib::Type HDNTCellviewLib::getType(const std::string& name) const {
-    const auto found = nameToType_.find(name);
-    return found == nameToType_.end() ? UNKNOWN : found->second;
+    for (const auto& entry : byName_.find(textHash(name)))
+        if (nameAt(entry.position) == name) return allTesselEnums_[entry.position];
+    return UNKNOWN;
+}
+
+std::unordered_map<HDNTCellviewLib::Type, std::string> HDNTCellviewLib::getTypeToNameMap() const {
+    std::unordered_map<Type, std::string> map(slots);
+    for (const Type type : allTesselEnums_) map.emplace(type, names_[static_cast<size_t>(type)]);
+    return map;
 }
 
 std::ostream& operator<<(std::ostream& out, HDNTCellviewLib::Type type) {

@@ -2,6 +2,7 @@
 
 #include "hdnt/platform/Export.h"
 #include "hdnt/platform/HCTMutex.h"
+#include "hdnt/platform/NameIndex.h"
 
 #include <iosfwd>
 #include <string>
@@ -29,7 +30,7 @@ public:
     const std::string& getName(Type type) const;
     /// By exact name; UNKNOWN for a name that is not registered, "UNKNOWN" included.
     Type getType(const std::string& name) const;
-    std::unordered_map<Type, std::string> getTypeToNameMap() const { return m_typeToNameMap; }
+    std::unordered_map<Type, std::string> getTypeToNameMap() const;
     /// All registered values, ascending; UNKNOWN is the last.
     const std::vector<Type>& allTesselEnums() const { return allTesselEnums_; }
 
@@ -44,8 +45,10 @@ private:
     HDNTCellviewLib();
 
     std::vector<Type> allTesselEnums_;
-    std::unordered_map<std::string, Type> nameToType_;
-    std::unordered_map<Type, std::string> m_typeToNameMap;
+    const std::string& nameAt(size_t i) const { return names_[static_cast<size_t>(allTesselEnums_[i])]; }
+
+    std::vector<std::string> names_;   ///< by value; empty for unused values
+    hdnt::platform::NameIndex byName_; ///< positions in allTesselEnums_
 };
 
 /// Writes the name; for an unused value nothing, and the stream turns bad.

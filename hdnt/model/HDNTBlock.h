@@ -2,9 +2,9 @@
 
 #include "hdnt/manager/HDNTCellviewLib.h"
 #include "hdnt/model/HDNTBus.h"
-#include "hdnt/model/NameIndex.h"
 #include "hdnt/platform/HATAttrObj.h"
 #include "hdnt/platform/HSTKeyValIter.h"
+#include "hdnt/platform/NameIndex.h"
 
 #include <atomic>
 #include <cstdint>
@@ -159,7 +159,8 @@ private:
     bool applyAttribute(const HDNTBlockEntity& entity);
     void indexPins();
     void indexProperties();
-    void findRedefinedPins(std::span<const hdnt::model::NameIndex::Entry> buses, std::vector<size_t>& redefined) const;
+    void findRedefinedPins(std::span<const hdnt::platform::NameIndex::Entry> buses,
+                           std::vector<size_t>& redefined) const;
     HDNTNetlist* loadNetlist(const std::string& architecture);
     void settleLoad(uint32_t load, std::optional<unsigned short> kind, const std::string& architecture) const;
     const char* groupText(int index) const;
@@ -170,9 +171,9 @@ private:
     mutable std::vector<HDNTPin*> pins_; ///< made when first asked for
     std::vector<HDNTBus*> buses_;
     std::vector<HDNTProperty*> properties_;
-    hdnt::model::NameIndex busesByName_;      ///< by base name
-    hdnt::model::NameIndex propertiesByName_; ///< case aside
-    std::string netlistArchitecture_;         ///< that the netlist was loaded for
+    hdnt::platform::NameIndex busesByName_;      ///< by base name
+    hdnt::platform::NameIndex propertiesByName_; ///< case aside
+    std::string netlistArchitecture_;            ///< that the netlist was loaded for
     std::vector<std::string> triedArchitectures_;
     uint32_t attachedByLoad_ = 0; ///< the load of a map library that set the netlist; 0 for none
     uint32_t pinCount_ = 0;

@@ -13,8 +13,8 @@
 #include <charconv>
 #include <set>
 
-using hdnt::model::NameIndex;
 using hdnt::platform::caselessHash;
+using hdnt::platform::NameIndex;
 using hdnt::platform::textHash;
 
 void HDNTBlock::finalize() {

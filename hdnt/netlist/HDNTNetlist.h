@@ -1,7 +1,7 @@
 #pragma once
 
 #include "hdnt/model/HDNTNode.h"
-#include "hdnt/model/NameIndex.h"
+#include "hdnt/platform/NameIndex.h"
 
 #include <string_view>
 
@@ -67,7 +67,7 @@ private:
     void expandSignals();
 
     std::vector<HDNTSignal*> signals_;
-    hdnt::model::NameIndex signalsByName_; ///< of a finalized netlist
+    hdnt::platform::NameIndex signalsByName_; ///< of a finalized netlist
     std::vector<HDNTConnect*> connects_;
     std::vector<HDNTBlockInst*> instances_;
     std::vector<HDNTAssignBlockProperty*> blockPropertyAssigns_;

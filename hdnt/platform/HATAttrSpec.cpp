@@ -1,7 +1,9 @@
 #include "hdnt/platform/HATAttrSpec.h"
 
+#include "hdnt/platform/AttrSpecDraft.h"
 #include "hdnt/platform/HEX.h"
 
+#include <algorithm>
 #include <bit>
 #include <cfloat>
 #include <climits>
@@ -180,6 +182,44 @@ void HATAttrSpec::setBinaryRange(std::string_view low, std::string_view high) {
     HSTUniqString newLow(low), newHigh(high);
     putText(BinaryLow, std::move(newLow));
     putText(BinaryHigh, std::move(newHigh));
+}
+
+void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
+    put(WidthAndPrecision, pack(width_, precision_), pack(0, DefaultPrecision));
+    if (!items_.empty()) present_ |= 1U << list_;
+    if (!unit_.empty()) present_ |= 1U << UnitList;
+    const std::size_t count = static_cast<std::size_t>(std::popcount(present_)) + items_.size() + !unit_.empty();
+    auto* const packed = static_cast<std::uint64_t*>(std::malloc(capacityFor(count) * sizeof *slots_));
+    if (!packed && count > 0) throw std::bad_alloc();
+    std::uint64_t* next = packed;
+    for (std::uint32_t rest = present_ & ((1U << FirstList) - 1); rest != 0; rest &= rest - 1)
+        *next++ = slots_[std::countr_zero(rest)];
+    // Lengths of the lists in the order of the facets, then their items. All of the values but texts come before units.
+    const bool unitsFirst = list_ > UnitList;
+    const bool listed = !items_.empty();
+    if (listed && !unitsFirst) *next++ = items_.size();
+    if (!unit_.empty()) *next++ = 1;
+    if (listed && unitsFirst) *next++ = items_.size();
+    if (!unitsFirst) next = std::copy(items_.begin(), items_.end(), next);
+    if (!unit_.empty()) *next++ = bitsOf(unit_.detach());
+    if (unitsFirst) std::copy(items_.begin(), items_.end(), next);
+    std::free(std::exchange(spec.slots_, packed));
+    spec.present_ = std::exchange(present_, 0);
+    items_.clear();
+    clear();
+}
+
+void HATAttrSpec::Draft::clear() noexcept {
+    for (unsigned facet = FirstText; facet < FirstList; ++facet)
+        if (present_ >> facet & 1U) release(slots_[facet]);
+    if (list_ >= FirstTextList)
+        for (const std::uint64_t item : items_) release(item);
+    items_.clear();
+    list_ = NumFacets;
+    unit_ = HSTUniqString();
+    width_ = 0;
+    precision_ = DefaultPrecision;
+    present_ = 0;
 }
 
 std::size_t HATAttrSpec::packedBytes() const { return capacityFor(numSlots()) * sizeof *slots_; }

@@ -121,6 +121,9 @@ public:
     void setBinaryDefault(std::string_view value) { putText(BinaryDefault, HSTUniqString(value)); }
     const std::string& getBinaryDefault() const { return text(BinaryDefault); }
 
+    /// Internal (AttrSpecDraft.h).
+    class Draft;
+
     /// Bytes of the facet array, for memory reports; the object itself is sizeof(HATAttrSpec).
     std::size_t packedBytes() const;
 

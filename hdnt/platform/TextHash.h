@@ -30,8 +30,7 @@ inline std::uint64_t mixed(std::uint64_t hash, std::uint64_t bytes) {
     return hash ^ hash >> 32;
 }
 
-/// `fold` is applied to every eight bytes first. The last eight of a longer text may overlap those before them; zeros
-/// fill up a shorter one.
+/// `fold` is applied to every eight bytes first. The last bytes of a text may be taken twice.
 template <typename Fold>
 std::uint64_t hashOf(std::string_view text, Fold&& fold) {
     if (text.empty()) return 0;
@@ -45,9 +44,14 @@ std::uint64_t hashOf(std::string_view text, Fold&& fold) {
     }
     if (text.size() >= 8) {
         std::memcpy(&bytes, end - 8, sizeof bytes);
+    } else if (text.size() >= 4) {
+        std::uint32_t first = 0;
+        std::uint32_t last = 0;
+        std::memcpy(&first, p, sizeof first);
+        std::memcpy(&last, end - 4, sizeof last);
+        bytes = first | static_cast<std::uint64_t>(last) << 32;
     } else {
-        for (unsigned shift = 0; p != end; ++p, shift += 8)
-            bytes |= static_cast<std::uint64_t>(static_cast<unsigned char>(*p)) << shift;
+        for (; p != end; ++p) bytes = bytes << 8 | static_cast<unsigned char>(*p);
     }
     hash = mixed(hash, fold(bytes));
     return mixed(hash, hash >> 29);

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-namespace hdnt::model {
+namespace hdnt::platform {
 
 /// Where in a list the items of a name stand: built once, then read by any number of threads. It holds hashes, so that
 /// what it finds has to be compared, and 8 bytes an item.
@@ -52,4 +52,4 @@ private:
     std::vector<Entry> entries_;
 };
 
-} // namespace hdnt::model
+} // namespace hdnt::platform
