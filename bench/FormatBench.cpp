@@ -1,5 +1,5 @@
 // What it costs to lay a text out, its proof included.
-#include "bench/Generator.h"
+#include "bench/LibraryText.h"
 #include "hdnt/hdnt.h"
 
 #include <benchmark/benchmark.h>

@@ -1,5 +1,5 @@
 // What a load and a look-up cost, and how that grows.
-#include "bench/Generator.h"
+#include "bench/LibraryText.h"
 #include "hdnt/hdnt.h"
 
 #include <benchmark/benchmark.h>

@@ -1,5 +1,5 @@
 // Writing a library back, beside a JSON library that writes the same content, and what it takes in memory.
-#include "bench/Generator.h"
+#include "bench/LibraryText.h"
 #include "hdnt/hdnt.h"
 
 #include <benchmark/benchmark.h>
