@@ -67,6 +67,7 @@ namespace {
 struct Run {
     double seconds;
     size_t allocations;
+    size_t peak; ///< of the process so far, in bytes
 };
 
 /// Of processor time, the system's part included: a machine that others use as well disturbs it least.
@@ -76,12 +77,20 @@ double now() {
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
+size_t peakKiB() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("VmHWM:")) return std::stoul(line.substr(6));
+    return 0;
+}
+
 Run runOnce(const Work& work) {
     if (work.prepare) work.prepare();
     const size_t allocated = allocations;
     const double begin = now();
     hdnt_bench_measured(work);
-    const Run run = {now() - begin, allocations - allocated};
+    const double seconds = now() - begin;
+    const Run run = {seconds, allocations - allocated, peakKiB() * 1024};
     if (work.drop) work.drop();
     return run;
 }
@@ -106,28 +115,22 @@ std::vector<int> sizesOf(const Subject& subject) {
     return {};
 }
 
-size_t peakKiB() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with("VmHWM:")) return std::stoul(line.substr(6));
-    return 0;
-}
-
 void measure(const std::string& name, int repeat) {
     for (const Subject& subject : allSubjects()) {
         for (const int size : sizesOf(subject)) {
             if (subject.name + "/" + std::to_string(size) != name) continue;
             const Corpus corpus(size);
             const Work work = subject.make(corpus);
-            std::string seconds;
-            Run run{};
-            for (int i = 0; i < repeat; ++i) {
-                run = runOnce(work);
-                seconds += (i ? ", " : "") + std::to_string(run.seconds);
+            const Run first = runOnce(work);
+            Run last = first;
+            std::string seconds = std::to_string(first.seconds);
+            for (int i = 1; i < repeat; ++i) {
+                last = runOnce(work);
+                seconds += ", " + std::to_string(last.seconds);
             }
             std::printf("{\"subject\": \"%s\", \"bytes\": %zu, \"seconds\": [%s], \"peak\": %zu, \"allocations\": %zu, "
                         "\"items\": %zu}\n",
-                        name.c_str(), corpus.bytes(), seconds.c_str(), peakKiB() * 1024, run.allocations, work.items);
+                        name.c_str(), corpus.bytes(), seconds.c_str(), first.peak, last.allocations, work.items);
             return;
         }
     }
