@@ -158,7 +158,9 @@ void Generator::addProperties(std::vector<Property>& properties, int count, cons
     }
     while (static_cast<int>(properties.size()) < count) {
         Property property = makeProperty();
-        property.name = unused(std::string(random_.pick(firstNames)) + "_" + random_.pick(lastNames), taken);
+        std::string name = random_.pick(firstNames);
+        name.append("_").append(random_.pick(lastNames));
+        property.name = unused(name, taken);
         properties.push_back(std::move(property));
     }
 }

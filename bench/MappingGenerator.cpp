@@ -214,14 +214,19 @@ std::string MappingGenerator::comparison() {
     case ValueType::Bool: return call("boolProperty", own->name) + (random_.chance(30) ? " == false" : "");
     case ValueType::String:
         return call("stringProperty", own->name) + (random_.chance(70) ? " == " : " != ") + quoted(own->defaultValue);
-    default: return integer() + " " + random_.pick(comparators) + " " + std::to_string(random_.below(64));
+    default:
+        return integer()
+            .append(" ")
+            .append(random_.pick(comparators))
+            .append(" ")
+            .append(std::to_string(random_.below(64)));
     }
 }
 
 std::string MappingGenerator::truth(int depth) {
     if (depth == 0) return comparison();
-    const std::string left = random_.chance(30) ? "(" + truth(depth - 1) + ")" : comparison();
-    return left + (random_.chance(60) ? " && " : " || ") + comparison();
+    std::string text = random_.chance(30) ? "(" + truth(depth - 1) + ")" : comparison();
+    return text.append(random_.chance(60) ? " && " : " || ").append(comparison());
 }
 
 } // namespace bench

@@ -6,6 +6,7 @@
 namespace bench {
 
 /// A small generator of numbers (splitmix64) that gives the same sequence with every compiler and standard library.
+/// Draw once in an expression whose order of evaluation is the compiler's choice.
 class Random {
 public:
     explicit Random(std::uint64_t seed) : state_(seed) {}
