@@ -22,9 +22,13 @@ Work load(const std::string& path) {
     return {.run = [=] { held->library = loadFile(path); }, .drop = [=] { held->drop(); }};
 }
 
+void checkWithDiagnostics(Held& held) {
+    HDNTLibraryMgr::m_diagnostics = true;
+    held.library->check();
+}
+
 /// A step on a library that was loaded for it.
 Work step(const std::function<LibraryPointer()>& make, const std::function<void(Held&)>& measured) {
-    HDNTLibraryMgr::m_diagnostics = true;
     auto held = std::make_shared<Held>();
     return {.prepare = [=] { held->library = make(); },
             .run =
@@ -67,8 +71,7 @@ void addLoadSubjects(std::vector<Subject>& subjects) {
                                         [](Held& held) { held.library->finalize(); });
                         }});
     subjects.push_back({"check", Sizes::All, [](const Corpus& corpus) {
-                            return step([path = corpus.path("btl")] { return loadFile(path); },
-                                        [](Held& held) { held.library->check(); });
+                            return step([path = corpus.path("btl")] { return loadFile(path); }, checkWithDiagnostics);
                         }});
     subjects.push_back({"release", Sizes::UpToTen, [](const Corpus& corpus) {
                             return step([path = corpus.path("btl")] { return loadFile(path); },
@@ -83,7 +86,7 @@ void addLoadSubjects(std::vector<Subject>& subjects) {
                             return step([text = wires()] { return parseText(text); },
                                         [](Held& held) {
                                             held.library->finalize();
-                                            held.library->check();
+                                            checkWithDiagnostics(held);
                                         });
                         }});
 }

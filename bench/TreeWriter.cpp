@@ -244,7 +244,6 @@ void TreeWriter::statement(const Statement& statement) {
 }
 
 void DescriptionWriter::write(std::string& out, const Block& block) {
-    if (block.properties.empty()) return;
     out += block.name + " =\n{\n";
     for (const Property& property : block.properties)
         out += "    " + property.name + " = \"What " + property.name + " of this cell is for.\";\n";
