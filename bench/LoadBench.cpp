@@ -1,99 +1,94 @@
-// What a load and a look-up cost, and how that grows.
-#include "bench/Generator.h"
-#include "hdnt/hdnt.h"
+// What it costs to bring a text into the model, step by step and with other texts and configurations.
+#include "bench/Libraries.h"
+#include "bench/Subject.h"
 
-#include <benchmark/benchmark.h>
+#include <cstdlib>
 
-#include <algorithm>
-#include <map>
-#include <memory>
+namespace bench {
 
 namespace {
 
-std::unique_ptr<HDNTLibrary> load(const std::string& text) {
-    NtlFreeScannerMem();
-    auto library = std::make_unique<HDNTLibrary>(nullptr);
-    if (library->parseString(text) != 0) std::abort();
-    library->finalize();
-    return library;
-}
-
-void report(benchmark::State& state, const std::string& text) {
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
-    state.counters["lines"] = static_cast<double>(std::count(text.begin(), text.end(), '\n'));
-}
-
-// Text to finalized library. The argument is the number of blocks, at 39 lines each.
-void Load(benchmark::State& state) {
-    const std::string text = bench::libraryText(static_cast<int>(state.range(0)));
-    for (auto _ : state) load(text);
-    report(state, text);
-    state.SetComplexityN(state.range(0));
-}
-BENCHMARK(Load)->Arg(256)->Arg(1024)->Arg(2564)->Arg(10256)->Unit(benchmark::kMillisecond)->Complexity();
-
-// The same ten megabytes in lines and in one line.
-void LoadTenMegabytes(benchmark::State& state) {
-    const std::string text = bench::libraryText(6600, state.range(0) != 0);
-    for (auto _ : state) load(text);
-    report(state, text);
-}
-BENCHMARK(LoadTenMegabytes)->ArgName("oneLine")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
-
-void Check(benchmark::State& state) {
-    HDNTLibraryMgr::m_diagnostics = true;
-    const std::string text = bench::libraryText(1024);
-    const auto library = load(text);
-    for (auto _ : state) library->check();
-    report(state, text);
-}
-BENCHMARK(Check)->Unit(benchmark::kMillisecond);
-
-void Scan(benchmark::State& state) {
-    const std::string text = bench::libraryText(2564);
-    for (auto _ : state) {
+/// A library that is made by one step and measured in it or in the next one.
+struct Held {
+    LibraryPointer library;
+    void drop() {
+        library.reset();
         NtlFreeScannerMem();
-        YY_BUFFER_STATE const buffer = yy_scan_bytes(text.data(), static_cast<int>(text.size()));
-        NtlInitScanner();
-        while (const int token = HDNTParserlex())
-            if (token == T_StringConstant || token == T_HexConstant || token == T_BinaryConstant)
-                delete HDNTParserlval.text;
-        yy_delete_buffer(buffer);
     }
-    report(state, text);
+};
+
+Work load(const std::string& path) {
+    auto held = std::make_shared<Held>();
+    return {.run = [=] { held->library = loadFile(path); }, .drop = [=] { held->drop(); }};
 }
-BENCHMARK(Scan)->Unit(benchmark::kMillisecond);
 
-constexpr int blockCount = 30000;
-
-std::string nameOf(int i) { return "cell_" + std::to_string((i * 7919) % blockCount); }
-
-void LookUp(benchmark::State& state) {
-    std::string text = "library \"L\" {\n";
-    for (int b = 0; b < blockCount; ++b) text += "block \"CELL_" + std::to_string(b) + "\" { }\n";
-    const auto library = load(text + "}\n");
-    std::vector<std::string> names;
-    for (int i = 0; i < blockCount; ++i) names.push_back(nameOf(i));
-    size_t i = 0;
-    for (auto _ : state) benchmark::DoNotOptimize(library->getTypeBlockByName(names[i++ % blockCount], true));
+void checkWithDiagnostics(Held& held) {
+    HDNTLibraryMgr::m_diagnostics = true;
+    held.library->check();
 }
-BENCHMARK(LookUp);
 
-// What a look-up may cost: an ordered map with an upper-cased key.
-void LookUpInMap(benchmark::State& state) {
-    std::map<std::string, int> map;
-    for (int b = 0; b < blockCount; ++b) map["CELL_" + std::to_string(b)] = b;
-    std::vector<std::string> names;
-    for (int i = 0; i < blockCount; ++i) names.push_back(nameOf(i));
-    size_t i = 0;
-    for (auto _ : state) {
-        std::string key = names[i++ % blockCount];
-        HSTStringUtils::to_upper(key);
-        benchmark::DoNotOptimize(map.find(key));
-    }
+/// A step on a library that was loaded for it.
+Work step(const std::function<LibraryPointer()>& make, const std::function<void(Held&)>& measured) {
+    auto held = std::make_shared<Held>();
+    return {.prepare = [=] { held->library = make(); },
+            .run =
+                [=] {
+                    measured(*held);
+                    expectNoReports();
+                },
+            .drop = [=] { held->drop(); }};
 }
-BENCHMARK(LookUpInMap);
+
+/// As many signals as connects, each connect at the signal furthest from its own place.
+std::string wires() {
+    constexpr int count = 20000;
+    std::string text = "library \"L\" { block \"HOLD\" { pin \"D\" input; } mapsto { inst \"U\" \"HOLD\";\n";
+    for (int i = 0; i < count; ++i) text += "signal \"N" + std::to_string(i) + "\";\n";
+    for (int i = count; i-- > 0;) text += "connect \"N" + std::to_string(i) + "\" : \"U\" \"D\";\n";
+    return text + "} }";
+}
 
 } // namespace
 
-BENCHMARK_MAIN();
+void addLoadSubjects(std::vector<Subject>& subjects) {
+    using Sizes = Subject::Sizes;
+    subjects.push_back({"load", Sizes::All, [](const Corpus& corpus) { return load(corpus.path("btl")); }});
+    subjects.push_back(
+        {"load-lines", Sizes::UpToTen, [](const Corpus& corpus) { return load(corpus.path("lines.btl")); }});
+    subjects.push_back(
+        {"load-oneline", Sizes::UpToTen, [](const Corpus& corpus) { return load(corpus.path("one-line.btl")); }});
+    subjects.push_back({"load-described", Sizes::UpToTen, [](const Corpus& corpus) {
+                            setenv("HDNT_CONFIG_PATH", corpus.path("described").c_str(), 1);
+                            return load(corpus.path("btl"));
+                        }});
+    subjects.push_back({"parse", Sizes::All, [](const Corpus& corpus) {
+                            auto held = std::make_shared<Held>();
+                            return Work{.run = [held, path = corpus.path("btl")] { held->library = parseFile(path); },
+                                        .drop = [held] { held->drop(); }};
+                        }});
+    subjects.push_back({"finalize", Sizes::UpToTen, [](const Corpus& corpus) {
+                            return step([path = corpus.path("btl")] { return parseFile(path); },
+                                        [](Held& held) { held.library->finalize(); });
+                        }});
+    subjects.push_back({"check", Sizes::All, [](const Corpus& corpus) {
+                            return step([path = corpus.path("btl")] { return loadFile(path); }, checkWithDiagnostics);
+                        }});
+    subjects.push_back({"release", Sizes::UpToTen, [](const Corpus& corpus) {
+                            return step([path = corpus.path("btl")] { return loadFile(path); },
+                                        [](Held& held) { held.drop(); });
+                        }});
+    subjects.push_back({"wires", Sizes::One, [](const Corpus&) {
+                            auto held = std::make_shared<Held>();
+                            return Work{.run = [held, text = wires()] { held->library = loadText(text); },
+                                        .drop = [held] { held->drop(); }};
+                        }});
+    subjects.push_back({"wires-finish", Sizes::One, [](const Corpus&) {
+                            return step([text = wires()] { return parseText(text); },
+                                        [](Held& held) {
+                                            held.library->finalize();
+                                            checkWithDiagnostics(held);
+                                        });
+                        }});
+}
+
+} // namespace bench

@@ -1,58 +1,92 @@
-// What mappings cost: elaboration and check of wide netlists, evaluation of long expressions, expansion.
-#include "hdnt/hdnt.h"
+// What mappings cost once they are loaded: evaluation of expressions, expansion.
+#include "bench/Libraries.h"
+#include "bench/Subject.h"
 
-#include <benchmark/benchmark.h>
-
-#include <cstdlib>
-#include <memory>
+namespace bench {
 
 namespace {
 
-std::unique_ptr<HDNTLibrary> parse(const std::string& text) {
-    NtlFreeScannerMem();
-    auto library = std::make_unique<HDNTLibrary>(nullptr);
-    if (library->parseString(text) != 0) std::abort();
-    return library;
+template <typename Constant, typename Value>
+HDNTFunctionTable::Fn always(Value value) {
+    return [value](const HDNTFunctionCall&, const std::vector<const HDNTValue*>&) -> std::unique_ptr<HDNTValue> {
+        return std::make_unique<Constant>(value);
+    };
 }
 
-// As many signals as connects, each connect at the signal furthest from its own place.
-void ElaborateAndCheck(benchmark::State& state) {
-    HDNTLibraryMgr::m_diagnostics = true;
-    const int count = static_cast<int>(state.range(0));
-    std::string text = "library \"L\" { block \"HOLD\" { pin \"D\" input; } mapsto { inst \"U\" \"HOLD\";\n";
-    for (int i = 0; i < count; ++i) text += "signal \"N" + std::to_string(i) + "\";\n";
-    for (int i = count; i-- > 0;) text += "connect \"N" + std::to_string(i) + "\" : \"U\" \"D\";\n";
-    text += "} }";
-    for (auto _ : state) {
-        state.PauseTiming();
-        auto library = parse(text);
-        state.ResumeTiming();
-        library->finalize();
-        library->check();
-        state.PauseTiming();
-        library.reset();
-        state.ResumeTiming();
-    }
-    if (HDNTError::numErrors > 0) std::abort();
-    state.SetComplexityN(count);
+/// What a host supplies; the functions that read properties are asked only when no block is being mapped.
+void supplyFunctions() {
+    HDNTFunctionTable& table = HDNTFunctionTable::global();
+    table.add("intProperty", always<HDNTIntConstant>(7));
+    table.add("doubleProperty", always<HDNTDoubleConstant>(0.5));
+    table.add("boolProperty", always<HDNTBoolConstant>(true));
+    table.add("stringProperty", always<HDNTStringConstant>(std::string("NONE")));
+    table.add("isConnected", always<HDNTBoolConstant>(true));
+    table.add("familyCode", always<HDNTStringConstant>(std::string("NORTH")));
+    table.add("steps", always<HDNTIntConstant>(3));
+    table.add("reserveColumn", always<HDNTBoolConstant>(true));
+    table.add("makePair", always<HDNTBoolConstant>(true));
 }
-BENCHMARK(ElaborateAndCheck)->Arg(2000)->Arg(20000)->Arg(80000)->Unit(benchmark::kMillisecond)->Complexity();
 
-void EvaluateSum(benchmark::State& state) {
+/// One sum of that many terms: the time a term must not depend on the length.
+Work evaluateSum(int terms) {
     std::string text = "library \"L\" { block \"HOLD\" { } mapsto { if (1";
-    for (int64_t i = 0; i < state.range(0); ++i) text += " + 1";
-    const auto library = parse(text + " == 1) { } } }");
-    HDNTExpr& condition = *library->getTypeBlock(0)->getNetlist()->ifStmts().at(0)->condition();
-    for (auto _ : state) condition.evaluate();
-    state.SetComplexityN(state.range(0));
+    for (int i = 0; i < terms; ++i) text += " + 1";
+    auto library = std::make_shared<LibraryPointer>(loadText(text + " == 1) { } } }"));
+    HDNTExpr* const condition = (*library)->getTypeBlock(0)->getNetlist()->ifStmts().at(0)->condition();
+    return {.run = [library, condition] { condition->evaluate(); }, .items = static_cast<size_t>(terms)};
 }
-BENCHMARK(EvaluateSum)->Arg(3000)->Arg(30000)->Arg(300000)->Unit(benchmark::kMillisecond)->Complexity();
 
-void ExpandDeep(benchmark::State& state) {
-    HDNTBlock& block = *HDNTLibraryMgr::getCommonLibrary()->getTypeBlockByName("ADD_CHAIN_16", true);
-    for (auto _ : state)
-        if (HDNTExpansion expansion(block); !expansion.expand(true)) std::abort();
+/// The conditions of all mappings, once each.
+Work evaluateConditions(const Corpus& corpus) {
+    supplyFunctions();
+    auto library = std::make_shared<LibraryPointer>(loadFile(corpus.path("btl")));
+    std::vector<HDNTExpr*> conditions;
+    for (size_t b = 0; b < (*library)->getNumTypeBlocks(false); ++b)
+        if (const HDNTNetlist* const netlist = (*library)->getTypeBlock(b)->getAttachedNetlist())
+            for (const HDNTIfStmt* const statement : netlist->ifStmts()) conditions.push_back(statement->condition());
+    return {.run =
+                [library, conditions] {
+                    for (HDNTExpr* const condition : conditions) condition->evaluate();
+                },
+            .items = conditions.size()};
 }
-BENCHMARK(ExpandDeep)->Unit(benchmark::kMicrosecond);
+
+/// All mappings with the default values.
+Work expandMappings(const Corpus& corpus) {
+    supplyFunctions();
+    auto library = std::make_shared<LibraryPointer>(loadFile(corpus.path("btl")));
+    std::vector<HDNTBlock*> mapped;
+    for (size_t b = 0; b < (*library)->getNumTypeBlocks(false); ++b)
+        if (HDNTBlock* const block = (*library)->getTypeBlock(b); block->hasOwnNetlist()) mapped.push_back(block);
+    return {.run =
+                [library, mapped] {
+                    for (HDNTBlock* const block : mapped) {
+                        HDNTExpansion expansion(*block);
+                        if (!expansion.expand()) fail(block->getName() + ": " + expansion.problems().at(0).message);
+                    }
+                },
+            .items = mapped.size()};
+}
+
+/// A mapping of the shipped library down to what has no mapping.
+Work expandDeep(const Corpus&) {
+    HDNTBlock* const block = HDNTLibraryMgr::getCommonLibrary()->getTypeBlockByName("ADD_CHAIN_16", true);
+    return {.run =
+                [block] {
+                    if (HDNTExpansion expansion(*block); !expansion.expand(true)) fail("cannot expand ADD_CHAIN_16");
+                },
+            .items = 1};
+}
 
 } // namespace
+
+void addNetlistSubjects(std::vector<Subject>& subjects) {
+    for (const int terms : {3000, 30000, 300000})
+        subjects.push_back({"evaluate_sum_" + std::to_string(terms), Subject::Sizes::One,
+                            [=](const Corpus&) { return evaluateSum(terms); }});
+    subjects.push_back({"evaluate", Subject::Sizes::UpToTen, evaluateConditions});
+    subjects.push_back({"expand", Subject::Sizes::UpToTen, expandMappings});
+    subjects.push_back({"expand_deep", Subject::Sizes::One, expandDeep});
+}
+
+} // namespace bench

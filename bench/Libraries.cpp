@@ -1,0 +1,37 @@
+#include "bench/Libraries.h"
+
+#include "bench/Subject.h"
+
+namespace bench {
+
+void expectNoReports() {
+    if (HDNTError::numErrors > 0) fail("there were reports");
+}
+
+LibraryPointer parseFile(const std::string& path) {
+    auto library = std::make_unique<HDNTLibrary>(nullptr);
+    if (library->parseFile(path) != 0) fail("cannot parse " + path);
+    return library;
+}
+
+LibraryPointer parseText(const std::string& text) {
+    auto library = std::make_unique<HDNTLibrary>(nullptr);
+    if (library->parseString(text) != 0) fail("cannot parse a text");
+    return library;
+}
+
+LibraryPointer loadFile(const std::string& path) {
+    LibraryPointer library = parseFile(path);
+    library->finalize();
+    expectNoReports();
+    return library;
+}
+
+LibraryPointer loadText(const std::string& text) {
+    LibraryPointer library = parseText(text);
+    library->finalize();
+    expectNoReports();
+    return library;
+}
+
+} // namespace bench

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "hdnt/hdnt.h"
+
+#include <memory>
+#include <string>
+
+namespace bench {
+
+using LibraryPointer = std::unique_ptr<HDNTLibrary>;
+
+/// Text to model, not finalized. Any report ends the program.
+LibraryPointer parseFile(const std::string& path);
+LibraryPointer parseText(const std::string& text);
+/// Text to finalized library.
+LibraryPointer loadFile(const std::string& path);
+LibraryPointer loadText(const std::string& text);
+/// Ends the program when there was any report.
+void expectNoReports();
+
+} // namespace bench
