@@ -1,0 +1,104 @@
+#pragma once
+
+#include "bindings/cache/native_cache.h"
+#include "hdnt/model/HDNTLibrary.h"
+
+#include <pybind11/pybind11.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+class HDNTBlock;
+
+namespace hdnt::python {
+
+namespace py = pybind11;
+
+/// What a Python library object is beyond its handle. All of it belongs to whoever holds the interpreter lock.
+struct LibraryState {
+    std::unique_ptr<HDNTLibrary> owned; ///< null for a library of the manager
+    PyObject* parent = nullptr;         ///< Python object of the parent library, or null
+    std::string path;
+    py::object warnings; ///< tuple of diagnostics
+    bool closed = false;
+    unsigned running = 0; ///< operations that use the library or one built over it
+};
+
+/// Every Python object that stands for a model object. Those of a library keep its Python object alive, and so the
+/// library, unless it is closed or belongs to the manager.
+struct Handle {
+    PyObject_HEAD wpx::tcltasks::native_handle native;
+    Handle* library;     ///< owned reference; null in a library itself
+    LibraryState* state; ///< null in anything but a library
+    HDNTNodeKind kind;
+    PyObject* weakReferences;
+};
+
+/// Use of a handle whose object is gone.
+class Gone : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Keeps a handle's library from being deleted by a script while an operation is under way, also when that gives up the
+/// interpreter lock or calls back into Python. Throws Gone for a dead handle. Made and destroyed with the lock held.
+class Use {
+public:
+    explicit Use(Handle* handle);
+    explicit Use(PyObject* object) : Use(reinterpret_cast<Handle*>(object)) {}
+    ~Use();
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+
+    HDNTNode* node() const { return node_; }
+    template <typename Class>
+    Class& as() const {
+        return *static_cast<Class*>(node_);
+    }
+    Handle* library() const { return library_; }
+
+private:
+    HDNTNode* node_;
+    Handle* library_;
+};
+
+/// The type that all handles have in common, and the one for a kind of model object.
+PyTypeObject* nodeType();
+PyTypeObject* typeOf(HDNTNodeKind kind);
+void setType(HDNTNodeKind kind, PyTypeObject* type);
+void makeNodeType(py::module_& module);
+
+inline bool isHandle(PyObject* object) { return PyObject_TypeCheck(object, nodeType()); }
+bool isDead(const Handle* handle);
+
+/// The library of a block: this one or one above it; borrowed, null when it is none of them.
+Handle* libraryOf(const HDNTBlock& block, Handle* library);
+/// The Python object of an object of this library, or of a library above it; new reference, None for null.
+PyObject* wrap(HDNTNode* node, Handle* library);
+/// The Python object of a library; a new one takes over `owned`, and has `parent` (borrowed, may be null) below it.
+PyObject* wrapLibrary(HDNTLibrary& library, std::unique_ptr<HDNTLibrary> owned = nullptr);
+
+/// Ends a library now: handles are dead, and its memory goes with the last operation that is under way.
+void closeLibrary(Handle* library);
+/// Closes all libraries of the manager that Python knows. False, with nothing done, while one of them is in use.
+bool closeManagedLibraries();
+
+/// "hdnt.Block 'NAME'", for representations and messages.
+std::string describe(const Handle* handle);
+
+} // namespace hdnt::python
+
+namespace wpx::pyinfra {
+
+/// Python's object caches.
+class py_native_cache {
+public:
+    /// Never destroyed, since objects of the model may die after everything else of the process.
+    static wpx::tcltasks::native_caches& all();
+    /// Borrowed; null when Python has no object for it.
+    static hdnt::python::Handle* find(const HDNTNode& node);
+};
+
+} // namespace wpx::pyinfra
