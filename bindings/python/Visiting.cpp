@@ -24,15 +24,17 @@ namespace hdnt::python {
 
 namespace {
 
+py::object visitorClass() { return py::module_::import("hdnt._visitor").attr("Visitor"); }
+
 /// Passes on what the Python visitor has a method of its own for. Runs with the interpreter lock.
 class PythonVisitor : public HDNTVisitor {
 public:
     PythonVisitor(const py::object& visitor, Handle* library) : library_(library), current_(library) {
         const py::object type = py::type::of(visitor);
-        const py::object base = dataClass("Visitor");
-        for (const py::handle name : base.attr("_methods")) {
-            const bool replaced = !py::getattr(type, name).is(py::getattr(base, name));
-            if (replaced) methods_.emplace(textOf(name), py::getattr(visitor, name));
+        const py::object base = visitorClass();
+        for (const auto& [name, method] : py::dict(base.attr("__dict__"))) {
+            const bool isOwn = PyFunction_Check(method.ptr()) && !py::getattr(type, name).is(method);
+            if (isOwn) methods_.emplace(textOf(name), py::getattr(visitor, name));
         }
     }
 
@@ -91,7 +93,7 @@ private:
 
 void accept(const py::object& self, const py::object& visitor, bool own) {
     const Use use(self.ptr());
-    if (!py::isinstance(visitor, dataClass("Visitor")))
+    if (!py::isinstance(visitor, visitorClass()))
         throw py::type_error("an hdnt.Visitor is wanted, not " + std::string(Py_TYPE(visitor.ptr())->tp_name));
     PythonVisitor walker(visitor, use.library());
     inSection(LoadSection::Changes, describe(reinterpret_cast<Handle*>(self.ptr())), [&] {

@@ -17,13 +17,14 @@ import warnings as _warnings
 from . import _hdnt
 from ._data import (Branch, CheckResult, Connection, DeadObjectError, Diagnostic, Difference, Error, ExpandedCall,
                     ExpandedInstance, ExpandedSignal, Expansion, Level, LoadError, LoadWarning, Location, Origin,
-                    Problem, PropertyValue, Visitor)
+                    Problem, PropertyValue)
 from ._hdnt import (Block, BlockAssign, BoolConstant, Bus, Call, Connect, DoubleConstant, Expression, Function, If,
                     Instance, IntConstant, Library, Netlist, Node, Operation, Pin, PinAssign, PinRef, Property, Signal,
                     Statements, StringConstant, View, add_search_directory, architecture, common, error_count,
                     live_handles, parameter, release, set_architecture, set_parameter, simulation)
+from ._visitor import Visitor
 
-__all__ = [name for name in dir() if not name.startswith("_")] + ["check", "diff", "load"]
+__all__ = [name for name in dir() if not name.startswith("_")] + ["check", "check_all", "diff", "load"]
 
 
 def _values(self):
@@ -31,7 +32,7 @@ def _values(self):
     return self.blocks
 
 
-def _get(self, name, default=None):
+def _get(self, name, default=None, /):
     """The own block of that name, or the default."""
     return self[name] if name in self else default
 
@@ -82,12 +83,11 @@ def _diagnostics(result):
     return tuple(found)
 
 
-def check(*paths, parent=None, include=(), tool=None):
+def check_all(paths=(), *, parent=None, include=(), tool=None):
     """Checks files and folders, each in a process of its own, with `ntl check`: a CheckResult for each.
 
-    One path gives one result, several a list; without a path, the shipped libraries are checked. `parent` is the path of
-    the library below, or "common". `include` names directories for INCLUDE. `tool` is the ntl to use; by default the one
-    that stands beside the library.
+    Without a path, the shipped libraries are checked. `parent` is the path of the library below, or "common"; `include`
+    names directories for INCLUDE. `tool` is the ntl to use; by default the one that stands beside the library.
     """
     command = [_os.fspath(tool) if tool else _hdnt._tool(), "check", "--format=json"]
     if parent is not None:
@@ -98,9 +98,13 @@ def check(*paths, parent=None, include=(), tool=None):
     done = _subprocess.run(command, stdout=_subprocess.PIPE, stderr=_subprocess.PIPE, check=False)
     try:
         document = _json.loads(done.stdout)
-        results = [CheckResult(one["input"], one["reason"] is None, one["blocks"], _diagnostics(one), one["reason"])
-                   for one in document["inputs"]]
-    except (ValueError, KeyError) as error:
+    except ValueError as error:
         said = done.stderr.decode(errors="replace").strip()
         raise Error("ntl check failed: " + (said or "status %d" % done.returncode)) from error
-    return results[0] if len(paths) == 1 and len(results) == 1 else results
+    return [CheckResult(one["input"], one["reason"] is None, one["blocks"], _diagnostics(one), one["reason"])
+            for one in document["inputs"]]
+
+
+def check(path, *, parent=None, include=(), tool=None):
+    """Checks one file or folder; see check_all."""
+    return check_all([path], parent=parent, include=include, tool=tool)[0]

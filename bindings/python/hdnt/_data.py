@@ -1,5 +1,8 @@
-"""Plain data that the package hands out, its exceptions, and the base of visitors."""
-from typing import NamedTuple, Optional
+"""Plain data that the package hands out, and its exceptions."""
+from typing import TYPE_CHECKING, Iterable, NamedTuple, Optional, Tuple, Union
+
+if TYPE_CHECKING:
+    from . import Block
 
 
 class Error(Exception):
@@ -17,7 +20,7 @@ class Location(NamedTuple):
     column: int
     end_column: int
 
-    def __str__(self):
+    def __str__(self) -> str:
         return "%s:%d:%d" % (self.file or "<text>", self.line, self.column)
 
 
@@ -33,7 +36,7 @@ class Diagnostic(NamedTuple):
     detail: str
     text: str
 
-    def __str__(self):
+    def __str__(self) -> str:
         place = ":".join(str(part) for part in (self.file, self.line, self.column) if part is not None)
         said = "%s: %s" % (self.severity, self.message) + (": " + self.detail if self.detail else "")
         return place + ": " + said if place else said
@@ -42,18 +45,18 @@ class Diagnostic(NamedTuple):
 class LoadError(Error):
     """A text with errors, or one that cannot be read. `diagnostics` has all that was said, warnings too."""
 
-    def __init__(self, path, reason, diagnostics):
+    def __init__(self, path: Optional[str], reason: str, diagnostics: Iterable[Diagnostic]) -> None:
         self.path = path
         self.reason = reason
-        self.diagnostics = tuple(diagnostics)
+        self.diagnostics: Tuple[Diagnostic, ...] = tuple(diagnostics)
         super().__init__(path, reason, diagnostics)
 
     @property
-    def errors(self):
+    def errors(self) -> Tuple[Diagnostic, ...]:
         """The diagnostics that are errors."""
         return tuple(one for one in self.diagnostics if one.severity == "error")
 
-    def __str__(self):
+    def __str__(self) -> str:
         return "\n".join([str(one) for one in self.errors]) or "%s: %s" % (self.path, self.reason)
 
 
@@ -66,10 +69,10 @@ class CheckResult(NamedTuple):
     input: str
     ok: bool
     blocks: Optional[int]
-    diagnostics: tuple
+    diagnostics: Tuple[Diagnostic, ...]
     reason: Optional[str]
 
-    def __bool__(self):
+    def __bool__(self) -> bool:
         return self.ok
 
 
@@ -103,7 +106,7 @@ class PropertyValue(NamedTuple):
     """A value that is given; `pin` is None for a property of the instance itself."""
     pin: Optional[str]
     name: str
-    value: object
+    value: Union[bool, int, float, str]
     origin: Origin
 
 
@@ -111,8 +114,8 @@ class ExpandedInstance(NamedTuple):
     """An instance that comes out; `level` is its own expansion's place in the levels."""
     name: str
     type: str
-    block: object
-    properties: tuple
+    block: "Optional[Block]"
+    properties: Tuple[PropertyValue, ...]
     level: Optional[int]
     origin: Origin
 
@@ -135,24 +138,24 @@ class Connection(NamedTuple):
 class ExpandedCall(NamedTuple):
     """A call that stands as a statement; `made` when it has an implementation."""
     name: str
-    arguments: tuple
+    arguments: Tuple[Union[bool, int, float, str], ...]
     made: bool
     origin: Origin
 
 
 class Level(NamedTuple):
     """One mapped block; `path` joins instance names by "/", empty for the outermost."""
-    block: object
+    block: "Block"
     path: str
     section: str
     outer: Optional[int]
     location: Optional[Location]
-    branches: tuple
-    instances: tuple
-    signals: tuple
-    connections: tuple
-    pin_properties: tuple
-    calls: tuple
+    branches: Tuple[Branch, ...]
+    instances: Tuple[ExpandedInstance, ...]
+    signals: Tuple[ExpandedSignal, ...]
+    connections: Tuple[Connection, ...]
+    pin_properties: Tuple[PropertyValue, ...]
+    calls: Tuple[ExpandedCall, ...]
 
 
 class Problem(NamedTuple):
@@ -163,45 +166,15 @@ class Problem(NamedTuple):
 
 class Expansion(NamedTuple):
     """What a mapping makes: the outermost block first. No levels: the block has no mapping."""
-    levels: tuple
-    problems: tuple
+    levels: Tuple[Level, ...]
+    problems: Tuple[Problem, ...]
 
     @property
-    def instances(self):
+    def instances(self) -> Tuple[ExpandedInstance, ...]:
         """The instances of the outermost block."""
         return self.levels[0].instances if self.levels else ()
 
 
-class Visitor:
-    """Walks libraries, blocks and mappings. Derive from it and define what is wanted; the rest is passed over.
-
-    `enter_netlist` may answer False to pass over a mapping.
-    """
-
-    def enter_netlist(self, netlist):
-        """Whether to walk the mapping."""
-        return True
-
-    def visit_section(self, netlist):
-        """Before each part of a mapping that has something in it, from the signals on."""
-
-    def visit_else(self, statement):
-        """Before the second branch of an if statement."""
-
-    _methods = ["enter_netlist", "visit_section", "visit_else"]
-
-
-def _complete_visitor():
-    def nothing(self, node):
-        pass
-    for name in ("library function block instance pin bus property signal connect block_assign pin_assign netlist call "
-                 "statements if pin_ref int bool double string operation").split():
-        for when in ("visit_", "leave_"):
-            setattr(Visitor, when + name, nothing)
-            Visitor._methods.append(when + name)
-
-
-_complete_visitor()
 for _class in list(globals().values()):
     if isinstance(_class, type) and _class.__module__ == __name__:
         _class.__module__ = "hdnt"
