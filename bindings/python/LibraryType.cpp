@@ -143,17 +143,27 @@ std::string pathOf(const py::object& path) {
     throw py::error_already_set();
 }
 
-// A library that errors were found in goes while the section lasts.
-void loadInto(std::unique_ptr<HDNTLibrary>& library, const std::string& path, HDNTLibrary* above, bool check) {
-    HDNTLibraryMgr& manager = *HDNTLibraryMgr::getLibraryMgr();
-    library = manager.giveAway(manager.loadLibrary(path, above));
-    if (check && !HDNTLibraryMgr::m_diagnostics) {
-        HDNTLibraryMgr::m_diagnostics = true;
-        library->check();
-        HDNTLibraryMgr::m_diagnostics = false;
+/// The parameter that makes a load check what it loaded, on for as long as the object lives.
+class Diagnostics {
+public:
+    explicit Diagnostics(bool wanted) : turnedOn_(wanted && !parameters().getValueAsBool(name)) {
+        if (turnedOn_) parameters().setValueAsBool(name, true);
     }
-    if (HDNTError::numErrors > 0) library.reset();
-}
+    // The parameter may be off because the host says so, or because nobody says anything.
+    ~Diagnostics() {
+        if (!turnedOn_) return;
+        HDNTLibraryMgr::m_diagnostics = false;
+        parameters().unset(name);
+        if (parameters().getValueAsBool(name)) parameters().setValueAsBool(name, false);
+    }
+    Diagnostics(const Diagnostics&) = delete;
+
+private:
+    static constexpr const char* name = "ntl.enableDiagnostics";
+    static HPAParamMgr& parameters() { return *HPAParamMgr::getParamMgr(); }
+
+    bool turnedOn_;
+};
 
 py::object load(const py::object& from, const py::object& above, bool check) {
     const std::string path = pathOf(from);
@@ -163,7 +173,12 @@ py::object load(const py::object& from, const py::object& above, bool check) {
     std::vector<Said> notices;
     inSection(
         above.is_none() ? LoadSection::Quiet : LoadSection::Changes, path,
-        [&] { loadInto(library, path, parentUse ? &libraryOf(*parentUse) : nullptr, check); }, &notices);
+        [&] {
+            const Diagnostics diagnostics(check);
+            HDNTLibraryMgr& manager = *HDNTLibraryMgr::getLibraryMgr();
+            library = manager.giveAway(manager.loadLibrary(path, parentUse ? &libraryOf(*parentUse) : nullptr));
+        },
+        &notices);
     HDNTLibrary& loaded = *library;
     py::object result = object(wrapLibrary(loaded, std::move(library)));
     LibraryState& state = *libraryAt(result)->state;

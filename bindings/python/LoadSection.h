@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hdnt/frontend/HDNTError.h"
+#include "hdnt/platform/HEX.h"
 
 #include <pybind11/pybind11.h>
 
@@ -70,7 +71,7 @@ private:
     std::vector<Said> said_;
 };
 
-/// Runs something in a section. What it throws, and errors in a text, become a LoadFailure that says `of`.
+/// Runs something in a section. What the library throws, and errors in a text, become a LoadFailure that says `of`.
 template <typename Work>
 void inSection(LoadSection::Kind kind, const std::string& of, Work&& work, std::vector<Said>* notices = nullptr) {
     std::string reason;
@@ -81,9 +82,7 @@ void inSection(LoadSection::Kind kind, const std::string& of, Work&& work, std::
         try {
             work();
             failed = section.errors() > 0;
-        } catch (const py::error_already_set&) {
-            throw;
-        } catch (const std::exception& error) {
+        } catch (const HEXAll& error) {
             failed = true;
             reason = error.what();
         }

@@ -8,6 +8,8 @@
 #include "hdnt/writer/HDNTPrintVisitor.h"
 #include "hdnt/writer/HDNTSourceVisitor.h"
 
+#include <algorithm>
+
 namespace hdnt::python {
 
 namespace {
@@ -18,6 +20,19 @@ std::string printed(HDNTNode& node) {
         HDNTPrintVisitor visitor(stream);
         static_cast<HDNTBlock&>(node).accept(visitor);
     });
+}
+
+// A block stands by itself here and not in a library: its outermost lines, which have one blank, have none.
+std::string unindented(const std::string& text) {
+    std::string result;
+    for (size_t at = text.find_first_not_of('\n'); at < text.size();) {
+        const size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
+        const size_t begin = text[at] == ' ' && text[at + 1] != ' ' ? at + 1 : at;
+        result.append(text, begin, end - begin);
+        at = end;
+    }
+    while (result.ends_with("\n\n")) result.pop_back();
+    return result;
 }
 
 std::string source(HDNTNode& node) {
@@ -33,7 +48,7 @@ std::string source(HDNTNode& node) {
         complete = visitor.isComplete();
     });
     if (!complete) throw std::runtime_error("this cannot be written as source: " + problems.at(0));
-    return text;
+    return nodeCast<HDNTBlock>(&node) ? unindented(text) : text;
 }
 
 // A whole library takes its time, so other Python threads run meanwhile.

@@ -79,7 +79,10 @@ public:
 #undef HDNT_PYTHON_VISITS
 
 private:
-    py::object handleTo(HDNTNode* node) const { return py::reinterpret_steal<py::object>(wrap(node, current_)); }
+    py::object handleTo(HDNTNode* node) const {
+        if (!current_ || isDead(current_)) throw Gone("the library was closed during the walk");
+        return py::reinterpret_steal<py::object>(wrap(node, current_));
+    }
 
     void call(const char* name, HDNTNode* node) {
         const auto method = methods_.find(name);

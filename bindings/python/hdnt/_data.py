@@ -72,6 +72,11 @@ class CheckResult(NamedTuple):
     diagnostics: Tuple[Diagnostic, ...]
     reason: Optional[str]
 
+    @property
+    def errors(self) -> Tuple[Diagnostic, ...]:
+        """The diagnostics that are errors."""
+        return tuple(one for one in self.diagnostics if one.severity == "error")
+
     def __bool__(self) -> bool:
         return self.ok
 
