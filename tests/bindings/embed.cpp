@@ -53,8 +53,9 @@ static void managerFirst() {
 static void interpreterFirst() {
     run(holdHandles);
     run("import sys, builtins; builtins.kept = sys.kept = held; held.append(held)");
-    PyObject* const leaked = PyRun_String("hdnt.common().blocks[0]", Py_eval_input,
-                                          PyModule_GetDict(PyImport_AddModule("__main__")), nullptr);
+    static PyObject* volatile leaked = nullptr; // so that it counts as reachable
+    leaked = PyRun_String("hdnt.common().blocks[0]", Py_eval_input, PyModule_GetDict(PyImport_AddModule("__main__")),
+                          nullptr);
     if (!leaked) ++failures;
     Py_FinalizeEx();
     if (HDNTLibraryMgr::getCommonLibrary()->getNumTypeBlocks(true) != 152) ++failures;
