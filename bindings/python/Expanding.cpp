@@ -140,7 +140,7 @@ py::object expand(const py::object& self, const py::object& values, const py::it
     py::object result;
     withErrorsOf(table, block.getName(), LoadSection::Changes, [&] {
         expansion.expand(deep);
-        const py::gil_scoped_acquire lock;
+        const InterpreterLock lock;
         result = Result(use.library()).of(expansion);
     });
     return result;

@@ -58,7 +58,7 @@ py::object evaluate(const py::object& type, const py::object& self, const py::ob
     withErrorsOf(table, "", LoadSection::Quiet, [&] {
         expression.evaluate();
         const HDNTExpr* const value = expression.getEvaluatedExpr();
-        const py::gil_scoped_acquire lock;
+        const InterpreterLock lock;
         if (value) result = valueOf(*static_cast<const HDNTValue*>(value));
         if (value && value != &expression) expression.setEvaluatedExpr(nullptr);
     });

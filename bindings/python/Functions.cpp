@@ -37,7 +37,7 @@ PythonFunctions::PythonFunctions(const py::object& functions) {
         table_.add(textOf(name),
                    [this, callable](const HDNTFunctionCall&,
                                     const std::vector<const HDNTValue*>& values) -> std::unique_ptr<HDNTValue> {
-                       const py::gil_scoped_acquire lock;
+                       const InterpreterLock lock;
                        try {
                            return constantOf(call(callable, values));
                        } catch (const std::exception&) {
@@ -56,9 +56,7 @@ PythonFunctions::~PythonFunctions() {
 py::object PythonFunctions::call(py::handle function, const std::vector<const HDNTValue*>& arguments) {
     py::tuple values(arguments.size());
     for (size_t i = 0; i < arguments.size(); ++i) values[i] = valueOf(*arguments[i]);
-    PyObject* const result = PyObject_CallObject(function.ptr(), values.ptr());
-    if (!result) throw py::error_already_set();
-    return py::reinterpret_steal<py::object>(result);
+    return callBack(function, values);
 }
 
 } // namespace hdnt::python

@@ -68,6 +68,10 @@ Use::Use(Handle* handle) : library_(handle->library ? handle->library : handle) 
 static void deleteOwned(Handle* library) {
     if (!library->state->owned) return;
     std::unique_ptr<HDNTLibrary> last = std::move(library->state->owned);
+    if (isEnding() && !LoadSection::isFree()) { // by a thread that will never go on
+        last.release();                         // NOLINT(bugprone-unused-return-value): the process ends, too
+        return;
+    }
     const LoadSection section(LoadSection::Quiet);
     last.reset();
 }
@@ -115,8 +119,8 @@ PyObject* wrapLibrary(HDNTLibrary& library, std::unique_ptr<HDNTLibrary> owned) 
     return reinterpret_cast<PyObject*>(handle);
 }
 
-Handle* libraryOf(const HDNTBlock& block, Handle* library) {
-    while (library && library->native.node() != block.getLibrary()) library = parentOf(library);
+Handle* libraryOf(const HDNTDecl& declared, Handle* library) {
+    while (library && library->native.node() != declared.getParent()) library = parentOf(library);
     return library;
 }
 
@@ -125,8 +129,9 @@ PyObject* wrap(HDNTNode* node, Handle* library) {
     if (!node) Py_RETURN_NONE;
     if (Handle* const known = py_native_cache::find(*node)) return Py_NewRef(reinterpret_cast<PyObject*>(known));
     if (node->getKind() == HDNTNodeKind::Library) return wrapLibrary(static_cast<HDNTLibrary&>(*node));
-    if (const auto* const block = nodeCast<HDNTBlock>(node)) library = libraryOf(*block, library);
-    if (!library) throw Gone("the block's library is none of those that are open");
+    const bool isDeclared = node->getKind() == HDNTNodeKind::Block || node->getKind() == HDNTNodeKind::FunctionDecl;
+    if (isDeclared) library = libraryOf(static_cast<HDNTDecl&>(*node), library);
+    if (!library) throw Gone("the library of a block or function is not open");
     Handle* const handle = create(*node);
     handle->library = reinterpret_cast<Handle*>(Py_NewRef(reinterpret_cast<PyObject*>(library)));
     return reinterpret_cast<PyObject*>(handle);

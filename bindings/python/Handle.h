@@ -10,8 +10,6 @@
 #include <string>
 #include <vector>
 
-class HDNTBlock;
-
 namespace hdnt::python {
 
 namespace py = pybind11;
@@ -73,8 +71,8 @@ void makeNodeType(py::module_& module);
 inline bool isHandle(PyObject* object) { return PyObject_TypeCheck(object, nodeType()); }
 bool isDead(const Handle* handle);
 
-/// The library of a block: this one or one above it; borrowed, null when it is none of them.
-Handle* libraryOf(const HDNTBlock& block, Handle* library);
+/// The library of a block or function: this one or one above it; borrowed, null when it is none of them.
+Handle* libraryOf(const HDNTDecl& declared, Handle* library);
 /// The Python object of an object of this library, or of a library above it; new reference, None for null.
 PyObject* wrap(HDNTNode* node, Handle* library);
 /// The Python object of a library; a new one takes over `owned`, and has `parent` (borrowed, may be null) below it.

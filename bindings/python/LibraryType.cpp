@@ -194,7 +194,7 @@ py::object managed(HDNTLibrary* (*get)(), const char* name) {
         LoadSection::Changes, name,
         [&] {
             HDNTLibrary& library = *get();
-            const py::gil_scoped_acquire lock;
+            const InterpreterLock lock;
             result = object(wrapLibrary(library));
         },
         &notices);
@@ -206,7 +206,7 @@ void releaseManaged() {
     bool released = true;
     {
         const LoadSection section(LoadSection::Changes);
-        const py::gil_scoped_acquire lock;
+        const InterpreterLock lock;
         released = closeManagedLibraries();
         if (released) HDNTLibraryMgr::releaseLibraries();
     }

@@ -4,10 +4,60 @@
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/manager/HDNTLibraryMgr.h"
 
+#include <cxxabi.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
+
 namespace hdnt::python {
 
 static thread_local int depth = 0;
 static int changing = 0; // with the interpreter lock
+static std::atomic<bool> ending = false;
+static std::thread::id endingThread;
+
+bool isEnding() { return ending; }
+
+void beginEnd() {
+    endingThread = std::this_thread::get_id();
+    ending = true;
+}
+
+// An interpreter that ends makes a thread that asks for its lock exit on the spot, which no C++ stack survives.
+static void stopIfEnding() {
+    while (ending && std::this_thread::get_id() != endingThread) pause();
+}
+
+static void takeLockBack(PyThreadState* thread) {
+    stopIfEnding();
+    PyEval_RestoreThread(thread);
+}
+
+InterpreterLock::InterpreterLock() {
+    stopIfEnding();
+    lock_.emplace();
+}
+
+// Nothing with a destructor stands between the call and the handler.
+static PyObject* callOrStop(PyObject* function, PyObject* arguments) {
+    try {
+        return PyObject_CallObject(function, arguments);
+    } catch (abi::__forced_unwind&) { // the thread exits, see above
+        for (;;) pause();
+    }
+}
+
+py::object callBack(py::handle function, const py::tuple& arguments) {
+    PyObject* const result = callOrStop(function.ptr(), arguments.ptr());
+    if (!result) throw py::error_already_set();
+    return py::reinterpret_steal<py::object>(result);
+}
+
+bool LoadSection::isFree() {
+    const std::unique_lock lock(HDNTLibraryMgr::loadMutex(), std::try_to_lock);
+    return lock.owns_lock();
+}
 
 LoadSection::LoadSection(Kind kind) : kind_(kind) {
     if (depth++ == 0) {
@@ -26,7 +76,7 @@ LoadSection::~LoadSection() {
     --depth;
     if (!thread_) return;
     HDNTLibraryMgr::loadMutex().unlock();
-    PyEval_RestoreThread(thread_);
+    takeLockBack(thread_);
     if (kind_ == Changes) --changing;
 }
 
@@ -35,7 +85,7 @@ void LoadSection::waitForChanges() {
         PyThreadState* const thread = PyEval_SaveThread();
         HDNTLibraryMgr::loadMutex().lock();
         HDNTLibraryMgr::loadMutex().unlock();
-        PyEval_RestoreThread(thread);
+        takeLockBack(thread);
     }
 }
 
@@ -79,6 +129,7 @@ void LoadSection::notice(const HDNTNotice& notice) {
 }
 
 py::tuple diagnosticsOf(const std::vector<Said>& all) {
+    if (all.empty()) return py::tuple();
     py::tuple diagnostics(all.size());
     const py::object make = dataClass("Diagnostic");
     for (size_t i = 0; i < all.size(); ++i) {

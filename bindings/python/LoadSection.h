@@ -5,6 +5,7 @@
 
 #include <pybind11/pybind11.h>
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -30,7 +31,7 @@ struct Said {
 /// load lock is taken. Errors are counted from 0, kept and not printed, and at the end the count is what it was before.
 ///
 /// In a section of the same thread another one changes nothing about locks, so callbacks may load, too. To call back
-/// into Python, take the interpreter lock (py::gil_scoped_acquire).
+/// into Python, take an InterpreterLock.
 class LoadSection : private HDNTErrorListener {
 public:
     /// What can happen to mappings of other libraries meanwhile: nothing, or they may be replaced.
@@ -44,6 +45,8 @@ public:
     int errors() const { return HDNTError::numErrors; }
     std::vector<Said> takeSaid() { return std::move(said_); }
 
+    /// Whether a section could begin at once. Other threads may change that.
+    static bool isFree();
     /// Returns when no other thread is in a section that changes mappings. With the interpreter lock.
     static void waitForChanges();
 
@@ -57,6 +60,24 @@ private:
     HDNTErrorListener* listenerBefore_ = nullptr;
     std::vector<Said> said_;
 };
+
+/// Takes the interpreter lock in a section, to call back into Python.
+class InterpreterLock {
+public:
+    InterpreterLock();
+    InterpreterLock(const InterpreterLock&) = delete;
+
+private:
+    std::optional<py::gil_scoped_acquire> lock_;
+};
+
+/// Calls into Python from below a section. With the interpreter lock.
+py::object callBack(py::handle function, const py::tuple& arguments);
+
+/// Whether the interpreter is ending. Threads that it does not wait for stop where they would need its lock.
+bool isEnding();
+/// Once, from the thread that ends the interpreter, before it does.
+void beginEnd();
 
 /// A load, or something that may load, failed.
 class LoadFailure : public std::runtime_error {

@@ -48,7 +48,7 @@ PyObject* typeBlock(PyObject* self, void*) noexcept {
         py::object found = py::none();
         inSection(LoadSection::Changes, instance.typeName(), [&] {
             HDNTBlock* const block = instance.getTypeBlock(&library);
-            const py::gil_scoped_acquire lock;
+            const InterpreterLock lock;
             if (!block) return;
             const auto owner = py::reinterpret_steal<py::object>(wrapLibrary(*block->getLibrary()));
             found = py::reinterpret_steal<py::object>(wrap(block, reinterpret_cast<Handle*>(owner.ptr())));

@@ -41,7 +41,7 @@ public:
     bool visitsPins() const override { return methods_.contains("visit_pin"); }
     bool enter(HDNTNetlist* netlist) override {
         const auto method = methods_.find("enter_netlist");
-        return method == methods_.end() || py::bool_(method->second(handleTo(netlist)));
+        return method == methods_.end() || py::bool_(callBack(method->second, py::make_tuple(handleTo(netlist))));
     }
     void sectionSeparator(HDNTNetlist* netlist) override { call("visit_section", netlist); }
     void elseVisit(HDNTIfStmt* statement) override { call("visit_else", statement); }
@@ -86,7 +86,7 @@ private:
 
     void call(const char* name, HDNTNode* node) {
         const auto method = methods_.find(name);
-        if (method != methods_.end()) method->second(handleTo(node));
+        if (method != methods_.end()) callBack(method->second, py::make_tuple(handleTo(node)));
     }
 
     Handle* library_;
@@ -100,7 +100,7 @@ void accept(const py::object& self, const py::object& visitor, bool own) {
         throw py::type_error("an hdnt.Visitor is wanted, not " + std::string(Py_TYPE(visitor.ptr())->tp_name));
     PythonVisitor walker(visitor, use.library());
     inSection(LoadSection::Changes, describe(reinterpret_cast<Handle*>(self.ptr())), [&] {
-        const py::gil_scoped_acquire lock;
+        const InterpreterLock lock;
         if (auto* const library = nodeCast<HDNTLibrary>(use.node()))
             own ? library->acceptOwn(walker) : library->accept(walker);
         else if (auto* const block = nodeCast<HDNTBlock>(use.node()))

@@ -11,6 +11,7 @@ import os
 import pathlib
 import random
 import tempfile
+import threading
 import unittest
 import warnings
 
@@ -60,12 +61,12 @@ def plain(value):
 class Player:
     def __init__(self, number, folder):
         self.random = random.Random(number)
+        self.held = []
         self.files = []
         for name, text in (("one", TEXT % "one"), ("two", TEXT % "two"), ("over", OVER), ("bad", "library 3")):
             path = folder / (name + ".btl")
             path.write_text(text)
             self.files.append(path)
-        self.held = []
         self.answers = {}
         self.died = 0
 
@@ -137,7 +138,6 @@ class Player:
             assert not node.alive, (node, name)
             self.died += 1
             return
-        assert alive or not node.alive, (node, name)
         assert alive, (node, name)
         known = self.answers.setdefault(id(node), {})
         if name in known and name not in ("netlist", "has_own_netlist", "netlist_kind"):
@@ -205,6 +205,60 @@ class Lifetime(unittest.TestCase):
         hdnt.release()
         self.assertEqual(hdnt.live_handles(), 0)
         self.assertEqual(hdnt.error_count(), 0)
+
+    def test_threads_share_handles(self):
+        warnings.simplefilter("ignore", hdnt.LoadWarning)
+        with tempfile.TemporaryDirectory() as folder:
+            player = Player(SEED, pathlib.Path(folder))
+            held, wrong = [hdnt.common()], []
+
+            def work(number):
+                chance = random.Random(number)
+                for _ in range(SEQUENCES * 4):
+                    try:
+                        self.step(chance, held, player.files)
+                    except hdnt.DeadObjectError:
+                        pass
+                    except BaseException as error:
+                        if "in use" not in str(error):
+                            wrong.append(error)
+                    del held[400:]
+            threads = [threading.Thread(target=work, args=(number,)) for number in range(4)]
+            for thread in threads:
+                thread.start()
+            for thread in threads:
+                thread.join()
+        self.assertEqual(wrong, [])
+        del held, player
+        gc.collect()
+        hdnt.release()
+        self.assertEqual(hdnt.live_handles(), 0)
+
+    @staticmethod
+    def step(chance, held, files):
+        node = chance.choice(held)
+        what = chance.randrange(12)
+        if what == 0:
+            held.insert(0, hdnt.load(chance.choice(files[:2])))
+            held.insert(0, hdnt.load(files[2], node.library))
+        elif what == 1:
+            held.insert(0, hdnt.common())
+        elif what == 2 and node.library.path:
+            node.library.close()
+        elif what == 3 and chance.random() < 0.2:
+            hdnt.release()
+        elif what == 4:
+            node.library.source()
+        elif what == 5:
+            node.library.accept(hdnt.Visitor())
+        elif what == 6:
+            node.library.find("FLOP_RISE").expand(deep=True)
+        elif what == 7:
+            node.library.diff(hdnt.common())
+        else:
+            value = getattr(node, chance.choice(fields(type(node))))
+            held[:0] = [one for one in (value if isinstance(value, (tuple, hdnt.View)) else [value])
+                        if isinstance(one, hdnt.Node)][:5]
 
 
 if __name__ == "__main__":

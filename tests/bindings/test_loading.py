@@ -4,7 +4,10 @@ import gc
 import os
 import pathlib
 import pickle
+import subprocess
+import sys
 import tempfile
+import textwrap
 import threading
 import unittest
 import warnings
@@ -241,6 +244,26 @@ class Threads(Folder):
             ticks[0] += 1
         thread.join()
         self.assertGreater(ticks[0], 1000)
+
+    def test_the_interpreter_ends_while_a_daemon_loads(self):
+        path = self.write("good.btl", GOOD)
+        script = textwrap.dedent("""
+            import hdnt, sys, threading, time
+            class Slow(hdnt.Visitor):
+                def visit_pin(self, node):
+                    time.sleep(0)
+            def work():
+                while True:
+                    hdnt.load(sys.argv[1]).accept(Slow())
+            kept = hdnt.load(sys.argv[1])
+            for _ in range(3):
+                threading.Thread(target=work, daemon=True).start()
+            time.sleep(float(sys.argv[2]))
+            """)
+        for i in range(10):
+            done = subprocess.run([sys.executable, "-c", script, path, str(0.02 + i * 0.003)], check=False, timeout=60,
+                                  stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+            self.assertEqual((done.returncode, done.stdout), (0, b""))
 
 
 if __name__ == "__main__":
