@@ -4,7 +4,6 @@
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/manager/HDNTLibraryMgr.h"
 
-#include <cxxabi.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -24,32 +23,39 @@ void beginEnd() {
     ending = true;
 }
 
-// An interpreter that ends makes a thread that asks for its lock exit on the spot, which no C++ stack survives.
+[[noreturn]] static void stop() {
+    for (;;) pause();
+}
+
+// An interpreter that ends makes a thread that asks for its lock exit on the spot, which no C++ stack survives: the
+// thread stops instead. Python throws nothing of C++, so what arrives in the handler is that exit; it must not leave
+// the handler. Nothing with a destructor stands between the call and the handler.
+template <typename Call>
+static auto callOrStop(Call&& call) {
+    try {
+        return call();
+    } catch (...) {
+        stop();
+    }
+}
+
+// Without the lock.
 static void stopIfEnding() {
-    while (ending && std::this_thread::get_id() != endingThread) pause();
+    if (ending && std::this_thread::get_id() != endingThread) stop();
 }
 
 static void takeLockBack(PyThreadState* thread) {
     stopIfEnding();
-    PyEval_RestoreThread(thread);
+    callOrStop([&] { PyEval_RestoreThread(thread); });
 }
 
 InterpreterLock::InterpreterLock() {
     stopIfEnding();
-    lock_.emplace();
-}
-
-// Nothing with a destructor stands between the call and the handler.
-static PyObject* callOrStop(PyObject* function, PyObject* arguments) {
-    try {
-        return PyObject_CallObject(function, arguments);
-    } catch (abi::__forced_unwind&) { // the thread exits, see above
-        for (;;) pause();
-    }
+    callOrStop([&] { lock_.emplace(); });
 }
 
 py::object callBack(py::handle function, const py::tuple& arguments) {
-    PyObject* const result = callOrStop(function.ptr(), arguments.ptr());
+    PyObject* const result = callOrStop([&] { return PyObject_CallObject(function.ptr(), arguments.ptr()); });
     if (!result) throw py::error_already_set();
     return py::reinterpret_steal<py::object>(result);
 }
