@@ -200,10 +200,10 @@ HDNTBlockEntity* primGroup(std::string* text, const yyltype& place) {
     return placed(new HDNTPrimGroup(*take(text)), place);
 }
 
-HDNTFunctionDecl* function(int type, const char* name, std::vector<HATAttrTypes::AttrType>* formals,
+HDNTFunctionDecl* function(int type, std::string* name, std::vector<HATAttrTypes::AttrType>* formals,
                            const yyltype& place) {
     const std::unique_ptr<std::vector<HATAttrTypes::AttrType>> owned(formals);
-    return placed(new HDNTFunctionDecl(name, static_cast<HATAttrTypes::AttrType>(type), formals), place);
+    return placed(new HDNTFunctionDecl(*take(name), static_cast<HATAttrTypes::AttrType>(type), formals), place);
 }
 
 } // namespace hdnt::frontend::build
