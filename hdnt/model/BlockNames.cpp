@@ -4,6 +4,7 @@
 #include "hdnt/platform/TextHash.h"
 
 #include <bit>
+#include <cstring>
 #include <utility>
 
 namespace hdnt::model {
@@ -17,8 +18,14 @@ std::size_t BlockNames::slotOf(std::string_view name, std::uint32_t hash) const 
     const std::size_t mask = slots_.size() - 1;
     std::size_t at = hash & mask;
     for (; slots_[at].block; at = (at + 1) & mask)
-        if (slots_[at].hash == hash && platform::equalCaseless(slots_[at].block->getName(), name)) break;
+        if (slots_[at].hash == hash && platform::equalCaseless(nameAt(slots_[at].name), name)) break;
     return at;
+}
+
+std::string_view BlockNames::nameAt(std::size_t offset) const {
+    std::size_t length = 0;
+    std::memcpy(&length, &names_[offset], sizeof length);
+    return {&names_[offset] + sizeof length, length};
 }
 
 bool BlockNames::add(HDNTBlock* block) {
@@ -26,8 +33,12 @@ bool BlockNames::add(HDNTBlock* block) {
     const std::uint32_t hash = hashOf(block->getName());
     Slot& slot = slots_[slotOf(block->getName(), hash)];
     if (slot.block) return false;
+    const std::string& name = block->getName();
+    const std::size_t length = name.size();
+    const std::size_t offset = names_.size();
+    names_.append(reinterpret_cast<const char*>(&length), sizeof length).append(name);
     blocks_.push_back(block);
-    slot = {block, hash, static_cast<std::uint32_t>(blocks_.size() - 1)};
+    slot = {block, hash, static_cast<std::uint32_t>(blocks_.size() - 1), offset};
     return true;
 }
 
@@ -45,6 +56,7 @@ void BlockNames::reserve(std::size_t count) {
 void BlockNames::clear() {
     slots_ = {};
     blocks_ = {};
+    names_ = {};
 }
 
 void BlockNames::resize(std::size_t slots) {
