@@ -1,6 +1,7 @@
 // The builder's part for whole blocks, mappings and libraries, and what a mapping finds.
 #include "hdnt/frontend/BuilderSupport.h"
 #include "hdnt/frontend/HDNTError.h"
+#include "hdnt/frontend/Scanner.h"
 #include "hdnt/manager/HDNTCellviewLib.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"

@@ -62,6 +62,7 @@ HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, const std:
                            const PropertyOptions& options, const yyltype& place) {
     static const std::string* const noUnits = new std::string;
     static auto* const draft = new HATAttrSpec::Draft;
+    draft->clear(); // a property that could not be made may have left something
     auto property = std::make_unique<HDNTProperty>(name, type, options.test, options.simulation,
                                                    options.constraintsOnly, options.muxControl, *noUnits);
     property->setLocation(place);

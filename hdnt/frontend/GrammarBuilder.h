@@ -1,7 +1,8 @@
 #pragma once
 
-#include "hdnt/frontend/Scanner.h"
+#include "hdnt/frontend/SymbolValue.h"
 #include "hdnt/frontend/TokenText.h"
+#include "hdnt/frontend/yyltype.h"
 #include "hdnt/netlist/HDNTExpr.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hdnt/frontend/SymbolValue.h"
+#include "hdnt/frontend/yyltype.h"
 
 #include <algorithm>
 #include <exception>

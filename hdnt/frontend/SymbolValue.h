@@ -1,10 +1,27 @@
 #pragma once
 
-#include "hdnt/frontend/Scanner.h"
+#include "hdnt/platform/HATAttrTypes.h"
 
 #include <cstdint>
+#include <string>
+#include <vector>
+
+class HDNTBlock;
+class HDNTBlockEntity;
+class HDNTBus;
+class HDNTBlockPinName;
+class HDNTDecl;
+class HDNTExpr;
+class HDNTFunctionCall;
+class HDNTFunctionDecl;
+class HDNTNetlist;
+class HDNTNetlistEntity;
+class HDNTPinInst;
+class HDNTProperty;
 
 namespace hdnt::frontend {
+
+struct PropertyOptions;
 
 /// What a symbol on the parser's stack stands for: a token's value (an identifier as a text, too) or what a rule built.
 ///

@@ -196,6 +196,7 @@ void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
     if (!items_.empty()) present_ |= 1U << list_;
     if (!unit_.empty()) present_ |= 1U << UnitList;
     const std::size_t count = static_cast<std::size_t>(std::popcount(present_)) + items_.size() + !unit_.empty();
+    if (count == 0) return clear();
     std::uint64_t* const packed = allocateSlots(capacityFor(count));
     std::uint64_t* next = packed;
     for (std::uint32_t rest = present_ & ((1U << FirstList) - 1); rest != 0; rest &= rest - 1)
@@ -211,7 +212,7 @@ void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
     if (unitsFirst) std::copy(items_.begin(), items_.end(), next);
     spec.slots_ = packed;
     spec.present_ = std::exchange(present_, 0);
-    items_.clear();
+    items_.clear(); // the specification has the texts now
     clear();
 }
 
