@@ -8,8 +8,8 @@ void expectNoReports() {
     if (HDNTError::numErrors > 0) fail("there were reports");
 }
 
-LibraryPointer parseFile(const std::string& path) {
-    auto library = std::make_unique<HDNTLibrary>(nullptr);
+LibraryPointer parseFile(const std::string& path, HDNTLibrary* parent) {
+    auto library = std::make_unique<HDNTLibrary>(parent);
     if (library->parseFile(path) != 0) fail("cannot parse " + path);
     return library;
 }
@@ -20,8 +20,8 @@ LibraryPointer parseText(const std::string& text) {
     return library;
 }
 
-LibraryPointer loadFile(const std::string& path) {
-    LibraryPointer library = parseFile(path);
+LibraryPointer loadFile(const std::string& path, HDNTLibrary* parent) {
+    LibraryPointer library = parseFile(path, parent);
     library->finalize();
     expectNoReports();
     return library;

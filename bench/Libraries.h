@@ -9,11 +9,11 @@ namespace bench {
 
 using LibraryPointer = std::unique_ptr<HDNTLibrary>;
 
-/// Text to model, not finalized. Any report ends the program.
-LibraryPointer parseFile(const std::string& path);
+/// Text to model, not finalized, in a library over `parent`. Any report ends the program.
+LibraryPointer parseFile(const std::string& path, HDNTLibrary* parent = nullptr);
 LibraryPointer parseText(const std::string& text);
 /// Text to finalized library.
-LibraryPointer loadFile(const std::string& path);
+LibraryPointer loadFile(const std::string& path, HDNTLibrary* parent = nullptr);
 LibraryPointer loadText(const std::string& text);
 /// Ends the program when there was any report.
 void expectNoReports();

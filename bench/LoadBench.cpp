@@ -59,7 +59,19 @@ void addLoadSubjects(std::vector<Subject>& subjects) {
         {"load-oneline", Sizes::UpToTen, [](const Corpus& corpus) { return load(corpus.path("one-line.btl")); }});
     subjects.push_back({"load-described", Sizes::UpToTen, [](const Corpus& corpus) {
                             setenv("HDNT_CONFIG_PATH", corpus.path("described").c_str(), 1);
-                            return load(corpus.path("btl"));
+                            auto root = std::make_shared<HDNTLibrary>(nullptr);
+                            auto held = std::make_shared<Held>();
+                            return Work{
+                                .prepare = [=] { root->getDescConfig(); },
+                                .run = [=, path = corpus.path("btl")] { held->library = loadFile(path, root.get()); },
+                                .drop = [=] { held->drop(); }};
+                        }});
+    subjects.push_back({"read-descriptions", Sizes::UpToTen, [](const Corpus& corpus) {
+                            setenv("HDNT_CONFIG_PATH", corpus.path("described").c_str(), 1);
+                            auto held = std::make_shared<Held>();
+                            return Work{.prepare = [=] { held->library = std::make_unique<HDNTLibrary>(nullptr); },
+                                        .run = [=] { held->library->getDescConfig(); },
+                                        .drop = [=] { held->drop(); }};
                         }});
     subjects.push_back({"parse", Sizes::All, [](const Corpus& corpus) {
                             auto held = std::make_shared<Held>();

@@ -1,23 +1,21 @@
 // The builder's part for whole blocks, mappings and libraries, and what a mapping finds.
 #include "hdnt/frontend/BuilderSupport.h"
 #include "hdnt/frontend/HDNTError.h"
+#include "hdnt/frontend/Scanner.h"
 #include "hdnt/manager/HDNTCellviewLib.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
-#include "hdnt/platform/HSTStringUtils.h"
 
 #include <memory>
-#include <unordered_map>
 
 namespace hdnt::frontend::build {
 
 namespace {
 
-// Blocks of the parse in progress by upper-cased name, the first of a name. The parser owns them until they are handed
-// to the library.
-std::unordered_map<std::string, HDNTBlock*>& pendingBlocks() {
-    static auto* const blocks = new std::unordered_map<std::string, HDNTBlock*>;
+// Blocks of the parse in progress. The parser owns them until they are handed to the library.
+model::BlockNames& pendingBlocks() {
+    static auto* const blocks = new model::BlockNames;
     return *blocks;
 }
 
@@ -29,8 +27,7 @@ HDNTLibrary& target() {
 // In the library that is parsed into, in this text or one before it; then in its parents.
 HDNTBlock* findDeclared(const HDNTLibrary& library, const std::string& name) {
     if (HDNTBlock* const block = library.getDeclaredBlock(name)) return block;
-    const auto pending = pendingBlocks().find(HSTStringUtils::to_upper_copy(name));
-    if (pending != pendingBlocks().end()) return pending->second;
+    if (HDNTBlock* const block = pendingBlocks().find(name).block) return block;
     const HDNTLibrary* const parent = library.getParentLibrary();
     return parent ? parent->getTypeBlockByName(name, true) : nullptr;
 }
@@ -49,7 +46,7 @@ HDNTBlock* block(std::string* name, std::vector<HDNTBlockEntity*>* entities, HDN
     owned.releaseItems();
     std::unique_ptr<HDNTBlock> result(new HDNTBlock(*text, &items, ownedNetlist.release(), &library));
     result->setLocation(place);
-    pendingBlocks().try_emplace(HSTStringUtils::to_upper_copy(*text), result.get());
+    pendingBlocks().add(result.get());
     return result.release();
 }
 

@@ -3,7 +3,7 @@
 
 %define api.prefix {HDNTParser}
 %define api.token.prefix {TOKEN_}
-%define api.value.type {NtlTokenValue}
+%define api.value.type {hdnt::frontend::SymbolValue}
 %define api.location.type {yyltype}
 %define parse.trace
 %locations
@@ -17,8 +17,7 @@
 
 %token T_Library 258 T_Block 259 T_Property 260 T_Pin 261 T_Int 262 T_String 263 T_Bool 264 T_End 265 T_Input 266
 %token T_Output 267 T_Bidir 268 T_Null 269 T_Double 270 T_BitHex 271 T_PinList 272
-%token <identifier> T_Identifier 273
-%token <text> T_StringConstant 274 T_HexConstant 275 T_BinaryConstant 276
+%token <text> T_Identifier 273 T_StringConstant 274 T_HexConstant 275 T_BinaryConstant 276
 %token <intValue> T_IntConstant 277
 %token <doubleValue> T_DoubleConstant 278
 %token <boolValue> T_BoolConstant 279
@@ -171,9 +170,9 @@ Expr:
   | '!' Expr %prec NEGATION { BUILD($$ = build::compound(nullptr, HDNTExpr::NOT, $2, @$)); };
 
 Constant:
-    T_IntConstant { BUILD($$ = build::constant($1, @$)); }
+    T_IntConstant { BUILD($$ = build::constant(static_cast<int>($1), @$)); }
   | T_StringConstant { BUILD($$ = build::constant($1, @$)); }
-  | T_BoolConstant { BUILD($$ = build::constant($1, @$)); }
+  | T_BoolConstant { BUILD($$ = build::constant($1 != 0, @$)); }
   | T_DoubleConstant { BUILD($$ = build::constant($1, @$)); };
 
 FunctionCallExpr: T_Identifier '(' Actuals ')' { BUILD($$ = build::call($1, $3, @$)); };
@@ -256,14 +255,14 @@ BoolPropData:
   | BoolPropData ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); };
 
 IntValues:
-    T_IntConstant { BUILD($$ = build::value(nullptr, $1)); }
-  | IntValues ',' T_IntConstant { BUILD($$ = build::value($1, $3)); };
+    T_IntConstant { BUILD($$ = build::value(nullptr, static_cast<int>($1))); }
+  | IntValues ',' T_IntConstant { BUILD($$ = build::value($1, static_cast<int>($3))); };
 
 IntList:
     T_Values '{' IntValues '}' { $$ = $3; }
-  | T_Min '=' T_IntConstant { BUILD($$ = build::options()); $$->intMin = $3; }
-  | IntList ',' T_Max '=' T_IntConstant { $$ = $1; $$->intMax = $5; }
-  | IntList ',' T_Default '=' T_IntConstant { $$ = $1; $$->intDefault = $5; }
+  | T_Min '=' T_IntConstant { BUILD($$ = build::options()); $$->intMin = static_cast<int>($3); }
+  | IntList ',' T_Max '=' T_IntConstant { $$ = $1; $$->intMax = static_cast<int>($5); }
+  | IntList ',' T_Default '=' T_IntConstant { $$ = $1; $$->intDefault = static_cast<int>($5); }
   | IntList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
   | IntList ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
   | IntList ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
@@ -273,7 +272,7 @@ IntList:
   | T_MuxControl '=' T_BoolConstant { BUILD($$ = build::options()); $$->muxControl = $3; }
   | T_Test '=' T_BoolConstant { BUILD($$ = build::options()); $$->test = $3; }
   | T_ConstraintsOnly '=' T_BoolConstant { BUILD($$ = build::options()); $$->constraintsOnly = $3; }
-  | T_Default '=' T_IntConstant { BUILD($$ = build::options()); $$->intDefault = $3; };
+  | T_Default '=' T_IntConstant { BUILD($$ = build::options()); $$->intDefault = static_cast<int>($3); };
 
 HexValues:
     T_HexConstant { BUILD($$ = build::value(nullptr, $1)); }
@@ -321,7 +320,7 @@ DoubleList:
   | T_Min '=' T_DoubleConstant { BUILD($$ = build::options()); $$->doubleMin = $3; }
   | DoubleList ',' T_Max '=' T_DoubleConstant { $$ = $1; $$->doubleMax = $5; }
   | DoubleList ',' T_Default '=' T_DoubleConstant { $$ = $1; $$->doubleDefault = $5; }
-  | DoubleList ',' T_Precision '=' T_IntConstant { $$ = $1; $$->precision = $5; }
+  | DoubleList ',' T_Precision '=' T_IntConstant { $$ = $1; $$->precision = static_cast<int>($5); }
   | DoubleList ',' T_Units '=' T_StringConstant { $$ = $1; $$->units = build::take($5); }
   | DoubleList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
   | DoubleList ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }

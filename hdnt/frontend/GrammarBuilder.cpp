@@ -62,6 +62,7 @@ HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, const std:
                            const PropertyOptions& options, const yyltype& place) {
     static const std::string* const noUnits = new std::string;
     static auto* const draft = new HATAttrSpec::Draft;
+    draft->clear(); // a property that could not be made may have left something
     auto property = std::make_unique<HDNTProperty>(name, type, options.test, options.simulation,
                                                    options.constraintsOnly, options.muxControl, *noUnits);
     property->setLocation(place);
@@ -200,10 +201,10 @@ HDNTBlockEntity* primGroup(std::string* text, const yyltype& place) {
     return placed(new HDNTPrimGroup(*take(text)), place);
 }
 
-HDNTFunctionDecl* function(int type, const char* name, std::vector<HATAttrTypes::AttrType>* formals,
+HDNTFunctionDecl* function(int type, std::string* name, std::vector<HATAttrTypes::AttrType>* formals,
                            const yyltype& place) {
     const std::unique_ptr<std::vector<HATAttrTypes::AttrType>> owned(formals);
-    return placed(new HDNTFunctionDecl(name, static_cast<HATAttrTypes::AttrType>(type), formals), place);
+    return placed(new HDNTFunctionDecl(*take(name), static_cast<HATAttrTypes::AttrType>(type), formals), place);
 }
 
 } // namespace hdnt::frontend::build

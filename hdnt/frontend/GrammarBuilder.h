@@ -1,7 +1,8 @@
 #pragma once
 
-#include "hdnt/frontend/Scanner.h"
+#include "hdnt/frontend/SymbolValue.h"
 #include "hdnt/frontend/TokenText.h"
+#include "hdnt/frontend/yyltype.h"
 #include "hdnt/netlist/HDNTExpr.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 
@@ -60,7 +61,7 @@ HDNTBlock* block(std::string* name, std::vector<HDNTBlockEntity*>* entities, HDN
 /// Attaches a mapping that stands by itself to its block, or drops it when the name is not registered or no block of
 /// that name was declared before.
 void mapping(std::string* blockName, HDNTNetlist* netlist, HDNTNetlist::Section section, const yyltype& place);
-HDNTFunctionDecl* function(int type, const char* name, std::vector<HATAttrTypes::AttrType>* formals,
+HDNTFunctionDecl* function(int type, std::string* name, std::vector<HATAttrTypes::AttrType>* formals,
                            const yyltype& place);
 HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>* entities, const yyltype& place);
 HDNTNetlistEntity* inst(std::string* name, std::string* type, const yyltype& place);
@@ -80,7 +81,7 @@ HDNTExpr* constant(int value, const yyltype& place);
 HDNTExpr* constant(double value, const yyltype& place);
 HDNTExpr* constant(bool value, const yyltype& place);
 HDNTExpr* constant(std::string* value, const yyltype& place);
-HDNTFunctionCall* call(const char* name, std::vector<HDNTExpr*>* actuals, const yyltype& place);
+HDNTFunctionCall* call(std::string* name, std::vector<HDNTExpr*>* actuals, const yyltype& place);
 
 /// Forgets the blocks of the parse before. Those of the parse in progress are found by separate mappings.
 void beginParse() noexcept;

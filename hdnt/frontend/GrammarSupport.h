@@ -8,6 +8,8 @@
 #include "hdnt/frontend/PropertyOptions.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/frontend/ScannerState.h"
+#include "hdnt/frontend/SymbolValue.h"
+#include "hdnt/frontend/TokenText.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTBus.h"
 #include "hdnt/model/HDNTProperty.h"
@@ -17,6 +19,7 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 
 #include <cstdlib>
+#include <cstring>
 
 namespace build = hdnt::frontend::build;
 using Section = HDNTNetlist::Section;
@@ -32,30 +35,57 @@ using Section = HDNTNetlist::Section;
         YYABORT;                                                                                                       \
     }
 
+extern hdnt::frontend::SymbolValue symbolValue;
+
+// The token's value as a symbol's. An identifier becomes a text.
+inline hdnt::frontend::SymbolValue symbolOf(int token) {
+    hdnt::frontend::SymbolValue value{};
+    const NtlTokenValue& scanned = HDNTParserlval;
+    switch (token) {
+    case T_IntConstant: value.intValue = scanned.intValue; break;
+    case T_BoolConstant: value.boolValue = scanned.boolValue; break;
+    case T_DoubleConstant: value.doubleValue = scanned.doubleValue; break;
+    case T_StringConstant:
+    case T_HexConstant:
+    case T_BinaryConstant: value.text = scanned.text; break;
+    case T_Identifier:
+        value.text =
+            hdnt::frontend::TokenTexts::make(scanned.identifier, scanned.identifier + std::strlen(scanned.identifier));
+        break;
+    default: break;
+    }
+    return value;
+}
+
 // Nothing inside calls the exported HDNTParserlex. A scanner that throws ends the parse as a token that is an error.
 inline int lexGuarded() noexcept {
     constexpr int errorAlreadyReported = 256;
     int token = errorAlreadyReported;
-    hdnt::frontend::ParseSession::instance().guard([&] { token = hdnt::frontend::Scanner::instance().next(); });
+    hdnt::frontend::ParseSession::instance().guard([&] {
+        const int scanned = hdnt::frontend::Scanner::instance().next();
+        symbolValue = symbolOf(scanned);
+        token = scanned;
+    });
     return token;
 }
 #define HDNTParserlex lexGuarded
+// HDNTParserlval has the token as it came, for whoever scans; the parser's look-ahead symbol is another variable.
+#define HDNTParserlval symbolValue
 
 // A rule's place begins at its first token. It ends at its last one when both stand on one line of one file.
-#define YYLLOC_DEFAULT(current, rhs, count)                                                                            \
-    do {                                                                                                               \
-        (current) = YYRHSLOC(rhs, (count) ? 1 : 0);                                                                    \
-        const yyltype& last = YYRHSLOC(rhs, count);                                                                    \
-        if (last.first_line == (current).first_line && last.fileName == (current).fileName)                            \
-            (current).last_column = last.last_column;                                                                  \
-    } while (false)
+inline yyltype placeOf(const yyltype& first, const yyltype& last) {
+    yyltype place = first;
+    if (last.first_line == first.first_line && last.fileName == first.fileName) place.last_column = last.last_column;
+    return place;
+}
+#define YYLLOC_DEFAULT(current, rhs, count) ((current) = placeOf(YYRHSLOC(rhs, (count) ? 1 : 0), YYRHSLOC(rhs, count)))
 
 #define YYINITDEPTH 200
 #define YYMAXDEPTH 4000
 
 template <typename StateNumber>
-void growStacks(const char* message, StateNumber** states, long, NtlTokenValue** values, long, yyltype** locations,
-                long, long* capacity) noexcept {
+void growStacks(const char* message, StateNumber** states, long, hdnt::frontend::SymbolValue** values, long,
+                yyltype** locations, long, long* capacity) noexcept {
     hdnt::frontend::ParseSession::instance().growStacks(message, states, values, locations, capacity);
 }
 #define yyoverflow growStacks

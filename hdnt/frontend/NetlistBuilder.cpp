@@ -80,8 +80,8 @@ HDNTExpr* constant(std::string* value, const yyltype& place) {
     return placed(new HDNTStringConstant(*take(value)), place);
 }
 
-HDNTFunctionCall* call(const char* name, std::vector<HDNTExpr*>* actuals, const yyltype& place) {
-    return placed(new HDNTFunctionCall(name, actuals), place);
+HDNTFunctionCall* call(std::string* name, std::vector<HDNTExpr*>* actuals, const yyltype& place) {
+    return placed(new HDNTFunctionCall(*take(name), actuals), place);
 }
 
 } // namespace hdnt::frontend::build

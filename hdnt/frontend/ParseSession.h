@@ -1,6 +1,7 @@
 #pragma once
 
-#include "hdnt/frontend/Scanner.h"
+#include "hdnt/frontend/SymbolValue.h"
+#include "hdnt/frontend/yyltype.h"
 
 #include <algorithm>
 #include <exception>
@@ -40,7 +41,7 @@ public:
     /// use again. They have the greatest size at once, so this happens once a parse; a second time, "memory exhausted"
     /// is reported and everything stays as it is.
     template <typename StateNumber>
-    void growStacks(const char* message, StateNumber** states, NtlTokenValue** values, yyltype** locations,
+    void growStacks(const char* message, StateNumber** states, SymbolValue** values, yyltype** locations,
                     long* capacity) noexcept {
         const long depth = greatestDepth();
         if (*capacity >= depth || !guard([&] { reserve(static_cast<size_t>(depth), sizeof(StateNumber)); }))
@@ -64,7 +65,7 @@ private:
 
     std::exception_ptr failure_;
     std::vector<long> states_;
-    std::vector<NtlTokenValue> values_;
+    std::vector<SymbolValue> values_;
     std::vector<yyltype> locations_;
 };
 

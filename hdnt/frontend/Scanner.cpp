@@ -81,12 +81,8 @@ void Scanner::popState() {
 void Scanner::locate(ptrdiff_t offset, ptrdiff_t length) {
     yyltype& location = HDNTParserlloc;
     const int column = static_cast<int>(offset - columnZero_);
-    location.fileName = fileName_;
-    location.fileLine = line_;
-    location.first_line = globalLine_;
-    location.first_column = column;
-    location.last_column = column + static_cast<int>(length) - 1;
-    location.storeOffset = storeOffset_;
+    location = {fileName_,   line_, globalLine_, column, location.last_line, column + static_cast<int>(length) - 1,
+                storeOffset_};
 }
 
 void Scanner::newline() {

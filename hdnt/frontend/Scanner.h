@@ -2,7 +2,6 @@
 
 #include "hdnt/frontend/yyltype.h"
 #include "hdnt/platform/Export.h"
-#include "hdnt/platform/HATAttrTypes.h"
 
 #include <cstddef>
 #include <cstdio>
@@ -10,23 +9,7 @@
 #include <string>
 #include <vector>
 
-class HDNTBlock;
-class HDNTBlockEntity;
-class HDNTBus;
-class HDNTBlockPinName;
-class HDNTDecl;
-class HDNTExpr;
-class HDNTFunctionCall;
-class HDNTFunctionDecl;
 class HDNTLibrary;
-class HDNTNetlist;
-class HDNTNetlistEntity;
-class HDNTPinInst;
-class HDNTProperty;
-
-namespace hdnt::frontend {
-struct PropertyOptions;
-}
 
 // The scanner turns NTL text into tokens. All of its state is process-wide: one scan at a time, from one thread.
 // A host needs nothing of this header to load libraries; it is for tools that work on tokens.
@@ -109,32 +92,13 @@ enum NtlToken : int {
     T_Abstract
 };
 
-/// The value of a token, and of what the grammar makes of tokens. Trivial: who takes `text` owns the string.
+/// The value of a token. Trivial: who takes `text` owns the string.
 union NtlTokenValue {
-    int intValue;        ///< T_IntConstant: the low 32 bits; also the enumerations of the grammar
+    int intValue;        ///< T_IntConstant: the low 32 bits
     double doubleValue;  ///< T_DoubleConstant
     bool boolValue;      ///< T_BoolConstant
     char identifier[32]; ///< T_Identifier: at most 31 characters and the terminating zero
     std::string* text;   ///< T_StringConstant without its quotes; T_HexConstant, T_BinaryConstant as written
-    HDNTDecl* decl;
-    HDNTBlock* block;
-    HDNTFunctionDecl* function;
-    HDNTBlockEntity* entity;
-    HDNTBus* bus;
-    HDNTProperty* property;
-    HDNTNetlist* netlist;
-    HDNTNetlistEntity* statement;
-    HDNTExpr* expr;
-    HDNTFunctionCall* call;
-    HDNTBlockPinName* pin;
-    std::vector<HDNTDecl*>* decls;
-    std::vector<HDNTBlockEntity*>* entities;
-    std::vector<HDNTProperty*>* properties;
-    std::vector<HATAttrTypes::AttrType>* types;
-    std::vector<HDNTNetlistEntity*>* statements;
-    std::vector<HDNTExpr*>* exprs;
-    std::vector<HDNTPinInst*>* pins;
-    hdnt::frontend::PropertyOptions* options;
 };
 
 /// Value and place of the token that HDNTParserlex returned last. At the end of input the place is that of the last

@@ -11,6 +11,7 @@
 using hdnt::frontend::LineStore;
 using hdnt::frontend::Scanner;
 
+NtlTokenValue HDNTParserlval;
 int yylineno = 1;
 char* ntl_parse_top_level_file = nullptr;
 

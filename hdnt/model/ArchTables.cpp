@@ -86,25 +86,34 @@ const CellFacts* cellFacts(const HDNTBlock& block) {
     return found == cells.end() ? nullptr : &found->second;
 }
 
+// Looks something up under the lock of the description configuration.
+template <typename Find>
+static auto withDescriptions(const HDNTLibrary& library, Find&& find) {
+    ConfigBase& config = *library.getDescConfig();
+    HCTLock lock(config.mutex());
+    auto result = find(config);
+    lock.unlock();
+    return result;
+}
+
+static std::string textOf(const Setting* setting) {
+    return setting && setting->getType() == Setting::TypeString ? setting->c_str() : std::string();
+}
+
 PropertyContext propertyContext(const HDNTBlock* block) {
     const HDNTLibrary* const library = block ? block->getLibrary() : nullptr;
     if (!library) return {};
     const CellFacts* const facts = cellFacts(*block);
-    ConfigBase& config = *library->getDescConfig();
-    HCTLock lock(config.mutex());
-    const bool described = config.find({block->getName()}) != nullptr;
-    lock.unlock();
-    return {library, block, described, facts && facts->nibbleSizedHex};
+    return {library, withDescriptions(*library, [&](ConfigBase& config) { return config.find({block->getName()}); }),
+            facts && facts->nibbleSizedHex};
+}
+
+std::string describedText(const HDNTLibrary& library, const Setting& descriptions, const std::string& name) {
+    return withDescriptions(library, [&](ConfigBase& config) { return textOf(config.memberOf(descriptions, name)); });
 }
 
 std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names) {
-    std::string text;
-    ConfigBase& config = *library.getDescConfig();
-    HCTLock lock(config.mutex());
-    const Setting* const setting = config.find(names);
-    if (setting && setting->getType() == Setting::TypeString) text = setting->c_str();
-    lock.unlock();
-    return text;
+    return withDescriptions(library, [&](ConfigBase& config) { return textOf(config.find(names)); });
 }
 
 } // namespace hdnt::model

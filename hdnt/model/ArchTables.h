@@ -14,6 +14,10 @@ class ConfigBase;
 class HDNTBlock;
 class HDNTLibrary;
 
+namespace libconfig {
+class Setting;
+}
+
 // What the configuration files say, as the model's queries use it. Internal.
 namespace hdnt::model {
 
@@ -59,12 +63,14 @@ const CellFacts* cellFacts(const HDNTBlock& block);
 /// What a property needs to know of the block that it is finalized in; the same for all its properties.
 struct PropertyContext {
     const HDNTLibrary* library = nullptr;
-    const HDNTBlock* block = nullptr; ///< null without a library, too
-    bool described = false;           ///< whether the description configuration has an entry for the block
+    const libconfig::Setting* descriptions = nullptr; ///< of the block; null when there are none
     bool nibbleSizedHex = false;
 };
 /// The block may be null. As describedText(), if it has a library.
 PropertyContext propertyContext(const HDNTBlock* block);
+
+/// What the descriptions of a block say of a property; empty when nothing. Locks the configuration while it looks.
+std::string describedText(const HDNTLibrary& library, const libconfig::Setting& descriptions, const std::string& name);
 
 /// The text that the library's description configuration has under a name within a name, and so on; empty when there is
 /// none. Locks the configuration while it looks; may read the file on first use and then throw HEXDataException.

@@ -99,7 +99,8 @@ public:
 
     /// Pins counted bit by bit; without those of internal buses when the manager's current part does not support them.
     size_t getNumPins() const;
-    /// In order of declaration, internal pins included. Past the end: a line on standard error, and HEXAlgException
+    /// In order of declaration, internal pins included. The first question for a pin of a block makes all of them, in
+    /// any thread; they stay as long as the block. Past the end: a line on standard error, and HEXAlgException
     /// "Pin index out of range for tessel " + name.
     HDNTPin* getPin(size_t i) const;
     size_t getNumBuses() const { return buses_.size(); }

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <numeric>
 
 HDNTLibrary::HDNTLibrary(HDNTLibrary* parent) : parentLibrary_(parent) {
     setKind(HDNTNodeKind::Library);
@@ -53,13 +54,11 @@ void HDNTLibrary::init(const std::string& name, std::vector<HDNTDecl*>* decls) {
 
 void HDNTLibrary::adopt(HDNTBlock* block) {
     blocks_.push_back(block);
-    if (names_.empty()) adopted_.try_emplace(HSTStringUtils::to_upper_copy(block->getName()), block);
+    if (!isIndexed()) adopted_.add(block);
 }
 
 HDNTBlock* HDNTLibrary::getDeclaredBlock(const std::string& name) const {
-    if (!names_.empty()) return getTypeBlockByName(name, false);
-    const auto found = adopted_.find(HSTStringUtils::to_upper_copy(name));
-    return found == adopted_.end() ? nullptr : found->second;
+    return isIndexed() ? getTypeBlockByName(name, false) : adopted_.find(name).block;
 }
 
 void HDNTLibrary::addDroppedMapping(DroppedMapping mapping) {
@@ -69,32 +68,39 @@ void HDNTLibrary::addDroppedMapping(DroppedMapping mapping) {
 }
 
 void HDNTLibrary::finalize() {
-    if (!names_.empty()) return;
+    if (isIndexed()) return;
     const HUTMemWatcher watcher("HDNTLibrary::finalize", name_);
-    indexByName_.reserve(blocks_.size());
+    names_.reserve(blocks_.size());
     for (HDNTBlock* block : blocks_) index(block);
     sortNames();
-    adopted_ = {};
+    adopted_.clear();
 }
 
-// The value entered counts indexed names, not positions: after a redefinition, names lead one block back.
 void HDNTLibrary::index(HDNTBlock* block) {
-    std::string upperName = HSTStringUtils::to_upper_copy(block->getName());
-    if (const auto found = indexByName_.find(upperName); found != indexByName_.end()) {
-        const HDNTBlock* const earlier = names_[found->second].definition;
-        HDNTError::BlockRedefinitionError(block->getLocation(), earlier->getLocation(), block->getName().c_str());
-        return;
-    }
-    names_.push_back({std::move(upperName), block, names_.size()});
-    indexByName_.emplace(names_.back().upperName, names_.back().index);
-    block->finalize();
+    if (names_.add(block)) return block->finalize();
+    const HDNTBlock* const earlier = names_.find(block->getName()).block;
+    HDNTError::BlockRedefinitionError(block->getLocation(), earlier->getLocation(), block->getName().c_str());
+}
+
+// A name's position counts indexed names, not blocks: after a redefinition, names lead one block back.
+HDNTBlock* HDNTLibrary::answerOf(const hdnt::model::BlockNames::Entry& name) const {
+    return name.block && names_.blocks().size() != blocks_.size() ? blocks_[name.position] : name.block;
+}
+
+// In the order of the names in upper case, byte by byte.
+static bool precedes(std::string_view a, std::string_view b) {
+    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+        return static_cast<unsigned char>(HSTStringUtils::to_upper(x)) <
+               static_cast<unsigned char>(HSTStringUtils::to_upper(y));
+    });
 }
 
 void HDNTLibrary::sortNames() {
-    sortedNames_.reserve(names_.size());
-    for (const IndexedName& name : names_) sortedNames_.push_back(&name);
-    std::sort(sortedNames_.begin(), sortedNames_.end(),
-              [](const IndexedName* a, const IndexedName* b) { return a->upperName < b->upperName; });
+    sortedNames_.resize(names_.blocks().size());
+    std::iota(sortedNames_.begin(), sortedNames_.end(), 0U);
+    std::sort(sortedNames_.begin(), sortedNames_.end(), [this](uint32_t a, uint32_t b) {
+        return precedes(names_.blocks()[a]->getName(), names_.blocks()[b]->getName());
+    });
 }
 
 void HDNTLibrary::check() {
@@ -112,24 +118,23 @@ HDNTBlock* HDNTLibrary::getTypeBlock(size_t index) const {
 }
 
 HDNTBlock* HDNTLibrary::getTypeBlockByName(const std::string& name, bool searchParents) const {
-    const std::string upperName = HSTStringUtils::to_upper_copy(name);
-    for (const HDNTLibrary* library = this; library; library = searchParents ? library->parentLibrary_ : nullptr) {
-        const auto found = library->indexByName_.find(upperName);
-        if (found != library->indexByName_.end()) return library->blocks_[found->second];
-    }
+    for (const HDNTLibrary* library = this; library; library = searchParents ? library->parentLibrary_ : nullptr)
+        if (HDNTBlock* const block = library->answerOf(library->names_.find(name))) return block;
     return nullptr;
 }
 
 bool HDNTLibrary::getTypeBlocksBeginWith(const std::string& prefix, std::vector<HDNTBlock*>& out,
                                          bool searchParents) const {
     if (prefix.empty()) return false;
-    const std::string upperPrefix = HSTStringUtils::to_upper_copy(prefix);
-    auto name =
-        std::lower_bound(sortedNames_.begin(), sortedNames_.end(), upperPrefix,
-                         [](const IndexedName* entry, const std::string& wanted) { return entry->upperName < wanted; });
+    auto name = std::lower_bound(sortedNames_.begin(), sortedNames_.end(), prefix,
+                                 [this](uint32_t entry, const std::string& wanted) {
+                                     return precedes(names_.blocks()[entry]->getName(), wanted);
+                                 });
     bool any = false;
-    for (; name != sortedNames_.end() && (*name)->upperName.starts_with(upperPrefix); ++name) {
-        out.push_back(blocks_[(*name)->index]);
+    for (; name != sortedNames_.end(); ++name) {
+        HDNTBlock* const named = names_.blocks()[*name];
+        if (!HSTStringUtils::istarts_with(named->getName(), prefix)) break;
+        out.push_back(answerOf({named, *name}));
         any = true;
     }
     if (searchParents && parentLibrary_) any |= parentLibrary_->getTypeBlocksBeginWith(prefix, out, true);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hdnt/model/BlockNames.h"
 #include "hdnt/model/HDNTNode.h"
 #include "hdnt/platform/HATAttrObj.h"
 #include "hdnt/platform/HATAttrTypes.h"
@@ -11,7 +12,6 @@
 #include <set>
 #include <string_view>
 #include <tuple>
-#include <unordered_map>
 
 class ConfigBase;
 class HDNTBlock;
@@ -146,24 +146,19 @@ public:
     const hdnt::model::ArchTables& getArchTables() const { return *root().archTables_; }
 
 private:
-    struct IndexedName {
-        std::string upperName;
-        const HDNTBlock* definition; ///< what bears the name; a look-up answers the block at index
-        size_t index;
-    };
-
     const HDNTLibrary& root() const;
     void adopt(HDNTBlock* block);
+    bool isIndexed() const { return !names_.blocks().empty(); }
     void index(HDNTBlock* block);
     void sortNames();
+    HDNTBlock* answerOf(const hdnt::model::BlockNames::Entry& name) const;
 
     std::string name_;
     std::vector<HDNTBlock*> blocks_;
     std::vector<HDNTFunctionDecl*> functions_;
-    std::deque<IndexedName> names_;                            ///< in the order of indexing; addresses stay
-    std::unordered_map<std::string_view, size_t> indexByName_; ///< upper-cased, keys in names_
-    std::vector<const IndexedName*> sortedNames_;              ///< by upper-cased name
-    std::unordered_map<std::string, HDNTBlock*> adopted_;      ///< by upper-cased name, until they are indexed
+    hdnt::model::BlockNames names_;     ///< of finalize()
+    std::vector<uint32_t> sortedNames_; ///< positions in names_, by upper-cased name
+    hdnt::model::BlockNames adopted_;   ///< until they are indexed
     std::vector<DroppedMapping> droppedMappings_;
     std::set<std::tuple<std::string, const char*, int, int>> droppedPlaces_;
     std::deque<std::string> groupAbbrevs_;

@@ -90,7 +90,8 @@ void HDNTProperty::finalize(const hdnt::model::PropertyContext& context) {
         if (constraint)
             for (const int sourceType : {2, 12, 11, 8}) spec_.removeAllowedSourceType(sourceType);
         spec_.setReadOnly(constraint || context.library->isReadOnlyAttribute(getName()));
-        if (context.described) setDescription(*context.block);
+        if (context.descriptions)
+            setDescription(hdnt::model::describedText(*context.library, *context.descriptions, getName()));
     }
     if (getType() != Type::TypeBitHex) return;
     if (getBitWidth() % 4 != 0) nibbleSized_ = context.nibbleSizedHex;
@@ -113,8 +114,7 @@ void HDNTProperty::completeHexRange() {
     spec_.setHexRange(low, high);
 }
 
-void HDNTProperty::setDescription(const HDNTBlock& block) {
-    const std::string text = hdnt::model::describedText(*block.getLibrary(), {block.getName(), getName()});
+void HDNTProperty::setDescription(const std::string& text) {
     if (text.empty()) return;
     if (!describedByConfig_) declaredDescription_ = HSTUniqString(spec_.getDescription());
     describedByConfig_ = true;

@@ -123,7 +123,7 @@ public:
     static std::string getTypeName(HATAttrTypes::AttrType type);
 
 private:
-    void setDescription(const HDNTBlock& block);
+    void setDescription(const std::string& text);
     void completeHexRange();
 
     HATAttrSpec spec_;

@@ -18,6 +18,9 @@ public:
     Draft(const Draft&) = delete;
     ~Draft() { clear(); }
 
+    /// Forgets what was set.
+    void clear() noexcept;
+
     void setDescription(std::string_view text) { putText(Description, text); }
     void setUnit(std::string_view unit) {
         putText(UnitDefault, unit);
@@ -71,7 +74,6 @@ private:
         items_.push_back(value);
         list_ = list;
     }
-    void clear() noexcept;
 
     std::uint64_t slots_[FirstList] = {};
     std::vector<std::uint64_t> items_; ///< of the facet list_

@@ -98,12 +98,11 @@ std::string ConfigBase::fullPath(const std::string& path) const {
 }
 
 const libconfig::Setting* ConfigBase::memberOf(const libconfig::Setting& group, std::string_view name) const {
-    constexpr int large = 16;
-    if (!group.isGroup()) return nullptr;
+    constexpr int large = 32; // from here on a search costs more than a look-up with its share of the index
+    if (!group.isGroup() || !isName(name)) return nullptr; // libconfig takes a name with separators for a path
     if (group.getLength() < large) {
-        for (const libconfig::Setting& member : group)
-            if (name == member.getName()) return &member;
-        return nullptr;
+        const std::string text(name);
+        return group.exists(text) ? &group[text.c_str()] : nullptr;
     }
     const auto [entry, fresh] = index_->groups.try_emplace(&group);
     if (fresh)

@@ -43,6 +43,8 @@ public:
     /// The same for a path that is given name by name. Locks nothing and, but for the first look-up in a large group,
     /// allocates nothing; a group is not searched from its start.
     const libconfig::Setting* find(std::initializer_list<std::string_view> names) const;
+    /// The member of a setting that one of these operations handed out; null when there is none, or it is no group.
+    const libconfig::Setting* memberOf(const libconfig::Setting& group, std::string_view name) const;
     bool exists(const std::string& path) const { return lookup(path) != nullptr; }
     /// The path under which getLibConfig() holds the key; empty when it does not. The parent is not asked. The part may
     /// be null; there are no entries for single parts.
@@ -63,7 +65,6 @@ private:
     struct Index;
 
     const libconfig::Setting* findOwn(std::string_view path) const;
-    const libconfig::Setting* memberOf(const libconfig::Setting& group, std::string_view name) const;
     std::string fullPath(const std::string& path) const;
 
     ConfigBase* parent_;

@@ -2,14 +2,13 @@
 
 #include "hdnt/platform/AttrSpecDraft.h"
 #include "hdnt/platform/HEX.h"
+#include "hdnt/platform/SlabMemory.h"
 
 #include <algorithm>
 #include <bit>
 #include <cfloat>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
-#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -29,12 +28,20 @@ T decode(std::uint64_t slot) {
     else return HSTUniqString::textOf(tokenOf(slot));
 }
 
-// The capacity follows from the count, so none is stored: small arrays fill what malloc hands out anyway (an odd number
-// of words), large ones grow by a quarter.
+// The capacity follows from the count, so none is stored; large arrays grow by a quarter.
 std::size_t capacityFor(std::size_t count) {
-    if (count <= 9) return count == 0 ? 0 : count <= 3 ? 3 : count | 1U;
+    if (count <= 9) return count;
     const auto step = std::bit_width(count) - 3;
     return ((((count - 1) >> step) + 1) << step) + 1;
+}
+
+std::uint64_t* allocateSlots(std::size_t capacity) {
+    if (capacity == 0) return nullptr;
+    return static_cast<std::uint64_t*>(hdnt::platform::allocateObject(capacity * sizeof(std::uint64_t)));
+}
+
+void freeSlots(std::uint64_t* slots, std::size_t capacity) {
+    if (slots) hdnt::platform::freeObject(slots, capacity * sizeof(std::uint64_t));
 }
 
 } // namespace
@@ -68,7 +75,7 @@ HATAttrSpec::~HATAttrSpec() {
         if (has(facet)) release(slots_[indexOf(facet)]);
     if (present_ >> FirstTextList != 0)
         for (std::size_t i = listBegin(FirstTextList), end = numSlots(); i < end; ++i) release(slots_[i]);
-    std::free(slots_);
+    freeSlots(slots_, capacityFor(numSlots()));
 }
 
 std::size_t HATAttrSpec::indexOf(unsigned facet) const {
@@ -83,10 +90,10 @@ std::size_t HATAttrSpec::listBegin(unsigned list) const {
 
 void HATAttrSpec::insertSlot(std::size_t index, std::uint64_t value) {
     const std::size_t count = numSlots();
-    if (const std::size_t capacity = capacityFor(count + 1); capacity != capacityFor(count)) {
-        void* grown = std::realloc(slots_, capacity * sizeof *slots_);
-        if (!grown) throw std::bad_alloc();
-        slots_ = static_cast<std::uint64_t*>(grown);
+    if (const std::size_t capacity = capacityFor(count + 1), old = capacityFor(count); capacity != old) {
+        std::uint64_t* const grown = allocateSlots(capacity);
+        std::copy_n(slots_, count, grown);
+        freeSlots(std::exchange(slots_, grown), old);
     }
     std::memmove(slots_ + index + 1, slots_ + index, (count - index) * sizeof *slots_);
     slots_[index] = value;
@@ -189,8 +196,8 @@ void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
     if (!items_.empty()) present_ |= 1U << list_;
     if (!unit_.empty()) present_ |= 1U << UnitList;
     const std::size_t count = static_cast<std::size_t>(std::popcount(present_)) + items_.size() + !unit_.empty();
-    auto* const packed = static_cast<std::uint64_t*>(std::malloc(capacityFor(count) * sizeof *slots_));
-    if (!packed && count > 0) throw std::bad_alloc();
+    if (count == 0) return clear();
+    std::uint64_t* const packed = allocateSlots(capacityFor(count));
     std::uint64_t* next = packed;
     for (std::uint32_t rest = present_ & ((1U << FirstList) - 1); rest != 0; rest &= rest - 1)
         *next++ = slots_[std::countr_zero(rest)];
@@ -203,9 +210,9 @@ void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
     if (!unitsFirst) next = std::copy(items_.begin(), items_.end(), next);
     if (!unit_.empty()) *next++ = bitsOf(unit_.detach());
     if (unitsFirst) std::copy(items_.begin(), items_.end(), next);
-    std::free(std::exchange(spec.slots_, packed));
+    spec.slots_ = packed;
     spec.present_ = std::exchange(present_, 0);
-    items_.clear();
+    items_.clear(); // the specification has the texts now
     clear();
 }
 

@@ -14,9 +14,9 @@
 ///
 /// A library holds tens of thousands, each with three or four facets set. So an object is a name, a word of flags, a
 /// mask of the facets that are set and one packed array of just those, 8 bytes each; a facet set to what it would be
-/// anyway takes nothing. sizeof is 24; measured heap for object and array together: bool 32 bytes; int with range and
-/// default 64; double with range, default and precision, or hex with width, range and default, 80; string with default
-/// and four values 96. The texts themselves are shared in the pool.
+/// anyway takes nothing. Object and array together take for a bool 24 bytes; int with range and default 40; double with
+/// range, default and precision, or hex with width, range and default, 56; string with default and four values 72. The
+/// texts themselves are shared in the pool.
 ///
 /// Every facet may be set and read whatever the type is; facets of other types do not interfere. Setters replace, `add`
 /// operations append, in order and without looking for duplicates. Texts are stored as given and may hold NUL bytes;

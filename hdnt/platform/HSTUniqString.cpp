@@ -4,15 +4,22 @@
 #include "hdnt/platform/SpinLock.h"
 #include "hdnt/platform/TextHash.h"
 
+#include <algorithm>
 #include <array>
 #include <mutex>
 #include <vector>
 
 using hdnt::platform::textHash;
 
-void* HSTUniqString::Entry::operator new(std::size_t size) { return hdnt::platform::allocateObject(size); }
+// A cache line for each: what a look-up in a large pool costs is the lines that it touches.
+static constexpr std::size_t entryBytes = 64;
+
+void* HSTUniqString::Entry::operator new(std::size_t size) {
+    static_assert(sizeof(Entry) <= entryBytes);
+    return hdnt::platform::allocateObject(std::max(size, entryBytes));
+}
 void HSTUniqString::Entry::operator delete(void* entry, std::size_t size) noexcept {
-    hdnt::platform::freeObject(entry, size);
+    hdnt::platform::freeObject(entry, std::max(size, entryBytes));
 }
 
 // Shards keep threads apart. An entry's count falls from one to zero only under its shard's lock, where look-ups raise

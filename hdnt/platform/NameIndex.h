@@ -14,7 +14,9 @@ public:
     struct Entry {
         std::uint32_t hash;
         std::uint32_t position;
-        auto operator<=>(const Entry&) const = default;
+        bool operator<(const Entry& other) const {
+            return hash != other.hash ? hash < other.hash : position < other.position;
+        }
     };
 
     /// `hashOfItem` gives the hash of the item at a position.

@@ -28,14 +28,15 @@ constexpr std::size_t greatestSize = 512;
 
 // Slabs are aligned to their size, so that an object's address leads to its slab.
 constexpr std::size_t slabBytes = std::size_t{1} << 18;
-// Sizes are rounded up to this. A type that needs an alignment of 16 has a size that is a multiple of 16.
+// Sizes are rounded up to this. What needs an alignment of 16, or wants a cache line of its own, has a size that is a
+// multiple of that.
 constexpr std::size_t granule = 8;
 
 struct FreeObject {
     FreeObject* next;
 };
 
-struct alignas(16) Slab {
+struct alignas(64) Slab {
     Slab* next = nullptr;
     Slab* previous = nullptr;
     FreeObject* freed = nullptr;                      ///< objects that were used before
@@ -59,14 +60,18 @@ struct alignas(16) Slab {
     }
 };
 
-// The system gives pages, so a range of twice the size is asked for and what stands over at both ends given back.
-Slab* newSlab() {
+// One page fault at a time costs more than a page's worth of objects; a size in demand gets all pages of a slab at
+// once. The system gives pages, so a range of twice the size is asked for and what stands over at both ends given back.
+Slab* newSlab(bool inDemand) {
     void* const range = mmap(nullptr, 2 * slabBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (range == MAP_FAILED) throw std::bad_alloc();
     char* const begin = static_cast<char*>(range);
     const std::size_t before = -reinterpret_cast<std::uintptr_t>(begin) & (slabBytes - 1);
     if (before > 0) munmap(begin, before);
     munmap(begin + before + slabBytes, slabBytes - before);
+#ifdef MADV_POPULATE_WRITE
+    if (inDemand) madvise(begin + before, slabBytes, MADV_POPULATE_WRITE);
+#endif
     return new (begin + before) Slab;
 }
 
@@ -75,7 +80,10 @@ class Slabs {
 public:
     void* allocate(std::size_t size) {
         const std::lock_guard lock(lock_);
-        if (!first_) link(newSlab());
+        if (!first_) {
+            link(newSlab(slabs_ > 0));
+            ++slabs_;
+        }
         Slab* const slab = first_;
         void* const object = slab->take(size);
         if (slab->isFull(size)) unlink(slab);
@@ -89,6 +97,7 @@ public:
         slab->put(object);
         if (slab->objects > 0 || (slab == first_ && !slab->next)) return;
         unlink(slab);
+        --slabs_;
         munmap(slab, slabBytes);
     }
 
@@ -105,6 +114,7 @@ private:
 
     SpinLock lock_;
     Slab* first_ = nullptr;
+    std::size_t slabs_ = 0; ///< full ones included
 };
 
 // Constant-initialised and never destroyed: objects may be deleted while the process exits.

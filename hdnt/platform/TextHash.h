@@ -61,7 +61,25 @@ inline std::uint64_t textHash(std::string_view text) {
     return hashOf(text, [](std::uint64_t bytes) { return bytes; });
 }
 
-/// The same for texts that differ in the case of ASCII letters alone.
+/// Whether two texts are the same but for the case of ASCII letters.
+inline bool equalCaseless(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    const auto same = [&](std::size_t at, std::size_t count) {
+        std::uint64_t x = 0;
+        std::uint64_t y = 0;
+        std::memcpy(&x, a.data() + at, count);
+        std::memcpy(&y, b.data() + at, count);
+        return upperCased(x) == upperCased(y);
+    };
+    constexpr std::size_t step = sizeof(std::uint64_t);
+    std::size_t at = 0;
+    for (; a.size() - at >= step; at += step)
+        if (!same(at, step)) return false;
+    if (at == a.size()) return true;
+    return a.size() >= step ? same(a.size() - step, step) : same(0, a.size());
+}
+
+/// The same hash for texts that differ in the case of ASCII letters alone.
 inline std::uint64_t caselessHash(std::string_view text) { return hashOf(text, upperCased); }
 
 } // namespace hdnt::platform

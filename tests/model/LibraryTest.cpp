@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 using support::loaded;
 using support::parsed;
 using support::Reports;
@@ -55,6 +57,40 @@ TEST(Library, BlocksThatBeginWith) {
         EXPECT_EQ(foundNames, names) << prefix;
     }
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+static size_t residentKiB() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("VmRSS:")) return std::stoul(line.substr(6));
+    return 0;
+}
+
+// Hosts live for days: what a dropped library used serves the next one or goes back to the system.
+TEST(Library, DroppedOnesLeaveNoMemoryBehind) {
+    std::string text = "library \"L\" {\n";
+    for (int block = 0; block < 200; ++block) {
+        text += "block \"CELL_" + std::to_string(block) + "\" {\n";
+        for (int i = 0; i < 10; ++i)
+            text += "pin \"D" + std::to_string(i) + "[63:0]\" input; property int \"N" + std::to_string(i) +
+                    "\" { min = 1, max = 4, default = 2 }\n";
+        text += "}\n";
+    }
+    text += "}";
+    const auto loadAndDrop = [&] {
+        const auto library = loaded(text);
+        for (size_t i = 0; i < library->getNumTypeBlocks(false); ++i)
+            EXPECT_EQ(library->getTypeBlock(i)->getPin(63)->getBitIndex(), 0);
+        NtlFreeScannerMem();
+        return residentKiB();
+    };
+    const size_t held = loadAndDrop();
+    const size_t dropped = residentKiB();
+    EXPECT_LT(dropped + 4096, held) << "objects stay with the process";
+    for (int i = 0; i < 10; ++i) loadAndDrop();
+    EXPECT_LT(residentKiB(), dropped + 2048) << "each load takes more";
+}
+#endif
 
 TEST(Library, FindsNothingBeforeFinalize) {
     const auto library = parsed(libraryOf({"ADD"}));

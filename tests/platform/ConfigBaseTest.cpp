@@ -50,6 +50,29 @@ TEST_F(Config, LooksUpPathsAndNeverThrowsForNames) {
     EXPECT_FALSE(ConfigBase::isValidName("A.B") || ConfigBase::isValidName("_A") || ConfigBase::isValidName(""));
 }
 
+// Small groups are searched, large ones indexed; nothing but the time may differ.
+TEST_F(Config, FindsMembersOfGroupsOfAnySize) {
+    for (const int size : {1, 31, 32, 33, 500}) {
+        std::string text = "ALL = {\n";
+        for (int i = 0; i < size; ++i) text += "M" + std::to_string(i) + " = { N = " + std::to_string(i) + "; };\n";
+        dir.write("app.cfg", text + "};");
+        ConfigBase config;
+        for (int again = 0; again < 2; ++again) {
+            config.readFile("app.cfg");
+            for (int i = 0; i < size; ++i) {
+                const std::string name = "M" + std::to_string(i);
+                const libconfig::Setting* const found = config.find({"ALL", name, "N"});
+                ASSERT_NE(found, nullptr) << size << ' ' << name;
+                EXPECT_EQ(static_cast<int>(*found), i);
+                EXPECT_EQ(config.lookup("ALL." + name + ".N"), found);
+                EXPECT_EQ(config.memberOf(*config.find({"ALL", name}), "N"), found);
+            }
+            for (const char* name : {"m0", "M", "M00", "M0.N", ""})
+                EXPECT_EQ(config.find({"ALL", name}), nullptr) << size << ' ' << name;
+        }
+    }
+}
+
 TEST_F(Config, FindsFilesInOrderAndTakesAMissingOneAsEmpty) {
     TempDir second;
     dir.write("both.cfg", "which = 1;");

@@ -6,6 +6,7 @@
 #include "hdnt/platform/HUTConvert.h"
 #include "hdnt/platform/HUTFile.h"
 #include "hdnt/platform/HUTMemWatcher.h"
+#include "hdnt/platform/TextHash.h"
 #include "tests/platform/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -16,6 +17,10 @@
 #include <vector>
 
 namespace {
+
+using hdnt::platform::caselessHash;
+using hdnt::platform::equalCaseless;
+using hdnt::platform::textHash;
 
 TEST(HUTConvert, FitsDigitsToTheWidth) {
     struct Case {
@@ -69,6 +74,25 @@ TEST(HSTStringUtils, FoldsAsciiOnly) {
     EXPECT_LT(HSTStrUtils::compareCI("ab", "ABC"), 0);
     EXPECT_GT(HSTStrUtils::compareCI("\xff", "z"), 0);
     EXPECT_LT(HSTStrUtils::compareCI("_", "A"), 0);
+}
+
+// Tables of names rest on these; every length meets another way through eight bytes at a time.
+TEST(TextHash, FoldsWhatIequalsFolds) {
+    std::string text;
+    for (size_t length = 0; length < 40; ++length, text += static_cast<char>('a' + length % 26)) {
+        for (size_t at = 0; at <= length && at < text.size(); ++at) {
+            for (int c = 0; c < 256; ++c) {
+                std::string other = text;
+                other[at] = static_cast<char>(c);
+                const bool same = HSTStringUtils::iequals(text, other);
+                EXPECT_EQ(equalCaseless(text, other), same) << text << ' ' << at << ' ' << c;
+                EXPECT_EQ(caselessHash(text) == caselessHash(other), same) << text << ' ' << at << ' ' << c;
+                EXPECT_EQ(textHash(text) == textHash(other), text == other) << text << ' ' << at << ' ' << c;
+            }
+        }
+        EXPECT_FALSE(equalCaseless(text, text + 'x'));
+        EXPECT_NE(caselessHash(text), caselessHash(text + '\0'));
+    }
 }
 
 TEST(HSTUniqString, SharesOneCopyUntilTheLastHandleGoes) {
