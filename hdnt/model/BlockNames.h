@@ -12,8 +12,8 @@ class HDNTBlock;
 
 namespace hdnt::model {
 
-/// Blocks by name, case aside, the first of each name. A look-up allocates nothing; it reads a slot and a name, which
-/// stand close together whatever lies between the blocks.
+/// Blocks by name, case aside, the first of each name. A look-up allocates nothing; it reads a slot and a name, and
+/// names stand close together wherever the blocks are.
 class HDNT_API BlockNames {
 public:
     struct Entry {
@@ -42,8 +42,7 @@ private:
     std::string_view nameAt(std::size_t offset) const;
     void resize(std::size_t slots);
 
-    std::vector<Slot>
-        slots_; ///< a power of two, at least twice as many as blocks; a name stands behind its hash's slot
+    std::vector<Slot> slots_; ///< a power of two, twice as many as blocks or more; a name is sought from its hash on
     std::vector<HDNTBlock*> blocks_;
     std::string names_; ///< of the blocks, end to end, each behind its length
 };

@@ -48,6 +48,7 @@ public:
     HDNTBlock* getTypeBlock() const;
     /// The first signal of exactly that name; null when there is none.
     HDNTSignal* getSignal(std::string name) const;
+    /// The same without a copy of the name.
     HDNTSignal* findSignal(std::string_view name) const;
     /// Name of the first instance at the top level; without one, of the instance that the statements lead to. Empty
     /// when there is none.

@@ -40,8 +40,8 @@ public:
 
     /// Null when there is no such setting. The settings belong to this object, or to the parent.
     const libconfig::Setting* lookup(const std::string& path) const;
-    /// The same for a path that is given name by name. Locks nothing and, but for the first look-up in a large group,
-    /// allocates nothing; a group is not searched from its start.
+    /// The same for a path that is given name by name. A large group is indexed at the first look-up in it; only small
+    /// ones are searched from their start.
     const libconfig::Setting* find(std::initializer_list<std::string_view> names) const;
     /// The member of a setting that one of these operations handed out; null when there is none, or it is no group.
     const libconfig::Setting* memberOf(const libconfig::Setting& group, std::string_view name) const;

@@ -212,7 +212,7 @@ void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
     if (unitsFirst) std::copy(items_.begin(), items_.end(), next);
     spec.slots_ = packed;
     spec.present_ = std::exchange(present_, 0);
-    items_.clear(); // the specification has the texts now
+    items_.clear(); // their texts belong to the attribute now
     clear();
 }
 

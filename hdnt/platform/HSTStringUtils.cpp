@@ -1,5 +1,7 @@
 #include "hdnt/platform/HSTStringUtils.h"
 
+#include "hdnt/platform/TextHash.h"
+
 #include <algorithm>
 
 void HSTStringUtils::to_upper(std::string& text) noexcept {
@@ -27,8 +29,7 @@ bool HSTStringUtils::istarts_with(std::string_view text, std::string_view prefix
 }
 
 bool HSTStringUtils::iequals(std::string_view a, std::string_view b) noexcept {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return to_lower(x) == to_lower(y); });
+    return hdnt::platform::equalCaseless(a, b);
 }
 
 int HSTStrUtils::compareCI(std::string_view a, std::string_view b) noexcept {
