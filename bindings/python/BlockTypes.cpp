@@ -1,6 +1,8 @@
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
+#include "bindings/shared/PropertyFacts.h"
+#include "bindings/shared/Words.h"
 #include "hdnt/manager/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
@@ -35,10 +37,8 @@ Word typeOfPin(HDNT_PIN_TYPE type) {
 }
 
 Word requiredOf(HDNT_PIN_REQUIREDVALUE value) {
-    static const std::array<const char*, 7> names = {nullptr,   "active",     "mustConnect", "tieLow",
-                                                     "tieHigh", "tieSpecial", "untie"};
     static std::array<PyObject*, 7> words{};
-    const char* const name = names.at(static_cast<size_t>(value));
+    const char* const name = scripts::requiredWord(value);
     return name ? wordOf(words, value, [&] { return name; }) : Word{nullptr};
 }
 
@@ -84,7 +84,7 @@ PyGetSetDef pinFields[] = {
     field<function<HDNTPin>>("function", "Its function by the configuration; None when there is none."),
     field<&HDNTPin::isTest>("is_test", "Whether it has the test flag."),
     field<&HDNTPin::isAbstract>("is_abstract", "Whether it is declared abstract."),
-    {"properties", viewOf<pinProperties>, nullptr, "The properties of its bus.", nullptr},
+    {"properties", viewOf<scripts::pinProperties>, nullptr, "The properties of its bus.", nullptr},
     noMoreFields};
 
 PyGetSetDef busFields[] = {
@@ -99,15 +99,13 @@ PyGetSetDef busFields[] = {
     field<function<HDNTBus>>("function", "Its function by the configuration; None when there is none."),
     field<&HDNTBus::isTest>("is_test", "Whether it has the test flag."),
     field<&HDNTBus::isAbstract>("is_abstract", "Whether it is declared abstract."),
-    {"pins", viewOf<busPins>, nullptr, "Its pins, in the order of the range.", nullptr},
-    {"properties", viewOf<busProperties>, nullptr, "The properties that it declares.", nullptr},
+    {"pins", viewOf<scripts::busPins>, nullptr, "Its pins, in the order of the range.", nullptr},
+    {"properties", viewOf<scripts::busProperties>, nullptr, "The properties that it declares.", nullptr},
     noMoreFields};
 
 Word maturity(HDNTBlock& block) {
-    static const std::array<const char*, 4> names = {"early", "beta", "production", "deprecated"};
     static std::array<PyObject*, 4> words{};
-    return wordOf(words, block.getMaturityLevel(),
-                  [&] { return names.at(static_cast<size_t>(block.getMaturityLevel())); });
+    return wordOf(words, block.getMaturityLevel(), [&] { return scripts::maturityWord(block.getMaturityLevel()); });
 }
 int cellview(HDNTBlock& block) { return static_cast<int>(block.getType()); }
 bool isRegistered(HDNTBlock& block) { return block.getType() < HDNTCellviewLib::UNKNOWN; }
@@ -144,10 +142,10 @@ PyObject* netlist(PyObject* self, void*) noexcept {
 
 PyGetSetDef blockFields[] = {
     field<&HDNTBlock::getName>("name", "Its name, as declared."),
-    {"pins", viewOf<blockPins>, nullptr,
+    {"pins", viewOf<scripts::blockPins>, nullptr,
      "Its pins bit by bit, also asked by name; without internal ones where the part does not support them.", nullptr},
-    {"buses", viewOf<blockBuses>, nullptr, "Its pin declarations, also asked by name.", nullptr},
-    {"properties", viewOf<blockProperties>, nullptr, "Its properties, also asked by name.", nullptr},
+    {"buses", viewOf<scripts::blockBuses>, nullptr, "Its pin declarations, also asked by name.", nullptr},
+    {"properties", viewOf<scripts::blockProperties>, nullptr, "Its properties, also asked by name.", nullptr},
     {"netlist", netlist, nullptr, "Its mapping; None when there is none.", nullptr},
     field<&HDNTBlock::hasOwnNetlist>("has_own_netlist", "Whether its mapping stands in the library's own text."),
     field<&HDNTBlock::getNetlistKind>("netlist_kind", "Where its mapping comes from, as a number; 101 for none."),
@@ -214,7 +212,7 @@ py::dict propertyDict(const py::object& self) {
     for (size_t i = 0; i < block.getNumProperties(); ++i) {
         const HDNTProperty& property = *block.getProperty(i);
         const py::object name = textObject(property.getName());
-        const py::object value = object(defaultOf(property));
+        const py::object value = object(scripts::defaultOf(property, anyToPython));
         if (PyDict_SetItem(dict.ptr(), name.ptr(), value.ptr()) < 0) throw py::error_already_set();
     }
     return dict;

@@ -47,6 +47,7 @@ inline PyObject* toPython(bool value) { return PyBool_FromLong(value ? 1 : 0); }
 inline PyObject* toPython(double value) { return PyFloat_FromDouble(value); }
 inline PyObject* toPython(py::object value) { return value.release().ptr(); }
 PyObject* toPython(const yyltype& location);
+inline PyObject* toPython(std::nullptr_t) { return Py_NewRef(Py_None); }
 
 template <std::integral Number>
 requires(!std::same_as<Number, bool>) PyObject* toPython(Number value) {
@@ -60,6 +61,8 @@ PyObject* toPython(const std::vector<Item>& items) {
         PyTuple_SET_ITEM(tuple.ptr(), static_cast<Py_ssize_t>(i), toPython(items[i]));
     return tuple.release().ptr();
 }
+
+inline constexpr auto anyToPython = [](const auto& value) -> PyObject* { return toPython(value); };
 
 inline py::object textObject(std::string_view text) { return py::reinterpret_steal<py::object>(toPython(text)); }
 py::object orNone(std::string_view text);

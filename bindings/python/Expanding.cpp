@@ -3,11 +3,11 @@
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
+#include "bindings/shared/Words.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTExpansion.h"
 
-#include <array>
 #include <climits>
 
 namespace hdnt::python {
@@ -66,10 +66,9 @@ private:
                                              index(instance.level), origin(instance.origin));
     }
     py::object level(const Expansion::Level& level) {
-        static const std::array<const char*, 4> sections = {"mapsto", "expandsto", "modifiedby", "retargetsto"};
         return dataClass("Level")(
-            block(level.block), textObject(level.path), sections.at(static_cast<size_t>(level.section)),
-            index(level.outer), place(level.location),
+            block(level.block), textObject(level.path), scripts::sectionWord(level.section), index(level.outer),
+            place(level.location),
             list(level.branches, [&](const auto& b) { return dataClass("Branch")(b.taken, origin(b.origin)); }),
             list(level.instances, [&](const auto& item) { return instance(item); }),
             list(level.signals,

@@ -1,13 +1,11 @@
 #include "bindings/python/Functions.h"
 #include "bindings/python/LoadSection.h"
-#include "bindings/python/Text.h"
 #include "bindings/python/Types.h"
+#include "bindings/shared/Text.h"
+#include "bindings/shared/Words.h"
 #include "hdnt/netlist/HDNTCompoundExpr.h"
 #include "hdnt/netlist/HDNTFunctionCall.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
-#include "hdnt/writer/HDNTPrintVisitor.h"
-
-#include <array>
 
 namespace hdnt::python {
 
@@ -28,11 +26,7 @@ PyGetSetDef callFields[] = {
     field<&HDNTFunctionCall::isStatement>("is_statement", "Whether it stands as a statement."),
     field<&HDNTFunctionCall::getDecl>("declaration", "The declaration; None when there is none."), noMoreFields};
 
-const char* sign(HDNTCompoundExpr& expression) {
-    static const std::array<const char*, 15> signs = {"+", "-", "-", "*",  "/",  "%",  "&&", "||",
-                                                      "!", ">", "<", "<=", ">=", "!=", "=="};
-    return signs.at(expression.op());
-}
+const char* sign(HDNTCompoundExpr& expression) { return scripts::operatorWord(expression.op()); }
 PyGetSetDef operationFields[] = {
     field<sign>("operator", "As it is written: \"+\", \"&&\" and so on."),
     field<&HDNTCompoundExpr::lhs>("left", "The left operand; None for an operator of one operand."),
@@ -41,11 +35,7 @@ PyGetSetDef operationFields[] = {
 PyObject* textOfExpression(PyObject* self) noexcept {
     return guarded([&] {
         const Use use(self);
-        return toPython(written([&](FILE* stream) {
-            HDNTPrintVisitor visitor(stream);
-            use.as<HDNTExpr>().accept(visitor);
-            visitor.print();
-        }));
+        return toPython(scripts::textOf(use.as<HDNTExpr>()));
     });
 }
 

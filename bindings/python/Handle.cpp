@@ -46,13 +46,11 @@ PyTypeObject* typeOf(HDNTNodeKind kind) {
 }
 void setType(HDNTNodeKind kind, PyTypeObject* type) { types[static_cast<size_t>(kind)] = type; }
 
-static Handle* parentOf(const Handle* library) { return reinterpret_cast<Handle*>(library->state->parent); }
+static Handle* parentOf(const Handle* library) { return reinterpret_cast<Handle*>(library->state->parentObject); }
 
 bool isDead(const Handle* handle) {
-    if (!handle->native.node()) return true;
-    for (const Handle* library = handle->library ? handle->library : handle; library; library = parentOf(library))
-        if (library->state->closed || !library->native.node()) return true;
-    return false;
+    const Handle* const library = handle->library ? handle->library : handle;
+    return !handle->native.node() || library->state->isGone();
 }
 
 Use::Use(Handle* handle) : library_(handle->library ? handle->library : handle) {
@@ -61,13 +59,11 @@ Use::Use(Handle* handle) : library_(handle->library ? handle->library : handle) 
     if (isDead(handle))
         throw Gone("the library of this " + std::string(Py_TYPE(handle)->tp_name).substr(5) +
                    " was closed, or the object was replaced");
-    for (Handle* library = library_; library; library = parentOf(library)) ++library->state->running;
+    library_->state->begin();
     Py_INCREF(library_);
 }
 
-static void deleteOwned(Handle* library) {
-    if (!library->state->owned) return;
-    std::unique_ptr<HDNTLibrary> last = std::move(library->state->owned);
+static void deleteOwned(std::unique_ptr<HDNTLibrary> last) {
     if (isEnding() && !LoadSection::isFree()) { // by a thread that will never go on
         last.release();                         // NOLINT(bugprone-unused-return-value): the process ends, too
         return;
@@ -79,12 +75,11 @@ static void deleteOwned(Handle* library) {
 Use::~Use() {
     const bool failing = PyErr_Occurred() != nullptr;
     PyObject *type = nullptr, *value = nullptr, *trace = nullptr;
-    for (Handle* library = library_; library; library = parentOf(library)) {
-        if (--library->state->running > 0 || !library->state->closed || !library->state->owned) continue;
+    library_->state->end([&](std::unique_ptr<HDNTLibrary> last) {
         if (failing) PyErr_Fetch(&type, &value, &trace);
-        deleteOwned(library);
+        deleteOwned(std::move(last));
         if (failing) PyErr_Restore(type, value, trace);
-    }
+    });
     Py_DECREF(library_);
 }
 
@@ -111,9 +106,9 @@ PyObject* wrapLibrary(HDNTLibrary& library, std::unique_ptr<HDNTLibrary> owned) 
     HDNTLibrary* const below = library.getParentLibrary();
     const py::object parent = below ? py::reinterpret_steal<py::object>(wrapLibrary(*below)) : py::object();
     Handle* const handle = create(library);
-    handle->state = new LibraryState;
+    handle->state = new LibraryState(handle->native, parent ? reinterpret_cast<Handle*>(parent.ptr())->state : nullptr);
     handle->state->owned = std::move(owned);
-    handle->state->parent = parent.inc_ref().ptr();
+    handle->state->parentObject = parent.inc_ref().ptr();
     handle->state->warnings = py::tuple();
     libraries().insert(handle);
     return reinterpret_cast<PyObject*>(handle);
@@ -146,8 +141,8 @@ static void release(PyObject* self) {
         libraries().erase(handle);
         PyObject *errorType = nullptr, *value = nullptr, *trace = nullptr;
         PyErr_Fetch(&errorType, &value, &trace);
-        deleteOwned(handle);
-        Py_XDECREF(handle->state->parent);
+        if (handle->state->owned) deleteOwned(std::move(handle->state->owned));
+        Py_XDECREF(handle->state->parentObject);
         delete handle->state;
         PyErr_Restore(errorType, value, trace);
     }
@@ -157,10 +152,7 @@ static void release(PyObject* self) {
     Py_DECREF(type);
 }
 
-void closeLibrary(Handle* library) {
-    library->state->closed = true;
-    if (library->state->running == 0) deleteOwned(library);
-}
+void closeLibrary(Handle* library) { library->state->close(deleteOwned); }
 
 bool closeManagedLibraries() {
     for (const Handle* library : libraries())

@@ -1,12 +1,10 @@
 #pragma once
 
-#include "bindings/cache/native_cache.h"
-#include "hdnt/model/HDNTLibrary.h"
+#include "bindings/shared/OpenLibrary.h"
 
 #include <pybind11/pybind11.h>
 
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -14,14 +12,14 @@ namespace hdnt::python {
 
 namespace py = pybind11;
 
-/// What a Python library object is beyond its handle. All of it belongs to whoever holds the interpreter lock.
-struct LibraryState {
-    std::unique_ptr<HDNTLibrary> owned; ///< null for a library of the manager
-    PyObject* parent = nullptr;         ///< Python object of the parent library, or null
+using scripts::Gone;
+
+/// What a Python library object is beyond its handle.
+struct LibraryState : scripts::OpenLibrary {
+    using OpenLibrary::OpenLibrary;
+    PyObject* parentObject = nullptr; ///< Python object of the parent library, or null
     std::string path;
     py::object warnings; ///< tuple of diagnostics
-    bool closed = false;
-    unsigned running = 0; ///< operations that use the library or one built over it
 };
 
 /// Every Python object that stands for a model object. Those of a library keep its Python object alive, and so the
@@ -32,12 +30,6 @@ struct Handle {
     LibraryState* state; ///< null in anything but a library
     HDNTNodeKind kind;
     PyObject* weakReferences;
-};
-
-/// Use of a handle whose object is gone.
-class Gone : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
 };
 
 /// Keeps a handle's library from being deleted by a script while an operation is under way, also when that gives up the

@@ -7,12 +7,10 @@
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/platform/HPAParamMgr.h"
 
-#include <dlfcn.h>
 #include <pybind11/stl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <optional>
 
 namespace hdnt::python {
@@ -26,7 +24,7 @@ py::object object(PyObject* reference) { return py::reinterpret_steal<py::object
 PyObject* parent(PyObject* self, void*) noexcept {
     return guarded([&] {
         const Use use(self);
-        PyObject* const above = use.library()->state->parent;
+        PyObject* const above = use.library()->state->parentObject;
         return Py_NewRef(above ? above : Py_None);
     });
 }
@@ -67,8 +65,9 @@ PyGetSetDef fields[] = {
      "What it was loaded from; None for libraries that the manager found. Needs no live library.", nullptr},
     {"warnings", warnings, nullptr, "Tuple of what was said while it was loaded. Needs no live library.", nullptr},
     {"closed", isClosed, nullptr, "Whether it is gone.", nullptr},
-    {"blocks", viewOf<ownBlocks>, nullptr, "Its own blocks, as a sequence that is also asked by name.", nullptr},
-    {"all_blocks", viewOf<allBlocks>, nullptr, "Its own blocks, then those of its parents.", nullptr},
+    {"blocks", viewOf<scripts::ownBlocks>, nullptr, "Its own blocks, as a sequence that is also asked by name.",
+     nullptr},
+    {"all_blocks", viewOf<scripts::allBlocks>, nullptr, "Its own blocks, then those of its parents.", nullptr},
     {"functions", functions, nullptr, "Tuple of its own function declarations.", nullptr},
     field<droppedMappings>("dropped_mappings", "Mappings whose block was not found: (block name, reason, Location)."),
     noMoreFields};
@@ -143,28 +142,6 @@ std::string pathOf(const py::object& path) {
     throw py::error_already_set();
 }
 
-/// The parameter that makes a load check what it loaded, on for as long as the object lives.
-class Diagnostics {
-public:
-    explicit Diagnostics(bool wanted) : turnedOn_(wanted && !parameters().getValueAsBool(name)) {
-        if (turnedOn_) parameters().setValueAsBool(name, true);
-    }
-    // The parameter may be off because the host says so, or because nobody says anything.
-    ~Diagnostics() {
-        if (!turnedOn_) return;
-        HDNTLibraryMgr::m_diagnostics = false;
-        parameters().unset(name);
-        if (parameters().getValueAsBool(name)) parameters().setValueAsBool(name, false);
-    }
-    Diagnostics(const Diagnostics&) = delete;
-
-private:
-    static constexpr const char* name = "ntl.enableDiagnostics";
-    static HPAParamMgr& parameters() { return *HPAParamMgr::getParamMgr(); }
-
-    bool turnedOn_;
-};
-
 py::object load(const py::object& from, const py::object& above, bool check) {
     const std::string path = pathOf(from);
     std::optional<Use> parentUse;
@@ -173,12 +150,7 @@ py::object load(const py::object& from, const py::object& above, bool check) {
     std::vector<Said> notices;
     inSection(
         above.is_none() ? LoadSection::Quiet : LoadSection::Changes, path,
-        [&] {
-            const Diagnostics diagnostics(check);
-            HDNTLibraryMgr& manager = *HDNTLibraryMgr::getLibraryMgr();
-            library = manager.giveAway(manager.loadLibrary(path, parentUse ? &libraryOf(*parentUse) : nullptr));
-        },
-        &notices);
+        [&] { library = scripts::loadFrom(path, parentUse ? &libraryOf(*parentUse) : nullptr, check); }, &notices);
     HDNTLibrary& loaded = *library;
     py::object result = object(wrapLibrary(loaded, std::move(library)));
     LibraryState& state = *libraryAt(result)->state;
@@ -211,14 +183,6 @@ void releaseManaged() {
         if (released) HDNTLibraryMgr::releaseLibraries();
     }
     if (!released) throw std::runtime_error("a library of the manager is in use by an operation that is under way");
-}
-
-// Seen from the library, since the package may stand elsewhere.
-std::string toolPath() {
-    Dl_info info{};
-    if (!dladdr(reinterpret_cast<const void*>(&HDNTLibraryMgr::getLibraryMgr), &info) || !info.dli_fname) return "";
-    const std::filesystem::path library = std::filesystem::absolute(info.dli_fname);
-    return (library.parent_path() / HDNT_BIN_RELDIR / "ntl").lexically_normal().string();
 }
 
 PyType_Slot slot(int id, void* function) { return {id, function}; }
@@ -267,7 +231,7 @@ void addFunctions(py::module_& module) {
     module.def(
         "live_handles", [] { return wpx::pyinfra::py_native_cache::all().size(); },
         "How many Python objects stand for model objects now.");
-    module.def("_tool", toolPath, "Where the command-line tool is that was built with the library.");
+    module.def("_tool", scripts::toolPath, "Where the command-line tool is that was built with the library.");
 }
 
 } // namespace

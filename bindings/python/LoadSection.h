@@ -1,12 +1,10 @@
 #pragma once
 
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/platform/HEX.h"
+#include "bindings/shared/LoadSection.h"
 
 #include <pybind11/pybind11.h>
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -14,51 +12,17 @@ namespace hdnt::python {
 
 namespace py = pybind11;
 
-/// A report or notice, taken without the interpreter lock.
-struct Said {
-    bool isError;
-    const char* code; ///< as `ntl check` has it, or "error"
-    std::string file;
-    int line;
-    int column;
-    int lastColumn;
-    std::string message;
-    std::string detail;
-    std::string text; ///< the source line
-};
+using scripts::LoadFailure;
+using scripts::Said;
 
-/// The time in which this thread has the library's loading side to itself: the interpreter lock is given up, then the
-/// load lock is taken. Errors are counted from 0, kept and not printed, and at the end the count is what it was before.
-///
-/// In a section of the same thread another one changes nothing about locks, so callbacks may load, too. To call back
-/// into Python, take an InterpreterLock.
-class LoadSection : private HDNTErrorListener {
+/// The interpreter lock, as sections give it up.
+scripts::ScriptLock& interpreterLock();
+
+/// To call back into Python from a section, take an InterpreterLock.
+class LoadSection : public scripts::LoadSection {
 public:
-    /// What can happen to mappings of other libraries meanwhile: nothing, or they may be replaced.
-    enum Kind { Quiet, Changes };
-
-    explicit LoadSection(Kind kind);
-    ~LoadSection() override;
-    LoadSection(const LoadSection&) = delete;
-    LoadSection& operator=(const LoadSection&) = delete;
-
-    int errors() const { return HDNTError::numErrors; }
-    std::vector<Said> takeSaid() { return std::move(said_); }
-
-    /// Whether a section could begin at once. Other threads may change that.
-    static bool isFree();
-    /// Returns when no other thread is in a section that changes mappings. With the interpreter lock.
-    static void waitForChanges();
-
-private:
-    bool report(const HDNTReport& report) override;
-    void notice(const HDNTNotice& notice) override;
-
-    Kind kind_;
-    PyThreadState* thread_ = nullptr;
-    int countBefore_ = 0;
-    HDNTErrorListener* listenerBefore_ = nullptr;
-    std::vector<Said> said_;
+    explicit LoadSection(Kind kind) : scripts::LoadSection(kind, interpreterLock()) {}
+    static void waitForChanges() { scripts::LoadSection::waitForChanges(interpreterLock()); }
 };
 
 /// Takes the interpreter lock in a section, to call back into Python.
@@ -79,38 +43,10 @@ bool isEnding();
 /// Once, from the thread that ends the interpreter, before it does.
 void beginEnd();
 
-/// A load, or something that may load, failed.
-class LoadFailure : public std::runtime_error {
-public:
-    LoadFailure(std::string path, const std::string& reason, std::vector<Said> said)
-        : std::runtime_error(reason), path_(std::move(path)), said_(std::move(said)) {}
-    const std::string& path() const { return path_; }
-    const std::vector<Said>& said() const { return said_; }
-
-private:
-    std::string path_;
-    std::vector<Said> said_;
-};
-
 /// Runs something in a section. What the library throws, and errors in a text, become a LoadFailure that says `of`.
 template <typename Work>
 void inSection(LoadSection::Kind kind, const std::string& of, Work&& work, std::vector<Said>* notices = nullptr) {
-    std::string reason;
-    std::vector<Said> said;
-    bool failed = false;
-    {
-        LoadSection section(kind);
-        try {
-            work();
-            failed = section.errors() > 0;
-        } catch (const HEXAll& error) {
-            failed = true;
-            reason = error.what();
-        }
-        said = section.takeSaid();
-    }
-    if (failed) throw LoadFailure(of, reason, std::move(said));
-    if (notices) *notices = std::move(said);
+    scripts::inSection(interpreterLock(), kind, of, std::forward<Work>(work), notices);
 }
 
 /// Tuple of hdnt.Diagnostic.

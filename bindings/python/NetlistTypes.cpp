@@ -1,6 +1,7 @@
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
+#include "bindings/shared/Words.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTAssignProperty.h"
 #include "hdnt/netlist/HDNTBlockInst.h"
@@ -11,16 +12,11 @@
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
 
-#include <array>
-
 namespace hdnt::python {
 
 namespace {
 
-const char* section(HDNTNetlist& netlist) {
-    static const std::array<const char*, 4> names = {"mapsto", "expandsto", "modifiedby", "retargetsto"};
-    return names.at(static_cast<size_t>(netlist.section()));
-}
+const char* section(HDNTNetlist& netlist) { return scripts::sectionWord(netlist.section()); }
 OrNone referencedInstance(HDNTNetlist& netlist) { return {netlist.getReferencedInstanceName()}; }
 
 PyGetSetDef netlistFields[] = {

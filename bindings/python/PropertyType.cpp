@@ -1,10 +1,10 @@
 #include "bindings/python/Convert.h"
 #include "bindings/python/Types.h"
+#include "bindings/shared/PropertyFacts.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
 
 #include <array>
-#include <cfloat>
 #include <climits>
 
 namespace hdnt::python {
@@ -18,67 +18,18 @@ PyObject* typeWord(Type type) {
     return word;
 }
 
-PyObject* defaultOf(const HDNTProperty& property) {
-    const HATAttrSpec& spec = *property.getAttrSpec();
-    switch (property.getType()) {
-    case Type::TypeBool: return toPython(spec.getBoolDefault());
-    case Type::TypeInt: return toPython(spec.getIntDefault());
-    case Type::TypeDouble: return toPython(spec.getDoubleDefault());
-    case Type::TypeBitHex: return spec.getHexDefault().empty() ? Py_NewRef(Py_None) : toPython(spec.getHexDefault());
-    case Type::TypeBitBinary:
-        return spec.getBinaryDefault().empty() ? Py_NewRef(Py_None) : toPython(spec.getBinaryDefault());
-    default: return toPython(spec.getStringDefault());
-    }
-}
-
 namespace {
 
-bool isBits(const HDNTProperty& property) {
-    return property.getType() == Type::TypeBitHex || property.getType() == Type::TypeBitBinary;
-}
+using scripts::isBits;
 
 py::object object(PyObject* reference) { return py::reinterpret_steal<py::object>(reference); }
 
-template <typename Number>
-py::object bound(const HDNTProperty& property, Number value, Number unbounded) {
-    if (!property.getAttrSpec()->isEnumerated() && value == unbounded) return py::none();
-    return object(toPython(value));
-}
-
 Word typeName(HDNTProperty& property) { return {typeWord(property.getType())}; }
 int typeNumber(HDNTProperty& property) { return static_cast<int>(property.getType()); }
-py::object defaultValue(HDNTProperty& property) { return object(defaultOf(property)); }
-
-py::object minimum(HDNTProperty& property) {
-    switch (property.getType()) {
-    case Type::TypeInt: return bound(property, property.getMinIntValue(), INT_MIN);
-    case Type::TypeDouble: return bound(property, property.getMinDoubleValue(), -DBL_MAX);
-    case Type::TypeBitHex: return object(toPython(OrNone{property.getMinHexValue()}));
-    case Type::TypeBitBinary: return object(toPython(OrNone{property.getMinBinaryValue()}));
-    default: return py::none();
-    }
-}
-
-py::object maximum(HDNTProperty& property) {
-    switch (property.getType()) {
-    case Type::TypeInt: return bound(property, property.getMaxIntValue(), INT_MAX);
-    case Type::TypeDouble: return bound(property, property.getMaxDoubleValue(), DBL_MAX);
-    case Type::TypeBitHex: return object(toPython(OrNone{property.getMaxHexValue()}));
-    case Type::TypeBitBinary: return object(toPython(OrNone{property.getMaxBinaryValue()}));
-    default: return py::none();
-    }
-}
-
-py::object values(HDNTProperty& property) {
-    switch (property.getType()) {
-    case Type::TypeBool: return py::tuple();
-    case Type::TypeInt: return object(toPython(property.getAllowedIntValues()));
-    case Type::TypeDouble: return object(toPython(property.getAllowedDoubleValues()));
-    case Type::TypeBitHex: return object(toPython(property.getAllowedHexValues()));
-    case Type::TypeBitBinary: return object(toPython(property.getAllowedBinaryValues()));
-    default: return object(toPython(property.getAllowedStringValues()));
-    }
-}
+py::object defaultValue(HDNTProperty& property) { return object(scripts::defaultOf(property, anyToPython)); }
+py::object minimum(HDNTProperty& property) { return object(scripts::minimumOf(property, anyToPython)); }
+py::object maximum(HDNTProperty& property) { return object(scripts::maximumOf(property, anyToPython)); }
+py::object values(HDNTProperty& property) { return object(scripts::valuesOf(property, anyToPython)); }
 
 py::object width(HDNTProperty& property) {
     return isBits(property) ? py::object(py::int_(property.getBitWidth())) : py::none();
@@ -104,10 +55,7 @@ bool isSimulation(HDNTProperty& property) { return property.getAttrSpec()->isSim
 bool isConstraintsOnly(HDNTProperty& property) { return property.getAttrSpec()->isConstraintsOnly(); }
 bool isReadOnly(HDNTProperty& property) { return property.getAttrSpec()->isReadOnly(); }
 bool isHidden(HDNTProperty& property) { return !property.getAttrSpec()->isVisible(); }
-bool isPadConstraint(HDNTProperty& property) {
-    const HDNTBlock* const block = property.getBlock();
-    return block && block->getLibrary() && block->getLibrary()->isIOPinConstr(property.getName());
-}
+bool isPadConstraint(HDNTProperty& property) { return scripts::isPadConstraint(property); }
 
 PyGetSetDef fields[] = {
     field<&HDNTProperty::getName>("name", "Its name, as declared."),

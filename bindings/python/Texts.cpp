@@ -1,55 +1,14 @@
 // What is written of a model, and what two differ in.
 #include "bindings/python/LoadSection.h"
-#include "bindings/python/Text.h"
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
+#include "bindings/shared/Text.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/writer/HDNTComparison.h"
-#include "hdnt/writer/HDNTPrintVisitor.h"
-#include "hdnt/writer/HDNTSourceVisitor.h"
-
-#include <algorithm>
 
 namespace hdnt::python {
 
 namespace {
-
-std::string printed(HDNTNode& node) {
-    return written([&](FILE* stream) {
-        if (auto* const library = nodeCast<HDNTLibrary>(&node)) return library->print(stream);
-        HDNTPrintVisitor visitor(stream);
-        static_cast<HDNTBlock&>(node).accept(visitor);
-    });
-}
-
-// A block stands by itself here and not in a library: its outermost lines, which have one blank, have none.
-std::string unindented(const std::string& text) {
-    std::string result;
-    for (size_t at = text.find_first_not_of('\n'); at < text.size();) {
-        const size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
-        const size_t begin = text[at] == ' ' && text[at + 1] != ' ' ? at + 1 : at;
-        result.append(text, begin, end - begin);
-        at = end;
-    }
-    while (result.ends_with("\n\n")) result.pop_back();
-    return result;
-}
-
-std::string source(HDNTNode& node) {
-    std::vector<std::string> problems;
-    bool complete = true;
-    std::string text = written([&](FILE* stream) {
-        if (auto* const library = nodeCast<HDNTLibrary>(&node)) {
-            complete = library->printSource(stream, &problems);
-            return;
-        }
-        HDNTSourceVisitor visitor(stream, &problems);
-        static_cast<HDNTBlock&>(node).acceptOwn(visitor);
-        complete = visitor.isComplete();
-    });
-    if (!complete) throw std::runtime_error("this cannot be written as source: " + problems.at(0));
-    return nodeCast<HDNTBlock>(&node) ? unindented(text) : text;
-}
 
 // A whole library takes its time, so other Python threads run meanwhile.
 py::object textOfNode(const py::object& self, std::string (*make)(HDNTNode&)) {
@@ -60,7 +19,7 @@ py::object textOfNode(const py::object& self, std::string (*make)(HDNTNode&)) {
 }
 
 void print(const py::object& self, const py::object& file) {
-    const py::object text = textOfNode(self, printed);
+    const py::object text = textOfNode(self, scripts::printedForm);
     const py::object to = file.is_none() ? py::module_::import("sys").attr("stdout") : file;
     to.attr("write")(text);
 }
@@ -109,7 +68,7 @@ void addTexts(py::module_& module) {
         type.attr("source") = py::cpp_function(
             [wanted](const py::object& self) {
                 handleOf(self, wanted);
-                return textOfNode(self, source);
+                return textOfNode(self, scripts::sourceForm);
             },
             py::name("source"), py::is_method(type), "The NTL source that reads back to the same.");
         type.attr("diff") =

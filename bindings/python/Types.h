@@ -4,9 +4,6 @@
 
 #include <pybind11/pybind11.h>
 
-class HDNTProperty;
-class HDNTVisitor;
-
 namespace hdnt::python {
 
 namespace py = pybind11;
@@ -23,7 +20,5 @@ void addExpanding(py::module_& module);
 
 /// "int" and so on, made once; borrowed.
 PyObject* typeWord(HATAttrTypes::AttrType type);
-/// The default as bool, int, float or str; None for a bit vector without one. New reference.
-PyObject* defaultOf(const HDNTProperty& property);
 
 } // namespace hdnt::python

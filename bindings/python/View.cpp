@@ -1,8 +1,6 @@
 #include "bindings/python/View.h"
 
 #include "hdnt/model/HDNTBlock.h"
-#include "hdnt/model/HDNTPin.h"
-#include "hdnt/model/HDNTProperty.h"
 
 #include <cstdlib>
 
@@ -12,12 +10,12 @@ namespace {
 
 struct View {
     PyObject_HEAD PyObject* owner;
-    const ViewKind* kind;
+    const Listing* kind;
 };
 
 struct Iterator {
     PyObject_HEAD PyObject* owner;
-    const ViewKind* kind;
+    const Listing* kind;
     size_t next;
     bool names;
 };
@@ -35,7 +33,7 @@ void releaseOwner(PyObject* self) {
     Py_DECREF(type);
 }
 
-PyObject* makeIterator(PyObject* owner, const ViewKind& kind, bool names) {
+PyObject* makeIterator(PyObject* owner, const Listing& kind, bool names) {
     auto* const iterator = PyObject_New(Iterator, iteratorType);
     if (!iterator) throw py::error_already_set();
     iterator->owner = Py_NewRef(owner);
@@ -116,7 +114,7 @@ PyObject* itemAt(PyObject* self, Py_ssize_t index) noexcept {
 
 int contains(PyObject* self, PyObject* item) noexcept {
     try {
-        const ViewKind& kind = *viewAt(self)->kind;
+        const Listing& kind = *viewAt(self)->kind;
         const Use use(viewAt(self)->owner);
         if (PyUnicode_Check(item)) return kind.find(*use.node(), textOf(item)) ? 1 : 0;
         if (!isHandle(item)) return 0;
@@ -151,77 +149,9 @@ PyObject* represent(PyObject* self) noexcept {
     });
 }
 
-// Look-ups that answer for every element by the name it shows: the model finds pins declared in capitals only.
-template <const ViewKind& Kind, typename Element, typename NameOf>
-HDNTNode* scan(HDNTNode& owner, NameOf&& hasName) {
-    for (size_t i = 0; i < Kind.size(owner); ++i) {
-        HDNTNode* const node = Kind.at(owner, i);
-        if (hasName(*static_cast<Element*>(node))) return node;
-    }
-    return nullptr;
-}
-
-template <typename Class>
-Class& as(HDNTNode& node) {
-    return static_cast<Class&>(node);
-}
-
-size_t firstPin(const HDNTBus& bus) { return static_cast<size_t>(bus.getFirstPinIndex()); }
-
 } // namespace
 
-const ViewKind ownBlocks = {
-    "blocks", [](HDNTNode& library) { return as<HDNTLibrary>(library).getNumTypeBlocks(false); },
-    [](HDNTNode& library, size_t i) -> HDNTNode* { return as<HDNTLibrary>(library).getTypeBlock(i); },
-    [](HDNTNode& library, const std::string& name) -> HDNTNode* {
-        return as<HDNTLibrary>(library).getTypeBlockByName(name, false);
-    }};
-const ViewKind allBlocks = {
-    "all_blocks", [](HDNTNode& library) { return as<HDNTLibrary>(library).getNumTypeBlocks(true); },
-    [](HDNTNode& library, size_t i) -> HDNTNode* { return as<HDNTLibrary>(library).getTypeBlock(i); },
-    [](HDNTNode& library, const std::string& name) -> HDNTNode* {
-        return as<HDNTLibrary>(library).getTypeBlockByName(name, true);
-    }};
-const ViewKind blockPins = {"pins", [](HDNTNode& block) { return as<HDNTBlock>(block).getNumPins(); },
-                            [](HDNTNode& block, size_t i) -> HDNTNode* { return as<HDNTBlock>(block).getPin(i); },
-                            [](HDNTNode& block, const std::string& name) -> HDNTNode* {
-                                HDNTPin* const found = as<HDNTBlock>(block).getPinByName(name);
-                                if (found && found->getPinIndex() < as<HDNTBlock>(block).getNumPins()) return found;
-                                return scan<blockPins, HDNTPin>(
-                                    block, [&](const HDNTPin& pin) { return pin.getName(false) == name; });
-                            }};
-const ViewKind blockBuses = {"buses", [](HDNTNode& block) { return as<HDNTBlock>(block).getNumBuses(); },
-                             [](HDNTNode& block, size_t i) -> HDNTNode* { return as<HDNTBlock>(block).getBus(i); },
-                             [](HDNTNode& block, const std::string& name) -> HDNTNode* {
-                                 for (const bool fullName : {false, true})
-                                     if (HDNTBus* const found = as<HDNTBlock>(block).getBusByName(name, fullName))
-                                         return found;
-                                 return scan<blockBuses, HDNTBus>(block, [&](const HDNTBus& bus) {
-                                     return bus.getBaseName() == name || bus.getName() == name;
-                                 });
-                             }};
-const ViewKind blockProperties = {
-    "properties", [](HDNTNode& block) { return as<HDNTBlock>(block).getNumProperties(); },
-    [](HDNTNode& block, size_t i) -> HDNTNode* { return as<HDNTBlock>(block).getProperty(i); },
-    [](HDNTNode& block, const std::string& name) -> HDNTNode* { return as<HDNTBlock>(block).getPropertyByName(name); }};
-const ViewKind busPins = {
-    "pins", [](HDNTNode& bus) { return as<HDNTBus>(bus).getBlock() ? as<HDNTBus>(bus).pinCount() : 0; },
-    [](HDNTNode& bus, size_t i) -> HDNTNode* {
-        return as<HDNTBus>(bus).getBlock()->getPin(firstPin(as<HDNTBus>(bus)) + i);
-    },
-    [](HDNTNode& bus, const std::string& name) -> HDNTNode* {
-        return scan<busPins, HDNTPin>(bus, [&](const HDNTPin& pin) { return pin.getName(false) == name; });
-    }};
-const ViewKind busProperties = {
-    "properties", [](HDNTNode& bus) { return as<HDNTBus>(bus).getNumProperties(); },
-    [](HDNTNode& bus, size_t i) -> HDNTNode* { return as<HDNTBus>(bus).getProperty(static_cast<unsigned short>(i)); },
-    [](HDNTNode& bus, const std::string& name) -> HDNTNode* { return as<HDNTBus>(bus).getPropertyByName(name); }};
-const ViewKind pinProperties = {
-    "properties", [](HDNTNode& pin) { return as<HDNTPin>(pin).getNumProperties(); },
-    [](HDNTNode& pin, size_t i) -> HDNTNode* { return as<HDNTPin>(pin).getProperty(static_cast<unsigned short>(i)); },
-    [](HDNTNode& pin, const std::string& name) -> HDNTNode* { return as<HDNTPin>(pin).getPropertyByName(name); }};
-
-PyObject* makeView(PyObject* owner, const ViewKind& kind) {
+PyObject* makeView(PyObject* owner, const Listing& kind) {
     auto* const view = PyObject_New(View, viewType);
     if (!view) throw py::error_already_set();
     view->owner = Py_NewRef(owner);
@@ -229,7 +159,7 @@ PyObject* makeView(PyObject* owner, const ViewKind& kind) {
     return reinterpret_cast<PyObject*>(view);
 }
 
-PyObject* iterateNames(PyObject* library) { return makeIterator(library, ownBlocks, true); }
+PyObject* iterateNames(PyObject* library) { return makeIterator(library, scripts::ownBlocks, true); }
 
 template <typename Function>
 static PyType_Slot slot(int id, Function* function) {

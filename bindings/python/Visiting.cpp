@@ -2,21 +2,8 @@
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
+#include "bindings/shared/EventVisitor.h"
 #include "hdnt/model/HDNTBlock.h"
-#include "hdnt/model/HDNTPin.h"
-#include "hdnt/model/HDNTPrimGroup.h"
-#include "hdnt/model/HDNTProperty.h"
-#include "hdnt/netlist/HDNTAssignProperty.h"
-#include "hdnt/netlist/HDNTBlockInst.h"
-#include "hdnt/netlist/HDNTCompoundExpr.h"
-#include "hdnt/netlist/HDNTConnect.h"
-#include "hdnt/netlist/HDNTFunctionCall.h"
-#include "hdnt/netlist/HDNTFunctionDecl.h"
-#include "hdnt/netlist/HDNTNetlist.h"
-#include "hdnt/netlist/HDNTSignal.h"
-#include "hdnt/netlist/HDNTStmt.h"
-#include "hdnt/netlist/HDNTValue.h"
-#include "hdnt/netlist/HDNTVisitor.h"
 
 #include <map>
 
@@ -27,7 +14,7 @@ namespace {
 py::object visitorClass() { return py::module_::import("hdnt._visitor").attr("Visitor"); }
 
 /// Passes on what the Python visitor has a method of its own for. Runs with the interpreter lock.
-class PythonVisitor : public HDNTVisitor {
+class PythonVisitor : public scripts::EventVisitor {
 public:
     PythonVisitor(const py::object& visitor, Handle* library) : library_(library), current_(library) {
         const py::object type = py::type::of(visitor);
@@ -38,55 +25,19 @@ public:
         }
     }
 
-    bool visitsPins() const override { return methods_.contains("visit_pin"); }
-    bool enter(HDNTNetlist* netlist) override {
-        const auto method = methods_.find("enter_netlist");
-        return method == methods_.end() || py::bool_(callBack(method->second, py::make_tuple(handleTo(netlist))));
-    }
-    void sectionSeparator(HDNTNetlist* netlist) override { call("visit_section", netlist); }
-    void elseVisit(HDNTIfStmt* statement) override { call("visit_else", statement); }
-    void visit(HDNTBlock* block) override {
-        current_ = libraryOf(*block, library_);
-        call("visit_block", block);
-    }
-    void postVisit(HDNTBlock* block) override { call("leave_block", block); }
-    void visit(HDNTPrimGroup*) override {}
-    void postVisit(HDNTPrimGroup*) override {}
-
-#define HDNT_PYTHON_VISITS(Class, name)                                                                                \
-    void visit(Class* node) override { call("visit_" name, node); }                                                    \
-    void postVisit(Class* node) override { call("leave_" name, node); }
-    HDNT_PYTHON_VISITS(HDNTLibrary, "library")
-    HDNT_PYTHON_VISITS(HDNTFunctionDecl, "function")
-    HDNT_PYTHON_VISITS(HDNTBlockInst, "instance")
-    HDNT_PYTHON_VISITS(HDNTPin, "pin")
-    HDNT_PYTHON_VISITS(HDNTBus, "bus")
-    HDNT_PYTHON_VISITS(HDNTProperty, "property")
-    HDNT_PYTHON_VISITS(HDNTSignal, "signal")
-    HDNT_PYTHON_VISITS(HDNTConnect, "connect")
-    HDNT_PYTHON_VISITS(HDNTAssignBlockProperty, "block_assign")
-    HDNT_PYTHON_VISITS(HDNTAssignPinProperty, "pin_assign")
-    HDNT_PYTHON_VISITS(HDNTNetlist, "netlist")
-    HDNT_PYTHON_VISITS(HDNTFunctionCall, "call")
-    HDNT_PYTHON_VISITS(HDNTStmtBlock, "statements")
-    HDNT_PYTHON_VISITS(HDNTIfStmt, "if")
-    HDNT_PYTHON_VISITS(HDNTBlockPinName, "pin_ref")
-    HDNT_PYTHON_VISITS(HDNTIntConstant, "int")
-    HDNT_PYTHON_VISITS(HDNTBoolConstant, "bool")
-    HDNT_PYTHON_VISITS(HDNTDoubleConstant, "double")
-    HDNT_PYTHON_VISITS(HDNTStringConstant, "string")
-    HDNT_PYTHON_VISITS(HDNTCompoundExpr, "operation")
-#undef HDNT_PYTHON_VISITS
-
 private:
-    py::object handleTo(HDNTNode* node) const {
+    bool wants(std::string_view event) const override { return methods_.contains(event); }
+    void tell(std::string_view event, HDNTNode& node) override { call(event, node); }
+    bool ask(std::string_view event, HDNTNode& node) override { return py::bool_(call(event, node)); }
+    void enterBlock(HDNTBlock& block) override { current_ = libraryOf(block, library_); }
+
+    py::object handleTo(HDNTNode& node) const {
         if (!current_ || isDead(current_)) throw Gone("the library was closed during the walk");
-        return py::reinterpret_steal<py::object>(wrap(node, current_));
+        return py::reinterpret_steal<py::object>(wrap(&node, current_));
     }
 
-    void call(const char* name, HDNTNode* node) {
-        const auto method = methods_.find(name);
-        if (method != methods_.end()) callBack(method->second, py::make_tuple(handleTo(node)));
+    py::object call(std::string_view event, HDNTNode& node) const {
+        return callBack(methods_.find(event)->second, py::make_tuple(handleTo(node)));
     }
 
     Handle* library_;
@@ -101,12 +52,7 @@ void accept(const py::object& self, const py::object& visitor, bool own) {
     PythonVisitor walker(visitor, use.library());
     inSection(LoadSection::Changes, describe(reinterpret_cast<Handle*>(self.ptr())), [&] {
         const InterpreterLock lock;
-        if (auto* const library = nodeCast<HDNTLibrary>(use.node()))
-            own ? library->acceptOwn(walker) : library->accept(walker);
-        else if (auto* const block = nodeCast<HDNTBlock>(use.node()))
-            own ? block->acceptOwn(walker) : block->accept(walker);
-        else if (auto* const netlist = nodeCast<HDNTNetlist>(use.node())) netlist->accept(walker);
-        else static_cast<HDNTNetlistEntity*>(use.node())->accept(walker);
+        scripts::walk(*use.node(), walker, own);
     });
 }
 

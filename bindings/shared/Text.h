@@ -5,7 +5,10 @@
 #include <new>
 #include <string>
 
-namespace hdnt::python {
+class HDNTExpr;
+class HDNTNode;
+
+namespace hdnt::scripts {
 
 /// What something writes to a stream.
 template <typename Write>
@@ -25,4 +28,13 @@ std::string written(Write&& write) {
     return {memory.bytes, memory.size};
 }
 
-} // namespace hdnt::python
+// Of a library or a block, in a section.
+
+std::string printedForm(HDNTNode& node);
+/// NTL that reads back to the same. Throws when there is no such text.
+std::string sourceForm(HDNTNode& node);
+
+/// An expression as it is printed.
+std::string textOf(HDNTExpr& expression);
+
+} // namespace hdnt::scripts
