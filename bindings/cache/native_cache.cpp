@@ -21,12 +21,13 @@ void native_cache::drop(native_handle& handle) {
     handle.node_.store(nullptr, std::memory_order_release);
 }
 
-void native_cache::forget(const HDNTNode& node) noexcept {
+bool native_cache::forget(const HDNTNode& node) noexcept {
     const std::lock_guard lock(mutex_);
     const auto found = handles_.find(&node);
-    if (found == handles_.end()) return;
+    if (found == handles_.end()) return false;
     found->second->node_.store(nullptr, std::memory_order_release);
     handles_.erase(found);
+    return true;
 }
 
 void native_cache::clear() {
@@ -53,6 +54,8 @@ void native_caches::clear() {
     for (native_cache& cache : caches_) cache.clear();
 }
 
-void native_caches::nodeDies(const HDNTNode& node) noexcept { of(node.getKind()).forget(node); }
+void native_caches::nodeDies(const HDNTNode& node) noexcept {
+    if (of(node.getKind()).forget(node)) emptied_.fetch_add(1, std::memory_order_acq_rel);
+}
 
 } // namespace wpx::tcltasks

@@ -45,8 +45,8 @@ public:
     void enter(HDNTNode& node, native_handle& handle);
     /// Must come before the handle's memory goes. Nothing happens for an empty one.
     void drop(native_handle& handle);
-    /// Empties the handle of an object that dies.
-    void forget(const HDNTNode& node) noexcept;
+    /// Empties the handle of an object that dies. False when it has none.
+    bool forget(const HDNTNode& node) noexcept;
     /// Empties all handles.
     void clear();
     std::size_t size() const;
@@ -67,11 +67,14 @@ public:
     /// Handles of all types together.
     std::size_t size() const;
     void clear();
+    /// How many handles were emptied so far since their objects died.
+    std::size_t emptied() const { return emptied_.load(std::memory_order_acquire); }
 
 private:
     void nodeDies(const HDNTNode& node) noexcept override;
 
     std::array<native_cache, static_cast<std::size_t>(HDNTNodeKind::StringConstant) + 1> caches_;
+    std::atomic<std::size_t> emptied_ = 0;
 };
 
 } // namespace wpx::tcltasks
