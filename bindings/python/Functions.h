@@ -41,6 +41,7 @@ void withErrorsOf(PythonFunctions& functions, const std::string& of, LoadSection
     {
         LoadSection section(kind);
         const HDNTFunctionTable::Scope scope(functions.table());
+        const scripts::Reading reading;
         try {
             work();
         } catch (const std::exception& error) {

@@ -1,5 +1,6 @@
 #include "bindings/shared/EventVisitor.h"
 
+#include "bindings/shared/LoadSection.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
@@ -42,6 +43,7 @@ HDNT_EVENTS(HDNT_DEFINE)
 #undef HDNT_DEFINE
 
 void walk(HDNTNode& node, HDNTVisitor& visitor, bool own) {
+    const Reading reading;
     if (auto* const library = nodeCast<HDNTLibrary>(&node))
         own ? library->acceptOwn(visitor) : library->accept(visitor);
     else if (auto* const block = nodeCast<HDNTBlock>(&node)) own ? block->acceptOwn(visitor) : block->accept(visitor);

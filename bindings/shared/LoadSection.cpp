@@ -82,7 +82,17 @@ private:
 
 } // namespace
 
+static thread_local int readers = 0;
+
+Reading::Reading() { ++readers; }
+Reading::~Reading() { --readers; }
+void Reading::mustNotBe(const std::string& path) {
+    if (readers > 0)
+        throw std::runtime_error(path + ": no library is loaded over another one from a visitor or a function");
+}
+
 std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check) {
+    if (parent) Reading::mustNotBe(path);
     const Diagnostics diagnostics(check);
     HDNTLibraryMgr& manager = *HDNTLibraryMgr::getLibraryMgr();
     return manager.giveAway(manager.loadLibrary(path, parent));

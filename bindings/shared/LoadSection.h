@@ -93,8 +93,18 @@ void inSection(ScriptLock& lock, LoadSection::Kind kind, const std::string& of, 
     if (notices) *notices = std::move(said);
 }
 
+/// While this lives, the thread reads mappings and may call back into scripts: what they load must not replace any.
+class Reading {
+public:
+    Reading();
+    ~Reading();
+    Reading(const Reading&) = delete;
+    /// Throws in a thread that reads.
+    static void mustNotBe(const std::string& path);
+};
+
 /// A library of its own from a file or folder over a parent, which may be null; with `check` its content is checked.
-/// In a section.
+/// In a section. Throws over a parent while the thread is Reading, since mappings of the parent may be replaced.
 std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check);
 
 /// Where the command-line tool is, seen from the library; empty when that is not known.

@@ -160,9 +160,10 @@ Tcl_Obj* alive(const Command& command) {
 
 Tcl_Obj* libraries(const Command& command) {
     command.check(0, 0, nullptr);
-    return toTcl(listOf(command.session.libraries(), [&](const std::shared_ptr<Life>& life) {
-        return Obj(command.session.wrap(life->node(), life));
-    }));
+    std::vector<Obj> open;
+    for (const std::shared_ptr<Life>& life : command.session.libraries())
+        if (!life->isGone()) open.emplace_back(command.session.wrap(life->node(), life));
+    return toTcl(listOf(open, [](const Obj& one) { return one; }));
 }
 
 Tcl_Obj* parameter(const Command& command) {

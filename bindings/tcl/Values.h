@@ -33,6 +33,7 @@ public:
         {
             LoadSection section(kind, scriptLock());
             const HDNTFunctionTable::Scope scope(table_);
+            const scripts::Reading reading;
             try {
                 work();
             } catch (const std::exception& error) {
