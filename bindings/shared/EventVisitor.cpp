@@ -20,10 +20,16 @@
 namespace hdnt::scripts {
 
 const std::vector<std::string_view>& EventVisitor::events() {
-#define HDNT_NAMES(Class, name) "visit_" #name, "leave_" #name,
-    static const std::vector<std::string_view> names = {HDNT_EVENTS(HDNT_NAMES) "visit_block", "leave_block",
-                                                        "visit_else", "visit_section", "enter_netlist"};
+    static const std::vector<std::string_view> names = [] {
+        std::vector<std::string_view> all = {"visit_block", "leave_block", "visit_else", "visit_section",
+                                             "enter_netlist"};
+#define HDNT_NAMES(Class, name, holds)                                                                                 \
+    all.push_back("visit_" #name);                                                                                     \
+    if (holds) all.push_back("leave_" #name);
+        HDNT_EVENTS(HDNT_NAMES)
 #undef HDNT_NAMES
+        return all;
+    }();
     return names;
 }
 
@@ -36,7 +42,7 @@ void EventVisitor::visit(HDNTBlock* block) {
 }
 void EventVisitor::postVisit(HDNTBlock* block) { tellIfWanted("leave_block", block); }
 
-#define HDNT_DEFINE(Class, name)                                                                                       \
+#define HDNT_DEFINE(Class, name, holds)                                                                                \
     void EventVisitor::visit(Class* node) { tellIfWanted("visit_" #name, node); }                                      \
     void EventVisitor::postVisit(Class* node) { tellIfWanted("leave_" #name, node); }
 HDNT_EVENTS(HDNT_DEFINE)

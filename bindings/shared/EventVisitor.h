@@ -9,13 +9,14 @@ class HDNTNode;
 
 namespace hdnt::scripts {
 
-/// A visitor that tells of everything by name: "visit_X" and "leave_X", with X one of the words of the languages.
+/// A visitor that tells of everything by name: "visit_X" and "leave_X", with X one of the words of the
+/// languages; the second only for what holds something.
 class EventVisitor : public HDNTVisitor {
 public:
     /// Every name that tell and ask can be called with.
     static const std::vector<std::string_view>& events();
 
-    bool visitsPins() const override { return wants("visit_pin") || wants("leave_pin"); }
+    bool visitsPins() const override { return wants("visit_pin"); }
     bool enter(HDNTNetlist* netlist) override;
     void sectionSeparator(HDNTNetlist* netlist) override;
     void elseVisit(HDNTIfStmt* statement) override;
@@ -25,27 +26,27 @@ public:
     void postVisit(HDNTPrimGroup*) override {}
 
 #define HDNT_EVENTS(X)                                                                                                 \
-    X(HDNTLibrary, library)                                                                                            \
-    X(HDNTFunctionDecl, function)                                                                                      \
-    X(HDNTBlockInst, instance)                                                                                         \
-    X(HDNTPin, pin)                                                                                                    \
-    X(HDNTBus, bus)                                                                                                    \
-    X(HDNTProperty, property)                                                                                          \
-    X(HDNTSignal, signal)                                                                                              \
-    X(HDNTConnect, connect)                                                                                            \
-    X(HDNTAssignBlockProperty, block_assign)                                                                           \
-    X(HDNTAssignPinProperty, pin_assign)                                                                               \
-    X(HDNTNetlist, netlist)                                                                                            \
-    X(HDNTFunctionCall, call)                                                                                          \
-    X(HDNTStmtBlock, statements)                                                                                       \
-    X(HDNTIfStmt, if)                                                                                                  \
-    X(HDNTBlockPinName, pin_ref)                                                                                       \
-    X(HDNTIntConstant, int)                                                                                            \
-    X(HDNTBoolConstant, bool)                                                                                          \
-    X(HDNTDoubleConstant, double)                                                                                      \
-    X(HDNTStringConstant, string)                                                                                      \
-    X(HDNTCompoundExpr, operation)
-#define HDNT_DECLARE(Class, name)                                                                                      \
+    X(HDNTLibrary, library, true)                                                                                      \
+    X(HDNTFunctionDecl, function, false)                                                                               \
+    X(HDNTBlockInst, instance, false)                                                                                  \
+    X(HDNTPin, pin, false)                                                                                             \
+    X(HDNTBus, bus, true)                                                                                              \
+    X(HDNTProperty, property, false)                                                                                   \
+    X(HDNTSignal, signal, true)                                                                                        \
+    X(HDNTConnect, connect, true)                                                                                      \
+    X(HDNTAssignBlockProperty, block_assign, true)                                                                     \
+    X(HDNTAssignPinProperty, pin_assign, true)                                                                         \
+    X(HDNTNetlist, netlist, true)                                                                                      \
+    X(HDNTFunctionCall, call, true)                                                                                    \
+    X(HDNTStmtBlock, statements, true)                                                                                 \
+    X(HDNTIfStmt, if, true)                                                                                            \
+    X(HDNTBlockPinName, pin_ref, false)                                                                                \
+    X(HDNTIntConstant, int, false)                                                                                     \
+    X(HDNTBoolConstant, bool, false)                                                                                   \
+    X(HDNTDoubleConstant, double, false)                                                                               \
+    X(HDNTStringConstant, string, false)                                                                               \
+    X(HDNTCompoundExpr, operation, true)
+#define HDNT_DECLARE(Class, name, holds)                                                                               \
     void visit(Class* node) override;                                                                                  \
     void postVisit(Class* node) override;
     HDNT_EVENTS(HDNT_DECLARE)

@@ -1,5 +1,6 @@
 #include "bindings/tcl/Convert.h"
 
+#include <cerrno>
 #include <climits>
 #include <cstring>
 #include <new>
@@ -95,6 +96,7 @@ std::string pathOf(Tcl_Interp* interp, Tcl_Obj* path) {
     const int found = native ? Tcl_FSStat(path, status) : -1;
     ckfree(reinterpret_cast<char*>(status));
     if (found == 0) return native;
+    if (!native) Tcl_SetErrno(ENOENT);
     const char* const reason = Tcl_PosixError(interp);
     Tcl_SetObjResult(interp, Tcl_ObjPrintf("couldn't open \"%s\": %s", Tcl_GetString(path), reason));
     throw ResultIsSet();
