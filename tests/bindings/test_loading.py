@@ -186,6 +186,20 @@ class Ends(Folder):
             hdnt.common().accept(Releasing())
         self.assertTrue(hdnt.common().alive)
 
+    def test_no_visitor_replaces_what_it_walks(self):
+        parent = hdnt.load(self.write("p.btl", 'library "p" { block "FLOP_RISE" { pin "Q" output; } mapsto '
+                                               '{ inst "one" "FLOP_FALL"; inst "two" "FLOP_FALL"; } }'))
+        path = self.write("c.btl", 'library "c" { block "FLOP_RISE" mapsto { inst "three" "FLOP_FALL"; } }')
+        own = self.write("good.btl", GOOD)
+
+        class Loading(hdnt.Visitor):
+            def visit_instance(self, node):
+                hdnt.load(own).close()
+                hdnt.load(path, parent=parent)
+        with self.assertRaises(hdnt.Error):
+            parent.accept(Loading())
+        self.assertEqual([one.name for one in parent["FLOP_RISE"].netlist.instances], ["one", "two"])
+
     def test_a_replaced_mapping_is_gone(self):
         parent = hdnt.load(self.write("p.btl", 'library "p" { block "FLOP_RISE" { pin "Q" output; } mapsto '
                                                '{ inst "one" "FLOP_FALL"; } }'))
