@@ -1,14 +1,15 @@
 #!/usr/bin/python3
-"""Measures the Python package beside the json module, on the same content.
+"""Measures the Python package beside the json module, on the same content, and the Tcl package beside both.
 
     cmake --preset bench && cmake --build --preset bench
     bench/scripting.py [ROUNDS]
 
 A round runs each side once, in a process of its own, in turn; ratios are taken inside a round, and what is printed is the
-median with the smallest and the largest. The exit status is 1 when a target is missed.
+median with the smallest and the largest. The exit status is 1 when a target is missed; Tcl has none.
 """
 import json
 import os
+import shutil
 import statistics
 import subprocess
 import sys
@@ -71,11 +72,32 @@ def measure(side):
     return json.loads(done.stdout)
 
 
+def measure_tcl():
+    """None without the package or an interpreter."""
+    tcl = shutil.which("tclsh8.6")
+    if not tcl or not os.path.isdir(os.path.join(BUILD, "lib", "tcltk")):
+        return None
+    environment = {**os.environ, "TCLLIBPATH": os.path.join(BUILD, "lib", "tcltk")}
+    script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "scripting.tcl")
+    done = subprocess.run([tcl, script, CORPUS + "btl"], check=True, stdout=subprocess.PIPE, env=environment)
+    return json.loads(done.stdout)
+
+
+def print_tcl(rounds, expected):
+    if any({one["count"], one["bulk count"]} != {expected} for one in rounds):
+        sys.exit("bench/scripting.py: the walks of Tcl do not see the same")
+    for name in ("load", "walk", "bulk", "close"):
+        print("%-36s %.0f ms" % ("Tcl: " + name, 1e3 * statistics.median(one[name] for one in rounds)))
+
+
 def main():
     if sys.argv[1:2] in (["json"], ["package"]):
         print(json.dumps(of_json() if sys.argv[1] == "json" else of_package()))
         return 0
-    rounds = [(measure("package"), measure("json")) for _ in range(int(sys.argv[1]) if len(sys.argv) > 1 else 7)]
+    rounds, of_tcl = [], []
+    for _ in range(int(sys.argv[1]) if len(sys.argv) > 1 else 7):
+        rounds.append((measure("package"), measure("json")))
+        of_tcl.append(measure_tcl())
     if any(len({ours["count"], ours["bulk count"], theirs["count"]}) != 1 for ours, theirs in rounds):
         sys.exit("bench/scripting.py: the walks do not see the same")
     targets = [("load and walk / json.load and walk", 1.0,
@@ -90,6 +112,8 @@ def main():
     for name in ("load", "walk", "bulk"):
         print("%-36s %.0f ms" % (name, 1e3 * statistics.median(ours[name] for ours, _ in rounds)), end="")
         print("   json %.0f ms" % (1e3 * statistics.median(theirs[name] for _, theirs in rounds)) if name != "bulk" else "")
+    if None not in of_tcl:
+        print_tcl(of_tcl, rounds[0][0]["count"])
     return int(missed)
 
 
