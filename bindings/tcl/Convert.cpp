@@ -216,6 +216,7 @@ int callBack(Tcl_Interp* interp, Tcl_Obj* prefix, const std::vector<Obj>& more) 
     for (Tcl_Obj* word : wordsOf(interp, prefix)) held.emplace_back(word);
     for (const Obj& word : more) held.push_back(word);
     std::vector<Tcl_Obj*> words;
+    words.reserve(held.size());
     for (const Obj& word : held) words.push_back(word.get());
     int code = TCL_OK;
     {
