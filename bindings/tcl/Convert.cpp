@@ -221,7 +221,7 @@ int callBack(Tcl_Interp* interp, Tcl_Obj* prefix, const std::vector<Obj>& more) 
     int code = TCL_OK;
     {
         const Unlocked unlocked;
-        code = Tcl_EvalObjv(interp, static_cast<int>(words.size()), words.data(), TCL_EVAL_GLOBAL);
+        code = Tcl_EvalObjv(interp, static_cast<int>(words.size()), words.data(), 0);
     }
     if (code == TCL_ERROR) throw CallbackEnded{Tcl_SaveInterpState(interp, code), code};
     return code;

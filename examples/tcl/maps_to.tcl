@@ -7,16 +7,18 @@ package require hdnt
 
 # Which blocks have a mapping with an instance of each, those inside statements too.
 proc users {library} {
-    set ::users [dict create]
+    set users [dict create]
     $library visit visit_block {apply {{block} {
-        set ::current [$block name]
+        upvar 1 current current
+        set current [$block name]
     }}} visit_instance {apply {{instance} {
+        upvar 1 current current users users
         set used [string toupper [$instance type_name]]
-        if {![dict exists $::users $used] || $::current ni [dict get $::users $used]} {
-            dict lappend ::users $used $::current
+        if {![dict exists $users $used] || $current ni [dict get $users $used]} {
+            dict lappend users $used $current
         }
     }}}
-    return $::users
+    return $users
 }
 
 # The blocks, each with the number of mappings on the shortest way.
