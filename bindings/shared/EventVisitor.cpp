@@ -42,9 +42,11 @@ void EventVisitor::visit(HDNTBlock* block) {
 }
 void EventVisitor::postVisit(HDNTBlock* block) { tellIfWanted("leave_block", block); }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a type takes none
 #define HDNT_DEFINE(Class, name, holds)                                                                                \
     void EventVisitor::visit(Class* node) { tellIfWanted("visit_" #name, node); }                                      \
     void EventVisitor::postVisit(Class* node) { tellIfWanted("leave_" #name, node); }
+// NOLINTEND(bugprone-macro-parentheses)
 HDNT_EVENTS(HDNT_DEFINE)
 #undef HDNT_DEFINE
 

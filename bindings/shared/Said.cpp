@@ -13,7 +13,8 @@ static Said saidAt(bool isError, const char* code, const yyltype* at, std::strin
     said.column = at->first_column;
     said.lastColumn = at->last_column;
     if (at->first_line > 0)
-        said.text = NtlGetLineNumbered(static_cast<unsigned long>(at->first_line + at->storeOffset));
+        said.text = NtlGetLineNumbered(static_cast<unsigned long>(at->first_line) +
+                                       static_cast<unsigned long>(at->storeOffset));
     return said;
 }
 

@@ -53,17 +53,18 @@ void TclFunctions::add(Tcl_Obj* dict) {
 std::unique_ptr<HDNTValue> TclFunctions::call(const HDNTFunctionCall& call, Tcl_Obj* prefix,
                                               const std::vector<const HDNTValue*>& values) {
     std::vector<Obj> words;
+    words.reserve(values.size());
     for (const HDNTValue* value : values) words.emplace_back(valueOf(*value));
     const HDNTFunctionDecl* const declared = call.getDecl();
     const bool isStatement = call.isStatement();
-    const std::optional<HATAttrTypes::AttrType> type = declared ? std::optional(declared->getType()) : std::nullopt;
+    const HATAttrTypes::AttrType type = declared ? declared->getType() : HATAttrTypes::TypeString;
     try {
         const int code = callBack(interp_, prefix, words);
         if (code != TCL_OK && code != TCL_RETURN)
             throw Refused({"HDNT", "CALLBACK"}, "a function of a mapping ended with code " + std::to_string(code));
         const Obj result(Tcl_GetObjResult(interp_));
         if (isStatement) return nullptr;
-        return constantOf(type ? valueFor(*type, result.get()) : guess(result.get()));
+        return constantOf(declared ? valueFor(type, result.get()) : guess(result.get()));
     } catch (const CallbackEnded& ended) {
         if (ended_) Tcl_DiscardInterpState(ended.state);
         else ended_ = ended;

@@ -115,7 +115,8 @@ void dump(HDNTBus& bus) {
          bus.getFirstIndex() < 0 ? "" : text(bus.getFirstIndex()) + "|" + text(bus.getLastIndex()), bus.pinCount(),
          HDNTPin::getDirectionName(bus.getDirection()), HDNTPin::getTypeName(bus.getType()),
          required(bus.getRequiredValue()), function(bus), bus.isTest(), bus.isAbstract());
-    for (unsigned short i = 0; i < bus.getNumProperties(); ++i) dump("pinproperty", *bus.getProperty(i));
+    for (size_t i = 0; i < bus.getNumProperties(); ++i)
+        dump("pinproperty", *bus.getProperty(static_cast<unsigned short>(i)));
 }
 
 void dump(HDNTBlock& block) {

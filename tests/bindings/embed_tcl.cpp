@@ -95,6 +95,7 @@ static void hostsCount() {
 // Every thread has interpreters of its own and the common library with the others, which some of them release.
 static void threads() {
     std::vector<std::thread> all;
+    all.reserve(4);
     for (int number = 0; number < 4; ++number)
         all.emplace_back([number] {
             Tcl_Interp* const interp = begin();
