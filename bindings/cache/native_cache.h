@@ -56,8 +56,8 @@ private:
     std::unordered_map<const HDNTNode*, native_handle*> handles_;
 };
 
-/// All caches of one language: one for each type of model object. Hears of objects that die from its construction to
-/// its destruction.
+/// All caches of one language, or of one of its interpreters: one for each type of model object. Hears of objects that
+/// die from its construction to its destruction.
 class native_caches : private HDNTNodeWatch::Observer {
 public:
     native_caches();

@@ -102,9 +102,18 @@ std::string pathOf(Tcl_Interp* interp, Tcl_Obj* path) {
     throw ResultIsSet();
 }
 
+Tcl_Obj* toTcl(File file) {
+    if (isPlain(file.name)) return toTcl(file.name);
+    Tcl_DString text;
+    Tcl_ExternalToUtfDString(nullptr, file.name.data(), static_cast<int>(file.name.size()), &text);
+    Tcl_Obj* const object = Tcl_NewStringObj(Tcl_DStringValue(&text), Tcl_DStringLength(&text));
+    Tcl_DStringFree(&text);
+    return object;
+}
+
 Tcl_Obj* toTcl(const yyltype& at) {
     return toTcl(Dict()
-                     .put("file", at.fileName)
+                     .put("file", File{at.fileName ? at.fileName : ""})
                      .put("line", at.fileLine)
                      .put("column", at.first_column)
                      .put("end_column", at.last_column)
@@ -117,7 +126,7 @@ Tcl_Obj* toTcl(const Said& said) {
     return toTcl(Dict()
                      .put("severity", said.isError ? "error" : "warning")
                      .put("code", said.code)
-                     .put("file", said.file)
+                     .put("file", File{said.file})
                      .put("line", orNothing(said.line))
                      .put("column", orNothing(said.column))
                      .put("end_column", orNothing(said.lastColumn))
@@ -182,7 +191,7 @@ static int fail(Tcl_Interp* interp, const scripts::LoadFailure& failure) {
     const std::vector<std::string> code = {"HDNT", "LOAD", std::to_string(errors)};
     Dict options;
     options.put("-code", TCL_ERROR).put("-level", 0).put("-errorcode", code);
-    options.put("-diagnostics", failure.said()).put("-path", failure.path());
+    options.put("-diagnostics", failure.said()).put("-path", File{failure.path()});
     const Obj all = options.obj();
     return Tcl_SetReturnOptions(interp, all.get());
 }

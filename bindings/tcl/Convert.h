@@ -50,6 +50,11 @@ inline Tcl_Obj* toTcl(double value) { return Tcl_NewDoubleObj(value); }
 inline Tcl_Obj* toTcl(Tcl_Obj* value) { return value; }
 inline Tcl_Obj* toTcl(Obj&& value) { return value.giveAway(); }
 Tcl_Obj* toTcl(const Obj& value) = delete; // may go before its use
+/// The name of a file, as the system has it.
+struct File {
+    std::string_view name;
+};
+Tcl_Obj* toTcl(File file);
 Tcl_Obj* toTcl(const yyltype& location);
 Tcl_Obj* toTcl(const Said& said);
 template <std::integral Number>

@@ -178,8 +178,8 @@ Tcl_Obj* Session::nameOf(Handle& handle) {
     const char* const tail = Tcl_GetCommandName(interp_, handle.command);
     const size_t length = std::strlen(tail);
     const auto knownLength = static_cast<size_t>(handle.name->length);
-    const bool same = info.namespacePtr == handle.home && knownLength >= length &&
-                      std::strcmp(known + knownLength - length, tail) == 0;
+    const bool same = info.namespacePtr == handle.home && knownLength > length &&
+                      known[knownLength - length - 1] == ':' && std::strcmp(known + knownLength - length, tail) == 0;
     if (same) return handle.name;
     Tcl_Obj* const name = Tcl_NewObj();
     Tcl_IncrRefCount(name);

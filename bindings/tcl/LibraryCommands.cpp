@@ -17,7 +17,7 @@ namespace {
 Tcl_Obj* parent(const Call& call) {
     return call.session.wrap(call.life->below ? call.life->below->node() : nullptr, call.life->below);
 }
-Tcl_Obj* path(const Call& call) { return toTcl(call.life->path); }
+Tcl_Obj* path(const Call& call) { return toTcl(File{call.life->path}); }
 Tcl_Obj* warnings(const Call& call) { return toTcl(call.life->warnings); }
 
 Tcl_Obj* functions(const Call& call) {
@@ -204,7 +204,8 @@ Tcl_Obj* liveHandles(const Command& command) {
 }
 Tcl_Obj* tool(const Command& command) {
     command.check(0, 0, nullptr);
-    return toTcl(scripts::toolPath());
+    const std::string path = scripts::toolPath();
+    return toTcl(File{path});
 }
 
 Obj fromJson(const nlohmann::json& value) {

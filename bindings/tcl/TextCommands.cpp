@@ -24,7 +24,7 @@ Tcl_Obj* textOfNode(const Call& call) {
 Obj placeOf(const HDNTDifference::Place& place) {
     if (place.file.empty() && place.line == 0) return Obj(Tcl_NewObj());
     return Dict()
-        .put("file", place.file)
+        .put("file", File{place.file})
         .put("line", place.line)
         .put("column", place.column)
         .put("end_column", place.column)
