@@ -63,7 +63,6 @@ public:
 
     /// The name of the object's command, which is made when there is none; the empty text for null.
     Tcl_Obj* wrap(HDNTNode* node, const std::shared_ptr<Life>& life);
-    Tcl_Obj* wrapLibrary(HDNTLibrary& library) { return wrap(&library, lifeOf(library)); }
     /// The one for all interpreters.
     static std::shared_ptr<Life> lifeOf(HDNTLibrary& library);
     /// Of the library that a block or function belongs to: this one or one below it; null when it is none of them.

@@ -78,7 +78,6 @@ private:
         return code;
     }
 
-    // Prefixes are compared with events that are no std::string.
     Session& session_;
     std::shared_ptr<Life> life_;
     std::shared_ptr<Life> current_; ///< of the block that is being visited
