@@ -14,8 +14,8 @@ namespace hdnt::frontend::build {
 namespace {
 
 // Blocks of the parse in progress. The parser owns them until they are handed to the library.
-model::BlockNames& pendingBlocks() {
-    static auto* const blocks = new model::BlockNames;
+model::LateBlockNames& pendingBlocks() {
+    static auto* const blocks = new model::LateBlockNames;
     return *blocks;
 }
 
@@ -27,7 +27,7 @@ HDNTLibrary& target() {
 // In the library that is parsed into, in this text or one before it; then in its parents.
 HDNTBlock* findDeclared(const HDNTLibrary& library, const std::string& name) {
     if (HDNTBlock* const block = library.getDeclaredBlock(name)) return block;
-    if (HDNTBlock* const block = pendingBlocks().find(name).block) return block;
+    if (HDNTBlock* const block = pendingBlocks().find(name)) return block;
     const HDNTLibrary* const parent = library.getParentLibrary();
     return parent ? parent->getTypeBlockByName(name, true) : nullptr;
 }

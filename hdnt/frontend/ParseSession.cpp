@@ -7,6 +7,9 @@
 
 namespace hdnt::frontend {
 
+// Never destroyed, like the scanner.
+ParseSession& ParseSession::make() { return *(instance_ = new ParseSession); }
+
 void ParseSession::finish() {
     if (const std::exception_ptr failure = std::exchange(failure_, nullptr)) std::rethrow_exception(failure);
 }

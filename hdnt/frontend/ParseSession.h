@@ -16,10 +16,7 @@ namespace hdnt::frontend {
 /// the parser gives up and frees what it holds, and the parse entry throws it again.
 class ParseSession {
 public:
-    static ParseSession& instance() {
-        if (!instance_) instance_ = new ParseSession; // never destroyed, like the scanner
-        return *instance_;
-    }
+    static ParseSession& instance() { return instance_ ? *instance_ : make(); }
 
     void begin() { failure_ = nullptr; }
     /// Throws what guard() caught, if anything.
@@ -60,6 +57,8 @@ private:
     static long greatestDepth();
     static void reportExhausted(const char* message);
     void reserve(size_t depth, size_t stateBytes);
+
+    static ParseSession& make();
 
     inline static constinit ParseSession* instance_ = nullptr;
 

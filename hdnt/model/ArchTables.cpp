@@ -38,7 +38,10 @@ const Setting* memberOf(const Setting& group, const char* name) { return group.e
 template <typename Visit>
 void forEachMember(const Setting* group, Visit&& visit) {
     if (!group || !group->isGroup()) return;
-    for (int i = 0; i < group->getLength(); ++i) visit(std::string((*group)[i].getName()), (*group)[i]);
+    for (int i = 0; i < group->getLength(); ++i) {
+        const Setting& member = (*group)[i];
+        visit(member.getName(), member);
+    }
 }
 
 CellFacts cellOf(const Setting& group) {
@@ -61,9 +64,10 @@ std::unique_ptr<const ArchTables> readArchTables(ConfigBase& config) {
     const HCTLock lock(config.mutex());
     auto tables = std::make_unique<ArchTables>();
     forEachMember(config.lookup("READ_ONLY_ATTRIBUTES"),
-                  [&](const std::string& name, const Setting&) { tables->readOnlyAttributes.insert(name); });
+                  [&](const std::string& name, const Setting&) { tables->attributes[name].readOnly = true; });
     forEachMember(config.lookup("IO_PIN_CONSTRAINTS"), [&](const std::string& name, const Setting& on) {
-        if (on.getType() == Setting::TypeBoolean && static_cast<bool>(on)) tables->ioPinConstraints.insert(name);
+        if (on.getType() == Setting::TypeBoolean && static_cast<bool>(on))
+            tables->attributes[name].ioPinConstraint = true;
     });
     forEachMember(config.lookup("ARCHITECTURES"), [&](const std::string& name, const Setting& entry) {
         if (entry.isGroup())
@@ -78,6 +82,11 @@ std::unique_ptr<const ArchTables> readArchTables(ConfigBase& config) {
     return tables;
 }
 
+AttributeFacts attributeFacts(const ArchTables& tables, std::string_view name) {
+    const auto found = tables.attributes.find(name);
+    return found == tables.attributes.end() ? AttributeFacts() : found->second;
+}
+
 const CellFacts* cellFacts(const HDNTBlock& block) {
     const HDNTLibrary* const library = block.getLibrary();
     if (!library) return nullptr;
@@ -86,34 +95,27 @@ const CellFacts* cellFacts(const HDNTBlock& block) {
     return found == cells.end() ? nullptr : &found->second;
 }
 
-// Looks something up under the lock of the description configuration.
-template <typename Find>
-static auto withDescriptions(const HDNTLibrary& library, Find&& find) {
-    ConfigBase& config = *library.getDescConfig();
-    HCTLock lock(config.mutex());
-    auto result = find(config);
-    lock.unlock();
-    return result;
-}
-
-static std::string textOf(const Setting* setting) {
-    return setting && setting->getType() == Setting::TypeString ? setting->c_str() : std::string();
-}
-
 PropertyContext propertyContext(const HDNTBlock* block) {
     const HDNTLibrary* const library = block ? block->getLibrary() : nullptr;
     if (!library) return {};
     const CellFacts* const facts = cellFacts(*block);
-    return {library, withDescriptions(*library, [&](ConfigBase& config) { return config.find({block->getName()}); }),
-            facts && facts->nibbleSizedHex};
+    return {library, facts && facts->nibbleSizedHex};
 }
 
-std::string describedText(const HDNTLibrary& library, const Setting& descriptions, const std::string& name) {
-    return withDescriptions(library, [&](ConfigBase& config) { return textOf(config.memberOf(descriptions, name)); });
+void forEachDescription(const HDNTLibrary& library, const std::string& block,
+                        const std::function<void(std::string_view, std::string_view)>& visit) {
+    ConfigBase& config = *library.getDescConfig();
+    const HCTLock lock(config.mutex());
+    forEachMember(config.find({block}), [&](const char* name, const Setting& text) {
+        if (text.getType() == Setting::TypeString) visit(name, text.c_str());
+    });
 }
 
 std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names) {
-    return withDescriptions(library, [&](ConfigBase& config) { return textOf(config.find(names)); });
+    ConfigBase& config = *library.getDescConfig();
+    const HCTLock lock(config.mutex());
+    const Setting* const text = config.find(names);
+    return text && text->getType() == Setting::TypeString ? text->c_str() : std::string();
 }
 
 } // namespace hdnt::model

@@ -2,21 +2,18 @@
 
 #include "hdnt/platform/TextHash.h"
 
+#include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 class ConfigBase;
 class HDNTBlock;
 class HDNTLibrary;
-
-namespace libconfig {
-class Setting;
-}
 
 // What the configuration files say, as the model's queries use it. Internal.
 namespace hdnt::model {
@@ -41,18 +38,25 @@ struct TextHash {
     using is_transparent = void;
     std::size_t operator()(std::string_view text) const { return platform::textHash(text); }
 };
-using NameSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
+
+/// What is said of the properties of one name.
+struct AttributeFacts {
+    bool readOnly = false;
+    bool ioPinConstraint = false;
+};
 
 /// The application configuration, translated once so that queries need neither a lock nor libconfig. An entry of
 /// another type than expected counts as absent.
 struct ArchTables {
     std::map<std::string, CellFacts, std::less<>> cells;
     std::map<std::string, ArchFacts, std::less<>> architectures;
-    NameSet readOnlyAttributes;
-    NameSet ioPinConstraints;
+    std::unordered_map<std::string, AttributeFacts, TextHash, std::equal_to<>> attributes;
     std::vector<std::string> masterDriverTypes;
     std::vector<std::string> pseudoDifferentialFunctions;
 };
+
+/// Neutral for a name of which nothing is said.
+AttributeFacts attributeFacts(const ArchTables& tables, std::string_view name);
 
 /// Takes the configuration's lock.
 std::unique_ptr<const ArchTables> readArchTables(ConfigBase& config);
@@ -63,14 +67,15 @@ const CellFacts* cellFacts(const HDNTBlock& block);
 /// What a property needs to know of the block that it is finalized in; the same for all its properties.
 struct PropertyContext {
     const HDNTLibrary* library = nullptr;
-    const libconfig::Setting* descriptions = nullptr; ///< of the block; null when there are none
     bool nibbleSizedHex = false;
 };
-/// The block may be null. As describedText(), if it has a library.
+/// The block may be null.
 PropertyContext propertyContext(const HDNTBlock* block);
 
-/// What the descriptions of a block say of a property; empty when nothing. Locks the configuration while it looks.
-std::string describedText(const HDNTLibrary& library, const libconfig::Setting& descriptions, const std::string& name);
+/// Calls visit(name, text) for each text that the library's description configuration has of a block, with the
+/// configuration locked. As describedText() otherwise.
+void forEachDescription(const HDNTLibrary& library, const std::string& block,
+                        const std::function<void(std::string_view, std::string_view)>& visit);
 
 /// The text that the library's description configuration has under a name within a name, and so on; empty when there is
 /// none. Locks the configuration while it looks; may read the file on first use and then throw HEXDataException.

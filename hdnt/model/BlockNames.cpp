@@ -70,4 +70,15 @@ void BlockNames::resize(std::size_t slots) {
     }
 }
 
+HDNTBlock* LateBlockNames::find(std::string_view name) const {
+    for (HDNTBlock* const block : waiting_) names_.add(block);
+    waiting_.clear();
+    return names_.find(name).block;
+}
+
+void LateBlockNames::clear() {
+    names_.clear();
+    waiting_ = {};
+}
+
 } // namespace hdnt::model

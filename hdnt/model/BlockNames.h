@@ -47,4 +47,17 @@ private:
     std::string names_; ///< of the blocks, end to end, each behind its length
 };
 
+/// The same for names that are hardly ever asked for: nothing is indexed before the first question.
+class HDNT_API LateBlockNames {
+public:
+    void add(HDNTBlock* block) { waiting_.push_back(block); }
+    /// The first block of that name, or null.
+    HDNTBlock* find(std::string_view name) const;
+    void clear();
+
+private:
+    mutable BlockNames names_;
+    mutable std::vector<HDNTBlock*> waiting_; ///< not yet in names_
+};
+
 } // namespace hdnt::model

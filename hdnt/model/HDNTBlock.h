@@ -160,6 +160,7 @@ private:
     bool applyAttribute(const HDNTBlockEntity& entity);
     void indexPins();
     void indexProperties();
+    void describeProperties(const HDNTLibrary& library);
     void findRedefinedPins(std::span<const hdnt::platform::NameIndex::Entry> buses,
                            std::vector<size_t>& redefined) const;
     HDNTNetlist* loadNetlist(const std::string& architecture);

@@ -74,6 +74,21 @@ void HDNTBlock::indexProperties() {
             property.finalize(context);
         }
     }
+    if (context.library) describeProperties(*context.library);
+}
+
+// One walk over what the configuration says of the block: libconfig searches a group from its start for each name. The
+// entries stand in the order of the properties as a rule.
+void HDNTBlock::describeProperties(const HDNTLibrary& library) {
+    size_t next = 0;
+    hdnt::model::forEachDescription(library, name_, [&](std::string_view name, std::string_view text) {
+        const auto isNamed = [&](const HDNTProperty* p) { return p && p->getIndex() >= 0 && p->getName() == name; };
+        HDNTProperty* property = next < properties_.size() ? properties_[next] : nullptr;
+        if (!isNamed(property)) property = getPropertyByName(std::string(name));
+        if (!isNamed(property)) return;
+        property->describe(text);
+        next = static_cast<size_t>(property->getIndex()) + 1;
+    });
 }
 
 // Splits `D[7]` into base name and bit; a name without brackets is its own base, bit -1. False for a bit that no pin's

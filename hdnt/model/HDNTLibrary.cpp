@@ -58,7 +58,7 @@ void HDNTLibrary::adopt(HDNTBlock* block) {
 }
 
 HDNTBlock* HDNTLibrary::getDeclaredBlock(const std::string& name) const {
-    return isIndexed() ? getTypeBlockByName(name, false) : adopted_.find(name).block;
+    return isIndexed() ? getTypeBlockByName(name, false) : adopted_.find(name);
 }
 
 void HDNTLibrary::addDroppedMapping(DroppedMapping mapping) {
@@ -72,7 +72,6 @@ void HDNTLibrary::finalize() {
     const HUTMemWatcher watcher("HDNTLibrary::finalize", name_);
     names_.reserve(blocks_.size());
     for (HDNTBlock* block : blocks_) index(block);
-    sortNames();
     adopted_.clear();
 }
 
@@ -95,12 +94,16 @@ static bool precedes(std::string_view a, std::string_view b) {
     });
 }
 
-void HDNTLibrary::sortNames() {
-    sortedNames_.resize(names_.blocks().size());
-    std::iota(sortedNames_.begin(), sortedNames_.end(), 0U);
-    std::sort(sortedNames_.begin(), sortedNames_.end(), [this](uint32_t a, uint32_t b) {
+const std::vector<uint32_t>& HDNTLibrary::sortedNames() const {
+    const std::lock_guard lock(sortedNamesMutex_);
+    if (sortedNames_.size() == names_.blocks().size()) return sortedNames_;
+    std::vector<uint32_t> sorted(names_.blocks().size());
+    std::iota(sorted.begin(), sorted.end(), 0U);
+    std::sort(sorted.begin(), sorted.end(), [this](uint32_t a, uint32_t b) {
         return precedes(names_.blocks()[a]->getName(), names_.blocks()[b]->getName());
     });
+    sortedNames_ = std::move(sorted);
+    return sortedNames_;
 }
 
 void HDNTLibrary::check() {
@@ -126,12 +129,12 @@ HDNTBlock* HDNTLibrary::getTypeBlockByName(const std::string& name, bool searchP
 bool HDNTLibrary::getTypeBlocksBeginWith(const std::string& prefix, std::vector<HDNTBlock*>& out,
                                          bool searchParents) const {
     if (prefix.empty()) return false;
-    auto name = std::lower_bound(sortedNames_.begin(), sortedNames_.end(), prefix,
-                                 [this](uint32_t entry, const std::string& wanted) {
-                                     return precedes(names_.blocks()[entry]->getName(), wanted);
-                                 });
+    const std::vector<uint32_t>& names = sortedNames();
+    auto name = std::lower_bound(names.begin(), names.end(), prefix, [this](uint32_t entry, const std::string& wanted) {
+        return precedes(names_.blocks()[entry]->getName(), wanted);
+    });
     bool any = false;
-    for (; name != sortedNames_.end(); ++name) {
+    for (; name != names.end(); ++name) {
         HDNTBlock* const named = names_.blocks()[*name];
         if (!HSTStringUtils::istarts_with(named->getName(), prefix)) break;
         out.push_back(answerOf({named, *name}));
@@ -205,9 +208,9 @@ static const hdnt::model::ArchFacts& archFacts(const HDNTLibrary& library, const
 std::string HDNTLibrary::getSimDeviceString(const std::string& arch) const { return archFacts(*this, arch).simDevice; }
 std::string HDNTLibrary::getMasterArchitecture(const std::string& arch) const { return archFacts(*this, arch).master; }
 bool HDNTLibrary::isIOPinConstr(const std::string& name) const {
-    return getArchTables().ioPinConstraints.contains(name);
+    return hdnt::model::attributeFacts(getArchTables(), name).ioPinConstraint;
 }
 bool HDNTLibrary::isReadOnlyAttribute(const std::string& name) const {
-    return getArchTables().readOnlyAttributes.contains(name);
+    return hdnt::model::attributeFacts(getArchTables(), name).readOnly;
 }
 void HDNTLibrary::getMasterDriverTypes(std::vector<std::string>& out) const { out = getArchTables().masterDriverTypes; }

@@ -150,15 +150,16 @@ private:
     void adopt(HDNTBlock* block);
     bool isIndexed() const { return !names_.blocks().empty(); }
     void index(HDNTBlock* block);
-    void sortNames();
+    const std::vector<uint32_t>& sortedNames() const;
     HDNTBlock* answerOf(const hdnt::model::BlockNames::Entry& name) const;
 
     std::string name_;
     std::vector<HDNTBlock*> blocks_;
     std::vector<HDNTFunctionDecl*> functions_;
-    hdnt::model::BlockNames names_;     ///< of finalize()
-    std::vector<uint32_t> sortedNames_; ///< positions in names_, by upper-cased name
-    hdnt::model::BlockNames adopted_;   ///< until they are indexed
+    hdnt::model::BlockNames names_;             ///< of finalize()
+    mutable std::vector<uint32_t> sortedNames_; ///< positions in names_, by upper-cased name; made when first asked for
+    mutable std::mutex sortedNamesMutex_;
+    hdnt::model::LateBlockNames adopted_; ///< until they are indexed
     std::vector<DroppedMapping> droppedMappings_;
     std::set<std::tuple<std::string, const char*, int, int>> droppedPlaces_;
     std::deque<std::string> groupAbbrevs_;

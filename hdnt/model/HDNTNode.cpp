@@ -61,7 +61,9 @@ void HDNTNode::setLocation(const yyltype& location) {
     hasLocation_ = true;
 }
 
-bool HDNTNode::isMultipleInstances(const std::string& name) const { return name.find_first_of("[]") != name.npos; }
+bool HDNTNode::isMultipleInstances(const std::string& name) const {
+    return std::any_of(name.begin(), name.end(), [](char c) { return c == '[' || c == ']'; });
+}
 
 bool HDNTNode::checkValidMultipleInstFormat(const std::string& name, std::string& baseName, int& first,
                                             int& second) const {

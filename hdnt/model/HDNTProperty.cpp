@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <utility>
 
 using Type = HATAttrTypes::AttrType;
 
@@ -82,16 +83,19 @@ void HDNTProperty::check() {
         HDNTError::PropertyDefaultNotInList(getLocation(), getName().c_str());
 }
 
-void HDNTProperty::finalize() { finalize(hdnt::model::propertyContext(getBlock())); }
+void HDNTProperty::finalize() {
+    const HDNTBlock* const block = getBlock();
+    finalize(hdnt::model::propertyContext(block));
+    const HDNTLibrary* const library = block ? block->getLibrary() : nullptr;
+    if (library) describe(hdnt::model::describedText(*library, {block->getName(), getName()}));
+}
 
 void HDNTProperty::finalize(const hdnt::model::PropertyContext& context) {
     if (context.library) {
-        const bool constraint = context.library->isIOPinConstr(getName());
-        if (constraint)
+        const auto facts = hdnt::model::attributeFacts(context.library->getArchTables(), getName());
+        if (facts.ioPinConstraint)
             for (const int sourceType : {2, 12, 11, 8}) spec_.removeAllowedSourceType(sourceType);
-        spec_.setReadOnly(constraint || context.library->isReadOnlyAttribute(getName()));
-        if (context.descriptions)
-            setDescription(hdnt::model::describedText(*context.library, *context.descriptions, getName()));
+        spec_.setReadOnly(facts.ioPinConstraint || facts.readOnly);
     }
     if (getType() != Type::TypeBitHex) return;
     if (getBitWidth() % 4 != 0) nibbleSized_ = context.nibbleSizedHex;
@@ -114,11 +118,10 @@ void HDNTProperty::completeHexRange() {
     spec_.setHexRange(low, high);
 }
 
-void HDNTProperty::setDescription(const std::string& text) {
+void HDNTProperty::describe(std::string_view text) {
     if (text.empty()) return;
-    if (!describedByConfig_) declaredDescription_ = HSTUniqString(spec_.getDescription());
-    describedByConfig_ = true;
-    spec_.setDescription(text);
+    std::unique_ptr<const std::string> before = spec_.exchangeDescription(text);
+    if (!std::exchange(describedByConfig_, true)) declaredDescription_ = std::move(before);
 }
 
 bool HDNTProperty::isMinDeclared() const {

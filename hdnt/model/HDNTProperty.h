@@ -33,8 +33,9 @@ public:
     /// Takes read-only flag and description from the configuration, and completes the range of a hex property. Called
     /// for the properties of blocks, not for those of buses.
     void finalize() override;
-    /// The same where the block's part of it is known. Internal.
+    /// Internal: the same where the block's part of it is known, but for the description; and that.
     void finalize(const hdnt::model::PropertyContext& context);
+    void describe(std::string_view text);
     /// Writes the declaration as one line of text to standard output, indented by 4.
     virtual void print();
     virtual void accept(HDNTVisitor& visitor);
@@ -65,7 +66,9 @@ public:
     /// The description of the declaration, also when finalize() put that of the configuration in its place; empty when
     /// there was none.
     const std::string& getDeclaredDescription() const {
-        return describedByConfig_ ? declaredDescription_.str() : spec_.getDescription();
+        return declaredDescription_ ? *declaredDescription_
+               : describedByConfig_ ? HSTUniqString().str()
+                                    : spec_.getDescription();
     }
 
     void setBitWidth(int bits) { spec_.setBitWidth(bits); }
@@ -123,11 +126,10 @@ public:
     static std::string getTypeName(HATAttrTypes::AttrType type);
 
 private:
-    void setDescription(const std::string& text);
     void completeHexRange();
 
     HATAttrSpec spec_;
-    HSTUniqString declaredDescription_; ///< set once describedByConfig_ is
+    std::unique_ptr<const std::string> declaredDescription_; ///< set once describedByConfig_ is; null when empty
     int index_ = -1;
     bool describedByConfig_ = false;
     bool minCompleted_ = false;

@@ -127,6 +127,12 @@ void HATAttrSpec::putText(Facet facet, HSTUniqString value) {
     release(old);
 }
 
+const std::string& HATAttrSpec::getDescription() const { return description_ ? *description_ : HSTUniqString().str(); }
+
+std::unique_ptr<const std::string> HATAttrSpec::exchangeDescription(std::string_view text) {
+    return std::exchange(description_, text.empty() ? nullptr : std::make_unique<const std::string>(text));
+}
+
 void HATAttrSpec::appendText(Facet list, HSTUniqString value) {
     append(list, bitsOf(value.id()));
     value.detach();
@@ -192,6 +198,7 @@ void HATAttrSpec::setBinaryRange(std::string_view low, std::string_view high) {
 }
 
 void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
+    spec.description_ = std::move(description_);
     put(WidthAndPrecision, pack(width_, precision_), pack(0, DefaultPrecision));
     if (!items_.empty()) present_ |= 1U << list_;
     if (!unit_.empty()) present_ |= 1U << UnitList;
@@ -217,13 +224,14 @@ void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
 }
 
 void HATAttrSpec::Draft::clear() noexcept {
-    for (unsigned facet = FirstText; facet < FirstList; ++facet)
-        if (present_ >> facet & 1U) release(slots_[facet]);
+    constexpr std::uint32_t texts = (1U << FirstList) - (1U << FirstText);
+    for (std::uint32_t rest = present_ & texts; rest != 0; rest &= rest - 1) release(slots_[std::countr_zero(rest)]);
     if (list_ >= FirstTextList)
         for (const std::uint64_t item : items_) release(item);
     items_.clear();
     list_ = NumFacets;
     unit_ = HSTUniqString();
+    description_.reset();
     width_ = 0;
     precision_ = DefaultPrecision;
     present_ = 0;

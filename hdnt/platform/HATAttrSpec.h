@@ -7,21 +7,22 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
 /// An attribute: its name, type, range or allowed values, default, width, unit, flags.
 ///
-/// A library holds tens of thousands, each with three or four facets set. So an object is a name, a word of flags, a
-/// mask of the facets that are set and one packed array of just those, 8 bytes each; a facet set to what it would be
-/// anyway takes nothing. Object and array together take for a bool 24 bytes; int with range and default 40; double with
-/// range, default and precision, or hex with width, range and default, 56; string with default and four values 72. The
-/// texts themselves are shared in the pool.
+/// A library holds tens of thousands, each with three or four facets set. So an object is a name, a description, a word
+/// of flags, a mask of the other facets that are set and one packed array of just those, 8 bytes each; a facet set to
+/// what it would be anyway takes nothing. Object and array together take for a bool 32 bytes; int with range and
+/// default 48; double with range, default and precision, or hex with width, range and default, 64; string with default
+/// and four values 80. The texts themselves are shared in the pool, but for descriptions.
 ///
 /// Every facet may be set and read whatever the type is; facets of other types do not interfere. Setters replace, `add`
 /// operations append, in order and without looking for duplicates. Texts are stored as given and may hold NUL bytes;
-/// what comes back by reference is valid until that facet is set again, and is the same object for equal texts. Any
-/// number of threads may read an object that none changes.
+/// what comes back by reference is valid until that facet is set again, and is the same object for equal texts but for
+/// descriptions. Any number of threads may read an object that none changes.
 class HDNT_API HATAttrSpec {
 public:
     /// The kind is the host's business and only kept, in 8 bits.
@@ -56,8 +57,10 @@ public:
     void setUnitDefault(std::string_view unit) { putText(UnitDefault, HSTUniqString(unit)); }
     const std::string& getUnitDefault() const { return text(UnitDefault); }
 
-    void setDescription(std::string_view description) { putText(Description, HSTUniqString(description)); }
-    const std::string& getDescription() const { return text(Description); }
+    void setDescription(std::string_view text) { exchangeDescription(text); }
+    const std::string& getDescription() const;
+    /// Sets the description and gives back the one before, for whom it stays where it is; null for an empty one.
+    std::unique_ptr<const std::string> exchangeDescription(std::string_view text);
 
     /// Source types are HATSrcInfo codes; all are allowed at first, codes outside 0 to 31 never.
     void removeAllowedSourceType(int sourceType);
@@ -152,8 +155,7 @@ private:
         DoubleHigh,
         DoubleDefault,
         FirstText,
-        Description = FirstText,
-        UnitDefault,
+        UnitDefault = FirstText,
         StringDefault,
         HexLow,
         HexHigh,
@@ -200,6 +202,7 @@ private:
     HATValueIter<T>* makeIter(Facet list) const;
 
     HSTUniqString name_;
+    std::unique_ptr<const std::string> description_; ///< hardly ever the same twice, so not shared; null when empty
     std::uint64_t* slots_ = nullptr;
     std::uint32_t present_ = 0;
     std::uint16_t flags_ = 0;

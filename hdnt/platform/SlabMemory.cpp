@@ -41,6 +41,7 @@ struct alignas(64) Slab {
     Slab* previous = nullptr;
     FreeObject* freed = nullptr;                      ///< objects that were used before
     char* unused = reinterpret_cast<char*>(this + 1); ///< from here on nothing was used so far
+    char* untouched = reinterpret_cast<char*>(this);  ///< from here on the system has given no pages so far
     std::size_t objects = 0;
 
     bool isFull(std::size_t size) const {
@@ -49,7 +50,16 @@ struct alignas(64) Slab {
     void* take(std::size_t size) {
         ++objects;
         if (freed) return std::exchange(freed, freed->next);
+        if (unused + size > untouched) touchMore();
         return std::exchange(unused, unused + size);
+    }
+    // One page fault at a time costs more than a page's worth of objects; so pages come some at once.
+    void touchMore() {
+        constexpr std::size_t step = slabBytes / 8;
+#ifdef MADV_POPULATE_WRITE
+        madvise(untouched, step, MADV_POPULATE_WRITE);
+#endif
+        untouched += step;
     }
     void put(void* object) {
         --objects;
@@ -60,18 +70,14 @@ struct alignas(64) Slab {
     }
 };
 
-// One page fault at a time costs more than a page's worth of objects; a size in demand gets all pages of a slab at
-// once. The system gives pages, so a range of twice the size is asked for and what stands over at both ends given back.
-Slab* newSlab(bool inDemand) {
+// The system gives pages, so a range of twice the size is asked for and what stands over at both ends given back.
+Slab* newSlab() {
     void* const range = mmap(nullptr, 2 * slabBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (range == MAP_FAILED) throw std::bad_alloc();
     char* const begin = static_cast<char*>(range);
     const std::size_t before = -reinterpret_cast<std::uintptr_t>(begin) & (slabBytes - 1);
     if (before > 0) munmap(begin, before);
     munmap(begin + before + slabBytes, slabBytes - before);
-#ifdef MADV_POPULATE_WRITE
-    if (inDemand) madvise(begin + before, slabBytes, MADV_POPULATE_WRITE);
-#endif
     return new (begin + before) Slab;
 }
 
@@ -80,10 +86,7 @@ class Slabs {
 public:
     void* allocate(std::size_t size) {
         const std::lock_guard lock(lock_);
-        if (!first_) {
-            link(newSlab(slabs_ > 0));
-            ++slabs_;
-        }
+        if (!first_) link(newSlab());
         Slab* const slab = first_;
         void* const object = slab->take(size);
         if (slab->isFull(size)) unlink(slab);
@@ -97,7 +100,6 @@ public:
         slab->put(object);
         if (slab->objects > 0 || (slab == first_ && !slab->next)) return;
         unlink(slab);
-        --slabs_;
         munmap(slab, slabBytes);
     }
 
@@ -114,7 +116,6 @@ private:
 
     SpinLock lock_;
     Slab* first_ = nullptr;
-    std::size_t slabs_ = 0; ///< full ones included
 };
 
 // Constant-initialised and never destroyed: objects may be deleted while the process exits.

@@ -50,7 +50,7 @@ TEST(HATAttrSpec, StaysCompact) {
         void* only;
     };
     static_assert(sizeof(Derived) == sizeof(void*));
-    static_assert(sizeof(HATAttrSpec) == 24);
+    static_assert(sizeof(HATAttrSpec) == 32);
     HATAttrSpec spec(Types::TypeInt, 0);
     spec.setIntRange(INT_MIN, INT_MAX);
     spec.setDoubleDefault(0.0);
@@ -61,7 +61,7 @@ TEST(HATAttrSpec, StaysCompact) {
     spec.setIntRange(1, 8);
     spec.setIntDefault(3);
     spec.setDescription("d");
-    EXPECT_EQ(spec.packedBytes(), 24U);
+    EXPECT_EQ(spec.packedBytes(), 16U);
 }
 
 // Every facet next to every other, set in any order and more than once, against plain variables.
