@@ -13,6 +13,7 @@
 #include "hdnt/model/HDNTFlags.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTNode.h"
+#include "hdnt/model/HDNTNodeWatch.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTPrimGroup.h"
 #include "hdnt/model/HDNTProperty.h"

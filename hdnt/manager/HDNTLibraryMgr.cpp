@@ -135,6 +135,12 @@ HDNTLibrary* HDNTLibraryMgr::getSimulationLibrary() {
     return manager.m_libraries[simulationKey] = library;
 }
 
+std::unique_ptr<HDNTLibrary> HDNTLibraryMgr::giveAway(HDNTLibrary* library) {
+    if (std::erase(m_ownedLibraries, library) == 0) return nullptr;
+    std::erase_if(m_libraries, [&](const auto& entry) { return entry.second == library; });
+    return std::unique_ptr<HDNTLibrary>(library);
+}
+
 // The library may be cached under other keys too, as when a missing file gave its parent.
 void HDNTLibraryMgr::deleteSimulationLibrary() {
     HDNTLibrary* const library = m_libraries[simulationKey];

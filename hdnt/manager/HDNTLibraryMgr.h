@@ -3,6 +3,7 @@
 #include "hdnt/platform/Export.h"
 
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -50,6 +51,10 @@ public:
     static HDNTLibrary* getCommonLibrary();
     /// The simulation library, over the common one.
     static HDNTLibrary* getSimulationLibrary();
+
+    /// Gives a library away: it belongs to the caller, who deletes it on the loading thread and before its parent, and
+    /// the manager forgets it. Null when it is not the manager's.
+    std::unique_ptr<HDNTLibrary> giveAway(HDNTLibrary* library);
 
     void deleteSimulationLibrary();
     static void releaseSimulationLibrary();

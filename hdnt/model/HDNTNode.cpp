@@ -50,7 +50,9 @@ bool parseRangedName(const std::string& name, RangedName& out) {
 void* HDNTNode::operator new(std::size_t size) { return hdnt::platform::allocateObject(size); }
 void HDNTNode::operator delete(void* object, std::size_t size) noexcept { hdnt::platform::freeObject(object, size); }
 
-HDNTNode::~HDNTNode() = default;
+HDNTNode::~HDNTNode() {
+    if (watched_) tellOfDeath();
+}
 void HDNTNode::check() {}
 void HDNTNode::finalize() {}
 

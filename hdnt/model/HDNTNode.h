@@ -3,6 +3,7 @@
 #include "hdnt/frontend/yyltype.h"
 #include "hdnt/platform/Export.h"
 
+#include <atomic>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -97,10 +98,27 @@ protected:
     bool rangeOf(const std::string& name, std::string& baseName, int& first, int& last) const;
 
 private:
+    friend class HDNTNodeWatch;
+
+    /// Whether somebody wants to know of the end of this very object; copies begin without.
+    class WatchFlag {
+    public:
+        WatchFlag() = default;
+        WatchFlag(const WatchFlag&) noexcept {}
+        WatchFlag& operator=(const WatchFlag&) = delete;
+        void set() const { on_.store(true, std::memory_order_relaxed); }
+        explicit operator bool() const { return on_.load(std::memory_order_relaxed); }
+
+    private:
+        mutable std::atomic<bool> on_ = false;
+    };
+    void tellOfDeath() const noexcept;
+
     HDNTNode* parent_ = nullptr;
     mutable yyltype location_{};
     bool hasLocation_ = false;
     HDNTNodeKind kind_ = HDNTNodeKind::Other;
+    WatchFlag watched_;
 };
 
 /// The node as one of a class of the model, or null when it is none or null itself. What dynamic_cast answers, without

@@ -55,5 +55,28 @@ done
 cmp "$work/first.txt" "$work/second.txt" || fail "programs built with pkg-config print something else"
 
 [ -x "$work/prefix/bin/ntl" ] && (cd / && "$work/prefix/bin/ntl" check >/dev/null)
+# The Python package, with nothing but the folder it was installed into; a build without it installs none.
+package=$(find "$work/prefix" -type d -path '*-packages/hdnt')
+if [ -n "$package" ]; then
+    (cd / && PYTHONPATH=$(dirname "$package") /usr/bin/python3 -c '
+import hdnt, os, sys
+assert hdnt.__file__.startswith(sys.argv[1]), hdnt.__file__
+assert hdnt.common()["FLOP_RISE"].location.file.startswith(os.path.realpath(sys.argv[1]))
+assert all(hdnt.check_all())' "$work/prefix") || fail "the Python package does not work where it is installed"
+fi
+# The Tcl package likewise.
+package=$(find "$work/prefix" -name pkgIndex.tcl)
+if [ -n "$package" ] && command -v tclsh8.6 >/dev/null; then
+    cat >"$work/stranger.tcl" <<'END'
+package require hdnt
+set place [dict get [[hdnt::common] block FLOP_RISE location] file]
+if {![string match [file normalize [lindex $argv 0]]/* $place]} {error $place}
+foreach one [hdnt::check_all {}] {
+    if {![dict get $one ok]} {error $one}
+}
+END
+    (cd / && TCLLIBPATH=$(dirname "$(dirname "$package")") tclsh8.6 "$work/stranger.tcl" "$work/prefix") ||
+        fail "the Tcl package does not work where it is installed"
+fi
 readelf -d "$work/prefix/lib/libhdnt.so" | grep -q 'SONAME.*libhdnt\.so\.0' || fail "the library has no soname"
 echo "install test: passed"

@@ -1,0 +1,258 @@
+#include "bindings/python/LoadSection.h"
+#include "bindings/python/Types.h"
+#include "bindings/python/View.h"
+#include "hdnt/frontend/Scanner.h"
+#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/netlist/HDNTFunctionDecl.h"
+#include "hdnt/platform/HPAParamMgr.h"
+
+#include <pybind11/stl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <optional>
+
+namespace hdnt::python {
+
+namespace {
+
+Handle* libraryAt(const py::handle& self) { return handleOf(self, typeOf(HDNTNodeKind::Library)); }
+HDNTLibrary& libraryOf(const Use& use) { return use.as<HDNTLibrary>(); }
+py::object object(PyObject* reference) { return py::reinterpret_steal<py::object>(reference); }
+
+PyObject* parent(PyObject* self, void*) noexcept {
+    return guarded([&] {
+        const Use use(self);
+        PyObject* const above = use.library()->state->parentObject;
+        return Py_NewRef(above ? above : Py_None);
+    });
+}
+
+PyObject* path(PyObject* self, void*) noexcept {
+    return guarded([&] { return toPython(OrNone{reinterpret_cast<Handle*>(self)->state->path}); });
+}
+
+PyObject* warnings(PyObject* self, void*) noexcept {
+    return Py_NewRef(reinterpret_cast<Handle*>(self)->state->warnings.ptr());
+}
+
+PyObject* isClosed(PyObject* self, void*) noexcept {
+    return PyBool_FromLong(isDead(reinterpret_cast<Handle*>(self)) ? 1 : 0);
+}
+
+PyObject* functions(PyObject* self, void*) noexcept {
+    return guarded([&] {
+        const Use use(self);
+        py::tuple all(libraryOf(use).getNumFunctionDecls());
+        for (size_t i = 0; i < all.size(); ++i) all[i] = object(wrap(libraryOf(use).getFunctionDecl(i), use.library()));
+        return all.release().ptr();
+    });
+}
+
+py::object droppedMappings(HDNTLibrary& library) {
+    py::list dropped;
+    for (const HDNTLibrary::DroppedMapping& mapping : library.getDroppedMappings())
+        dropped.append(py::make_tuple(textObject(mapping.blockName), textObject(mapping.reason),
+                                      object(toPython(mapping.location))));
+    return py::tuple(dropped);
+}
+
+PyGetSetDef fields[] = {
+    field<&HDNTLibrary::getName>("name", "The name in its text."),
+    {"parent", parent, nullptr, "The library that it extends; None without one.", nullptr},
+    {"path", path, nullptr,
+     "What it was loaded from; None for libraries that the manager found. Needs no live library.", nullptr},
+    {"warnings", warnings, nullptr, "Tuple of what was said while it was loaded. Needs no live library.", nullptr},
+    {"closed", isClosed, nullptr, "Whether it is gone.", nullptr},
+    {"blocks", viewOf<scripts::ownBlocks>, nullptr, "Its own blocks, as a sequence that is also asked by name.",
+     nullptr},
+    {"all_blocks", viewOf<scripts::allBlocks>, nullptr, "Its own blocks, then those of its parents.", nullptr},
+    {"functions", functions, nullptr, "Tuple of its own function declarations.", nullptr},
+    field<droppedMappings>("dropped_mappings", "Mappings whose block was not found: (block name, reason, Location)."),
+    noMoreFields};
+
+Py_ssize_t sizeOf(PyObject* self) noexcept {
+    try {
+        const Use use(self);
+        return static_cast<Py_ssize_t>(libraryOf(use).getNumTypeBlocks(false));
+    } catch (...) {
+        setPythonError();
+        return -1;
+    }
+}
+
+PyObject* subscript(PyObject* self, PyObject* key) noexcept {
+    return guarded([&]() -> PyObject* {
+        const Use use(self);
+        HDNTBlock* const block = PyUnicode_Check(key) ? libraryOf(use).getTypeBlockByName(textOf(key), false) : nullptr;
+        if (block) return wrap(block, use.library());
+        PyErr_SetObject(PyExc_KeyError, key);
+        return nullptr;
+    });
+}
+
+int contains(PyObject* self, PyObject* key) noexcept {
+    try {
+        const Use use(self);
+        return PyUnicode_Check(key) && libraryOf(use).getTypeBlockByName(textOf(key), false) ? 1 : 0;
+    } catch (...) {
+        setPythonError();
+        return -1;
+    }
+}
+
+PyObject* iterate(PyObject* self) noexcept {
+    return guarded([&] {
+        const Use use(self);
+        return iterateNames(self);
+    });
+}
+
+py::object find(const py::object& self, const py::object& name) {
+    const Use use(libraryAt(self));
+    return object(wrap(libraryOf(use).getTypeBlockByName(textOf(name), true), use.library()));
+}
+
+py::list startingWith(const py::object& self, const py::object& prefix, bool withParents) {
+    const Use use(libraryAt(self));
+    std::vector<HDNTBlock*> blocks;
+    libraryOf(use).getTypeBlocksBeginWith(textOf(prefix), blocks, withParents);
+    py::list list;
+    for (HDNTBlock* block : blocks) list.append(object(wrap(block, use.library())));
+    return list;
+}
+
+void close(const py::object& self) {
+    Handle* const library = libraryAt(self);
+    if (isDead(library)) return;
+    if (!library->state->owned)
+        throw std::runtime_error("this library belongs to the manager: hdnt.release() releases those");
+    closeLibrary(library);
+}
+
+std::string pathOf(const py::object& path) {
+    PyObject* bytes = nullptr;
+    if (!PyUnicode_FSConverter(path.ptr(), &bytes)) throw py::error_already_set();
+    const py::object owner = object(bytes);
+    struct stat status {};
+    std::string text = PyBytes_AS_STRING(bytes);
+    if (stat(text.c_str(), &status) == 0) return text;
+    PyErr_SetFromErrnoWithFilenameObject(PyExc_OSError, path.ptr());
+    throw py::error_already_set();
+}
+
+py::object load(const py::object& from, const py::object& above, bool check) {
+    const std::string path = pathOf(from);
+    std::optional<Use> parentUse;
+    if (!above.is_none()) parentUse.emplace(libraryAt(above));
+    std::unique_ptr<HDNTLibrary> library;
+    std::vector<Said> notices;
+    inSection(
+        above.is_none() ? LoadSection::Quiet : LoadSection::Changes, path,
+        [&] { library = scripts::loadFrom(path, parentUse ? &libraryOf(*parentUse) : nullptr, check); }, &notices);
+    HDNTLibrary& loaded = *library;
+    py::object result = object(wrapLibrary(loaded, std::move(library)));
+    LibraryState& state = *libraryAt(result)->state;
+    state.path = path;
+    state.warnings = diagnosticsOf(notices);
+    return result;
+}
+
+py::object managed(HDNTLibrary* (*get)(), const char* name) {
+    py::object result;
+    std::vector<Said> notices;
+    inSection(
+        LoadSection::Changes, name,
+        [&] {
+            HDNTLibrary& library = *get();
+            const InterpreterLock lock;
+            result = object(wrapLibrary(library));
+        },
+        &notices);
+    if (!notices.empty()) libraryAt(result)->state->warnings = diagnosticsOf(notices);
+    return result;
+}
+
+void releaseManaged() {
+    bool released = true;
+    {
+        const LoadSection section(LoadSection::Changes);
+        const InterpreterLock lock;
+        released = closeManagedLibraries();
+        if (released) HDNTLibraryMgr::releaseLibraries();
+    }
+    if (!released) throw std::runtime_error("a library of the manager is in use by an operation that is under way");
+}
+
+PyType_Slot slot(int id, void* function) { return {id, function}; }
+
+void addFunctions(py::module_& module) {
+    module.def("load", load, py::arg("path"), py::arg("parent") = py::none(), py::kw_only(), py::arg("check") = false);
+    module.def(
+        "common", [] { return managed(HDNTLibraryMgr::getCommonLibrary, "common"); },
+        "The common library, which belongs to the manager; loaded once.");
+    module.def(
+        "simulation", [] { return managed(HDNTLibraryMgr::getSimulationLibrary, "simulation"); },
+        "The simulation library over the common one, which belongs to the manager; loaded once.");
+    module.def("release", releaseManaged,
+               "Releases all libraries of the manager; the next question for one loads it again.");
+    module.def(
+        "parameter", [](const std::string& name) { return HPAParamMgr::getParamMgr()->getValueAsBool(name); },
+        py::arg("name"), "Whether a parameter of the process is on, as in \"ntl.enableMapLib\".");
+    module.def(
+        "set_parameter",
+        [](const std::string& name, const std::optional<bool>& value) {
+            if (value) HPAParamMgr::getParamMgr()->setValueAsBool(name, *value);
+            else HPAParamMgr::getParamMgr()->unset(name);
+        },
+        py::arg("name"), py::arg("value"), "Sets a parameter; None leaves it to the environment again.");
+    module.def(
+        "architecture", [] { return HDNTLibraryMgr::getLibraryMgr()->m_architecture; },
+        "The current architecture; empty when there is none.");
+    module.def(
+        "set_architecture",
+        [](const std::string& name) {
+            const LoadSection section(LoadSection::Changes);
+            HDNTLibraryMgr::getLibraryMgr()->m_architecture = name;
+        },
+        py::arg("name"), "Sets the current architecture, which decides on mappings from map libraries.");
+    module.def(
+        "add_search_directory",
+        [](const py::object& directory) {
+            const std::string path = pathOf(directory);
+            const LoadSection section(LoadSection::Quiet);
+            NtlAddSearchDirectory(path);
+        },
+        py::arg("path"), "Appends a directory in which INCLUDE and INLINE look for files.");
+    module.def(
+        "error_count", [] { return HDNTError::numErrors; },
+        "The process-wide count of errors, which loads from here leave as it was.");
+    module.def(
+        "live_handles", [] { return wpx::pyinfra::py_native_cache::all().size(); },
+        "How many Python objects stand for model objects now.");
+    module.def("_tool", scripts::toolPath, "Where the command-line tool is that was built with the library.");
+}
+
+} // namespace
+
+void addLibraryType(py::module_& module) {
+    const py::object type = makeType(
+        module, "Library", HDNTNodeKind::Library, fields, "A library: a mapping from names to its own blocks.",
+        nodeType(),
+        {slot(Py_mp_length, reinterpret_cast<void*>(sizeOf)), slot(Py_mp_subscript, reinterpret_cast<void*>(subscript)),
+         slot(Py_sq_contains, reinterpret_cast<void*>(contains)), slot(Py_tp_iter, reinterpret_cast<void*>(iterate))});
+    const auto method = [&](const char* name, auto&& function, auto&&... more) {
+        type.attr(name) = py::cpp_function(function, py::name(name), py::is_method(type), more...);
+    };
+    method("find", find, py::arg("name"), "The block of that name, also of a parent; None when there is none.");
+    method("starting_with", startingWith, py::arg("prefix"), py::arg("parents") = true,
+           "List of the blocks whose names begin so, by name; with those of the parents unless told otherwise.");
+    method("close", close,
+           "Ends the library: it and all that was got from it are dead. Nothing happens the second time.");
+    method("__enter__", [](const py::object& self) { return self; });
+    method("__exit__", [](const py::object& self, const py::args&) { close(self); });
+    addFunctions(module);
+}
+
+} // namespace hdnt::python

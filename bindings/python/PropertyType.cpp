@@ -1,0 +1,136 @@
+#include "bindings/python/Convert.h"
+#include "bindings/python/Types.h"
+#include "bindings/shared/PropertyFacts.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTProperty.h"
+
+#include <array>
+#include <climits>
+
+namespace hdnt::python {
+
+using Type = HATAttrTypes::AttrType;
+
+PyObject* typeWord(Type type) {
+    static std::array<PyObject*, 9> words{};
+    PyObject*& word = words.at(static_cast<size_t>(type));
+    if (!word) word = toPython(HDNTProperty::getTypeName(type));
+    return word;
+}
+
+namespace {
+
+using scripts::isBits;
+
+py::object object(PyObject* reference) { return py::reinterpret_steal<py::object>(reference); }
+
+Word typeName(HDNTProperty& property) { return {typeWord(property.getType())}; }
+int typeNumber(HDNTProperty& property) { return static_cast<int>(property.getType()); }
+py::object defaultValue(HDNTProperty& property) { return object(scripts::defaultOf(property, anyToPython)); }
+py::object minimum(HDNTProperty& property) { return object(scripts::minimumOf(property, anyToPython)); }
+py::object maximum(HDNTProperty& property) { return object(scripts::maximumOf(property, anyToPython)); }
+py::object values(HDNTProperty& property) { return object(scripts::valuesOf(property, anyToPython)); }
+
+py::object width(HDNTProperty& property) {
+    return isBits(property) ? py::object(py::int_(property.getBitWidth())) : py::none();
+}
+py::object adjustedWidth(HDNTProperty& property) {
+    return isBits(property) ? py::object(py::int_(property.getAdjustedBitWidth())) : py::none();
+}
+py::object precision(HDNTProperty& property) {
+    return property.getType() == Type::TypeDouble ? py::object(py::int_(property.getPrecision())) : py::none();
+}
+py::object units(HDNTProperty& property) {
+    const HATAttrSpec& spec = *property.getAttrSpec();
+    return spec.hasUnit() ? textObject(spec.getUnitDefault()) : py::none();
+}
+OrNone description(HDNTProperty& property) { return {property.getAttrSpec()->getDescription()}; }
+OrNone declaredDescription(HDNTProperty& property) { return {property.getDeclaredDescription()}; }
+
+// The bus for a property of pins.
+HDNTNode* owner(HDNTProperty& property) { return property.getParent(); }
+
+bool isTest(HDNTProperty& property) { return property.getAttrSpec()->isTest(); }
+bool isSimulation(HDNTProperty& property) { return property.getAttrSpec()->isSimulation(); }
+bool isConstraintsOnly(HDNTProperty& property) { return property.getAttrSpec()->isConstraintsOnly(); }
+bool isReadOnly(HDNTProperty& property) { return property.getAttrSpec()->isReadOnly(); }
+bool isHidden(HDNTProperty& property) { return !property.getAttrSpec()->isVisible(); }
+bool isPadConstraint(HDNTProperty& property) { return scripts::isPadConstraint(property); }
+
+PyGetSetDef fields[] = {
+    field<&HDNTProperty::getName>("name", "Its name, as declared."),
+    field<typeName>("type", "\"bool\", \"int\", \"double\", \"string\", \"bithex\" or \"bitbinary\"."),
+    field<typeNumber>("type_number", "The number of the type."),
+    field<defaultValue>("default", "The default: bool, int, float or str; a bit vector as written, None without one."),
+    field<minimum>("minimum", "Least value of the range or list; None when there is no bound."),
+    field<maximum>("maximum", "Greatest value of the range or list; None when there is no bound."),
+    field<values>("values", "Tuple of the listed values in the order written; empty when there is no list."),
+    field<width>("width", "Bits of a bit vector; None for other types."),
+    field<adjustedWidth>("adjusted_width", "The same, rounded up to whole digits where the block asks for that."),
+    field<precision>("precision", "Digits after the point of a double; None for other types."),
+    field<units>("units", "Its unit; None when there is none."),
+    field<description>("description", "The description in force; None when there is none."),
+    field<declaredDescription>("declared_description", "The description of the declaration; None without one."),
+    field<owner>("owner", "The block or bus that declares it."),
+    field<&HDNTProperty::getBlock>("block", "The block that declares it, directly or by a bus."),
+    field<&HDNTProperty::getIndex>("index", "Position among the block's properties."),
+    field<&HDNTProperty::isMinDeclared>("has_minimum", "Whether the declaration gives a lower bound."),
+    field<&HDNTProperty::isMaxDeclared>("has_maximum", "Whether the declaration gives an upper bound."),
+    field<isTest>("is_test", "Whether it has the test flag."),
+    field<isSimulation>("is_simulation", "Whether it is for simulation."),
+    field<isConstraintsOnly>("is_constraints_only", "Whether it is for constraints only."),
+    field<isReadOnly>("is_read_only", "Whether the configuration makes it read-only."),
+    field<isHidden>("is_hidden", "Whether it is not shown to users."),
+    field<isPadConstraint>("is_pad_constraint", "Whether the configuration names it as a constraint of pads."),
+    field<&HDNTProperty::isMuxControl>("is_mux_control", "Whether it controls a multiplexer."),
+    field<&HDNTProperty::isPinInversion>("is_pin_inversion", "Whether its name has the form IS_..._INVERTED."),
+    field<&HDNTProperty::isNibbleSized>("is_nibble_sized", "Whether its width is rounded up to whole hex digits."),
+    noMoreFields};
+
+// Why the property may not have the value; empty when it may.
+std::string refusal(const HDNTProperty& property, const py::object& value) {
+    std::string reason;
+    if (py::isinstance<py::bool_>(value)) property.isValidValue(value.cast<bool>(), reason);
+    else if (py::isinstance<py::int_>(value) && property.getType() == Type::TypeDouble)
+        property.isValidValue(value.cast<double>(), reason);
+    else if (py::isinstance<py::int_>(value)) {
+        int overflow = 0;
+        const long number = PyLong_AsLongAndOverflow(value.ptr(), &overflow);
+        if (overflow != 0 || number > INT_MAX || number < INT_MIN) return "The value is no 32-bit number.";
+        property.isValidValue(static_cast<int>(number), reason);
+    } else if (py::isinstance<py::float_>(value)) property.isValidValue(value.cast<double>(), reason);
+    else property.isValidValue(textOf(value), reason);
+    return reason;
+}
+
+HDNTProperty& propertyOf(const Use& use) { return use.as<HDNTProperty>(); }
+
+} // namespace
+
+void addPropertyType(py::module_& module) {
+    const py::object type = makeType(module, "Property", HDNTNodeKind::Property, fields,
+                                     "A typed attribute that a block or a bus declares.");
+    const auto self = [](const py::object& handle) { return handleOf(handle, typeOf(HDNTNodeKind::Property)); };
+    type.attr("refusal") = py::cpp_function(
+        [self](const py::object& handle, const py::object& value) {
+            const Use use(self(handle));
+            return orNone(refusal(propertyOf(use), value));
+        },
+        py::name("refusal"), py::is_method(type), py::arg("value"),
+        "Why the property may not have the value; None when it may.");
+    type.attr("accepts") = py::cpp_function(
+        [self](const py::object& handle, const py::object& value) {
+            const Use use(self(handle));
+            return refusal(propertyOf(use), value).empty();
+        },
+        py::name("accepts"), py::is_method(type), py::arg("value"), "Whether the property may have the value.");
+    type.attr("digits") = py::cpp_function(
+        [self](const py::object& handle, const py::object& value, bool keepLeadingZeros) {
+            const Use use(self(handle));
+            return textObject(propertyOf(use).formatValue(textOf(value), keepLeadingZeros));
+        },
+        py::name("digits"), py::is_method(type), py::arg("value"), py::arg("keep_leading_zeros") = true,
+        "Plain digits of a bit vector in the property's radix and width; values of other types come back as they are.");
+}
+
+} // namespace hdnt::python

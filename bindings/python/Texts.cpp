@@ -1,0 +1,80 @@
+// What is written of a model, and what two differ in.
+#include "bindings/python/LoadSection.h"
+#include "bindings/python/Types.h"
+#include "bindings/python/View.h"
+#include "bindings/shared/Text.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/writer/HDNTComparison.h"
+
+namespace hdnt::python {
+
+namespace {
+
+// A whole library takes its time, so other Python threads run meanwhile.
+py::object textOfNode(const py::object& self, std::string (*make)(HDNTNode&)) {
+    const Use use(self.ptr());
+    std::string text;
+    inSection(LoadSection::Changes, describe(reinterpret_cast<Handle*>(self.ptr())), [&] { text = make(*use.node()); });
+    return textObject(text);
+}
+
+void print(const py::object& self, const py::object& file) {
+    const py::object text = textOfNode(self, scripts::printedForm);
+    const py::object to = file.is_none() ? py::module_::import("sys").attr("stdout") : file;
+    to.attr("write")(text);
+}
+
+py::object placeOf(const HDNTDifference::Place& place) {
+    if (place.file.empty() && place.line == 0) return py::none();
+    return dataClass("Location")(orNone(place.file), place.line, place.column, place.column);
+}
+
+template <typename Model>
+std::vector<HDNTDifference> compare(const Use& before, const Use& after) {
+    return HDNTComparison::compare(before.as<const Model>(), after.as<const Model>());
+}
+
+py::list diff(const py::object& before, const py::object& after) {
+    const bool libraries = PyObject_TypeCheck(before.ptr(), typeOf(HDNTNodeKind::Library)) != 0;
+    PyTypeObject* const type = typeOf(libraries ? HDNTNodeKind::Library : HDNTNodeKind::Block);
+    const Use left(handleOf(before, type));
+    const Use right(handleOf(after, type));
+    std::vector<HDNTDifference> differences;
+    inSection(LoadSection::Quiet, "diff",
+              [&] { differences = libraries ? compare<HDNTLibrary>(left, right) : compare<HDNTBlock>(left, right); });
+    const py::object make = dataClass("Difference");
+    py::list list;
+    for (const HDNTDifference& difference : differences)
+        list.append(make(HDNTComparison::nameOf(difference.effect), HDNTComparison::nameOf(difference.change),
+                         HDNTComparison::nameOf(difference.element), HDNTComparison::nameOf(difference.facet),
+                         orNone(difference.block), textObject(difference.path), textObject(difference.oldValue),
+                         textObject(difference.newValue), placeOf(difference.oldPlace), placeOf(difference.newPlace)));
+    return list;
+}
+
+} // namespace
+
+void addTexts(py::module_& module) {
+    for (const char* name : {"Library", "Block"}) {
+        const py::object type = module.attr(name);
+        auto* const wanted = reinterpret_cast<PyTypeObject*>(type.ptr());
+        type.attr("print") = py::cpp_function(
+            [wanted](const py::object& self, const py::object& file) {
+                handleOf(self, wanted);
+                print(self, file);
+            },
+            py::name("print"), py::is_method(type), py::arg("file") = py::none(),
+            "Writes the printed form to a file object, sys.stdout by default.");
+        type.attr("source") = py::cpp_function(
+            [wanted](const py::object& self) {
+                handleOf(self, wanted);
+                return textOfNode(self, scripts::sourceForm);
+            },
+            py::name("source"), py::is_method(type), "The NTL source that reads back to the same.");
+        type.attr("diff") =
+            py::cpp_function(diff, py::name("diff"), py::is_method(type), py::arg("other"),
+                             "The differences from this to the other, a list of Difference; empty when equal.");
+    }
+}
+
+} // namespace hdnt::python

@@ -1,0 +1,185 @@
+"""Plain data that the package hands out, and its exceptions."""
+from typing import TYPE_CHECKING, Iterable, NamedTuple, Optional, Tuple, Union
+
+if TYPE_CHECKING:
+    from . import Block
+
+
+class Error(Exception):
+    """What the library refuses to do."""
+
+
+class DeadObjectError(Error, ReferenceError):
+    """Use of an object whose library was closed or released, or that was replaced."""
+
+
+class Location(NamedTuple):
+    """A place in a text; lines and columns count from 1, `file` is None for a text in memory."""
+    file: Optional[str]
+    line: int
+    column: int
+    end_column: int
+
+    def __str__(self) -> str:
+        return "%s:%d:%d" % (self.file or "<text>", self.line, self.column)
+
+
+class Diagnostic(NamedTuple):
+    """An error or a warning. Place and source line are None or empty where they are not known."""
+    severity: str
+    code: str
+    file: Optional[str]
+    line: Optional[int]
+    column: Optional[int]
+    end_column: Optional[int]
+    message: str
+    detail: str
+    text: str
+
+    def __str__(self) -> str:
+        place = ":".join(str(part) for part in (self.file, self.line, self.column) if part is not None)
+        said = "%s: %s" % (self.severity, self.message) + (": " + self.detail if self.detail else "")
+        return place + ": " + said if place else said
+
+
+class LoadError(Error):
+    """A text with errors, or one that cannot be read. `diagnostics` has all that was said, warnings too."""
+
+    def __init__(self, path: Optional[str], reason: str, diagnostics: Iterable[Diagnostic]) -> None:
+        self.path = path
+        self.reason = reason
+        self.diagnostics: Tuple[Diagnostic, ...] = tuple(diagnostics)
+        super().__init__(path, reason, diagnostics)
+
+    @property
+    def errors(self) -> Tuple[Diagnostic, ...]:
+        """The diagnostics that are errors."""
+        return tuple(one for one in self.diagnostics if one.severity == "error")
+
+    def __str__(self) -> str:
+        return "\n".join([str(one) for one in self.errors]) or "%s: %s" % (self.path, self.reason)
+
+
+class LoadWarning(UserWarning):
+    """A library was loaded, and something in its text was passed over."""
+
+
+class CheckResult(NamedTuple):
+    """What a check said of one input; true when it has no errors. `blocks` is None for one that has."""
+    input: str
+    ok: bool
+    blocks: Optional[int]
+    diagnostics: Tuple[Diagnostic, ...]
+    reason: Optional[str]
+
+    @property
+    def errors(self) -> Tuple[Diagnostic, ...]:
+        """The diagnostics that are errors."""
+        return tuple(one for one in self.diagnostics if one.severity == "error")
+
+    def __bool__(self) -> bool:
+        return self.ok
+
+
+class Difference(NamedTuple):
+    """One difference of two models."""
+    effect: str
+    change: str
+    element: str
+    facet: str
+    block: Optional[str]
+    path: str
+    old: str
+    new: str
+    old_place: Optional[Location]
+    new_place: Optional[Location]
+
+
+class Origin(NamedTuple):
+    """The statement something comes from, and the branch around it, by its place in the level's branches."""
+    location: Optional[Location]
+    branch: Optional[int]
+
+
+class Branch(NamedTuple):
+    """An if statement that was reached."""
+    taken: bool
+    origin: Origin
+
+
+class PropertyValue(NamedTuple):
+    """A value that is given; `pin` is None for a property of the instance itself."""
+    pin: Optional[str]
+    name: str
+    value: Union[bool, int, float, str]
+    origin: Origin
+
+
+class ExpandedInstance(NamedTuple):
+    """An instance that comes out; `level` is its own expansion's place in the levels."""
+    name: str
+    type: str
+    block: "Optional[Block]"
+    properties: Tuple[PropertyValue, ...]
+    level: Optional[int]
+    origin: Origin
+
+
+class ExpandedSignal(NamedTuple):
+    """A signal that comes out."""
+    name: str
+    origin: Origin
+
+
+class Connection(NamedTuple):
+    """A pin that is connected; `instance` is None for a pin of the mapped block."""
+    signal: str
+    instance: Optional[str]
+    pin: str
+    inverted: bool
+    origin: Origin
+
+
+class ExpandedCall(NamedTuple):
+    """A call that stands as a statement; `made` when it has an implementation."""
+    name: str
+    arguments: Tuple[Union[bool, int, float, str], ...]
+    made: bool
+    origin: Origin
+
+
+class Level(NamedTuple):
+    """One mapped block; `path` joins instance names by "/", empty for the outermost."""
+    block: "Block"
+    path: str
+    section: str
+    outer: Optional[int]
+    location: Optional[Location]
+    branches: Tuple[Branch, ...]
+    instances: Tuple[ExpandedInstance, ...]
+    signals: Tuple[ExpandedSignal, ...]
+    connections: Tuple[Connection, ...]
+    pin_properties: Tuple[PropertyValue, ...]
+    calls: Tuple[ExpandedCall, ...]
+
+
+class Problem(NamedTuple):
+    """What went wrong in an expansion."""
+    message: str
+    location: Optional[Location]
+
+
+class Expansion(NamedTuple):
+    """What a mapping makes: the outermost block first. No levels: the block has no mapping."""
+    levels: Tuple[Level, ...]
+    problems: Tuple[Problem, ...]
+
+    @property
+    def instances(self) -> Tuple[ExpandedInstance, ...]:
+        """The instances of the outermost block."""
+        return self.levels[0].instances if self.levels else ()
+
+
+for _class in list(globals().values()):
+    if isinstance(_class, type) and _class.__module__ == __name__:
+        _class.__module__ = "hdnt"

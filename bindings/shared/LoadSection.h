@@ -1,0 +1,113 @@
+#pragma once
+
+#include "bindings/shared/Said.h"
+#include "hdnt/platform/HEX.h"
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+class HDNTLibrary;
+
+namespace hdnt::scripts {
+
+/// The lock under which a language runs what scripts do to handles: one thread at a time. A section gives it up.
+class ScriptLock {
+public:
+    virtual ~ScriptLock() = default;
+    /// The result goes back to takeBack.
+    virtual void* giveUp() = 0;
+    virtual void takeBack(void* given) = 0;
+};
+
+/// The time in which this thread has the library's loading side to itself: the script lock is given up, then the load
+/// lock is taken. Errors are counted from 0, kept and not printed, and at the end the count is what it was before.
+///
+/// In a section of the same thread another one changes nothing about locks, so callbacks may load, too.
+class LoadSection : private HDNTErrorListener {
+public:
+    /// What can happen to mappings of other libraries meanwhile: nothing, or they may be replaced.
+    enum Kind { Quiet, Changes };
+
+    /// With the script lock.
+    LoadSection(Kind kind, ScriptLock& lock);
+    ~LoadSection() override;
+    LoadSection(const LoadSection&) = delete;
+    LoadSection& operator=(const LoadSection&) = delete;
+
+    int errors() const { return HDNTError::numErrors; }
+    std::vector<Said> takeSaid() { return std::move(said_); }
+
+    /// Whether a section could begin at once. Other threads may change that.
+    static bool isFree();
+    /// Returns when no other thread is in a section that changes mappings. With the script lock.
+    static void waitForChanges(ScriptLock& lock);
+
+private:
+    bool report(const HDNTReport& report) override;
+    void notice(const HDNTNotice& notice) override;
+
+    Kind kind_;
+    ScriptLock& lock_;
+    bool outermost_ = false;
+    void* given_ = nullptr;
+    int countBefore_ = 0;
+    HDNTErrorListener* listenerBefore_ = nullptr;
+    std::vector<Said> said_;
+};
+
+/// A load, or something that may load, failed.
+class LoadFailure : public std::runtime_error {
+public:
+    LoadFailure(std::string path, const std::string& reason, std::vector<Said> said)
+        : std::runtime_error(reason), path_(std::move(path)), said_(std::move(said)) {}
+    const std::string& path() const { return path_; }
+    const std::vector<Said>& said() const { return said_; }
+
+private:
+    std::string path_;
+    std::vector<Said> said_;
+};
+
+/// Runs something in a section. What the library throws, and errors in a text, become a LoadFailure that says `of`.
+template <typename Work>
+void inSection(ScriptLock& lock, LoadSection::Kind kind, const std::string& of, Work&& work,
+               std::vector<Said>* notices = nullptr) {
+    std::string reason;
+    std::vector<Said> said;
+    bool failed = false;
+    {
+        LoadSection section(kind, lock);
+        try {
+            work();
+            failed = section.errors() > 0;
+        } catch (const HEXAll& error) {
+            failed = true;
+            reason = error.what();
+        }
+        said = section.takeSaid();
+    }
+    if (failed) throw LoadFailure(of, reason, std::move(said));
+    if (notices) *notices = std::move(said);
+}
+
+/// While this lives, the thread reads mappings and may call back into scripts: what they load must not replace any.
+class Reading {
+public:
+    Reading();
+    ~Reading();
+    Reading(const Reading&) = delete;
+    /// Throws in a thread that reads.
+    static void mustNotBe(const std::string& path);
+};
+
+/// A library of its own from a file or folder over a parent, which may be null; with `check` its content is checked.
+/// In a section. Throws over a parent while the thread is Reading, since mappings of the parent may be replaced.
+std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check);
+
+/// Where the command-line tool is, seen from the library; empty when that is not known.
+std::string toolPath();
+
+} // namespace hdnt::scripts

@@ -1,0 +1,100 @@
+#include "bindings/shared/PropertyFacts.h"
+#include "bindings/tcl/Subcommand.h"
+#include "bindings/tcl/Values.h"
+#include "hdnt/model/HDNTBlock.h"
+
+namespace hdnt::tcl {
+
+HDNTExpansion::Value valueFor(HATAttrTypes::AttrType type, Tcl_Obj* word) {
+    switch (type) {
+    case HATAttrTypes::TypeBool: return boolOf(word);
+    case HATAttrTypes::TypeInt: return intOf(word);
+    case HATAttrTypes::TypeDouble: return doubleOf(word);
+    default: return textOf(word);
+    }
+}
+
+namespace {
+
+std::string typeName(HDNTProperty& property) { return HDNTProperty::getTypeName(property.getType()); }
+int typeNumber(HDNTProperty& property) { return static_cast<int>(property.getType()); }
+Tcl_Obj* defaultValue(HDNTProperty& property) { return scripts::defaultOf(property, anyToTcl); }
+Tcl_Obj* minimum(HDNTProperty& property) { return scripts::minimumOf(property, anyToTcl); }
+Tcl_Obj* maximum(HDNTProperty& property) { return scripts::maximumOf(property, anyToTcl); }
+Tcl_Obj* values(HDNTProperty& property) { return scripts::valuesOf(property, anyToTcl); }
+
+Tcl_Obj* width(HDNTProperty& property) {
+    return scripts::isBits(property) ? toTcl(property.getBitWidth()) : Tcl_NewObj();
+}
+Tcl_Obj* adjustedWidth(HDNTProperty& property) {
+    return scripts::isBits(property) ? toTcl(property.getAdjustedBitWidth()) : Tcl_NewObj();
+}
+Tcl_Obj* precision(HDNTProperty& property) {
+    return property.getType() == HATAttrTypes::TypeDouble ? toTcl(property.getPrecision()) : Tcl_NewObj();
+}
+std::string units(HDNTProperty& property) {
+    const HATAttrSpec& spec = *property.getAttrSpec();
+    return spec.hasUnit() ? spec.getUnitDefault() : "";
+}
+std::string description(HDNTProperty& property) { return property.getAttrSpec()->getDescription(); }
+HDNTNode* owner(HDNTProperty& property) { return property.getParent(); }
+bool isTest(HDNTProperty& property) { return property.getAttrSpec()->isTest(); }
+bool isSimulation(HDNTProperty& property) { return property.getAttrSpec()->isSimulation(); }
+bool isConstraintsOnly(HDNTProperty& property) { return property.getAttrSpec()->isConstraintsOnly(); }
+bool isReadOnly(HDNTProperty& property) { return property.getAttrSpec()->isReadOnly(); }
+bool isHidden(HDNTProperty& property) { return !property.getAttrSpec()->isVisible(); }
+bool isPadConstraint(HDNTProperty& property) { return scripts::isPadConstraint(property); }
+
+// What is no value of the type at all is refused, too.
+std::string refusalOf(const Call& call) {
+    const auto& property = call.as<HDNTProperty>();
+    try {
+        return scripts::refusalOf(property, valueFor(property.getType(), call.argument(0)));
+    } catch (const Refused& refused) {
+        return refused.what();
+    }
+}
+Tcl_Obj* refusal(const Call& call) { return toTcl(refusalOf(call)); }
+Tcl_Obj* accepts(const Call& call) { return toTcl(refusalOf(call).empty()); }
+
+Tcl_Obj* digits(const Call& call) {
+    const bool keepLeadingZeros = call.arguments() < 2 || boolOf(call.argument(1));
+    return toTcl(call.as<HDNTProperty>().formatValue(textOf(call.argument(0)), keepLeadingZeros));
+}
+
+} // namespace
+
+std::vector<Subcommand> propertySubcommands() {
+    return {field<&HDNTProperty::getName>("name"),
+            field<typeName>("type"),
+            field<typeNumber>("type_number"),
+            field<defaultValue>("default"),
+            field<minimum>("minimum"),
+            field<maximum>("maximum"),
+            field<values>("values"),
+            field<width>("width"),
+            field<adjustedWidth>("adjusted_width"),
+            field<precision>("precision"),
+            field<units>("units"),
+            field<description>("description"),
+            field<&HDNTProperty::getDeclaredDescription>("declared_description"),
+            field<owner>("owner"),
+            field<&HDNTProperty::getBlock>("block"),
+            field<&HDNTProperty::getIndex>("index"),
+            field<&HDNTProperty::isMinDeclared>("has_minimum"),
+            field<&HDNTProperty::isMaxDeclared>("has_maximum"),
+            field<isTest>("is_test"),
+            field<isSimulation>("is_simulation"),
+            field<isConstraintsOnly>("is_constraints_only"),
+            field<isReadOnly>("is_read_only"),
+            field<isHidden>("is_hidden"),
+            field<isPadConstraint>("is_pad_constraint"),
+            field<&HDNTProperty::isMuxControl>("is_mux_control"),
+            field<&HDNTProperty::isPinInversion>("is_pin_inversion"),
+            field<&HDNTProperty::isNibbleSized>("is_nibble_sized"),
+            {"accepts", accepts, 1, 1, "value", false},
+            {"refusal", refusal, 1, 1, "value", false},
+            {"digits", digits, 1, 2, "value ?keepLeadingZeros?", false}};
+}
+
+} // namespace hdnt::tcl

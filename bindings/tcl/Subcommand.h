@@ -1,0 +1,108 @@
+#pragma once
+
+#include "bindings/tcl/Convert.h"
+
+#include <functional>
+#include <type_traits>
+#include <vector>
+
+namespace hdnt::tcl {
+
+/// A subcommand that is asked of a model object: of a handle's, or of one that was named on the way.
+struct Call {
+    Session& session;
+    HDNTNode& node;
+    const std::shared_ptr<Life>& life; ///< of the node's library
+    int count;
+    Tcl_Obj* const* words;
+    int at; ///< where the subcommand stands
+
+    Tcl_Interp* interp() const { return session.interp(); }
+    template <typename Class>
+    Class& as() const {
+        return static_cast<Class&>(node);
+    }
+    /// The arguments behind the subcommand.
+    int arguments() const { return count - at - 1; }
+    Tcl_Obj* argument(int index) const { return words[at + 1 + index]; }
+    /// The same subcommand words, asked of another object, from an argument on.
+    Call of(HDNTNode& other, const std::shared_ptr<Life>& its, int argument) const {
+        return {session, other, its, count, words, at + 1 + argument};
+    }
+    Tcl_Obj* wrap(HDNTNode* other) const { return session.wrap(other, life); }
+};
+
+struct Subcommand {
+    const char* name;
+    Tcl_Obj* (*run)(const Call& call);
+    int least;
+    int most; ///< -1: any number
+    const char* usage;
+    bool isField; ///< plain data that needs no argument: part of `get`
+};
+
+/// Runs the subcommand that stands at call.at.
+Tcl_Obj* runSubcommand(const Call& call);
+/// Throws after Tcl's own message about wrong arguments.
+[[noreturn]] void wrongArguments(const Call& call, const char* usage);
+
+// Each gives the subcommands of its types.
+std::vector<Subcommand> librarySubcommands();
+std::vector<Subcommand> blockSubcommands();
+std::vector<Subcommand> busSubcommands();
+std::vector<Subcommand> pinSubcommands();
+std::vector<Subcommand> propertySubcommands();
+/// Of mappings, and of all that is in one.
+std::vector<Subcommand> netlistSubcommands(HDNTNodeKind kind);
+std::vector<Subcommand> expressionSubcommands(HDNTNodeKind kind);
+/// What libraries and blocks have in common: texts, differences, walks.
+std::vector<Subcommand> textSubcommands();
+Tcl_Obj* visit(const Call& call);
+Tcl_Obj* expand(const Call& call);
+/// The package's own commands.
+void addCommands(Tcl_Interp* interp);
+void beginSession(Tcl_Interp* interp);
+
+/// The list of differences of two libraries or blocks.
+Tcl_Obj* differences(const Use& before, const Use& after);
+/// The handle behind an argument that must be of a kind. Throws DeadHandle, or Refused.
+Handle& handleOf(Session& session, Tcl_Obj* word, HDNTNodeKind kind);
+
+template <typename>
+struct Accessor;
+template <typename R, typename C>
+struct Accessor<R (C::*)() const> {
+    using Node = C;
+    using Result = R;
+};
+template <typename R, typename C>
+struct Accessor<R (C::*)()> : Accessor<R (C::*)() const> {};
+template <typename R, typename C>
+struct Accessor<R (*)(C&)> : Accessor<R (C::*)() const> {};
+
+template <typename T>
+concept NodePointer = std::is_pointer_v<T> && std::derived_from<std::remove_pointer_t<T>, HDNTNode>;
+template <typename T>
+concept NodeList = requires(T list) {
+    requires NodePointer<typename T::value_type>;
+};
+
+template <auto F>
+Tcl_Obj* getter(const Call& call) {
+    using Result = std::remove_cvref_t<typename Accessor<decltype(F)>::Result>;
+    auto& node = call.as<typename Accessor<decltype(F)>::Node>();
+    if constexpr (NodePointer<Result>) return call.wrap(std::invoke(F, node));
+    else if constexpr (NodeList<Result>)
+        return toTcl(listOf(std::invoke(F, node), [&](auto* item) { return Obj(call.wrap(item)); }));
+    else if constexpr (std::same_as<Result, Tcl_Obj*>) return std::invoke(F, node);
+    else return toTcl(std::invoke(F, node));
+}
+
+/// A fact made of the model's own operation.
+template <auto F>
+constexpr Subcommand field(const char* name) {
+    using Result = std::remove_cvref_t<typename Accessor<decltype(F)>::Result>;
+    return {name, getter<F>, 0, 0, nullptr, !NodePointer<Result> && !NodeList<Result>};
+}
+
+} // namespace hdnt::tcl

@@ -1,0 +1,284 @@
+"""Loading, errors, threads and the end of libraries."""
+import contextlib
+import gc
+import os
+import pathlib
+import pickle
+import subprocess
+import sys
+import tempfile
+import textwrap
+import threading
+import unittest
+import warnings
+
+import hdnt
+
+EXAMPLES = pathlib.Path(os.environ["NTL_SOURCE_DIR"], "data", "examples")
+GOOD = 'library "good" {\n  block "FLOP_RISE" { pin "D[1:0]" input; pin "Q" output; property int "N" { min = 0, max = 9, default = 3 } }\n}\n'
+SYNTAX = 'library "bad" {\n  block "FLOP_RISE" { pin "D" inputt; }\n}\n'
+CONTENT = 'library "bad" {\n  block "FLOP_RISE" { pin "D" input; pin "D" input; }\n}\n'
+
+
+class Folder(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
+
+    def write(self, name, text):
+        path = self.folder / name
+        path.write_text(text)
+        return path
+
+
+class Errors(Folder):
+    def test_error_has_every_diagnostic(self):
+        with self.assertRaises(hdnt.LoadError) as caught:
+            hdnt.load(EXAMPLES / "three_faults.btl", check=True)
+        error = caught.exception
+        self.assertEqual([(one.line, one.column, one.end_column) for one in error.errors],
+                         [(10, 5, 37), (17, 5, 31), (26, 5, 74)])
+        self.assertEqual({one.file for one in error.errors}, {str(EXAMPLES / "three_faults.btl")})
+        self.assertEqual(error.errors[0].message, "Pin D[3] is being redefined.")
+        self.assertIn('pin "D[3]"', error.errors[0].text)
+        self.assertEqual(error.path, str(EXAMPLES / "three_faults.btl"))
+        self.assertEqual(str(error).count("\n"), 2)
+
+    def test_a_bad_file_does_not_poison_the_next(self):
+        good, bad = self.write("good.btl", GOOD), [self.write("s.btl", SYNTAX), self.write("c.btl", CONTENT)]
+        before = hdnt.error_count()
+        for path in bad * 3:
+            with self.assertRaises(hdnt.LoadError) as caught:
+                hdnt.load(path)
+            self.assertEqual(len(caught.exception.errors), 1)
+            self.assertEqual(caught.exception.errors[0].line, 2)
+            with hdnt.load(good) as library:
+                self.assertEqual(list(library), ["FLOP_RISE"])
+        self.assertEqual(hdnt.error_count(), before)
+        self.assertEqual(len(hdnt.common()["FLOP_RISE"].pins), 3)
+
+    def test_what_cannot_be_opened(self):
+        with self.assertRaises(FileNotFoundError) as caught:
+            hdnt.load(self.folder / "none.btl")
+        self.assertEqual(caught.exception.filename, self.folder / "none.btl")
+        with self.assertRaises(FileNotFoundError):
+            hdnt.load(self.folder / "none.btl", parent=hdnt.common())
+        damaged = self.folder / "damaged.btl"
+        damaged.write_bytes(b"\x1f\x8b\x08nonsense")
+        with self.assertRaises(hdnt.LoadError) as caught:
+            hdnt.load(damaged)
+        self.assertNotEqual(caught.exception.errors[0].detail, "")
+        for wrong in (None, 3, "a\0b"):
+            with self.assertRaises((TypeError, ValueError)):
+                hdnt.load(wrong)
+
+    def test_skipped_include_is_a_warning(self):
+        self.write("part.btl", 'block "FLOP_RISE" { pin "Q" output; }\n')
+        hdnt.add_search_directory(self.folder)
+        main = self.write("main.btl", 'library "main" {\nINCLUDE part.btl;\nblock "FLOP_FALL" { pin "Q" output; }\n}\n')
+        with warnings.catch_warnings():
+            warnings.simplefilter("error")
+            first = hdnt.load(main)
+        self.assertEqual((list(first), first.warnings), (["FLOP_RISE", "FLOP_FALL"], ()))
+        with self.assertWarns(hdnt.LoadWarning) as caught:
+            second = hdnt.load(main)
+        self.assertEqual(caught.filename, __file__)
+        self.assertEqual(list(second), ["FLOP_FALL"])
+        self.assertEqual([(one.code, one.severity, one.line) for one in second.warnings],
+                         [("include-skipped", "warning", 2)])
+
+    def test_bytes_that_are_no_text(self):
+        path = self.folder / "bytes.btl"
+        path.write_bytes(b'library "l" { block "FLOP_RISE" { pin "Q" output; property string "S" { default = "\xff\xe4" } } }')
+        library = hdnt.load(path)
+        value = library["FLOP_RISE"].properties["S"].default
+        self.assertEqual(value.encode("utf-8", "surrogateescape"), b"\xff\xe4")
+        self.assertIn(value, library.source())
+
+    def test_errors_can_be_pickled(self):
+        with self.assertRaises(hdnt.LoadError) as caught:
+            hdnt.load(self.write("s.btl", SYNTAX))
+        copy = pickle.loads(pickle.dumps(caught.exception))
+        self.assertEqual(copy.diagnostics, caught.exception.diagnostics)
+
+    def test_check_runs_beside_the_script(self):
+        good, bad = self.write("good.btl", GOOD), self.write("bad.btl", CONTENT)
+        before = hdnt.error_count()
+        results = hdnt.check_all([good, bad])
+        self.assertEqual([(one.ok, one.blocks, len(one.errors)) for one in results], [(True, 1, 0), (False, None, 1)])
+        self.assertEqual(results[1].errors[0].line, 2)
+        self.assertEqual(hdnt.error_count(), before)
+        self.assertFalse(hdnt.check(bad))
+        self.assertEqual([one.code for one in hdnt.check(EXAMPLES / "unregistered.btl").diagnostics],
+                         ["unregistered-block"])
+        with self.assertRaises(hdnt.Error):
+            hdnt.check(good, parent=self.folder / "none.btl", tool="/bin/false")
+
+
+class Ends(Folder):
+    def test_close_ends_everything(self):
+        library = hdnt.load(self.write("good.btl", GOOD))
+        block = library["FLOP_RISE"]
+        nodes = [library, block, block.pins[0], block.buses[0], block.properties[0]]
+        views = [library.blocks, library.all_blocks, block.pins, block.buses, block.properties]
+        iterators = [iter(view) for view in views] + [iter(library)]
+        uses = ([lambda node=node: node.location for node in nodes] + [lambda view=view: len(view) for view in views] +
+                [lambda view=view: view[0] for view in views] + [lambda it=it: next(it) for it in iterators] +
+                [lambda: list(library), lambda: library["X"], lambda: "X" in library, lambda: library.source(),
+                 lambda: library.print(), lambda: library.diff(library), lambda: library.find("X"),
+                 lambda: block.expand(), lambda: block.pin_tuples(), lambda: block.accept(hdnt.Visitor()),
+                 lambda: nodes[4].accepts(3), lambda: hdnt.load(EXAMPLES / "first.btl", parent=library)])
+        library.close()
+        library.close()
+        self.assertTrue(library.closed)
+        self.assertEqual([node.alive for node in nodes], [False] * len(nodes))
+        for use in uses:
+            with self.assertRaises(hdnt.DeadObjectError):
+                use()
+        for node in nodes:
+            self.assertIn("gone", repr(node))
+
+    def test_objects_keep_their_library(self):
+        pin = hdnt.load(self.write("good.btl", GOOD))["FLOP_RISE"].pins[0]
+        gc.collect()
+        self.assertEqual((pin.name, pin.library.name), ("D[1]", "good"))
+
+    def test_children_end_with_their_parent(self):
+        parent = hdnt.load(self.write("good.btl", GOOD))
+        child = hdnt.load(EXAMPLES / "first.btl", parent=parent)
+        block = child.blocks[0]
+        self.assertIs(child.parent, parent)
+        self.assertIs(child.find("FLOP_RISE"), parent["FLOP_RISE"])
+        parent.close()
+        self.assertEqual((child.alive, block.alive), (False, False))
+        with self.assertRaises(hdnt.DeadObjectError):
+            block.name
+
+    def test_release_ends_what_the_manager_has(self):
+        common, simulation = hdnt.common(), hdnt.simulation()
+        own = hdnt.load(self.write("good.btl", GOOD))
+        over = hdnt.load(self.write("over.btl", GOOD), parent=common)
+        pins = [library.blocks[0].pins[0] for library in (common, simulation, own, over)]
+        with self.assertRaises(hdnt.Error):
+            common.close()
+        hdnt.release()
+        self.assertEqual([pin.alive for pin in pins], [False, False, True, False])
+        self.assertIsNot(hdnt.common(), common)
+        self.assertEqual(len(hdnt.common()), 152)
+
+    def test_a_visitor_may_end_the_library_it_walks(self):
+        library = hdnt.load(EXAMPLES / "first.btl")
+
+        class Closing(hdnt.Visitor):
+            seen = 0
+
+            def visit_block(self, node):
+                Closing.seen += 1
+                library.close()
+        with self.assertRaises(hdnt.DeadObjectError):
+            library.accept(Closing())
+        self.assertEqual((Closing.seen, library.alive), (1, False))
+
+    def test_release_waits_for_no_visitor(self):
+        class Releasing(hdnt.Visitor):
+            def visit_library(self, node):
+                hdnt.release()
+        with self.assertRaises(hdnt.Error):
+            hdnt.common().accept(Releasing())
+        self.assertTrue(hdnt.common().alive)
+
+    def test_no_visitor_replaces_what_it_walks(self):
+        parent = hdnt.load(self.write("p.btl", 'library "p" { block "FLOP_RISE" { pin "Q" output; } mapsto '
+                                               '{ inst "one" "FLOP_FALL"; inst "two" "FLOP_FALL"; } }'))
+        path = self.write("c.btl", 'library "c" { block "FLOP_RISE" mapsto { inst "three" "FLOP_FALL"; } }')
+        own = self.write("good.btl", GOOD)
+
+        class Loading(hdnt.Visitor):
+            def visit_instance(self, node):
+                hdnt.load(own).close()
+                hdnt.load(path, parent=parent)
+        with self.assertRaises(hdnt.Error):
+            parent.accept(Loading())
+        self.assertEqual([one.name for one in parent["FLOP_RISE"].netlist.instances], ["one", "two"])
+
+    def test_a_replaced_mapping_is_gone(self):
+        parent = hdnt.load(self.write("p.btl", 'library "p" { block "FLOP_RISE" { pin "Q" output; } mapsto '
+                                               '{ inst "one" "FLOP_FALL"; } }'))
+        netlist = parent["FLOP_RISE"].netlist
+        instance = netlist.instances[0]
+        hdnt.load(self.write("c.btl", 'library "c" { block "FLOP_RISE" mapsto { inst "two" "FLOP_FALL"; } }'),
+                  parent=parent)
+        self.assertEqual(parent["FLOP_RISE"].netlist.instances[0].name, "two")
+        self.assertEqual((netlist.alive, instance.alive), (False, False))
+        with self.assertRaises(hdnt.DeadObjectError):
+            instance.name
+
+
+class Threads(Folder):
+    def test_eight_threads_load(self):
+        paths = [self.write("%d.btl" % i, SYNTAX if i % 3 == 0 else GOOD) for i in range(12)]
+        wrong = []
+
+        def work(number):
+            try:
+                for i in range(40):
+                    path = paths[(number + i) % len(paths)]
+                    expected = int(path.stem) % 3 != 0
+                    try:
+                        with hdnt.load(path) as library:
+                            good = library["FLOP_RISE"].pins["D[0]"].bit == 0 and hdnt.common()["FLOP_RISE"].netlist
+                            library.source()
+                    except hdnt.LoadError as error:
+                        good = not expected and len(error.errors) == 1 and error.errors[0].file == str(path)
+                    if not good:
+                        wrong.append(path)
+            except BaseException as error:
+                wrong.append(error)
+        threads = [threading.Thread(target=work, args=(i,)) for i in range(8)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        self.assertEqual(wrong, [])
+        self.assertEqual(hdnt.error_count(), 0)
+
+    def test_others_run_while_one_loads(self):
+        text = GOOD.replace("}\n}", "}\n" + "".join(
+            'block "B%d" { pin "D[63:0]" input; property string "S" { default = "%s" } }\n' % (i, "x" * 300)
+            for i in range(20000)) + "}")
+        path = self.write("large.btl", text)
+        ticks, done = [0], threading.Event()
+
+        def load():
+            with contextlib.suppress(hdnt.Error):
+                hdnt.load(path)
+            done.set()
+        thread = threading.Thread(target=load)
+        thread.start()
+        while not done.is_set():
+            ticks[0] += 1
+        thread.join()
+        self.assertGreater(ticks[0], 1000)
+
+    def test_the_interpreter_ends_while_a_daemon_loads(self):
+        path = self.write("good.btl", GOOD)
+        script = textwrap.dedent("""
+            import hdnt, sys, threading, time
+            class Slow(hdnt.Visitor):
+                def visit_pin(self, node):
+                    time.sleep(0)
+            def work():
+                while True:
+                    hdnt.load(sys.argv[1]).accept(Slow())
+            kept = hdnt.load(sys.argv[1])
+            for _ in range(3):
+                threading.Thread(target=work, daemon=True).start()
+            time.sleep(float(sys.argv[2]))
+            """)
+        for i in range(10):
+            done = subprocess.run([sys.executable, "-c", script, path, str(0.02 + i * 0.003)], check=False, timeout=60,
+                                  stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+            self.assertEqual((done.returncode, done.stdout), (0, b""))
+
+
+if __name__ == "__main__":
+    unittest.main()

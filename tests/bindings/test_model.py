@@ -1,0 +1,247 @@
+"""What Python sees of the shipped libraries is what the command line shows of them."""
+import collections.abc
+import functools
+import gc
+import itertools
+import json
+import os
+import subprocess
+import sys
+import unittest
+import weakref
+
+import hdnt
+
+TOOL = os.environ["NTL_TOOL"]
+hdnt.set_parameter("ntl.enableMapLib", True)  # as the tool has it
+
+
+def libraries():
+    return [hdnt.common(), hdnt.simulation()]
+
+
+def shown(library):
+    """What `ntl show --json` says of the library's own blocks, by name."""
+    where = ["-l", hdnt_simulation_path(), "--parent", "common"] if library.parent else []
+    done = subprocess.run([TOOL, "show", "--json"] + where + ["--"] + list(library), stdout=subprocess.PIPE, check=True,
+                          env={k: v for k, v in os.environ.items() if k != "LD_PRELOAD"})
+    return {block["name"]: block for block in json.loads(done.stdout)["blocks"]}
+
+
+def hdnt_simulation_path():
+    return hdnt.simulation().blocks[0].location.file
+
+
+class SameAsTheTool(unittest.TestCase):
+    PROPERTY = {"name": "name", "index": "index", "type": "type", "typeNumber": "type_number", "bitWidth": "width",
+                "adjustedBitWidth": "adjusted_width", "precision": "precision", "minimum": "minimum",
+                "maximum": "maximum", "default": "default", "units": "units", "minimumDeclared": "has_minimum",
+                "maximumDeclared": "has_maximum", "description": "description",
+                "declaredDescription": "declared_description", "test": "is_test", "simulation": "is_simulation",
+                "constraintsOnly": "is_constraints_only", "muxControl": "is_mux_control", "readOnly": "is_read_only",
+                "hidden": "is_hidden", "pinInversion": "is_pin_inversion", "nibbleSized": "is_nibble_sized",
+                "padConstraint": "is_pad_constraint"}
+    BUS = {"name": "name", "baseName": "base_name", "direction": "direction", "type": "type",
+           "requiredValue": "required", "test": "is_test", "abstract": "is_abstract", "function": "function"}
+    PIN = {"name": "name", "plainName": "plain_name", "bus": "base_name", "index": "index", "direction": "direction",
+           "type": "type", "requiredValue": "required", "test": "is_test", "abstract": "is_abstract",
+           "function": "function"}
+    BLOCK = {"name": "name", "type": "cellview", "registered": "is_registered", "maturity": "maturity",
+             "test": "is_test", "internal": "is_internal", "tieCapable": "is_tie_capable",
+             "netlistKind": "netlist_kind", "ownNetlist": "has_own_netlist"}
+    CONFIGURATION = {"canTiePins": "can_tie_pins", "nibbleSizedHex": "uses_nibble_sized_hex",
+                     "canBePseudoDifferential": "can_be_pseudo_differential", "masterDriverPin": "master_driver_pin",
+                     "internalPinsSupported": "supports_internal_pins"}
+
+    def compare(self, node, expected, names):
+        for key, name in names.items():
+            value = getattr(node, name)
+            # A text without anything in it is null in JSON.
+            self.assertEqual(value if value != "" else None, expected[key], (node, name))
+            self.assertIs(type(value) if value != "" else type(None), type(expected[key]), (node, name))
+
+    def compare_place(self, node, expected):
+        self.assertEqual((node.location.file, node.location.line), (expected["file"], expected["line"]), node)
+
+    def compare_properties(self, owner, expected):
+        self.assertEqual(len(owner.properties), len(expected))
+        for one, other in zip(owner.properties, expected):
+            self.compare(one, other, self.PROPERTY)
+            self.compare_place(one, other["location"])
+            self.assertEqual(list(one.values), other["values"])
+            self.assertEqual(one.accepts(one.default if one.default is not None else ""), other["defaultIsValid"])
+            if other["defaultDigits"] is not None:
+                self.assertEqual(one.digits(one.default), other["defaultDigits"])
+
+    def test_every_block_pin_and_property(self):
+        count = 0
+        for library in libraries():
+            sheets = shown(library)
+            self.assertEqual(list(library), list(sheets))
+            for block in library.blocks:
+                self.compare_block(block, sheets[block.name])
+                count += len(block.pins) + len(block.properties)
+        self.assertGreater(count, 3000)
+
+    def compare_block(self, block, expected):
+        self.compare_netlist(block.netlist, expected["netlist"])
+        self.compare(block, expected, self.BLOCK)
+        self.compare(block, expected["configuration"], self.CONFIGURATION)
+        self.compare_place(block, expected["location"])
+        self.assertEqual(list(block.architectures), expected["configuration"]["architectures"])
+        self.assertEqual(list(block.shadow_pins), expected["configuration"]["shadowPins"])
+        self.assertEqual({"group": block.group, "subgroup": block.subgroup}, expected["group"])
+        self.assertEqual({"group": block.legacy_group, "subgroup": block.legacy_subgroup}, expected["legacyGroup"])
+        self.assertEqual(len(block.pins), expected["pinCount"])
+        self.compare_properties(block, expected["properties"])
+        self.assertEqual(len(block.buses), len(expected["buses"]))
+        for bus, other in zip(block.buses, expected["buses"]):
+            self.compare(bus, other, self.BUS)
+            self.compare_properties(bus, other["properties"])
+            self.assertEqual(bus.range or (-1, -1), (other["firstIndex"], other["lastIndex"]))
+            self.assertEqual(len(bus.pins), len(other["pins"]))
+            for pin, sheet in zip(bus.pins, other["pins"]):
+                self.compare(pin, sheet, self.PIN)
+                self.assertEqual(-1 if pin.bit is None else pin.bit, sheet["bit"])
+
+    def compare_netlist(self, netlist, expected):
+        self.assertEqual(netlist is None, expected is None)
+        if netlist:
+            self.assertEqual(netlist.section, expected["section"])
+            for key, name in (("instances", "instances"), ("signals", "signals"), ("connects", "connects"),
+                              ("blockPropertyAssigns", "block_assigns"), ("pinPropertyAssigns", "pin_assigns"),
+                              ("ifs", "ifs")):
+                self.assertEqual(len(getattr(netlist, name)), expected[key], netlist.block)
+
+    def test_bulk_forms_say_the_same(self):
+        for block in hdnt.common().blocks:
+            self.assertEqual(block.pin_tuples(), [(p.name, p.direction, p.type, p.required) for p in block.pins])
+            self.assertEqual(block.bus_tuples(),
+                             [(b.base_name, b.range, b.direction, b.type, b.required) for b in block.buses])
+            self.assertEqual(block.property_dict(), {p.name: p.default for p in block.properties})
+
+
+class Containers(unittest.TestCase):
+    def test_library_is_a_mapping(self):
+        library = hdnt.common()
+        self.assertIsInstance(library, collections.abc.Mapping)
+        self.assertEqual([block.name for block in library.values()], list(library))
+        self.assertEqual([name for name, _ in library.items()], list(library.keys()))
+        self.assertEqual(len(list(library)), len(library))
+        self.assertIs(library["flop_rise"], library["FLOP_RISE"])
+        self.assertIn("flop_rise", library)
+        for absent in ("NONE", 3, None, library.blocks[0]):
+            self.assertNotIn(absent, library)
+            with self.assertRaises(KeyError):
+                library[absent]
+        self.assertEqual(library.get("NONE", 7), 7)
+        self.assertIsNone(library.get("NONE"))
+
+    def test_blocks_of_parents(self):
+        library = hdnt.simulation()
+        self.assertNotIn("FLOP_RISE", library)
+        self.assertIs(library.find("FLOP_RISE"), hdnt.common()["FLOP_RISE"])
+        self.assertIs(library.all_blocks["FLOP_RISE"].library, library.parent)
+        self.assertEqual(len(library.all_blocks), len(library) + len(library.parent))
+        names = [block.name for block in library.starting_with("flop_")]
+        self.assertEqual(names, sorted(name for name in names if name.startswith("FLOP_")))
+
+    def test_views_are_sequences(self):
+        for view in (hdnt.common().blocks, hdnt.common()["ADD_CHAIN_8"].pins, hdnt.common()["ADD_CHAIN_8"].buses,
+                     hdnt.common()["ADD_CHAIN_8"].properties):
+            self.assertIsInstance(view, collections.abc.Sequence)
+            everything = list(view)
+            self.assertEqual(list(reversed(view)), everything[::-1])
+            for part in (slice(None), slice(1, 3), slice(None, None, -2), slice(-2, None), slice(9, 2), slice(0, 99999)):
+                self.assertEqual(view[part], everything[part])
+            self.assertIs(view[-1], everything[-1])
+            self.assertIs(view[everything[0].name], everything[0])
+            self.assertIn(everything[-1], view)
+            self.assertIn(everything[-1].name, view)
+            self.assertNotIn(hdnt.common(), view)
+            for absent, error in ((len(view), IndexError), (-len(view) - 1, IndexError), ("NONE", KeyError),
+                                  (1.5, TypeError), (None, TypeError), (2 ** 70, IndexError)):
+                with self.assertRaises(error):
+                    view[absent]
+
+    def test_views_are_equal_when_they_are_of_the_same(self):
+        block = hdnt.common()["ADD_CHAIN_8"]
+        self.assertEqual(block.pins, block.pins)
+        self.assertEqual(hash(block.pins), hash(block.pins))
+        self.assertNotEqual(block.pins, block.buses)
+
+    def test_pins_declared_in_small_letters_are_found(self):
+        folder = os.path.join(os.environ["NTL_SOURCE_DIR"], "data", "examples")
+        library = hdnt.load(os.path.join(folder, "first.btl"))
+        for pin in itertools.chain.from_iterable(block.pins for block in library.blocks):
+            self.assertIs(pin.block.pins[pin.name], pin)
+
+
+class Identity(unittest.TestCase):
+    def test_the_same_object_on_every_way(self):
+        library = hdnt.common()
+        for block in library.blocks:
+            self.assertIs(library[block.name], block)
+            self.assertIs(block.library, library)
+            for bus in block.buses:
+                for pin in bus.pins:
+                    self.assertIs(pin.bus, bus)
+                    self.assertIs(pin.block, block)
+                    if pin.index < len(block.pins):
+                        self.assertIs(block.pins[pin.index], pin)
+            for one in block.properties:
+                self.assertIs(one.owner, block)
+            if block.netlist:
+                self.assertIs(block.netlist.block, block)
+                for connect in (signal.connect for signal in block.netlist.signals if signal.connect):
+                    self.assertIs(connect.signal, [s for s in block.netlist.signals if s.connect is connect][0])
+
+    def test_walks_leave_nothing_behind(self):
+        def walk(node, names):
+            for name in names:
+                value = getattr(node, name)
+                for item in value if isinstance(value, (hdnt.View, tuple)) else [value]:
+                    if isinstance(item, hdnt.Node) and item is not node and not isinstance(item, (hdnt.Library,)):
+                        repr(item)
+
+        library = hdnt.common()
+        fields = functools.lru_cache(None)(lambda kind: [n for n in dir(kind) if not n.startswith("_") and
+                                                         not callable(getattr(kind, n))])
+        before = None
+        for _ in range(3):
+            for block in library.blocks:
+                for node in [block] + block.pins[:] + block.buses[:] + block.properties[:]:
+                    walk(node, fields(type(node)))
+                if block.netlist:
+                    walk(block.netlist, fields(hdnt.Netlist))
+            del block, node
+            gc.collect()
+            after = (sys.getrefcount(library), hdnt.live_handles())
+            if before:
+                self.assertEqual(after, before)
+            before = after
+
+    def test_handles_are_weakly_known_and_hashable(self):
+        block = hdnt.common()["FLOP_RISE"]
+        known = weakref.WeakSet([block])
+        self.assertEqual({block: 1}[hdnt.common()["FLOP_RISE"]], 1)
+        self.assertEqual(len(known), 1)
+        del block
+        self.assertEqual(len(known), 0)
+
+    def test_nobody_makes_or_changes_handles(self):
+        block = hdnt.common()["FLOP_RISE"]
+        for kind in (hdnt.Node, hdnt.Block, hdnt.Library, hdnt.View, hdnt.Expression):
+            with self.assertRaises(TypeError):
+                kind()
+        for name in ("name", "other"):
+            with self.assertRaises(AttributeError):
+                setattr(block, name, "X")
+        with self.assertRaises(TypeError):
+            type("Own", (hdnt.Node,), {})()
+        with self.assertRaises(TypeError):
+            hdnt.Block.pin_tuples(block.pins[0])
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,185 @@
+"""Mappings, expressions, visitors, texts and differences."""
+import io
+import json
+import os
+import pathlib
+import subprocess
+import tempfile
+import textwrap
+import unittest
+
+import hdnt
+
+DATA = pathlib.Path(os.environ["NTL_SOURCE_DIR"], "data")
+TEXT = """library "l" {
+  function int steps(int);
+  function string word();
+  block "FLOP_RISE" {
+    pin "D" input; pin "Q" output;
+    property int "N" { min = 0, max = 9, default = 3 }
+    property double "X" { default = 0.5 }
+    property string "S" { values { "ONE", "TWO" }, default = "ONE" }
+  } mapsto {
+    inst "u" "FLOP_FALL";
+    assign block property "u" "N" 1 + steps(2) * 3;
+    if (1 < 2) { inst "v" "FLOP_FALL"; }
+  }
+  block "FLOP_FALL" { pin "D" input; pin "Q" output; property int "N" { default = 1 } }
+}
+"""
+
+
+def tool(*arguments):
+    environment = {name: value for name, value in os.environ.items() if name != "LD_PRELOAD"}
+    return subprocess.run([os.environ["NTL_TOOL"], *map(str, arguments)], stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, check=False, env=environment, encoding="utf-8").stdout
+
+
+class Operations(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory()))
+        self.path = self.folder / "l.btl"
+        self.path.write_text(TEXT)
+        self.library = hdnt.load(self.path)
+        self.block = self.library["FLOP_RISE"]
+
+    def test_expand_as_the_tool_does(self):
+        blocks = [block for block in hdnt.common().blocks if block.netlist]
+        self.assertGreater(len(blocks), 50)
+        for block in blocks:
+            expected = json.loads(tool("expand", block.name, "--deep", "--format", "json"))["blocks"][0]
+            result = block.expand(deep=True)
+            self.assertEqual([p.message for p in result.problems], [p["message"] for p in expected["problems"]])
+            self.assertEqual(len(result.levels), len(expected["levels"]))
+            for level, other in zip(result.levels, expected["levels"]):
+                self.assertEqual((level.path, level.outer, level.block.name, level.section),
+                                 (other["path"], other["outer"], other["block"], other["section"]))
+                self.assertEqual([(i.name, i.type, i.level, i.block is not None, i.origin.location.line,
+                                   [p.name for p in i.properties]) for i in level.instances],
+                                 [(i["name"], i["type"], i["level"], i["exists"], i["location"]["line"],
+                                   [p["name"] for p in i["properties"]]) for i in other["instances"]])
+                self.assertEqual([s.name for s in level.signals], [s["name"] for s in other["signals"]])
+                self.assertEqual([(c.signal, c.instance, c.pin, c.inverted) for c in level.connections],
+                                 [(c["signal"], c["instance"], c["pin"], c["inverted"]) for c in other["connections"]])
+
+    def test_expand_with_values(self):
+        calls = []
+
+        def steps(count):
+            calls.append(count)
+            return count + 1
+        result = self.block.expand(N=4, X=2, S="TWO", functions={"steps": steps})
+        self.assertEqual((calls, result.problems), ([2], ()))
+        self.assertEqual([i.name for i in result.instances], ["u", "v"])
+        self.assertEqual([(p.name, p.value) for p in result.instances[0].properties], [("N", 10)])
+        self.assertIs(result.instances[0].block, self.library["FLOP_FALL"])
+        self.assertEqual(result.instances[0].origin.location.line, 10)
+        self.assertEqual([b.taken for b in result.levels[0].branches], [True])
+        self.assertEqual(self.block.expand({"n": 4}, N=5, functions={"steps": steps}).problems, ())
+        self.assertEqual(self.library["FLOP_FALL"].expand().levels, ())
+        self.assertIn("steps", self.block.expand().problems[0].message)
+
+    def test_what_expand_refuses(self):
+        for values, error in (({"N": 10}, ValueError), ({"S": "THREE"}, ValueError), ({"NONE": 1}, ValueError),
+                              ({"N": "4"}, ValueError), ({"N": 2 ** 40}, ValueError), ({"N": []}, TypeError),
+                              ({"N": None}, TypeError)):
+            with self.assertRaises(error):
+                self.block.expand(**values)
+        with self.assertRaises(ValueError):
+            self.block.expand(connected=["NONE"])
+        with self.assertRaises(ZeroDivisionError):
+            self.block.expand(functions={"steps": lambda count: 1 // 0})
+
+    def test_expressions(self):
+        value = self.block.netlist.block_assigns[0].value
+        self.assertEqual((value.operator, str(value), value.type), ("+", "1 + steps(2) * 3", "int"))
+        self.assertEqual((value.left.value, value.right.left.name), (1, "steps"))
+        self.assertIs(value.right.left.declaration, self.library.functions[0])
+        self.assertEqual(value.evaluate({"steps": lambda n: 5}), 16)
+        self.assertIs(self.block.netlist.ifs[0].condition.evaluate(), True)
+        for functions, error in ((None, hdnt.Error), ({"steps": lambda n: "x"}, hdnt.Error),
+                                 ({"steps": lambda n: 2 ** 40}, ValueError), ({"steps": lambda: 1}, TypeError)):
+            with self.assertRaises(error):
+                value.evaluate(functions)
+
+    def test_visitors(self):
+        seen = []
+
+        class All(hdnt.Visitor):
+            pass
+        for name in dir(hdnt.Visitor):
+            if name.startswith(("visit_", "leave_")):
+                setattr(All, name, lambda self, node, name=name: seen.append((name, type(node).__name__)))
+        self.block.accept(All())
+        self.assertEqual([name for name, _ in seen], [
+            "visit_block", "visit_bus", "leave_bus", "visit_bus", "leave_bus", "visit_pin", "visit_pin",
+            "visit_property", "visit_property", "visit_property", "leave_block", "visit_netlist", "visit_instance",
+            "visit_section", "visit_block_assign", "visit_int", "visit_operation", "visit_call", "visit_int",
+            "leave_call", "visit_operation", "visit_int", "leave_operation", "leave_operation", "leave_block_assign",
+            "visit_section", "visit_if", "visit_int", "visit_operation", "visit_int", "leave_operation", "leave_if",
+            "visit_statements", "visit_instance", "leave_statements", "leave_netlist"])
+        self.assertEqual({kind for name, kind in seen if name == "visit_int"}, {"IntConstant"})
+
+        class NoMappings(hdnt.Visitor):
+            blocks = 0
+
+            def enter_netlist(self, node):
+                return False
+
+            def visit_block(self, node):
+                self.blocks += 1
+
+            def visit_instance(self, node):
+                raise AssertionError
+
+        visitor = NoMappings()
+        hdnt.simulation().accept(visitor)
+        self.assertEqual(visitor.blocks, len(hdnt.simulation().all_blocks))
+
+        class Raising(hdnt.Visitor):
+            def visit_pin(self, node):
+                raise KeyError(node.name)
+        with self.assertRaisesRegex(KeyError, "D"):
+            self.library.accept(Raising())
+        for wrong in (None, 3, object()):
+            with self.assertRaises(TypeError):
+                self.library.accept(wrong)
+
+    def test_loading_from_a_callback(self):
+        loaded = []
+
+        def steps(count):
+            with hdnt.load(self.path) as library:
+                loaded.append(library["FLOP_RISE"].expand(functions={"steps": lambda n: n}).problems)
+            return count
+        self.assertEqual(self.block.expand(functions={"steps": steps}).problems, ())
+        self.assertEqual(loaded, [()])
+
+    def test_texts_are_those_of_the_tool(self):
+        out = io.StringIO()
+        self.library.print(out)
+        self.assertEqual(out.getvalue(), tool("print", self.path))
+        self.assertEqual(self.library.source(), tool("print", self.path, "--source"))
+        for block in self.library.blocks:
+            self.assertIn(textwrap.indent(block.source(), "  "), self.library.source())
+            out = io.StringIO()
+            block.print(out)
+            self.assertIn('block "%s"' % block.name, out.getvalue())
+
+    def test_diff_as_the_tool_does(self):
+        changed = self.folder / "changed.btl"
+        changed.write_text(TEXT.replace("max = 9", "max = 8").replace('pin "Q" output; property int', "property int"))
+        other = hdnt.load(changed)
+        expected = json.loads(tool("diff", self.path, changed, "--format", "json"))["differences"]
+        found = self.library.diff(other)
+        self.assertEqual([(d.path, d.effect, d.change) for d in found],
+                         [(d["path"], d["effect"], d["change"]) for d in expected])
+        self.assertEqual((found[0].old, found[0].new, found[0].old_place.line), ("9", "8", 6))
+        self.assertEqual(self.library.diff(hdnt.load(self.path)), [])
+        self.assertEqual(len(hdnt.diff(self.block, other["FLOP_RISE"])), 1)
+        with self.assertRaises(TypeError):
+            self.library.diff(self.block)
+
+
+if __name__ == "__main__":
+    unittest.main()
