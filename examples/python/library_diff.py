@@ -29,6 +29,8 @@ def main(arguments: List[str]) -> int:
 
 
 if __name__ == "__main__":
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
     try:
         sys.exit(main(sys.argv[1:]))
     except (hdnt.LoadError, OSError) as error:

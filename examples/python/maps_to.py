@@ -53,4 +53,6 @@ def main(arguments: List[str]) -> int:
 
 
 if __name__ == "__main__":
+    if len(sys.argv) not in (2, 3):
+        sys.exit(__doc__)
     sys.exit(main(sys.argv[1:]))

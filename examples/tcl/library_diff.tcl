@@ -24,6 +24,10 @@ proc report {before after} {
     return $lines
 }
 
+if {[llength $argv] != 2} {
+    puts stderr "usage: library_diff.tcl OLD NEW"
+    exit 1
+}
 try {
     lassign [lmap path $argv {hdnt::load $path}] before after
     set lines [report $before $after]

@@ -44,6 +44,10 @@ proc mapped_to {library name} {
     return $distance
 }
 
+if {[llength $argv] ni {1 2}} {
+    puts stderr "usage: maps_to.tcl BLOCK ?LIBRARY?"
+    exit 1
+}
 lassign $argv name path
 set library [expr {$path eq "" ? [hdnt::common] : [hdnt::load $path]}]
 set block [$library find $name]
