@@ -16,6 +16,7 @@ namespace hdnt::python {
 
 namespace {
 
+using namespace scripts::fields;
 py::object object(PyObject* reference) { return py::reinterpret_steal<py::object>(reference); }
 
 // Words that are made once, by number; a number past them, which only a program can bring about, is spelt out.
@@ -107,19 +108,7 @@ Word maturity(HDNTBlock& block) {
     static std::array<PyObject*, 4> words{};
     return wordOf(words, block.getMaturityLevel(), [&] { return scripts::maturityWord(block.getMaturityLevel()); });
 }
-int cellview(HDNTBlock& block) { return static_cast<int>(block.getType()); }
-bool isRegistered(HDNTBlock& block) { return block.getType() < HDNTCellviewLib::UNKNOWN; }
-const char* group(HDNTBlock& block) { return block.getPrimGroupType(false); }
-const char* subgroup(HDNTBlock& block) { return block.getPrimSubGroupType(false); }
-const char* legacyGroup(HDNTBlock& block) { return block.getPrimGroupType(true); }
-const char* legacySubgroup(HDNTBlock& block) { return block.getPrimSubGroupType(true); }
 OrNone masterDriverPin(HDNTBlock& block) { return {block.getMasterDriverPinName()}; }
-std::vector<std::string> shadowPins(HDNTBlock& block) {
-    std::vector<std::string> names;
-    block.getMasterShadowPins(names);
-    return names;
-}
-bool supportsInternalPins(HDNTBlock& block) { return block.internalPinsSupported(nullptr); }
 
 // The mapping for an architecture may have to be loaded first.
 PyObject* netlistOf(const Use& use, const std::string* architecture) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bindings/python/Handle.h"
+#include "bindings/shared/Fields.h"
 #include "hdnt/frontend/yyltype.h"
 
 #include <concepts>
@@ -75,24 +76,9 @@ py::object dataClass(const char* name);
 
 // Fields of types: getters made of the model's own operations.
 
-template <typename>
-struct Accessor;
-template <typename R, typename C>
-struct Accessor<R (C::*)() const> {
-    using Node = C;
-    using Result = R;
-};
-template <typename R, typename C>
-struct Accessor<R (C::*)()> : Accessor<R (C::*)() const> {};
-template <typename R, typename C>
-struct Accessor<R (*)(C&)> : Accessor<R (C::*)() const> {};
-
-template <typename T>
-concept NodePointer = std::is_pointer_v<T> && std::derived_from<std::remove_pointer_t<T>, HDNTNode>;
-template <typename T>
-concept NodeList = requires(T list) {
-    requires NodePointer<typename T::value_type>;
-};
+using scripts::Accessor;
+using scripts::NodeList;
+using scripts::NodePointer;
 
 /// A tuple of the handles of what a list holds. The list is looked at only once the tuple is there, since making that
 /// may run Python code.

@@ -20,6 +20,7 @@ PyObject* typeWord(Type type) {
 
 namespace {
 
+using namespace scripts::fields;
 using scripts::isBits;
 
 py::object object(PyObject* reference) { return py::reinterpret_steal<py::object>(reference); }
@@ -46,16 +47,6 @@ py::object units(HDNTProperty& property) {
 }
 OrNone description(HDNTProperty& property) { return {property.getAttrSpec()->getDescription()}; }
 OrNone declaredDescription(HDNTProperty& property) { return {property.getDeclaredDescription()}; }
-
-// The bus for a property of pins.
-HDNTNode* owner(HDNTProperty& property) { return property.getParent(); }
-
-bool isTest(HDNTProperty& property) { return property.getAttrSpec()->isTest(); }
-bool isSimulation(HDNTProperty& property) { return property.getAttrSpec()->isSimulation(); }
-bool isConstraintsOnly(HDNTProperty& property) { return property.getAttrSpec()->isConstraintsOnly(); }
-bool isReadOnly(HDNTProperty& property) { return property.getAttrSpec()->isReadOnly(); }
-bool isHidden(HDNTProperty& property) { return !property.getAttrSpec()->isVisible(); }
-bool isPadConstraint(HDNTProperty& property) { return scripts::isPadConstraint(property); }
 
 PyGetSetDef fields[] = {
     field<&HDNTProperty::getName>("name", "Its name, as declared."),

@@ -1,6 +1,6 @@
 #include "bindings/shared/PropertyFacts.h"
 
-#include "hdnt/model/HDNTBlock.h"
+#include "bindings/shared/Fields.h"
 #include "hdnt/model/HDNTLibrary.h"
 
 namespace hdnt::scripts {
@@ -11,7 +11,7 @@ std::string refusalOf(const HDNTProperty& property, const HDNTExpansion::Value& 
     return reason;
 }
 
-bool isPadConstraint(const HDNTProperty& property) {
+bool fields::isPadConstraint(HDNTProperty& property) {
     const HDNTBlock* const block = property.getBlock();
     return block && block->getLibrary() && block->getLibrary()->isIOPinConstr(property.getName());
 }

@@ -77,6 +77,5 @@ auto valuesOf(const HDNTProperty& property, To&& to) {
 
 /// Why the property may not have the value; empty when it may.
 std::string refusalOf(const HDNTProperty& property, const HDNTExpansion::Value& value);
-bool isPadConstraint(const HDNTProperty& property);
 
 } // namespace hdnt::scripts

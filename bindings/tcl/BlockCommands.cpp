@@ -10,6 +10,7 @@ namespace hdnt::tcl {
 
 namespace {
 
+using namespace scripts::fields;
 template <typename PinOrBus>
 std::string direction(PinOrBus& pin) {
     return HDNTPin::getDirectionName(pin.getDirection());
@@ -38,18 +39,6 @@ Tcl_Obj* busRange(HDNTBus& bus) {
 }
 
 const char* maturity(HDNTBlock& block) { return scripts::maturityWord(block.getMaturityLevel()); }
-int cellview(HDNTBlock& block) { return static_cast<int>(block.getType()); }
-bool isRegistered(HDNTBlock& block) { return block.getType() < HDNTCellviewLib::UNKNOWN; }
-const char* group(HDNTBlock& block) { return block.getPrimGroupType(false); }
-const char* subgroup(HDNTBlock& block) { return block.getPrimSubGroupType(false); }
-const char* legacyGroup(HDNTBlock& block) { return block.getPrimGroupType(true); }
-const char* legacySubgroup(HDNTBlock& block) { return block.getPrimSubGroupType(true); }
-std::vector<std::string> shadowPins(HDNTBlock& block) {
-    std::vector<std::string> names;
-    block.getMasterShadowPins(names);
-    return names;
-}
-bool supportsInternalPins(HDNTBlock& block) { return block.internalPinsSupported(nullptr); }
 
 // The mapping for an architecture may have to be loaded first.
 Tcl_Obj* netlist(const Call& call) {

@@ -16,6 +16,7 @@ HDNTExpansion::Value valueFor(HATAttrTypes::AttrType type, Tcl_Obj* word) {
 
 namespace {
 
+using namespace scripts::fields;
 std::string typeName(HDNTProperty& property) { return HDNTProperty::getTypeName(property.getType()); }
 int typeNumber(HDNTProperty& property) { return static_cast<int>(property.getType()); }
 Tcl_Obj* defaultValue(HDNTProperty& property) { return scripts::defaultOf(property, anyToTcl); }
@@ -37,13 +38,6 @@ std::string units(HDNTProperty& property) {
     return spec.hasUnit() ? spec.getUnitDefault() : "";
 }
 std::string description(HDNTProperty& property) { return property.getAttrSpec()->getDescription(); }
-HDNTNode* owner(HDNTProperty& property) { return property.getParent(); }
-bool isTest(HDNTProperty& property) { return property.getAttrSpec()->isTest(); }
-bool isSimulation(HDNTProperty& property) { return property.getAttrSpec()->isSimulation(); }
-bool isConstraintsOnly(HDNTProperty& property) { return property.getAttrSpec()->isConstraintsOnly(); }
-bool isReadOnly(HDNTProperty& property) { return property.getAttrSpec()->isReadOnly(); }
-bool isHidden(HDNTProperty& property) { return !property.getAttrSpec()->isVisible(); }
-bool isPadConstraint(HDNTProperty& property) { return scripts::isPadConstraint(property); }
 
 // What is no value of the type at all is refused, too.
 std::string refusalOf(const Call& call) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bindings/shared/Fields.h"
 #include "bindings/tcl/Convert.h"
 
 #include <functional>
@@ -68,24 +69,9 @@ Tcl_Obj* differences(const Use& before, const Use& after);
 /// The handle behind an argument that must be of a kind. Throws DeadHandle, or Refused.
 Handle& handleOf(Session& session, Tcl_Obj* word, HDNTNodeKind kind);
 
-template <typename>
-struct Accessor;
-template <typename R, typename C>
-struct Accessor<R (C::*)() const> {
-    using Node = C;
-    using Result = R;
-};
-template <typename R, typename C>
-struct Accessor<R (C::*)()> : Accessor<R (C::*)() const> {};
-template <typename R, typename C>
-struct Accessor<R (*)(C&)> : Accessor<R (C::*)() const> {};
-
-template <typename T>
-concept NodePointer = std::is_pointer_v<T> && std::derived_from<std::remove_pointer_t<T>, HDNTNode>;
-template <typename T>
-concept NodeList = requires(T list) {
-    requires NodePointer<typename T::value_type>;
-};
+using scripts::Accessor;
+using scripts::NodeList;
+using scripts::NodePointer;
 
 template <auto F>
 Tcl_Obj* getter(const Call& call) {
