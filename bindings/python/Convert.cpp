@@ -79,7 +79,7 @@ py::object makeType(py::module_& module, const char* name, HDNTNodeKind kind, Py
     PyType_Spec spec = {fullName.c_str(), sizeof(Handle), 0,
                         static_cast<unsigned>(Py_TPFLAGS_DEFAULT | Py_TPFLAGS_DISALLOW_INSTANTIATION) | forBase,
                         slots.data()};
-    const auto type = py::reinterpret_steal<py::object>(
+    auto type = py::reinterpret_steal<py::object>(
         PyType_FromSpecWithBases(&spec, py::make_tuple(py::handle(reinterpret_cast<PyObject*>(base))).ptr()));
     if (!type) throw py::error_already_set();
     if (kind != HDNTNodeKind::Other) setType(kind, reinterpret_cast<PyTypeObject*>(py::object(type).release().ptr()));

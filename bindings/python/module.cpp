@@ -12,6 +12,7 @@ static void forgetHandles() { wpx::pyinfra::py_native_cache::all().clear(); }
 static void fill(py::module_& module) {
     if (PyInterpreterState_Get() != PyInterpreterState_Main())
         throw py::import_error("hdnt works in the main interpreter of a process only");
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is pybind11's
     py::register_exception_translator([](std::exception_ptr error) {
         try {
             if (error) std::rethrow_exception(error);

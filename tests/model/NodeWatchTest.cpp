@@ -58,7 +58,7 @@ TEST(NodeWatch, copies_begin_unwatched_and_removed_observers_hear_nothing) {
     {
         const HDNTPin pin(1, 2);
         HDNTNodeWatch::watch(pin);
-        const HDNTPin copy(pin);
+        const HDNTPin copy(pin); // NOLINT(performance-unnecessary-copy-initialization): that is what ends here
     }
     EXPECT_EQ(1u, recorder->dead.size());
     auto made = library();
