@@ -114,7 +114,9 @@ OrNone masterDriverPin(HDNTBlock& block) { return {block.getMasterDriverPinName(
 PyObject* netlistOf(const Use& use, const std::string* architecture) {
     auto& block = use.as<HDNTBlock>();
     LoadSection::waitForChanges();
-    if (HDNTLibrary::usesMapLibraries() && !block.hasOwnNetlist())
+    const bool attached = block.hasOwnNetlist() || (!architecture && block.getAttachedNetlist());
+    if (!attached) scripts::Reading::mustNotAskMapLibrary(block);
+    if (HDNTLibrary::usesMapLibraries() && !attached)
         inSection(LoadSection::Changes, block.getName(), [&] {
             if (architecture) block.getNetlist(*architecture);
             else block.getNetlist();

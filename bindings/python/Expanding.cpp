@@ -128,6 +128,7 @@ py::object expand(const py::object& self, const py::object& values, const py::it
     Handle* const handle = handleOf(self, typeOf(HDNTNodeKind::Block));
     const Use use(handle);
     auto& block = use.as<HDNTBlock>();
+    if (deep || !block.hasOwnNetlist()) scripts::Reading::mustNotAskMapLibrary(block);
     Expansion expansion(block, architecture);
     if (!values.is_none()) setProperties(expansion, block, py::dict(values));
     setProperties(expansion, block, more);

@@ -1,6 +1,7 @@
 #include "bindings/shared/LoadSection.h"
 
 #include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HPAParamMgr.h"
 
@@ -89,6 +90,12 @@ Reading::~Reading() { --readers; }
 void Reading::mustNotBe(const std::string& path) {
     if (readers > 0)
         throw std::runtime_error(path + ": no library is loaded over another one from a visitor or a function");
+}
+
+void Reading::mustNotAskMapLibrary(const HDNTBlock& block) {
+    if (readers > 0 && HDNTLibrary::usesMapLibraries())
+        throw std::runtime_error(block.getName() +
+                                 ": no mapping of a map library is asked for from a visitor or a function; ask before");
 }
 
 std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check) {

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+class HDNTBlock;
 class HDNTLibrary;
 
 namespace hdnt::scripts {
@@ -101,6 +102,8 @@ public:
     Reading(const Reading&) = delete;
     /// Throws in a thread that reads.
     static void mustNotBe(const std::string& path);
+    /// The same where map libraries are in use: a mapping of one may replace what is being read.
+    static void mustNotAskMapLibrary(const HDNTBlock& block);
 };
 
 /// A library of its own from a file or folder over a parent, which may be null; with `check` its content is checked.

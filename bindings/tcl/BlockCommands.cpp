@@ -46,7 +46,9 @@ Tcl_Obj* netlist(const Call& call) {
     const bool named = call.arguments() > 0;
     const std::string architecture = named ? textOf(call.argument(0)) : "";
     LoadSection::waitForChanges(scriptLock());
-    if (HDNTLibrary::usesMapLibraries() && !block.hasOwnNetlist())
+    const bool attached = block.hasOwnNetlist() || (!named && block.getAttachedNetlist());
+    if (!attached) scripts::Reading::mustNotAskMapLibrary(block);
+    if (HDNTLibrary::usesMapLibraries() && !attached)
         inSection(LoadSection::Changes, block.getName(),
                   [&] { named ? block.getNetlist(architecture) : block.getNetlist(); });
     return call.wrap(named ? block.getNetlist(architecture) : block.getNetlist());

@@ -151,6 +151,7 @@ Tcl_Obj* expand(const Call& call) {
     Options options;
     const int values = readOptions(call, options);
     auto& block = call.as<HDNTBlock>();
+    if (options.deep || !block.hasOwnNetlist()) scripts::Reading::mustNotAskMapLibrary(block);
     Expansion expansion(block, options.architecture);
     setProperties(expansion, block, call, values);
     for (Tcl_Obj* const pin : options.connected) {

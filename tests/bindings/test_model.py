@@ -229,6 +229,27 @@ class Identity(unittest.TestCase):
         del block
         self.assertEqual(len(known), 0)
 
+    def test_no_visitor_asks_for_a_mapping_that_could_replace_what_it_walks(self):
+        self.addCleanup(hdnt.release)
+        block = hdnt.common()["FLOP_RETAIN"]
+        walked = block.netlist_for("harbor")
+        refused = []
+
+        class Asking(hdnt.Visitor):
+            def visit_instance(self, node):
+                self.seen = block.netlist is walked and hdnt.common()["ADD_CHAIN_8"].netlist.alive
+                for ask in (lambda: block.netlist_for("meadow"), block.expand,
+                            lambda: hdnt.common()["ADD_CHAIN_8"].expand(deep=True)):
+                    with unittest.TestCase().assertRaises(hdnt.Error) as caught:
+                        ask()
+                    refused.append(str(caught.exception))
+        visitor = Asking()
+        walked.accept(visitor)
+        self.assertEqual((len(refused), visitor.seen), (9, True))
+        self.assertIn("ask before", refused[0])
+        self.assertIsNot(block.netlist_for("meadow"), walked)
+        self.assertFalse(walked.alive)
+
     def test_nobody_makes_or_changes_handles(self):
         block = hdnt.common()["FLOP_RISE"]
         for kind in (hdnt.Node, hdnt.Block, hdnt.Library, hdnt.View, hdnt.Expression):
