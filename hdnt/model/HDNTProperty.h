@@ -33,7 +33,7 @@ public:
     /// Takes read-only flag and description from the configuration, and completes the range of a hex property. Called
     /// for the properties of blocks, not for those of buses.
     void finalize() override;
-    /// Internal: the same where the block's part of it is known, but for the description; and that.
+    // Internal: the same in two steps, for a block that finalizes all its properties. An empty text describes nothing.
     void finalize(const hdnt::model::PropertyContext& context);
     void describe(std::string_view text);
     /// Writes the declaration as one line of text to standard output, indented by 4.

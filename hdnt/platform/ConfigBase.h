@@ -43,8 +43,6 @@ public:
     /// The same for a path that is given name by name. A large group is indexed at the first look-up in it; only small
     /// ones are searched from their start.
     const libconfig::Setting* find(std::initializer_list<std::string_view> names) const;
-    /// The member of a setting that one of these operations handed out; null when there is none, or it is no group.
-    const libconfig::Setting* memberOf(const libconfig::Setting& group, std::string_view name) const;
     bool exists(const std::string& path) const { return lookup(path) != nullptr; }
     /// The path under which getLibConfig() holds the key; empty when it does not. The parent is not asked. The part may
     /// be null; there are no entries for single parts.
@@ -64,6 +62,7 @@ public:
 private:
     struct Index;
 
+    const libconfig::Setting* memberOf(const libconfig::Setting& group, std::string_view name) const;
     const libconfig::Setting* findOwn(std::string_view path) const;
     std::string fullPath(const std::string& path) const;
 

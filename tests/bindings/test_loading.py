@@ -244,7 +244,7 @@ class Threads(Folder):
     def test_others_run_while_one_loads(self):
         text = GOOD.replace("}\n}", "}\n" + "".join(
             'block "B%d" { pin "D[63:0]" input; property string "S" { default = "%s" } }\n' % (i, "x" * 300)
-            for i in range(20000)) + "}")
+            for i in range(80000)) + "}")
         path = self.write("large.btl", text)
         ticks, done = [0], threading.Event()
 
