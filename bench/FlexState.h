@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hdnt/frontend/yyltype.h"
+#include "hdnt/diagnostics/yyltype.h"
 
 #include <algorithm>
 #include <cstdlib>

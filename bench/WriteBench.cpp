@@ -1,4 +1,5 @@
 // The model as text, beside JSON libraries that write the same content, and the layout of a file.
+#include "author/format/HDNTFormatter.h"
 #include "bench/Libraries.h"
 #include "bench/Subject.h"
 

@@ -37,13 +37,13 @@ if(NOT unknown)
   message(FATAL_ERROR "${INPUT}:${number}: the line '4000,UNKNOWN' is missing")
 endif()
 file(WRITE "${OUTPUT}" "// Made from the cellview table by the build.
-#include \"hdnt/manager/CellviewTable.h\"
+#include \"hdnt/registry/CellviewTable.internal.h\"
 
-namespace hdnt::manager {
+namespace hdnt::registry {
 
 const CellviewEntry cellviewTable[] = {
 ${rows}    {-1, nullptr},
 };
 
-} // namespace hdnt::manager
+} // namespace hdnt::registry
 ")

@@ -3,7 +3,7 @@
 #include "bindings/python/View.h"
 #include "bindings/shared/PropertyFacts.h"
 #include "bindings/shared/Words.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"

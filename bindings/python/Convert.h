@@ -2,7 +2,7 @@
 
 #include "bindings/python/Handle.h"
 #include "bindings/shared/Fields.h"
-#include "hdnt/frontend/yyltype.h"
+#include "hdnt/diagnostics/yyltype.h"
 
 #include <concepts>
 #include <functional>

@@ -2,7 +2,7 @@
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
 #include "hdnt/frontend/Scanner.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/platform/HPAParamMgr.h"

@@ -3,8 +3,8 @@
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
 #include "bindings/shared/Text.h"
+#include "hdnt/compare/HDNTComparison.h"
 #include "hdnt/model/HDNTBlock.h"
-#include "hdnt/writer/HDNTComparison.h"
 
 namespace hdnt::python {
 

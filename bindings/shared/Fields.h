@@ -1,8 +1,8 @@
 #pragma once
 
-#include "hdnt/manager/HDNTCellviewLib.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/registry/HDNTCellviewLib.h"
 
 #include <concepts>
 #include <string>

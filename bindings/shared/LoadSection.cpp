@@ -1,6 +1,6 @@
 #include "bindings/shared/LoadSection.h"
 
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HPAParamMgr.h"

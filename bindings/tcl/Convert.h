@@ -1,7 +1,7 @@
 #pragma once
 
 #include "bindings/tcl/Handle.h"
-#include "hdnt/frontend/yyltype.h"
+#include "hdnt/diagnostics/yyltype.h"
 #include "hdnt/netlist/HDNTExpansion.h"
 
 #include <concepts>

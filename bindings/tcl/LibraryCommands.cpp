@@ -1,6 +1,6 @@
 #include "bindings/tcl/Lists.h"
 #include "hdnt/frontend/Scanner.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/platform/HPAParamMgr.h"

@@ -2,8 +2,8 @@
 #include "bindings/shared/EventVisitor.h"
 #include "bindings/shared/Text.h"
 #include "bindings/tcl/Lists.h"
+#include "hdnt/compare/HDNTComparison.h"
 #include "hdnt/model/HDNTBlock.h"
-#include "hdnt/writer/HDNTComparison.h"
 
 #include <algorithm>
 #include <cstring>

@@ -3,7 +3,7 @@
 
 %define api.prefix {HDNTParser}
 %define api.token.prefix {TOKEN_}
-%define api.value.type {hdnt::frontend::SymbolValue}
+%define api.value.type {hdnt::frontend::ParserValue}
 %define api.location.type {yyltype}
 %define parse.trace
 %locations
@@ -12,7 +12,7 @@
 %initial-action { build::beginParse(); }
 
 %code top {
-#include "hdnt/frontend/GrammarSupport.h"
+#include "hdnt/frontend/Grammar.internal.h"
 }
 
 %token T_Library 258 T_Block 259 T_Property 260 T_Pin 261 T_Int 262 T_String 263 T_Bool 264 T_End 265 T_Input 266

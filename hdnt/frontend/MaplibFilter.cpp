@@ -1,7 +1,7 @@
 #include "hdnt/frontend/MaplibFilter.h"
 
 #include "hdnt/frontend/ArchDirective.h"
-#include "hdnt/frontend/SourceInput.h"
+#include "hdnt/frontend/SourceInput.internal.h"
 #include "hdnt/platform/HEX.h"
 
 #include <string_view>

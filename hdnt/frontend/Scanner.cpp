@@ -1,8 +1,8 @@
 #include "hdnt/frontend/Scanner.h"
 
-#include "hdnt/frontend/Keywords.h"
-#include "hdnt/frontend/ScannerState.h"
-#include "hdnt/frontend/TokenText.h"
+#include "hdnt/frontend/Keywords.internal.h"
+#include "hdnt/frontend/ScannerState.internal.h"
+#include "hdnt/frontend/TokenText.internal.h"
 
 #include <locale.h>
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "hdnt/frontend/yyltype.h"
+#include "hdnt/diagnostics/yyltype.h"
+#include "hdnt/frontend/SearchPath.h"
 #include "hdnt/platform/Export.h"
 
 #include <cstddef>
 #include <cstdio>
 #include <iosfwd>
 #include <string>
-#include <vector>
 
 class HDNTLibrary;
 
@@ -122,6 +122,9 @@ HDNT_API int HDNTParserlex();
 /// Parses what the scanner delivers into myTopLib; 0 when the text was accepted. Prefer the members of HDNTLibrary,
 /// which prepare the scanner, clean up after it and pass on exceptions.
 HDNT_API int HDNTParserparse();
+/// The parser's error hook: a report at the token the parser stopped on, then the last eleven source lines on standard
+/// output (both silenced together). A null message counts as an empty one.
+HDNT_API void HDNTParsererror(const char* message);
 
 /// Prepares a scan: counters, start state, file name. Drops saved inputs and keeps the current one, so it may be
 /// called before or after the input is set. The environment variable NTL_DEBUG switches a trace on.
@@ -135,13 +138,6 @@ HDNT_API void NtlFreeScannerMem();
 HDNT_API std::string NtlGetLineNumbered(unsigned long n);
 /// Prints the last eleven stored lines to standard output, each with its number.
 HDNT_API void NtlPrintLines();
-/// Path of a file named in INCLUDE or INLINE: an absolute name as it stands, another one in the search directories in
-/// order; empty when there is no such file.
-HDNT_API std::string NtlFindFile(const std::string& name);
-/// Appends a search directory. The library itself adds none, so without this call only absolute names are found.
-HDNT_API void NtlAddSearchDirectory(const std::string& directory);
-/// Path of every file that the last scan opened, in order of opening, the top-level file first when it has a name.
-HDNT_API const std::vector<std::string>& NtlOpenedFiles();
 
 // The operations that scanners usually have, with their usual meaning. They are thin covers: nothing inside the
 // library calls them, so a host that defines functions of the same names does not get in between. Streams are

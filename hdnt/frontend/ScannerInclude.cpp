@@ -1,7 +1,7 @@
-#include "hdnt/frontend/HDNTLimits.h"
-#include "hdnt/frontend/Keywords.h"
-#include "hdnt/frontend/ScannerState.h"
-#include "hdnt/frontend/SourceInput.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
+#include "hdnt/frontend/Keywords.internal.h"
+#include "hdnt/frontend/ScannerState.internal.h"
+#include "hdnt/frontend/SourceInput.internal.h"
 #include "hdnt/platform/HSTUniqString.h"
 #include "hdnt/platform/HUTFile.h"
 

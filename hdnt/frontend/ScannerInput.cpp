@@ -1,4 +1,4 @@
-#include "hdnt/frontend/ScannerState.h"
+#include "hdnt/frontend/ScannerState.internal.h"
 #include "hdnt/platform/HSTUniqString.h"
 
 #include <algorithm>

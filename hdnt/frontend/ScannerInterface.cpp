@@ -1,14 +1,14 @@
 // The exported names of the scanner: thin covers, never called from inside the library.
 #include "hdnt/frontend/Scanner.h"
-#include "hdnt/frontend/ScannerState.h"
-#include "hdnt/frontend/SourceInput.h"
+#include "hdnt/frontend/ScannerState.internal.h"
+#include "hdnt/frontend/SourceInput.internal.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
-using hdnt::frontend::LineStore;
+using hdnt::diagnostics::LineStore;
 using hdnt::frontend::Scanner;
 
 NtlTokenValue HDNTParserlval;
@@ -27,6 +27,10 @@ void NtlPrintLines() {
     const size_t count = LineStore::instance().size();
     for (size_t n = std::max<size_t>(count, 11) - 10; n <= count; ++n)
         std::printf("%d: %s\n", static_cast<int>(n), std::string(LineStore::instance().line(n)).c_str());
+}
+
+void HDNTParsererror(const char* message) {
+    if (HDNTError::OutputErrorDetail(&HDNTParserlloc, message ? message : "", {})) NtlPrintLines();
 }
 
 static YY_BUFFER_STATE newBuffer(const char* failure) {

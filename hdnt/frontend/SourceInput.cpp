@@ -1,6 +1,5 @@
-#include "hdnt/frontend/SourceInput.h"
-
-#include "hdnt/frontend/HDNTLimits.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
+#include "hdnt/frontend/SourceInput.internal.h"
 #include "hdnt/platform/InputFile.h"
 
 #include <sys/mman.h>

@@ -1,7 +1,7 @@
 #include "hdnt/model/BlockNames.h"
 
 #include "hdnt/model/HDNTBlock.h"
-#include "hdnt/platform/TextHash.h"
+#include "hdnt/platform/TextHash.internal.h"
 
 #include <bit>
 #include <cstring>

@@ -1,13 +1,12 @@
 #include "hdnt/model/HDNTBlock.h"
 
-#include "hdnt/manager/HDNTLibraryMgr.h"
-#include "hdnt/model/ArchTables.h"
+#include "hdnt/model/ConfigurationFacts.internal.h"
 #include "hdnt/model/HDNTFlags.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTPrimGroup.h"
 #include "hdnt/model/HDNTProperty.h"
-#include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/model/ManagerState.internal.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/PartSpec.h"
 
@@ -33,10 +32,7 @@ HDNTBlock::HDNTBlock(const std::string& name, std::vector<HDNTBlockEntity*>* ent
     bool adopting = false;
     try {
         type_ = typeOf(name);
-        if (netlist) {
-            netlistKind_ = library && library->getParentLibrary() ? OwnNetlistInChild : OwnNetlist;
-            canTiePins_ = netlist->isTieCapable() && canTiePins();
-        }
+        if (netlist) noteNetlist();
         adopting = true;
         if (entities) adopt(*entities);
     } catch (...) {
@@ -115,7 +111,7 @@ void HDNTBlock::applyGroup(const HDNTPrimGroup& group) {
 
 void HDNTBlock::check() {
     checkNames(name_, false);
-    if (netlist_) netlist_->check();
+    checkNetlist();
     for (const HDNTBus* bus : buses_) {
         if (bus->pinsAreFaultless()) continue;
         const auto first = pins().begin() + bus->getFirstPinIndex();
@@ -209,10 +205,10 @@ std::string HDNTBlock::getMasterDriverPinName() const { return factsOf(*this).ma
 void HDNTBlock::getMasterShadowPins(std::vector<std::string>& out) const { out = factsOf(*this).shadowPins; }
 
 bool HDNTBlock::internalPinsSupported(const CommonPart::PartSpec* part) const {
-    if (!part) part = HDNTLibraryMgr::getLibraryMgr()->m_partSpec;
+    if (!part) part = hdnt::model::currentPart();
     const HDNTLibrary* const library = getLibrary();
     if (!part || !library) return false;
-    const auto& architectures = library->getArchTables().architectures;
+    const auto& architectures = library->getConfigurationFacts().architectures;
     const auto found = architectures.find(part->architecture);
     return found != architectures.end() && found->second.internalPins;
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "hdnt/manager/HDNTCellviewLib.h"
 #include "hdnt/model/HDNTBus.h"
 #include "hdnt/platform/HATAttrObj.h"
 #include "hdnt/platform/HSTKeyValIter.h"
 #include "hdnt/platform/NameIndex.h"
+#include "hdnt/registry/HDNTCellviewLib.h"
 
 #include <atomic>
 #include <cstdint>
@@ -169,7 +169,15 @@ private:
     int groupIndex(std::string abbrev) const;
 
     std::string name_;
-    std::unique_ptr<HDNTNetlist> netlist_;
+    /// The netlist's class is one of a later folder, and so are these.
+    struct DeleteNetlist {
+        void operator()(HDNTNetlist* netlist) const noexcept;
+    };
+    void noteNetlist();
+    void checkNetlist();
+    void finalizeNetlist();
+
+    std::unique_ptr<HDNTNetlist, DeleteNetlist> netlist_;
     mutable std::vector<HDNTPin*> pins_; ///< made when first asked for
     std::vector<HDNTBus*> buses_;
     std::vector<HDNTProperty*> properties_;

@@ -1,10 +1,8 @@
 #include "hdnt/model/HDNTLibrary.h"
 
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/frontend/Scanner.h"
-#include "hdnt/model/ArchTables.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/model/ConfigurationFacts.internal.h"
 #include "hdnt/model/HDNTBlock.h"
-#include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
@@ -12,7 +10,6 @@
 #include "hdnt/platform/HUTMemWatcher.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <numeric>
 
 HDNTLibrary::HDNTLibrary(HDNTLibrary* parent) : parentLibrary_(parent) {
@@ -20,18 +17,15 @@ HDNTLibrary::HDNTLibrary(HDNTLibrary* parent) : parentLibrary_(parent) {
     if (!parent) {
         config_ = std::make_unique<ConfigBase>(nullptr);
         config_->readFile("HDNTApplicationData.cfg", "");
-        archTables_ = hdnt::model::readArchTables(*config_);
+        facts_ = hdnt::model::readConfigurationFacts(*config_);
     }
-    myTopLib = this;
-    NtlInitParser();
+    enterParser();
 }
 
 HDNTLibrary::~HDNTLibrary() {
     for (const HDNTBlock* block : blocks_) delete block;
-    for (const HDNTFunctionDecl* function : functions_) delete function;
-    if (myTopLib == this) myTopLib = nullptr;
-    std::free(ntl_parse_top_level_file);
-    ntl_parse_top_level_file = nullptr;
+    deleteFunctions();
+    leaveParser();
 }
 
 void HDNTLibrary::init(const std::string& name, std::vector<HDNTDecl*>* decls) {
@@ -44,9 +38,7 @@ void HDNTLibrary::init(const std::string& name, std::vector<HDNTDecl*>* decls) {
         if (auto* const block = nodeCast<HDNTBlock>(decl)) {
             if (block->isTest() && !testFeatures) delete block;
             else adopt(block);
-        } else if (auto* const function = nodeCast<HDNTFunctionDecl>(decl)) {
-            functions_.push_back(function);
-        } else {
+        } else if (!adoptFunction(decl)) {
             throw HEXAlgException("Invalid library declaration type");
         }
     }
@@ -144,17 +136,6 @@ bool HDNTLibrary::getTypeBlocksBeginWith(const std::string& prefix, std::vector<
     return any;
 }
 
-HDNTFunctionDecl* HDNTLibrary::getFunctionDecl(size_t i) const {
-    if (i >= functions_.size()) throw HEXAlgException("Function declaration index out of range");
-    return functions_[i];
-}
-
-HDNTFunctionDecl* HDNTLibrary::getFunctionDeclByName(const std::string& name) const {
-    for (HDNTFunctionDecl* function : functions_)
-        if (function->getName() == name) return function;
-    return parentLibrary_ ? parentLibrary_->getFunctionDeclByName(name) : nullptr;
-}
-
 const char* HDNTLibrary::getGroupAbbrev(size_t index) const {
     if (index >= groupAbbrevs_.size()) throw HEXAlgException("Prim group name index out of bounds");
     return groupAbbrevs_[index].c_str();
@@ -200,7 +181,7 @@ ConfigBase* HDNTLibrary::getDescConfig() const {
 
 static const hdnt::model::ArchFacts& archFacts(const HDNTLibrary& library, const std::string& arch) {
     static const auto* const none = new hdnt::model::ArchFacts;
-    const auto& architectures = library.getArchTables().architectures;
+    const auto& architectures = library.getConfigurationFacts().architectures;
     const auto found = architectures.find(arch);
     return found == architectures.end() ? *none : found->second;
 }
@@ -208,9 +189,11 @@ static const hdnt::model::ArchFacts& archFacts(const HDNTLibrary& library, const
 std::string HDNTLibrary::getSimDeviceString(const std::string& arch) const { return archFacts(*this, arch).simDevice; }
 std::string HDNTLibrary::getMasterArchitecture(const std::string& arch) const { return archFacts(*this, arch).master; }
 bool HDNTLibrary::isIOPinConstr(const std::string& name) const {
-    return hdnt::model::attributeFacts(getArchTables(), name).ioPinConstraint;
+    return hdnt::model::attributeFacts(getConfigurationFacts(), name).ioPinConstraint;
 }
 bool HDNTLibrary::isReadOnlyAttribute(const std::string& name) const {
-    return hdnt::model::attributeFacts(getArchTables(), name).readOnly;
+    return hdnt::model::attributeFacts(getConfigurationFacts(), name).readOnly;
 }
-void HDNTLibrary::getMasterDriverTypes(std::vector<std::string>& out) const { out = getArchTables().masterDriverTypes; }
+void HDNTLibrary::getMasterDriverTypes(std::vector<std::string>& out) const {
+    out = getConfigurationFacts().masterDriverTypes;
+}

@@ -19,7 +19,7 @@ class HDNTFunctionDecl;
 class HDNTVisitor;
 
 namespace hdnt::model {
-struct ArchTables;
+struct ConfigurationFacts;
 }
 
 /// One parsed library: its blocks and function declarations, and the library it extends, if any. Look-ups that are
@@ -143,10 +143,14 @@ public:
     /// The list is cleared first.
     void getMasterDriverTypes(std::vector<std::string>& out) const;
     /// The configuration as tables. Internal.
-    const hdnt::model::ArchTables& getArchTables() const { return *root().archTables_; }
+    const hdnt::model::ConfigurationFacts& getConfigurationFacts() const { return *root().facts_; }
 
 private:
     const HDNTLibrary& root() const;
+    void enterParser();
+    void leaveParser() noexcept;
+    bool adoptFunction(HDNTDecl* decl);
+    void deleteFunctions() noexcept;
     void adopt(HDNTBlock* block);
     bool isIndexed() const { return !names_.blocks().empty(); }
     void index(HDNTBlock* block);
@@ -164,7 +168,7 @@ private:
     std::set<std::tuple<std::string, const char*, int, int>> droppedPlaces_;
     std::deque<std::string> groupAbbrevs_;
     std::unique_ptr<ConfigBase> config_;
-    std::unique_ptr<const hdnt::model::ArchTables> archTables_;
+    std::unique_ptr<const hdnt::model::ConfigurationFacts> facts_;
     mutable std::unique_ptr<ConfigBase> descConfig_;
     mutable std::mutex descConfigMutex_; ///< not std::call_once: a malformed file throws and is read again later
     HDNTLibrary* parentLibrary_;

@@ -1,9 +1,9 @@
 #include "hdnt/model/HDNTNode.h"
 
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/frontend/HDNTLimits.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
-#include "hdnt/platform/SlabMemory.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
+#include "hdnt/model/ManagerState.internal.h"
+#include "hdnt/platform/SlabMemory.internal.h"
 
 #include <algorithm>
 #include <charconv>
@@ -79,7 +79,7 @@ bool HDNTNode::checkValidMultipleInstFormat(const std::string& name, std::string
 }
 
 void HDNTNode::checkNames(const std::string& name, bool allowArrayFormat) const {
-    if (!HDNTLibraryMgr::m_diagnostics) return;
+    if (!hdnt::model::judgesNames()) return;
     if (name.empty()) {
         HDNTError::NameCannotBeEmptyString(getLocation());
     } else if (!isMultipleInstances(name)) {

@@ -1,7 +1,7 @@
 #include "hdnt/model/HDNTPin.h"
 
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/model/ArchTables.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/model/ConfigurationFacts.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"

@@ -1,7 +1,7 @@
 #include "hdnt/model/HDNTProperty.h"
 
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/model/ArchTables.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/model/ConfigurationFacts.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
@@ -92,7 +92,7 @@ void HDNTProperty::finalize() {
 
 void HDNTProperty::finalize(const hdnt::model::PropertyContext& context) {
     if (context.library) {
-        const auto facts = hdnt::model::attributeFacts(context.library->getArchTables(), getName());
+        const auto facts = hdnt::model::attributeFacts(context.library->getConfigurationFacts(), getName());
         if (facts.ioPinConstraint)
             for (const int sourceType : {2, 12, 11, 8}) spec_.removeAllowedSourceType(sourceType);
         spec_.setReadOnly(facts.ioPinConstraint || facts.readOnly);

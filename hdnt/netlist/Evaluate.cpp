@@ -1,6 +1,5 @@
-#include "hdnt/netlist/Evaluate.h"
-
-#include "hdnt/netlist/CompoundWalk.h"
+#include "hdnt/netlist/CompoundWalk.internal.h"
+#include "hdnt/netlist/Evaluate.internal.h"
 #include "hdnt/netlist/HDNTFunctionCall.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/netlist/HDNTFunctionTable.h"

@@ -1,10 +1,9 @@
-#include "hdnt/netlist/ExpansionBuilder.h"
-
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
-#include "hdnt/netlist/Evaluate.h"
+#include "hdnt/netlist/Evaluate.internal.h"
+#include "hdnt/netlist/ExpansionBuilder.internal.h"
 #include "hdnt/netlist/HDNTAssignProperty.h"
 #include "hdnt/netlist/HDNTBlockInst.h"
 #include "hdnt/netlist/HDNTConnect.h"

@@ -1,8 +1,8 @@
 #include "hdnt/netlist/HDNTCompoundExpr.h"
 
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/netlist/CompoundWalk.h"
-#include "hdnt/netlist/Evaluate.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/netlist/CompoundWalk.internal.h"
+#include "hdnt/netlist/Evaluate.internal.h"
 #include "hdnt/netlist/HDNTValue.h"
 #include "hdnt/platform/HEX.h"
 

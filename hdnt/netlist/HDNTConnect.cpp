@@ -1,6 +1,6 @@
 #include "hdnt/netlist/HDNTConnect.h"
 
-#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/HDNTSignal.h"
 

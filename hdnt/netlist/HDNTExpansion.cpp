@@ -1,11 +1,11 @@
 #include "hdnt/netlist/HDNTExpansion.h"
 
-#include "hdnt/frontend/HDNTLimits.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
-#include "hdnt/netlist/ExpansionBuilder.h"
+#include "hdnt/model/ManagerState.internal.h"
+#include "hdnt/netlist/ExpansionBuilder.internal.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/platform/HSTStringUtils.h"
 
@@ -17,7 +17,7 @@ using Type = HATAttrTypes::AttrType;
 
 HDNTExpansion::HDNTExpansion(HDNTBlock& block, std::string architecture)
     : block_(block), architecture_(std::move(architecture)) {
-    if (architecture_.empty()) architecture_ = HDNTLibraryMgr::getLibraryMgr()->m_architecture;
+    if (architecture_.empty()) architecture_ = hdnt::model::currentArchitecture();
 }
 
 HDNTExpansion::~HDNTExpansion() = default;

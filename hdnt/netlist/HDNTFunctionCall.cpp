@@ -1,8 +1,8 @@
 #include "hdnt/netlist/HDNTFunctionCall.h"
 
-#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/model/HDNTLibrary.h"
-#include "hdnt/netlist/Evaluate.h"
+#include "hdnt/netlist/Evaluate.internal.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/netlist/HDNTValue.h"
 #include "hdnt/platform/HEX.h"

@@ -1,7 +1,7 @@
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/netlist/Evaluate.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/netlist/Evaluate.internal.h"
 #include "hdnt/netlist/HDNTFunctionCall.h"
 #include "hdnt/platform/HEX.h"
 

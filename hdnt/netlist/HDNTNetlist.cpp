@@ -8,7 +8,7 @@
 #include "hdnt/netlist/HDNTReferencedInstanceVisitor.h"
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
-#include "hdnt/platform/TextHash.h"
+#include "hdnt/platform/TextHash.internal.h"
 
 #include <algorithm>
 

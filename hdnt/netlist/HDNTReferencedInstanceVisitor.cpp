@@ -1,6 +1,6 @@
 #include "hdnt/netlist/HDNTReferencedInstanceVisitor.h"
 
-#include "hdnt/model/ArchTables.h"
+#include "hdnt/model/ConfigurationFacts.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/netlist/HDNTBlockInst.h"
@@ -26,13 +26,13 @@ void HDNTReferencedInstanceVisitor::elseVisit(HDNTIfStmt*) {
 void HDNTPseudoDiffVisitor::visit(HDNTBlockInst* inst) {
     if (!library_) return;
     const HDNTBlock* const type = library_->getTypeBlockByName(inst->typeName(), true);
-    const auto& cells = library_->getArchTables().cells;
+    const auto& cells = library_->getConfigurationFacts().cells;
     const auto cell = cells.find(type ? type->getName() : inst->typeName());
     found_ |= cell != cells.end() && cell->second.pseudoDifferential;
 }
 
 void HDNTPseudoDiffVisitor::visit(HDNTFunctionCall* call) {
     if (!library_) return;
-    const auto& functions = library_->getArchTables().pseudoDifferentialFunctions;
+    const auto& functions = library_->getConfigurationFacts().pseudoDifferentialFunctions;
     found_ |= std::find(functions.begin(), functions.end(), call->name()) != functions.end();
 }

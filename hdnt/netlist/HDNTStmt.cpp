@@ -1,6 +1,6 @@
 #include "hdnt/netlist/HDNTStmt.h"
 
-#include "hdnt/netlist/Evaluate.h"
+#include "hdnt/netlist/Evaluate.internal.h"
 #include "hdnt/netlist/HDNTValue.h"
 #include "hdnt/platform/HEX.h"
 

@@ -3,7 +3,7 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
-#include "hdnt/netlist/CompoundWalk.h"
+#include "hdnt/netlist/CompoundWalk.internal.h"
 #include "hdnt/netlist/HDNTAssignProperty.h"
 #include "hdnt/netlist/HDNTBlockInst.h"
 #include "hdnt/netlist/HDNTCompoundExpr.h"

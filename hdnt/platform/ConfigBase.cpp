@@ -1,8 +1,8 @@
 #include "hdnt/platform/ConfigBase.h"
 
+#include "hdnt/platform/DataDirectory.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HUTFile.h"
-#include "hdnt/platform/Location.h"
 
 #include <libconfig.h++>
 

@@ -1,4 +1,4 @@
-#include "hdnt/platform/Decoder.h"
+#include "hdnt/platform/Decoder.internal.h"
 
 #include <bzlib.h>
 #include <lzma.h>

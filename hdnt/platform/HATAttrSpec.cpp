@@ -1,8 +1,8 @@
 #include "hdnt/platform/HATAttrSpec.h"
 
-#include "hdnt/platform/AttrSpecDraft.h"
+#include "hdnt/platform/AttrSpecDraft.internal.h"
 #include "hdnt/platform/HEX.h"
-#include "hdnt/platform/SlabMemory.h"
+#include "hdnt/platform/SlabMemory.internal.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,6 +1,6 @@
 #include "hdnt/platform/HSTStringUtils.h"
 
-#include "hdnt/platform/TextHash.h"
+#include "hdnt/platform/TextHash.internal.h"
 
 #include <algorithm>
 

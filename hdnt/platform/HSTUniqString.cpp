@@ -1,8 +1,8 @@
 #include "hdnt/platform/HSTUniqString.h"
 
-#include "hdnt/platform/SlabMemory.h"
-#include "hdnt/platform/SpinLock.h"
-#include "hdnt/platform/TextHash.h"
+#include "hdnt/platform/SlabMemory.internal.h"
+#include "hdnt/platform/SpinLock.internal.h"
+#include "hdnt/platform/TextHash.internal.h"
 
 #include <algorithm>
 #include <array>

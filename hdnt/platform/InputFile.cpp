@@ -1,6 +1,6 @@
 #include "hdnt/platform/InputFile.h"
 
-#include "hdnt/platform/Decoder.h"
+#include "hdnt/platform/Decoder.internal.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

@@ -1,6 +1,5 @@
-#include "hdnt/platform/SlabMemory.h"
-
-#include "hdnt/platform/SpinLock.h"
+#include "hdnt/platform/SlabMemory.internal.h"
+#include "hdnt/platform/SpinLock.internal.h"
 
 #include <sys/mman.h>
 

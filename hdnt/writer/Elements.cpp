@@ -1,9 +1,8 @@
-#include "hdnt/writer/Elements.h"
-
-#include "hdnt/frontend/Keywords.h"
+#include "hdnt/frontend/Keywords.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPrimGroup.h"
 #include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/writer/Elements.internal.h"
 
 #include <algorithm>
 

@@ -1,6 +1,5 @@
-#include "hdnt/writer/ExpressionBuffer.h"
-
-#include "hdnt/writer/Elements.h"
+#include "hdnt/writer/Elements.internal.h"
+#include "hdnt/writer/ExpressionBuffer.internal.h"
 
 #include <algorithm>
 

@@ -6,10 +6,10 @@
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/netlist/HDNTNetlist.h"
-#include "hdnt/writer/Elements.h"
-#include "hdnt/writer/ExpressionBuffer.h"
-#include "hdnt/writer/Line.h"
-#include "hdnt/writer/PropertyText.h"
+#include "hdnt/writer/Elements.internal.h"
+#include "hdnt/writer/ExpressionBuffer.internal.h"
+#include "hdnt/writer/Line.internal.h"
+#include "hdnt/writer/PropertyText.internal.h"
 
 #include <algorithm>
 #include <charconv>

@@ -11,9 +11,9 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
-#include "hdnt/writer/Elements.h"
-#include "hdnt/writer/Line.h"
-#include "hdnt/writer/PropertyText.h"
+#include "hdnt/writer/Elements.internal.h"
+#include "hdnt/writer/Line.internal.h"
+#include "hdnt/writer/PropertyText.internal.h"
 
 #include <typeinfo>
 #include <utility>

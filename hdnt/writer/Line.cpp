@@ -1,4 +1,4 @@
-#include "hdnt/writer/Line.h"
+#include "hdnt/writer/Line.internal.h"
 
 #include <algorithm>
 #include <charconv>

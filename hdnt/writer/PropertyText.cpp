@@ -1,9 +1,8 @@
 // Property declarations, printed and as source.
-#include "hdnt/writer/PropertyText.h"
-
-#include "hdnt/frontend/HDNTLimits.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/model/HDNTProperty.h"
-#include "hdnt/writer/Line.h"
+#include "hdnt/writer/Line.internal.h"
+#include "hdnt/writer/PropertyText.internal.h"
 
 #include <algorithm>
 #include <cmath>
@@ -246,3 +245,14 @@ void appendSourceNumber(Line& line, double value, const CannotWrite& cannotWrite
 }
 
 } // namespace hdnt::writer
+
+void HDNTProperty::print() { print(4); }
+void HDNTProperty::print(unsigned long indent) { print(indent, stdout); }
+
+void HDNTProperty::print(unsigned long indent, FILE* stream) {
+    hdnt::writer::Line line;
+    line.indent(static_cast<long>(indent));
+    hdnt::writer::appendPrinted(line, *this);
+    line.add('\n');
+    std::fwrite(line.view().data(), 1, line.view().size(), stream);
+}

@@ -1,6 +1,6 @@
 // Every block, pin and property of the shipped libraries as plain text, a fact a line. dump.py and dump.tcl write the
 // same through their packages.
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"

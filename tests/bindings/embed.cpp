@@ -1,7 +1,7 @@
 // A host with an interpreter in it: which of library manager and interpreter ends first must not matter, nor in which
 // thread the host deletes what a script holds.
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 

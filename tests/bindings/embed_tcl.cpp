@@ -1,7 +1,7 @@
 // A host with Tcl interpreters in it: which of library manager and interpreter ends first must not matter, nor in which
 // thread the host deletes what a script holds, nor how many threads have interpreters.
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 

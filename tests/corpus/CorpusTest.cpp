@@ -1,6 +1,6 @@
-#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/frontend/Scanner.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "tests/support/Capture.h"
 

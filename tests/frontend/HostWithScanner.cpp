@@ -1,6 +1,6 @@
 // A host that has a scanner of its own, with the usual names, must not get in the library's way: none of these may be
 // called, or read, while a library is loaded.
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTLibrary.h"
 
 #include <cstdio>

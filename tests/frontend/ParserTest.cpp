@@ -1,3 +1,4 @@
+#include "hdnt/frontend/Scanner.h"
 #include "tests/platform/TempDir.h"
 #include "tests/support/Capture.h"
 #include "tests/support/Library.h"

@@ -1,4 +1,6 @@
 // What the comparison with the oracle cannot say: the interface around the tokens.
+#include "hdnt/frontend/Scanner.h"
+
 #include "tests/platform/TempDir.h"
 #include "tests/support/Capture.h"
 #include "tests/support/Library.h"

@@ -1,7 +1,7 @@
 // Any bytes are refused for what is wrong with them, or come out with the same tokens and other blanks.
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/frontend/HDNTLimits.h"
-#include "hdnt/writer/HDNTFormatter.h"
+#include "author/format/HDNTFormatter.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
 #include "tests/support/Tokens.h"
 
 #include <cstdint>

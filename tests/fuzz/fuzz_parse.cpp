@@ -1,15 +1,15 @@
 // A text from scanner to checked model, expanded mappings and text again: any bytes give a result or a report, and what
 // gives a library can be written and read back to an equal one.
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/frontend/HDNTLimits.h"
+#include "hdnt/compare/HDNTComparison.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/frontend/Scanner.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/netlist/HDNTExpansion.h"
 #include "hdnt/netlist/HDNTVisitor.h"
 #include "hdnt/platform/HEX.h"
-#include "hdnt/writer/HDNTComparison.h"
 #include "tests/support/Written.h"
 
 #include <cstdint>

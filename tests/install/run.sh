@@ -26,7 +26,7 @@ done
 cat >"$work/project/CMakeLists.txt" <<'END'
 cmake_minimum_required(VERSION 3.25)
 project(stranger LANGUAGES CXX)
-find_package(hdnt 0.1 CONFIG REQUIRED)
+find_package(hdnt 0.3 CONFIG REQUIRED)
 file(GLOB sources program*.cpp)
 foreach(source ${sources})
   cmake_path(GET source STEM program)
@@ -48,7 +48,7 @@ PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name hdnt.pc)")
 export PKG_CONFIG_PATH
 for program in $programs; do
     # shellcheck disable=SC2046 # lists of words
-    ${CXX:-c++} "$work/$program.cpp" -o "$work/$program" $(pkg-config --cflags --libs hdnt) \
+    ${CXX:-c++} -std=c++20 "$work/$program.cpp" -o "$work/$program" $(pkg-config --cflags --libs hdnt) \
         -Wl,-rpath,"$(pkg-config --variable=libdir hdnt)"
     (cd /tmp && "$work/$program") >>"$work/second.txt"
 done
@@ -78,5 +78,5 @@ END
     (cd / && TCLLIBPATH=$(dirname "$(dirname "$package")") tclsh8.6 "$work/stranger.tcl" "$work/prefix") ||
         fail "the Tcl package does not work where it is installed"
 fi
-readelf -d "$work/prefix/lib/libhdnt.so" | grep -q 'SONAME.*libhdnt\.so\.0' || fail "the library has no soname"
+readelf -d "$work/prefix/lib/libhdnt.so" | grep -q 'SONAME.*libhdnt\.so\.0\.3\]' || fail "the library has no soname"
 echo "install test: passed"

@@ -1,4 +1,5 @@
 // What the configuration files answer, and what is answered where they say nothing.
+#include "hdnt/frontend/Scanner.h"
 #include "tests/platform/TempDir.h"
 #include "tests/support/Library.h"
 

@@ -1,5 +1,7 @@
 #include "tests/support/Library.h"
 
+#include "hdnt/frontend/Scanner.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>

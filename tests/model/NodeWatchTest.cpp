@@ -1,6 +1,6 @@
 #include "bindings/cache/native_cache.h"
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTNodeWatch.h"

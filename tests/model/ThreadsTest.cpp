@@ -1,5 +1,6 @@
 // A finished model may be asked anything by any number of threads at once, mappings included while no map library can
 // be loaded. The thread sanitizer is what gives these tests their teeth.
+#include "hdnt/frontend/Scanner.h"
 #include "tests/platform/TempDir.h"
 #include "tests/support/Library.h"
 #include "tests/support/Written.h"

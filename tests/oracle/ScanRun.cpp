@@ -1,6 +1,6 @@
 #include "tests/oracle/ScanRun.h"
 
-#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/frontend/Scanner.h"
 #include "tests/oracle/OracleState.h"
 #include "tests/oracle/StdoutCapture.h"

@@ -1,7 +1,7 @@
 #include "hdnt/platform/ConfigBase.h"
 
+#include "hdnt/platform/DataDirectory.h"
 #include "hdnt/platform/HEX.h"
-#include "hdnt/platform/Location.h"
 #include "tests/platform/TempDir.h"
 
 #include <gtest/gtest.h>

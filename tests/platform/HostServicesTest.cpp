@@ -6,7 +6,7 @@
 #include "hdnt/platform/HUTConvert.h"
 #include "hdnt/platform/HUTFile.h"
 #include "hdnt/platform/HUTMemWatcher.h"
-#include "hdnt/platform/TextHash.h"
+#include "hdnt/platform/TextHash.internal.h"
 #include "tests/platform/TempDir.h"
 
 #include <gtest/gtest.h>

@@ -173,7 +173,7 @@ TEST_F(ConfigurationTest, PageAndCheckKnowTheKeysThatAreRead) {
     const auto source = [](const std::string& path) { return readFile(NTL_SOURCE_DIR "/" + path); };
     const std::string reader = R"re((?:(?:flagIn|textIn|memberOf)\(\w+, |lookup\(|, \{)"([A-Za-z_]+)")re";
     const std::set<std::string> read =
-        codesIn(source("hdnt/model/ArchTables.cpp") + source("hdnt/model/HDNTPin.cpp"), reader);
+        codesIn(source("hdnt/model/ConfigurationFacts.cpp") + source("hdnt/model/HDNTPin.cpp"), reader);
     EXPECT_EQ(read.size(), 17U);
     EXPECT_EQ(codesIn(source("tools/ntl/ConfigWarnings.cpp"), R"re((?:one|group)\("([A-Za-z_]+)")re"), read);
     EXPECT_EQ(codesIn(source("docs/configuration.md"), "\n\\| `([A-Za-z_]+)` \\|(?=(?:[^|\n]+\\|){4}\n)"), read);

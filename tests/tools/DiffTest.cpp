@@ -1,4 +1,4 @@
-#include "hdnt/writer/HDNTComparison.h"
+#include "hdnt/compare/HDNTComparison.h"
 #include "tests/tools/NtlTool.h"
 
 #include <gtest/gtest.h>

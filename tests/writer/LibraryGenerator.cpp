@@ -1,6 +1,6 @@
 #include "tests/writer/LibraryGenerator.h"
 
-#include "hdnt/manager/HDNTCellviewLib.h"
+#include "hdnt/registry/HDNTCellviewLib.h"
 
 #include <algorithm>
 #include <functional>

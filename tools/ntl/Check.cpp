@@ -1,5 +1,5 @@
-#include "hdnt/frontend/HDNTError.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"

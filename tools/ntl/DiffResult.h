@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hdnt/writer/HDNTComparison.h"
+#include "hdnt/compare/HDNTComparison.h"
 
 #include <array>
 #include <string>

@@ -1,4 +1,4 @@
-#include "hdnt/writer/HDNTFormatter.h"
+#include "author/format/HDNTFormatter.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"

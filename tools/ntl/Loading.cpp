@@ -1,7 +1,7 @@
 #include "tools/ntl/Loading.h"
 
 #include "hdnt/frontend/Scanner.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"

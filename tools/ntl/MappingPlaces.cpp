@@ -1,7 +1,7 @@
 #include "tools/ntl/MappingPlaces.h"
 
 #include "hdnt/frontend/MaplibFilter.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HEX.h"

@@ -1,11 +1,11 @@
 #include "tools/ntl/Model.h"
 
-#include "hdnt/manager/HDNTCellviewLib.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/registry/HDNTCellviewLib.h"
 
 #include <algorithm>
 #include <array>

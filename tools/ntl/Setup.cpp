@@ -1,8 +1,8 @@
 #include "tools/ntl/Setup.h"
 
-#include "hdnt/frontend/HDNTLimits.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/frontend/Scanner.h"
-#include "hdnt/manager/HDNTLibraryMgr.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"

@@ -1,6 +1,6 @@
 #include "tools/ntl/TextFile.h"
 
-#include "hdnt/frontend/HDNTLimits.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hdnt/frontend/HDNTError.h"
+#include "hdnt/diagnostics/HDNTError.h"
 #include "tools/ntl/Place.h"
 
 #include <string>

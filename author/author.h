@@ -1,0 +1,4 @@
+#pragma once
+
+// Everything for programs that serve those who write libraries.
+#include "author/format/HDNTFormatter.h"

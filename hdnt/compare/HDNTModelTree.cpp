@@ -1,0 +1,141 @@
+#include "hdnt/compare/HDNTModelTree.h"
+
+#include "hdnt/compare/TreeBuilder.internal.h"
+#include "hdnt/model/HDNTNode.h"
+#include "hdnt/platform/HEX.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+namespace hdnt::compare {
+
+HDNTModelTree::Text TreeBuilder::keep(std::string_view text) {
+    const HDNTModelTree::Text piece{tree_.texts_.size(), text.size()};
+    tree_.texts_ += text;
+    return piece;
+}
+
+void TreeBuilder::open(HDNTElementKind kind, std::string_view name, const HDNTNode& node) {
+    open_.push_back(tree_.elements_.size());
+    HDNTModelTree::Element element{kind, keep(name), tree_.facets_.size(), 0, 0, {}, 0, 0};
+    if (const yyltype* const location = node.getLocation()) {
+        if (const char* const file = location->fileName) {
+            const auto found = files_.find(file);
+            element.file = found != files_.end() ? found->second : files_.emplace(file, keep(file)).first->second;
+        }
+        element.line = location->fileLine;
+        element.column = location->first_column;
+    }
+    tree_.elements_.push_back(element);
+}
+
+void TreeBuilder::facet(HDNTElementFacet facet, std::string_view text) {
+    tree_.facets_.push_back({facet, keep(text)});
+    ++tree_.elements_[open_.back()].numFacets;
+}
+
+void TreeBuilder::flag(HDNTElementFacet facet, bool on) {
+    if (on) this->facet(facet, "true");
+}
+
+void TreeBuilder::close() {
+    tree_.elements_[open_.back()].numDescendants = tree_.elements_.size() - open_.back() - 1;
+    open_.pop_back();
+}
+
+static std::string escaped(std::string_view text, std::string_view special) {
+    std::string result;
+    result.reserve(text.size() + 2);
+    for (const char c : text) {
+        if (special.find(c) != special.npos) result += '\\';
+        result += c;
+    }
+    return result;
+}
+
+std::string pathPart(std::string_view name) { return escaped(name, "/#\\"); }
+
+std::string quoted(std::string_view text) { return '"' + escaped(text, "\"\\") + '"'; }
+
+std::string numberText(double value) {
+    std::array<char, 64> digits;
+    if (std::isnan(value)) {
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, &value, sizeof bits);
+        return "nan:" + std::string(digits.data(), std::to_chars(digits.begin(), digits.end(), bits, 16).ptr);
+    }
+    std::string text(digits.data(), std::to_chars(digits.begin(), digits.end(), value).ptr);
+    if (text.find_first_not_of("-0123456789") == text.npos) text += ".0";
+    return text;
+}
+
+} // namespace hdnt::compare
+
+const HDNTModelTree::Text* HDNTModelTree::find(size_t element, HDNTElementFacet facet) const {
+    const auto begin = facets_.begin() + static_cast<std::ptrdiff_t>(elements_[element].firstFacet);
+    const auto end = begin + static_cast<std::ptrdiff_t>(elements_[element].numFacets);
+    const auto found = std::find_if(begin, end, [&](const Facet& item) { return item.facet == facet; });
+    return found == end ? nullptr : &found->text;
+}
+
+namespace {
+
+struct Head {
+    size_t elements;
+    size_t facets;
+    size_t texts;
+};
+
+template <typename T>
+std::string_view bytesOf(const std::vector<T>& items) {
+    return {reinterpret_cast<const char*>(items.data()), items.size() * sizeof(T)};
+}
+
+template <typename T>
+void take(std::string_view& bytes, T* items, size_t count) {
+    if (bytes.size() / sizeof(T) < count) throw HEXDataException("Not a model tree");
+    if (count > 0) std::memcpy(items, bytes.data(), count * sizeof(T));
+    bytes.remove_prefix(count * sizeof(T));
+}
+
+} // namespace
+
+std::string HDNTModelTree::toBytes() const {
+    const Head head{elements_.size(), facets_.size(), texts_.size()};
+    std::string bytes(reinterpret_cast<const char*>(&head), sizeof head);
+    bytes += bytesOf(elements_);
+    bytes += bytesOf(facets_);
+    return bytes += texts_;
+}
+
+HDNTModelTree HDNTModelTree::fromBytes(std::string_view bytes) {
+    Head head{};
+    take(bytes, &head, 1);
+    if (head.elements == 0 || head.elements > bytes.size() / sizeof(Element) ||
+        head.facets > bytes.size() / sizeof(Facet) || head.texts > bytes.size())
+        throw HEXDataException("Not a model tree");
+    HDNTModelTree tree;
+    tree.elements_.resize(head.elements);
+    tree.facets_.resize(head.facets);
+    tree.texts_.resize(head.texts);
+    take(bytes, tree.elements_.data(), head.elements);
+    take(bytes, tree.facets_.data(), head.facets);
+    take(bytes, tree.texts_.data(), head.texts);
+    const auto fits = [](size_t begin, size_t length, size_t size) { return begin <= size && length <= size - begin; };
+    const auto isText = [&](const Text& text) { return fits(text.begin, text.length, head.texts); };
+    bool good = bytes.empty();
+    for (const Facet& facet : tree.facets_)
+        good = good && facet.facet <= HDNTElementFacet::disabled && isText(facet.text);
+    for (size_t i = 0; i < head.elements; ++i) {
+        const Element& element = tree.elements_[i];
+        good = good && element.kind <= HDNTElementKind::expression && isText(element.name) && isText(element.file) &&
+               fits(element.firstFacet, element.numFacets, head.facets) &&
+               fits(i + 1, element.numDescendants, head.elements);
+    }
+    if (!good) throw HEXDataException("Not a model tree");
+    return tree;
+}

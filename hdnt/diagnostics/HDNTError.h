@@ -1,0 +1,96 @@
+#pragma once
+
+#include "hdnt/diagnostics/yyltype.h"
+#include "hdnt/platform/Export.h"
+
+#include <string>
+#include <string_view>
+
+/// One report, as data. Everything in it is borrowed for the duration of the call.
+struct HDNTReport {
+    const yyltype* location; ///< null when the report has none
+    std::string_view message;
+    std::string_view detail; ///< what lies behind a fixed message, e.g. why a file could not be opened; often empty
+};
+
+/// What the scanner and the builder pass over without an error, as data. Nothing here is counted.
+struct HDNTNotice {
+    enum class Kind {
+        IncludeSkipped,      ///< INCLUDE of a name that was included before in this process
+        IncludeNotFound,     ///< no file of that name in the search directories
+        IncludeNotOpened,    ///< found, but unreadable, damaged, too deep or outside the root folder
+        UnterminatedString,  ///< no closing quote on the line; the text is passed over
+        UnterminatedComment, ///< the input ended inside the block comment that begins there
+        MappingDropped,      ///< a separate mapping whose block is not registered or not declared
+    };
+    Kind kind;
+    yyltype location;
+    std::string_view text;   ///< the file name or the text concerned
+    std::string_view detail; ///< as in HDNTReport
+};
+
+/// Takes reports and notices as data, beside or instead of the printed form. See HDNTError::setListener.
+class HDNT_API HDNTErrorListener {
+public:
+    virtual ~HDNTErrorListener();
+    /// Called for each report, after it was counted. True silences the printed form.
+    virtual bool report(const HDNTReport& report);
+    virtual void notice(const HDNTNotice& notice);
+};
+
+/// The one place where errors in NTL text are reported: printed to standard error and counted. Nothing is thrown and
+/// nothing stops; whoever loads decides from the counter.
+///
+/// A location may be null: the report then says "*** Error." without file, line and quotation. Used by the loading
+/// thread only. Each report flushes standard output first, so that both streams stay in order.
+class HDNT_API HDNTError {
+public:
+    HDNTError() = delete;
+
+    /// All reports since the process started. Goes up by one for each; the library never lowers it, and a loader takes
+    /// any value above 0 for a failed load. So one report makes every later load of the process fail: a host that
+    /// wants to go on after a bad file loads it in a process of its own.
+    static int numErrors;
+
+    /// Sets the listener (null: none) and returns the one before. Not owned; must outlive its use.
+    static HDNTErrorListener* setListener(HDNTErrorListener* listener);
+    /// Passes a notice to the listener, if there is one.
+    static void notify(const HDNTNotice& notice);
+
+    /// Counts and prints one report.
+    static void OutputError(yyltype* loc, const std::string& message);
+    /// The same, with a detail for the listener that the printed form does not hold. Whether it was printed.
+    static bool OutputErrorDetail(yyltype* loc, const std::string& message, std::string_view detail);
+    /// Prints the line `text` (nothing at all when null) and below it carets from first_column to last_column.
+    static void UnderlineErrorInLine(const char* text, yyltype* loc);
+    static void ParserFailed(const std::string& message);
+    /// printf-style; longer texts are cut after 4,095 bytes.
+    static void Formatted(yyltype* loc, const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+    static void UntermComment();
+    static void MissingLibraries(yyltype* loc);
+    static void NoValidSignalOnConnectStmt(yyltype* loc);
+    static void NameCannotBeEmptyString(yyltype* loc);
+    static void BlockDefNeedsToHaveAtleastOnePin(yyltype* loc);
+    static void InvalidNetlistEntity(yyltype* loc);
+    static void InvalidOperandType(yyltype* loc);
+    /// `reason` goes to the listener only.
+    static void BadFileName(const std::string& fileName, std::string_view reason = {});
+    static void ArrayFormatDisallowed(yyltype* loc, const char* text);
+    static void UntermString(yyltype* loc, const char* text);
+    static void FunctionNumArgsMismatch(yyltype* loc, const char* functionName);
+    static void PropertyDefaultNotInRange(yyltype* loc, const char* propertyName);
+    static void PropertyDefaultNotInList(yyltype* loc, const char* propertyName);
+    static void InvalidName(yyltype* loc, const char* text);
+    static void UnrecogChar(yyltype* loc, char c);
+    static void InvalidArrayFormatName(yyltype* loc, const char* text);
+    static void FunctionNotPresentInLibaray(yyltype* loc, const char* functionName);
+    static void InvalidTieoff(yyltype* loc, const char* pinName);
+    static void PinRedefinition(yyltype* loc, const char* pinName);
+    static void PropertyRedefinition(yyltype* loc, const char* propertyName);
+    static void LongIdentifier(yyltype* loc, const char* text);
+    /// `loc` is the later definition, `previousLoc` the earlier one, whose line is named (0 when null).
+    static void BlockRedefinitionError(yyltype* loc, yyltype* previousLoc, const char* blockName);
+    /// `argumentIndex` counts from 1.
+    static void MismatchedArgument(yyltype* loc, int argumentIndex);
+};

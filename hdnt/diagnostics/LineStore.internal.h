@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hdnt::diagnostics {
+
+/// A text that is being scanned. Shared by the scanner's buffer and the line store, so that lines can be quoted after
+/// the scan without having been copied. Texts that come from a stream grow at the end while they are scanned.
+struct SourceText {
+    std::string bytes;
+};
+
+/// Every source line that was scanned, in reading order over all files: line k is element k - 1.
+/// Internal to the library; hosts use NtlGetLineNumbered, NtlPrintLines and NtlFreeScannerMem.
+/// Process-wide, used by the loading thread only.
+class LineStore {
+public:
+    static LineStore& instance();
+
+    /// Adds the line from `start` to its end in `text`, where its newline or the end of the text is. Keeps the text.
+    void add(const std::shared_ptr<SourceText>& text, size_t start, size_t end) {
+        if (size_ % interval == 0 || start != next_ || texts_.back() != text) mark(text, start);
+        next_ = end + 1;
+        ++size_;
+    }
+    /// Forgets every line and lets go of the texts.
+    void clear();
+    size_t size() const { return size_; }
+    /// Line n, counted from 1. The view holds until the store is cleared or the text grows. Past the end: the last
+    /// line. "UNKNOWN LINE" for 0 and for an empty store.
+    std::string_view line(size_t n) const;
+
+private:
+    // Lines are many and seldom asked for. So it is kept where every 64th begins, and each that does not follow the one
+    // before in its text.
+    static constexpr size_t interval = 64;
+    struct Mark {
+        size_t line; ///< counted from 0
+        size_t text;
+        size_t start;
+    };
+    void mark(const std::shared_ptr<SourceText>& text, size_t start);
+
+    std::vector<std::shared_ptr<SourceText>> texts_;
+    std::vector<Mark> marks_;
+    size_t size_ = 0;
+    size_t next_ = 0; ///< where the next line begins if it follows the last one
+};
+
+} // namespace hdnt::diagnostics

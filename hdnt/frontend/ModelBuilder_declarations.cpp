@@ -1,0 +1,210 @@
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
+#include "hdnt/frontend/ModelBuilder.internal.h"
+#include "hdnt/frontend/PropertyOptions.internal.h"
+#include "hdnt/model/HDNTBus.h"
+#include "hdnt/model/HDNTFlags.h"
+#include "hdnt/model/HDNTPrimGroup.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTConnect.h"
+#include "hdnt/netlist/HDNTFunctionDecl.h"
+#include "hdnt/platform/AttrSpecDraft.internal.h"
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+
+namespace hdnt::frontend::build {
+
+namespace {
+
+// A number of the text that has to stay within 0 and a limit: one report when it does not, then the nearest bound.
+int limited(long value, int limit, const char* what, const char* limitName, const yyltype& place) {
+    if (value >= 0 && value <= limit) return static_cast<int>(value);
+    yyltype location = place;
+    HDNTError::Formatted(&location, "%s %ld is not within 0 and %d (limit %s).", what, value, limit, limitName);
+    return value < 0 ? 0 : limit;
+}
+
+const std::string& textOf(const TokenText& text) {
+    static const auto* const none = new std::string;
+    return text ? *text : *none;
+}
+
+long widthOf(const std::string& constant) {
+    long width = 0;
+    const std::from_chars_result result = std::from_chars(constant.data(), constant.data() + constant.size(), width);
+    return result.ec == std::errc::result_out_of_range ? LONG_MAX : width;
+}
+
+void draftInts(HATAttrSpec::Draft& draft, const PropertyOptions& options) {
+    draft.setIntDefault(options.intDefault.value_or(options.ints.empty() ? 0 : options.ints.front()));
+    if (options.ints.empty()) draft.setIntRange(options.intMin, options.intMax);
+    for (const int value : options.ints) draft.listInt(value);
+}
+
+void draftDoubles(HATAttrSpec::Draft& draft, const PropertyOptions& options, const yyltype& place) {
+    draft.setDoubleDefault(options.doubleDefault.value_or(options.doubles.empty() ? 0.0 : options.doubles.front()));
+    if (options.doubles.empty()) draft.setDoubleRange(options.doubleMin, options.doubleMax);
+    for (const double value : options.doubles) draft.listDouble(value);
+    draft.setPrecision(limited(options.precision, HDNTLimits::get().precision, "Precision", "precision", place));
+}
+
+void draftTexts(HATAttrSpec::Draft& draft, HATAttrTypes::AttrType type, const PropertyOptions& options) {
+    const bool fromList = !options.textDefault && !options.texts.empty();
+    draft.setTextDefault(type, fromList ? *options.texts.front() : textOf(options.textDefault));
+    if (type != HATAttrTypes::TypeString && options.texts.empty())
+        draft.setTextRange(type, textOf(options.textMin), textOf(options.textMax));
+    for (const TokenText& value : options.texts) draft.listText(type, *value);
+}
+
+HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, const std::string& name,
+                           const PropertyOptions& options, const yyltype& place) {
+    static const std::string* const noUnits = new std::string;
+    static auto* const draft = new HATAttrSpec::Draft;
+    draft->clear(); // a property that could not be made may have left something
+    auto property = std::make_unique<HDNTProperty>(name, type, options.test, options.simulation,
+                                                   options.constraintsOnly, options.muxControl, *noUnits);
+    property->setLocation(place);
+    HATAttrSpec& spec = *property->getAttrSpec();
+    switch (type) {
+    case HATAttrTypes::TypeInt: draftInts(*draft, options); break;
+    case HATAttrTypes::TypeDouble: draftDoubles(*draft, options, place); break;
+    case HATAttrTypes::TypeBool: spec.setBoolDefault(options.boolDefault); break;
+    default: draftTexts(*draft, type, options); break;
+    }
+    spec.setDiscreteInt(!options.ints.empty());
+    spec.setDiscreteDouble(!options.doubles.empty());
+    draft->setBitWidth(bitWidth);
+    if (options.description) draft->setDescription(*options.description);
+    if (const std::string& unit = textOf(options.units); !unit.empty()) {
+        spec.setHasUnit(true);
+        draft->setUnit(unit);
+    }
+    draft->giveTo(spec);
+    return property.release();
+}
+
+} // namespace
+
+template <typename T>
+void deleteList(std::vector<T*>* list) noexcept {
+    if (!list) return;
+    for (const T* item : *list) delete item;
+    delete list;
+}
+
+template <typename T>
+std::vector<T*>* append(std::type_identity_t<std::vector<T*>>* list, T* item) {
+    std::unique_ptr<T> ownedItem(item);
+    OwnedList<T> ownedList(list ? list : emptyList<T*>());
+    ownedList.get()->push_back(nullptr);
+    ownedList.get()->back() = ownedItem.release();
+    return ownedList.release();
+}
+
+template std::vector<HDNTDecl*>* append(std::vector<HDNTDecl*>*, HDNTDecl*);
+template std::vector<HDNTBlockEntity*>* append(std::vector<HDNTBlockEntity*>*, HDNTBlockEntity*);
+template std::vector<HDNTProperty*>* append(std::vector<HDNTProperty*>*, HDNTProperty*);
+template std::vector<HDNTNetlistEntity*>* append(std::vector<HDNTNetlistEntity*>*, HDNTNetlistEntity*);
+template std::vector<HDNTExpr*>* append(std::vector<HDNTExpr*>*, HDNTExpr*);
+template std::vector<HDNTPinInst*>* append(std::vector<HDNTPinInst*>*, HDNTPinInst*);
+template void deleteList(std::vector<HDNTDecl*>*) noexcept;
+template void deleteList(std::vector<HDNTBlockEntity*>*) noexcept;
+template void deleteList(std::vector<HDNTProperty*>*) noexcept;
+template void deleteList(std::vector<HDNTNetlistEntity*>*) noexcept;
+template void deleteList(std::vector<HDNTExpr*>*) noexcept;
+template void deleteList(std::vector<HDNTPinInst*>*) noexcept;
+
+std::vector<HATAttrTypes::AttrType>* append(std::vector<HATAttrTypes::AttrType>* list, int type) {
+    std::unique_ptr<std::vector<HATAttrTypes::AttrType>> owned(list);
+    if (!owned) owned.reset(emptyList<HATAttrTypes::AttrType>());
+    owned->push_back(static_cast<HATAttrTypes::AttrType>(type));
+    return owned.release();
+}
+
+// One record serves one property after the other, so that its lists keep their room.
+static constinit PropertyOptions* spareOptions = nullptr;
+
+PropertyOptions* options() { return spareOptions ? std::exchange(spareOptions, nullptr) : new PropertyOptions; }
+
+void deleteOptions(PropertyOptions* record) noexcept {
+    if (!record || spareOptions) {
+        delete record;
+    } else {
+        record->reset();
+        spareOptions = record;
+    }
+}
+
+struct DeleteOptions {
+    void operator()(PropertyOptions* record) const noexcept { deleteOptions(record); }
+};
+using OptionsOwner = std::unique_ptr<PropertyOptions, DeleteOptions>;
+
+template <typename Value>
+static PropertyOptions* addValue(PropertyOptions* record, std::vector<Value> PropertyOptions::*list, Value value) {
+    OptionsOwner owned(record ? record : options());
+    (owned.get()->*list).push_back(std::move(value));
+    return owned.release();
+}
+
+PropertyOptions* value(PropertyOptions* record, int allowed) {
+    return addValue(record, &PropertyOptions::ints, allowed);
+}
+
+PropertyOptions* value(PropertyOptions* record, double allowed) {
+    return addValue(record, &PropertyOptions::doubles, allowed);
+}
+
+PropertyOptions* value(PropertyOptions* record, std::string* allowed) {
+    return addValue(record, &PropertyOptions::texts, take(allowed));
+}
+
+HDNTProperty* property(HATAttrTypes::AttrType type, std::string* name, PropertyOptions* record, const yyltype& place) {
+    const OptionsOwner options(record);
+    return makeProperty(type, 0, *take(name), *options, place);
+}
+
+HDNTProperty* bitProperty(HATAttrTypes::AttrType type, std::string* width, std::string* name, PropertyOptions* record,
+                          const yyltype& place) {
+    const OptionsOwner options(record);
+    const TokenText nameText = take(name);
+    const int limit = HDNTLimits::get().bitWidth;
+    return makeProperty(type, limited(widthOf(*take(width)), limit, "Bit width", "bitWidth", place), *nameText,
+                        *options, place);
+}
+
+HDNTProperty* shortBoolProperty(std::string* name, bool value, const yyltype& place) {
+    const TokenText text = take(name);
+    PropertyOptions options;
+    options.boolDefault = value;
+    return makeProperty(HATAttrTypes::TypeBool, 0, *text, options, place);
+}
+
+HDNTBus* bus(std::string* name, int direction, bool test, bool abstract, int type, int required,
+             std::vector<HDNTProperty*>* properties, const yyltype& place) {
+    OwnedList<HDNTProperty> owned(properties);
+    const TokenText text = take(name);
+    auto* const result =
+        new HDNTBus(*text, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract, static_cast<HDNT_PIN_TYPE>(type),
+                    static_cast<HDNT_PIN_REQUIREDVALUE>(required), properties);
+    owned.releaseItems();
+    return placed(result, place);
+}
+
+HDNTBlockEntity* internalFlag(bool value, const yyltype& place) { return placed(new HDNTInternalFlag(value), place); }
+HDNTBlockEntity* testFlag(bool value, const yyltype& place) { return placed(new HDNTTestFlag(value), place); }
+HDNTBlockEntity* maturityLevel(int level, const yyltype& place) { return placed(new HDNTMaturityLevel(level), place); }
+
+HDNTBlockEntity* primGroup(std::string* text, const yyltype& place) {
+    return placed(new HDNTPrimGroup(*take(text)), place);
+}
+
+HDNTFunctionDecl* function(int type, std::string* name, std::vector<HATAttrTypes::AttrType>* formals,
+                           const yyltype& place) {
+    const std::unique_ptr<std::vector<HATAttrTypes::AttrType>> owned(formals);
+    return placed(new HDNTFunctionDecl(*take(name), static_cast<HATAttrTypes::AttrType>(type), formals), place);
+}
+
+} // namespace hdnt::frontend::build

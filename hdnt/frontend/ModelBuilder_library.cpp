@@ -1,0 +1,81 @@
+// The builder's part for whole blocks, mappings and libraries, and what a mapping finds.
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/frontend/ModelBuilder.internal.h"
+#include "hdnt/frontend/Scanner.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/HEX.h"
+#include "hdnt/registry/HDNTCellviewLib.h"
+
+#include <memory>
+
+namespace hdnt::frontend::build {
+
+namespace {
+
+// Blocks of the parse in progress. The parser owns them until they are handed to the library.
+model::LateBlockNames& pendingBlocks() {
+    static auto* const blocks = new model::LateBlockNames;
+    return *blocks;
+}
+
+HDNTLibrary& target() {
+    if (!myTopLib) throw HEXAlgException("NTL parser has no library to parse into");
+    return *myTopLib;
+}
+
+// In the library that is parsed into, in this text or one before it; then in its parents.
+HDNTBlock* findDeclared(const HDNTLibrary& library, const std::string& name) {
+    if (HDNTBlock* const block = library.getDeclaredBlock(name)) return block;
+    if (HDNTBlock* const block = pendingBlocks().find(name)) return block;
+    const HDNTLibrary* const parent = library.getParentLibrary();
+    return parent ? parent->getTypeBlockByName(name, true) : nullptr;
+}
+
+} // namespace
+
+HDNTBlock* block(std::string* name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist,
+                 HDNTNetlist::Section section, const yyltype& place) {
+    OwnedList<HDNTBlockEntity> owned(entities);
+    std::unique_ptr<HDNTNetlist> ownedNetlist(netlist);
+    const TokenText text = take(name);
+    HDNTLibrary& library = target();
+    if (netlist) netlist->setSection(section);
+    // From here on the constructor owns the items, whether it succeeds or throws.
+    std::vector<HDNTBlockEntity*> items(*entities);
+    owned.releaseItems();
+    std::unique_ptr<HDNTBlock> result(new HDNTBlock(*text, &items, ownedNetlist.release(), &library));
+    result->setLocation(place);
+    pendingBlocks().add(result.get());
+    return result.release();
+}
+
+void mapping(std::string* blockName, HDNTNetlist* netlist, HDNTNetlist::Section section, const yyltype& place) {
+    std::unique_ptr<HDNTNetlist> owned(netlist);
+    const TokenText nameText = take(blockName);
+    const std::string& name = *nameText;
+    HDNTLibrary& library = target();
+    netlist->setSection(section);
+    netlist->setLocation(place);
+    const char* reason = "the name is not a registered cellview type";
+    if (HDNTCellviewLib::getGlobal()->getType(name) != HDNTCellviewLib::UNKNOWN) {
+        if (HDNTBlock* const block = findDeclared(library, name)) return block->setNetlist(owned.release());
+        reason = "no block of that name was declared before";
+    }
+    HDNTError::notify({HDNTNotice::Kind::MappingDropped, place, name, reason});
+    library.addDroppedMapping({name, reason, place});
+}
+
+void beginParse() noexcept { pendingBlocks().clear(); }
+
+void library(std::string* name, std::vector<HDNTDecl*>* decls, const yyltype& place) {
+    OwnedList<HDNTDecl> owned(decls);
+    const TokenText text = take(name);
+    HDNTLibrary& library = target();
+    std::vector<HDNTDecl*> items(*decls);
+    owned.releaseItems();
+    library.setLocation(place);
+    library.init(*text, &items);
+}
+
+} // namespace hdnt::frontend::build

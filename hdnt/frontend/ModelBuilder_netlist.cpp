@@ -1,0 +1,87 @@
+// The builder's part for what mapping netlists are made of.
+#include "hdnt/frontend/ModelBuilder.internal.h"
+#include "hdnt/netlist/HDNTAssignProperty.h"
+#include "hdnt/netlist/HDNTBlockInst.h"
+#include "hdnt/netlist/HDNTCompoundExpr.h"
+#include "hdnt/netlist/HDNTConnect.h"
+#include "hdnt/netlist/HDNTFunctionCall.h"
+#include "hdnt/netlist/HDNTSignal.h"
+#include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/netlist/HDNTValue.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace hdnt::frontend::build {
+
+// A netlist has no place for statement blocks at its top level.
+HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>* entities, const yyltype& place) {
+    OwnedList<HDNTNetlistEntity> owned(entities);
+    const auto homeless = std::stable_partition(
+        entities->begin(), entities->end(), [](HDNTNetlistEntity* entity) { return !nodeCast<HDNTStmtBlock>(entity); });
+    std::for_each(homeless, entities->end(), [](HDNTNetlistEntity* entity) { delete entity; });
+    entities->erase(homeless, entities->end());
+    auto* const result = new HDNTNetlist(entities);
+    owned.releaseItems();
+    return placed(result, place);
+}
+
+HDNTNetlistEntity* inst(std::string* name, std::string* type, const yyltype& place) {
+    const TokenText nameText = take(name);
+    return placed(new HDNTBlockInst(*nameText, *take(type)), place);
+}
+
+HDNTNetlistEntity* assignBlockProperty(std::string* inst, std::string* property, HDNTExpr* value,
+                                       const yyltype& place) {
+    const TokenText instText = take(inst);
+    return placed(new HDNTAssignBlockProperty(*instText, *take(property), value), place);
+}
+
+HDNTNetlistEntity* assignPinProperty(HDNTBlockPinName* pin, std::string* property, HDNTExpr* value,
+                                     const yyltype& place) {
+    const std::unique_ptr<HDNTBlockPinName> owned(pin);
+    return placed(new HDNTAssignPinProperty(pin->instName(), pin->pinName(), *take(property), value), place);
+}
+
+HDNTNetlistEntity* ifStmt(HDNTExpr* condition, HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt,
+                          const yyltype& place) {
+    return placed(new HDNTIfStmt(condition, thenStmt, elseStmt), place);
+}
+
+HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>* statements, const yyltype& place) {
+    return placed(new HDNTStmtBlock(statements), place);
+}
+
+HDNTNetlistEntity* connect(std::string* signal, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
+    return placed(new HDNTConnect(*take(signal), pins), place);
+}
+
+HDNTNetlistEntity* signal(std::string* name, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
+    const TokenText text = take(name);
+    if (!pins && text->find_first_of("[]") != text->npos) return placed(new HDNTSigList(*text), place);
+    auto* const result = placed(new HDNTSignal(*text, pins), place);
+    if (result->connect()) result->connect()->setLocation(place);
+    return result;
+}
+
+HDNTBlockPinName* pinInst(std::string* inst, std::string* pin, const yyltype& place) {
+    const TokenText instText = take(inst);
+    return placed(new HDNTBlockPinName(inst ? *instText : std::string(), *take(pin)), place);
+}
+
+HDNTExpr* compound(HDNTExpr* lhs, HDNTExpr::FOPERATOR op, HDNTExpr* rhs, const yyltype& place) {
+    return placed(new HDNTCompoundExpr(lhs, op, rhs), place);
+}
+
+HDNTExpr* constant(int value, const yyltype& place) { return placed(new HDNTIntConstant(value), place); }
+HDNTExpr* constant(double value, const yyltype& place) { return placed(new HDNTDoubleConstant(value), place); }
+HDNTExpr* constant(bool value, const yyltype& place) { return placed(new HDNTBoolConstant(value), place); }
+HDNTExpr* constant(std::string* value, const yyltype& place) {
+    return placed(new HDNTStringConstant(*take(value)), place);
+}
+
+HDNTFunctionCall* call(std::string* name, std::vector<HDNTExpr*>* actuals, const yyltype& place) {
+    return placed(new HDNTFunctionCall(*take(name), actuals), place);
+}
+
+} // namespace hdnt::frontend::build

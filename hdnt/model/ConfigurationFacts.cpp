@@ -1,0 +1,120 @@
+#include "hdnt/model/ConfigurationFacts.internal.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/ConfigBase.h"
+#include "hdnt/platform/HCTMutex.h"
+
+#include <libconfig.h++>
+
+namespace hdnt::model {
+
+namespace {
+
+using libconfig::Setting;
+
+bool flagIn(const Setting& group, const char* name) {
+    bool value = false;
+    return group.lookupValue(name, value) && value;
+}
+
+std::string textIn(const Setting& group, const char* name) {
+    std::string value;
+    group.lookupValue(name, value);
+    return value;
+}
+
+std::vector<std::string> textsOf(const Setting* list) {
+    std::vector<std::string> texts;
+    if (!list || !(list->isArray() || list->isList())) return texts;
+    for (int i = 0; i < list->getLength(); ++i)
+        if ((*list)[i].getType() == Setting::TypeString) texts.emplace_back((*list)[i].c_str());
+    return texts;
+}
+
+const Setting* memberOf(const Setting& group, const char* name) { return group.exists(name) ? &group[name] : nullptr; }
+
+// Calls visit(name, setting) for each member of a group; of anything else for none.
+template <typename Visit>
+void forEachMember(const Setting* group, Visit&& visit) {
+    if (!group || !group->isGroup()) return;
+    for (int i = 0; i < group->getLength(); ++i) {
+        const Setting& member = (*group)[i];
+        visit(member.getName(), member);
+    }
+}
+
+CellFacts cellOf(const Setting& group) {
+    CellFacts cell;
+    cell.architectures = textsOf(memberOf(group, "architectures"));
+    cell.shadowPins = textsOf(memberOf(group, "shadowPins"));
+    cell.masterDriverPin = textIn(group, "masterDriverPin");
+    cell.canTiePins = flagIn(group, "canTiePins");
+    cell.nibbleSizedHex = flagIn(group, "nibbleSizedHex");
+    cell.pseudoDifferential = flagIn(group, "pseudoDifferential");
+    forEachMember(memberOf(group, "pinFunctions"), [&](const std::string& pin, const Setting& function) {
+        if (function.getType() == Setting::TypeString) cell.pinFunctions[pin] = function.c_str();
+    });
+    return cell;
+}
+
+} // namespace
+
+std::unique_ptr<const ConfigurationFacts> readConfigurationFacts(ConfigBase& config) {
+    const HCTLock lock(config.mutex());
+    auto tables = std::make_unique<ConfigurationFacts>();
+    forEachMember(config.lookup("READ_ONLY_ATTRIBUTES"),
+                  [&](const std::string& name, const Setting&) { tables->attributes[name].readOnly = true; });
+    forEachMember(config.lookup("IO_PIN_CONSTRAINTS"), [&](const std::string& name, const Setting& on) {
+        if (on.getType() == Setting::TypeBoolean && static_cast<bool>(on))
+            tables->attributes[name].ioPinConstraint = true;
+    });
+    forEachMember(config.lookup("ARCHITECTURES"), [&](const std::string& name, const Setting& entry) {
+        if (entry.isGroup())
+            tables->architectures[name] = {textIn(entry, "simDevice"), textIn(entry, "master"),
+                                           flagIn(entry, "internalPins")};
+    });
+    forEachMember(config.lookup("CELLS"), [&](const std::string& name, const Setting& entry) {
+        if (entry.isGroup()) tables->cells[name] = cellOf(entry);
+    });
+    tables->masterDriverTypes = textsOf(config.lookup("MASTER_DRIVER_TYPES"));
+    tables->pseudoDifferentialFunctions = textsOf(config.lookup("PSEUDO_DIFFERENTIAL_FUNCTIONS"));
+    return tables;
+}
+
+AttributeFacts attributeFacts(const ConfigurationFacts& tables, std::string_view name) {
+    const auto found = tables.attributes.find(name);
+    return found == tables.attributes.end() ? AttributeFacts() : found->second;
+}
+
+const CellFacts* cellFacts(const HDNTBlock& block) {
+    const HDNTLibrary* const library = block.getLibrary();
+    if (!library) return nullptr;
+    const auto& cells = library->getConfigurationFacts().cells;
+    const auto found = cells.find(block.getName());
+    return found == cells.end() ? nullptr : &found->second;
+}
+
+PropertyContext propertyContext(const HDNTBlock* block) {
+    const HDNTLibrary* const library = block ? block->getLibrary() : nullptr;
+    if (!library) return {};
+    const CellFacts* const facts = cellFacts(*block);
+    return {library, facts && facts->nibbleSizedHex};
+}
+
+void forEachDescription(const HDNTLibrary& library, const std::string& block,
+                        const std::function<void(std::string_view, std::string_view)>& visit) {
+    ConfigBase& config = *library.getDescConfig();
+    const HCTLock lock(config.mutex());
+    forEachMember(config.find({block}), [&](const char* name, const Setting& text) {
+        if (text.getType() == Setting::TypeString) visit(name, text.c_str());
+    });
+}
+
+std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names) {
+    ConfigBase& config = *library.getDescConfig();
+    const HCTLock lock(config.mutex());
+    const Setting* const text = config.find(names);
+    return text && text->getType() == Setting::TypeString ? text->c_str() : std::string();
+}
+
+} // namespace hdnt::model

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "hdnt/platform/TextHash.internal.h"
+
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+class ConfigBase;
+class HDNTBlock;
+class HDNTLibrary;
+
+// What the configuration files say, as the model's queries use it. Internal.
+namespace hdnt::model {
+
+struct CellFacts {
+    std::vector<std::string> architectures;
+    std::vector<std::string> shadowPins;
+    std::map<std::string, std::string, std::less<>> pinFunctions;
+    std::string masterDriverPin;
+    bool canTiePins = false;
+    bool nibbleSizedHex = false;
+    bool pseudoDifferential = false;
+};
+
+struct ArchFacts {
+    std::string simDevice;
+    std::string master;
+    bool internalPins = false;
+};
+
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return platform::textHash(text); }
+};
+
+/// What is said of the properties of one name.
+struct AttributeFacts {
+    bool readOnly = false;
+    bool ioPinConstraint = false;
+};
+
+/// The application configuration, translated once so that queries need neither a lock nor libconfig. An entry of
+/// another type than expected counts as absent.
+struct ConfigurationFacts {
+    std::map<std::string, CellFacts, std::less<>> cells;
+    std::map<std::string, ArchFacts, std::less<>> architectures;
+    std::unordered_map<std::string, AttributeFacts, TextHash, std::equal_to<>> attributes;
+    std::vector<std::string> masterDriverTypes;
+    std::vector<std::string> pseudoDifferentialFunctions;
+};
+
+/// Neutral for a name of which nothing is said.
+AttributeFacts attributeFacts(const ConfigurationFacts& tables, std::string_view name);
+
+/// Takes the configuration's lock.
+std::unique_ptr<const ConfigurationFacts> readConfigurationFacts(ConfigBase& config);
+
+/// Null when the configuration has no entry for the block, or the block no library.
+const CellFacts* cellFacts(const HDNTBlock& block);
+
+/// What a property needs to know of the block that it is finalized in; the same for all its properties.
+struct PropertyContext {
+    const HDNTLibrary* library = nullptr;
+    bool nibbleSizedHex = false;
+};
+/// The block may be null.
+PropertyContext propertyContext(const HDNTBlock* block);
+
+/// Calls visit(name, text) for each text that the library's description configuration has of a block, with the
+/// configuration locked. As describedText() otherwise.
+void forEachDescription(const HDNTLibrary& library, const std::string& block,
+                        const std::function<void(std::string_view, std::string_view)>& visit);
+
+/// The text that the library's description configuration has under a name within a name, and so on; empty when there is
+/// none. Locks the configuration while it looks; may read the file on first use and then throw HEXDataException.
+std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names);
+
+} // namespace hdnt::model

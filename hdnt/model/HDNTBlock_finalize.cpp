@@ -1,0 +1,85 @@
+// What a block does when its library is complete: its name indexes, what is defined twice, descriptions.
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/model/ConfigurationFacts.internal.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTPin.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/platform/TextHash.internal.h"
+
+#include <algorithm>
+#include <set>
+
+using hdnt::platform::caselessHash;
+using hdnt::platform::NameIndex;
+using hdnt::platform::textHash;
+
+void HDNTBlock::finalize() {
+    finalizeNetlist();
+    if (indexed_) return;
+    indexed_ = true;
+    indexPins();
+    indexProperties();
+}
+
+// Pins are found by base name and bit, so the index has one entry a bus, not one a bit.
+void HDNTBlock::indexPins() {
+    busesByName_.build(buses_.size(), [this](size_t i) { return textHash(buses_[i]->getBaseName()); });
+    std::vector<size_t> redefined;
+    busesByName_.forEachShared([&](auto buses) { findRedefinedPins(buses, redefined); });
+    std::sort(redefined.begin(), redefined.end());
+    for (const size_t pin : redefined)
+        HDNTError::PinRedefinition(pins()[pin]->getLocation(), pins()[pin]->getName(false).c_str());
+}
+
+// Appends the positions of the later definitions.
+void HDNTBlock::findRedefinedPins(std::span<const NameIndex::Entry> buses, std::vector<size_t>& redefined) const {
+    std::set<std::pair<std::string_view, int>> seen;
+    for (const NameIndex::Entry& entry : buses) {
+        const HDNTBus& bus = *buses_[entry.position];
+        const int step = bus.getFirstIndex() > bus.getLastIndex() ? -1 : 1;
+        int bit = bus.getFirstIndex();
+        for (size_t i = 0; i < bus.pinCount(); ++i, bit += step)
+            if (!seen.emplace(bus.getBaseName(), bit).second)
+                redefined.push_back(static_cast<size_t>(bus.getFirstPinIndex()) + i);
+    }
+}
+
+void HDNTBlock::indexProperties() {
+    if (properties_.empty()) return;
+    propertiesByName_.build(properties_.size(), [this](size_t i) { return caselessHash(properties_[i]->getName()); });
+    std::vector<uint32_t> redefined;
+    propertiesByName_.forEachShared([&](auto entries) {
+        for (const NameIndex::Entry& entry : entries)
+            if (getPropertyByName(properties_[entry.position]->getName()) != properties_[entry.position])
+                redefined.push_back(entry.position);
+    });
+    std::sort(redefined.begin(), redefined.end());
+    const hdnt::model::PropertyContext context = hdnt::model::propertyContext(this);
+    auto next = redefined.begin();
+    int index = 0;
+    for (uint32_t i = 0; i < properties_.size(); ++i) {
+        HDNTProperty& property = *properties_[i];
+        if (next != redefined.end() && *next == i) {
+            HDNTError::PropertyRedefinition(property.getLocation(), property.getName().c_str());
+            ++next;
+        } else {
+            property.setIndex(index++);
+            property.finalize(context);
+        }
+    }
+    if (context.library) describeProperties(*context.library);
+}
+
+// One walk over what the configuration says of the block: libconfig searches a group from its start for each name. The
+// entries stand in the order of the properties as a rule.
+void HDNTBlock::describeProperties(const HDNTLibrary& library) {
+    size_t next = 0;
+    hdnt::model::forEachDescription(library, name_, [&](std::string_view name, std::string_view text) {
+        const auto isNamed = [&](const HDNTProperty* p) { return p && p->getIndex() >= 0 && p->getName() == name; };
+        HDNTProperty* property = next < properties_.size() ? properties_[next] : nullptr;
+        if (!isNamed(property)) property = getPropertyByName(std::string(name));
+        if (!isNamed(property)) return;
+        property->describe(text);
+        next = static_cast<size_t>(property->getIndex()) + 1;
+    });
+}

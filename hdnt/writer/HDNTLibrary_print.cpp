@@ -1,0 +1,18 @@
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/writer/HDNTPrintVisitor.h"
+#include "hdnt/writer/HDNTSourceVisitor.h"
+
+void HDNTLibrary::print() { print(stdout); }
+
+void HDNTLibrary::print(FILE* stream) {
+    HDNTPrintVisitor visitor(stream);
+    visitor.gatherBodies();
+    accept(visitor);
+}
+
+bool HDNTLibrary::printSource(FILE* stream, std::vector<std::string>* problems) {
+    HDNTSourceVisitor visitor(stream, problems);
+    visitor.gatherBodies();
+    acceptOwn(visitor);
+    return visitor.isComplete();
+}
