@@ -2,10 +2,14 @@
 
 #include "hdnt/diagnostics/LineStore.internal.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+
+using Code = hdnt::DiagnosticCode;
 
 int HDNTError::numErrors = 0;
 
@@ -17,6 +21,7 @@ static HDNTErrorListener* listener = nullptr;
 HDNTErrorListener::~HDNTErrorListener() = default;
 bool HDNTErrorListener::report(const HDNTReport&) { return false; }
 void HDNTErrorListener::notice(const HDNTNotice&) {}
+bool HDNTErrorListener::silencesOutput() const { return false; }
 
 HDNTErrorListener* HDNTError::setListener(HDNTErrorListener* next) {
     HDNTErrorListener* const previous = listener;
@@ -28,7 +33,19 @@ void HDNTError::notify(const HDNTNotice& notice) {
     if (listener) listener->notice(notice);
 }
 
-static void print(yyltype* loc, const std::string& message) {
+hdnt::DiagnosticCode codeOf(HDNTNotice::Kind kind) {
+    using Code = hdnt::DiagnosticCode;
+    // In the order of the enumeration.
+    static constexpr std::array<Code, 9> codes = {
+        Code::includeSkipped,     Code::includeNotFound,     Code::includeNotOpened,
+        Code::unterminatedString, Code::unterminatedComment, Code::droppedMapping,
+        Code::includeText,        Code::mapLibraryRefused,   Code::fileOpened};
+    return codes.at(static_cast<std::size_t>(kind));
+}
+
+bool HDNTError::printsOutput() { return !listener || !listener->silencesOutput(); }
+
+static void print(const yyltype* loc, std::string_view message) {
     std::cout.flush();
     std::fflush(stdout);
     std::cerr << std::endl;
@@ -36,23 +53,30 @@ static void print(yyltype* loc, const std::string& message) {
         std::cerr << "*** Error line " << loc->first_line << "." << std::endl
                   << "file: " << (loc->fileName ? loc->fileName : "unknown file name") << " line: " << loc->fileLine
                   << "." << std::endl;
-        const int line = loc->first_line > 0 ? loc->first_line + loc->storeOffset : 0;
+        const int line = loc->first_line > 0 ? loc->first_line + std::max(loc->storeOffset, 0) : 0;
         const std::string text(hdnt::diagnostics::LineStore::instance().line(static_cast<size_t>(line)));
-        HDNTError::UnderlineErrorInLine(text.c_str(), loc);
+        yyltype place = *loc;
+        HDNTError::UnderlineErrorInLine(text.c_str(), &place);
     } else {
         std::cerr << "*** Error." << std::endl;
     }
     std::cerr << "*** " << message << std::endl << std::endl;
 }
 
-bool HDNTError::OutputErrorDetail(yyltype* loc, const std::string& message, std::string_view detail) {
+bool HDNTError::report(const HDNTReport& report) {
     ++numErrors;
-    if (listener && listener->report({loc, message, detail})) return false;
-    print(loc, message);
+    if (listener && listener->report(report)) return false;
+    print(report.location, report.message);
     return true;
 }
 
-void HDNTError::OutputError(yyltype* loc, const std::string& message) { OutputErrorDetail(loc, message, {}); }
+void HDNTError::report(Code code, const yyltype* loc, std::initializer_list<std::string_view> arguments,
+                       std::string_view detail, const yyltype* earlier) {
+    const std::string message = hdnt::filledIn(hdnt::ruleOf(code).wording, arguments);
+    report({loc, message, detail, code, earlier});
+}
+
+void HDNTError::OutputError(yyltype* loc, const std::string& message) { report({loc, message, {}}); }
 
 void HDNTError::UnderlineErrorInLine(const char* text, yyltype* loc) {
     if (!text) return;
@@ -73,64 +97,48 @@ void HDNTError::Formatted(yyltype* loc, const char* format, ...) {
     OutputError(loc, text);
 }
 
-void HDNTError::UntermComment() { OutputError(nullptr, "Input ends with unterminated comment"); }
-void HDNTError::MissingLibraries(yyltype* loc) { OutputError(loc, "Libraries are missing in map"); }
-void HDNTError::NoValidSignalOnConnectStmt(yyltype* loc) {
-    OutputError(loc, "No valid signal found in connect statement");
-}
-void HDNTError::NameCannotBeEmptyString(yyltype* loc) { OutputError(loc, "Name cannot be empty string."); }
-void HDNTError::BlockDefNeedsToHaveAtleastOnePin(yyltype* loc) {
-    OutputError(loc, "Block Definition needs to have at least 1 pin.");
-}
-void HDNTError::InvalidNetlistEntity(yyltype* loc) {
-    OutputError(loc, "Invalid netlist entry. Please refer to NTL grammar.");
-}
-void HDNTError::InvalidOperandType(yyltype* loc) { OutputError(loc, "Invalid operands"); }
+void HDNTError::UntermComment() { report(Code::commentUnterminated, nullptr, {}); }
+void HDNTError::MissingLibraries(yyltype* loc) { report(Code::missingLibraries, loc, {}); }
+void HDNTError::NoValidSignalOnConnectStmt(yyltype* loc) { report(Code::connectWithoutSignal, loc, {}); }
+void HDNTError::NameCannotBeEmptyString(yyltype* loc) { report(Code::emptyName, loc, {}); }
+void HDNTError::BlockDefNeedsToHaveAtleastOnePin(yyltype* loc) { report(Code::blockWithoutPins, loc, {}); }
+void HDNTError::InvalidNetlistEntity(yyltype* loc) { report(Code::invalidNetlistEntity, loc, {}); }
+void HDNTError::InvalidOperandType(yyltype* loc) { report(Code::invalidOperands, loc, {}); }
+void HDNTError::BadFileName(const std::string& fileName) { BadFileName(fileName, {}); }
 void HDNTError::BadFileName(const std::string& fileName, std::string_view reason) {
-    OutputErrorDetail(nullptr, "Could not open file: " + fileName, reason);
+    report(Code::cannotOpen, nullptr, {fileName}, reason);
 }
-void HDNTError::ArrayFormatDisallowed(yyltype* loc, const char* text) {
-    OutputError(loc, std::string("Array Format is disallowed here in string: ") + text);
+void HDNTError::ArrayFormatDisallowed(yyltype* loc, const char* text) { report(Code::arrayName, loc, {text}); }
+void HDNTError::UntermString(yyltype* loc, const char* text) { report(Code::stringUnterminated, loc, {text}); }
+void HDNTError::FunctionNumArgsMismatch(yyltype* loc, const char* text) {
+    report(Code::functionArgumentCount, loc, {text});
 }
-void HDNTError::UntermString(yyltype* loc, const char* text) {
-    OutputError(loc, std::string("Unterminated string constant: ") + text);
+void HDNTError::PropertyDefaultNotInRange(yyltype* loc, const char* text) {
+    report(Code::defaultNotInRange, loc, {text});
 }
-void HDNTError::FunctionNumArgsMismatch(yyltype* loc, const char* functionName) {
-    OutputError(loc, std::string("Function call has mismatched number of args in function ") + functionName);
+void HDNTError::PropertyDefaultNotInList(yyltype* loc, const char* text) {
+    report(Code::defaultNotInList, loc, {text});
 }
-void HDNTError::PropertyDefaultNotInRange(yyltype* loc, const char* propertyName) {
-    OutputError(loc, std::string("Property ") + propertyName + " default value not within allowed min/max range.");
+void HDNTError::InvalidName(yyltype* loc, const char* text) { report(Code::invalidName, loc, {text}); }
+void HDNTError::UnrecogChar(yyltype* loc, char c) { report(Code::unrecognizedCharacter, loc, {{&c, 1}}); }
+void HDNTError::InvalidArrayFormatName(yyltype* loc, const char* text) { report(Code::invalidArrayName, loc, {text}); }
+void HDNTError::FunctionNotPresentInLibaray(yyltype* loc, const char* text) {
+    report(Code::functionMissing, loc, {text});
 }
-void HDNTError::PropertyDefaultNotInList(yyltype* loc, const char* propertyName) {
-    OutputError(loc, std::string("Property ") + propertyName + " default value not one of allowed values.");
+void HDNTError::InvalidTieoff(yyltype* loc, const char* text) { report(Code::tieOfOutput, loc, {text}); }
+void HDNTError::LongIdentifier(yyltype* loc, const char* text) { report(Code::longIdentifier, loc, {text}); }
+void HDNTError::PinRedefinition(yyltype* loc, const char* pinName) { PinRedefinition(loc, nullptr, pinName); }
+void HDNTError::PinRedefinition(yyltype* loc, const yyltype* earlier, const char* pinName) {
+    report(Code::pinRedefined, loc, {pinName}, {}, earlier);
 }
-void HDNTError::InvalidName(yyltype* loc, const char* text) {
-    OutputError(loc, std::string("Invalid name format in string \"") + text + "\" . Valid name is [a-z0-9_A-Z]+ .");
-}
-void HDNTError::UnrecogChar(yyltype* loc, char c) { OutputError(loc, std::string("Unrecognized char: '") + c + "'"); }
-void HDNTError::InvalidArrayFormatName(yyltype* loc, const char* text) {
-    OutputError(loc, std::string("Invalid name format in string \"") + text +
-                         "\" . Valid name is name[+veinteger:+veinteger].");
-}
-void HDNTError::FunctionNotPresentInLibaray(yyltype* loc, const char* functionName) {
-    OutputError(loc, std::string("Function ") + functionName + " is missing from library");
-}
-void HDNTError::InvalidTieoff(yyltype* loc, const char* pinName) {
-    OutputError(loc, std::string("Invalid tieoff of output pin \"") + pinName + "\"");
-}
-void HDNTError::PinRedefinition(yyltype* loc, const char* pinName) {
-    OutputError(loc, std::string("Pin ") + pinName + " is being redefined.");
-}
-void HDNTError::PropertyRedefinition(yyltype* loc, const char* propertyName) {
-    OutputError(loc, std::string("Property ") + propertyName + " is being redefined.");
-}
-void HDNTError::LongIdentifier(yyltype* loc, const char* text) {
-    OutputError(loc, std::string("Identifier too long: \"") + text + "\"");
+void HDNTError::PropertyRedefinition(yyltype* loc, const char* name) { PropertyRedefinition(loc, nullptr, name); }
+void HDNTError::PropertyRedefinition(yyltype* loc, const yyltype* earlier, const char* name) {
+    report(Code::propertyRedefined, loc, {name}, {}, earlier);
 }
 void HDNTError::BlockRedefinitionError(yyltype* loc, yyltype* previousLoc, const char* blockName) {
-    OutputError(loc, std::string("Block ") + blockName + " has already been defined at location " +
-                         std::to_string(previousLoc ? previousLoc->first_line : 0));
+    const std::string line = std::to_string(previousLoc ? previousLoc->first_line : 0);
+    report(Code::blockRedefined, loc, {blockName, line}, {}, previousLoc);
 }
 void HDNTError::MismatchedArgument(yyltype* loc, int argumentIndex) {
-    OutputError(loc, "Argument type mismatch at argument " + std::to_string(argumentIndex));
+    report(Code::functionArgumentType, loc, {std::to_string(argumentIndex)});
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hdnt/diagnostics/DiagnosticCode.h"
 #include "hdnt/diagnostics/yyltype.h"
 #include "hdnt/platform/Export.h"
 
@@ -11,6 +12,8 @@ struct HDNTReport {
     const yyltype* location; ///< null when the report has none
     std::string_view message;
     std::string_view detail; ///< what lies behind a fixed message, e.g. why a file could not be opened; often empty
+    hdnt::DiagnosticCode code = hdnt::DiagnosticCode::other;
+    const yyltype* earlier = nullptr; ///< the declaration that came first, where one is defined twice; often null
 };
 
 /// What the scanner and the builder pass over without an error, as data. Nothing here is counted.
@@ -22,12 +25,18 @@ struct HDNTNotice {
         UnterminatedString,  ///< no closing quote on the line; the text is passed over
         UnterminatedComment, ///< the input ended inside the block comment that begins there
         MappingDropped,      ///< a separate mapping whose block is not registered or not declared
+        IncludeText,         ///< a line without ";" between INCLUDE or INLINE and its file name
+        MapLibraryRefused,   ///< a map library that the root folder or a limit keeps from being read
+        FileOpened,          ///< an INCLUDE or INLINE file, before its text
     };
     Kind kind;
     yyltype location;
     std::string_view text;   ///< the file name or the text concerned
     std::string_view detail; ///< as in HDNTReport
 };
+
+/// The code of a kind of notice.
+HDNT_API hdnt::DiagnosticCode codeOf(HDNTNotice::Kind kind);
 
 /// Takes reports and notices as data, beside or instead of the printed form. See HDNTError::setListener.
 class HDNT_API HDNTErrorListener {
@@ -36,6 +45,8 @@ public:
     /// Called for each report, after it was counted. True silences the printed form.
     virtual bool report(const HDNTReport& report);
     virtual void notice(const HDNTNotice& notice);
+    /// True silences the lines that the scanner prints to standard output; each of them is a notice, too.
+    virtual bool silencesOutput() const;
 };
 
 /// The one place where errors in NTL text are reported: printed to standard error and counted. Nothing is thrown and
@@ -56,11 +67,16 @@ public:
     static HDNTErrorListener* setListener(HDNTErrorListener* listener);
     /// Passes a notice to the listener, if there is one.
     static void notify(const HDNTNotice& notice);
+    /// Whether the scanner's lines for standard output are to be printed.
+    static bool printsOutput();
 
+    /// Counts a report, tells the listener and prints it unless that silences it. Whether it was printed.
+    static bool report(const HDNTReport& report);
     /// Counts and prints one report.
     static void OutputError(yyltype* loc, const std::string& message);
-    /// The same, with a detail for the listener that the printed form does not hold. Whether it was printed.
-    static bool OutputErrorDetail(yyltype* loc, const std::string& message, std::string_view detail);
+    /// A report of the table of codes: its wording with the arguments filled in.
+    static void report(hdnt::DiagnosticCode code, const yyltype* loc, std::initializer_list<std::string_view> arguments,
+                       std::string_view detail = {}, const yyltype* earlier = nullptr);
     /// Prints the line `text` (nothing at all when null) and below it carets from first_column to last_column.
     static void UnderlineErrorInLine(const char* text, yyltype* loc);
     static void ParserFailed(const std::string& message);
@@ -74,8 +90,9 @@ public:
     static void BlockDefNeedsToHaveAtleastOnePin(yyltype* loc);
     static void InvalidNetlistEntity(yyltype* loc);
     static void InvalidOperandType(yyltype* loc);
+    static void BadFileName(const std::string& fileName);
     /// `reason` goes to the listener only.
-    static void BadFileName(const std::string& fileName, std::string_view reason = {});
+    static void BadFileName(const std::string& fileName, std::string_view reason);
     static void ArrayFormatDisallowed(yyltype* loc, const char* text);
     static void UntermString(yyltype* loc, const char* text);
     static void FunctionNumArgsMismatch(yyltype* loc, const char* functionName);
@@ -86,8 +103,11 @@ public:
     static void InvalidArrayFormatName(yyltype* loc, const char* text);
     static void FunctionNotPresentInLibaray(yyltype* loc, const char* functionName);
     static void InvalidTieoff(yyltype* loc, const char* pinName);
+    // `earlier`, which may be null, is where it was declared first; the printed form does not say it.
     static void PinRedefinition(yyltype* loc, const char* pinName);
+    static void PinRedefinition(yyltype* loc, const yyltype* earlier, const char* pinName);
     static void PropertyRedefinition(yyltype* loc, const char* propertyName);
+    static void PropertyRedefinition(yyltype* loc, const yyltype* earlier, const char* propertyName);
     static void LongIdentifier(yyltype* loc, const char* text);
     /// `loc` is the later definition, `previousLoc` the earlier one, whose line is named (0 when null).
     static void BlockRedefinitionError(yyltype* loc, yyltype* previousLoc, const char* blockName);

@@ -18,16 +18,18 @@ void LineStore::clear() {
     texts_ = {};
     marks_ = {};
     size_ = 0;
+    ++generation_;
 }
 
-std::string_view LineStore::line(size_t n) const {
-    if (n == 0 || size_ == 0) return "UNKNOWN LINE";
+LineStore::Line LineStore::at(size_t n) const {
+    if (n == 0 || size_ == 0) return {"UNKNOWN LINE"};
     const size_t index = std::min(n, size_) - 1;
     const Mark& before = *std::prev(std::upper_bound(marks_.begin(), marks_.end(), index,
                                                      [](size_t line, const Mark& mark) { return line < mark.line; }));
-    std::string_view rest = std::string_view(texts_[before.text]->bytes).substr(before.start);
-    for (size_t line = before.line; line < index; ++line) rest.remove_prefix(rest.find('\n') + 1);
-    return rest.substr(0, rest.find('\n'));
+    const std::string_view bytes = texts_[before.text]->bytes;
+    size_t start = before.start;
+    for (size_t line = before.line; line < index; ++line) start = bytes.find('\n', start) + 1;
+    return {bytes.substr(start, std::min(bytes.find('\n', start), bytes.size()) - start), start};
 }
 
 } // namespace hdnt::diagnostics

@@ -30,9 +30,17 @@ public:
     /// Forgets every line and lets go of the texts.
     void clear();
     size_t size() const { return size_; }
+    struct Line {
+        std::string_view text;
+        size_t start = 0; ///< in its text
+    };
+    /// Goes up when the store is cleared, so that what was found in it can be known to be stale.
+    size_t generation() const { return generation_; }
+    /// Line n, counted from 1; the text as in line().
+    Line at(size_t n) const;
     /// Line n, counted from 1. The view holds until the store is cleared or the text grows. Past the end: the last
     /// line. "UNKNOWN LINE" for 0 and for an empty store.
-    std::string_view line(size_t n) const;
+    std::string_view line(size_t n) const { return at(n).text; }
 
 private:
     // Lines are many and seldom asked for. So it is kept where every 64th begins, and each that does not follow the one
@@ -49,6 +57,7 @@ private:
     std::vector<Mark> marks_;
     size_t size_ = 0;
     size_t next_ = 0; ///< where the next line begins if it follows the last one
+    size_t generation_ = 1;
 };
 
 } // namespace hdnt::diagnostics

@@ -1,11 +1,12 @@
 // How a library gets its contents from text: the parse entries of HDNTLibrary.
 #include "hdnt/diagnostics/HDNTError.h"
-#include "hdnt/frontend/MaplibFilter.h"
+#include "hdnt/diagnostics/SourceInput.internal.h"
+#include "hdnt/frontend/MaplibFilter.internal.h"
 #include "hdnt/frontend/ParserState.internal.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/frontend/ScannerState.internal.h"
-#include "hdnt/frontend/SourceInput.internal.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/netlist/MappingJournal.internal.h"
 #include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
@@ -13,8 +14,12 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 using namespace hdnt::frontend;
+using hdnt::diagnostics::copySource;
+using hdnt::diagnostics::isInsideRoot;
+using hdnt::diagnostics::readSource;
 
 HDNTLibrary* myTopLib = nullptr;
 
@@ -82,12 +87,38 @@ bool HDNTLibrary::loadMaplib(const std::string& name, const std::string& arch) {
     const std::string directory = ConfigBase::getDataLocation("maplib");
     if (directory.empty()) return false;
     const std::string path = HUTPathUtils::replaceExtension(HUTPathUtils::join(directory, name), "btl");
+    if (!HUTPathUtils::exists(path)) return false;
+    const auto refuse = [&](const std::string& reason) {
+        HDNTError::notify({HDNTNotice::Kind::MapLibraryRefused, {}, path, reason});
+    };
     std::string reason;
-    if (!HUTPathUtils::exists(path) || !isInsideRoot(path, reason)) return false;
+    if (!isInsideRoot(path, reason)) return refuse(reason), false;
     NtlFreeScannerMem();
     myTopLib = this;
-    std::string text;
-    const bool architectures = slurpAndFilterFile(path, arch, text);
-    if (parseString(text) != 0) throw HEXDataException("Invalid maplib ntl file: " + name);
-    return architectures;
+    MapLibrary library;
+    if (!readMapLibrary(path, arch, library, reason)) {
+        refuse(reason);
+        throw HEXAlgException("Failed to open file " + path);
+    }
+    parseMapLibrary(library, name);
+    return library.hasArchitectures;
+}
+
+// One that fails leaves no trace: mappings are as before, and what it dropped is forgotten.
+void HDNTLibrary::parseMapLibrary(MapLibrary& library, const std::string& name) {
+    struct Cleared {
+        HDNTLibrary& library;
+        size_t dropped = library.getDroppedMappings().size();
+        bool failed = true;
+        ~Cleared() {
+            Scanner::instance().setFilteredText(0);
+            if (failed) library.forgetDroppedMappings(dropped);
+        }
+    };
+    Cleared cleared{*this};
+    hdnt::netlist::MappingJournal journal;
+    Scanner::instance().setFilteredText(hdnt::diagnostics::FilteredText::keep(std::move(library.origin)));
+    if (parseString(library.text) != 0) throw HEXDataException("Invalid maplib ntl file: " + name);
+    journal.keep();
+    cleared.failed = false;
 }

@@ -19,10 +19,9 @@ namespace hdnt::frontend::build {
 namespace {
 
 // A number of the text that has to stay within 0 and a limit: one report when it does not, then the nearest bound.
-int limited(long value, int limit, const char* what, const char* limitName, const yyltype& place) {
+int limited(long value, int limit, DiagnosticCode code, const yyltype& place) {
     if (value >= 0 && value <= limit) return static_cast<int>(value);
-    yyltype location = place;
-    HDNTError::Formatted(&location, "%s %ld is not within 0 and %d (limit %s).", what, value, limit, limitName);
+    HDNTError::report(code, &place, {std::to_string(value), std::to_string(limit)});
     return value < 0 ? 0 : limit;
 }
 
@@ -47,7 +46,7 @@ void draftDoubles(HATAttrSpec::Draft& draft, const PropertyOptions& options, con
     draft.setDoubleDefault(options.doubleDefault.value_or(options.doubles.empty() ? 0.0 : options.doubles.front()));
     if (options.doubles.empty()) draft.setDoubleRange(options.doubleMin, options.doubleMax);
     for (const double value : options.doubles) draft.listDouble(value);
-    draft.setPrecision(limited(options.precision, HDNTLimits::get().precision, "Precision", "precision", place));
+    draft.setPrecision(limited(options.precision, HDNTLimits::get().precision, DiagnosticCode::precision, place));
 }
 
 void draftTexts(HATAttrSpec::Draft& draft, HATAttrTypes::AttrType type, const PropertyOptions& options) {
@@ -171,7 +170,7 @@ HDNTProperty* bitProperty(HATAttrTypes::AttrType type, std::string* width, std::
     const OptionsOwner options(record);
     const TokenText nameText = take(name);
     const int limit = HDNTLimits::get().bitWidth;
-    return makeProperty(type, limited(widthOf(*take(width)), limit, "Bit width", "bitWidth", place), *nameText,
+    return makeProperty(type, limited(widthOf(*take(width)), limit, DiagnosticCode::bitWidth, place), *nameText,
                         *options, place);
 }
 

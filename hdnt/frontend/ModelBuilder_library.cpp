@@ -4,6 +4,7 @@
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/netlist/MappingJournal.internal.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/registry/HDNTCellviewLib.h"
 
@@ -12,6 +13,8 @@
 namespace hdnt::frontend::build {
 
 namespace {
+
+using hdnt::netlist::MappingJournal;
 
 // Blocks of the parse in progress. The parser owns them until they are handed to the library.
 model::LateBlockNames& pendingBlocks() {
@@ -24,12 +27,15 @@ HDNTLibrary& target() {
     return *myTopLib;
 }
 
-// In the library that is parsed into, in this text or one before it; then in its parents.
-HDNTBlock* findDeclared(const HDNTLibrary& library, const std::string& name) {
-    if (HDNTBlock* const block = library.getDeclaredBlock(name)) return block;
-    if (HDNTBlock* const block = pendingBlocks().find(name)) return block;
+// To a block of the library that is parsed into, from a text before this one or from this one; else of its parents.
+bool attach(std::unique_ptr<HDNTNetlist>& netlist, const HDNTLibrary& library, const std::string& name) {
+    HDNTBlock* block = library.getDeclaredBlock(name);
+    HDNTBlock* const pending = block ? nullptr : pendingBlocks().find(name);
     const HDNTLibrary* const parent = library.getParentLibrary();
-    return parent ? parent->getTypeBlockByName(name, true) : nullptr;
+    if (!block && !pending && parent) block = parent->getTypeBlockByName(name, true);
+    if (block) MappingJournal::attach(*block, netlist.release());
+    if (pending) MappingJournal::attachNew(*pending, netlist.release());
+    return block || pending;
 }
 
 } // namespace
@@ -59,7 +65,7 @@ void mapping(std::string* blockName, HDNTNetlist* netlist, HDNTNetlist::Section 
     netlist->setLocation(place);
     const char* reason = "the name is not a registered cellview type";
     if (HDNTCellviewLib::getGlobal()->getType(name) != HDNTCellviewLib::UNKNOWN) {
-        if (HDNTBlock* const block = findDeclared(library, name)) return block->setNetlist(owned.release());
+        if (attach(owned, library, name)) return;
         reason = "no block of that name was declared before";
     }
     HDNTError::notify({HDNTNotice::Kind::MappingDropped, place, name, reason});

@@ -156,7 +156,7 @@ int Scanner::skipComment() {
         }
     }
     if (atEnd()) {
-        if (!pieces_) std::puts("Unterminated comment");
+        if (prints()) std::puts("Unterminated comment");
         HDNTError::notify({HDNTNotice::Kind::UnterminatedComment, commentStart_, {}, {}});
         return 0;
     }
@@ -195,7 +195,7 @@ int Scanner::scanString(const char* start) {
     }
     accept(start, lineEnd_, 0);
     const std::string text(start, lineEnd_);
-    if (!pieces_) {
+    if (prints()) {
         std::puts(text.c_str());
         std::puts("Unterminated string constant");
     }

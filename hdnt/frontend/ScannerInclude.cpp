@@ -1,7 +1,7 @@
 #include "hdnt/diagnostics/HDNTLimits.h"
+#include "hdnt/diagnostics/SourceInput.internal.h"
 #include "hdnt/frontend/Keywords.internal.h"
 #include "hdnt/frontend/ScannerState.internal.h"
-#include "hdnt/frontend/SourceInput.internal.h"
 #include "hdnt/platform/HSTUniqString.h"
 #include "hdnt/platform/HUTFile.h"
 
@@ -9,6 +9,9 @@
 #include <cstring>
 
 namespace hdnt::frontend {
+
+using diagnostics::isInsideRoot;
+using diagnostics::readSource;
 
 static bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
@@ -19,7 +22,7 @@ void Scanner::notify(HDNTNotice::Kind kind, std::string_view text, std::string_v
 std::string Scanner::findFile(const std::string& name) const {
     if (name.find('\0') != name.npos) return {}; // no file has such a name, though one may have its beginning
     if (!name.empty() && name.front() == '/') return HUTPathUtils::exists(name) ? name : std::string();
-    for (const std::string& directory : searchDirectories_) {
+    for (const std::string& directory : files_.searchDirectories) {
         std::string path = directory;
         path.append("/").append(name);
         if (debug_) std::printf("file element: %s\n", path.c_str());
@@ -54,11 +57,12 @@ int Scanner::fileStatement() {
         else include(name, once);
         return endPiece(FileStatement);
     }
+    if (!pieces_) passedOver();
     while (cursor_ != lineEnd_) {
         const char* end = cursor_;
         while (isBlank(*end)) ++end;
         if (end == cursor_) {
-            if (!pieces_) std::fputc(*cursor_, output());
+            if (prints() || (output_ && !pieces_)) std::fputc(*cursor_, output());
             accept(cursor_, cursor_ + 1, 0);
         } else if (end == cursor_ + 1 && *cursor_ == '\t') {
             tab();
@@ -69,6 +73,13 @@ int Scanner::fileStatement() {
     if (atEnd()) return endOfInput() ? StateChanged : 0;
     endLine();
     return StateChanged;
+}
+
+// The coming line is no file-name line.
+void Scanner::passedOver() const {
+    std::string_view line(cursor_, static_cast<size_t>(lineEnd_ - cursor_));
+    const size_t first = line.find_first_not_of(" \t");
+    if (first != line.npos) notify(HDNTNotice::Kind::IncludeText, line.substr(first));
 }
 
 void Scanner::passOver(bool once) {
@@ -87,15 +98,17 @@ void Scanner::endStatement(bool once) {
 }
 
 void Scanner::include(const std::string& name, bool once) {
-    if (once && included_.contains(name)) {
+    if (once && files_.included.contains(name)) {
         notify(HDNTNotice::Kind::IncludeSkipped, name);
     } else if (const std::string path = findFile(name); path.empty()) {
-        std::printf("Could not find %s file: %s . ", once ? "INCLUDE" : "INLINE", name.c_str());
-        std::puts("check NTL_PATH");
+        if (prints()) {
+            std::printf("Could not find %s file: %s . ", once ? "INCLUDE" : "INLINE", name.c_str());
+            std::puts("check NTL_PATH");
+        }
         notify(HDNTNotice::Kind::IncludeNotFound, name);
     } else {
         if (debug_) std::printf("CURRENT FILE IS %s\n", path.c_str());
-        if (once) included_.insert(name);
+        if (once) files_.included.insert(name);
         if (open(path, once)) return;
     }
     passOver(once);
@@ -110,12 +123,13 @@ bool Scanner::open(const std::string& path, bool once) {
     if (saved_.size() >= static_cast<size_t>(std::max(depth, 0)))
         reason = "more than " + std::to_string(depth) + " files open at once (limit includeDepth)";
     else opened = isInsideRoot(path, reason) && readSource(path, text->bytes, reason);
-    std::printf("\t Loading File : %s\n", path.c_str());
+    if (prints()) std::printf("\t Loading File : %s\n", path.c_str());
     if (!opened) {
-        std::printf("file %s could not be opened\n", path.c_str());
+        if (prints()) std::printf("file %s could not be opened\n", path.c_str());
         notify(HDNTNotice::Kind::IncludeNotOpened, path, reason);
         return false;
     }
+    notify(HDNTNotice::Kind::FileOpened, path);
     unload();
     saved_.push_back({buffers_.back(), fileName_, line_});
     buffers_.back() = new yy_buffer_state;
@@ -123,7 +137,7 @@ bool Scanner::open(const std::string& path, bool once) {
     buffers_.back()->text = std::move(text);
     load();
     fileName_ = HSTUniqString::internCString(path);
-    openedFiles_.push_back(path);
+    files_.opened.push_back(path);
     line_ = 1;
     endStatement(once);
     return true;

@@ -85,11 +85,11 @@ void Scanner::init() {
     dropSaved();
     line_ = globalLine_ = column_ = 1;
     pendingCapture_ = false;
-    storeOffset_ = folderMode_ ? static_cast<int>(lines_.size()) : 0;
+    storeOffset_ = folderMode_ ? static_cast<int>(lines_.size()) : filteredText_;
     const bool named = ntl_parse_top_level_file && !pieces_;
     fileName_ = named ? HSTUniqString::internCString(ntl_parse_top_level_file) : nullptr;
-    if (!folderMode_ && !pieces_) openedFiles_.clear();
-    if (fileName_) openedFiles_.emplace_back(fileName_);
+    if (!folderMode_ && !pieces_) files_.opened.clear();
+    if (fileName_) files_.opened.emplace_back(fileName_);
     HDNTParserlloc = {};
     HDNTParserlloc.fileName = fileName_;
 }

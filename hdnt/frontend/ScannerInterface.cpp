@@ -1,7 +1,7 @@
 // The exported names of the scanner: thin covers, never called from inside the library.
+#include "hdnt/diagnostics/SourceInput.internal.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/frontend/ScannerState.internal.h"
-#include "hdnt/frontend/SourceInput.internal.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -30,7 +30,11 @@ void NtlPrintLines() {
 }
 
 void HDNTParsererror(const char* message) {
-    if (HDNTError::OutputErrorDetail(&HDNTParserlloc, message ? message : "", {})) NtlPrintLines();
+    using hdnt::DiagnosticCode;
+    const std::string_view text = message ? message : "";
+    const bool tooDeep = text == hdnt::ruleOf(DiagnosticCode::parserDepth).wording;
+    const DiagnosticCode code = tooDeep ? DiagnosticCode::parserDepth : DiagnosticCode::syntaxError;
+    if (HDNTError::report({&HDNTParserlloc, text, {}, code})) NtlPrintLines();
 }
 
 static YY_BUFFER_STATE newBuffer(const char* failure) {
@@ -41,7 +45,7 @@ static YY_BUFFER_STATE newBuffer(const char* failure) {
 
 static YY_BUFFER_STATE scanText(const char* bytes, size_t length) {
     YY_BUFFER_STATE const buffer = newBuffer("out of dynamic memory in yy_scan_buffer()");
-    hdnt::frontend::copySource({bytes, length}, buffer->text->bytes);
+    hdnt::diagnostics::copySource({bytes, length}, buffer->text->bytes);
     Scanner::instance().switchTo(buffer);
     return buffer;
 }

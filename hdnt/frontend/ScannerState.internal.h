@@ -72,8 +72,18 @@ public:
     /// of one folder make one library.
     void setFolderMode(bool on) {
         folderMode_ = on;
-        if (on) openedFiles_.clear();
+        if (on) files_.opened.clear();
     }
+    /// What the locations of coming texts bear instead, when it is below 0: see FilteredText.
+    void setFilteredText(int storeOffset) { filteredText_ = storeOffset; }
+
+    /// What one scan leaves to the next: where files are searched, and which were opened.
+    struct Files {
+        std::unordered_set<std::string> included; ///< a name is brought in once
+        std::vector<std::string> searchDirectories;
+        std::vector<std::string> opened;
+    };
+    Files& files() { return files_; }
 
     /// What next() returns beside tokens while pieces are wanted.
     enum Piece : int { LineComment = -2, BlockComment = -3, FileStatement = -4 };
@@ -87,8 +97,8 @@ public:
     bool endedInStatement() const { return state_ == State::IncludeFile || state_ == State::InlineFile; }
 
     std::string findFile(const std::string& name) const;
-    void addSearchDirectory(const std::string& directory) { searchDirectories_.push_back(directory); }
-    const std::vector<std::string>& openedFiles() const { return openedFiles_; }
+    void addSearchDirectory(const std::string& directory) { files_.searchDirectories.push_back(directory); }
+    const std::vector<std::string>& openedFiles() const { return files_.opened; }
 
 private:
     enum class State : unsigned char { Initial, Normal, LineCapture, Comment, IncludeFile, InlineFile };
@@ -136,9 +146,11 @@ private:
     void include(const std::string& name, bool once);
     bool open(const std::string& path, bool once);
     void passOver(bool once);
+    void passedOver() const;
     void endStatement(bool once);
     bool endOfInput();
     void notify(HDNTNotice::Kind kind, std::string_view text, std::string_view detail = {}) const;
+    bool prints() const { return !pieces_ && HDNTError::printsOutput(); }
 
     State state_ = State::Initial;
     std::vector<State> states_;
@@ -151,6 +163,7 @@ private:
     int globalLine_ = 1;
     int column_ = 1; ///< of the next byte, while no buffer is loaded
     int storeOffset_ = 0;
+    int filteredText_ = 0;
     const char* fileName_ = nullptr;
 
     const char* cursor_ = nullptr;  ///< next byte; null: the current buffer is not loaded
@@ -163,11 +176,9 @@ private:
     size_t pieceStart_ = 0;
     std::string matchText_;
 
-    std::vector<yy_buffer_state*> buffers_;    ///< the last one is current; null where a buffer was deleted
-    std::vector<SavedInput> saved_;            ///< one for each open INCLUDE or INLINE
-    std::unordered_set<std::string> included_; ///< never cleared: a name is brought in once a process
-    std::vector<std::string> searchDirectories_;
-    std::vector<std::string> openedFiles_;
+    std::vector<yy_buffer_state*> buffers_; ///< the last one is current; null where a buffer was deleted
+    std::vector<SavedInput> saved_;         ///< one for each open INCLUDE or INLINE
+    Files files_;
     std::istream* input_ = nullptr;
     FILE* output_ = nullptr;
     LineStore& lines_ = LineStore::instance();

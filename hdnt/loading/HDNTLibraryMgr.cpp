@@ -2,8 +2,9 @@
 
 #include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/diagnostics/LineStore.internal.h"
-#include "hdnt/frontend/ScannerState.internal.h"
+#include "hdnt/loading/ParseInput.internal.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/netlist/MappingJournal.internal.h"
 #include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
@@ -62,23 +63,6 @@ void HDNTLibraryMgr::discard(HDNTLibrary* library) {
     delete library;
 }
 
-// Every .btl file is parsed, also after one that failed; false when one did.
-bool HDNTLibraryMgr::parseFolder(HDNTLibrary& library, const std::string& path) {
-    struct FolderMode {
-        FolderMode() { hdnt::frontend::Scanner::instance().setFolderMode(true); }
-        ~FolderMode() { hdnt::frontend::Scanner::instance().setFolderMode(false); }
-    };
-    const FolderMode mode;
-    const std::unique_ptr<HUTFileIter> entries(HUTFile(path).createFileIter());
-    bool parsed = true;
-    while (entries->hasNext()) {
-        entries->next();
-        const std::string& entry = entries->current();
-        if (entry.substr(entry.size() - 4) == ".btl") parsed &= library.parseFile(entry) == 0;
-    }
-    return parsed;
-}
-
 // The interface passes it by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 HDNTLibrary* HDNTLibraryMgr::loadLibrary(std::string path, HDNTLibrary* parent) {
     const HUTFile file(path);
@@ -90,12 +74,13 @@ HDNTLibrary* HDNTLibraryMgr::loadLibrary(std::string path, HDNTLibrary* parent) 
     hdnt::diagnostics::LineStore::instance().clear();
     HDNTLibrary* const library = createLibrary(parent);
     try {
-        const bool parsed = file.isDir() ? parseFolder(*library, path) : library->parseFile(path) == 0;
-        if (parsed) {
+        hdnt::netlist::MappingJournal journal;
+        if (hdnt::loading::parseInput(*library, path)) {
             library->finalize();
             if (m_diagnostics) library->check();
         }
         if (HDNTError::numErrors >= 1) throw HEXDataException("Invalid ntl library file: " + path);
+        journal.keep();
     } catch (...) {
         discard(library);
         throw;
@@ -125,6 +110,12 @@ HDNTLibrary* HDNTLibraryMgr::getCommonLibrary() {
         throw;
     }
     return manager.m_libraries[commonKey] = library;
+}
+
+HDNTLibrary* HDNTLibraryMgr::getLoadedCommonLibrary() {
+    const auto& libraries = getLibraryMgr()->m_libraries;
+    const auto cached = libraries.find(commonKey);
+    return cached == libraries.end() ? nullptr : cached->second;
 }
 
 HDNTLibrary* HDNTLibraryMgr::getSimulationLibrary() {

@@ -49,6 +49,8 @@ public:
     static HDNTLibrary* getLibrary(const std::string& name, HDNTLibrary* parent);
     /// The common library, or its test extension when the parameter "arch.enableTestFeatures" is on and there is one.
     static HDNTLibrary* getCommonLibrary();
+    /// The same if it was loaded before; else null.
+    static HDNTLibrary* getLoadedCommonLibrary();
     /// The simulation library, over the common one.
     static HDNTLibrary* getSimulationLibrary();
 
@@ -79,7 +81,6 @@ public:
 private:
     HDNTLibraryMgr() = default;
 
-    bool parseFolder(HDNTLibrary& library, const std::string& path);
     void discard(HDNTLibrary* library);
 
     std::map<std::string, HDNTLibrary*> m_libraries;

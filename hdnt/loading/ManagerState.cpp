@@ -8,5 +8,6 @@ const CommonPart::PartSpec* currentPart() { return HDNTLibraryMgr::getLibraryMgr
 const std::string& currentArchitecture() { return HDNTLibraryMgr::getLibraryMgr()->m_architecture; }
 unsigned short architectureNumber() { return HDNTLibraryMgr::m_archEnumInfo; }
 HDNTLibrary* commonLibrary() { return HDNTLibraryMgr::getCommonLibrary(); }
+HDNTLibrary* loadedCommonLibrary() { return HDNTLibraryMgr::getLoadedCommonLibrary(); }
 
 } // namespace hdnt::model

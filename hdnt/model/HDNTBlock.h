@@ -91,11 +91,25 @@ public:
     /// empty.
     std::string getReferencedInstanceName(std::string architecture);
     /// Whether that netlist holds an instance of a block that can be pseudo-differential, or calls a function that the
-    /// configuration lists as making one. A type that is in no library at hand goes by its name in the configuration.
+    /// configuration lists as making one. Types are sought in this library, its parents, and the common library if it
+    /// is loaded; one that is nowhere says no.
     bool hasPseudoDifferentialExpansion(std::string architecture);
     /// Replaces the netlist and deletes the one before; null removes it. Finalizes the new one. Loading thread only.
     void setNetlist(HDNTNetlist* netlist);
     unsigned short getNetlistKind() const { return netlistKind_; }
+
+    /// A netlist with what the block knows of it.
+    struct DeleteNetlist {
+        void operator()(HDNTNetlist* netlist) const noexcept;
+    };
+    struct Mapping {
+        std::unique_ptr<HDNTNetlist, DeleteNetlist> netlist;
+        std::string architecture; ///< that it was loaded for
+        unsigned short kind = NoNetlist;
+        bool canTiePins = false;
+    };
+    /// Puts one mapping in the place of another, as it is, and gives back what was here. Loading thread only.
+    Mapping exchangeMapping(Mapping mapping);
 
     /// Pins counted bit by bit; without those of internal buses when the manager's current part does not support them.
     size_t getNumPins() const;
@@ -164,15 +178,10 @@ private:
     void findRedefinedPins(std::span<const hdnt::platform::NameIndex::Entry> buses,
                            std::vector<size_t>& redefined) const;
     HDNTNetlist* loadNetlist(const std::string& architecture);
-    void settleLoad(uint32_t load, std::optional<unsigned short> kind, const std::string& architecture) const;
     const char* groupText(int index) const;
     int groupIndex(std::string abbrev) const;
 
     std::string name_;
-    /// The netlist's class is one of a later folder, and so are these.
-    struct DeleteNetlist {
-        void operator()(HDNTNetlist* netlist) const noexcept;
-    };
     void noteNetlist();
     void checkNetlist();
     void finalizeNetlist();
@@ -185,7 +194,6 @@ private:
     hdnt::platform::NameIndex propertiesByName_; ///< case aside
     std::string netlistArchitecture_;            ///< that the netlist was loaded for
     std::vector<std::string> triedArchitectures_;
-    uint32_t attachedByLoad_ = 0; ///< the load of a map library that set the netlist; 0 for none
     uint32_t pinCount_ = 0;
     uint32_t internalBusCount_ = 0;
     uint32_t internalPinCount_ = 0;

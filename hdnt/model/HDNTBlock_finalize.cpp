@@ -27,8 +27,12 @@ void HDNTBlock::indexPins() {
     std::vector<size_t> redefined;
     busesByName_.forEachShared([&](auto buses) { findRedefinedPins(buses, redefined); });
     std::sort(redefined.begin(), redefined.end());
-    for (const size_t pin : redefined)
-        HDNTError::PinRedefinition(pins()[pin]->getLocation(), pins()[pin]->getName(false).c_str());
+    for (const size_t pin : redefined) {
+        const std::string name = pins()[pin]->getName(false);
+        const auto first = std::find_if(pins().begin(), pins().end(),
+                                        [&](const HDNTPin* other) { return other->getName(false) == name; });
+        HDNTError::PinRedefinition(pins()[pin]->getLocation(), (*first)->getLocation(), name.c_str());
+    }
 }
 
 // Appends the positions of the later definitions.
@@ -60,7 +64,9 @@ void HDNTBlock::indexProperties() {
     for (uint32_t i = 0; i < properties_.size(); ++i) {
         HDNTProperty& property = *properties_[i];
         if (next != redefined.end() && *next == i) {
-            HDNTError::PropertyRedefinition(property.getLocation(), property.getName().c_str());
+            HDNTError::PropertyRedefinition(property.getLocation(),
+                                            getPropertyByName(property.getName())->getLocation(),
+                                            property.getName().c_str());
             ++next;
         } else {
             property.setIndex(index++);

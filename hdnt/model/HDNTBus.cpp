@@ -41,15 +41,15 @@ void HDNTBus::placePins(size_t before) {
     if (ranged) {
         if (!rangeOf(declared, baseName, first, last)) return;
         if (std::max(first, last) > greatestBit) {
-            HDNTError::Formatted(getLocation(), "Pin \"%s\" has bit %d, above %d.", declared.c_str(),
-                                 std::max(first, last), greatestBit);
+            HDNTError::report(hdnt::DiagnosticCode::pinBit, getLocation(),
+                              {declared, std::to_string(std::max(first, last)), std::to_string(greatestBit)});
             return;
         }
     }
     const size_t count = before + static_cast<size_t>(std::abs(first - last)) + 1;
     if (count > greatestPinCount) {
-        HDNTError::Formatted(getLocation(), "Pin \"%s\" makes %zu pins of its block, more than %zu.", declared.c_str(),
-                             count, greatestPinCount);
+        HDNTError::report(hdnt::DiagnosticCode::pinCount, getLocation(),
+                          {declared, std::to_string(count), std::to_string(greatestPinCount)});
         return;
     }
     if (ranged) name_ = HSTUniqString(baseName);

@@ -46,17 +46,26 @@ void HDNTLibrary::init(const std::string& name, std::vector<HDNTDecl*>* decls) {
 
 void HDNTLibrary::adopt(HDNTBlock* block) {
     blocks_.push_back(block);
-    if (!isIndexed()) adopted_.add(block);
+    adopted_.add(block);
 }
 
 HDNTBlock* HDNTLibrary::getDeclaredBlock(const std::string& name) const {
-    return isIndexed() ? getTypeBlockByName(name, false) : adopted_.find(name);
+    HDNTBlock* const block = getTypeBlockByName(name, false);
+    return block ? block : adopted_.find(name);
 }
 
 void HDNTLibrary::addDroppedMapping(DroppedMapping mapping) {
     const yyltype& at = mapping.location;
     if (droppedPlaces_.emplace(mapping.blockName, at.fileName, at.first_line, at.first_column).second)
         droppedMappings_.push_back(std::move(mapping));
+}
+
+void HDNTLibrary::forgetDroppedMappings(size_t firstForgotten) {
+    for (size_t i = firstForgotten; i < droppedMappings_.size(); ++i) {
+        const yyltype& at = droppedMappings_[i].location;
+        droppedPlaces_.erase({droppedMappings_[i].blockName, at.fileName, at.first_line, at.first_column});
+    }
+    droppedMappings_.resize(std::min(firstForgotten, droppedMappings_.size()));
 }
 
 void HDNTLibrary::finalize() {

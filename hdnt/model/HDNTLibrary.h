@@ -21,6 +21,9 @@ class HDNTVisitor;
 namespace hdnt::model {
 struct ConfigurationFacts;
 }
+namespace hdnt::frontend {
+struct MapLibrary;
+}
 
 /// One parsed library: its blocks and function declarations, and the library it extends, if any. Look-ups that are
 /// allowed to go on ask the parent when this library has no answer.
@@ -96,8 +99,8 @@ public:
     HDNTBlock* getTypeBlock(size_t index) const;
     /// By name, case aside; null when there is none. Finds nothing in a library that is not finalized.
     HDNTBlock* getTypeBlockByName(const std::string& name, bool searchParents) const;
-    /// What a separate mapping finds: as getTypeBlockByName in this library alone, and before finalize() the first
-    /// block of that name that was adopted.
+    /// What a separate mapping finds: as getTypeBlockByName in this library alone, else the first block of that name
+    /// that was adopted since finalize(), or before it.
     HDNTBlock* getDeclaredBlock(const std::string& name) const;
     /// Appends the blocks whose names begin with the prefix, case aside, in the order of their upper-cased names, then
     /// the parents' (also those that own blocks hide). True when any was appended; never for an empty prefix.
@@ -134,6 +137,8 @@ public:
     const std::vector<DroppedMapping>& getDroppedMappings() const { return droppedMappings_; }
     /// Once for each place, however often a map library is loaded. The builder's.
     void addDroppedMapping(DroppedMapping mapping);
+    /// Those from the index on: of a text that failed. The loader's.
+    void forgetDroppedMappings(size_t firstForgotten);
 
     // What the application configuration says; neutral answers where it says nothing. Any thread.
     std::string getSimDeviceString(const std::string& arch) const;
@@ -149,6 +154,7 @@ private:
     const HDNTLibrary& root() const;
     void enterParser();
     void leaveParser() noexcept;
+    void parseMapLibrary(hdnt::frontend::MapLibrary& library, const std::string& name);
     bool adoptFunction(HDNTDecl* decl);
     void deleteFunctions() noexcept;
     void adopt(HDNTBlock* block);
@@ -163,7 +169,7 @@ private:
     hdnt::model::BlockNames names_;             ///< of finalize()
     mutable std::vector<uint32_t> sortedNames_; ///< positions in names_, by upper-cased name; made when first asked for
     mutable std::mutex sortedNamesMutex_;
-    hdnt::model::LateBlockNames adopted_; ///< until they are indexed
+    hdnt::model::LateBlockNames adopted_; ///< those that are not indexed
     std::vector<DroppedMapping> droppedMappings_;
     std::set<std::tuple<std::string, const char*, int, int>> droppedPlaces_;
     std::deque<std::string> groupAbbrevs_;

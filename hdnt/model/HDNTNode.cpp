@@ -105,8 +105,8 @@ bool HDNTNode::rangeOf(const std::string& name, std::string& baseName, int& firs
     if (!checkValidMultipleInstFormat(name, base, from, to)) return false;
     const long elements = std::labs(static_cast<long>(from) - to) + 1;
     if (const long limit = HDNTLimits::get().rangeElements; elements > limit) {
-        HDNTError::Formatted(getLocation(), "Range \"%s\" has %ld elements, more than %ld (limit rangeElements).",
-                             name.c_str(), elements, limit);
+        HDNTError::report(hdnt::DiagnosticCode::rangeElements, getLocation(),
+                          {name, std::to_string(elements), std::to_string(limit)});
         return false;
     }
     baseName = base;

@@ -20,5 +20,7 @@ const std::string& currentArchitecture();
 unsigned short architectureNumber();
 /// Loads it when nobody has so far, and throws what that throws.
 HDNTLibrary* commonLibrary();
+/// Null when nobody has loaded it so far.
+HDNTLibrary* loadedCommonLibrary();
 
 } // namespace hdnt::model

@@ -4,16 +4,13 @@
 #include "hdnt/model/ManagerState.internal.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/HDNTReferencedInstanceVisitor.h"
+#include "hdnt/netlist/MappingJournal.internal.h"
 
 #include <algorithm>
-#include <optional>
+#include <utility>
 
 using hdnt::model::architectureNumber;
 using hdnt::model::currentArchitecture;
-
-// Which load of a map library is under way, counted from 1; 0 for none. How often it has set a netlist so far.
-static uint32_t loadUnderWay = 0;
-static size_t attachedByLoadUnderWay = 0;
 
 void HDNTBlock::DeleteNetlist::operator()(HDNTNetlist* netlist) const noexcept { delete netlist; }
 
@@ -35,8 +32,6 @@ void HDNTBlock::finalizeNetlist() {
 }
 
 void HDNTBlock::setNetlist(HDNTNetlist* netlist) {
-    attachedByLoad_ = loadUnderWay;
-    if (loadUnderWay != 0) ++attachedByLoadUnderWay;
     netlist_.reset(netlist);
     netlistKind_ = NoNetlist;
     if (!netlist) return;
@@ -60,46 +55,32 @@ HDNTNetlist* HDNTBlock::getNetlist(const std::string& architecture) {
     return loadNetlist(architecture);
 }
 
+HDNTBlock::Mapping HDNTBlock::exchangeMapping(Mapping mapping) {
+    return {std::exchange(netlist_, std::move(mapping.netlist)),
+            std::exchange(netlistArchitecture_, std::move(mapping.architecture)),
+            std::exchange(netlistKind_, mapping.kind), std::exchange(canTiePins_, mapping.canTiePins)};
+}
+
 // A load attaches through setNetlist, which takes the netlist for the block's own; the kind is put right here, also for
-// other blocks that the text has mappings of. What a text attached that then failed to parse does not stay. Without map
-// libraries nothing may be noted: any thread asks.
+// other blocks that the text has mappings of. Without map libraries nothing may be noted: any thread asks.
 HDNTNetlist* HDNTBlock::loadNetlist(const std::string& architecture) {
     HDNTLibrary* const library = getLibrary();
     if (!library || !HDNTLibrary::usesMapLibraries()) return nullptr;
     if (std::find(triedArchitectures_.begin(), triedArchitectures_.end(), architecture) != triedArchitectures_.end())
         return nullptr;
-    static uint32_t loads = 0;
-    const uint32_t load = loadUnderWay = ++loads;
-    attachedByLoadUnderWay = 0;
-    std::optional<unsigned short> kind;
-    try {
-        kind = library->loadMaplib(name_, architecture) ? architectureNumber()
-                                                        : static_cast<unsigned short>(AnyArchitecture);
-    } catch (...) {
-        settleLoad(load, kind, architecture);
-        throw;
-    }
-    settleLoad(load, kind, architecture);
-    if (attachedByLoad_ == load) return netlist_.get();
+    hdnt::netlist::MappingJournal journal;
+    unsigned short kind = AnyArchitecture;
+    if (library->loadMaplib(name_, architecture)) kind = architectureNumber();
+    bool attached = false;
+    journal.forEach(*library, [&](HDNTBlock& block) {
+        block.netlistKind_ = kind;
+        block.netlistArchitecture_ = architecture;
+        attached |= &block == this;
+    });
+    journal.keep();
+    if (attached) return netlist_.get();
     triedArchitectures_.push_back(architecture);
     return nullptr;
-}
-
-// The block that was asked is nearly always the only one, so the others are gone through only when some are left.
-void HDNTBlock::settleLoad(uint32_t load, std::optional<unsigned short> kind, const std::string& architecture) const {
-    loadUnderWay = 0;
-    size_t left = attachedByLoadUnderWay;
-    const auto settle = [&](HDNTBlock* block) {
-        if (!block || block->attachedByLoad_ != load || (kind && block->netlistKind_ == *kind)) return;
-        if (!kind) block->setNetlist(nullptr);
-        block->netlistKind_ = kind.value_or(NoNetlist);
-        block->netlistArchitecture_ = architecture;
-        --left;
-    };
-    const HDNTLibrary& library = *getLibrary();
-    if (left > 0) settle(library.getTypeBlockByName(name_, false));
-    for (size_t i = 0, count = library.getNumTypeBlocks(true); left > 0 && i < count; ++i)
-        settle(library.getTypeBlock(i));
 }
 
 std::string HDNTBlock::getReferencedInstanceName(std::string architecture) {

@@ -3,6 +3,7 @@
 #include "hdnt/model/ConfigurationFacts.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/ManagerState.internal.h"
 #include "hdnt/netlist/HDNTBlockInst.h"
 #include "hdnt/netlist/HDNTFunctionCall.h"
 
@@ -21,14 +22,13 @@ void HDNTReferencedInstanceVisitor::elseVisit(HDNTIfStmt*) {
     if (instCount_ == 1) instCount_ = 0;
 }
 
-// Not HDNTBlockInst::getTypeBlock, which may load the common library: the configuration answers by name, and this may
-// be asked in any thread.
+// Not HDNTBlockInst::getTypeBlock, which may load the common library: this may be asked in any thread.
 void HDNTPseudoDiffVisitor::visit(HDNTBlockInst* inst) {
     if (!library_) return;
-    const HDNTBlock* const type = library_->getTypeBlockByName(inst->typeName(), true);
-    const auto& cells = library_->getConfigurationFacts().cells;
-    const auto cell = cells.find(type ? type->getName() : inst->typeName());
-    found_ |= cell != cells.end() && cell->second.pseudoDifferential;
+    const HDNTLibrary* const common = hdnt::model::loadedCommonLibrary();
+    const HDNTBlock* type = library_->getTypeBlockByName(inst->typeName(), true);
+    if (!type && common) type = common->getTypeBlockByName(inst->typeName(), true);
+    found_ |= type && type->canBePseudoDifferential();
 }
 
 void HDNTPseudoDiffVisitor::visit(HDNTFunctionCall* call) {

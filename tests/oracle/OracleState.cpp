@@ -14,7 +14,15 @@ namespace oracle {
 constexpr size_t DeepestFile = 256;
 
 // The kinds in the order of HDNTNotice::Kind.
-enum Notice { IncludeSkipped, IncludeNotFound, IncludeNotOpened, UnterminatedString, UnterminatedComment };
+enum Notice {
+    IncludeSkipped,
+    IncludeNotFound,
+    IncludeNotOpened,
+    UnterminatedString,
+    UnterminatedComment,
+    IncludeText = 6,
+    FileOpened = 8
+};
 
 OracleState& OracleState::instance() {
     static OracleState state;
@@ -28,6 +36,7 @@ void OracleState::start(const ScanInput& input, bool echoToStdout) {
     outer_.clear();
     place_ = {file_, 0, 0, 0, 0};
     fileLine_ = globalLine_ = column_ = 1;
+    echoedLine_ = 0;
     pending_ = ended = false;
     echoToStdout_ = echoToStdout;
     debug_ = std::getenv("NTL_DEBUG") != nullptr;
@@ -134,6 +143,7 @@ void OracleState::lookForFile(const std::string& statement, bool once) {
     outer_.push_back({std::move(source_), file_, fileLine_});
     source_ = {std::move(bytes), 0};
     file_ = path;
+    result.notices.push_back(FileOpened);
     result.opened.push_back(path);
     line(1);
 }
@@ -196,7 +206,11 @@ void OracleState::unterminatedComment() {
     print({"Unterminated comment\n"});
 }
 
-void OracleState::echo(char c) { (echoToStdout_ ? result.printed : result.echoed) += c; }
+void OracleState::echo(char c) {
+    if (echoedLine_ != globalLine_) result.notices.push_back(IncludeText); // once a line
+    echoedLine_ = globalLine_;
+    (echoToStdout_ ? result.printed : result.echoed) += c;
+}
 
 void OracleState::finishToken(int number, const char* text, int length) {
     token_.number = number;

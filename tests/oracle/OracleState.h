@@ -78,6 +78,7 @@ private:
     Splice splice_ = Splice::Skipped;
     int fileLine_ = 1;
     int globalLine_ = 1;
+    int echoedLine_ = 0;
     int column_ = 1;
     bool pending_ = false;
     bool debug_ = false;

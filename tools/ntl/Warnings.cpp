@@ -191,7 +191,7 @@ Finding findingOf(const HDNTNotice& notice) {
         return {Warning::UnterminatedString, place, "string is not closed on its line: " + text};
     case Kind::MappingDropped:
         return {Warning::DroppedMapping, place, "mapping of block \"" + text + "\" is dropped" + detail};
-    case Kind::UnterminatedComment: break;
+    default: break;
     }
     return {Warning::UnterminatedComment, place, "comment is not closed"};
 }

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace hdnt::frontend {
+namespace hdnt::diagnostics {
 
 /// Reads a whole source file, compressed or not, within the limits in force. False with a reason when that fails.
 bool readSource(const std::string& path, std::string& out, std::string& reason);
@@ -15,4 +15,4 @@ void copySource(std::string_view text, std::string& out);
 /// resolved, is not below it. False with a reason.
 bool isInsideRoot(const std::string& path, std::string& reason);
 
-} // namespace hdnt::frontend
+} // namespace hdnt::diagnostics

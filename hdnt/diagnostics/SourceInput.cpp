@@ -1,5 +1,5 @@
 #include "hdnt/diagnostics/HDNTLimits.h"
-#include "hdnt/frontend/SourceInput.internal.h"
+#include "hdnt/diagnostics/SourceInput.internal.h"
 #include "hdnt/platform/InputFile.h"
 
 #include <sys/mman.h>
@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 
-namespace hdnt::frontend {
+namespace hdnt::diagnostics {
 
 bool readSource(const std::string& path, std::string& out, std::string& reason) {
     const HDNTLimits& limits = HDNTLimits::get();
@@ -41,4 +41,4 @@ bool isInsideRoot(const std::string& path, std::string& reason) {
     return false;
 }
 
-} // namespace hdnt::frontend
+} // namespace hdnt::diagnostics

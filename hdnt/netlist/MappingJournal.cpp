@@ -1,0 +1,42 @@
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/netlist/MappingJournal.internal.h"
+
+#include <iterator>
+#include <utility>
+
+namespace hdnt::netlist {
+
+static MappingJournal* current = nullptr;
+
+MappingJournal::MappingJournal() : around_(std::exchange(current, this)) {}
+
+MappingJournal::~MappingJournal() {
+    current = around_;
+    for (auto entry = attached_.rbegin(); entry != attached_.rend(); ++entry)
+        entry->first->exchangeMapping(std::move(entry->second));
+}
+
+void MappingJournal::keep() {
+    if (around_) {
+        std::move(attached_.begin(), attached_.end(), std::back_inserter(around_->attached_));
+        std::move(newBlocks_.begin(), newBlocks_.end(), std::back_inserter(around_->newBlocks_));
+    }
+    attached_.clear();
+    newBlocks_.clear();
+}
+
+void MappingJournal::attach(HDNTBlock& block, HDNTNetlist* netlist) {
+    if (current) current->attached_.emplace_back(&block, block.exchangeMapping({}));
+    block.setNetlist(netlist);
+}
+
+void MappingJournal::attachNew(HDNTBlock& block, HDNTNetlist* netlist) {
+    if (current) current->newBlocks_.push_back(block.getName());
+    block.setNetlist(netlist);
+}
+
+HDNTBlock* MappingJournal::find(const HDNTLibrary& library, const std::string& name) {
+    return library.getDeclaredBlock(name);
+}
+
+} // namespace hdnt::netlist
