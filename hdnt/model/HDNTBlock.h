@@ -93,7 +93,8 @@ public:
     /// Whether that netlist holds an instance of a block that can be pseudo-differential, or calls a function that the
     /// configuration lists as making one. A type that is in no library at hand goes by its name in the configuration.
     bool hasPseudoDifferentialExpansion(std::string architecture);
-    /// Replaces the netlist and deletes the one before; null removes it. Finalizes the new one. Loading thread only.
+    /// Replaces the netlist and deletes the one before, unless they are the same; null removes it. Finalizes the new
+    /// one. Loading thread only.
     void setNetlist(HDNTNetlist* netlist);
     unsigned short getNetlistKind() const { return netlistKind_; }
 

@@ -15,7 +15,7 @@ static size_t attachedByLoadUnderWay = 0;
 void HDNTBlock::setNetlist(HDNTNetlist* netlist) {
     attachedByLoad_ = loadUnderWay;
     if (loadUnderWay != 0) ++attachedByLoadUnderWay;
-    netlist_.reset(netlist);
+    if (netlist != netlist_.get()) netlist_.reset(netlist);
     netlistKind_ = NoNetlist;
     if (!netlist) return;
     const HDNTLibrary* const library = getLibrary();
