@@ -24,7 +24,7 @@ class Line;
 /// One visitor writes one library, block or netlist, and is destroyed. Each operation has written its text to the
 /// stream when it returns, but for expressions, which come with the statement they stand in. Errors of the stream are
 /// not looked at: ask the stream. The text is that of the C locale. One thread at a time; the model is not changed.
-class HDNT_API HDNTPrintVisitor : public HDNTVisitor {
+class HDNT_API HDNTPrintVisitor : public HDNTPinChoiceVisitor {
 public:
     /// Writes to standard output.
     HDNTPrintVisitor();
