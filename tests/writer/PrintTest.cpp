@@ -247,6 +247,12 @@ HDNTStmtBlock* disabled() {
     return block;
 }
 
+HDNTFunctionCall* statementCall() {
+    auto* const call = new HDNTFunctionCall("f", nullptr);
+    call->setStatement(true);
+    return call;
+}
+
 std::string writtenNetlist(HDNTNetlistEntity* statement, std::vector<std::string>* problems) {
     const auto library = support::loaded("library \"L\" { block \"ADD\" { } }");
     Statements statements{statement};
@@ -291,6 +297,10 @@ TEST(SourceForm, NamesStatementsThatNoTextHas) {
          "assignment to \"P\": cannot write a number that is none (NaN)"},
         {new HDNTAssignBlockProperty("U", "P", operation(number(1), HDNTExpr::ADD, nullptr)),
          "assignment to \"P\": cannot write an operation that is not complete"},
+        {new HDNTSignal("D[3]", nullptr),
+         "signal \"D[3]\": cannot write a single signal without pins whose name has brackets, which would be a list"},
+        {new HDNTAssignBlockProperty("U", "P", statementCall()),
+         "assignment to \"P\": cannot write a call as an operand that is marked as a statement"},
         {new HDNTAssignBlockProperty("U", "P", operation(nullptr, HDNTExpr::NOT, new HDNTStringConstant("x"))),
          "assignment to \"P\": cannot write the negation of an expression whose type is not known"},
         {new HDNTAssignBlockProperty("U", "P", new HDNTFunctionCall("if", nullptr)),
