@@ -318,6 +318,19 @@ TEST_F(ExpandTest, DrawingsShowBusesConstantsAndInversions) {
     for (const char* const pattern : {R"(PORT="p1">B\[2,0\]<)", R"( -> n0:p0:w \[penwidth=3, label="A\[3:0\]"\];$)",
                                       R"(style=dashed.* label="u"\];$)"})
         EXPECT_TRUE(hasLine(bus, pattern)) << pattern << " in\n" << bus;
+    const auto repeated = [](const std::string& text, int times) {
+        std::string result;
+        for (int i = 0; i < times; ++i) result += text;
+        return result;
+    };
+    for (const auto& [value, label] : {std::pair("x" + repeated("é", 39), "x" + repeated("é", 39)),
+                                       {"x" + repeated("é", 40), "x" + repeated("é", 36) + "..."}}) {
+        directory.write("text.btl", libraryOf(R"(block "TOP" { property string "T" { default = "" } } block "HOLD" { }
+            mapsto { inst "one" "TOP"; assign block property "one" "T" ")" +
+                                              value + "\"; }"));
+        const std::string text = ntl.run({"expand", "HOLD", "-l", "text.btl", "--format", "dot"}).out;
+        EXPECT_NE(text.find(">T = " + label + "<"), text.npos) << text;
+    }
     const std::string deep = own({"OUTER", "--deep", "--format", "dot"}).out;
     EXPECT_TRUE(hasLine(deep, "^  subgraph cluster_2 \\{$")) << deep;
     EXPECT_TRUE(hasLine(deep, "^    label=<right: TOP expandsto<BR/>")) << deep;
