@@ -26,7 +26,7 @@ void print(const py::object& self, const py::object& file) {
 
 py::object placeOf(const HDNTDifference::Place& place) {
     if (place.file.empty() && place.line == 0) return py::none();
-    return dataClass("Location")(orNone(place.file), place.line, place.column, place.column);
+    return dataClass("Location")(orNone(place.file), place.line, place.column, py::none());
 }
 
 template <typename Model>

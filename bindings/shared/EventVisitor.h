@@ -11,7 +11,7 @@ namespace hdnt::scripts {
 
 /// A visitor that tells of everything by name: "visit_X" and "leave_X", with X one of the words of the
 /// languages; the second only for what holds something.
-class EventVisitor : public HDNTVisitor {
+class EventVisitor : public HDNTPinChoiceVisitor {
 public:
     /// Every name that tell and ask can be called with.
     static const std::vector<std::string_view>& events();

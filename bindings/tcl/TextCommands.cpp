@@ -27,7 +27,7 @@ Obj placeOf(const HDNTDifference::Place& place) {
         .put("file", File{place.file})
         .put("line", place.line)
         .put("column", place.column)
-        .put("end_column", place.column)
+        .put("end_column", "")
         .obj();
 }
 

@@ -94,7 +94,8 @@ public:
     /// configuration lists as making one. Types are sought in this library, its parents, and the common library if it
     /// is loaded; one that is nowhere says no.
     bool hasPseudoDifferentialExpansion(std::string architecture);
-    /// Replaces the netlist and deletes the one before; null removes it. Finalizes the new one. Loading thread only.
+    /// Replaces the netlist and deletes the one before, unless they are the same; null removes it. Finalizes the new
+    /// one. Loading thread only.
     void setNetlist(HDNTNetlist* netlist);
     unsigned short getNetlistKind() const { return netlistKind_; }
 

@@ -33,8 +33,8 @@ void HDNTBus::elaborate(std::vector<HDNTPin*>& pins) {
 }
 
 void HDNTBus::placePins(size_t before) {
-    int first = -1;
-    int last = -1;
+    int first = firstIndex_;
+    int last = lastIndex_;
     std::string baseName;
     const std::string& declared = name_.str();
     const bool ranged = isMultipleInstances(declared);

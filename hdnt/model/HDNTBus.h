@@ -50,11 +50,13 @@ public:
     HDNTBus(std::string& name, HDNT_PIN_DIRECTION dir, bool test, bool abstract, HDNT_PIN_TYPE type,
             HDNT_PIN_REQUIREDVALUE required, std::vector<HDNTProperty*>* props);
     ~HDNTBus() override;
+    HDNTBus(const HDNTBus&) = delete;
 
     virtual void accept(HDNTVisitor& visitor);
 
     /// Appends a new pin for each bit, in the order of the range, and cuts the name to its base. A malformed name, a
-    /// bit above 32,767 or a pin list of more than 65,536 pins is one report at the bus and appends nothing.
+    /// bit above 32,767 or a pin list of more than 65,536 pins is one report at the bus and appends nothing. Once more
+    /// it appends pins of the same bits.
     void elaborate(std::vector<HDNTPin*>& pins);
 
     // The two halves of elaborate(), for the block that the bus belongs to: what is declared wrong is told at once,

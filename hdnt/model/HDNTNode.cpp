@@ -45,6 +45,24 @@ bool parseRangedName(const std::string& name, RangedName& out) {
     return p != end && *p == ']' && p + 1 == end;
 }
 
+// What is wrong with a well-formed range; empty when nothing is.
+std::string faultOf(const std::string& name, const RangedName& range) {
+    const long elements = std::labs(static_cast<long>(range.first) - range.second) + 1;
+    const long limit = HDNTLimits::get().rangeElements;
+    if (elements <= limit) return {};
+    return hdnt::filledIn(hdnt::ruleOf(hdnt::DiagnosticCode::rangeElements).wording,
+                          {name, std::to_string(elements), std::to_string(limit)});
+}
+
+void appendElements(const std::string& baseName, int first, int last, std::vector<std::string>& names,
+                    std::vector<int>& indices) {
+    const long step = first > last ? -1 : 1;
+    for (long i = first; i != last + step; i += step) {
+        names.push_back(baseName);
+        indices.push_back(static_cast<int>(i));
+    }
+}
+
 } // namespace
 
 void* HDNTNode::operator new(std::size_t size) { return hdnt::platform::allocateObject(size); }
@@ -99,19 +117,18 @@ bool HDNTNode::isPlainName(const std::string& name) {
 }
 
 bool HDNTNode::rangeOf(const std::string& name, std::string& baseName, int& first, int& last) const {
-    int from = 0;
-    int to = 0;
-    std::string base;
-    if (!checkValidMultipleInstFormat(name, base, from, to)) return false;
-    const long elements = std::labs(static_cast<long>(from) - to) + 1;
-    if (const long limit = HDNTLimits::get().rangeElements; elements > limit) {
-        HDNTError::report(hdnt::DiagnosticCode::rangeElements, getLocation(),
-                          {name, std::to_string(elements), std::to_string(limit)});
+    RangedName range;
+    if (!parseRangedName(name, range)) {
+        HDNTError::InvalidArrayFormatName(getLocation(), name.c_str());
         return false;
     }
-    baseName = base;
-    first = from;
-    last = to;
+    if (const std::string fault = faultOf(name, range); !fault.empty()) {
+        HDNTError::report({getLocation(), fault, {}, hdnt::DiagnosticCode::rangeElements});
+        return false;
+    }
+    baseName.assign(name, 0, range.baseLength);
+    first = range.first;
+    last = range.second;
     return true;
 }
 
@@ -124,12 +141,23 @@ void HDNTNode::expandRangedNameNames(const std::string& name, std::vector<std::s
     std::string baseName;
     int first = 0;
     int last = 0;
-    if (!rangeOf(name, baseName, first, last)) return;
-    const long step = first > last ? -1 : 1;
-    for (long i = first; i != last + step; i += step) {
-        names.push_back(baseName);
-        indices.push_back(static_cast<int>(i));
+    if (rangeOf(name, baseName, first, last)) appendElements(baseName, first, last, names, indices);
+}
+
+std::string HDNTNode::unfoldRangedName(const std::string& name, std::vector<std::string>& names,
+                                       std::vector<int>& indices) const {
+    if (!isMultipleInstances(name)) {
+        names.push_back(name);
+        return {};
     }
+    RangedName range;
+    if (!parseRangedName(name, range))
+        return "\"" + name +
+               "\" is no name: with brackets it is letters, digits and \"_\" before one bit or a range, " +
+               "as in D[3] or D[3:0].";
+    std::string fault = faultOf(name, range);
+    if (fault.empty()) appendElements(name.substr(0, range.baseLength), range.first, range.second, names, indices);
+    return fault;
 }
 
 void HDNTNode::expandRangedNameVector(const std::vector<std::string>* inNames, std::vector<std::string>& names,

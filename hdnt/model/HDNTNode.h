@@ -84,8 +84,11 @@ public:
     /// elements than the limit rangeElements, is reported and appends nothing.
     void expandRangedNameNames(const std::string& name, std::vector<std::string>& names,
                                std::vector<int>& indices) const;
-    /// The same for each name in order; null is an empty list. With plain names among ranged ones the two results do
-    /// not run in step.
+    /// The same without a report: what is wrong with the name comes back, and empty when nothing is.
+    std::string unfoldRangedName(const std::string& name, std::vector<std::string>& names,
+                                 std::vector<int>& indices) const;
+    /// As expandRangedNameNames for each name in order; null is an empty list. With plain names among ranged ones the
+    /// two results do not run in step.
     void expandRangedNameVector(const std::vector<std::string>* inNames, std::vector<std::string>& names,
                                 std::vector<int>& indices) const;
 

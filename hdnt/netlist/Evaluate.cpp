@@ -59,17 +59,27 @@ std::unique_ptr<HDNTValue> copyOf(const HDNTValue& value) {
     return std::make_unique<HDNTStringConstant>(HDNTValue::getStringValue(&value));
 }
 
-std::unique_ptr<HDNTValue> call(const HDNTFunctionCall& expr) {
+/// Whether the results of operations and calls are stored in them.
+enum class Results : bool { passed, stored };
+
+void store(const HDNTExpr& expr, const HDNTValue* result) {
+    const_cast<HDNTExpr&>(expr).setEvaluatedExpr(result ? copyOf(*result).release() : nullptr);
+}
+
+std::unique_ptr<HDNTValue> compute(const HDNTExpr& expr, Results results);
+
+std::unique_ptr<HDNTValue> call(const HDNTFunctionCall& expr, Results results) {
     std::vector<std::unique_ptr<HDNTValue>> values;
     std::vector<const HDNTValue*> arguments;
     for (const HDNTExpr* actual : expr.actuals()) {
-        values.push_back(evaluate(*actual));
+        values.push_back(compute(*actual, results));
         arguments.push_back(values.back().get());
     }
     const HDNTFunctionTable::Fn fn = HDNTFunctionTable::findInForce(expr.name());
     if (!fn) throw HEXAlgException("HDNTNetlist: no implementation of function " + expr.name());
     std::unique_ptr<HDNTValue> result = fn(expr, arguments);
     if (!result && !expr.isStatement()) throw HEXAlgException("HDNTNetlist: invalid nullptr expression");
+    if (results == Results::stored) store(expr, result.get());
     return result;
 }
 
@@ -107,9 +117,44 @@ DerivedType typeOfLeaf(const HDNTExpr& expr) {
     return {TypeState::Known, static_cast<unsigned>(decl->getType())};
 }
 
-std::unique_ptr<HDNTValue> valueOfLeaf(const HDNTExpr& expr) {
+// A class of the host's own computes its value itself, and keeps it where this finds it.
+std::unique_ptr<HDNTValue> valueOfHosts(HDNTExpr& expr) {
+    expr.evaluate();
+    if (const auto* const value = nodeCast<HDNTValue>(expr.getEvaluatedExpr())) return copyOf(*value);
+    throw HEXAlgException("HDNTNetlist: the expression gives no constant");
+}
+
+std::unique_ptr<HDNTValue> valueOfLeaf(const HDNTExpr& expr, Results results) {
     if (const auto* const value = nodeCast<HDNTValue>(&expr)) return copyOf(*value);
-    return call(dynamic_cast<const HDNTFunctionCall&>(expr));
+    if (const auto* const functionCall = nodeCast<HDNTFunctionCall>(&expr)) return call(*functionCall, results);
+    return valueOfHosts(const_cast<HDNTExpr&>(expr));
+}
+
+std::unique_ptr<HDNTValue> compute(const HDNTExpr& expr, Results results) {
+    const auto* const outermost = nodeCast<HDNTCompoundExpr>(&expr);
+    if (!outermost) return valueOfLeaf(expr, results);
+    std::vector<std::unique_ptr<HDNTValue>> values;
+    walkOver(
+        *outermost, [&](const HDNTExpr& leaf) { values.push_back(valueOfLeaf(leaf, results)); },
+        [&](const HDNTCompoundExpr& operation) {
+            const std::unique_ptr<HDNTValue> right = taken(values, operation.rhs());
+            const std::unique_ptr<HDNTValue> left = taken(values, operation.lhs());
+            values.push_back(operate(operation, left.get(), right.get()));
+            if (results == Results::stored) store(operation, values.back().get());
+        });
+    return std::move(values.back());
+}
+
+void forgetResults(HDNTExpr& expr) {
+    const auto forgetLeaf = [](HDNTExpr& leaf) {
+        const auto* const functionCall = nodeCast<HDNTFunctionCall>(&leaf);
+        if (!functionCall) return;
+        leaf.setEvaluatedExpr(nullptr);
+        for (HDNTExpr* actual : functionCall->actuals()) forgetResults(*actual);
+    };
+    const auto* const outermost = nodeCast<HDNTCompoundExpr>(&expr);
+    if (!outermost) return forgetLeaf(expr);
+    walkOver(*outermost, forgetLeaf, [](HDNTCompoundExpr& operation) { operation.setEvaluatedExpr(nullptr); });
 }
 
 } // namespace
@@ -135,18 +180,17 @@ DerivedType typeOf(const HDNTExpr& expr) {
     return types.back();
 }
 
-std::unique_ptr<HDNTValue> evaluate(const HDNTExpr& expr) {
-    const auto* const outermost = nodeCast<HDNTCompoundExpr>(&expr);
-    if (!outermost) return valueOfLeaf(expr);
-    std::vector<std::unique_ptr<HDNTValue>> values;
-    walkOver(
-        *outermost, [&](const HDNTExpr& leaf) { values.push_back(valueOfLeaf(leaf)); },
-        [&](const HDNTCompoundExpr& operation) {
-            const std::unique_ptr<HDNTValue> right = taken(values, operation.rhs());
-            const std::unique_ptr<HDNTValue> left = taken(values, operation.lhs());
-            values.push_back(operate(operation, left.get(), right.get()));
-        });
-    return std::move(values.back());
+std::unique_ptr<HDNTValue> evaluate(const HDNTExpr& expr) { return compute(expr, Results::passed); }
+
+std::unique_ptr<HDNTValue> valueOf(const HDNTExpr& expr) {
+    std::unique_ptr<HDNTValue> value = evaluate(expr);
+    if (!value) throw HEXAlgException("HDNTNetlist: invalid nullptr expression");
+    return value;
+}
+
+void evaluateAndStore(HDNTExpr& expr) {
+    forgetResults(expr);
+    compute(expr, Results::stored);
 }
 
 bool isTrue(const HDNTValue& value) {

@@ -108,8 +108,9 @@ void ExpansionBuilder::statement(const HDNTNetlistEntity& entity, size_t branch)
 }
 
 void ExpansionBuilder::ifStatement(const HDNTIfStmt& stmt, size_t branch) {
+    if (!stmt.condition()) return problem(stmt, "There is no condition.");
     bool taken = false;
-    if (!attempt(stmt, [&] { taken = isTrue(*evaluate(*stmt.condition())); })) return;
+    if (!attempt(stmt, [&] { taken = isTrue(*valueOf(*stmt.condition())); })) return;
     level_.branches.push_back({originOf(stmt, branch), taken});
     const size_t inside = level_.branches.size() - 1;
     if (const HDNTNetlistEntity* const chosen = taken ? stmt.thenStmt() : stmt.elseStmt()) statement(*chosen, inside);
@@ -128,8 +129,9 @@ void ExpansionBuilder::signal(const HDNTSignal& signal, size_t branch) {
     std::vector<std::string> names;
     std::vector<int> bits;
     // Lists inside statements are not replaced when the netlist is finalized.
-    if (nodeCast<HDNTSigList>(&signal)) signal.expandRangedNameNames(signal.name(), names, bits);
-    else names.push_back(signal.name());
+    if (!nodeCast<HDNTSigList>(&signal)) names.push_back(signal.name());
+    else if (std::string fault = signal.unfoldRangedName(signal.name(), names, bits); !fault.empty())
+        problem(signal, std::move(fault));
     for (size_t i = 0; i < names.size(); ++i) {
         const std::string name = bits.empty() ? names[i] : names[i] + '[' + std::to_string(bits[i]) + ']';
         signalNames_.insert(name);
@@ -143,15 +145,20 @@ void ExpansionBuilder::connect(const HDNTConnect& connect, size_t branch) {
     if (!signalNames_.contains(name) && name != "@0" && name != "@1")
         problem(connect, "There is no signal " + name + ".");
     for (const HDNTPinInst* reference : connect.pins()) {
-        const auto& pin = dynamic_cast<const HDNTBlockPinName&>(*reference);
-        const HDNTExpansion::Instance* const inst = pin.instName().empty() ? nullptr : findInstance(pin.instName());
-        const HDNTBlock* const block = inst ? inst->block : level_.block;
-        if (!inst && !pin.instName().empty()) problem(pin, "There is no instance " + pin.instName() + ".");
-        else if (block && pinsNamed(*block, pin.pinName()).empty())
-            problem(pin, "Block " + block->getName() + " has no pin " + pin.pinName() + ".");
-        const HDNTNode& at = pin.getLocation() ? static_cast<const HDNTNode&>(pin) : connect;
-        level_.connections.push_back({name, pin.instName(), pin.pinName(), pin.inverted(), originOf(at, branch)});
+        if (const auto* const pin = nodeCast<HDNTBlockPinName>(reference)) connectPin(connect, *pin, branch);
+        else problem(connect, "A pin reference is of a class that the language does not have.");
     }
+}
+
+void ExpansionBuilder::connectPin(const HDNTConnect& connect, const HDNTBlockPinName& pin, size_t branch) {
+    const HDNTExpansion::Instance* const inst = pin.instName().empty() ? nullptr : findInstance(pin.instName());
+    const HDNTBlock* const block = inst ? inst->block : level_.block;
+    if (!inst && !pin.instName().empty()) problem(pin, "There is no instance " + pin.instName() + ".");
+    else if (block && pinsNamed(*block, pin.pinName()).empty())
+        problem(pin, "Block " + block->getName() + " has no pin " + pin.pinName() + ".");
+    const HDNTNode& at = pin.getLocation() ? static_cast<const HDNTNode&>(pin) : connect;
+    level_.connections.push_back(
+        {connect.signalName(), pin.instName(), pin.pinName(), pin.inverted(), originOf(at, branch)});
 }
 
 // An empty instance name means the mapped block's own pin.
@@ -162,13 +169,13 @@ void ExpansionBuilder::assign(const HDNTAssignProperty& assign, size_t branch) {
     HDNTExpansion::Instance* const inst = own ? nullptr : findInstance(assign.instName());
     if (!inst && !own) return problem(assign, "There is no instance " + assign.instName() + ".");
     Value value;
-    if (!assign.value() || !attempt(assign, [&] { value = plainValue(*evaluate(*assign.value())); })) return;
+    if (!assign.value() || !attempt(assign, [&] { value = plainValue(*valueOf(*assign.value())); })) return;
     if (const HDNTBlock* const block = own ? level_.block : inst->block) {
         const HDNTProperty* const property = findProperty(*block, pin, assign.propName());
         std::string reason = "Block " + block->getName() + (pin.empty() ? "" : ", pin " + pin) + " has no property " +
                              assign.propName() + ".";
         const auto accepts = [&](const auto& plain) { return property && property->isValidValue(plain, reason); };
-        if (!std::visit(accepts, value)) problem(assign, assign.propName() + ": " + reason);
+        if (!std::visit(accepts, value)) return problem(assign, assign.propName() + ": " + reason);
     }
     std::vector<HDNTExpansion::PropertyValue>& values = own ? level_.pinProperties : inst->properties;
     std::erase_if(values, [&](const HDNTExpansion::PropertyValue& property) {
@@ -185,7 +192,7 @@ void ExpansionBuilder::call(const HDNTFunctionCall& call, size_t branch) {
         std::vector<std::unique_ptr<HDNTValue>> values;
         std::vector<const HDNTValue*> arguments;
         for (const HDNTExpr* actual : call.actuals()) {
-            values.push_back(evaluate(*actual));
+            values.push_back(valueOf(*actual));
             arguments.push_back(values.back().get());
             result.arguments.push_back(plainValue(*values.back()));
         }

@@ -7,6 +7,7 @@
 
 class HDNTAssignProperty;
 class HDNTBlockInst;
+class HDNTBlockPinName;
 class HDNTConnect;
 class HDNTExpr;
 class HDNTFunctionCall;
@@ -48,6 +49,7 @@ private:
     void instance(const HDNTBlockInst& inst, size_t branch);
     void signal(const HDNTSignal& signal, size_t branch);
     void connect(const HDNTConnect& connect, size_t branch);
+    void connectPin(const HDNTConnect& connect, const HDNTBlockPinName& pin, size_t branch);
     void assign(const HDNTAssignProperty& assign, size_t branch);
     void call(const HDNTFunctionCall& call, size_t branch);
 

@@ -32,7 +32,7 @@ void HDNTBlock::finalizeNetlist() {
 }
 
 void HDNTBlock::setNetlist(HDNTNetlist* netlist) {
-    netlist_.reset(netlist);
+    if (netlist != netlist_.get()) netlist_.reset(netlist);
     netlistKind_ = NoNetlist;
     if (!netlist) return;
     noteNetlist();

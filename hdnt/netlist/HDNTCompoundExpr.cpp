@@ -47,10 +47,7 @@ void HDNTCompoundExpr::deriveType() {
     if (type.faultIsHere) HDNTError::InvalidOperandType(getLocation());
 }
 
-void HDNTCompoundExpr::evaluate() {
-    setEvaluatedExpr(nullptr);
-    setEvaluatedExpr(hdnt::netlist::evaluate(*this).release());
-}
+void HDNTCompoundExpr::evaluate() { hdnt::netlist::evaluateAndStore(*this); }
 
 [[noreturn]] static void refuse(const char* text) { throw HEXAlgException(text); }
 

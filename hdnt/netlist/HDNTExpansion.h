@@ -57,8 +57,9 @@ public:
         std::string type;
         HDNTBlock* block; ///< null when there is no block of that type
         Origin origin;
-        std::vector<PropertyValue> properties; ///< assigned ones; of one that is assigned twice, the last
-        size_t level = none;                   ///< of its own expansion, when it was expanded in turn
+        /// Assigned ones that the property takes; of one that is assigned twice, the last.
+        std::vector<PropertyValue> properties;
+        size_t level = none; ///< of its own expansion, when it was expanded in turn
     };
     struct Signal {
         std::string name;

@@ -11,11 +11,13 @@ unsigned HDNTExpr::comparisonType(unsigned type) {
 }
 
 HDNTExpr* HDNTExpr::getEvaluatedExpr() const {
-    if (nodeCast<HDNTValue>(this)) return const_cast<HDNTExpr*>(this);
+    if (!evaluatedExpr_ && nodeCast<HDNTValue>(this)) return const_cast<HDNTExpr*>(this);
     return evaluatedExpr_.get();
 }
 
+// An expression that held itself would be deleted by itself.
 void HDNTExpr::setEvaluatedExpr(HDNTExpr* expr) {
+    if (expr == this) expr = nullptr;
     if (expr != evaluatedExpr_.get()) evaluatedExpr_.reset(expr);
 }
 

@@ -8,6 +8,12 @@
 /// An expression of a mapping: a constant, an operation, or a function call.
 ///
 /// Reading is safe in any thread; evaluate() stores its result and belongs to one thread at a time.
+///
+/// A program may derive a class of its own from this one and use it as any expression. Where its value is needed, also
+/// by HDNTExpansion, its evaluate() is called, and the constant that it then holds (setEvaluatedExpr) is the value;
+/// when it holds none, the evaluation throws HEXAlgException. What that evaluate() changes is up to it. Its type is not
+/// known until then, so that it goes with any operand and argument. Classes derived from those of the model are
+/// computed as these, without a call of their evaluate().
 class HDNT_API HDNTExpr : public HDNTNetlistEntity {
 public:
     static constexpr HDNTNodeKind firstKind = HDNTNodeKind::FunctionCall, lastKind = HDNTNodeKind::StringConstant;
@@ -33,9 +39,10 @@ public:
     HDNTExpr();
     ~HDNTExpr() override;
 
-    /// Computes the value and stores it for getEvaluatedExpr(), after dropping the one before. Throws HEXAlgException
-    /// for what cannot be computed (a division by zero, operands of different types, a function without
-    /// implementation); there is no stored value then.
+    /// Computes the value and stores it for getEvaluatedExpr(), after dropping the one before; so it is with the
+    /// operations and calls in this expression. Throws HEXAlgException for what cannot be computed (a division by zero,
+    /// operands of different types, a function without implementation); there is no stored value then, here and in
+    /// what was not reached.
     virtual void evaluate() = 0;
 
     /// Type code: 0 bool, 1 int, 2 double, 3 string. Of an operation or a call it is 0 until finalize() found it out.
@@ -44,9 +51,10 @@ public:
     unsigned getComparisonType() const { return comparisonType(exprType_); }
     static unsigned comparisonType(unsigned type);
 
-    /// The constant that evaluate() stored, owned by this expression; of a constant itself. Null before.
+    /// The constant that evaluate() stored, owned by this expression. Before, null; of a constant itself.
     HDNTExpr* getEvaluatedExpr() const;
-    /// Takes over the expression (null: none) and deletes the one before, unless they are the same.
+    /// Takes over the expression (null: none) and deletes the one before, unless they are the same. This expression
+    /// itself counts as none. A constant may hold another, which does not change its own value.
     void setEvaluatedExpr(HDNTExpr* expr);
 
     /// "+", "&&" ...; empty for the two operators of one operand and for any other value.

@@ -40,7 +40,4 @@ void HDNTFunctionCall::finalize() {
     if (const HDNTFunctionDecl* const decl = getDecl()) setExprType(static_cast<unsigned>(decl->getType()));
 }
 
-void HDNTFunctionCall::evaluate() {
-    setEvaluatedExpr(nullptr);
-    setEvaluatedExpr(hdnt::netlist::evaluate(*this).release());
-}
+void HDNTFunctionCall::evaluate() { hdnt::netlist::evaluateAndStore(*this); }

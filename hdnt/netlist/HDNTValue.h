@@ -8,7 +8,8 @@ class HDNT_API HDNTValue : public HDNTExpr {
 public:
     static constexpr HDNTNodeKind firstKind = HDNTNodeKind::IntConstant, lastKind = HDNTNodeKind::StringConstant;
 
-    void evaluate() override {}
+    /// Drops what setEvaluatedExpr() put in place of the constant itself.
+    void evaluate() override { setEvaluatedExpr(nullptr); }
 
     // The value of a constant of exactly that class. Anything else, null included, throws HEXAlgException
     // "Attribute type mismatch (not int) in block mapping", or double, string, bool.

@@ -25,10 +25,28 @@ class HDNTSignal;
 class HDNTStmtBlock;
 class HDNTStringConstant;
 
-/// Walks a library, a block or a netlist: the model objects' accept() calls these in a fixed order, given in
-/// hdnt/netlist/Traversal.cpp. Override what is needed; by default nothing happens. Objects are borrowed, never null.
+/// Walks a library, a block or a netlist: the model objects' accept() calls these in a fixed order. Override what is
+/// needed; by default nothing happens. Objects are borrowed, never null.
 ///
-/// The order of the operations is part of the interface.
+/// What is in angle brackets is the accept() of what the object holds, in its order:
+///
+///   library             visit, <functions>, <blocks, those of parents too>, postVisit
+///   block               visit, <buses>, <pins>, <properties>, postVisit, then <netlist>
+///   bus                 visit, <properties>, postVisit
+///   netlist             enter, and if that is true: visit, <calls before the first instance>, <instances>, <signals>,
+///                       <connects>, <pin property assignments>, <block property assignments>, <if statements>,
+///                       <calls behind the first instance>, postVisit; sectionSeparator before each of the lists from
+///                       signals to if statements that is not empty
+///   signal              visit, <connect>, postVisit
+///   connect             visit, <pin references>, postVisit
+///   assignments         visit, <value>, postVisit
+///   statement block     visit, <statements>, postVisit; nothing when it is not enabled
+///   if statement        visit, <condition>, postVisit, <then>, and when there is an else branch: elseVisit, <else>
+///   function call       visit, <arguments>, postVisit
+///   operation           <left operand>, visit, <right operand>, postVisit
+///   all others          visit
+///
+/// The order of the operations in this class is part of the interface.
 class HDNT_API HDNTVisitor {
 public:
     HDNTVisitor() = default;
@@ -85,8 +103,14 @@ public:
     virtual void postVisit(HDNTPrimGroup*) {}
     virtual void visit(HDNTCompoundExpr*) {}
     virtual void postVisit(HDNTCompoundExpr*) {}
+};
 
-    /// Whether a block's pins are visited. A visitor that does nothing with them says no and is spared the walk over
-    /// every bit of every bus, which are most of what a library consists of.
-    virtual bool visitsPins() const { return true; }
+/// A visitor that may do without the pins of blocks: when it says so, it is spared the walk over every bit of every
+/// bus, which are most of what a library consists of.
+class HDNT_API HDNTPinChoiceVisitor : public HDNTVisitor {
+public:
+    ~HDNTPinChoiceVisitor() override;
+
+    /// Whether the pins of a block are visited; asked once for each block.
+    virtual bool visitsPins() const = 0;
 };

@@ -1,4 +1,4 @@
-// Every accept() of the model: the order in which visitors see it.
+// Every accept() of the model: the order in which visitors see it, as HDNTVisitor.h gives it.
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
@@ -17,6 +17,12 @@
 #include "hdnt/netlist/HDNTVisitor.h"
 
 HDNTVisitor::~HDNTVisitor() = default;
+HDNTPinChoiceVisitor::~HDNTPinChoiceVisitor() = default;
+
+static bool visitsPins(const HDNTVisitor& visitor) {
+    const auto* const choice = dynamic_cast<const HDNTPinChoiceVisitor*>(&visitor);
+    return !choice || choice->visitsPins();
+}
 
 template <typename Node>
 static void acceptAll(const std::vector<Node*>& nodes, HDNTVisitor& visitor) {
@@ -52,7 +58,7 @@ void HDNTBlock::acceptOwn(HDNTVisitor& visitor) {
 void HDNTBlock::acceptDeclared(HDNTVisitor& visitor) {
     visitor.visit(this);
     acceptAll(buses_, visitor);
-    if (visitor.visitsPins()) acceptAll(pins(), visitor);
+    if (visitsPins(visitor)) acceptAll(pins(), visitor);
     acceptAll(properties_, visitor);
     visitor.postVisit(this);
 }

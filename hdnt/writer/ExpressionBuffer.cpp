@@ -5,18 +5,29 @@
 
 namespace hdnt::writer {
 
-size_t ExpressionBuffer::beginOperand() {
-    const size_t before = calls_.empty() ? 0 : calls_.back().operandsBefore;
-    if (!rightDue_ && operands_.size() > before) buffer_ += ", ";
-    rightDue_ = false;
-    return buffer_.size();
+void ExpressionBuffer::takeAppended() {
+    if (buffer_.size() > known_) operands_.push_back({known_, leaf});
+    known_ = buffer_.size();
 }
 
-ExpressionBuffer::Operand ExpressionBuffer::takeOperand() {
-    if (operands_.empty()) return {buffer_.size(), leaf};
-    const Operand operand = operands_.back();
-    operands_.pop_back();
-    return operand;
+void ExpressionBuffer::joinWith(std::string_view separator) {
+    takeAppended();
+    if (buffer_.size() > emptyUpTo_) buffer_ += separator;
+    known_ = buffer_.size();
+}
+
+void ExpressionBuffer::open(size_t start) {
+    open_.push_back({start, operands_.size()});
+    known_ = emptyUpTo_ = buffer_.size();
+}
+
+// Gives the start. There is nothing to close when the text before was written meanwhile.
+size_t ExpressionBuffer::close() {
+    if (open_.empty()) return 0;
+    const Open closed = open_.back();
+    open_.pop_back();
+    operands_.resize(std::min(operands_.size(), closed.operandsBefore));
+    return closed.start;
 }
 
 void ExpressionBuffer::parenthesise(const Operand& operand) {
@@ -25,45 +36,57 @@ void ExpressionBuffer::parenthesise(const Operand& operand) {
 }
 
 void ExpressionBuffer::beginCall(std::string_view name) {
-    const size_t start = beginOperand();
+    joinWith(", ");
+    const size_t start = buffer_.size();
     buffer_.append(name).append("(");
-    calls_.push_back({start, operands_.size()});
+    open(start);
 }
 
 void ExpressionBuffer::endCall() {
+    takeAppended();
     buffer_ += ')';
-    if (calls_.empty()) return;
-    operands_.resize(std::min(operands_.size(), calls_.back().operandsBefore));
-    operands_.push_back({calls_.back().start, leaf});
-    calls_.pop_back();
+    operands_.push_back({close(), leaf});
+    known_ = buffer_.size();
 }
 
+// A left operand that was written meanwhile cannot get parentheses any more, nor can what it is part of.
 void ExpressionBuffer::beginOperator(HDNTExpr::FOPERATOR op, bool hasLeft) {
-    if (hasLeft && !operands_.empty()) {
-        if (operands_.back().precedence < precedenceOf(op)) parenthesise(operands_.back());
-        operands_.back().precedence = precedenceOf(op);
-        buffer_.append(" ").append(HDNTExpr::getStringOperator(op)).append(" ");
+    takeAppended();
+    const int precedence = precedenceOf(op);
+    if (hasLeft && operands_.size() > operandsBefore()) {
+        if (operands_.back().precedence < precedence) parenthesise(operands_.back());
+        operands_.back().precedence = precedence;
     } else {
-        operands_.push_back({beginOperand(), precedenceOf(op)});
-        if (op == HDNTExpr::NEGATE) buffer_ += "-(";
+        if (!hasLeft) joinWith(", ");
+        operands_.push_back({buffer_.size(), hasLeft ? leaf : precedence});
     }
-    rightDue_ = true;
+    if (hasLeft) buffer_.append(" ").append(HDNTExpr::getStringOperator(op)).append(" ");
+    else if (op == HDNTExpr::NEGATE) buffer_ += "-(";
+    open(operands_.back().start);
 }
 
-void ExpressionBuffer::endOperator(HDNTExpr::FOPERATOR op, bool hasRight) {
-    rightDue_ = false;
-    const Operand right = hasRight ? takeOperand() : Operand{buffer_.size(), leaf};
+ExpressionBuffer::Operand ExpressionBuffer::takeRight() {
+    takeAppended();
+    const bool isThere = operands_.size() > operandsBefore();
+    const Operand right = isThere ? operands_.back() : Operand{buffer_.size(), leaf};
+    close();
+    return right;
+}
+
+void ExpressionBuffer::endOperator(HDNTExpr::FOPERATOR op) {
+    const Operand right = takeRight();
     if (op == HDNTExpr::NEGATE) buffer_ += ')';
     else if (right.precedence <= precedenceOf(op)) parenthesise(right);
+    known_ = buffer_.size();
 }
 
 void ExpressionBuffer::endNegation(std::string_view falseText) {
-    rightDue_ = false;
     const int precedence = precedenceOf(HDNTExpr::EQUAL);
-    const Operand right = takeOperand();
+    const Operand right = takeRight();
     if (right.precedence < precedence) parenthesise(right);
     buffer_.append(" == ").append(falseText);
     if (!operands_.empty()) operands_.back().precedence = precedence;
+    known_ = buffer_.size();
 }
 
 std::string_view ExpressionBuffer::finish() {
@@ -81,9 +104,9 @@ std::string_view ExpressionBuffer::finish() {
 void ExpressionBuffer::clear() {
     buffer_.clear();
     operands_.clear();
-    calls_.clear();
+    open_.clear();
     openings_.clear();
-    rightDue_ = false;
+    known_ = emptyUpTo_ = 0;
 }
 
 } // namespace hdnt::writer

@@ -12,16 +12,14 @@ namespace hdnt::writer {
 /// separators, operators, calls. Internal.
 ///
 /// Whether an operand needs parentheses is known only when the operator behind it comes. So where they begin is kept
-/// beside the buffer, and finish() puts them in.
+/// beside the buffer, and finish() puts them in. What the caller appends to the buffer at any time is an operand, up to
+/// the next separator, operator or end of a call.
 class ExpressionBuffer {
 public:
-    /// The buffer is the caller's, who may append to it between beginOperand() and endOperand().
     explicit ExpressionBuffer(std::string& buffer) : buffer_(buffer) {}
 
-    /// Appends ", " when an operand of the same list stands before. Gives where the operand starts.
-    size_t beginOperand();
-    /// A constant, or a pin reference.
-    void endOperand(size_t start) { operands_.push_back({start, leaf}); }
+    /// Appends the separator, unless the buffer is empty or ends in an operator or the opening of a call.
+    void joinWith(std::string_view separator);
 
     void beginCall(std::string_view name);
     /// Appends the closing parenthesis.
@@ -30,7 +28,7 @@ public:
     /// Between the operands of an operator, or before its only one.
     void beginOperator(HDNTExpr::FOPERATOR op, bool hasLeft);
     /// Behind its last operand.
-    void endOperator(HDNTExpr::FOPERATOR op, bool hasRight);
+    void endOperator(HDNTExpr::FOPERATOR op);
     /// Likewise for a negation, which the language can write only as a comparison with this text.
     void endNegation(std::string_view falseText);
 
@@ -43,21 +41,27 @@ private:
         size_t start;
         int precedence;
     };
-    struct Call {
-        size_t start;
+    /// An operator or call whose operands come: what is on the stack above them is theirs.
+    struct Open {
+        size_t start; ///< of a call
         size_t operandsBefore;
     };
     static constexpr int leaf = 8;
 
+    size_t operandsBefore() const { return open_.empty() ? 0 : open_.back().operandsBefore; }
+    void open(size_t start);
+    size_t close();
+    void takeAppended();
     void parenthesise(const Operand& operand);
-    Operand takeOperand();
+    Operand takeRight();
 
     std::string& buffer_;
     std::string finished_;
-    std::vector<Operand> operands_; ///< complete ones, and placeholders of operators without a left one
-    std::vector<Call> calls_;
+    std::vector<Operand> operands_; ///< complete ones, and placeholders of operators
+    std::vector<Open> open_;
     std::vector<size_t> openings_; ///< offsets of parentheses that are not in the buffer
-    bool rightDue_ = false;        ///< an operator waits for its operand
+    size_t known_ = 0;             ///< what stands behind it is an operand that was appended
+    size_t emptyUpTo_ = 0;         ///< what comes here is the first of its list
 };
 
 } // namespace hdnt::writer

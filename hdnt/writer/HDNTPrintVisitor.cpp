@@ -47,9 +47,7 @@ void HDNTPrintVisitor::writeExpression(const char* end) {
     text_->clear();
 }
 
-void HDNTPrintVisitor::joinWith(const char* separator) {
-    if (!expression_.empty()) expression_ += separator;
-}
+void HDNTPrintVisitor::joinWith(const char* separator) { text_->joinWith(separator); }
 
 void HDNTPrintVisitor::addQuotedString(const std::string& text) {
     line_->clear();

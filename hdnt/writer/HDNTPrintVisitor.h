@@ -24,7 +24,7 @@ class Line;
 /// One visitor writes one library, block or netlist, and is destroyed. Each operation has written its text to the
 /// stream when it returns, but for expressions, which come with the statement they stand in. Errors of the stream are
 /// not looked at: ask the stream. The text is that of the C locale. One thread at a time; the model is not changed.
-class HDNT_API HDNTPrintVisitor : public HDNTVisitor {
+class HDNT_API HDNTPrintVisitor : public HDNTPinChoiceVisitor {
 public:
     /// Writes to standard output.
     HDNTPrintVisitor();
@@ -73,13 +73,16 @@ public:
     void visit(HDNTCompoundExpr* expr) override;
     void postVisit(HDNTCompoundExpr* expr) override;
 
-    // What the operations above are made of, for visitors that write more.
+    // What the operations above are made of, for visitors that write more. An operand is what is appended to the
+    // expression buffer up to the next separator, operator or end of a call, so that a visitor may write operands in
+    // its own way and leave operators, calls and parentheses to the operations above.
 
     /// Writes the indent in blanks; an indent of 0 is one blank.
     void printIndent();
-    /// Writes the expression buffer and empties it.
+    /// Writes the expression buffer and empties it. What was written so gets no parentheses any more.
     void print();
-    /// Appends the separator to the expression buffer, unless that is empty.
+    /// Appends the separator to the expression buffer. Not at the beginning: when the buffer is empty, behind an
+    /// operator and behind the opening of a call. Constants, pin references and calls begin with ", ".
     void joinWith(const char* separator);
     /// Appends the text in double quotes to the expression buffer. Nothing is escaped: a text that the scanner
     /// delivered has neither quotes nor line breaks, and others cannot be written.

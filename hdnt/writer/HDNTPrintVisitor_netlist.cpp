@@ -126,11 +126,10 @@ void HDNTPrintVisitor::postVisit(HDNTFunctionCall* call) {
 
 template <typename Append>
 void HDNTPrintVisitor::addOperand(Append&& append) {
-    const size_t start = text_->beginOperand();
+    joinWith(", ");
     line_->clear();
     append(*line_);
     expression_ += line_->view();
-    text_->endOperand(start);
 }
 
 void HDNTPrintVisitor::appendPin(Line& line, const HDNTBlockPinName& pin) {
@@ -175,7 +174,7 @@ static const char* falseOf(const HDNTExpr* operand) {
 }
 
 void HDNTPrintVisitor::postVisit(HDNTCompoundExpr* expr) {
-    if (expr->op() != HDNTExpr::NOT) return text_->endOperator(expr->op(), expr->rhs() != nullptr);
+    if (expr->op() != HDNTExpr::NOT) return text_->endOperator(expr->op());
     const char* const no = falseOf(expr->rhs());
     if (!no) cannotWrite("the negation of an expression whose type is not known");
     text_->endNegation(no ? no : "false");

@@ -158,6 +158,9 @@ void HDNTSourceVisitor::visit(HDNTSignal* signal) {
         appendText(line, list->name());
         return write(line.add(";\n"));
     }
+    const bool readsAsList = !signal->connect() && signal->isMultipleInstances(signal->name());
+    if (readsAsList && !nodeCast<HDNTSigList>(signal))
+        cannotWrite("a single signal without pins whose name has brackets, which would be a list");
     HDNTPrintVisitor::visit(signal);
 }
 
@@ -170,12 +173,14 @@ void HDNTSourceVisitor::visit(HDNTConnect* connect) {
 void HDNTSourceVisitor::visit(HDNTAssignBlockProperty* assign) {
     enterElement("assignment to", &assign->propName());
     if (!assign->value()) cannotWrite("an assignment without a value");
+    checkExpression(assign->value());
     HDNTPrintVisitor::visit(assign);
 }
 
 void HDNTSourceVisitor::visit(HDNTAssignPinProperty* assign) {
     enterElement("assignment to", &assign->propName());
     if (!assign->value()) cannotWrite("an assignment without a value");
+    checkExpression(assign->value());
     if (assign->pinName().starts_with('~')) cannotWrite("a pin name that begins with \"~\"");
     HDNTPrintVisitor::visit(assign);
 }
@@ -186,6 +191,13 @@ void HDNTSourceVisitor::checkStatement(const HDNTNetlistEntity* statement) {
     if (isPassedOver(statement)) cannotWrite("a statement that is missing, or a statement block that is not enabled");
     else if (call ? !call->isStatement() : dynamic_cast<const HDNTExpr*>(statement) != nullptr)
         cannotWrite("an expression that stands as a statement");
+}
+
+// Null is told of elsewhere.
+void HDNTSourceVisitor::checkExpression(const HDNTExpr* expr) {
+    const auto* const call = nodeCast<HDNTFunctionCall>(expr);
+    if (call && call->isStatement()) cannotWrite("a call as an operand that is marked as a statement");
+    if (expr && !nodeCast<HDNTExpr>(expr)) cannotWrite("an expression of a class that the language does not have");
 }
 
 void HDNTSourceVisitor::visit(HDNTStmtBlock* block) {
@@ -199,6 +211,7 @@ void HDNTSourceVisitor::visit(HDNTStmtBlock* block) {
 void HDNTSourceVisitor::visit(HDNTIfStmt* stmt) {
     enterElement("if statement", nullptr);
     if (!stmt->condition()) cannotWrite("an if statement without a condition");
+    checkExpression(stmt->condition());
     if (stmt->elseStmt() && takesElse(stmt->thenStmt()))
         cannotWrite("an if statement without \"else\" as the branch of one that has it");
     write(std::exchange(branchDue_, false) ? " " : startLine().view());
@@ -228,6 +241,7 @@ void HDNTSourceVisitor::visit(HDNTFunctionCall* call) {
         write(startLine());
     }
     checkFunctionName(call->name());
+    for (const HDNTExpr* actual : call->actuals()) checkExpression(actual);
     HDNTPrintVisitor::visit(call);
 }
 
@@ -235,5 +249,7 @@ void HDNTSourceVisitor::visit(HDNTCompoundExpr* expr) {
     const bool unary = expr->op() == HDNTExpr::NEGATE || expr->op() == HDNTExpr::NOT;
     if (expr->op() > HDNTExpr::EQUAL || !expr->rhs() || unary != (expr->lhs() == nullptr))
         cannotWrite("an operation that is not complete");
+    checkExpression(expr->lhs());
+    checkExpression(expr->rhs());
     HDNTPrintVisitor::visit(expr);
 }

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+class HDNTExpr;
 class HDNTNetlistEntity;
 
 /// Writes a library as NTL source: a text that reads back to an equal library (HDNTComparison.h), and written again
@@ -58,6 +59,7 @@ private:
     void enterElement(const char* kind, const std::string* name);
     void checkFunctionName(const std::string& name);
     void checkStatement(const HDNTNetlistEntity* statement);
+    void checkExpression(const HDNTExpr* expr);
     void writeBranch(const HDNTNetlistEntity* branch);
 
     std::vector<std::string>* problems_;

@@ -175,6 +175,7 @@ class Operations(unittest.TestCase):
         self.assertEqual([(d.path, d.effect, d.change) for d in found],
                          [(d["path"], d["effect"], d["change"]) for d in expected])
         self.assertEqual((found[0].old, found[0].new, found[0].old_place.line), ("9", "8", 6))
+        self.assertIsNone(found[0].old_place.end_column)
         self.assertEqual(self.library.diff(hdnt.load(self.path)), [])
         self.assertEqual(len(hdnt.diff(self.block, other["FLOP_RISE"])), 1)
         with self.assertRaises(TypeError):

@@ -102,6 +102,21 @@ TEST(Scanner, StreamsMayBeSetBeforeOrAfterInit) {
     }
 }
 
+// The trace is on when a host or the environment says so at the start of a scan, and changes no token.
+TEST(Scanner, TraceIsASwitch) {
+    for (const bool inEnvironment : {true, false}) {
+        inEnvironment ? setenv("NTL_DEBUG", "1", 1) : unsetenv("NTL_DEBUG");
+        yy_scan_string("block 7");
+        NtlInitScanner();
+        EXPECT_EQ(yyget_debug(), inEnvironment ? 1 : 0);
+        yyset_debug(inEnvironment ? 0 : 2);
+        EXPECT_EQ(yyget_debug(), inEnvironment ? 0 : 1);
+        EXPECT_EQ(HDNTParserlex(), T_Block);
+        EXPECT_EQ(HDNTParserlex(), T_IntConstant);
+        yylex_destroy();
+    }
+}
+
 TEST(Scanner, BuffersStack) {
     YY_BUFFER_STATE const outer = yy_scan_string("block pin");
     NtlInitScanner();

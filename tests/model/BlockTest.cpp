@@ -147,6 +147,26 @@ TEST(Pins, NamesAndAttributes) {
     EXPECT_EQ(HDNTPin(1, 2).getName(false), "[1]");
 }
 
+TEST(Pins, ABusElaboratedAgainHasTheSameBits) {
+    for (const auto& [declared, bits] : {std::pair("D[1:3]", std::vector<int>{1, 2, 3}), {"Q", {-1}}}) {
+        std::string name = declared;
+        HDNTBus bus(name, HDNT_PIN_INPUT, false, false, HDNT_PIN_DATA, HDNT_PIN_NO_VALUE, nullptr);
+        for (const size_t before : {0U, 2U}) {
+            std::vector<HDNTPin*> pins(before);
+            bus.elaborate(pins);
+            std::vector<int> found;
+            for (size_t i = before; i < pins.size(); ++i) {
+                found.push_back(pins[i]->getBitIndex());
+                EXPECT_EQ(pins[i]->getPinIndex(), i);
+                delete pins[i];
+            }
+            EXPECT_EQ(found, bits);
+            EXPECT_EQ(bus.getName(), declared);
+            EXPECT_EQ(bus.getFirstPinIndex(), static_cast<int>(before));
+        }
+    }
+}
+
 TEST(Pins, FaultsOfDeclarations) {
     Reports reports;
     loaded(inBlock("pin \"O\" output tieLow;\npin \"a-b\" input;\npin \"D[3:]\" input;\npin \"B\" bidir tieLow;"));

@@ -127,6 +127,75 @@ assign block property "U9" "SIZE" 1; intProperty(1);
                "6: SIZE: The integer value (9) is greater than the allowed minimum (4).",
                "6: SIZE: Property is not of type double.", "6: NONE: Block AND_2 has no property NONE.",
                "7: Divide by zero", "7: intProperty: property P is of another type", "9: There is no instance U9."}));
+    EXPECT_TRUE(expansion.levels().at(0).instances.at(0).properties.empty());
+}
+
+TEST(Expansion, RefusedValuesAreNotInTheResult) {
+    const auto library = loaded(R"(library "L" { function int intProperty(string);
+block "AND_2" { pin "A" input; property int "SIZE" { min = 1, max = 4, default = 1 } } mapsto {
+if (intProperty("SIZE") == 2) inst "Z" "ADD_CHAIN_8"; }
+block "HOLD" { pin "A" input { property int "LOAD" { min = 1, max = 4 } } } mapsto { inst "U" "AND_2"; inst "V" "AND_2";
+assign block property "U" "SIZE" 9; assign block property "V" "SIZE" 2; assign block property "V" "SIZE" 1.5;
+assign pin property "A", "LOAD" 5; } block "ADD_CHAIN_8" { } })");
+    HDNTExpansion expansion(*library->getTypeBlock(1));
+    EXPECT_FALSE(expansion.expand(true));
+    EXPECT_EQ(expansion.problems().size(), 3U);
+    EXPECT_EQ(summaryOf(expansion), ":U AND_2@4; :V AND_2@4; V..SIZE=2@5; V:Z ADD_CHAIN_8@3 then@3; ");
+    EXPECT_TRUE(expansion.levels().at(0).pinProperties.empty());
+}
+
+// Trees that no text has: an operand without a value, a missing condition, a pin reference of the host's own.
+TEST(Expansion, WhatOnlyProgramsMakeIsAProblemToo) {
+    class HostsPin : public HDNTPinInst {
+    public:
+        void check() override {}
+        void accept(HDNTVisitor&) override {}
+    };
+    HDNTFunctionTable::global().add("tell", [](const auto&, const auto&) { return nullptr; });
+    const auto call = [] {
+        auto* const made = new HDNTFunctionCall("tell", nullptr);
+        made->setStatement(true);
+        return made;
+    };
+    const auto library = loaded("library \"L\" { block \"AND_2\" { property int \"SIZE\" { min = 1, max = 4 } } }");
+    std::vector<HDNTNetlistEntity*> entities{
+        new HDNTIfStmt(nullptr, call(), nullptr),
+        new HDNTIfStmt(call(), new HDNTStmtBlock(nullptr), nullptr),
+        new HDNTFunctionCall("tell", new std::vector<HDNTExpr*>{call()}),
+        new HDNTAssignBlockProperty("U", "SIZE", call()),
+        new HDNTBlockInst("U", "AND_2"),
+        new HDNTConnect("@0", new std::vector<HDNTPinInst*>{new HostsPin}),
+    };
+    library->getTypeBlock(0)->setNetlist(new HDNTNetlist(&entities));
+    HDNTExpansion expansion(*library->getTypeBlock(0));
+    EXPECT_FALSE(expansion.expand());
+    const std::string missing = "0: HDNTNetlist: invalid nullptr expression";
+    EXPECT_EQ(problemsOf(expansion),
+              (Texts{missing, "0: There is no condition.", missing,
+                     "0: A pin reference is of a class that the language does not have.", missing}));
+}
+
+// Loading leaves the lists inside statements alone, so their names are looked at here first.
+TEST(Expansion, SignalListsThatCannotBeUnfoldedAreProblems) {
+    Reports reports;
+    HDNTLimits limits;
+    limits.rangeElements = 9;
+    HDNTLimits::set(limits);
+    const auto library = loaded(R"(library "L" { block "AND_2" { } block "HOLD" { } mapsto {
+if (true) { signal "D[";
+signal "E[9:0]"; signal "F[8:0]"; inst "U" "AND_2"; }
+} })");
+    HDNTExpansion expansion(*library->getTypeBlock(1));
+    EXPECT_FALSE(expansion.expand());
+    EXPECT_EQ(
+        problemsOf(expansion),
+        (Texts{"2: \"D[\" is no name: with brackets it is letters, digits and \"_\" before one bit or a range, as "
+               "in D[3] or D[3:0].",
+               "3: Range \"E[9:0]\" has 10 elements, more than 9 (limit rangeElements)."}));
+    EXPECT_EQ(expansion.levels().at(0).signals.size(), 9U);
+    EXPECT_EQ(expansion.levels().at(0).instances.size(), 1U);
+    EXPECT_EQ(reports.take(), Texts{});
+    EXPECT_EQ(HDNTError::numErrors, 0);
 }
 
 TEST(Expansion, WhatBranchesDeclareMayBeUsedOutsideOfThem) {

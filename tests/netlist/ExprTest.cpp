@@ -166,25 +166,25 @@ TEST(Expr, TypesAreReportedOnceAtTheInnermostPlace) {
     }
 }
 
+template <typename Action>
+static std::string messageOf(Action&& action) {
+    try {
+        action();
+    } catch (const HEXAlgException& e) {
+        return e.what();
+    }
+    return "";
+}
+
 TEST(Expr, EvaluationNeedsNoFinalize) {
     HDNTCompoundExpr sum(new HDNTIntConstant(1), HDNTExpr::ADD, new HDNTIntConstant(2));
     sum.evaluate();
     EXPECT_EQ(HDNTValue::getIntValue(sum.getEvaluatedExpr()), 3);
     sum.setEvaluatedExpr(sum.getEvaluatedExpr());
     EXPECT_EQ(HDNTValue::getIntValue(sum.getEvaluatedExpr()), 3);
-    HDNTIntConstant constant(4);
-    EXPECT_EQ(constant.getEvaluatedExpr(), &constant);
     HDNTCompoundExpr missing(nullptr, HDNTExpr::ADD, new HDNTIntConstant(2));
     HDNTCompoundExpr mixed(new HDNTIntConstant(1), HDNTExpr::EQUAL, new HDNTStringConstant("a"));
     HDNTCompoundExpr wrong(nullptr, beyond, nullptr);
-    const auto messageOf = [](auto&& action) -> std::string {
-        try {
-            action();
-        } catch (const HEXAlgException& e) {
-            return e.what();
-        }
-        return "";
-    };
     EXPECT_EQ(messageOf([&] { missing.evaluate(); }), "HDNTNetlist: invalid nullptr expression");
     EXPECT_EQ(messageOf([&] { mixed.evaluate(); }), "HDNTNetlist: mismatched expression types");
     EXPECT_EQ(messageOf([&] { wrong.finalize(); }), "Invalid Operator");
@@ -192,6 +192,80 @@ TEST(Expr, EvaluationNeedsNoFinalize) {
     HDNTIfStmt stmt(new HDNTIntConstant(0), new HDNTStmtBlock(nullptr), nullptr);
     stmt.condition()->setEvaluatedExpr(nullptr);
     EXPECT_FALSE(stmt.conditionIsTrue());
+}
+
+// Whatever a constant is told to hold, it is deleted once and keeps its value.
+TEST(Expr, AConstantIsItsOwnResultUntilItIsGivenAnother) {
+    HDNTIntConstant constant(4);
+    EXPECT_EQ(constant.getEvaluatedExpr(), &constant);
+    auto* const other = new HDNTIntConstant(5);
+    constant.setEvaluatedExpr(other);
+    EXPECT_EQ(constant.getEvaluatedExpr(), other);
+    EXPECT_EQ(constant.getValue(), 4);
+    constant.setEvaluatedExpr(&constant);
+    EXPECT_EQ(constant.getEvaluatedExpr(), &constant);
+    constant.setEvaluatedExpr(new HDNTIntConstant(6));
+    constant.evaluate();
+    EXPECT_EQ(constant.getEvaluatedExpr(), &constant);
+    HDNTCompoundExpr sum(new HDNTIntConstant(1), HDNTExpr::ADD, new HDNTIntConstant(2));
+    sum.setEvaluatedExpr(&sum);
+    EXPECT_EQ(sum.getEvaluatedExpr(), nullptr);
+}
+
+TEST(Expr, EvaluationStoresTheResultsInside) {
+    HDNTFunctionTable::global().add("twice", [](const HDNTFunctionCall&, const std::vector<const HDNTValue*>& a) {
+        return std::make_unique<HDNTIntConstant>(2 * HDNTValue::getIntValue(a.at(0)));
+    });
+    auto* const difference = new HDNTCompoundExpr(new HDNTIntConstant(9), HDNTExpr::SUBTRACT, new HDNTIntConstant(2));
+    auto* const twice = new HDNTFunctionCall("twice", new std::vector<HDNTExpr*>{difference});
+    auto* const negative = new HDNTCompoundExpr(nullptr, HDNTExpr::NEGATE, new HDNTIntConstant(4));
+    HDNTCompoundExpr sum(twice, HDNTExpr::ADD, negative);
+    sum.evaluate();
+    const auto resultOf = [](const HDNTExpr& expr) { return HDNTValue::getIntValue(expr.getEvaluatedExpr()); };
+    EXPECT_EQ(std::tuple(resultOf(sum), resultOf(*twice), resultOf(*difference), resultOf(*negative)),
+              std::tuple(10, 14, 7, -4));
+    EXPECT_EQ(std::tuple(twice->getNumActuals(), twice->getActual(0)), std::tuple(1U, difference));
+    EXPECT_EQ(messageOf([&] { twice->getActual(1); }), "Function argument index out of range");
+
+    HDNTFunctionTable none;
+    none.add("twice", [](const auto&, const auto&) -> std::unique_ptr<HDNTValue> { throw HEXAlgException("no"); });
+    const HDNTFunctionTable::Scope scope(none);
+    EXPECT_EQ(messageOf([&] { sum.evaluate(); }), "no");
+    EXPECT_EQ(std::tuple(sum.getEvaluatedExpr(), twice->getEvaluatedExpr(), negative->getEvaluatedExpr()),
+              std::tuple(nullptr, nullptr, nullptr));
+    EXPECT_EQ(resultOf(*difference), 7);
+}
+
+// Of a class that the library does not know; without a result when `result` is null.
+class HostsExpr : public HDNTExpr {
+public:
+    explicit HostsExpr(std::function<HDNTExpr*()> result) : result_(std::move(result)) {}
+    void accept(HDNTVisitor&) override {}
+    void evaluate() override {
+        ++evaluations;
+        setEvaluatedExpr(result_ ? result_() : nullptr);
+    }
+    int evaluations = 0;
+
+private:
+    std::function<HDNTExpr*()> result_;
+};
+
+TEST(Expr, ClassesOfTheHostAreOperands) {
+    auto* const three = new HostsExpr([] { return new HDNTIntConstant(3); });
+    HDNTCompoundExpr sum(new HDNTIntConstant(1), HDNTExpr::ADD, three);
+    sum.finalize();
+    EXPECT_EQ(HDNTError::numErrors, 0);
+    sum.evaluate();
+    EXPECT_EQ(HDNTValue::getIntValue(sum.getEvaluatedExpr()), 4);
+    EXPECT_EQ(HDNTValue::getIntValue(three->getEvaluatedExpr()), 3);
+    EXPECT_EQ(three->evaluations, 1);
+    const std::function<HDNTExpr*()> noConstants[] = {nullptr, [] { return new HDNTFunctionCall("f", nullptr); },
+                                                      [] { return new HostsExpr(nullptr); }};
+    for (const auto& result : noConstants) {
+        HDNTCompoundExpr wrong(new HostsExpr(result), HDNTExpr::ADD, new HDNTIntConstant(1));
+        EXPECT_EQ(messageOf([&] { wrong.evaluate(); }), "HDNTNetlist: the expression gives no constant");
+    }
 }
 
 TEST(Expr, ScopesLieOverTheGlobalTable) {

@@ -46,6 +46,26 @@ TEST(Netlist, EntitiesAreSorted) {
     EXPECT_EQ(HDNTBlockPinName("I", "~").pinName(), "");
 }
 
+TEST(Netlist, ABlockMayBeGivenItsOwnAgain) {
+    const auto library = loaded(mapped("inst \"I\" \"T\"; signal \"D[1:0]\";"));
+    HDNTBlock& block = *library->getTypeBlock(0);
+    HDNTNetlist* const netlist = block.getNetlist();
+    block.setNetlist(netlist);
+    ASSERT_EQ(block.getNetlist(), netlist);
+    EXPECT_EQ(netlist->signals().size(), 2U);
+    EXPECT_EQ(netlist->instances()[0]->getNetlist(), netlist);
+    netlist->instances()[0]->setMark(7);
+    EXPECT_EQ(std::tuple(netlist->instances()[0]->mark(), netlist->signals()[0]->mark()), std::tuple(7, 0));
+}
+
+// What owns by pointer must not be copied, which would delete twice.
+template <typename... Classes>
+constexpr bool noneIsCopied = (... && !(std::is_copy_constructible_v<Classes> || std::is_copy_assignable_v<Classes>));
+static_assert(noneIsCopied<HDNTLibrary, HDNTBlock, HDNTBus, HDNTProperty, HATAttrSpec, HDNTNetlist, HDNTNetlistEntity,
+                           HDNTSignal, HDNTSigList, HDNTConnect, HDNTBlockPinName, HDNTAssignBlockProperty,
+                           HDNTAssignPinProperty, HDNTStmtBlock, HDNTIfStmt, HDNTFunctionCall, HDNTCompoundExpr,
+                           HDNTIntConstant, HDNTStringConstant, HDNTExpansion, HDNTPrintVisitor, HDNTSourceVisitor>);
+
 TEST(Netlist, SectionsAndTheirFlags) {
     using Section = HDNTNetlist::Section;
     const struct {

@@ -9,7 +9,8 @@
 namespace {
 
 // Writes down every call it gets.
-class Log : public HDNTVisitor {
+template <typename Base>
+class LogOf : public Base {
 public:
     bool enter(HDNTNetlist*) override { return add("enter"), entering; }
 #define LOGGED(Kind)                                                                                                   \
@@ -46,6 +47,7 @@ public:
 private:
     void add(const std::string& line) { text += line + "\n"; }
 };
+using Log = LogOf<HDNTVisitor>;
 
 const char* const everything = R"(library "L" {
 function bool f(int);
@@ -152,6 +154,28 @@ TEST(Traversal, ClosedGatesAndDisabledBlocks) {
     EXPECT_TRUE(log.text.ends_with("post IfStmt\nelse IfStmt\nvisit StmtBlock\npost StmtBlock\n"));
 }
 
+// Pins are visited unless the visitor has a say in it and says no.
+TEST(Traversal, VisitorsMayDoWithoutPins) {
+    class Choosing : public LogOf<HDNTPinChoiceVisitor> {
+    public:
+        bool visitsPins() const override { return wanted; }
+        bool wanted = false;
+    };
+    const support::Reports silent;
+    const auto library = support::loaded(everything);
+    Log log;
+    Choosing choosing;
+    library->getTypeBlock(0)->accept(log);
+    library->getTypeBlock(0)->accept(choosing);
+    const auto pinsIn = [](const std::string& text) { return text.find("visit Pin\n") != text.npos; };
+    EXPECT_EQ(std::pair(pinsIn(log.text), pinsIn(choosing.text)), std::pair(true, false));
+    EXPECT_NE(choosing.text.find("visit Bus\n"), std::string::npos);
+    choosing.text.clear();
+    choosing.wanted = true;
+    library->getTypeBlock(0)->accept(choosing);
+    EXPECT_EQ(choosing.text, log.text);
+}
+
 TEST(Slots, HaveTheirNumbers) {
     using V = HDNTVisitor;
     EXPECT_EQ(slotOf(&V::enter), 2U);
@@ -183,6 +207,11 @@ TEST(Slots, HaveTheirNumbers) {
     PAIR(PrimGroup, 45);
     PAIR(CompoundExpr, 47);
 #undef PAIR
+    struct Longer : V {
+        virtual void next() {}
+    };
+    EXPECT_EQ(slotOf(&Longer::next), 49U);
+    static_assert(sizeof(V) == sizeof(void*));
 #define NODE(Class)                                                                                                    \
     EXPECT_EQ(std::tuple(slotOf(&Class::check), slotOf(&Class::finalize), slotOf(&Class::accept)),                     \
               std::tuple(2U, 3U, 4U))                                                                                  \

@@ -63,6 +63,7 @@ TEST(HUTConvert, FitsDigitsToTheWidth) {
 TEST(HSTStringUtils, FoldsAsciiOnly) {
     std::string text = "a\xe4z_\x7b`@[";
     EXPECT_EQ(HSTStringUtils::to_upper_copy(text), "A\xe4Z_\x7b`@[");
+    EXPECT_EQ(HSTStringUtils::to_lower_copy("A\xc4Zm_@[9"), "a\xc4zm_@[9");
     HSTStringUtils::to_upper(text);
     EXPECT_EQ(text, "A\xe4Z_\x7b`@[");
     EXPECT_TRUE(HSTStringUtils::istarts_with("Cell_A", "cELL"));

@@ -57,6 +57,7 @@ const char* const ownLibrary = R"(library "own" {
     block "RING_A" { pin "A" input; } mapsto { inst "b" "RING_B"; }
     block "RING_B" { pin "A" input; } mapsto { inst "a" "RING_A"; }
     block "KEPT" { pin "A" input; } modifiedby { inst "g" "NO_SUCH"; signal "s" : "A", "h" "X"; }
+    block "BROKEN" { } mapsto { inst "g" "HOLD"; if (true) signal "D["; }
 }
 )";
 
@@ -249,19 +250,24 @@ TEST_F(ExpandTest, ProblemsAreReportedAndTheRestIsThere) {
     } cases[] = {
         {{"TOP", "--set", "WIDTH=9"},
          "own.btl:34:2: error: DEPTH: The integer value (5) is greater than the allowed minimum (4).\n",
-         "\"DEPTH\" 5;"},
+         "^ *inst \"one\" \"HOLD\";"},
         {{"RING_A", "--deep"},
          "own.btl:48:48: error: Mappings lead in a circle: RING_A -> RING_B -> RING_A\n",
          R"(inst "a" "RING_A";)"},
         {{"KEPT"},
          "own.btl:49:50: error: There is no block NO_SUCH.\nown.btl:49:88: error: There is no instance h.\n",
          R"(signal "s" : "A", "h" "X";)"},
+        {{"BROKEN"},
+         "own.btl:50:60: error: \"D[\" is no name: with brackets it is letters, digits and \"_\" before one bit or a "
+         "range, as in D[3] or D[3:0].\n",
+         R"(inst "g" "HOLD";)"},
     };
     for (const auto& each : cases) {
         const Outcome outcome = own(each.arguments);
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.err, each.err);
         EXPECT_TRUE(hasLine(outcome.out, each.line)) << outcome.out;
+        EXPECT_FALSE(hasLine(outcome.out, "\"DEPTH\"")) << outcome.out;
     }
     const Outcome json = own({"KEPT", "--format", "json"});
     EXPECT_EQ(json.status, 1);
@@ -312,6 +318,19 @@ TEST_F(ExpandTest, DrawingsShowBusesConstantsAndInversions) {
     for (const char* const pattern : {R"(PORT="p1">B\[2,0\]<)", R"( -> n0:p0:w \[penwidth=3, label="A\[3:0\]"\];$)",
                                       R"(style=dashed.* label="u"\];$)"})
         EXPECT_TRUE(hasLine(bus, pattern)) << pattern << " in\n" << bus;
+    const auto repeated = [](const std::string& text, int times) {
+        std::string result;
+        for (int i = 0; i < times; ++i) result += text;
+        return result;
+    };
+    for (const auto& [value, label] : {std::pair("x" + repeated("é", 39), "x" + repeated("é", 39)),
+                                       {"x" + repeated("é", 40), "x" + repeated("é", 36) + "..."}}) {
+        directory.write("text.btl", libraryOf(R"(block "TOP" { property string "T" { default = "" } } block "HOLD" { }
+            mapsto { inst "one" "TOP"; assign block property "one" "T" ")" +
+                                              value + "\"; }"));
+        const std::string text = ntl.run({"expand", "HOLD", "-l", "text.btl", "--format", "dot"}).out;
+        EXPECT_NE(text.find(">T = " + label + "<"), text.npos) << text;
+    }
     const std::string deep = own({"OUTER", "--deep", "--format", "dot"}).out;
     EXPECT_TRUE(hasLine(deep, "^  subgraph cluster_2 \\{$")) << deep;
     EXPECT_TRUE(hasLine(deep, "^    label=<right: TOP expandsto<BR/>")) << deep;

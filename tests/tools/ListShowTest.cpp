@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <regex>
-#include <set>
 
 namespace {
 
@@ -65,115 +64,6 @@ std::vector<std::string> namesIn(const std::string& table) {
     return names;
 }
 
-// The accessors that the public part of a class declares in a header's text.
-std::set<std::string> accessorsOf(const std::string& className) {
-    const std::string header = readFile(NTL_SOURCE_DIR "/hdnt/model/" + className + ".h");
-    const size_t start = header.find("class HDNT_API " + className + " ");
-    const std::string part = header.substr(start, header.find("\nprivate:", start) - start);
-    std::string code = std::regex_replace(part, std::regex("//[^\n]*"), "");
-    code = std::regex_replace(code, std::regex(R"(\{[^{}]*\})"), "");
-    static const std::regex accessor(R"(\b((?:get|is|can|uses|has)[A-Z]\w*|\w+Supported)\s*\()");
-    std::set<std::string> names;
-    for (std::sregex_iterator match(code.begin(), code.end(), accessor), end; match != end; ++match)
-        names.insert((*match)[1]);
-    return names;
-}
-
-using KeyTable = std::map<std::string, std::string>;
-
-// Where the JSON of a block holds what an accessor answers.
-const std::map<std::string, KeyTable>& accessorKeys() {
-    static const KeyTable pinOrBus = {{"getName", "/name"},
-                                      {"getBaseName", "/bus"},
-                                      {"getBus", "/bus"},
-                                      {"getBlock", "/block"},
-                                      {"getDirection", "/direction"},
-                                      {"getType", "/type"},
-                                      {"getRequiredValue", "/requiredValue"},
-                                      {"isTest", "/test"},
-                                      {"isAbstract", "/abstract"},
-                                      {"getPinFunction", "/function"},
-                                      {"getNumProperties", "/properties"},
-                                      {"getProperty", "/properties"},
-                                      {"getPropertyByName", "/properties"}};
-    static const auto with = [](KeyTable table, const KeyTable& more) {
-        for (const auto& [name, key] : more) table[name] = key;
-        return table;
-    };
-    static const std::map<std::string, KeyTable> tables = {
-        {"HDNTBlock",
-         {{"getName", "/name"},
-          {"getLibrary", "/library"},
-          {"getType", "/type"},
-          {"isInternal", "/internal"},
-          {"isTest", "/test"},
-          {"getMaturityLevel", "/maturity"},
-          {"getCanTiePins", "/tieCapable"},
-          {"getNetlist", "/netlist"},
-          {"getAttachedNetlist", "/netlist"},
-          {"getNetlistKind", "/netlistKind"},
-          {"hasOwnNetlist", "/ownNetlist"},
-          {"getReferencedInstanceName", "/referencedInstance"},
-          {"hasPseudoDifferentialExpansion", "/pseudoDifferentialExpansion"},
-          {"getNumPins", "/pinCount"},
-          {"getPin", "/buses/0/pins"},
-          {"getNumBuses", "/busCount"},
-          {"getBus", "/buses"},
-          {"getNumProperties", "/propertyCount"},
-          {"getProperty", "/properties"},
-          {"getPinByName", "/buses/0/pins/0/foundByName"},
-          {"getBusByName", "/buses/0/foundByName"},
-          {"getPropertyByName", "/properties/0/foundByName"},
-          {"getBusPins", "/buses/0/pins"},
-          {"getPrimGroupType", "/group/group"},
-          {"getPrimSubGroupType", "/group/subgroup"},
-          {"canTiePins", "/configuration/canTiePins"},
-          {"usesNibbleSizeHexAttrs", "/configuration/nibbleSizedHex"},
-          {"canBePseudoDifferential", "/configuration/canBePseudoDifferential"},
-          {"internalPinsSupported", "/configuration/internalPinsSupported"},
-          {"getCellArchesCfg", "/configuration/architectures"},
-          {"getMasterDriverPinName", "/configuration/masterDriverPin"},
-          {"getMasterShadowPins", "/configuration/shadowPins"}}},
-        {"HDNTBus", with(pinOrBus, {{"getBaseName", "/baseName"},
-                                    {"getFirstIndex", "/firstIndex"},
-                                    {"getLastIndex", "/lastIndex"},
-                                    {"getFirstPinIndex", "/firstPin"},
-                                    {"getNumProperties", "/propertyCount"}})},
-        {"HDNTPin", with(pinOrBus, {{"getBitIndex", "/bit"},
-                                    {"getPinIndex", "/index"},
-                                    {"getDirectionName", "/direction"},
-                                    {"getTypeName", "/type"}})},
-        {"HDNTProperty",
-         {{"getName", "/name"},
-          {"getType", "/typeNumber"},
-          {"getTypeName", "/type"},
-          {"getAttrSpec", "/hidden"},
-          {"getBlock", "/block"},
-          {"getIndex", "/index"},
-          {"isMuxControl", "/muxControl"},
-          {"isNibbleSized", "/nibbleSized"},
-          {"isPinInversion", "/pinInversion"},
-          {"getBitWidth", "/bitWidth"},
-          {"getAdjustedBitWidth", "/adjustedBitWidth"},
-          {"getPrecision", "/precision"},
-          {"getDescConfig", "/describedByConfiguration"},
-          {"getDeclaredDescription", "/declaredDescription"},
-          {"isMinDeclared", "/minimumDeclared"},
-          {"isMaxDeclared", "/maximumDeclared"},
-          {"isValidValue", "/defaultIsValid"}}},
-    };
-    return tables;
-}
-
-// Accessors that exist once for each type share a key: getMinHexValue, getAllowedIntValues, ...
-std::string typedKey(const std::string& accessor) {
-    static const std::regex typed("get(Default|Min|Max|Allowed)(Int|Double|Bool|String|Hex|Binary)Values?");
-    static const std::map<std::string, std::string> keys = {
-        {"Default", "/default"}, {"Min", "/minimum"}, {"Max", "/maximum"}, {"Allowed", "/values"}};
-    std::smatch match;
-    return std::regex_match(accessor, match, typed) ? keys.at(match[1]) : "";
-}
-
 Json select(const Json& json, const std::vector<std::string>& keys) {
     Json selected = Json::array();
     for (const std::string& key : keys) selected.push_back(json.at(key));
@@ -181,26 +71,6 @@ Json select(const Json& json, const std::vector<std::string>& keys) {
 }
 
 } // namespace
-
-TEST_F(ListShowTest, EveryAccessorHasAKey) {
-    const Json block = richBlock();
-    const std::map<std::string, Json> objects = {{"HDNTBlock", block},
-                                                 {"HDNTBus", block["buses"][0]},
-                                                 {"HDNTPin", block["buses"][0]["pins"][0]},
-                                                 {"HDNTProperty", block["properties"][0]}};
-    for (const auto& [className, object] : objects) {
-        const std::set<std::string> accessors = accessorsOf(className);
-        EXPECT_GE(accessors.size(), 14U) << className;
-        for (const std::string& accessor : accessors) {
-            const KeyTable& table = accessorKeys().at(className);
-            const std::string key = table.count(accessor) ? table.at(accessor) : typedKey(accessor);
-            EXPECT_FALSE(key.empty()) << className << "::" << accessor << " is in no line of the data sheet";
-            EXPECT_TRUE(object.contains(Json::json_pointer(key))) << className << "::" << accessor << " at " << key;
-        }
-        for (const auto& [accessor, key] : accessorKeys().at(className))
-            EXPECT_TRUE(className == "HDNTBus" || className == "HDNTPin" || accessors.count(accessor)) << accessor;
-    }
-}
 
 TEST_F(ListShowTest, JsonHoldsTheDeclaredValues) {
     const Json block = richBlock();

@@ -147,6 +147,96 @@ TEST(PrintedForm, OfExpressionsThatProgramsMake) {
     for (const auto& [expr, text] : cases) EXPECT_EQ(textOf(*expr), text);
 }
 
+// Three that write integers, and pins of instances, in their own way.
+class Quoting : public HDNTPrintVisitor {
+public:
+    using HDNTPrintVisitor::HDNTPrintVisitor;
+    using HDNTPrintVisitor::visit;
+    void visit(HDNTIntConstant* constant) override { add(std::to_string(constant->getValue())); }
+    void visit(HDNTBlockPinName* pin) override {
+        if (pin->instName().empty()) HDNTPrintVisitor::visit(pin);
+        else add(pin->instName() + '.' + pin->pinName());
+    }
+    virtual void add(const std::string& text) {
+        joinWith(", ");
+        addQuotedString(text);
+    }
+};
+class QuotingWithoutSeparators : public Quoting {
+public:
+    using Quoting::Quoting;
+    void add(const std::string& text) override { addQuotedString(text); }
+};
+class WritingAtOnce : public Quoting {
+public:
+    using Quoting::Quoting;
+    void add(const std::string& text) override {
+        Quoting::add(text);
+        print();
+    }
+};
+
+template <typename Visitor>
+std::string lineBy(HDNTNetlistEntity& entity) {
+    const std::string text = support::writtenBy([&](FILE* stream) {
+        Visitor visitor(stream);
+        entity.accept(visitor);
+        visitor.print();
+    });
+    return text.substr(0, text.find('\n'));
+}
+
+TEST(PrintedForm, OfOperandsThatDerivedVisitorsWrite) {
+    using Entity = std::unique_ptr<HDNTNetlistEntity>;
+    auto* const pins =
+        new Pins{new HDNTBlockPinName("U", "A"), new HDNTBlockPinName("", "B"), new HDNTBlockPinName("U", "C")};
+    const struct {
+        Entity entity;
+        const char* quoting;
+        const char* withoutSeparators;
+        const char* atOnce;
+    } cases[] = {
+        {Entity(operation(operation(number(1), HDNTExpr::SUBTRACT, number(2)), HDNTExpr::MULTIPLY,
+                          operation(number(3), HDNTExpr::DIVIDE, operation(nullptr, HDNTExpr::NEGATE, number(4))))),
+         R"-(("1" - "2") * ("3" / -("4")))-", R"-(("1" - "2") * ("3" / -("4")))-", R"-("1" - "2" * "3" / -("4"))-"},
+        {Entity(operation(
+             operation(number(1), HDNTExpr::LESS, number(2)), HDNTExpr::AND,
+             operation(new HDNTBoolConstant(true), HDNTExpr::OR, operation(nullptr, HDNTExpr::NOT, number(3))))),
+         R"-("1" < "2" && (true || "3" == 0))-", R"-("1" < "2" && (true || "3" == 0))-",
+         R"-("1" < "2" && true || "3" == 0)-"},
+        {Entity(new HDNTFunctionCall("f",
+                                     new Exprs{number(1), new HDNTBoolConstant(true),
+                                               new HDNTFunctionCall("g", new Exprs{number(2)}), number(3), number(4)})),
+         R"-(f("1", true, g("2"), "3", "4"))-", R"-(f("1", true, g("2")"3""4"))-", R"-(f("1"true, g("2"), "3""4"))-"},
+        {Entity(new HDNTConnect("N", pins)), R"-( connect "N" : "U.A", "" "B", "U.C";)-",
+         R"-( connect "N" : "U.A", "" "B""U.C";)-", R"-( connect "N" : "U.A""" "B", "U.C";)-"},
+    };
+    for (const auto& [entity, quoting, withoutSeparators, atOnce] : cases) {
+        EXPECT_EQ(lineBy<Quoting>(*entity), quoting);
+        EXPECT_EQ(lineBy<QuotingWithoutSeparators>(*entity), withoutSeparators);
+        EXPECT_EQ(lineBy<WritingAtOnce>(*entity), atOnce);
+    }
+}
+
+TEST(PrintedForm, HelpersAndOperationsJoinEachOthersText) {
+    HDNTIntConstant five(5);
+    HDNTFunctionCall call("f", nullptr);
+    EXPECT_EQ(support::writtenBy([&](FILE* stream) {
+                  HDNTPrintVisitor visitor(stream);
+                  visitor.joinWith("; ");
+                  visitor.addQuotedString("a");
+                  visitor.visit(&five);
+                  visitor.joinWith("; ");
+                  visitor.addQuotedString("b");
+                  call.accept(visitor);
+                  visitor.visit(&five);
+                  visitor.print();
+                  visitor.visit(&five);
+                  visitor.print();
+              }),
+              "\"a\", 5; \"b\", f(), 55");
+}
+
 HDNTIfStmt* ifStmt(HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt) {
     return new HDNTIfStmt(new HDNTBoolConstant(true), thenStmt, elseStmt);
 }
@@ -155,6 +245,12 @@ HDNTStmtBlock* disabled() {
     auto* const block = new HDNTStmtBlock(nullptr);
     block->setEnabled(false);
     return block;
+}
+
+HDNTFunctionCall* statementCall() {
+    auto* const call = new HDNTFunctionCall("f", nullptr);
+    call->setStatement(true);
+    return call;
 }
 
 std::string writtenNetlist(HDNTNetlistEntity* statement, std::vector<std::string>* problems) {
@@ -201,6 +297,10 @@ TEST(SourceForm, NamesStatementsThatNoTextHas) {
          "assignment to \"P\": cannot write a number that is none (NaN)"},
         {new HDNTAssignBlockProperty("U", "P", operation(number(1), HDNTExpr::ADD, nullptr)),
          "assignment to \"P\": cannot write an operation that is not complete"},
+        {new HDNTSignal("D[3]", nullptr),
+         "signal \"D[3]\": cannot write a single signal without pins whose name has brackets, which would be a list"},
+        {new HDNTAssignBlockProperty("U", "P", statementCall()),
+         "assignment to \"P\": cannot write a call as an operand that is marked as a statement"},
         {new HDNTAssignBlockProperty("U", "P", operation(nullptr, HDNTExpr::NOT, new HDNTStringConstant("x"))),
          "assignment to \"P\": cannot write the negation of an expression whose type is not known"},
         {new HDNTAssignBlockProperty("U", "P", new HDNTFunctionCall("if", nullptr)),

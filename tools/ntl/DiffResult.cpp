@@ -31,14 +31,8 @@ std::string summary(const DiffResult& result) {
     return counted(result.differences.size(), "change") + ": " + joined(parts, ", ");
 }
 
-// Bounded, since an expression may be as long as a file; without half a character at the end.
-std::string clipped(const std::string& text) {
-    constexpr size_t most = 160;
-    if (text.size() <= most) return text;
-    size_t end = most;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0U) == 0x80U) --end;
-    return text.substr(0, end) + "...";
-}
+// Bounded, since an expression may be as long as a file.
+std::string clipped(const std::string& text) { return ntl::clipped(text, 160); }
 
 /// Marks a part of the text: a name or a value.
 using Mark = std::string (*)(const std::string&);

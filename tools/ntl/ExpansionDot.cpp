@@ -18,6 +18,8 @@ namespace {
 
 using Expansion = HDNTExpansion;
 
+constexpr size_t longestValue = 40; ///< in characters
+
 enum class Role { Drives, Takes, Both };
 
 // A name as base and bit, -1 when it has none.
@@ -53,11 +55,6 @@ std::string quoted(const std::string& text) {
     std::string result = "\"";
     for (const char c : printable(text)) result += (c == '"' || c == '\\' ? "\\" : "") + std::string(1, c);
     return result + '"';
-}
-
-std::string shortened(const std::string& text) {
-    constexpr size_t longest = 40;
-    return text.size() <= longest ? text : text.substr(0, longest - 3) + "...";
 }
 
 /// What a net reaches: a pin of a node, by its base name and bit, or a whole bus.
@@ -142,7 +139,7 @@ private:
             const size_t node = addBlock(level, html(instance.name), type);
             for (const Expansion::PropertyValue& property : instance.properties)
                 nodes_[node].rows.push_back((property.pin.empty() ? "" : property.pin + " ") + property.name + " = " +
-                                            shortened(Expansion::textOf(property.value)));
+                                            clipped(Expansion::textOf(property.value), longestValue));
             blockNodes_[level].push_back(node);
         }
         if (isKept(level)) keptNodes_[level] = addBlock(level, html(levels_[level].block->getName()), "(stays)");

@@ -145,10 +145,11 @@ void Table::add(std::vector<std::string> cells) {
 
 void Table::addNote(const std::string& text) { lines_.push_back({{printable(text)}, true}); }
 
+static bool beginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xc0U) != 0x80U; }
+
 // Characters, not bytes; wide and combining ones are not told apart.
 static size_t widthOf(const std::string& text) {
-    return static_cast<size_t>(std::count_if(text.begin(), text.end(),
-                                             [](char c) { return (static_cast<unsigned char>(c) & 0xc0U) != 0x80U; }));
+    return static_cast<size_t>(std::count_if(text.begin(), text.end(), beginsCharacter));
 }
 
 std::string Table::text() const {
@@ -172,6 +173,14 @@ std::string Table::text() const {
         result += indent_ + (isHeader ? colored(Color::Bold, row, STDOUT_FILENO) : row) + "\n";
     }
     return result;
+}
+
+std::string clipped(const std::string& text, size_t characters) {
+    if (text.size() <= characters || widthOf(text) <= characters) return text;
+    size_t end = 0;
+    for (size_t left = characters - 3; end < text.size(); ++end)
+        if (beginsCharacter(text[end]) && left-- == 0) break;
+    return text.substr(0, end) + "...";
 }
 
 std::string counted(size_t count, const std::string& noun) {

@@ -14,11 +14,12 @@ class DeadObjectError(Error, ReferenceError):
 
 
 class Location(NamedTuple):
-    """A place in a text; lines and columns count from 1, `file` is None for a text in memory."""
+    """A place in a text; lines and columns count from 1, `file` is None for a text in memory. The places of differences
+    have no `end_column`."""
     file: Optional[str]
     line: int
     column: int
-    end_column: int
+    end_column: Optional[int]
 
     def __str__(self) -> str:
         return "%s:%d:%d" % (self.file or "<text>", self.line, self.column)
