@@ -1,4 +1,5 @@
 // Mappings applied to property values.
+#include "bindings/python/Define.h"
 #include "bindings/python/Functions.h"
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
@@ -149,13 +150,11 @@ py::object expand(const py::object& self, const py::object& values, const py::it
 } // namespace
 
 void addExpanding(py::module_& module) {
-    const py::object type = module.attr("Block");
-    type.attr("expand") = py::cpp_function(
-        expand, py::name("expand"), py::is_method(type), py::arg("values") = py::none(), py::kw_only(),
-        py::arg("connected") = py::tuple(), py::arg("deep") = false, py::arg("architecture") = "",
-        py::arg("functions") = py::none(),
-        "What the mapping makes of these property values, given by name or as a dict: an Expansion. `connected` names "
-        "pins that are connected, `deep` expands the instances in turn, `functions` answers calls by name.");
+    define(module.attr("Block"), "expand",
+           "What the mapping makes of these property values, given by name or as a dict: an Expansion. `connected` "
+           "names pins that are connected, `deep` expands the instances in turn, `functions` answers calls by name.",
+           expand, py::arg("values") = py::none(), py::kw_only(), py::arg("connected") = py::tuple(),
+           py::arg("deep") = false, py::arg("architecture") = "", py::arg("functions") = py::none());
 }
 
 } // namespace hdnt::python

@@ -1,4 +1,5 @@
 #include "bindings/python/Convert.h"
+#include "bindings/python/Define.h"
 #include "bindings/python/Types.h"
 #include "bindings/shared/PropertyFacts.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -102,26 +103,28 @@ void addPropertyType(py::module_& module) {
     const py::object type = makeType(module, "Property", HDNTNodeKind::Property, fields,
                                      "A typed attribute that a block or a bus declares.");
     const auto self = [](const py::object& handle) { return handleOf(handle, typeOf(HDNTNodeKind::Property)); };
-    type.attr("refusal") = py::cpp_function(
+    define(
+        type, "refusal", "Why the property may not have the value; None when it may.",
         [self](const py::object& handle, const py::object& value) {
             const Use use(self(handle));
             return orNone(refusal(propertyOf(use), value));
         },
-        py::name("refusal"), py::is_method(type), py::arg("value"),
-        "Why the property may not have the value; None when it may.");
-    type.attr("accepts") = py::cpp_function(
+        py::arg("value"));
+    define(
+        type, "accepts", "Whether the property may have the value.",
         [self](const py::object& handle, const py::object& value) {
             const Use use(self(handle));
             return refusal(propertyOf(use), value).empty();
         },
-        py::name("accepts"), py::is_method(type), py::arg("value"), "Whether the property may have the value.");
-    type.attr("digits") = py::cpp_function(
+        py::arg("value"));
+    define(
+        type, "digits",
+        "Plain digits of a bit vector in the property's radix and width; values of other types come back as they are.",
         [self](const py::object& handle, const py::object& value, bool keepLeadingZeros) {
             const Use use(self(handle));
             return textObject(propertyOf(use).formatValue(textOf(value), keepLeadingZeros));
         },
-        py::name("digits"), py::is_method(type), py::arg("value"), py::arg("keep_leading_zeros") = true,
-        "Plain digits of a bit vector in the property's radix and width; values of other types come back as they are.");
+        py::arg("value"), py::arg("keep_leading_zeros") = true);
 }
 
 } // namespace hdnt::python

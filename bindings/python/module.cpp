@@ -20,6 +20,8 @@ static void fill(py::module_& module) {
             setPythonError();
         }
     });
+    py::options options;                   // for this scope
+    options.disable_function_signatures(); // `define` says them as `inspect` reads them
     makeNodeType(module);
     addViews(module);
     addLibraryType(module);

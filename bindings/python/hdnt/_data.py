@@ -8,6 +8,9 @@ if TYPE_CHECKING:
 class Error(Exception):
     """What the library refuses to do."""
 
+    def __init__(self, *args: object) -> None:
+        super().__init__(*args)
+
 
 class DeadObjectError(Error, ReferenceError):
     """Use of an object whose library was closed or released, or that was replaced."""
@@ -62,6 +65,9 @@ class LoadError(Error):
 
 class LoadWarning(UserWarning):
     """A library was loaded, and something in its text was passed over."""
+
+    def __init__(self, *args: object) -> None:
+        super().__init__(*args)
 
 
 class CheckResult(NamedTuple):
