@@ -1,9 +1,40 @@
 """The package as such: names and signatures, documentation, types, metadata, and the tool behind it."""
+import importlib.metadata
 import inspect
+import os
 import pydoc
+import subprocess
+import sys
 import unittest
 
 import hdnt
+
+ENVIRONMENT = {name: value for name, value in os.environ.items() if name != "LD_PRELOAD"}
+
+
+def output(*command):
+    return subprocess.run(command, stdout=subprocess.PIPE, check=True, env=ENVIRONMENT, encoding="utf-8").stdout
+
+
+class Metadata(unittest.TestCase):
+    def test_version(self):
+        self.assertEqual(importlib.metadata.version("hdnt"), hdnt.__version__)
+        self.assertEqual(output(os.environ["NTL_TOOL"], "--version").split(), ["ntl", hdnt.__version__])
+        self.assertIn("cmake", importlib.metadata.distribution("hdnt").read_text("INSTALLER"))
+
+    def test_module_runs_the_tool(self):
+        def run(*arguments):
+            return subprocess.run([sys.executable, "-m", "hdnt", *arguments], stdout=subprocess.PIPE,
+                                  stderr=subprocess.PIPE, check=False, env=ENVIRONMENT, encoding="utf-8")
+        shown = run("show", "--json", "FLOP_RISE")
+        self.assertEqual((shown.returncode, shown.stderr), (0, ""))
+        self.assertEqual(shown.stdout, output(os.environ["NTL_TOOL"], "show", "--json", "FLOP_RISE"))
+        for arguments in (["show", "NO SUCH  BLOCK"], ["--none"]):
+            own = subprocess.run([os.environ["NTL_TOOL"], *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                 check=False, env=ENVIRONMENT, encoding="utf-8")
+            done = run(*arguments)
+            self.assertNotEqual(done.returncode, 0)
+            self.assertEqual((done.returncode, done.stderr), (own.returncode, own.stderr))
 
 
 def members(kind):

@@ -22,6 +22,7 @@ from ._hdnt import (Block, BlockAssign, BoolConstant, Bus, Call, Connect, Double
                     Instance, IntConstant, Library, Netlist, Node, Operation, Pin, PinAssign, PinRef, Property, Signal,
                     Statements, StringConstant, View, add_search_directory, architecture, common, error_count,
                     live_handles, parameter, release, set_architecture, set_parameter, simulation)
+from ._hdnt import __version__
 from ._visitor import Visitor
 
 __all__ = [name for name in dir() if not name.startswith("_")] + ["check", "check_all", "diff", "load"]

@@ -22,6 +22,8 @@ from ._data import Problem as Problem
 from ._data import PropertyValue as PropertyValue
 from ._visitor import Visitor as Visitor
 
+__version__: str
+
 _T = TypeVar("_T", bound=Node)
 _D = TypeVar("_D")
 _Path = Union[str, bytes, PathLike[str], PathLike[bytes]]
