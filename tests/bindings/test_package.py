@@ -1,19 +1,58 @@
 """The package as such: names and signatures, documentation, types, metadata, and the tool behind it."""
 import importlib.metadata
 import inspect
+import json
 import os
+import pathlib
 import pydoc
+import re
 import subprocess
 import sys
+import tempfile
+import typing
 import unittest
 
 import hdnt
+from hdnt import _words
 
 ENVIRONMENT = {name: value for name, value in os.environ.items() if name != "LD_PRELOAD"}
 
 
 def output(*command):
     return subprocess.run(command, stdout=subprocess.PIPE, check=True, env=ENVIRONMENT, encoding="utf-8").stdout
+
+
+class Words(unittest.TestCase):
+    TYPES = {name: list(typing.get_args(kind)) for name, kind in vars(_words).items() if typing.get_args(kind)}
+
+    def test_words_are_those_of_the_library(self):
+        lines = [line.split("\t") for line in output(os.environ["HDNT_WORDS"]).splitlines()]
+        expected = {line[0]: set(line[1:]) for line in lines}
+        expected["Severity"] = {"error", "warning"}
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder, "empty.btl")
+            path.write_text('library "l" { }')
+            rules = json.loads(output(os.environ["NTL_TOOL"], "check", "--format=sarif", path))["runs"][0]["tool"]
+        expected["Code"] = {rule["id"] for rule in rules["driver"]["rules"]} - {"unusable-input"}
+        self.assertEqual({name: set(words) for name, words in self.TYPES.items()}, expected)
+        self.assertEqual([name for name, words in self.TYPES.items() if len(words) != len(set(words))], [])
+
+    def test_types_have_words_of_their_own_nowhere_else(self):
+        files = list(pathlib.Path(hdnt.__file__).parent.glob("*.py*"))
+        self.assertIn("__init__.pyi", [path.name for path in files])
+        self.assertEqual([path.name for path in files if re.search(r"\bLiteral\b", path.read_text(errors="replace"))],
+                         ["_words.py"])
+
+    def test_what_the_shipped_libraries_answer(self):
+        blocks = hdnt.common().blocks
+        pins = [pin for block in blocks for pin in block.pins]
+        for name, found in (("PinType", {pin.type for pin in pins}), ("Direction", {pin.direction for pin in pins}),
+                            ("Required", {pin.required for pin in pins} - {None}),
+                            ("Maturity", {block.maturity for block in blocks}),
+                            ("ValueType", {one.type for block in blocks for one in block.properties}),
+                            ("Section", {block.netlist.section for block in blocks if block.netlist})):
+            self.assertLessEqual(found, set(self.TYPES[name]))
+            self.assertTrue(found, name)
 
 
 class Metadata(unittest.TestCase):

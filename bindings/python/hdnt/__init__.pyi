@@ -1,6 +1,6 @@
 from collections.abc import Callable, ItemsView, Iterable, Iterator, KeysView, Mapping, Sequence
 from os import PathLike
-from typing import Literal, Protocol, TypeVar, Union, final, overload
+from typing import Protocol, TypeVar, Union, final, overload
 
 from ._data import Branch as Branch
 from ._data import CheckResult as CheckResult
@@ -21,6 +21,13 @@ from ._data import Origin as Origin
 from ._data import Problem as Problem
 from ._data import PropertyValue as PropertyValue
 from ._visitor import Visitor as Visitor
+from ._words import Direction as _Direction
+from ._words import Maturity as _Maturity
+from ._words import Operator as _Operator
+from ._words import PinType as _PinType
+from ._words import Required as _Required
+from ._words import Section as _Section
+from ._words import ValueType as _ValueType
 
 __version__: str
 
@@ -28,9 +35,6 @@ _T = TypeVar("_T", bound=Node)
 _D = TypeVar("_D")
 _Path = Union[str, bytes, PathLike[str], PathLike[bytes]]
 _Value = Union[bool, int, float, str]
-_PinType = Literal["data", "clear", "clock", "enable", "mixed", "preset", "reset", "set", "setReset", "writeEnable"]
-_Direction = Literal["input", "output", "bidir", "internal"]
-_Required = Literal["active", "mustConnect", "tieLow", "tieHigh", "tieSpecial", "untie"]
 _Functions = Mapping[str, Callable[..., Union[_Value, None]]]
 
 class _Writable(Protocol):
@@ -117,7 +121,7 @@ class Block(Node):
     @property
     def is_registered(self) -> bool: ...
     @property
-    def maturity(self) -> Literal["early", "beta", "production", "deprecated"]: ...
+    def maturity(self) -> _Maturity: ...
     @property
     def is_test(self) -> bool: ...
     @property
@@ -231,7 +235,7 @@ class Property(Node):
     @property
     def name(self) -> str: ...
     @property
-    def type(self) -> Literal["bool", "int", "double", "string", "bithex", "bitbinary"]: ...
+    def type(self) -> _ValueType: ...
     @property
     def type_number(self) -> int: ...
     @property
@@ -291,16 +295,16 @@ class Function(Node):
     @property
     def name(self) -> str: ...
     @property
-    def type(self) -> str: ...
+    def type(self) -> _ValueType: ...
     @property
-    def arguments(self) -> tuple[str, ...]: ...
+    def arguments(self) -> tuple[_ValueType, ...]: ...
 
 _Statement = Union[If, Statements, Instance, Signal, Connect, BlockAssign, PinAssign, Expression]
 
 @final
 class Netlist(Node):
     @property
-    def section(self) -> Literal["mapsto", "expandsto", "modifiedby", "retargetsto"]: ...
+    def section(self) -> _Section: ...
     @property
     def block(self) -> Block: ...
     @property
@@ -404,7 +408,7 @@ class Statements(Node):
 
 class Expression(Node):
     @property
-    def type(self) -> str: ...
+    def type(self) -> _ValueType: ...
     def evaluate(self, functions: _Functions | None = ...) -> _Value | None: ...
     def accept(self, visitor: Visitor) -> None: ...
 
@@ -422,7 +426,7 @@ class Call(Expression):
 @final
 class Operation(Expression):
     @property
-    def operator(self) -> str: ...
+    def operator(self) -> _Operator: ...
     @property
     def left(self) -> Expression | None: ...
     @property

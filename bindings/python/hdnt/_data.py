@@ -1,6 +1,8 @@
 """Plain data that the package hands out, and its exceptions."""
 from typing import TYPE_CHECKING, Iterable, NamedTuple, Optional, Tuple, Union
 
+from ._words import Change, Code, Effect, Element, Facet, Section, Severity
+
 if TYPE_CHECKING:
     from . import Block
 
@@ -29,8 +31,8 @@ class Location(NamedTuple):
 
 class Diagnostic(NamedTuple):
     """An error or a warning. Place and source line are None or empty where they are not known."""
-    severity: str
-    code: str
+    severity: Severity
+    code: Code
     file: Optional[str]
     line: Optional[int]
     column: Optional[int]
@@ -89,10 +91,10 @@ class CheckResult(NamedTuple):
 
 class Difference(NamedTuple):
     """One difference of two models."""
-    effect: str
-    change: str
-    element: str
-    facet: str
+    effect: Effect
+    change: Change
+    element: Element
+    facet: Facet
     block: Optional[str]
     path: str
     old: str
@@ -158,7 +160,7 @@ class Level(NamedTuple):
     """One mapped block; `path` joins instance names by "/", empty for the outermost."""
     block: "Block"
     path: str
-    section: str
+    section: Section
     outer: Optional[int]
     location: Optional[Location]
     branches: Tuple[Branch, ...]
