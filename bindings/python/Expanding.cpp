@@ -3,13 +3,15 @@
 #include "bindings/python/Functions.h"
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
+#include "bindings/python/Values.h"
 #include "bindings/python/View.h"
+#include "bindings/shared/PropertyFacts.h"
 #include "bindings/shared/Words.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTExpansion.h"
 
-#include <climits>
+#include <optional>
 
 namespace hdnt::python {
 
@@ -97,30 +99,15 @@ private:
     py::object originClass_ = dataClass("Origin");
 };
 
-Expansion::Value valueFor(const HDNTBlock& block, const std::string& name, const py::handle& value) {
-    if (PyBool_Check(value.ptr())) return value.cast<bool>();
-    if (PyFloat_Check(value.ptr())) return value.cast<double>();
-    if (PyUnicode_Check(value.ptr())) return textOf(value);
-    if (!PyLong_Check(value.ptr()))
-        throw py::type_error(name + ": a bool, int, float or str is wanted, not " + Py_TYPE(value.ptr())->tp_name);
-    const HDNTProperty* const property = block.getPropertyByName(name);
-    if (property && property->getType() == HATAttrTypes::TypeDouble) return value.cast<double>();
-    int overflow = 0;
-    const long number = PyLong_AsLongAndOverflow(value.ptr(), &overflow);
-    if (overflow != 0 || number > INT_MAX || number < INT_MIN)
-        throw py::value_error(name + ": the number has more than 32 bits");
-    return static_cast<int>(number);
-}
-
-[[noreturn]] void refuse(const HDNTBlock& block, const std::string& reason) {
-    throw py::value_error(block.getName() + ": " + reason);
-}
-
 void setProperties(Expansion& expansion, const HDNTBlock& block, const py::dict& values) {
     for (const auto& [key, value] : values) {
         const std::string name = textOf(key);
+        const auto refusal = [&, &given = value] { return scripts::refusalText(block, name, textOf(py::repr(given))); };
+        const bool isPlain = PyLong_Check(value.ptr()) || PyFloat_Check(value.ptr()) || PyUnicode_Check(value.ptr());
+        if (!isPlain) throw py::type_error(refusal());
+        const std::optional<Expansion::Value> plain = valueFor(block.getPropertyByName(name), value);
         std::string reason;
-        if (!expansion.setProperty(name, valueFor(block, name, value), reason)) refuse(block, reason);
+        if (!plain || !expansion.setProperty(name, *plain, reason)) throw py::value_error(refusal());
     }
 }
 
@@ -135,7 +122,7 @@ py::object expand(const py::object& self, const py::object& values, const py::it
     setProperties(expansion, block, more);
     for (const py::handle pin : connected) {
         std::string reason;
-        if (!expansion.connect(textOf(pin), reason)) refuse(block, reason);
+        if (!expansion.connect(textOf(pin), reason)) throw py::value_error(reason);
     }
     PythonFunctions table(functions);
     py::object result;

@@ -2,6 +2,7 @@
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
+#include "bindings/shared/Parameters.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/manager/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -188,15 +189,21 @@ void releaseManaged() {
 
 PyType_Slot slot(int id, void* function) { return {id, function}; }
 
+HPAParamMgr& parametersWith(const std::string& name) {
+    const std::string reason = scripts::unknownParameter(name);
+    if (!reason.empty()) throw py::value_error(reason);
+    return *HPAParamMgr::getParamMgr();
+}
+
 void addParameters(py::module_& module) {
     define(
         module, "parameter", "Whether a parameter of the process is on, as in \"ntl.enableMapLib\".",
-        [](const std::string& name) { return HPAParamMgr::getParamMgr()->getValueAsBool(name); }, py::arg("name"));
+        [](const std::string& name) { return parametersWith(name).getValueAsBool(name); }, py::arg("name"));
     define(
         module, "set_parameter", "Sets a parameter of the process; None leaves it to the environment again.",
         [](const std::string& name, const std::optional<bool>& value) {
-            if (value) HPAParamMgr::getParamMgr()->setValueAsBool(name, *value);
-            else HPAParamMgr::getParamMgr()->unset(name);
+            if (value) parametersWith(name).setValueAsBool(name, *value);
+            else parametersWith(name).unset(name);
         },
         py::arg("name"), py::arg("value"));
     define(module, "architecture", "The current architecture; empty when there is none.",
