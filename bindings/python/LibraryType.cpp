@@ -43,6 +43,10 @@ PyObject* isClosed(PyObject* self, void*) noexcept {
     return PyBool_FromLong(isDead(reinterpret_cast<Handle*>(self)) ? 1 : 0);
 }
 
+PyObject* names(PyObject* self, void*) noexcept {
+    return guarded([&] { return namesOf(self, scripts::ownBlocks); });
+}
+
 PyObject* functions(PyObject* self, void*) noexcept {
     return guarded([&] {
         const Use use(self);
@@ -69,6 +73,7 @@ PyGetSetDef fields[] = {
     {"closed", isClosed, nullptr, "Whether it is gone.", nullptr},
     {"blocks", viewOf<scripts::ownBlocks>, nullptr, "Its own blocks, as a sequence that is also asked by name.",
      nullptr},
+    {"names", names, nullptr, "Tuple of the names of its own blocks.", nullptr},
     {"all_blocks", viewOf<scripts::allBlocks>, nullptr, "Its own blocks, then those of its parents.", nullptr},
     {"functions", functions, nullptr, "Tuple of its own function declarations.", nullptr},
     field<droppedMappings>("dropped_mappings", "Mappings whose block was not found: (block name, reason, Location)."),

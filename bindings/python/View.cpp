@@ -1,7 +1,5 @@
 #include "bindings/python/View.h"
 
-#include "hdnt/model/HDNTBlock.h"
-
 #include <cstdlib>
 
 namespace hdnt::python {
@@ -56,7 +54,7 @@ PyObject* nextOf(PyObject* self) noexcept {
         const Use use(iterator->owner);
         if (iterator->next >= iterator->kind->size(*use.node())) return nullptr;
         HDNTNode* const node = iterator->kind->at(*use.node(), iterator->next++);
-        return iterator->names ? toPython(static_cast<HDNTBlock*>(node)->getName()) : wrap(node, use.library());
+        return iterator->names ? toPython(scripts::nameOf(*node)) : wrap(node, use.library());
     });
 }
 
@@ -141,6 +139,10 @@ Py_hash_t hashOf(PyObject* self) noexcept {
     return hash == -1 ? -2 : hash;
 }
 
+PyObject* namesIn(PyObject* self, void*) noexcept {
+    return guarded([&] { return namesOf(viewAt(self)->owner, *viewAt(self)->kind); });
+}
+
 PyObject* represent(PyObject* self) noexcept {
     return guarded([&] {
         const View& view = *viewAt(self);
@@ -159,6 +161,13 @@ PyObject* makeView(PyObject* owner, const Listing& kind) {
     return reinterpret_cast<PyObject*>(view);
 }
 
+PyObject* namesOf(PyObject* owner, const Listing& kind) {
+    const Use use(owner);
+    std::vector<std::string> names(kind.size(*use.node()));
+    for (size_t i = 0; i < names.size(); ++i) names[i] = scripts::nameOf(*kind.at(*use.node(), i));
+    return toPython(names);
+}
+
 PyObject* iterateNames(PyObject* library) { return makeIterator(library, scripts::ownBlocks, true); }
 
 template <typename Function>
@@ -175,7 +184,10 @@ static PyTypeObject* newType(const char* name, int size, PyType_Slot* slots) {
 }
 
 void addViews(py::module_& module) {
+    static PyGetSetDef fields[] = {
+        {"names", namesIn, nullptr, "Tuple of the names of what is in it, in its order.", nullptr}, noMoreFields};
     PyType_Slot viewSlots[] = {
+        {Py_tp_getset, fields},
         slot(Py_tp_dealloc, releaseOwner<View>),
         slot(Py_tp_iter, iterate),
         slot(Py_tp_repr, represent),

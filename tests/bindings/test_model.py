@@ -164,6 +164,33 @@ class Containers(unittest.TestCase):
                 with self.assertRaises(error):
                     view[absent]
 
+    def test_views_answer_names_as_the_library_does(self):
+        block = hdnt.common()["ADD_CHAIN_8"]
+        for view in (hdnt.common(), hdnt.simulation().all_blocks, hdnt.common().blocks, block.pins, block.buses,
+                     block.properties, block.buses[0].pins, block.buses[0].properties, block.pins[0].properties):
+            names = tuple(item.name for item in view.values())
+            self.assertEqual((view.names, tuple(view.keys()), len(view.keys())), (names, names, len(names)))
+            self.assertEqual(list(view.items()), list(zip(names, view.values())))
+            self.assertEqual(dict(view), dict(view.items()))
+            self.assertEqual(view.keys() & {"NONE", *names[:1]}, set(names[:1]))
+            for absent in ("NONE", 0, -1, None, 1.5, block, slice(None)):
+                self.assertIs(view.get(absent), None)
+                self.assertEqual(view.get(absent, default=7), 7)
+                self.assertNotIn(absent, view.keys())
+            self.assertNotIn(("NONE", None), view.items())
+            for name, item in view.items():
+                self.assertIs(view.get(name), item)
+                self.assertIn(name, view.keys())
+                self.assertIn((name, item), view.items())
+        first = block.pins[1]
+        self.assertEqual([block.pins.index(first), block.pins.index(first.name), block.pins.count(first),
+                          block.pins.count(first.name), block.pins.count("NONE")], [1, 1, 1, 1, 0])
+        for absent in ("NONE", block, 0):
+            with self.assertRaises(ValueError):
+                block.pins.index(absent)
+        with self.assertRaises(ValueError):
+            block.pins.index(first, 2)
+
     def test_views_are_equal_when_they_are_of_the_same(self):
         block = hdnt.common()["ADD_CHAIN_8"]
         self.assertEqual(block.pins, block.pins)

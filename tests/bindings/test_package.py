@@ -112,7 +112,7 @@ class Documentation(unittest.TestCase):
     def test_signatures(self):
         for item, expected in ((hdnt.load, "(path, parent=None, *, check=False)"), (hdnt.common, "()"),
                                (hdnt.set_parameter, "(name, value)"), (hdnt.Block.pin_tuples, "(self)"),
-                               (hdnt.common().find, "(name)"),
+                               (hdnt.common().find, "(name)"), (hdnt.Library.get, "(self, name, default=None)"),
                                (hdnt.common()["FLOP_RISE"].expand, "(values=None, *, connected=(), deep=False, "
                                                                    "architecture='', functions=None, **more)"),
                                (hdnt.Property.digits, "(self, value, keep_leading_zeros=True)")):
