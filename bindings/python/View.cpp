@@ -1,5 +1,6 @@
 #include "bindings/python/View.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace hdnt::python {
@@ -143,11 +144,26 @@ PyObject* namesIn(PyObject* self, void*) noexcept {
     return guarded([&] { return namesOf(viewAt(self)->owner, *viewAt(self)->kind); });
 }
 
-PyObject* represent(PyObject* self) noexcept {
+// The first few names, too. Of a view that is dead only what it was.
+std::string contents(const View& view) {
+    constexpr size_t most = 5;
+    try {
+        const Use use(view.owner);
+        const size_t size = view.kind->size(*use.node());
+        std::string text = " (" + std::to_string(size) + (size > 0 ? "): " : ")");
+        for (size_t i = 0; i < std::min(size, most); ++i)
+            text += (i > 0 ? ", '" : "'") + scripts::nameOf(*view.kind->at(*use.node(), i)) + "'";
+        return size > most ? text + ", ..." : text;
+    } catch (const Gone&) {
+        return "";
+    }
+}
+
+PyObject* representView(PyObject* self) noexcept {
     return guarded([&] {
         const View& view = *viewAt(self);
         return toPython("<" + std::string(view.kind->name) + " of " + describe(reinterpret_cast<Handle*>(view.owner)) +
-                        ">");
+                        contents(view) + ">");
     });
 }
 
@@ -190,7 +206,7 @@ void addViews(py::module_& module) {
         {Py_tp_getset, fields},
         slot(Py_tp_dealloc, releaseOwner<View>),
         slot(Py_tp_iter, iterate),
-        slot(Py_tp_repr, represent),
+        slot(Py_tp_repr, representView),
         slot(Py_tp_hash, hashOf),
         slot(Py_tp_richcompare, compare),
         slot(Py_mp_length, sizeOf),

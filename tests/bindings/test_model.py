@@ -191,6 +191,44 @@ class Containers(unittest.TestCase):
         with self.assertRaises(ValueError):
             block.pins.index(first, 2)
 
+    def test_representations_show_what_is_inside(self):
+        folder = os.path.join(os.environ["NTL_SOURCE_DIR"], "data", "examples")
+        library = hdnt.load(os.path.join(folder, "first.btl"))
+        gate, bank = library["GATE_AND_2"], library["FLOP_BANK_8_ENABLE"]
+        self.assertEqual(repr(library), "<hdnt.Library 'first' of %d blocks>" % len(library))
+        self.assertEqual(repr(gate), "<hdnt.Block 'GATE_AND_2' %d pins, %d properties>" %
+                         (len(gate.pins), len(gate.properties)))
+        pin, one = bank.pins[0], bank.properties[0]
+        self.assertEqual(repr(pin), "<hdnt.Pin '%s' %s %s>" % (pin.name, pin.direction, pin.type))
+        self.assertEqual(repr(pin.bus), "<hdnt.Bus '%s' %s %s>" % (pin.bus.name, pin.direction, pin.type))
+        self.assertEqual(repr(one), "<hdnt.Property '%s' %s, default %r>" % (one.name, one.type, one.default))
+        self.assertEqual(repr(gate.pins), "<pins of hdnt.Block 'GATE_AND_2' (%d): %s>" %
+                         (len(gate.pins), ", ".join("'%s'" % name for name in gate.pins.names)))
+        self.assertEqual(repr(hdnt.common().blocks), "<blocks of hdnt.Library '%s' (%d): %s, ...>" % (
+            hdnt.common().name, len(hdnt.common()), ", ".join("'%s'" % name for name in hdnt.common().names[:5])))
+        self.assertEqual(repr(gate.pins[0].properties), "<properties of hdnt.Pin '%s' (0)>" % gate.pins[0].name)
+        views = [library.blocks, bank.pins]
+        library.close()
+        self.assertEqual([repr(view) for view in views],
+                         ["<blocks of hdnt.Library (gone)>", "<pins of hdnt.Block (gone)>"])
+
+    def test_representations_of_mappings_are_short(self):
+        kinds = set()
+
+        def show(node):
+            kinds.add(type(node))
+            self.assertRegex(repr(node), "^<hdnt.%s.{0,160}>$" % type(node).__name__)
+
+        visitor = type("Showing", (hdnt.Visitor,), {name: lambda self, node: show(node) for name in dir(hdnt.Visitor)
+                                                    if name.startswith("visit_")})()
+        hdnt.common().accept(visitor)
+        self.assertGreaterEqual(len(kinds), 17)
+        mapping = hdnt.common()["ADD_CHAIN_8"].netlist
+        one = mapping.instances[0]
+        self.assertEqual([repr(mapping), repr(one)],
+                         ["<hdnt.Netlist %s of %d instances>" % (mapping.section, len(mapping.instances)),
+                          "<hdnt.Instance '%s' of '%s'>" % (one.name, one.type_name)])
+
     def test_views_are_equal_when_they_are_of_the_same(self):
         block = hdnt.common()["ADD_CHAIN_8"]
         self.assertEqual(block.pins, block.pins)
