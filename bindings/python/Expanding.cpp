@@ -70,8 +70,8 @@ private:
     }
     py::object level(const Expansion::Level& level) {
         return dataClass("Level")(
-            block(level.block), textObject(level.path), scripts::sectionWord(level.section), index(level.outer),
-            place(level.location),
+            block(level.block), textObject(level.block->getName()), textObject(level.path),
+            scripts::sectionWord(level.section), index(level.outer), place(level.location),
             list(level.branches, [&](const auto& b) { return dataClass("Branch")(b.taken, origin(b.origin)); }),
             list(level.instances, [&](const auto& item) { return instance(item); }),
             list(level.signals,

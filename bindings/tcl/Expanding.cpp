@@ -57,7 +57,7 @@ private:
 
     Obj level(const Expansion::Level& level) {
         Dict all;
-        all.put("block", block(level.block)).put("path", level.path);
+        all.put("block", block(level.block)).put("type", level.block->getName()).put("path", level.path);
         all.put("section", scripts::sectionWord(level.section)).put("outer", index(level.outer));
         all.put("location", place(level.location));
         all.put("branches", listOf(level.branches, [](const auto& branch) {

@@ -1,8 +1,10 @@
 """Mappings, expressions, visitors, texts and differences."""
+import copy
 import io
 import json
 import os
 import pathlib
+import pickle
 import subprocess
 import tempfile
 import textwrap
@@ -117,6 +119,37 @@ class Operations(unittest.TestCase):
             with self.assertRaisesRegex(ValueError, "block %s: property NONE may not be 1, since there is none of that "
                                                     "name; properties: %s$" % (one.name, names)):
                 one.expand(NONE=1)
+
+    def test_expansions_are_plain_data(self):
+        def steps(count):
+            return count
+        result = self.block.expand(functions={"steps": steps})
+        self.assertEqual((result.connections, self.library["FLOP_FALL"].expand().connections), ((), ()))
+        chain = hdnt.common()["COUNT_UP_8_LOAD"].expand(deep=True)
+        self.assertGreater(len(chain.connections), 10)
+        self.assertIs(chain.connections, chain.levels[0].connections)
+        self.assertEqual([level.type for level in chain.levels], [level.block.name for level in chain.levels])
+        self.library.close()
+        for one in (result, chain):
+            again = pickle.loads(pickle.dumps(one))
+            self.assertEqual(pickle.loads(pickle.dumps(again)), again)
+            self.assertEqual([level._replace(block=None, instances=()) for level in again.levels],
+                             [level._replace(block=None, instances=()) for level in one.levels])
+            self.assertEqual([item for level in again.levels for item in level.instances],
+                             [item._replace(block=None) for level in one.levels for item in level.instances])
+            self.assertEqual((again.problems, again.levels[0].block), (one.problems, None))
+            self.assertIs(copy.deepcopy(one).levels[0].block, copy.copy(one.levels[0]).block)
+            self.assertIs(copy.copy(one.levels[0]).block, one.levels[0].block)
+
+    def test_expansions_print_short(self):
+        chain = hdnt.common()["COUNT_UP_8_LOAD"].expand(deep=True)
+        self.assertGreater(len(chain.levels), 1)
+        self.assertEqual(str(chain), "<hdnt.Expansion of 'COUNT_UP_8_LOAD': %d levels, %d instances, %d connections, "
+                         "0 problems>" % (len(chain.levels), len(chain.instances), len(chain.connections)))
+        for item in chain.levels + chain.instances + chain.connections:
+            self.assertRegex(repr(item), "^<hdnt.%s '.{1,100}>$" % type(item).__name__)
+        self.assertIn("%d instance" % len(chain.instances), repr(chain.levels[0]))
+        self.assertIn("without a mapping", repr(self.library["FLOP_FALL"].expand()))
 
     def test_parameters_are_known_ones(self):
         name = "arch.enableTestFeatures"
