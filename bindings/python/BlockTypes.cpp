@@ -1,3 +1,4 @@
+#include "bindings/python/Define.h"
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
@@ -215,21 +216,18 @@ void addBlockTypes(py::module_& module) {
     makeType(module, "Pin", HDNTNodeKind::Pin, pinFields, "One bit of a bus, or a single pin.");
     makeType(module, "Bus", HDNTNodeKind::Bus, busFields, "A pin declaration, single or ranged.");
     const py::object type = makeType(module, "Block", HDNTNodeKind::Block, blockFields, "A primitive of a library.");
-    const auto method = [&](const char* name, auto&& function, auto&&... more) {
-        type.attr(name) = py::cpp_function(function, py::name(name), py::is_method(type), more...);
-    };
-    method(
-        "netlist_for",
+    define(
+        type, "netlist_for", "The mapping for an architecture; None when there is none.",
         [](const py::object& self, const py::object& architecture) {
             const Use use(handleOf(self, typeOf(HDNTNodeKind::Block)));
             const std::string name = textOf(architecture);
             return object(netlistOf(use, &name));
         },
-        py::arg("architecture"), "The mapping for an architecture; None when there is none.");
-    method("pin_tuples", pinTuples, "All pins at once: a list of (name, direction, type, required).");
-    method("bus_tuples", busTuples,
-           "All pin declarations at once: a list of (base name, range, direction, type, required).");
-    method("property_dict", propertyDict, "All properties at once: their defaults by name.");
+        py::arg("architecture"));
+    define(type, "pin_tuples", "All pins at once: a list of (name, direction, type, required).", pinTuples);
+    define(type, "bus_tuples", "All pin declarations at once: a list of (base name, range, direction, type, required).",
+           busTuples);
+    define(type, "property_dict", "All properties at once: their defaults by name.", propertyDict);
 }
 
 } // namespace hdnt::python

@@ -1,14 +1,17 @@
 // Mappings applied to property values.
+#include "bindings/python/Define.h"
 #include "bindings/python/Functions.h"
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
+#include "bindings/python/Values.h"
 #include "bindings/python/View.h"
+#include "bindings/shared/PropertyFacts.h"
 #include "bindings/shared/Words.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTExpansion.h"
 
-#include <climits>
+#include <optional>
 
 namespace hdnt::python {
 
@@ -67,8 +70,8 @@ private:
     }
     py::object level(const Expansion::Level& level) {
         return dataClass("Level")(
-            block(level.block), textObject(level.path), scripts::sectionWord(level.section), index(level.outer),
-            place(level.location),
+            block(level.block), textObject(level.block->getName()), textObject(level.path),
+            scripts::sectionWord(level.section), index(level.outer), place(level.location),
             list(level.branches, [&](const auto& b) { return dataClass("Branch")(b.taken, origin(b.origin)); }),
             list(level.instances, [&](const auto& item) { return instance(item); }),
             list(level.signals,
@@ -96,30 +99,15 @@ private:
     py::object originClass_ = dataClass("Origin");
 };
 
-Expansion::Value valueFor(const HDNTBlock& block, const std::string& name, const py::handle& value) {
-    if (PyBool_Check(value.ptr())) return value.cast<bool>();
-    if (PyFloat_Check(value.ptr())) return value.cast<double>();
-    if (PyUnicode_Check(value.ptr())) return textOf(value);
-    if (!PyLong_Check(value.ptr()))
-        throw py::type_error(name + ": a bool, int, float or str is wanted, not " + Py_TYPE(value.ptr())->tp_name);
-    const HDNTProperty* const property = block.getPropertyByName(name);
-    if (property && property->getType() == HATAttrTypes::TypeDouble) return value.cast<double>();
-    int overflow = 0;
-    const long number = PyLong_AsLongAndOverflow(value.ptr(), &overflow);
-    if (overflow != 0 || number > INT_MAX || number < INT_MIN)
-        throw py::value_error(name + ": the number has more than 32 bits");
-    return static_cast<int>(number);
-}
-
-[[noreturn]] void refuse(const HDNTBlock& block, const std::string& reason) {
-    throw py::value_error(block.getName() + ": " + reason);
-}
-
 void setProperties(Expansion& expansion, const HDNTBlock& block, const py::dict& values) {
     for (const auto& [key, value] : values) {
         const std::string name = textOf(key);
+        const auto refusal = [&, &given = value] { return scripts::refusalText(block, name, textOf(py::repr(given))); };
+        const bool isPlain = PyLong_Check(value.ptr()) || PyFloat_Check(value.ptr()) || PyUnicode_Check(value.ptr());
+        if (!isPlain) throw py::type_error(refusal());
+        const std::optional<Expansion::Value> plain = valueFor(block.getPropertyByName(name), value);
         std::string reason;
-        if (!expansion.setProperty(name, valueFor(block, name, value), reason)) refuse(block, reason);
+        if (!plain || !expansion.setProperty(name, *plain, reason)) throw py::value_error(refusal());
     }
 }
 
@@ -134,7 +122,7 @@ py::object expand(const py::object& self, const py::object& values, const py::it
     setProperties(expansion, block, more);
     for (const py::handle pin : connected) {
         std::string reason;
-        if (!expansion.connect(textOf(pin), reason)) refuse(block, reason);
+        if (!expansion.connect(textOf(pin), reason)) throw py::value_error(reason);
     }
     PythonFunctions table(functions);
     py::object result;
@@ -149,13 +137,11 @@ py::object expand(const py::object& self, const py::object& values, const py::it
 } // namespace
 
 void addExpanding(py::module_& module) {
-    const py::object type = module.attr("Block");
-    type.attr("expand") = py::cpp_function(
-        expand, py::name("expand"), py::is_method(type), py::arg("values") = py::none(), py::kw_only(),
-        py::arg("connected") = py::tuple(), py::arg("deep") = false, py::arg("architecture") = "",
-        py::arg("functions") = py::none(),
-        "What the mapping makes of these property values, given by name or as a dict: an Expansion. `connected` names "
-        "pins that are connected, `deep` expands the instances in turn, `functions` answers calls by name.");
+    define(module.attr("Block"), "expand",
+           "What the mapping makes of these property values, given by name or as a dict: an Expansion. `connected` "
+           "names pins that are connected, `deep` expands the instances in turn, `functions` answers calls by name.",
+           expand, py::arg("values") = py::none(), py::kw_only(), py::arg("connected") = py::tuple(),
+           py::arg("deep") = false, py::arg("architecture") = "", py::arg("functions") = py::none());
 }
 
 } // namespace hdnt::python

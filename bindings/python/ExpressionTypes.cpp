@@ -1,3 +1,4 @@
+#include "bindings/python/Define.h"
 #include "bindings/python/Functions.h"
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
@@ -68,10 +69,10 @@ void addExpressionTypes(py::module_& module) {
     makeType(module, "DoubleConstant", HDNTNodeKind::DoubleConstant, doubleFields, "A number with a point.", type);
     makeType(module, "BoolConstant", HDNTNodeKind::BoolConstant, boolFields, "TRUE or FALSE.", type);
     makeType(module, "StringConstant", HDNTNodeKind::StringConstant, stringFields, "A text.", type);
-    base.attr("evaluate") = py::cpp_function(
+    define(
+        base, "evaluate", "The value. `functions` gives by name what calls are answered with.",
         [base](const py::object& self, const py::object& functions) { return evaluate(base, self, functions); },
-        py::name("evaluate"), py::is_method(base), py::arg("functions") = py::none(),
-        "The value. `functions` gives by name what calls are answered with.");
+        py::arg("functions") = py::none());
 }
 
 } // namespace hdnt::python

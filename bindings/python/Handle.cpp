@@ -2,7 +2,7 @@
 
 #include "bindings/python/Convert.h"
 #include "bindings/python/LoadSection.h"
-#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
 
 #include <structmember.h>
 
@@ -160,26 +160,6 @@ bool closeManagedLibraries() {
     for (const Handle* library : libraries())
         if (!library->state->owned) library->state->closed = true;
     return true;
-}
-
-static std::string nameOf(const Handle* handle) {
-    HDNTNode* const node = handle->native.node();
-    if (const auto* const library = nodeCast<HDNTLibrary>(node)) return library->getName();
-    const py::object object = py::reinterpret_borrow<py::object>(py::handle((PyObject*)handle));
-    for (const char* attribute : {"name", "property", "signal_name", "value", "operator"})
-        if (py::hasattr(object, attribute)) return py::str(object.attr(attribute));
-    return "";
-}
-
-std::string describe(const Handle* handle) {
-    std::string text = Py_TYPE(handle)->tp_name;
-    if (isDead(handle)) return text + " (gone)";
-    const std::string name = nameOf(handle);
-    return name.empty() ? text : text + " '" + name + "'";
-}
-
-static PyObject* represent(PyObject* self) noexcept {
-    return guarded([&] { return toPython("<" + describe(reinterpret_cast<Handle*>(self)) + ">"); });
 }
 
 static PyObject* isAlive(PyObject* self, void*) {

@@ -75,8 +75,10 @@ void closeLibrary(Handle* library);
 /// Closes all libraries of the manager that Python knows. False, with nothing done, while one of them is in use.
 bool closeManagedLibraries();
 
-/// "hdnt.Block 'NAME'", for representations and messages.
+/// "hdnt.Block 'NAME'", for messages.
 std::string describe(const Handle* handle);
+/// The same and a word about what is inside, as "<hdnt.Block 'NAME' 3 pins, 0 properties>"; for Python's repr.
+PyObject* represent(PyObject* handle) noexcept;
 
 } // namespace hdnt::python
 

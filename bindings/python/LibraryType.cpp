@@ -1,6 +1,8 @@
+#include "bindings/python/Define.h"
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
+#include "bindings/shared/Parameters.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -41,6 +43,10 @@ PyObject* isClosed(PyObject* self, void*) noexcept {
     return PyBool_FromLong(isDead(reinterpret_cast<Handle*>(self)) ? 1 : 0);
 }
 
+PyObject* names(PyObject* self, void*) noexcept {
+    return guarded([&] { return namesOf(self, scripts::ownBlocks); });
+}
+
 PyObject* functions(PyObject* self, void*) noexcept {
     return guarded([&] {
         const Use use(self);
@@ -67,6 +73,7 @@ PyGetSetDef fields[] = {
     {"closed", isClosed, nullptr, "Whether it is gone.", nullptr},
     {"blocks", viewOf<scripts::ownBlocks>, nullptr, "Its own blocks, as a sequence that is also asked by name.",
      nullptr},
+    {"names", names, nullptr, "Tuple of the names of its own blocks.", nullptr},
     {"all_blocks", viewOf<scripts::allBlocks>, nullptr, "Its own blocks, then those of its parents.", nullptr},
     {"functions", functions, nullptr, "Tuple of its own function declarations.", nullptr},
     field<droppedMappings>("dropped_mappings", "Mappings whose block was not found: (block name, reason, Location)."),
@@ -187,51 +194,57 @@ void releaseManaged() {
 
 PyType_Slot slot(int id, void* function) { return {id, function}; }
 
-void addFunctions(py::module_& module) {
-    module.def("load", load, py::arg("path"), py::arg("parent") = py::none(), py::kw_only(), py::arg("check") = false);
-    module.def(
-        "common", [] { return managed(HDNTLibraryMgr::getCommonLibrary, "common"); },
-        "The common library, which belongs to the manager; loaded once.");
-    module.def(
-        "simulation", [] { return managed(HDNTLibraryMgr::getSimulationLibrary, "simulation"); },
-        "The simulation library over the common one, which belongs to the manager; loaded once.");
-    module.def("release", releaseManaged,
-               "Releases all libraries of the manager; the next question for one loads it again.");
-    module.def(
-        "parameter", [](const std::string& name) { return HPAParamMgr::getParamMgr()->getValueAsBool(name); },
-        py::arg("name"), "Whether a parameter of the process is on, as in \"ntl.enableMapLib\".");
-    module.def(
-        "set_parameter",
+HPAParamMgr& parametersWith(const std::string& name) {
+    const std::string reason = scripts::unknownParameter(name);
+    if (!reason.empty()) throw py::value_error(reason);
+    return *HPAParamMgr::getParamMgr();
+}
+
+void addParameters(py::module_& module) {
+    define(
+        module, "parameter", "Whether a parameter of the process is on, as in \"ntl.enableMapLib\".",
+        [](const std::string& name) { return parametersWith(name).getValueAsBool(name); }, py::arg("name"));
+    define(
+        module, "set_parameter", "Sets a parameter of the process; None leaves it to the environment again.",
         [](const std::string& name, const std::optional<bool>& value) {
-            if (value) HPAParamMgr::getParamMgr()->setValueAsBool(name, *value);
-            else HPAParamMgr::getParamMgr()->unset(name);
+            if (value) parametersWith(name).setValueAsBool(name, *value);
+            else parametersWith(name).unset(name);
         },
-        py::arg("name"), py::arg("value"), "Sets a parameter; None leaves it to the environment again.");
-    module.def(
-        "architecture", [] { return HDNTLibraryMgr::getLibraryMgr()->m_architecture; },
-        "The current architecture; empty when there is none.");
-    module.def(
-        "set_architecture",
+        py::arg("name"), py::arg("value"));
+    define(module, "architecture", "The current architecture; empty when there is none.",
+           [] { return HDNTLibraryMgr::getLibraryMgr()->m_architecture; });
+    define(
+        module, "set_architecture", "Sets the current architecture, which decides on mappings from map libraries.",
         [](const std::string& name) {
             const LoadSection section(LoadSection::Changes);
             HDNTLibraryMgr::getLibraryMgr()->m_architecture = name;
         },
-        py::arg("name"), "Sets the current architecture, which decides on mappings from map libraries.");
-    module.def(
-        "add_search_directory",
+        py::arg("name"));
+}
+
+void addFunctions(py::module_& module) {
+    define(module, "load", "Loads without Python warnings.", load, py::arg("path"), py::arg("parent") = py::none(),
+           py::kw_only(), py::arg("check") = false);
+    define(module, "common", "The common library, which belongs to the manager; loaded once.",
+           [] { return managed(HDNTLibraryMgr::getCommonLibrary, "common"); });
+    define(module, "simulation",
+           "The simulation library over the common one, which belongs to the manager; loaded once.",
+           [] { return managed(HDNTLibraryMgr::getSimulationLibrary, "simulation"); });
+    define(module, "release", "Releases all libraries of the manager; the next question for one loads it again.",
+           releaseManaged);
+    define(
+        module, "add_search_directory", "Appends a directory in which INCLUDE and INLINE look for files.",
         [](const py::object& directory) {
             const std::string path = pathOf(directory);
             const LoadSection section(LoadSection::Quiet);
             NtlAddSearchDirectory(path);
         },
-        py::arg("path"), "Appends a directory in which INCLUDE and INLINE look for files.");
-    module.def(
-        "error_count", [] { return HDNTError::numErrors; },
-        "The process-wide count of errors, which loads from here leave as it was.");
-    module.def(
-        "live_handles", [] { return wpx::pyinfra::py_native_cache::all().size(); },
-        "How many Python objects stand for model objects now.");
-    module.def("_tool", scripts::toolPath, "Where the command-line tool is that was built with the library.");
+        py::arg("path"));
+    define(module, "error_count", "The process-wide count of errors, which loads from here leave as it was.",
+           [] { return HDNTError::numErrors; });
+    define(module, "live_handles", "How many Python objects stand for model objects now.",
+           [] { return wpx::pyinfra::py_native_cache::all().size(); });
+    define(module, "_tool", "Where the command-line tool is that was built with the library.", scripts::toolPath);
 }
 
 } // namespace
@@ -242,16 +255,15 @@ void addLibraryType(py::module_& module) {
         nodeType(),
         {slot(Py_mp_length, reinterpret_cast<void*>(sizeOf)), slot(Py_mp_subscript, reinterpret_cast<void*>(subscript)),
          slot(Py_sq_contains, reinterpret_cast<void*>(contains)), slot(Py_tp_iter, reinterpret_cast<void*>(iterate))});
-    const auto method = [&](const char* name, auto&& function, auto&&... more) {
-        type.attr(name) = py::cpp_function(function, py::name(name), py::is_method(type), more...);
-    };
-    method("find", find, py::arg("name"), "The block of that name, also of a parent; None when there is none.");
-    method("starting_with", startingWith, py::arg("prefix"), py::arg("parents") = true,
-           "List of the blocks whose names begin so, by name; with those of the parents unless told otherwise.");
-    method("close", close,
-           "Ends the library: it and all that was got from it are dead. Nothing happens the second time.");
-    method("__enter__", [](const py::object& self) { return self; });
-    method("__exit__", [](const py::object& self, const py::args&) { close(self); });
+    define(type, "find", "The block of that name, also of a parent; None when there is none.", find, py::arg("name"));
+    define(type, "starting_with",
+           "List of the blocks whose names begin so, by name; with those of the parents unless told otherwise.",
+           startingWith, py::arg("prefix"), py::arg("parents") = true);
+    define(type, "close",
+           "Ends the library: it and all that was got from it are dead. Nothing happens the second time.", close);
+    define(type, "__enter__", "The library itself.", [](const py::object& self) { return self; });
+    define(type, "__exit__", "Ends the library.", [](const py::object& self, const py::args&) { close(self); });
+    addParameters(module);
     addFunctions(module);
 }
 

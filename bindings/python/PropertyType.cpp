@@ -1,5 +1,7 @@
 #include "bindings/python/Convert.h"
+#include "bindings/python/Define.h"
 #include "bindings/python/Types.h"
+#include "bindings/python/Values.h"
 #include "bindings/shared/PropertyFacts.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
@@ -16,6 +18,22 @@ PyObject* typeWord(Type type) {
     PyObject*& word = words.at(static_cast<size_t>(type));
     if (!word) word = toPython(HDNTProperty::getTypeName(type));
     return word;
+}
+
+std::optional<HDNTExpansion::Value> valueFor(const HDNTProperty* property, py::handle value) {
+    if (PyBool_Check(value.ptr())) return value.cast<bool>();
+    if (PyFloat_Check(value.ptr())) return value.cast<double>();
+    if (!PyLong_Check(value.ptr())) return textOf(value);
+    if (property && property->getType() == Type::TypeDouble) {
+        const double number = PyLong_AsDouble(value.ptr());
+        if (!PyErr_Occurred()) return number;
+        PyErr_Clear();
+        return std::nullopt;
+    }
+    int overflow = 0;
+    const long number = PyLong_AsLongAndOverflow(value.ptr(), &overflow);
+    if (overflow != 0 || number > INT_MAX || number < INT_MIN) return std::nullopt;
+    return static_cast<int>(number);
 }
 
 namespace {
@@ -80,18 +98,8 @@ PyGetSetDef fields[] = {
 
 // Why the property may not have the value; empty when it may.
 std::string refusal(const HDNTProperty& property, const py::object& value) {
-    std::string reason;
-    if (py::isinstance<py::bool_>(value)) property.isValidValue(value.cast<bool>(), reason);
-    else if (py::isinstance<py::int_>(value) && property.getType() == Type::TypeDouble)
-        property.isValidValue(value.cast<double>(), reason);
-    else if (py::isinstance<py::int_>(value)) {
-        int overflow = 0;
-        const long number = PyLong_AsLongAndOverflow(value.ptr(), &overflow);
-        if (overflow != 0 || number > INT_MAX || number < INT_MIN) return "The value is no 32-bit number.";
-        property.isValidValue(static_cast<int>(number), reason);
-    } else if (py::isinstance<py::float_>(value)) property.isValidValue(value.cast<double>(), reason);
-    else property.isValidValue(textOf(value), reason);
-    return reason;
+    const std::optional<HDNTExpansion::Value> plain = valueFor(&property, value);
+    return plain ? scripts::refusalOf(property, *plain) : "The value is no 32-bit number.";
 }
 
 HDNTProperty& propertyOf(const Use& use) { return use.as<HDNTProperty>(); }
@@ -102,26 +110,28 @@ void addPropertyType(py::module_& module) {
     const py::object type = makeType(module, "Property", HDNTNodeKind::Property, fields,
                                      "A typed attribute that a block or a bus declares.");
     const auto self = [](const py::object& handle) { return handleOf(handle, typeOf(HDNTNodeKind::Property)); };
-    type.attr("refusal") = py::cpp_function(
+    define(
+        type, "refusal", "Why the property may not have the value; None when it may.",
         [self](const py::object& handle, const py::object& value) {
             const Use use(self(handle));
             return orNone(refusal(propertyOf(use), value));
         },
-        py::name("refusal"), py::is_method(type), py::arg("value"),
-        "Why the property may not have the value; None when it may.");
-    type.attr("accepts") = py::cpp_function(
+        py::arg("value"));
+    define(
+        type, "accepts", "Whether the property may have the value.",
         [self](const py::object& handle, const py::object& value) {
             const Use use(self(handle));
             return refusal(propertyOf(use), value).empty();
         },
-        py::name("accepts"), py::is_method(type), py::arg("value"), "Whether the property may have the value.");
-    type.attr("digits") = py::cpp_function(
+        py::arg("value"));
+    define(
+        type, "digits",
+        "Plain digits of a bit vector in the property's radix and width; values of other types come back as they are.",
         [self](const py::object& handle, const py::object& value, bool keepLeadingZeros) {
             const Use use(self(handle));
             return textObject(propertyOf(use).formatValue(textOf(value), keepLeadingZeros));
         },
-        py::name("digits"), py::is_method(type), py::arg("value"), py::arg("keep_leading_zeros") = true,
-        "Plain digits of a bit vector in the property's radix and width; values of other types come back as they are.");
+        py::arg("value"), py::arg("keep_leading_zeros") = true);
 }
 
 } // namespace hdnt::python

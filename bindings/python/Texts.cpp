@@ -1,4 +1,5 @@
 // What is written of a model, and what two differ in.
+#include "bindings/python/Define.h"
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
@@ -58,22 +59,19 @@ void addTexts(py::module_& module) {
     for (const char* name : {"Library", "Block"}) {
         const py::object type = module.attr(name);
         auto* const wanted = reinterpret_cast<PyTypeObject*>(type.ptr());
-        type.attr("print") = py::cpp_function(
+        define(
+            type, "print", "Writes the printed form to a file object, sys.stdout by default.",
             [wanted](const py::object& self, const py::object& file) {
                 handleOf(self, wanted);
                 print(self, file);
             },
-            py::name("print"), py::is_method(type), py::arg("file") = py::none(),
-            "Writes the printed form to a file object, sys.stdout by default.");
-        type.attr("source") = py::cpp_function(
-            [wanted](const py::object& self) {
-                handleOf(self, wanted);
-                return textOfNode(self, scripts::sourceForm);
-            },
-            py::name("source"), py::is_method(type), "The NTL source that reads back to the same.");
-        type.attr("diff") =
-            py::cpp_function(diff, py::name("diff"), py::is_method(type), py::arg("other"),
-                             "The differences from this to the other, a list of Difference; empty when equal.");
+            py::arg("file") = py::none());
+        define(type, "source", "The NTL source that reads back to the same.", [wanted](const py::object& self) {
+            handleOf(self, wanted);
+            return textOfNode(self, scripts::sourceForm);
+        });
+        define(type, "diff", "The differences from this to the other, a list of Difference; empty when equal.", diff,
+               py::arg("other"));
     }
 }
 

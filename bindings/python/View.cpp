@@ -1,7 +1,6 @@
 #include "bindings/python/View.h"
 
-#include "hdnt/model/HDNTBlock.h"
-
+#include <algorithm>
 #include <cstdlib>
 
 namespace hdnt::python {
@@ -56,7 +55,7 @@ PyObject* nextOf(PyObject* self) noexcept {
         const Use use(iterator->owner);
         if (iterator->next >= iterator->kind->size(*use.node())) return nullptr;
         HDNTNode* const node = iterator->kind->at(*use.node(), iterator->next++);
-        return iterator->names ? toPython(static_cast<HDNTBlock*>(node)->getName()) : wrap(node, use.library());
+        return iterator->names ? toPython(scripts::nameOf(*node)) : wrap(node, use.library());
     });
 }
 
@@ -141,11 +140,30 @@ Py_hash_t hashOf(PyObject* self) noexcept {
     return hash == -1 ? -2 : hash;
 }
 
-PyObject* represent(PyObject* self) noexcept {
+PyObject* namesIn(PyObject* self, void*) noexcept {
+    return guarded([&] { return namesOf(viewAt(self)->owner, *viewAt(self)->kind); });
+}
+
+// The first few names, too. Of a view that is dead only what it was.
+std::string contents(const View& view) {
+    constexpr size_t most = 5;
+    try {
+        const Use use(view.owner);
+        const size_t size = view.kind->size(*use.node());
+        std::string text = " (" + std::to_string(size) + (size > 0 ? "): " : ")");
+        for (size_t i = 0; i < std::min(size, most); ++i)
+            text += (i > 0 ? ", '" : "'") + scripts::nameOf(*view.kind->at(*use.node(), i)) + "'";
+        return size > most ? text + ", ..." : text;
+    } catch (const Gone&) {
+        return "";
+    }
+}
+
+PyObject* representView(PyObject* self) noexcept {
     return guarded([&] {
         const View& view = *viewAt(self);
         return toPython("<" + std::string(view.kind->name) + " of " + describe(reinterpret_cast<Handle*>(view.owner)) +
-                        ">");
+                        contents(view) + ">");
     });
 }
 
@@ -157,6 +175,13 @@ PyObject* makeView(PyObject* owner, const Listing& kind) {
     view->owner = Py_NewRef(owner);
     view->kind = &kind;
     return reinterpret_cast<PyObject*>(view);
+}
+
+PyObject* namesOf(PyObject* owner, const Listing& kind) {
+    const Use use(owner);
+    std::vector<std::string> names(kind.size(*use.node()));
+    for (size_t i = 0; i < names.size(); ++i) names[i] = scripts::nameOf(*kind.at(*use.node(), i));
+    return toPython(names);
 }
 
 PyObject* iterateNames(PyObject* library) { return makeIterator(library, scripts::ownBlocks, true); }
@@ -175,10 +200,13 @@ static PyTypeObject* newType(const char* name, int size, PyType_Slot* slots) {
 }
 
 void addViews(py::module_& module) {
+    static PyGetSetDef fields[] = {
+        {"names", namesIn, nullptr, "Tuple of the names of what is in it, in its order.", nullptr}, noMoreFields};
     PyType_Slot viewSlots[] = {
+        {Py_tp_getset, fields},
         slot(Py_tp_dealloc, releaseOwner<View>),
         slot(Py_tp_iter, iterate),
-        slot(Py_tp_repr, represent),
+        slot(Py_tp_repr, representView),
         slot(Py_tp_hash, hashOf),
         slot(Py_tp_richcompare, compare),
         slot(Py_mp_length, sizeOf),

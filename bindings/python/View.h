@@ -9,6 +9,8 @@ using scripts::Listing;
 
 /// A list as Python sees it: a sequence that is also asked by name.
 PyObject* makeView(PyObject* owner, const Listing& kind);
+/// Tuple of the names of what a list of the owner holds.
+PyObject* namesOf(PyObject* owner, const Listing& kind);
 /// An iterator over the names of a library's own blocks.
 PyObject* iterateNames(PyObject* library);
 

@@ -1,4 +1,5 @@
 // Visitors that are written in Python.
+#include "bindings/python/Define.h"
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
@@ -60,12 +61,13 @@ void accept(const py::object& self, const py::object& visitor, bool own) {
 
 void addVisiting(py::module_& module) {
     const auto add = [](const py::object& type, const char* name, bool own, const char* description) {
-        type.attr(name) = py::cpp_function(
+        define(
+            type, name, description,
             [type, own](const py::object& self, const py::object& visitor) {
                 handleOf(self, reinterpret_cast<PyTypeObject*>(type.ptr()));
                 accept(self, visitor, own);
             },
-            py::name(name), py::is_method(type), py::arg("visitor"), description);
+            py::arg("visitor"));
     };
     for (const char* name : {"Library", "Block", "Netlist", "Instance", "Signal", "Connect", "BlockAssign", "PinAssign",
                              "If", "Statements", "Expression"})

@@ -20,6 +20,9 @@ static void fill(py::module_& module) {
             setPythonError();
         }
     });
+    py::options options;                   // for this scope
+    options.disable_function_signatures(); // `define` says them as `inspect` reads them
+    module.attr("__version__") = HDNT_VERSION;
     makeNodeType(module);
     addViews(module);
     addLibraryType(module);

@@ -28,6 +28,17 @@ size_t firstPin(const HDNTBus& bus) { return static_cast<size_t>(bus.getFirstPin
 
 } // namespace
 
+std::string nameOf(const HDNTNode& node) {
+    switch (node.getKind()) {
+    case HDNTNodeKind::Library: return static_cast<const HDNTLibrary&>(node).getName();
+    case HDNTNodeKind::Block: return static_cast<const HDNTBlock&>(node).getName();
+    case HDNTNodeKind::Bus: return static_cast<const HDNTBus&>(node).getName();
+    case HDNTNodeKind::Pin: return static_cast<const HDNTPin&>(node).getName(false);
+    case HDNTNodeKind::Property: return static_cast<const HDNTProperty&>(node).getName();
+    default: return "";
+    }
+}
+
 const Listing ownBlocks = {
     "blocks", [](HDNTNode& library) { return as<HDNTLibrary>(library).getNumTypeBlocks(false); },
     [](HDNTNode& library, size_t i) -> HDNTNode* { return as<HDNTLibrary>(library).getTypeBlock(i); },

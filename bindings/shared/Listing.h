@@ -15,6 +15,9 @@ struct Listing {
     HDNTNode* (*find)(HDNTNode& owner, const std::string& name);
 };
 
+/// Of a library, or of an element of a listing: the name that it shows. Empty for anything else.
+std::string nameOf(const HDNTNode& node);
+
 extern const Listing ownBlocks;
 extern const Listing allBlocks;
 extern const Listing blockPins;

@@ -78,4 +78,10 @@ auto valuesOf(const HDNTProperty& property, To&& to) {
 /// Why the property may not have the value; empty when it may.
 std::string refusalOf(const HDNTProperty& property, const HDNTExpansion::Value& value);
 
+/// What the property may have: "int from 0 to 9", "one of "ONE", "TWO"".
+std::string allowedValues(const HDNTProperty& property);
+/// What is said of a value, in the language's own writing, that was refused for a property of that name: with what is
+/// allowed, or with the properties that there are.
+std::string refusalText(const HDNTBlock& block, const std::string& name, const std::string& value);
+
 } // namespace hdnt::scripts

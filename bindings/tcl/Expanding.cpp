@@ -1,4 +1,5 @@
 // Mappings applied to property values.
+#include "bindings/shared/PropertyFacts.h"
 #include "bindings/shared/Words.h"
 #include "bindings/tcl/Subcommand.h"
 #include "bindings/tcl/Values.h"
@@ -56,7 +57,7 @@ private:
 
     Obj level(const Expansion::Level& level) {
         Dict all;
-        all.put("block", block(level.block)).put("path", level.path);
+        all.put("block", block(level.block)).put("type", level.block->getName()).put("path", level.path);
         all.put("section", scripts::sectionWord(level.section)).put("outer", index(level.outer));
         all.put("location", place(level.location));
         all.put("branches", listOf(level.branches, [](const auto& branch) {
@@ -125,23 +126,24 @@ int readOptions(const Call& call, Options& options) {
     return at;
 }
 
-[[noreturn]] void refuse(const HDNTBlock& block, const std::string& name, const std::string& reason) {
-    throw Refused({"HDNT", "VALUE", name}, block.getName() + ": " + reason);
+// Whether the property takes the word; what is no value of its type at all is refused, too.
+bool setProperty(Expansion& expansion, const HDNTProperty* property, const std::string& name, Tcl_Obj* word) {
+    std::string reason;
+    try {
+        const auto type = property ? property->getType() : HATAttrTypes::TypeString;
+        return expansion.setProperty(name, valueFor(type, word), reason);
+    } catch (const Refused&) {
+        return false;
+    }
 }
 
 void setProperties(Expansion& expansion, const HDNTBlock& block, const Call& call, int at) {
     if ((call.arguments() - at) % 2 != 0) wrongArguments(call, "?option value ...? ?--? ?property value ...?");
     for (; at < call.arguments(); at += 2) {
         const std::string name = textOf(call.argument(at));
-        const HDNTProperty* const property = block.getPropertyByName(name);
-        std::string reason;
-        try {
-            const auto type = property ? property->getType() : HATAttrTypes::TypeString;
-            if (expansion.setProperty(name, valueFor(type, call.argument(at + 1)), reason)) continue;
-        } catch (const Refused& refused) {
-            reason = name + ": " + refused.what();
-        }
-        refuse(block, name, reason);
+        Tcl_Obj* const word = call.argument(at + 1);
+        if (!setProperty(expansion, block.getPropertyByName(name), name, word))
+            throw Refused({"HDNT", "VALUE", name}, scripts::refusalText(block, name, '"' + textOf(word) + '"'));
     }
 }
 
@@ -156,7 +158,7 @@ Tcl_Obj* expand(const Call& call) {
     setProperties(expansion, block, call, values);
     for (Tcl_Obj* const pin : options.connected) {
         std::string reason;
-        if (!expansion.connect(textOf(pin), reason)) refuse(block, textOf(pin), reason);
+        if (!expansion.connect(textOf(pin), reason)) throw Refused({"HDNT", "VALUE", textOf(pin)}, reason);
     }
     TclFunctions functions(call.interp());
     if (options.functions) functions.add(options.functions);

@@ -1,3 +1,4 @@
+#include "bindings/shared/Parameters.h"
 #include "bindings/tcl/Lists.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
@@ -170,6 +171,8 @@ Tcl_Obj* parameter(const Command& command) {
     command.check(1, 2, "name ?value?");
     HPAParamMgr& parameters = *HPAParamMgr::getParamMgr();
     const std::string name = textOf(command.argument(0));
+    const std::string unknown = scripts::unknownParameter(name);
+    if (!unknown.empty()) throw Refused({"HDNT", "LOOKUP", "PARAMETER", name}, unknown);
     if (command.arguments() == 2 && Tcl_GetCharLength(command.argument(1)) == 0) parameters.unset(name);
     else if (command.arguments() == 2) parameters.setValueAsBool(name, boolOf(command.argument(1)));
     return toTcl(parameters.getValueAsBool(name));

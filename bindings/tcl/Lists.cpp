@@ -1,23 +1,8 @@
 #include "bindings/tcl/Lists.h"
 
-#include "hdnt/model/HDNTBlock.h"
-#include "hdnt/model/HDNTPin.h"
-#include "hdnt/model/HDNTProperty.h"
-
 #include <cstring>
 
 namespace hdnt::tcl {
-
-std::string nameOf(HDNTNode& node) {
-    switch (node.getKind()) {
-    case HDNTNodeKind::Library: return static_cast<HDNTLibrary&>(node).getName();
-    case HDNTNodeKind::Block: return static_cast<HDNTBlock&>(node).getName();
-    case HDNTNodeKind::Bus: return static_cast<HDNTBus&>(node).getName();
-    case HDNTNodeKind::Pin: return static_cast<HDNTPin&>(node).getName(false);
-    case HDNTNodeKind::Property: return static_cast<HDNTProperty&>(node).getName();
-    default: return "";
-    }
-}
 
 Tcl_Obj* elements(const Call& call, const scripts::Listing& list) {
     int at = 0;

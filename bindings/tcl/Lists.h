@@ -5,8 +5,8 @@
 
 namespace hdnt::tcl {
 
-/// The name that an element of a list shows.
-std::string nameOf(HDNTNode& node);
+using scripts::nameOf;
+
 /// "?-names? ?pattern?": handles, or names without handles, of the elements whose names match.
 Tcl_Obj* elements(const Call& call, const scripts::Listing& list);
 /// "name ?subcommand ...?": an element, or what that answers; no handle is made for it then.

@@ -1,6 +1,7 @@
 set(Python3_EXECUTABLE "${HDNT_PYTHON}")
-list(APPEND environment "PYTHONPATH=${HDNT_PYTHONPATH}" "PYTHONDONTWRITEBYTECODE=1")
-foreach(name model loading lifetime operations examples)
+list(APPEND environment "PYTHONPATH=${HDNT_PYTHONPATH}" "PYTHONDONTWRITEBYTECODE=1"
+     "HDNT_WORDS=$<TARGET_FILE:bindings_words>")
+foreach(name model loading lifetime operations package examples)
   binding_test(python.${name} ${HDNT_PYTHON} -X faulthandler ${CMAKE_CURRENT_SOURCE_DIR}/test_${name}.py)
 endforeach()
 same_test(python ${HDNT_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/dump.py)

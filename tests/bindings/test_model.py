@@ -164,6 +164,71 @@ class Containers(unittest.TestCase):
                 with self.assertRaises(error):
                     view[absent]
 
+    def test_views_answer_names_as_the_library_does(self):
+        block = hdnt.common()["ADD_CHAIN_8"]
+        for view in (hdnt.common(), hdnt.simulation().all_blocks, hdnt.common().blocks, block.pins, block.buses,
+                     block.properties, block.buses[0].pins, block.buses[0].properties, block.pins[0].properties):
+            names = tuple(item.name for item in view.values())
+            self.assertEqual((view.names, tuple(view.keys()), len(view.keys())), (names, names, len(names)))
+            self.assertEqual(list(view.items()), list(zip(names, view.values())))
+            self.assertEqual(dict(view), dict(view.items()))
+            self.assertEqual(view.keys() & {"NONE", *names[:1]}, set(names[:1]))
+            for absent in ("NONE", 0, -1, None, 1.5, block, slice(None)):
+                self.assertIs(view.get(absent), None)
+                self.assertEqual(view.get(absent, default=7), 7)
+                self.assertNotIn(absent, view.keys())
+            self.assertNotIn(("NONE", None), view.items())
+            for name, item in view.items():
+                self.assertIs(view.get(name), item)
+                self.assertIn(name, view.keys())
+                self.assertIn((name, item), view.items())
+        first = block.pins[1]
+        self.assertEqual([block.pins.index(first), block.pins.index(first.name), block.pins.count(first),
+                          block.pins.count(first.name), block.pins.count("NONE")], [1, 1, 1, 1, 0])
+        for absent in ("NONE", block, 0):
+            with self.assertRaises(ValueError):
+                block.pins.index(absent)
+        with self.assertRaises(ValueError):
+            block.pins.index(first, 2)
+
+    def test_representations_show_what_is_inside(self):
+        folder = os.path.join(os.environ["NTL_SOURCE_DIR"], "data", "examples")
+        library = hdnt.load(os.path.join(folder, "first.btl"))
+        gate, bank = library["GATE_AND_2"], library["FLOP_BANK_8_ENABLE"]
+        self.assertEqual(repr(library), "<hdnt.Library 'first' of %d blocks>" % len(library))
+        self.assertEqual(repr(gate), "<hdnt.Block 'GATE_AND_2' %d pins, %d properties>" %
+                         (len(gate.pins), len(gate.properties)))
+        pin, one = bank.pins[0], bank.properties[0]
+        self.assertEqual(repr(pin), "<hdnt.Pin '%s' %s %s>" % (pin.name, pin.direction, pin.type))
+        self.assertEqual(repr(pin.bus), "<hdnt.Bus '%s' %s %s>" % (pin.bus.name, pin.direction, pin.type))
+        self.assertEqual(repr(one), "<hdnt.Property '%s' %s, default %r>" % (one.name, one.type, one.default))
+        self.assertEqual(repr(gate.pins), "<pins of hdnt.Block 'GATE_AND_2' (%d): %s>" %
+                         (len(gate.pins), ", ".join("'%s'" % name for name in gate.pins.names)))
+        self.assertEqual(repr(hdnt.common().blocks), "<blocks of hdnt.Library '%s' (%d): %s, ...>" % (
+            hdnt.common().name, len(hdnt.common()), ", ".join("'%s'" % name for name in hdnt.common().names[:5])))
+        self.assertEqual(repr(gate.pins[0].properties), "<properties of hdnt.Pin '%s' (0)>" % gate.pins[0].name)
+        views = [library.blocks, bank.pins]
+        library.close()
+        self.assertEqual([repr(view) for view in views],
+                         ["<blocks of hdnt.Library (gone)>", "<pins of hdnt.Block (gone)>"])
+
+    def test_representations_of_mappings_are_short(self):
+        kinds = set()
+
+        def show(node):
+            kinds.add(type(node))
+            self.assertRegex(repr(node), "^<hdnt.%s.{0,160}>$" % type(node).__name__)
+
+        visitor = type("Showing", (hdnt.Visitor,), {name: lambda self, node: show(node) for name in dir(hdnt.Visitor)
+                                                    if name.startswith("visit_")})()
+        hdnt.common().accept(visitor)
+        self.assertGreaterEqual(len(kinds), 17)
+        mapping = hdnt.common()["ADD_CHAIN_8"].netlist
+        one = mapping.instances[0]
+        self.assertEqual([repr(mapping), repr(one)],
+                         ["<hdnt.Netlist %s of %d instances>" % (mapping.section, len(mapping.instances)),
+                          "<hdnt.Instance '%s' of '%s'>" % (one.name, one.type_name)])
+
     def test_views_are_equal_when_they_are_of_the_same(self):
         block = hdnt.common()["ADD_CHAIN_8"]
         self.assertEqual(block.pins, block.pins)

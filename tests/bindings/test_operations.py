@@ -1,8 +1,10 @@
 """Mappings, expressions, visitors, texts and differences."""
+import copy
 import io
 import json
 import os
 import pathlib
+import pickle
 import subprocess
 import tempfile
 import textwrap
@@ -89,6 +91,79 @@ class Operations(unittest.TestCase):
             self.block.expand(connected=["NONE"])
         with self.assertRaises(ZeroDivisionError):
             self.block.expand(functions={"steps": lambda count: 1 // 0})
+
+    def test_refusals_say_what_is_allowed(self):
+        path = self.folder / "bounds.btl"
+        path.write_text("""library "b" { block "FLOP_RISE" { pin "Q" output;
+            property int "LEAST" { min = 3, default = 4 }  property int "MOST" { default = 1, max = 3 }
+            property int "LIST" { values { 4, 2 }, default = 2 }  property bool "FLAG" false;
+            property double "X" { min = 0.5, max = 2.0, default = 1.0 }  property 4'h "H" { default = 4'hA }
+            property int "MANY" { values { %s }, default = 1 } }
+            block "FLOP_FALL" { pin "Q" output; } }""" % ", ".join(map(str, range(1, 31))))
+        library = hdnt.load(path)
+        block = library["FLOP_RISE"]
+        for name, value, error, allowed in (
+                ("LEAST", 2, ValueError, "int of at least 3"), ("MOST", 4, ValueError, "int of at most 3"),
+                ("LIST", 3, ValueError, "one of 4, 2"), ("LIST", 2 ** 40, ValueError, "one of 4, 2"),
+                ("FLAG", 1, ValueError, "bool"), ("X", 3, ValueError, "double from 0.5 to 2.0"),
+                ("X", 10 ** 400, ValueError, "double from 0.5 to 2.0"), ("H", 10, ValueError, "bithex text of 4 bits"),
+                ("X", 10 ** 30, ValueError, "double from 0.5 to 2.0"), ("LIST", None, TypeError, "one of 4, 2"), ("H", b"A", TypeError, "bithex text of 4 bits"),
+                ("MANY", 0, ValueError, "one of %s, ... (30 in all)" % ", ".join(map(str, range(1, 21))))):
+            with self.assertRaises(error) as caught:
+                block.expand({name: value})
+            self.assertEqual(str(caught.exception), "block FLOP_RISE: property %s may not be %r; allowed: %s" %
+                             (name, value, allowed))
+        with self.assertRaisesRegex(ValueError, "property S may not be 'THREE'; allowed: one of \"ONE\", \"TWO\"$"):
+            self.block.expand(S="THREE")
+        for one, names in ((self.block, "N, X, S"), (library["FLOP_FALL"], "none")):
+            with self.assertRaisesRegex(ValueError, "block %s: property NONE may not be 1, since there is none of that "
+                                                    "name; properties: %s$" % (one.name, names)):
+                one.expand(NONE=1)
+
+    def test_expansions_are_plain_data(self):
+        def steps(count):
+            return count
+        result = self.block.expand(functions={"steps": steps})
+        self.assertEqual((result.connections, self.library["FLOP_FALL"].expand().connections), ((), ()))
+        chain = hdnt.common()["COUNT_UP_8_LOAD"].expand(deep=True)
+        self.assertGreater(len(chain.connections), 10)
+        self.assertIs(chain.connections, chain.levels[0].connections)
+        self.assertEqual([level.type for level in chain.levels], [level.block.name for level in chain.levels])
+        self.library.close()
+        for one in (result, chain):
+            again = pickle.loads(pickle.dumps(one))
+            self.assertEqual(pickle.loads(pickle.dumps(again)), again)
+            self.assertEqual([level._replace(block=None, instances=()) for level in again.levels],
+                             [level._replace(block=None, instances=()) for level in one.levels])
+            self.assertEqual([item for level in again.levels for item in level.instances],
+                             [item._replace(block=None) for level in one.levels for item in level.instances])
+            self.assertEqual((again.problems, again.levels[0].block), (one.problems, None))
+            self.assertIs(copy.deepcopy(one).levels[0].block, copy.copy(one.levels[0]).block)
+            self.assertIs(copy.copy(one.levels[0]).block, one.levels[0].block)
+
+    def test_expansions_print_short(self):
+        chain = hdnt.common()["COUNT_UP_8_LOAD"].expand(deep=True)
+        self.assertGreater(len(chain.levels), 1)
+        self.assertEqual(str(chain), "<hdnt.Expansion of 'COUNT_UP_8_LOAD': %d levels, %d instances, %d connections, "
+                         "0 problems>" % (len(chain.levels), len(chain.instances), len(chain.connections)))
+        for item in chain.levels + chain.instances + chain.connections:
+            self.assertRegex(repr(item), "^<hdnt.%s '.{1,100}>$" % type(item).__name__)
+        self.assertIn("%d instance" % len(chain.instances), repr(chain.levels[0]))
+        self.assertIn("without a mapping", repr(self.library["FLOP_FALL"].expand()))
+
+    def test_parameters_are_known_ones(self):
+        name = "arch.enableTestFeatures"
+        self.addCleanup(hdnt.set_parameter, name, None)
+        self.assertIs(hdnt.parameter(name), False)
+        hdnt.set_parameter(name, True)
+        self.assertIs(hdnt.parameter(name), True)
+        for use in (lambda: hdnt.set_parameter("ntl.enableMaplib", True), lambda: hdnt.set_parameter("", None),
+                    lambda: hdnt.parameter("enableMapLib")):
+            with self.assertRaisesRegex(ValueError, "must be one of arch.enableTestFeatures, ntl.enableDiagnostics, "
+                                                    "ntl.enableMapLib, ntl.retargetAllCells$"):
+                use()
+        with self.assertRaises(TypeError):
+            hdnt.set_parameter(name, "on")
 
     def test_expressions(self):
         value = self.block.netlist.block_assigns[0].value

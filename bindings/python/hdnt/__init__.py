@@ -8,13 +8,12 @@
 What comes from a library lives as long as the library. An object keeps its library alive; `library.close()`, a `with`
 statement and `hdnt.release()` end it, and everything got from it raises DeadObjectError from then on.
 """
-import collections.abc as _abc
 import json as _json
 import os as _os
 import subprocess as _subprocess
 import warnings as _warnings
 
-from . import _hdnt
+from . import _hdnt, _views
 from ._data import (Branch, CheckResult, Connection, DeadObjectError, Diagnostic, Difference, Error, ExpandedCall,
                     ExpandedInstance, ExpandedSignal, Expansion, Level, LoadError, LoadWarning, Location, Origin,
                     Problem, PropertyValue)
@@ -22,37 +21,13 @@ from ._hdnt import (Block, BlockAssign, BoolConstant, Bus, Call, Connect, Double
                     Instance, IntConstant, Library, Netlist, Node, Operation, Pin, PinAssign, PinRef, Property, Signal,
                     Statements, StringConstant, View, add_search_directory, architecture, common, error_count,
                     live_handles, parameter, release, set_architecture, set_parameter, simulation)
+from ._hdnt import __version__
 from ._visitor import Visitor
 
 __all__ = [name for name in dir() if not name.startswith("_")] + ["check", "check_all", "diff", "load"]
 
 
-def _values(self):
-    """Its own blocks, as a sequence that is also asked by name."""
-    return self.blocks
-
-
-def _get(self, name, default=None, /):
-    """The own block of that name, or the default."""
-    return self[name] if name in self else default
-
-
-def _keys(self):
-    """The names of its own blocks."""
-    return _abc.KeysView(self)
-
-
-def _items(self):
-    """Pairs of name and block."""
-    return _abc.ItemsView(self)
-
-
-for _name, _method in (("keys", _keys), ("values", _values), ("items", _items), ("get", _get)):
-    _method.__name__ = _name
-    _method.__qualname__ = "Library." + _name
-    setattr(Library, _name, _method)
-_abc.Mapping.register(Library)
-_abc.Sequence.register(View)
+_views.complete(Library, View)
 
 
 def load(path, parent=None, *, check=False):

@@ -1,12 +1,21 @@
 """Plain data that the package hands out, and its exceptions."""
-from typing import TYPE_CHECKING, Iterable, NamedTuple, Optional, Tuple, Union
+from typing import TYPE_CHECKING, Any, Iterable, NamedTuple, Optional, Tuple, Union
+
+from ._words import Change, Code, Effect, Element, Facet, Section, Severity
 
 if TYPE_CHECKING:
     from . import Block
 
 
+def _count(items: Tuple[Any, ...], what: str) -> str:
+    return "%d %s%s" % (len(items), what, "" if len(items) == 1 else "s")
+
+
 class Error(Exception):
     """What the library refuses to do."""
+
+    def __init__(self, *args: object) -> None:
+        super().__init__(*args)
 
 
 class DeadObjectError(Error, ReferenceError):
@@ -27,8 +36,8 @@ class Location(NamedTuple):
 
 class Diagnostic(NamedTuple):
     """An error or a warning. Place and source line are None or empty where they are not known."""
-    severity: str
-    code: str
+    severity: Severity
+    code: Code
     file: Optional[str]
     line: Optional[int]
     column: Optional[int]
@@ -64,6 +73,9 @@ class LoadError(Error):
 class LoadWarning(UserWarning):
     """A library was loaded, and something in its text was passed over."""
 
+    def __init__(self, *args: object) -> None:
+        super().__init__(*args)
+
 
 class CheckResult(NamedTuple):
     """What a check said of one input; true when it has no errors. `blocks` is None for one that has."""
@@ -84,10 +96,10 @@ class CheckResult(NamedTuple):
 
 class Difference(NamedTuple):
     """One difference of two models."""
-    effect: str
-    change: str
-    element: str
-    facet: str
+    effect: Effect
+    change: Change
+    element: Element
+    facet: Facet
     block: Optional[str]
     path: str
     old: str
@@ -117,13 +129,29 @@ class PropertyValue(NamedTuple):
 
 
 class ExpandedInstance(NamedTuple):
-    """An instance that comes out; `level` is its own expansion's place in the levels."""
+    """An instance that comes out; `type` is the name of its block, `level` its own expansion's place in the levels.
+
+    `block` is None when there is no such block, and in what was pickled.
+    """
     name: str
     type: str
     block: "Optional[Block]"
     properties: Tuple[PropertyValue, ...]
     level: Optional[int]
     origin: Origin
+
+    def __repr__(self) -> str:
+        return "<hdnt.ExpandedInstance %r of %r, %s>" % (self.name, self.type,
+                                                         _count(self.properties, "value"))
+
+    def __reduce__(self) -> Tuple[Any, ...]:
+        return type(self), tuple(self._replace(block=None))
+
+    def __copy__(self) -> "ExpandedInstance":
+        return self
+
+    def __deepcopy__(self, memo: object) -> "ExpandedInstance":
+        return self
 
 
 class ExpandedSignal(NamedTuple):
@@ -140,6 +168,10 @@ class Connection(NamedTuple):
     inverted: bool
     origin: Origin
 
+    def __repr__(self) -> str:
+        pin = self.pin if self.instance is None else self.instance + "." + self.pin
+        return "<hdnt.Connection %r to %r%s>" % (self.signal, pin, ", inverted" if self.inverted else "")
+
 
 class ExpandedCall(NamedTuple):
     """A call that stands as a statement; `made` when it has an implementation."""
@@ -150,10 +182,14 @@ class ExpandedCall(NamedTuple):
 
 
 class Level(NamedTuple):
-    """One mapped block; `path` joins instance names by "/", empty for the outermost."""
-    block: "Block"
+    """One mapped block; `type` is its name, and `path` joins instance names by "/", empty for the outermost.
+
+    `block` is None in what was pickled.
+    """
+    block: "Optional[Block]"
+    type: str
     path: str
-    section: str
+    section: Section
     outer: Optional[int]
     location: Optional[Location]
     branches: Tuple[Branch, ...]
@@ -162,6 +198,20 @@ class Level(NamedTuple):
     connections: Tuple[Connection, ...]
     pin_properties: Tuple[PropertyValue, ...]
     calls: Tuple[ExpandedCall, ...]
+
+    def __repr__(self) -> str:
+        return "<hdnt.Level %r%s: %s, %s>" % (self.type, " at %r" % self.path if self.path else "",
+                                              _count(self.instances, "instance"),
+                                              _count(self.connections, "connection"))
+
+    def __reduce__(self) -> Tuple[Any, ...]:
+        return type(self), tuple(self._replace(block=None))
+
+    def __copy__(self) -> "Level":
+        return self
+
+    def __deepcopy__(self, memo: object) -> "Level":
+        return self
 
 
 class Problem(NamedTuple):
@@ -179,6 +229,18 @@ class Expansion(NamedTuple):
     def instances(self) -> Tuple[ExpandedInstance, ...]:
         """The instances of the outermost block."""
         return self.levels[0].instances if self.levels else ()
+
+    @property
+    def connections(self) -> Tuple[Connection, ...]:
+        """The connections of the outermost block."""
+        return self.levels[0].connections if self.levels else ()
+
+    def __repr__(self) -> str:
+        if not self.levels:
+            return "<hdnt.Expansion without a mapping>"
+        return "<hdnt.Expansion of %r: %s, %s, %s, %s>" % (
+            self.levels[0].type, _count(self.levels, "level"), _count(self.instances, "instance"),
+            _count(self.connections, "connection"), _count(self.problems, "problem"))
 
 
 for _class in list(globals().values()):

@@ -21,8 +21,12 @@ class Visitor:
         """Whether to walk the mapping."""
         return True
 
-    def visit_section(self, node: "Netlist") -> None: ...  # before each part that has something in it, from signals on
-    def visit_else(self, node: "If") -> None: ...  # before the second branch
+    def visit_section(self, node: "Netlist") -> None:
+        """Comes before each part of a mapping that has something in it, from signals on."""
+
+    def visit_else(self, node: "If") -> None:
+        """Comes before the second branch of an if statement."""
+
     def visit_library(self, node: "Library") -> None: ...
     def leave_library(self, node: "Library") -> None: ...
     def visit_function(self, node: "Function") -> None: ...
@@ -56,3 +60,9 @@ class Visitor:
     def visit_double(self, node: "DoubleConstant") -> None: ...
     def visit_bool(self, node: "BoolConstant") -> None: ...
     def visit_string(self, node: "StringConstant") -> None: ...
+
+
+for _name, _method in vars(Visitor).items():
+    if not _name.startswith("_") and not _method.__doc__:
+        _when, _what = _name.split("_", 1)
+        _method.__doc__ = "Comes %s each %s." % ("for" if _when == "visit" else "behind what is in", _what.replace("_", " "))

@@ -1,0 +1,27 @@
+"""The words that fields of a fixed set answer with, as types."""
+from typing import Literal
+
+PinType = Literal["data", "clear", "clock", "enable", "mixed", "preset", "reset", "set", "setreset", "writeEnable"]
+Direction = Literal["input", "output", "bidir", "internal"]
+Required = Literal["active", "mustConnect", "tieLow", "tieHigh", "tieSpecial", "untie"]
+Maturity = Literal["early", "beta", "production", "deprecated"]
+ValueType = Literal["bool", "int", "double", "string", "bithex", "bitbinary"]
+Section = Literal["mapsto", "expandsto", "modifiedby", "retargetsto"]
+Operator = Literal["+", "-", "*", "/", "%", "&&", "||", "!", ">", "<", "<=", ">=", "!=", "=="]
+
+Severity = Literal["error", "warning"]
+Code = Literal["error", "default-outside", "min-above-max", "text-too-wide", "pin-lower-case", "pin-property-case",
+               "unregistered-block", "include-skipped", "include-not-found", "include-not-opened",
+               "unterminated-string", "unterminated-comment", "dropped-mapping", "config-unknown-key",
+               "config-wrong-type", "config-unknown-cell", "config-unknown-pin", "config-unknown-property",
+               "config-unknown-architecture", "config-unknown-function", "config-unknown-pin-type",
+               "config-no-effect"]
+
+Effect = Literal["breaking", "compatible", "text only"]
+Change = Literal["added", "removed", "changed"]
+Element = Literal["library", "function", "block", "pin", "property", "mapping", "pre call", "instance", "signal",
+                  "connect", "pin assign", "block assign", "if", "branch", "statements", "call", "expression"]
+Facet = Literal["whole", "order", "name", "type", "formals", "test", "internal", "maturity", "group", "subgroup",
+                "legacy group", "legacy subgroup", "direction", "range", "required value", "abstract", "width",
+                "minimum", "maximum", "values", "default", "precision", "units", "simulation", "constraints only",
+                "mux control", "description", "section", "pins", "value", "arguments", "condition", "disabled"]
