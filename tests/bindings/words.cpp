@@ -1,10 +1,10 @@
 // Every word that the library answers with where there are few, a kind a line.
 #include "bindings/shared/Words.h"
 
+#include "hdnt/compare/HDNTComparison.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/platform/HEX.h"
-#include "hdnt/writer/HDNTComparison.h"
 
 #include <cstdio>
 #include <stdexcept>
