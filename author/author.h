@@ -2,3 +2,5 @@
 
 // Everything for programs that serve those who write libraries.
 #include "author/format/HDNTFormatter.h"
+#include "author/lint/lint.h"
+#include "author/lint/nearestNames.h"

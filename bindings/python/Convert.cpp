@@ -1,6 +1,7 @@
 #include "bindings/python/Convert.h"
 
 #include "bindings/python/LoadSection.h"
+#include "bindings/shared/Places.h"
 #include "hdnt/platform/HEX.h"
 
 #include <new>
@@ -15,8 +16,8 @@ static void raise(const char* type, const std::string& message) {
 }
 
 static void raise(const LoadFailure& failure) {
-    const py::object error =
-        dataClass("LoadError")(orNone(failure.path()), textObject(failure.what()), diagnosticsOf(failure.said()));
+    const py::object error = dataClass("LoadError")(orNone(failure.path()), textObject(failure.what()),
+                                                    diagnosticsOf(failure.diagnostics()));
     PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(error.ptr())), error.ptr());
 }
 
@@ -50,12 +51,11 @@ PyObject* toPython(std::string_view text) {
     return object;
 }
 
-PyObject* toPython(const yyltype& at) {
-    return dataClass("Location")(at.fileName ? textObject(at.fileName) : py::none(), at.fileLine, at.first_column,
-                                 at.last_column)
-        .release()
-        .ptr();
+PyObject* toPython(const Place& at) {
+    return dataClass("Location")(orNone(at.file), at.line, orNone(at.column), orNone(at.endColumn)).release().ptr();
 }
+
+PyObject* toPython(const yyltype& at) { return toPython(scripts::placeOf(at)); }
 
 py::object orNone(std::string_view text) { return text.empty() ? py::none() : textObject(text); }
 py::object orNone(int number) { return number == 0 ? py::object(py::none()) : py::int_(number); }

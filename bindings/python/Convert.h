@@ -2,7 +2,7 @@
 
 #include "bindings/python/Handle.h"
 #include "bindings/shared/Fields.h"
-#include "hdnt/diagnostics/yyltype.h"
+#include "hdnt/diagnostics/Diagnostic.h"
 
 #include <concepts>
 #include <functional>
@@ -48,6 +48,7 @@ inline PyObject* toPython(bool value) { return PyBool_FromLong(value ? 1 : 0); }
 inline PyObject* toPython(double value) { return PyFloat_FromDouble(value); }
 inline PyObject* toPython(py::object value) { return value.release().ptr(); }
 PyObject* toPython(const yyltype& location);
+PyObject* toPython(const Place& place);
 inline PyObject* toPython(std::nullptr_t) { return Py_NewRef(Py_None); }
 
 template <std::integral Number>

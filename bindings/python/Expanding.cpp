@@ -50,7 +50,7 @@ private:
         return number == Expansion::none ? py::object(py::none()) : py::int_(number);
     }
     static py::object problem(const Expansion::Problem& problem) {
-        return dataClass("Problem")(textObject(problem.message), place(problem.location));
+        return dataClass("Problem")(textObject(problem.message), place(problem.location), py::int_(problem.level));
     }
 
     py::object origin(const Expansion::Origin& origin) {

@@ -154,21 +154,21 @@ py::object load(const py::object& from, const py::object& above, bool check) {
     std::optional<Use> parentUse;
     if (!above.is_none()) parentUse.emplace(libraryAt(above));
     std::unique_ptr<HDNTLibrary> library;
-    std::vector<Said> notices;
-    inSection(
-        above.is_none() ? LoadSection::Quiet : LoadSection::Changes, path,
-        [&] { library = scripts::loadFrom(path, parentUse ? &libraryOf(*parentUse) : nullptr, check); }, &notices);
+    std::vector<Diagnostic> warnings;
+    inSection(above.is_none() ? LoadSection::Quiet : LoadSection::Changes, path, [&] {
+        library = scripts::loadFrom(path, parentUse ? &libraryOf(*parentUse) : nullptr, check, warnings);
+    });
     HDNTLibrary& loaded = *library;
     py::object result = object(wrapLibrary(loaded, std::move(library)));
     LibraryState& state = *libraryAt(result)->state;
     state.path = path;
-    state.warnings = diagnosticsOf(notices);
+    state.warnings = diagnosticsOf(warnings);
     return result;
 }
 
 py::object managed(HDNTLibrary* (*get)(), const char* name) {
     py::object result;
-    std::vector<Said> notices;
+    std::vector<Diagnostic> warnings;
     inSection(
         LoadSection::Changes, name,
         [&] {
@@ -176,8 +176,8 @@ py::object managed(HDNTLibrary* (*get)(), const char* name) {
             const InterpreterLock lock;
             result = object(wrapLibrary(library));
         },
-        &notices);
-    if (!notices.empty()) libraryAt(result)->state->warnings = diagnosticsOf(notices);
+        &warnings);
+    if (!warnings.empty()) libraryAt(result)->state->warnings = diagnosticsOf(warnings);
     return result;
 }
 

@@ -69,15 +69,23 @@ py::object callBack(py::handle function, const py::tuple& arguments) {
     return py::reinterpret_steal<py::object>(result);
 }
 
-py::tuple diagnosticsOf(const std::vector<Said>& all) {
+static py::object relatedTo(const Diagnostic& diagnostic) {
+    py::tuple related(diagnostic.related.size());
+    for (size_t i = 0; i < diagnostic.related.size(); ++i)
+        related[i] = dataClass("RelatedPlace")(py::reinterpret_steal<py::object>(toPython(diagnostic.related[i].place)),
+                                               textObject(diagnostic.related[i].message));
+    return related;
+}
+
+py::tuple diagnosticsOf(const std::vector<Diagnostic>& all) {
     if (all.empty()) return py::tuple();
     py::tuple diagnostics(all.size());
     const py::object make = dataClass("Diagnostic");
     for (size_t i = 0; i < all.size(); ++i) {
-        const Said& said = all[i];
-        diagnostics[i] = make(said.isError ? "error" : "warning", said.code, orNone(said.file), orNone(said.line),
-                              orNone(said.column), orNone(said.lastColumn), textObject(said.message),
-                              textObject(said.detail), textObject(said.text));
+        const auto& [severity, code, place, message, detail, related] = all[i];
+        diagnostics[i] = make(textObject(nameOf(severity)), textObject(code), orNone(place.file), orNone(place.line),
+                              orNone(place.column), orNone(place.endColumn), textObject(message), textObject(detail),
+                              textObject(place.text), relatedTo(all[i]));
     }
     return diagnostics;
 }

@@ -13,7 +13,6 @@ namespace hdnt::python {
 namespace py = pybind11;
 
 using scripts::LoadFailure;
-using scripts::Said;
 
 /// The interpreter lock, as sections give it up.
 scripts::ScriptLock& interpreterLock();
@@ -45,12 +44,12 @@ void beginEnd();
 
 /// Runs something in a section. What the library throws, and errors in a text, become a LoadFailure that says `of`.
 template <typename Work>
-void inSection(LoadSection::Kind kind, const std::string& of, Work&& work, std::vector<Said>* notices = nullptr) {
+void inSection(LoadSection::Kind kind, const std::string& of, Work&& work, std::vector<Diagnostic>* notices = nullptr) {
     scripts::inSection(interpreterLock(), kind, of, std::forward<Work>(work), notices);
 }
 
 /// Tuple of hdnt.Diagnostic.
-py::tuple diagnosticsOf(const std::vector<Said>& said);
+py::tuple diagnosticsOf(const std::vector<Diagnostic>& all);
 
 /// load, common, simulation, release
 void addLoading(py::module_& module);

@@ -1,6 +1,8 @@
 #include "bindings/shared/LoadSection.h"
 
+#include "bindings/shared/Places.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
+#include "hdnt/loading/load.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HPAParamMgr.h"
@@ -38,6 +40,7 @@ LoadSection::~LoadSection() {
     if (!outermost_) return;
     HDNTLibraryMgr::loadMutex().unlock();
     lock_.takeBack(given_);
+    forgetFiles();
     if (kind_ == Changes) --changing;
 }
 
@@ -51,37 +54,13 @@ void LoadSection::waitForChanges(ScriptLock& lock) {
 }
 
 bool LoadSection::report(const HDNTReport& report) {
-    said_.push_back(saidBy(report));
+    diagnostics_.push_back(diagnosticOf(report));
     return true;
 }
 
-void LoadSection::notice(const HDNTNotice& notice) { said_.push_back(saidBy(notice)); }
-
-namespace {
-
-/// The parameter that makes a load check what it loaded, on for as long as the object lives.
-class Diagnostics {
-public:
-    explicit Diagnostics(bool wanted) : turnedOn_(wanted && !parameters().getValueAsBool(name)) {
-        if (turnedOn_) parameters().setValueAsBool(name, true);
-    }
-    // The parameter may be off because the host says so, or because nobody says anything.
-    ~Diagnostics() {
-        if (!turnedOn_) return;
-        HDNTLibraryMgr::m_diagnostics = false;
-        parameters().unset(name);
-        if (parameters().getValueAsBool(name)) parameters().setValueAsBool(name, false);
-    }
-    Diagnostics(const Diagnostics&) = delete;
-
-private:
-    static constexpr const char* name = "ntl.enableDiagnostics";
-    static HPAParamMgr& parameters() { return *HPAParamMgr::getParamMgr(); }
-
-    bool turnedOn_;
-};
-
-} // namespace
+void LoadSection::notice(const HDNTNotice& notice) {
+    if (notice.kind != HDNTNotice::Kind::FileOpened) diagnostics_.push_back(diagnosticOf(notice));
+}
 
 static thread_local int readers = 0;
 
@@ -98,11 +77,16 @@ void Reading::mustNotAskMapLibrary(const HDNTBlock& block) {
                                  ": no mapping of a map library is asked for from a visitor or a function; ask before");
 }
 
-std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check) {
+std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check,
+                                      std::vector<Diagnostic>& warnings) {
     if (parent) Reading::mustNotBe(path);
-    const Diagnostics diagnostics(check);
-    HDNTLibraryMgr& manager = *HDNTLibraryMgr::getLibraryMgr();
-    return manager.giveAway(manager.loadLibrary(path, parent));
+    LoadOptions options;
+    options.parent = parent;
+    options.check = check || HPAParamMgr::getParamMgr()->getValueAsBool("ntl.enableDiagnostics");
+    Loaded loaded = hdnt::load(path, options);
+    if (!loaded) throw LoadFailure(path, "the library has errors", std::move(loaded.diagnostics));
+    warnings = std::move(loaded.diagnostics);
+    return std::move(loaded.library);
 }
 
 // Seen from the library, since the package may stand elsewhere.

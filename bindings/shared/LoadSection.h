@@ -1,6 +1,7 @@
 #pragma once
 
-#include "bindings/shared/Said.h"
+#include "hdnt/diagnostics/Diagnostic.h"
+#include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/platform/HEX.h"
 
 #include <memory>
@@ -39,7 +40,7 @@ public:
     LoadSection& operator=(const LoadSection&) = delete;
 
     int errors() const { return HDNTError::numErrors; }
-    std::vector<Said> takeSaid() { return std::move(said_); }
+    std::vector<Diagnostic> takeDiagnostics() { return std::move(diagnostics_); }
 
     /// Whether a section could begin at once. Other threads may change that.
     static bool isFree();
@@ -49,6 +50,7 @@ public:
 private:
     bool report(const HDNTReport& report) override;
     void notice(const HDNTNotice& notice) override;
+    bool silencesOutput() const override { return true; }
 
     Kind kind_;
     ScriptLock& lock_;
@@ -56,28 +58,28 @@ private:
     void* given_ = nullptr;
     int countBefore_ = 0;
     HDNTErrorListener* listenerBefore_ = nullptr;
-    std::vector<Said> said_;
+    std::vector<Diagnostic> diagnostics_;
 };
 
 /// A load, or something that may load, failed.
 class LoadFailure : public std::runtime_error {
 public:
-    LoadFailure(std::string path, const std::string& reason, std::vector<Said> said)
-        : std::runtime_error(reason), path_(std::move(path)), said_(std::move(said)) {}
+    LoadFailure(std::string path, const std::string& reason, std::vector<Diagnostic> diagnostics)
+        : std::runtime_error(reason), path_(std::move(path)), diagnostics_(std::move(diagnostics)) {}
     const std::string& path() const { return path_; }
-    const std::vector<Said>& said() const { return said_; }
+    const std::vector<Diagnostic>& diagnostics() const { return diagnostics_; }
 
 private:
     std::string path_;
-    std::vector<Said> said_;
+    std::vector<Diagnostic> diagnostics_;
 };
 
 /// Runs something in a section. What the library throws, and errors in a text, become a LoadFailure that says `of`.
 template <typename Work>
 void inSection(ScriptLock& lock, LoadSection::Kind kind, const std::string& of, Work&& work,
-               std::vector<Said>* notices = nullptr) {
+               std::vector<Diagnostic>* notices = nullptr) {
     std::string reason;
-    std::vector<Said> said;
+    std::vector<Diagnostic> said;
     bool failed = false;
     {
         LoadSection section(kind, lock);
@@ -88,7 +90,7 @@ void inSection(ScriptLock& lock, LoadSection::Kind kind, const std::string& of, 
             failed = true;
             reason = error.what();
         }
-        said = section.takeSaid();
+        said = section.takeDiagnostics();
     }
     if (failed) throw LoadFailure(of, reason, std::move(said));
     if (notices) *notices = std::move(said);
@@ -107,8 +109,10 @@ public:
 };
 
 /// A library of its own from a file or folder over a parent, which may be null; with `check` its content is checked.
-/// In a section. Throws over a parent while the thread is Reading, since mappings of the parent may be replaced.
-std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check);
+/// In a section. Throws LoadFailure, and over a parent while the thread is Reading, since mappings of the parent may be
+/// replaced. What is said of a good library goes to `warnings`.
+std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check,
+                                      std::vector<Diagnostic>& warnings);
 
 /// Where the command-line tool is, seen from the library; empty when that is not known.
 std::string toolPath();

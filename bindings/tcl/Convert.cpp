@@ -1,5 +1,7 @@
 #include "bindings/tcl/Convert.h"
 
+#include "bindings/shared/Places.h"
+
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -111,29 +113,30 @@ Tcl_Obj* toTcl(File file) {
     return object;
 }
 
-Tcl_Obj* toTcl(const yyltype& at) {
-    return toTcl(Dict()
-                     .put("file", File{at.fileName ? at.fileName : ""})
-                     .put("line", at.fileLine)
-                     .put("column", at.first_column)
-                     .put("end_column", at.last_column)
-                     .obj());
-}
-
 static Tcl_Obj* orNothing(int number) { return number == 0 ? Tcl_NewObj() : toTcl(number); }
 
-Tcl_Obj* toTcl(const Said& said) {
-    return toTcl(Dict()
-                     .put("severity", said.isError ? "error" : "warning")
-                     .put("code", said.code)
-                     .put("file", File{said.file})
-                     .put("line", orNothing(said.line))
-                     .put("column", orNothing(said.column))
-                     .put("end_column", orNothing(said.lastColumn))
-                     .put("message", said.message)
-                     .put("detail", said.detail)
-                     .put("text", said.text)
-                     .obj());
+static Dict& putPlace(Dict& dict, const Place& at) {
+    return dict.put("file", File{at.file})
+        .put("line", orNothing(at.line))
+        .put("column", orNothing(at.column))
+        .put("end_column", orNothing(at.endColumn));
+}
+
+Tcl_Obj* toTcl(const Place& at) {
+    Dict dict;
+    return toTcl(putPlace(dict, at).obj());
+}
+
+Tcl_Obj* toTcl(const yyltype& at) { return toTcl(scripts::placeOf(at)); }
+
+Tcl_Obj* toTcl(const Diagnostic& diagnostic) {
+    const Obj related = listOf(diagnostic.related, [](const RelatedPlace& one) {
+        return Dict().put("location", one.place).put("message", one.message).obj();
+    });
+    Dict dict;
+    dict.put("severity", nameOf(diagnostic.severity)).put("code", diagnostic.code);
+    putPlace(dict, diagnostic.place).put("message", diagnostic.message).put("detail", diagnostic.detail);
+    return toTcl(dict.put("text", diagnostic.place.text).put("related", related).obj());
 }
 
 bool boolOf(Tcl_Obj* word) {
@@ -170,28 +173,22 @@ static int fail(Tcl_Interp* interp, const std::vector<std::string>& code, const 
     return TCL_ERROR;
 }
 
-static std::string line(const Said& said) {
-    std::string text = said.file;
-    if (said.line > 0) text += ":" + std::to_string(said.line);
-    if (said.column > 0) text += ":" + std::to_string(said.column);
-    if (!text.empty()) text += ": ";
-    text += "error: " + said.message;
-    return said.detail.empty() ? text : text + ": " + said.detail;
+static std::string line(const Diagnostic& error) {
+    const bool isPlaced = !error.place.file.empty() || error.place.isKnown();
+    return (isPlaced ? describe(error.place) + ": " : "") + "error: " + textOf(error);
 }
 
 static int fail(Tcl_Interp* interp, const scripts::LoadFailure& failure) {
     std::string message;
     size_t errors = 0;
-    for (const Said& said : failure.said())
-        if (said.isError) {
-            message += (errors++ > 0 ? "\n" : "") + line(said);
-        }
+    for (const Diagnostic& one : failure.diagnostics())
+        if (one.severity == Severity::error) message += (errors++ > 0 ? "\n" : "") + line(one);
     if (errors == 0) message = failure.path() + ": " + failure.what();
     Tcl_SetObjResult(interp, toTcl(message));
     const std::vector<std::string> code = {"HDNT", "LOAD", std::to_string(errors)};
     Dict options;
     options.put("-code", TCL_ERROR).put("-level", 0).put("-errorcode", code);
-    options.put("-diagnostics", failure.said()).put("-path", File{failure.path()});
+    options.put("-diagnostics", failure.diagnostics()).put("-path", File{failure.path()});
     const Obj all = options.obj();
     return Tcl_SetReturnOptions(interp, all.get());
 }

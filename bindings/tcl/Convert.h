@@ -56,7 +56,8 @@ struct File {
 };
 Tcl_Obj* toTcl(File file);
 Tcl_Obj* toTcl(const yyltype& location);
-Tcl_Obj* toTcl(const Said& said);
+Tcl_Obj* toTcl(const Place& at);
+Tcl_Obj* toTcl(const Diagnostic& diagnostic);
 template <std::integral Number>
 requires(!std::same_as<Number, bool>) Tcl_Obj* toTcl(Number value) {
     return Tcl_NewWideIntObj(static_cast<Tcl_WideInt>(value));

@@ -20,7 +20,11 @@ Obj originOf(const Expansion::Origin& origin) {
     return Dict().put("location", place(origin.location)).put("branch", index(origin.branch)).obj();
 }
 Obj problemOf(const Expansion::Problem& problem) {
-    return Dict().put("message", problem.message).put("location", place(problem.location)).obj();
+    return Dict()
+        .put("message", problem.message)
+        .put("location", place(problem.location))
+        .put("level", static_cast<int>(problem.level))
+        .obj();
 }
 Obj propertyOf(const Expansion::PropertyValue& value) {
     return Dict()

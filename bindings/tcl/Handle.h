@@ -1,8 +1,8 @@
 #pragma once
 
 #include "bindings/shared/OpenLibrary.h"
-#include "bindings/shared/Said.h"
 #include "bindings/tcl/Lock.h"
+#include "hdnt/diagnostics/Diagnostic.h"
 
 #include <tcl.h>
 
@@ -22,7 +22,7 @@ struct Life : wpx::tcltasks::native_handle, scripts::OpenLibrary, std::enable_sh
 
     std::shared_ptr<Life> below;
     std::string path; ///< what it was loaded from; empty for a library of the manager
-    std::vector<Said> warnings;
+    std::vector<Diagnostic> warnings;
 
     HDNTLibrary* library() const { return static_cast<HDNTLibrary*>(node()); }
 };

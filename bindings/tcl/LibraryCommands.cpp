@@ -96,20 +96,19 @@ Tcl_Obj* load(const Command& command) {
     }
     const std::string path = pathOf(command.interp, command.argument(0));
     std::unique_ptr<HDNTLibrary> library;
-    std::vector<Said> notices;
-    inSection(
-        below ? LoadSection::Changes : LoadSection::Quiet, path,
-        [&] { library = scripts::loadFrom(path, below ? below->life()->library() : nullptr, check); }, &notices);
+    std::vector<Diagnostic> warnings;
+    inSection(below ? LoadSection::Changes : LoadSection::Quiet, path,
+              [&] { library = scripts::loadFrom(path, below ? below->life()->library() : nullptr, check, warnings); });
     const std::shared_ptr<Life> life = command.session.own(std::move(library));
     life->path = path;
-    life->warnings = std::move(notices);
+    life->warnings = std::move(warnings);
     return command.session.wrap(life->node(), life);
 }
 
 Tcl_Obj* managed(const Command& command, HDNTLibrary* (*get)(), const char* name) {
     command.check(0, 0, nullptr);
     std::optional<Obj> result;
-    std::vector<Said> notices;
+    std::vector<Diagnostic> warnings;
     std::shared_ptr<Life> life;
     inSection(
         LoadSection::Changes, name,
@@ -119,8 +118,8 @@ Tcl_Obj* managed(const Command& command, HDNTLibrary* (*get)(), const char* name
             life = Session::lifeOf(library);
             result.emplace(command.session.wrap(&library, life));
         },
-        &notices);
-    if (!notices.empty()) life->warnings = std::move(notices);
+        &warnings);
+    if (!warnings.empty()) life->warnings = std::move(warnings);
     return toTcl(std::move(*result));
 }
 

@@ -28,10 +28,9 @@ private:
 };
 
 using scripts::LoadSection;
-using scripts::Said;
 
 template <typename Work>
-void inSection(LoadSection::Kind kind, const std::string& of, Work&& work, std::vector<Said>* notices = nullptr) {
+void inSection(LoadSection::Kind kind, const std::string& of, Work&& work, std::vector<Diagnostic>* notices = nullptr) {
     scripts::inSection(scriptLock(), kind, of, std::forward<Work>(work), notices);
 }
 

@@ -77,25 +77,31 @@ proc ::hdnt::check_all {paths args} {
 
 proc ::hdnt::CheckResult {one input} {
     set diagnostics {}
-    foreach severity {error warning} {
-        foreach entry [dict get $one ${severity}s] {
-            set diagnostic [dict create severity $severity code $severity file "" line "" column "" end_column ""]
-            if {[dict exists $entry code]} {
-                dict set diagnostic code [dict get $entry code]
-            }
-            foreach {key name} {file file line line column column lastColumn end_column} {
-                if {[dict get $entry location] ne ""} {
-                    dict set diagnostic $name [dict get $entry location $key]
-                }
-            }
-            dict set diagnostic message [dict get $entry message]
-            dict set diagnostic detail [expr {[dict exists $entry detail] ? [dict get $entry detail] : ""}]
-            dict set diagnostic text ""
-            lappend diagnostics $diagnostic
+    foreach entry [dict get $one diagnostics] {
+        set diagnostic [dict create severity [dict get $entry severity] code [dict get $entry code]]
+        set diagnostic [dict merge $diagnostic [Place [dict get $entry location]]]
+        foreach name {message detail text} {
+            dict set diagnostic $name [dict get $entry $name]
         }
+        set related {}
+        foreach other [dict get $entry related] {
+            lappend related [dict create location [Place [dict get $other location]] message [dict get $other message]]
+        }
+        dict set diagnostic related $related
+        lappend diagnostics $diagnostic
     }
     dict create input $input ok [expr {[dict get $one reason] eq ""}] blocks [dict get $one blocks] \
         reason [dict get $one reason] diagnostics $diagnostics
+}
+
+proc ::hdnt::Place {location} {
+    set place [dict create file "" line "" column "" end_column ""]
+    foreach {key name} {file file line line column column endColumn end_column} {
+        if {$location ne ""} {
+            dict set place $name [dict get $location $key]
+        }
+    }
+    return $place
 }
 
 # check PATH ?option value ...?

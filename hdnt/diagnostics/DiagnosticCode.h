@@ -69,9 +69,8 @@ enum class DiagnosticCode : unsigned char {
     fileOpened,
 };
 
-/// A row of the table of codes. All texts live as long as the process.
+/// A row of a table of codes. All texts live as long as the process.
 struct DiagnosticRule {
-    DiagnosticCode code;
     std::string_view name; ///< what users see, such as "pin-redefined"
     Severity severity;
     std::string_view wording;     ///< the message, with a "%" for each thing it is about

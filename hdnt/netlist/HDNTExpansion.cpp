@@ -87,7 +87,9 @@ void HDNTExpansion::addLevel(Level level, const HDNTNetlist& netlist, const hdnt
     level.section = netlist.section();
     if (const yyltype* const location = netlist.getLocation()) level.location = *location;
     levels_.push_back(std::move(level));
+    const auto before = static_cast<std::ptrdiff_t>(problems_.size());
     hdnt::netlist::ExpansionBuilder(levels_.back(), values, problems_).build(netlist);
+    std::for_each(problems_.begin() + before, problems_.end(), [&](Problem& one) { one.level = levels_.size() - 1; });
     countInstances(levels_.back());
 }
 
@@ -111,7 +113,7 @@ void HDNTExpansion::countInstances(const Level& level) {
     if (tooMany_ || numInstances_ <= limit) return;
     tooMany_ = true;
     problems_.push_back({"More than " + std::to_string(limit) + " instances (limit expansionInstances).",
-                         level.instances.front().origin.location});
+                         level.instances.front().origin.location, levels_.size() - 1});
 }
 
 // A block on the way to itself would be expanded without end; the whole way is reported.
@@ -120,7 +122,7 @@ bool HDNTExpansion::isOnPath(size_t level, const Instance& instance) {
     for (size_t at = level; at != none; at = levels_[at].outer) {
         way.insert(0, levels_[at].block->getName() + " -> ");
         if (levels_[at].block != instance.block) continue;
-        problems_.push_back({"Mappings lead in a circle: " + way, instance.origin.location});
+        problems_.push_back({"Mappings lead in a circle: " + way, instance.origin.location, level});
         return true;
     }
     return false;

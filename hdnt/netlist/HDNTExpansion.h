@@ -96,6 +96,7 @@ public:
     struct Problem {
         std::string message;
         yyltype location;
+        size_t level = 0; ///< whose mapping it is in
     };
 
     /// The block must outlive the expansion. An empty architecture is the manager's current one.

@@ -123,7 +123,25 @@ TEST_F(Architectures, WhatElseAFileMapsIsForItsArchitectureToo) {
     const Reports silent;
     dir.write("maplib/ADD_CHAIN_8.btl", "library \"M\" { " + pair + " oops }");
     EXPECT_THROW(add.getNetlist("gamma"), HEXDataException);
-    for (const HDNTBlock* const block : {&add, &hold}) EXPECT_EQ(block->getAttachedNetlist(), nullptr);
+    EXPECT_EQ(expansionOf(hold), "own beta");
+    EXPECT_EQ(add.getReferencedInstanceName("alpha"), "both");
+}
+
+// What a block has of its own is not lost to another's map library, nor is what a text dropped kept.
+TEST_F(Architectures, AFileThatFailsChangesNothing) {
+    const auto child = loaded("library \"C\" { block \"ADD_CHAIN_8\" { } block \"FLOP_RISE\" { } mapsto { "
+                              "inst \"mine\" \"T\"; } }",
+                              library.get());
+    HDNTBlock& add = *child->getTypeBlock(0);
+    HDNTBlock& flop = *child->getTypeBlock(1);
+    const Reports silent;
+    dir.write("maplib/ADD_CHAIN_8.btl", "library \"M\" { " + mapping("FLOP_RISE", "theirs") +
+                                            mapping("HOLD", "theirs") + "block \"NO_CELL\" mapsto { } oops }");
+    for (int i = 0; i < 2; ++i) EXPECT_THROW(add.getNetlist("alpha"), HEXDataException);
+    EXPECT_EQ(flop.getReferencedInstanceName("alpha"), "mine");
+    EXPECT_EQ(flop.getNetlistKind(), HDNTBlock::OwnNetlistInChild);
+    EXPECT_EQ(hold.getAttachedNetlist(), nullptr);
+    EXPECT_TRUE(child->getDroppedMappings().empty());
 }
 
 TEST_F(Architectures, AFileThatFailsLeavesNothingAndCanBeMended) {

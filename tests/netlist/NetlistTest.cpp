@@ -180,11 +180,19 @@ TEST(Netlist, PseudoDifferential) {
     setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
     for (const auto& [body, expected] : {std::pair("f();", true),
                                          {"if (true) { inst \"I\" \"gate_and_2\"; }", true},
-                                         {"inst \"I\" \"ELSEWHERE\";", true},
+                                         {"inst \"I\" \"ELSEWHERE\";", false},
                                          {"inst \"I\" \"NONE\";", false},
                                          {"", false}}) {
         const auto library = loaded(mapped(body).insert(13, "block \"GATE_AND_2\" { } "));
         EXPECT_EQ(library->getTypeBlock(1)->hasPseudoDifferentialExpansion(""), expected) << body;
         EXPECT_FALSE(library->getTypeBlock(0)->hasPseudoDifferentialExpansion("x"));
     }
+    // Of the common library's blocks once it is loaded; it is not loaded for the question.
+    dir.makeDir("tessels");
+    dir.write("tessels/a.btl", "library \"C\" { block \"ELSEWHERE\" { } }");
+    setenv("HDNT_DATA_PATH", dir.path().c_str(), 1);
+    const auto library = loaded(mapped("inst \"I\" \"ELSEWHERE\";"));
+    EXPECT_FALSE(library->getTypeBlock(0)->hasPseudoDifferentialExpansion(""));
+    HDNTLibraryMgr::getCommonLibrary();
+    EXPECT_TRUE(library->getTypeBlock(0)->hasPseudoDifferentialExpansion(""));
 }

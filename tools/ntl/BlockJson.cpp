@@ -7,7 +7,6 @@
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/platform/ConfigBase.h"
-#include "tools/ntl/MappingPlaces.h"
 #include "tools/ntl/Model.h"
 
 #include <algorithm>
@@ -217,9 +216,9 @@ Json jsonOf(const HDNTBus& bus) {
 Json netlistOf(const HDNTBlock& block) {
     const HDNTNetlist* const netlist = block.getAttachedNetlist();
     if (!netlist) return nullptr;
-    MappingPlaces places;
+    hdnt::SourcePlaces places;
     const yyltype* const location = netlist->getLocation();
-    const Place place = location ? places.placeOf(*location, &block) : Place();
+    const hdnt::Place place = location ? places.placeOf(*location) : hdnt::Place();
     const bool isMapLibrary = location && !location->fileName;
     const unsigned short kind = block.getNetlistKind();
     const bool isForAll =

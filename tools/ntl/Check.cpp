@@ -1,11 +1,11 @@
-#include "hdnt/diagnostics/HDNTError.h"
+#include "author/lint/lint.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
 #include "tools/ntl/CheckResult.h"
 #include "tools/ntl/Commands.h"
-#include "tools/ntl/ConfigWarnings.h"
+#include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Progress.h"
 #include "tools/ntl/Setup.h"
@@ -21,6 +21,8 @@
 namespace ntl {
 
 namespace {
+
+using hdnt::author::ConfigScope;
 
 /// One library to check: the paths it stands on, then its own, which are more than one for the common library.
 struct Input {
@@ -49,6 +51,10 @@ std::vector<Input> inputsOf(const Settings& settings) {
     }
 }
 
+void append(std::vector<hdnt::Diagnostic>& list, const std::vector<hdnt::Diagnostic>& more) {
+    list.insert(list.end(), more.begin(), more.end());
+}
+
 // The work itself, in the worker's process.
 void checkInput(const Input& input, Loader& loader, CheckResult& result) {
     HDNTLibrary* library = nullptr;
@@ -59,20 +65,19 @@ void checkInput(const Input& input, Loader& loader, CheckResult& result) {
     for (const std::string& path : input.paths) {
         library = loader.load(path, library);
         result.blocks += library->getNumTypeBlocks(false);
-        std::vector<Finding> findings = judge(*library);
-        findings.insert(findings.end(), loader.notices().begin(), loader.notices().end());
-        sortFindings(findings);
-        const std::vector<Finding> entries = judgeConfiguration(*library, input.configuration);
-        findings.insert(findings.end(), entries.begin(), entries.end());
-        result.warnings.insert(result.warnings.end(), findings.begin(), findings.end());
+        std::vector<hdnt::Diagnostic> findings = hdnt::author::lintLibrary(*library);
+        append(findings, loader.diagnostics());
+        hdnt::author::sortByPlace(findings);
+        append(findings, hdnt::author::lintConfiguration(*library, input.configuration));
+        append(result.warnings, findings);
         result.files.insert(result.files.end(), loader.files().begin(), loader.files().end());
         loader.forget();
     }
 }
 
-CheckResult checkedInput(const Input& input, bool keepReports) {
+CheckResult checkedInput(const Input& input) {
     CheckResult result;
-    Loader loader(keepReports);
+    Loader loader;
     try {
         checkInput(input, loader, result);
     } catch (const Failure& failure) {
@@ -86,12 +91,12 @@ CheckResult checkedInput(const Input& input, bool keepReports) {
         result.reason = input.name + ": " + error.what();
     }
     if (result.status == Fine) return result;
-    std::vector<Finding> notices = loader.notices();
-    sortFindings(notices);
-    result.warnings.insert(result.warnings.end(), notices.begin(), notices.end());
+    std::vector<hdnt::Diagnostic> warnings;
+    for (const hdnt::Diagnostic& one : loader.diagnostics())
+        (one.severity == hdnt::Severity::error ? result.errors : warnings).push_back(one);
+    hdnt::author::sortByPlace(warnings);
+    append(result.warnings, warnings);
     result.files.insert(result.files.end(), loader.files().begin(), loader.files().end());
-    result.errors = loader.errorCount();
-    result.reports = loader.reports();
     return result;
 }
 
@@ -120,7 +125,8 @@ public:
 
     int run() {
         if (!settings_.parent.empty() && !parentIsGood()) return finish();
-        runTasks();
+        if (settings_.inputs.empty()) runOneByOne();
+        else runTasks();
         return finish();
     }
 
@@ -136,12 +142,33 @@ private:
         return status_ == Fine;
     }
 
+    // The shipped libraries stand on each other: a fault of the one below is said once.
+    void runOneByOne() {
+        std::vector<Input> inputs;
+        inputs.swap(inputs_);
+        for (const Input& input : inputs) {
+            inputs_ = {input};
+            if (errorFree_) runTasks();
+            else skip(input);
+        }
+        inputs_.swap(inputs);
+    }
+
+    void skip(const Input& input) {
+        CheckResult result;
+        result.input = input.name;
+        result.status = Faulty;
+        result.reason = input.name + ": not checked, since the library below it has errors";
+        complain(result.reason);
+        results_.push_back(std::move(result));
+    }
+
     void runTasks() {
         WorkerTasks tasks;
         tasks.count = inputs_.size();
         const unsigned processors = std::max(std::thread::hardware_concurrency(), 1U);
         tasks.atOnce = settings_.jobs > 0 ? settings_.jobs : static_cast<int>(processors);
-        tasks.work = [&](size_t i) { return packed(checkedInput(inputs_[i], !isText_)); };
+        tasks.work = [&](size_t i) { return packed(checkedInput(inputs_[i])); };
         tasks.said = [&](size_t i, std::string_view text) { pass(i, text); };
         tasks.done = [&](size_t i, const WorkerResult& worker) { take(i, worker); };
         tasks.tick = [&](size_t finished) { progress_.show(totalSize_ * finished / inputs_.size()); };
@@ -178,6 +205,7 @@ private:
         result.input = inputs_[i].name;
         if (isParent_ && result.status == Fine) return;
         if (result.parentFailed) result.reason = result.input + ": parent library: " + result.reason;
+        errorFree_ = errorFree_ && result.status == Fine;
         const bool failed = hasFailed(result, settings_.warningsAreErrors);
         if (failed && result.status == Fine)
             result.reason = result.input + ": " + counted(result.warnings.size(), "warning") + " (--werror)";
@@ -189,7 +217,7 @@ private:
     void write(const CheckResult& result, bool failed) {
         progress_.clear();
         std::string lines;
-        for (const Finding& finding : result.warnings) lines += warningLine(finding);
+        for (const hdnt::Diagnostic& warning : result.warnings) lines += warningLine(warning);
         writeError(lines);
         if (failed) complain(result.reason);
         else if (isText_) writeOutput(textLine(result));
@@ -212,6 +240,7 @@ private:
     std::vector<CheckResult> results_;
     int status_ = Fine;
     bool isParent_ = false;
+    bool errorFree_ = true;
 };
 
 } // namespace

@@ -7,24 +7,46 @@
 
 namespace ntl {
 
-static Json packedPlace(const Place& place) {
-    return Json::array({place.file, place.line, place.column, place.lastColumn, place.textLine, place.order});
+static Json packed(const hdnt::Place& place) {
+    return Json::array({place.file, place.line, place.column, place.endColumn, place.offset, place.endOffset,
+                        place.textLine, place.order, place.text});
 }
 
-static Place unpackedPlace(const Json& json) {
-    return {json[0].get<std::string>(), json[1].get<int>(), json[2].get<int>(),
-            json[3].get<int>(),         json[4].get<int>(), json[5].get<int>()};
+static hdnt::Place unpackedPlace(const Json& json) {
+    return {json[0].get<std::string>(), json[1].get<int>(),    json[2].get<int>(),
+            json[3].get<int>(),         json[4].get<size_t>(), json[5].get<size_t>(),
+            json[6].get<int>(),         json[7].get<int>(),    json[8].get<std::string>()};
+}
+
+static Json packed(const std::vector<hdnt::Diagnostic>& diagnostics) {
+    Json list = Json::array();
+    for (const hdnt::Diagnostic& one : diagnostics) {
+        Json related = Json::array();
+        for (const auto& [place, message] : one.related) related.push_back(Json::array({packed(place), message}));
+        list.push_back(Json::array({static_cast<int>(one.severity), one.code, packed(one.place), one.message,
+                                    one.detail, std::move(related)}));
+    }
+    return list;
+}
+
+static std::vector<hdnt::Diagnostic> unpackedDiagnostics(const Json& json) {
+    std::vector<hdnt::Diagnostic> list;
+    for (const Json& one : json) {
+        list.push_back({static_cast<hdnt::Severity>(one[0].get<int>()),
+                        one[1].get<std::string>(),
+                        unpackedPlace(one[2]),
+                        one[3].get<std::string>(),
+                        one[4].get<std::string>(),
+                        {}});
+        for (const Json& related : one[5])
+            list.back().related.push_back({unpackedPlace(related[0]), related[1].get<std::string>()});
+    }
+    return list;
 }
 
 std::string packed(const CheckResult& result) {
-    Json reports = Json::array();
-    for (const Report& report : result.reports)
-        reports.push_back(Json::array({packedPlace(report.place), report.message, report.detail}));
-    Json warnings = Json::array();
-    for (const Finding& finding : result.warnings)
-        warnings.push_back(Json::array({static_cast<int>(finding.warning), packedPlace(finding.place), finding.text}));
-    const Json json = Json::array({result.status, result.reason, result.parentFailed, result.blocks, result.errors,
-                                   std::move(reports), std::move(warnings), result.files});
+    const Json json = Json::array({result.status, result.reason, result.parentFailed, result.blocks,
+                                   packed(result.errors), packed(result.warnings), result.files});
     std::string bytes;
     Json::to_cbor(json, bytes);
     return bytes;
@@ -37,14 +59,9 @@ CheckResult unpacked(const std::string& bytes) {
     result.reason = json[1].get<std::string>();
     result.parentFailed = json[2].get<bool>();
     result.blocks = json[3].get<size_t>();
-    result.errors = json[4].get<size_t>();
-    for (const Json& report : json[5])
-        result.reports.push_back(
-            {unpackedPlace(report[0]), report[1].get<std::string>(), report[2].get<std::string>()});
-    for (const Json& warning : json[6])
-        result.warnings.push_back(
-            {static_cast<Warning>(warning[0].get<int>()), unpackedPlace(warning[1]), warning[2].get<std::string>()});
-    result.files = json[7].get<std::vector<std::string>>();
+    result.errors = unpackedDiagnostics(json[4]);
+    result.warnings = unpackedDiagnostics(json[5]);
+    result.files = json[6].get<std::vector<std::string>>();
     return result;
 }
 
@@ -62,30 +79,15 @@ static const char* statusName(const CheckResult& result) {
     return result.status == Faulty ? "errors" : result.warnings.empty() ? "good" : "warnings";
 }
 
-static std::string codeOf(const Finding& finding) {
-    return std::string(warningRules()[static_cast<size_t>(finding.warning)].code);
-}
-
 static Json jsonOf(const CheckResult& result) {
     Json json;
     json["input"] = result.input;
     json["status"] = statusName(result);
     json["reason"] = orNull(result.reason);
     json["blocks"] = result.status == Fine ? Json(result.blocks) : Json();
-    json["errors"] = Json::array();
-    for (const Report& report : result.reports) {
-        Json& item = json["errors"].emplace_back();
-        item["message"] = report.message;
-        item["detail"] = orNull(report.detail);
-        item["location"] = jsonOf(report.place);
-    }
-    json["warnings"] = Json::array();
-    for (const Finding& finding : result.warnings) {
-        Json& item = json["warnings"].emplace_back();
-        item["code"] = codeOf(finding);
-        item["message"] = finding.text;
-        item["location"] = jsonOf(finding.place);
-    }
+    json["diagnostics"] = Json::array();
+    for (const auto* list : {&result.errors, &result.warnings})
+        for (const hdnt::Diagnostic& one : *list) json["diagnostics"].push_back(jsonOf(one));
     json["files"] = result.files;
     return json;
 }

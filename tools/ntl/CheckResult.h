@@ -1,8 +1,8 @@
 #pragma once
 
-#include "tools/ntl/Loading.h"
+#include "hdnt/diagnostics/Diagnostic.h"
 #include "tools/ntl/Settings.h"
-#include "tools/ntl/Warnings.h"
+#include "tools/ntl/Status.h"
 
 #include <string>
 #include <vector>
@@ -16,9 +16,8 @@ struct CheckResult {
     std::string reason;   ///< what the one line about a failed input says
     bool parentFailed = false;
     size_t blocks = 0;
-    size_t errors = 0;
-    std::vector<Report> reports; ///< kept for JSON and SARIF only
-    std::vector<Finding> warnings;
+    std::vector<hdnt::Diagnostic> errors;
+    std::vector<hdnt::Diagnostic> warnings;
     std::vector<std::string> files;
 };
 

@@ -1,4 +1,4 @@
-#include "hdnt/frontend/Scanner.h"
+#include "hdnt/frontend/SearchPath.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 #include "tools/ntl/Commands.h"
@@ -6,7 +6,6 @@
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Setup.h"
-#include "tools/ntl/Warnings.h"
 #include "tools/ntl/Workers.h"
 
 #include <new>
@@ -32,14 +31,14 @@ std::string described(const Side& side) {
     for (const std::string& directory : side.searchDirectories) NtlAddSearchDirectory(directory);
     std::string of;
     try {
-        Loader loader(false);
+        Loader loader;
         HDNTLibrary* library = nullptr;
         of = "parent library: ";
         for (const std::string& path : side.parents) library = loader.load(path, library);
         of.clear();
         loader.forget();
         library = loader.load(side.path, library);
-        warn(loader.notices());
+        warn(loader.diagnostics());
         return goodMark + HDNTModelTree(*library).toBytes();
     } catch (const Failure& failure) {
         return badMark + of + failure.what();

@@ -1,7 +1,9 @@
+#include "author/lint/nearestNames.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HUTFile.h"
 #include "tools/ntl/Commands.h"
@@ -10,7 +12,6 @@
 #include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Setup.h"
-#include "tools/ntl/Suggest.h"
 
 namespace ntl {
 
@@ -33,7 +34,7 @@ std::vector<std::string> pinNames(const HDNTBlock& block) {
 }
 
 std::string suggestion(const std::string& wanted, const std::vector<std::string>& names) {
-    const std::vector<std::string> near = nearestNames(wanted, names);
+    const std::vector<std::string> near = hdnt::author::nearestNames(wanted, names);
     return near.empty() ? "" : " Did you mean " + joined(near, ", ") + "?";
 }
 
@@ -77,7 +78,7 @@ private:
             complain(reasonForNone(block));
             return false;
         }
-        write({expansion, properties_, settings_.connectedPins, places_});
+        write({expansion, properties_, settings_.connectedPins, places_, briefPlaces_});
         return fine;
     }
 
@@ -101,19 +102,26 @@ private:
         return fine;
     }
 
+    // The file of the block's map library, whether it exists or not; empty when there is no place for them.
+    static std::string mapLibraryOf(const HDNTBlock& block) {
+        const std::string directory = ConfigBase::getDataLocation("maplib");
+        if (directory.empty()) return {};
+        return HUTPathUtils::replaceExtension(HUTPathUtils::join(directory, block.getName()), "btl");
+    }
+
     static std::string reasonForNone(const HDNTBlock& block) {
         const std::string& architecture = HDNTLibraryMgr::getLibraryMgr()->m_architecture;
         std::string text = "block '" + block.getName() + "' has no mapping";
         if (!architecture.empty()) return text + " for the architecture '" + architecture + "'";
-        const std::string file = MappingPlaces::mapLibraryOf(block);
+        const std::string file = mapLibraryOf(block);
         if (file.empty() || !HUTPathUtils::exists(file)) return text;
         return text + " that holds for every architecture; name one of those in " + file + " with --arch";
     }
 
     void write(const ExpandedBlock& expanded) {
         for (const HDNTExpansion::Problem& problem : expanded.expansion.problems())
-            writeError(printable(describe(expanded.placeOf(problem))) + ": " + colored(Color::Red, "error:", 2) + " " +
-                       printable(problem.message) + "\n");
+            writeError(printable(describe(places_.placeOf(problem.location))) + ": " +
+                       colored(Color::Red, "error:", 2) + " " + printable(problem.message) + "\n");
         if (settings_.expansionFormat == "json") {
             documents_.push_back(expansionJson(expanded));
             return;
@@ -125,7 +133,8 @@ private:
     const Settings& settings_;
     OpenedLibrary opened_;
     std::vector<std::pair<std::string, std::string>> properties_;
-    MappingPlaces places_;
+    hdnt::SourcePlaces places_;
+    BriefPlaces briefPlaces_;
     Json documents_ = Json::array();
     std::string text_;
     int status_ = Fine;

@@ -2,26 +2,34 @@
 
 #include "hdnt/netlist/HDNTExpansion.h"
 #include "tools/ntl/Json.h"
-#include "tools/ntl/MappingPlaces.h"
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace ntl {
 
+/// Places as comments have them: "file:line", the file without its directory, unless another one of that name came
+/// first.
+class BriefPlaces {
+public:
+    std::string brief(const hdnt::Place& place);
+
+private:
+    std::map<std::string, std::string> fileByName_;
+};
+
 /// A block whose mapping was applied, and what it was applied to.
 struct ExpandedBlock {
     const HDNTExpansion& expansion;
     std::vector<std::pair<std::string, std::string>> properties; ///< those that were given
     std::vector<std::string> connectedPins;
-    MappingPlaces& places;
+    hdnt::SourcePlaces& places;
+    BriefPlaces& briefPlaces;
 
-    Place placeOf(const HDNTExpansion::Level& level, const HDNTExpansion::Origin& origin) const {
-        return places.placeOf(origin.location, level.block);
-    }
-    /// Problems do not say which level they are of, so those in map libraries are placed only if there is just one.
-    Place placeOf(const HDNTExpansion::Problem& problem) const;
+    /// "file:line"
+    std::string brief(const yyltype& location) const { return briefPlaces.brief(places.placeOf(location)); }
 };
 
 /// As NTL: `block "X" mapsto { ... }` for each level, with comments that say where each line comes from.

@@ -28,7 +28,7 @@ public:
         json["outer"] = indexOrNull(level_.outer);
         json["block"] = level_.block->getName();
         json["section"] = sectionName(level_.section);
-        json["location"] = jsonOf(expanded_.places.placeOf(level_.location, level_.block));
+        json["location"] = jsonOf(expanded_.places.placeOf(level_.location));
         json["mapLibrary"] = !level_.location.fileName;
         json["branches"] = branches();
         json["instances"] = instances();
@@ -41,7 +41,7 @@ public:
 
 private:
     void addOrigin(Json& json, const Expansion::Origin& origin) const {
-        json["location"] = jsonOf(expanded_.placeOf(level_, origin));
+        json["location"] = jsonOf(expanded_.places.placeOf(origin.location));
         json["branch"] = indexOrNull(origin.branch);
     }
 
@@ -123,13 +123,6 @@ private:
 
 } // namespace
 
-Place ExpandedBlock::placeOf(const HDNTExpansion::Problem& problem) const {
-    std::set<const HDNTBlock*> blocks;
-    for (const Expansion::Level& level : expansion.levels())
-        if (!level.location.fileName) blocks.insert(level.block);
-    return places.placeOf(problem.location, blocks.size() == 1 ? *blocks.begin() : nullptr);
-}
-
 Json expansionJson(const ExpandedBlock& expanded) {
     Json json;
     json["block"] = expanded.expansion.levels().front().block->getName();
@@ -139,8 +132,9 @@ Json expansionJson(const ExpandedBlock& expanded) {
     json["problems"] = Json::array();
     for (const Expansion::Problem& problem : expanded.expansion.problems()) {
         Json& item = json["problems"].emplace_back();
+        item["level"] = problem.level;
         item["message"] = problem.message;
-        item["location"] = jsonOf(expanded.placeOf(problem));
+        item["location"] = jsonOf(expanded.places.placeOf(problem.location));
     }
     json["levels"] = Json::array();
     for (const Expansion::Level& level : expanded.expansion.levels())

@@ -90,9 +90,8 @@ private:
         } else {
             add("", level_.path);
         }
-        const Place place = expanded_.places.placeOf(level_.location, level_.block);
         add("block " + quoted(level_.block->getName()) + " " + sectionName(level_.section) + " {",
-            expanded_.places.brief(place) + (given.empty() ? "" : "; with " + joined(given, ", ")));
+            expanded_.brief(level_.location) + (given.empty() ? "" : "; with " + joined(given, ", ")));
     }
 
     void addInstance(const Expansion::Instance& instance) {
@@ -135,9 +134,7 @@ private:
         addComment("no NTL for: " + code + Expansion::textOf(property.value) + ": " + reasonFor(property.origin));
     }
 
-    std::string placeText(const Expansion::Origin& origin) const {
-        return expanded_.places.brief(expanded_.placeOf(level_, origin));
-    }
+    std::string placeText(const Expansion::Origin& origin) const { return expanded_.brief(origin.location); }
 
     // The branches around a statement, the innermost first.
     std::string within(const Expansion::Origin& origin) const {
@@ -182,6 +179,14 @@ std::string expansionText(const ExpandedBlock& expanded) {
     for (const Expansion::Level& level : expanded.expansion.levels())
         text += (text.empty() ? "" : "\n") + LevelText(expanded, level).text();
     return text;
+}
+
+std::string BriefPlaces::brief(const hdnt::Place& place) {
+    if (place.file.empty()) return "(unknown place)";
+    const std::string name = place.file.substr(place.file.rfind('/') + 1);
+    const std::string& first = fileByName_.emplace(name, place.file).first->second;
+    const std::string& shown = first == place.file ? name : place.file;
+    return place.isKnown() ? shown + ":" + std::to_string(place.line) : shown;
 }
 
 } // namespace ntl

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/ntl/Place.h"
+#include "hdnt/diagnostics/Diagnostic.h"
 
 #include <nlohmann/json.hpp>
 
@@ -12,14 +12,16 @@ using Json = nlohmann::ordered_json;
 
 /// The version of every JSON document the tool writes. Goes up when a key goes away or changes its meaning; new keys do
 /// not count.
-constexpr int jsonVersion = 1;
+constexpr int jsonVersion = 2;
 
 /// The head of a document: version and command.
 Json jsonHead(const std::string& command);
 /// Indented by two, with a final newline. Bytes that are no UTF-8 become U+FFFD.
 std::string jsonText(const Json& json);
 /// Null when the place is not known.
-Json jsonOf(const Place& place);
+Json jsonOf(const hdnt::Place& place);
+/// With its place, related places and, where there is one, its detail.
+Json jsonOf(const hdnt::Diagnostic& diagnostic);
 /// Null for 0, an empty text, or none.
 Json orNull(int number);
 Json orNull(const std::string& text);

@@ -1,14 +1,15 @@
 #include "tools/ntl/Loading.h"
 
-#include "hdnt/frontend/Scanner.h"
+#include "author/lint/lint.h"
+#include "author/lint/nearestNames.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
+#include "hdnt/loading/load.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
 #include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
-#include "tools/ntl/Suggest.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -16,28 +17,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <memory>
+#include <utility>
 
 namespace ntl {
-
-static const std::string openFailureText = "Could not open file: ";
-
-Loader::Loader(bool keepReports) : keepReports_(keepReports) { HDNTError::setListener(this); }
-
-Loader::~Loader() { HDNTError::setListener(nullptr); }
-
-bool Loader::report(const HDNTReport& report) {
-    ++errorCount_;
-    const std::string message(report.message);
-    const std::string detail(report.detail);
-    if (!report.location && openFailure_.empty() && message.compare(0, openFailureText.size(), openFailureText) == 0)
-        openFailure_ =
-            message.substr(openFailureText.size()) + ": cannot be opened" + (detail.empty() ? "" : ": " + detail);
-    if (keepReports_) reports_.push_back({report.location ? placeOf(*report.location) : Place(), message, detail});
-    return false;
-}
-
-void Loader::notice(const HDNTNotice& notice) { notices_.push_back(findingOf(notice)); }
 
 // The library takes a path where nothing is for its parent, so this is found out before.
 static void requireReadable(const std::string& path) {
@@ -50,42 +34,40 @@ static void requireReadable(const std::string& path) {
     if (!readable) throw Failure(Unusable, path + ": cannot be opened: " + std::strerror(errno));
 }
 
+// Commands end with their process, and libraries refer to those below them until then.
+static HDNTLibrary* kept(std::unique_ptr<HDNTLibrary> library) {
+    static auto* const all = new std::vector<std::unique_ptr<HDNTLibrary>>;
+    all->push_back(std::move(library));
+    return all->back().get();
+}
+
 HDNTLibrary* Loader::load(const std::string& path, HDNTLibrary* parent) {
     requireReadable(path);
-    forgetLines();
     const OutputToError redirect;
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the load changes the list
-    const std::vector<std::string> before = NtlOpenedFiles();
-    HDNTLibrary* library = nullptr;
-    std::string reason;
-    try {
-        library = HDNTLibraryMgr::getLibraryMgr()->loadLibrary(path, parent);
-    } catch (const HEXAll& error) {
-        reason = error.what();
-    }
-    addOpenedFiles(before);
-    if (!library) fail(path, reason);
-    return library;
+    hdnt::LoadOptions options;
+    options.parent = parent;
+    options.check = HPAParamMgr::getParamMgr()->getValueAsBool("ntl.enableDiagnostics");
+    options.listener = this;
+    hdnt::Loaded loaded = hdnt::load(path, options);
+    std::move(loaded.diagnostics.begin(), loaded.diagnostics.end(), std::back_inserter(diagnostics_));
+    std::move(loaded.files.begin(), loaded.files.end(), std::back_inserter(files_));
+    if (!loaded) fail(path);
+    return kept(std::move(loaded.library));
 }
 
-// The files of a folder are appended to those of the load before, the ones of a single file replace them.
-void Loader::addOpenedFiles(const std::vector<std::string>& before) {
-    const std::vector<std::string>& opened = NtlOpenedFiles();
-    const bool appended = opened.size() >= before.size() && std::equal(before.begin(), before.end(), opened.begin());
-    files_.insert(files_.end(), opened.begin() + (appended ? static_cast<long>(before.size()) : 0), opened.end());
-}
-
-void Loader::fail(const std::string& path, const std::string& reason) {
-    if (!openFailure_.empty())
-        throw Failure(Unusable, openFailure_ + (errorCount_ > 1 ? " (" + counted(errorCount_, "error") + ")" : ""));
-    if (errorCount_ > 0) throw Failure(Faulty, path + ": " + counted(errorCount_, "error"));
-    ++errorCount_;
-    if (keepReports_) reports_.push_back({Place(), reason, ""});
-    throw Failure(Faulty, path + ": " + reason);
+void Loader::fail(const std::string& path) const {
+    const auto isError = [](const hdnt::Diagnostic& one) { return one.severity == hdnt::Severity::error; };
+    const auto cannotOpen = [](const hdnt::Diagnostic& one) {
+        return one.code == hdnt::ruleOf(hdnt::DiagnosticCode::cannotOpen).name;
+    };
+    const auto errors = static_cast<size_t>(std::count_if(diagnostics_.begin(), diagnostics_.end(), isError));
+    const auto unopened = std::find_if(diagnostics_.begin(), diagnostics_.end(), cannotOpen);
+    if (unopened == diagnostics_.end()) throw Failure(Faulty, path + ": " + counted(errors, "error"));
+    throw Failure(Unusable, textOf(*unopened) + (errors > 1 ? " (" + counted(errors, "error") + ")" : ""));
 }
 
 void Loader::forget() {
-    notices_.clear();
+    diagnostics_.clear();
     files_.clear();
 }
 
@@ -111,20 +93,20 @@ OpenedLibrary openLibrary(const Settings& settings) {
     if (isCommon && !settings.parent.empty()) throw Failure(Unusable, "--parent needs --library");
     std::vector<std::string> paths = isCommon ? commonLibraryPaths() : parentPaths(settings.parent);
     if (!isCommon) paths.push_back(settings.library);
-    Loader loader(false);
+    Loader loader;
     HDNTLibrary* library = nullptr;
     for (const std::string& path : paths) {
         loader.forget();
         library = loader.load(path, library);
     }
-    return {library, isCommon, paths.back(), loader.notices(), loader.files()};
+    return {library, isCommon, paths.back(), loader.diagnostics(), loader.files()};
 }
 
 HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name) {
     if (HDNTBlock* const block = opened.library->getTypeBlockByName(name, true)) return block;
     std::vector<std::string> known;
     for (const HDNTBlock* block : blocksOf(*opened.library, true)) known.push_back(block->getName());
-    const std::vector<std::string> near = nearestNames(name, known);
+    const std::vector<std::string> near = hdnt::author::nearestNames(name, known);
     complain("no block '" + name + "'" + (near.empty() ? "" : "; did you mean " + joined(near, ", ") + "?"));
     return nullptr;
 }
@@ -144,6 +126,16 @@ bool loadMappings(const std::vector<HDNTBlock*>& blocks) {
     bool fine = true;
     for (HDNTBlock* block : blocks) fine = loadMapping(*block) && fine;
     return fine;
+}
+
+std::string warningLine(const hdnt::Diagnostic& warning) {
+    return printable(describe(warning.place)) + ": " + colored(Color::Yellow, "warning:", 2) + " " +
+           printable(textOf(warning)) + " [" + warning.code + "]\n";
+}
+
+void warn(std::vector<hdnt::Diagnostic> warnings) {
+    hdnt::author::sortByPlace(warnings);
+    for (const hdnt::Diagnostic& warning : warnings) writeError(warningLine(warning));
 }
 
 } // namespace ntl

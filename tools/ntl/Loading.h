@@ -1,10 +1,9 @@
 #pragma once
 
+#include "hdnt/diagnostics/Diagnostic.h"
 #include "hdnt/diagnostics/HDNTError.h"
-#include "tools/ntl/Place.h"
 #include "tools/ntl/Settings.h"
 #include "tools/ntl/Status.h"
-#include "tools/ntl/Warnings.h"
 
 #include <string>
 #include <vector>
@@ -14,45 +13,29 @@ class HDNTLibrary;
 
 namespace ntl {
 
-/// One report of the library, as data. Its printed form has gone to standard error.
-struct Report {
-    Place place;
-    std::string message;
-    std::string detail;
-};
-
-/// Loads libraries and keeps what is said meanwhile. There is one at a time, since it listens to the library.
+/// Loads libraries and keeps what is said of them. Errors go to standard error as the library prints them, as they
+/// come.
 class Loader : private HDNTErrorListener {
 public:
-    /// Reports are counted in any case; they are kept only when asked for.
-    explicit Loader(bool keepReports);
-    ~Loader() override;
-    Loader(const Loader&) = delete;
-    Loader& operator=(const Loader&) = delete;
+    Loader() = default;
 
-    /// Never null; owned by the library manager. Whatever the library prints goes to standard error. Throws Failure
-    /// when the path cannot be opened (Unusable) or the text has errors (Faulty).
+    /// Never null; lives as long as the process. Whatever is printed goes to standard error. Throws Failure when the
+    /// path cannot be opened (Unusable) or the text has errors (Faulty).
     HDNTLibrary* load(const std::string& path, HDNTLibrary* parent);
-    /// Forgets all notices and files so far.
+    /// Forgets all that was said and read so far.
     void forget();
 
-    size_t errorCount() const { return errorCount_; }
-    const std::vector<Report>& reports() const { return reports_; }
-    const std::vector<Finding>& notices() const { return notices_; }
+    /// In the order of saying.
+    const std::vector<hdnt::Diagnostic>& diagnostics() const { return diagnostics_; }
     /// Every file opened, in order.
     const std::vector<std::string>& files() const { return files_; }
 
 private:
-    bool report(const HDNTReport& report) override;
-    void notice(const HDNTNotice& notice) override;
-    void addOpenedFiles(const std::vector<std::string>& before);
-    [[noreturn]] void fail(const std::string& path, const std::string& reason);
+    bool report(const HDNTReport&) override { return false; }
+    bool silencesOutput() const override { return true; }
+    [[noreturn]] void fail(const std::string& path) const;
 
-    bool keepReports_;
-    size_t errorCount_ = 0;
-    std::string openFailure_; ///< the first one, with its reason
-    std::vector<Report> reports_;
-    std::vector<Finding> notices_;
+    std::vector<hdnt::Diagnostic> diagnostics_;
     std::vector<std::string> files_;
 };
 
@@ -67,8 +50,8 @@ struct OpenedLibrary {
     HDNTLibrary* library = nullptr;
     bool withParents = false;
     std::string path;
-    std::vector<Finding> notices;   ///< of itself, not of its parents
-    std::vector<std::string> files; ///< likewise
+    std::vector<hdnt::Diagnostic> warnings; ///< of itself, not of its parents
+    std::vector<std::string> files;         ///< likewise
 };
 OpenedLibrary openLibrary(const Settings& settings);
 /// A block of it or its parents, case aside; null when there is none, which is then said with the names near to it.
@@ -78,5 +61,10 @@ HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name);
 bool loadMapping(HDNTBlock& block);
 /// The same for each of them; true when all went well.
 bool loadMappings(const std::vector<HDNTBlock*>& blocks);
+
+/// "file:line:column: warning: message: detail [code]", for standard error.
+std::string warningLine(const hdnt::Diagnostic& warning);
+/// Writes them to standard error, by place.
+void warn(std::vector<hdnt::Diagnostic> warnings);
 
 } // namespace ntl

@@ -34,7 +34,7 @@ int runPrint(const Settings& settings) {
     if (settings.library.empty()) throw Failure(Unusable, "FILE is empty; name a file or a folder");
     enableByDefault(settings, "arch.enableTestFeatures");
     const OpenedLibrary opened = openLibrary(settings);
-    warn(opened.notices);
+    warn(opened.warnings);
     if (settings.source) warnOfMappingsGivenAway(opened);
     else if (!loadMappings(blocksOf(*opened.library, true))) return Faulty;
     ResultStream stream;

@@ -1,12 +1,13 @@
 // Results of a check as a SARIF 2.1.0 log.
+#include "author/lint/lint.h"
 #include "tools/ntl/CheckResult.h"
 #include "tools/ntl/Json.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ntl {
 
-static const char* const errorRule = "error";
 static const char* const unusableRule = "unusable-input";
 
 // A path as a URI reference: relative as it stands, absolute with its scheme.
@@ -24,31 +25,25 @@ static std::string uriOf(const std::string& path) {
     return uri;
 }
 
-static Json rule(const std::string& id, const std::string& text, const char* level) {
+static Json ruleOf(const hdnt::DiagnosticRule& rule) {
     Json json;
-    json["id"] = id;
-    json["shortDescription"]["text"] = text;
-    json["defaultConfiguration"]["level"] = level;
+    json["id"] = rule.name;
+    json["shortDescription"]["text"] = rule.explanation;
+    json["defaultConfiguration"]["level"] = nameOf(rule.severity);
     return json;
 }
 
 static Json rules() {
     Json list = Json::array();
-    list.push_back(rule(errorRule, "The library reports an error in the text.", "error"));
-    list.push_back(rule(unusableRule, "The input cannot be opened, or its check was broken off.", "error"));
-    for (const WarningRule& warning : warningRules())
-        list.push_back(rule(std::string(warning.code), std::string(warning.summary), "warning"));
+    list.push_back(
+        ruleOf({unusableRule, hdnt::Severity::error, "", "The input cannot be opened, or its check was broken off."}));
+    for (const auto* table : {&hdnt::diagnosticRules(), &hdnt::author::lintRules()})
+        for (const hdnt::DiagnosticRule& rule : *table)
+            if (rule.severity != hdnt::Severity::note) list.push_back(ruleOf(rule));
     return list;
 }
 
-static Json result(const Json& ruleList, const std::string& ruleId, const char* level, const std::string& text,
-                   const Place& place, const std::string& input) {
-    const auto isRule = [&](const Json& entry) { return entry["id"] == ruleId; };
-    Json json;
-    json["ruleId"] = ruleId;
-    json["ruleIndex"] = std::find_if(ruleList.begin(), ruleList.end(), isRule) - ruleList.begin();
-    json["level"] = level;
-    json["message"]["text"] = text;
+static Json physical(const hdnt::Place& place, const std::string& input) {
     Json location;
     location["artifactLocation"]["uri"] = uriOf(place.file.empty() ? input : place.file);
     if (place.isKnown()) {
@@ -56,12 +51,23 @@ static Json result(const Json& ruleList, const std::string& ruleId, const char* 
         region["startLine"] = place.line;
         if (place.column > 0) {
             region["startColumn"] = place.column;
-            region["endColumn"] = std::max(place.lastColumn + 1, place.column);
+            region["endColumn"] = place.endColumn;
         }
     }
-    Json wrapped;
-    wrapped["physicalLocation"] = std::move(location);
-    json["locations"] = Json::array({std::move(wrapped)});
+    return location;
+}
+
+static Json result(const Json& ruleList, const hdnt::Diagnostic& diagnostic, const std::string& input) {
+    const auto isRule = [&](const Json& entry) { return entry["id"] == diagnostic.code; };
+    Json json;
+    json["ruleId"] = diagnostic.code;
+    json["ruleIndex"] = std::find_if(ruleList.begin(), ruleList.end(), isRule) - ruleList.begin();
+    json["level"] = nameOf(diagnostic.severity);
+    json["message"]["text"] = diagnostic.message;
+    json["locations"] = Json::array({Json{{"physicalLocation", physical(diagnostic.place, input)}}});
+    for (const hdnt::RelatedPlace& related : diagnostic.related)
+        json["relatedLocations"].push_back(
+            {{"physicalLocation", physical(related.place, input)}, {"message", {{"text", related.message}}}});
     return json;
 }
 
@@ -75,13 +81,11 @@ std::string sarifDocument(const std::vector<CheckResult>& results) {
     run["results"] = Json::array();
     for (const CheckResult& input : results) {
         Json& list = run["results"];
-        for (const Report& report : input.reports)
-            list.push_back(result(ruleList, errorRule, "error", report.message, report.place, input.input));
-        if (input.status != Fine && (input.reports.empty() || input.status == Unusable))
-            list.push_back(result(ruleList, unusableRule, "error", input.reason, Place(), input.input));
-        for (const Finding& finding : input.warnings)
-            list.push_back(result(ruleList, std::string(warningRules()[static_cast<size_t>(finding.warning)].code),
-                                  "warning", finding.text, finding.place, input.input));
+        for (const hdnt::Diagnostic& error : input.errors) list.push_back(result(ruleList, error, input.input));
+        if (input.status != Fine && (input.errors.empty() || input.status == Unusable))
+            list.push_back(
+                result(ruleList, {hdnt::Severity::error, unusableRule, {}, input.reason, {}, {}}, input.input));
+        for (const hdnt::Diagnostic& warning : input.warnings) list.push_back(result(ruleList, warning, input.input));
     }
     Json log;
     log["$schema"] = "https://json.schemastore.org/sarif-2.1.0.json";

@@ -1,7 +1,7 @@
 #include "tools/ntl/Setup.h"
 
 #include "hdnt/diagnostics/HDNTLimits.h"
-#include "hdnt/frontend/Scanner.h"
+#include "hdnt/frontend/SearchPath.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"

@@ -16,7 +16,7 @@ import warnings as _warnings
 from . import _hdnt, _views
 from ._data import (Branch, CheckResult, Connection, DeadObjectError, Diagnostic, Difference, Error, ExpandedCall,
                     ExpandedInstance, ExpandedSignal, Expansion, Level, LoadError, LoadWarning, Location, Origin,
-                    Problem, PropertyValue)
+                    Problem, PropertyValue, RelatedPlace)
 from ._hdnt import (Block, BlockAssign, BoolConstant, Bus, Call, Connect, DoubleConstant, Expression, Function, If,
                     Instance, IntConstant, Library, Netlist, Node, Operation, Pin, PinAssign, PinRef, Property, Signal,
                     Statements, StringConstant, View, add_search_directory, architecture, common, error_count,
@@ -47,15 +47,18 @@ def diff(old, new):
     return old.diff(new)
 
 
+def _place(location):
+    place = location or {}
+    return place.get("file"), place.get("line"), place.get("column"), place.get("endColumn")
+
+
 def _diagnostics(result):
-    found = []
-    for severity in ("error", "warning"):
-        for entry in result[severity + "s"]:
-            place = entry["location"] or {}
-            found.append(Diagnostic(severity, entry.get("code") or severity, place.get("file"), place.get("line"),
-                                    place.get("column"), place.get("lastColumn"), entry["message"],
-                                    entry.get("detail") or "", ""))
-    return tuple(found)
+    return tuple(
+        Diagnostic(one["severity"], one["code"], *_place(one["location"]), one["message"], one["detail"] or "",
+                   one["text"] or "",
+                   tuple(RelatedPlace(Location(*_place(other["location"])), other["message"])
+                         for other in one["related"]))
+        for one in result["diagnostics"])
 
 
 def check_all(paths=(), *, parent=None, include=(), tool=None):

@@ -19,6 +19,7 @@ from ._data import LoadWarning as LoadWarning
 from ._data import Location as Location
 from ._data import Origin as Origin
 from ._data import Problem as Problem
+from ._data import RelatedPlace as RelatedPlace
 from ._data import PropertyValue as PropertyValue
 from ._visitor import Visitor as Visitor
 from ._words import Direction as _Direction

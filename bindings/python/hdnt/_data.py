@@ -23,15 +23,22 @@ class DeadObjectError(Error, ReferenceError):
 
 
 class Location(NamedTuple):
-    """A place in a text; lines and columns count from 1, `file` is None for a text in memory. The places of differences
-    have no `end_column`."""
+    """A place in a file; lines and columns count from 1, in characters, a tab is one. `end_column` is that of the
+    character behind the last one. `file` is None for a text in memory, columns where they are not known; the places of
+    differences have no `end_column`."""
     file: Optional[str]
     line: int
-    column: int
+    column: Optional[int]
     end_column: Optional[int]
 
     def __str__(self) -> str:
         return "%s:%d:%d" % (self.file or "<text>", self.line, self.column)
+
+
+class RelatedPlace(NamedTuple):
+    """Another place that a diagnostic speaks of."""
+    location: Location
+    message: str
 
 
 class Diagnostic(NamedTuple):
@@ -45,6 +52,7 @@ class Diagnostic(NamedTuple):
     message: str
     detail: str
     text: str
+    related: Tuple[RelatedPlace, ...] = ()
 
     def __str__(self) -> str:
         place = ":".join(str(part) for part in (self.file, self.line, self.column) if part is not None)
@@ -215,9 +223,10 @@ class Level(NamedTuple):
 
 
 class Problem(NamedTuple):
-    """What went wrong in an expansion."""
+    """What went wrong in an expansion. `level` is the index of the level whose mapping it is in."""
     message: str
     location: Optional[Location]
+    level: int
 
 
 class Expansion(NamedTuple):

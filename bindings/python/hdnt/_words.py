@@ -10,9 +10,16 @@ Section = Literal["mapsto", "expandsto", "modifiedby", "retargetsto"]
 Operator = Literal["+", "-", "*", "/", "%", "&&", "||", "!", ">", "<", "<=", ">=", "!=", "=="]
 
 Severity = Literal["error", "warning"]
-Code = Literal["error", "default-outside", "min-above-max", "text-too-wide", "pin-lower-case", "pin-property-case",
-               "unregistered-block", "include-skipped", "include-not-found", "include-not-opened",
-               "unterminated-string", "unterminated-comment", "dropped-mapping", "config-unknown-key",
+Code = Literal["error", "syntax-error", "parser-depth", "unrecognized-character", "long-identifier", "empty-name",
+               "invalid-name", "array-name", "invalid-array-name", "range-elements", "pin-bit", "pin-count",
+               "pin-redefined", "property-redefined", "block-redefined", "tie-of-output", "default-not-in-list",
+               "default-not-in-range", "bit-width", "precision", "connect-without-signal", "invalid-operands",
+               "function-missing", "function-argument-count", "function-argument-type", "cannot-open",
+               "missing-libraries", "block-without-pins", "invalid-netlist-entity", "string-unterminated",
+               "comment-unterminated", "folder-entry", "configuration", "refused", "include-skipped",
+               "include-not-found", "include-not-opened", "include-text", "unterminated-string",
+               "unterminated-comment", "dropped-mapping", "map-library-refused", "default-outside", "min-above-max",
+               "text-too-wide", "pin-lower-case", "pin-property-case", "unregistered-block", "config-unknown-key",
                "config-wrong-type", "config-unknown-cell", "config-unknown-pin", "config-unknown-property",
                "config-unknown-architecture", "config-unknown-function", "config-unknown-pin-type",
                "config-no-effect"]

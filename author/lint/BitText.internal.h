@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace ntl {
+namespace hdnt::author {
 
 /// A hexadecimal or binary text, such as 8'hFF, 4'b1010 or 00FF, as the number it stands for.
 class BitText {
@@ -23,4 +23,4 @@ private:
     std::string bits_; ///< binary digits, from the first 1 on
 };
 
-} // namespace ntl
+} // namespace hdnt::author

@@ -1,9 +1,9 @@
-#include "tools/ntl/BitText.h"
+#include "author/lint/BitText.internal.h"
 
 #include <charconv>
 #include <climits>
 
-namespace ntl {
+namespace hdnt::author {
 
 static unsigned digitValue(char c) {
     if (c >= '0' && c <= '9') return static_cast<unsigned>(c - '0');
@@ -29,4 +29,4 @@ BitText::BitText(const std::string& text, bool hex) {
     }
 }
 
-} // namespace ntl
+} // namespace hdnt::author

@@ -1,4 +1,4 @@
-#include "tools/ntl/Suggest.h"
+#include "author/lint/nearestNames.h"
 
 #include "hdnt/platform/HSTStringUtils.h"
 
@@ -6,7 +6,7 @@
 #include <numeric>
 #include <utility>
 
-namespace ntl {
+namespace hdnt::author {
 
 // Letters to add, drop, replace or swap with their neighbour.
 static size_t editDistance(const std::string& a, const std::string& b) {
@@ -45,4 +45,4 @@ std::vector<std::string> nearestNames(const std::string& wanted, const std::vect
     return result;
 }
 
-} // namespace ntl
+} // namespace hdnt::author

@@ -1,5 +1,6 @@
-#include "tools/ntl/ConfigWarnings.h"
-
+#include "author/lint/lintRules.internal.h"
+#include "author/lint/modelLists.internal.h"
+#include "author/lint/nearestNames.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
@@ -7,9 +8,6 @@
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HUTFile.h"
-#include "tools/ntl/Model.h"
-#include "tools/ntl/Output.h"
-#include "tools/ntl/Suggest.h"
 
 #include <libconfig.h++>
 
@@ -18,7 +16,7 @@
 #include <map>
 #include <set>
 
-namespace ntl {
+namespace hdnt::author {
 
 namespace {
 
@@ -87,20 +85,20 @@ const Rule& descriptionRules() {
 }
 
 struct KindWords {
-    Warning warning;
+    LintCode code;
     const char* noun;
 };
 
 const KindWords& wordsOf(Kind kind) {
     static const std::map<Kind, KindWords> words = {
-        {Kind::Cell, {Warning::ConfigUnknownCell, "cell"}},
-        {Kind::Pin, {Warning::ConfigUnknownPin, "pin"}},
-        {Kind::BaseName, {Warning::ConfigUnknownPin, "pin"}},
-        {Kind::PinBit, {Warning::ConfigUnknownPin, "pin"}},
-        {Kind::Property, {Warning::ConfigUnknownProperty, "property"}},
-        {Kind::Architecture, {Warning::ConfigUnknownArchitecture, "architecture"}},
-        {Kind::Function, {Warning::ConfigUnknownFunction, "function"}},
-        {Kind::PinType, {Warning::ConfigUnknownPinType, "pin type"}},
+        {Kind::Cell, {LintCode::configUnknownCell, "cell"}},
+        {Kind::Pin, {LintCode::configUnknownPin, "pin"}},
+        {Kind::BaseName, {LintCode::configUnknownPin, "pin"}},
+        {Kind::PinBit, {LintCode::configUnknownPin, "pin"}},
+        {Kind::Property, {LintCode::configUnknownProperty, "property"}},
+        {Kind::Architecture, {LintCode::configUnknownArchitecture, "architecture"}},
+        {Kind::Function, {LintCode::configUnknownFunction, "function"}},
+        {Kind::PinType, {LintCode::configUnknownPinType, "pin type"}},
     };
     return words.at(kind);
 }
@@ -185,7 +183,7 @@ public:
         judgeSetting(root, rules, nullptr);
     }
 
-    std::vector<Finding> findings() && { return std::move(findings_); }
+    std::vector<Diagnostic> findings() && { return std::move(findings_); }
 
 private:
     void listArchitectures(const Setting& listed) {
@@ -193,12 +191,15 @@ private:
         for (int i = 0; listed.isGroup() && i < listed.getLength(); ++i) names.emplace_back(listed[i].getName());
     }
 
-    void warn(Warning warning, const Setting& setting, const std::string& text, const HDNTBlock* cell) {
+    // The first argument of the wording is the setting.
+    void warn(LintCode code, const Setting& setting, const HDNTBlock* cell,
+              std::initializer_list<std::string_view> others = {}) {
         if (speaksOfOthers_ && !cell) return;
         Place place;
         place.file = fileOf(setting);
         place.line = static_cast<int>(setting.getSourceLine());
-        findings_.push_back({warning, place, setting.getPath() + ": " + text});
+        findings_.push_back(finding(code, place, {setting.getPath()}));
+        findings_.back().message = filledIn(findings_.back().message, others);
     }
 
     // libconfig names included files as the statement does; they are sought beside the file that is read.
@@ -211,7 +212,9 @@ private:
 
     static std::string suggestion(const std::string& name, const Names& known) {
         const Names near = nearestNames(name, known);
-        return near.empty() ? "" : "; did you mean " + joined(near, ", ") + "?";
+        std::string text;
+        for (const std::string& one : near) text += (text.empty() ? "; did you mean " : ", ") + one;
+        return text.empty() ? text : text + "?";
     }
 
     // Architectures are known only to a configuration that lists them.
@@ -236,24 +239,20 @@ private:
         if (!isJudged(kind)) return true;
         Names names = known(kind, cell);
         if (std::find(names.begin(), names.end(), name) != names.end()) {
-            if (kind == Kind::PinBit && !isMixed(*cell, name))
-                warn(Warning::ConfigNoEffect, setting, "the pin is not \"mixed\", so that its bits have its type",
-                     cell);
+            if (kind == Kind::PinBit && !isMixed(*cell, name)) warn(LintCode::configNoEffect, setting, cell);
             return true;
         }
         names.insert(names.end(), others.begin(), others.end());
         const bool ofCell = cell && kind != Kind::Architecture && kind != Kind::PinType;
-        warn(wordsOf(kind).warning, setting,
-             std::string("no ") + wordsOf(kind).noun + " \"" + name + "\"" +
-                 (ofCell ? " in block \"" + cell->getName() + "\"" : "") + suggestion(name, names),
-             cell);
+        warn(
+            wordsOf(kind).code, setting, cell,
+            {wordsOf(kind).noun, name, ofCell ? " in block \"" + cell->getName() + "\"" : "", suggestion(name, names)});
         return false;
     }
 
     void judgeSetting(const Setting& setting, const Rule& rule, const HDNTBlock* cell) {
         if (!hasShape(setting, rule.shape)) {
-            warn(Warning::ConfigWrongType, setting,
-                 std::string("not ") + nounOf(rule.shape) + ", so that it counts as absent", cell);
+            warn(LintCode::configWrongType, setting, cell, {nounOf(rule.shape)});
             return;
         }
         if (rule.shape == Shape::Group) judgeMembers(setting, rule, cell);
@@ -275,7 +274,7 @@ private:
             const auto fits = [&](const Rule& member) { return member.key.empty() || member.key == name; };
             const auto found = std::find_if(rule.members.begin(), rule.members.end(), fits);
             if (found == rule.members.end()) {
-                warn(Warning::ConfigUnknownKey, entry, "unknown key" + suggestion(name, keys), cell);
+                warn(LintCode::configUnknownKey, entry, cell, {suggestion(name, keys)});
             } else if (!found->key.empty() || judgeName(entry, found->keys, name, cell, keys)) {
                 const auto block = found->key.empty() && found->keys == Kind::Cell ? cells_.find(name) : cells_.end();
                 judgeSetting(entry, *found, block == cells_.end() ? cell : block->second);
@@ -288,12 +287,12 @@ private:
     std::string fileName_;
     std::map<std::string, const HDNTBlock*> cells_;
     std::map<Kind, Names> names_;
-    std::vector<Finding> findings_;
+    std::vector<Diagnostic> findings_;
 };
 
 } // namespace
 
-std::vector<Finding> judgeConfiguration(const HDNTLibrary& library, ConfigScope scope) {
+std::vector<Diagnostic> lintConfiguration(const HDNTLibrary& library, ConfigScope scope) {
     if (scope == ConfigScope::None) return {};
     ConfigJudge judge(library, scope == ConfigScope::Whole);
     judge.judge(*library.getConfig(), applicationRules(), "HDNTApplicationData.cfg");
@@ -301,4 +300,4 @@ std::vector<Finding> judgeConfiguration(const HDNTLibrary& library, ConfigScope 
     return std::move(judge).findings();
 }
 
-} // namespace ntl
+} // namespace hdnt::author

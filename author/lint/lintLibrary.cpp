@@ -1,0 +1,143 @@
+#include "author/lint/BitText.internal.h"
+#include "author/lint/lintRules.internal.h"
+#include "author/lint/modelLists.internal.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/platform/HSTStringUtils.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace hdnt::author {
+
+namespace {
+
+using Type = HATAttrTypes::AttrType;
+
+struct Findings {
+    void add(LintCode code, const HDNTNode& node, std::initializer_list<std::string_view> arguments) {
+        const yyltype* const location = node.getLocation();
+        list.push_back(finding(code, location ? places.placeOf(*location) : Place(), arguments));
+    }
+
+    std::vector<Diagnostic> list;
+    SourcePlaces places;
+};
+
+// One property under judgement. Texts name it, and the pin it belongs to.
+class PropertyJudge {
+public:
+    PropertyJudge(const HDNTProperty& property, const std::string& owner, Findings& findings)
+        : property_(property), findings_(findings) {
+        name_ = "property \"" + property.getName() + "\"" + owner;
+    }
+
+    void judge() const {
+        switch (property_.getType()) {
+        case Type::TypeInt:
+            judgeNumber(property_.getDefaultIntValue(), property_.getMinIntValue(), property_.getMaxIntValue());
+            break;
+        case Type::TypeDouble:
+            judgeNumber(property_.getDefaultDoubleValue(), property_.getMinDoubleValue(),
+                        property_.getMaxDoubleValue());
+            break;
+        case Type::TypeString: judgeString(); break;
+        case Type::TypeBitHex:
+            judgeBits(property_.getDefaultHexValue(), property_.getMinHexValue(), property_.getMaxHexValue(),
+                      property_.getAllowedHexValues());
+            break;
+        case Type::TypeBitBinary:
+            judgeBits(property_.getDefaultBinaryValue(), property_.getMinBinaryValue(), property_.getMaxBinaryValue(),
+                      property_.getAllowedBinaryValues());
+            break;
+        default: break;
+        }
+    }
+
+private:
+    bool isListed() const { return property_.getAttrSpec()->isEnumerated(); }
+
+    void warnOutside(const std::string& value) const {
+        findings_.add(LintCode::defaultOutside, property_,
+                      {value, name_, isListed() ? "not one of its values" : "outside its range"});
+    }
+    void warnSwapped(const std::string& low, const std::string& high) const {
+        findings_.add(LintCode::minAboveMax, property_, {low, name_, high});
+    }
+
+    template <typename Number>
+    void judgeNumber(Number value, Number low, Number high) const {
+        std::string reason;
+        if (low > high) warnSwapped(numberText(low), numberText(high));
+        else if (!property_.isValidValue(value, reason)) warnOutside(numberText(value));
+    }
+
+    void judgeString() const {
+        std::string reason;
+        const std::string value = property_.getDefaultStringValue();
+        if (!property_.isValidValue(value, reason)) warnOutside("\"" + value + "\"");
+    }
+
+    void judgeWidth(const std::string& what, const std::string& text) const {
+        const int width = property_.getAdjustedBitWidth();
+        const BitText bits(text, property_.getType() == Type::TypeBitHex);
+        if (bits.width() <= width && bits.significantBits() <= static_cast<size_t>(std::max(width, 0))) return;
+        findings_.add(LintCode::textTooWide, property_, {what, text, name_, std::to_string(width)});
+    }
+
+    // A default that is not listed is an error of the library, so only a range is looked at.
+    void judgeBits(const std::string& value, const std::string& low, const std::string& high,
+                   const std::vector<std::string>& listed) const {
+        judgeWidth("default", value);
+        for (const std::string& text : listed)
+            if (text != value) judgeWidth("value", text);
+        if (isListed()) return;
+        judgeWidth("minimum", low);
+        judgeWidth("maximum", high);
+        const bool hex = property_.getType() == Type::TypeBitHex;
+        const BitText least(low, hex);
+        const BitText greatest(high, hex);
+        const BitText chosen(value, hex);
+        if (!low.empty() && !high.empty() && greatest < least) warnSwapped(low, high);
+        else if (!value.empty() && ((!low.empty() && chosen < least) || (!high.empty() && greatest < chosen)))
+            warnOutside(value);
+    }
+
+    const HDNTProperty& property_;
+    std::string name_;
+    Findings& findings_;
+};
+
+bool hasLowerCase(const std::string& text) {
+    return std::any_of(text.begin(), text.end(), [](char c) { return c >= 'a' && c <= 'z'; });
+}
+
+void judgeBus(const HDNTBus& bus, Findings& findings) {
+    const std::string name = "pin \"" + bus.getName() + "\"";
+    if (hasLowerCase(bus.getBaseName())) findings.add(LintCode::pinLowerCase, bus, {name});
+    std::unordered_map<std::string, std::string> earlier; // by upper-cased name
+    for (const HDNTProperty* property : propertiesOf(bus)) {
+        const std::string upper = HSTStringUtils::to_upper_copy(property->getName());
+        const auto [first, isNew] = earlier.emplace(upper, property->getName());
+        if (!isNew && first->second != property->getName())
+            findings.add(LintCode::pinPropertyCase, *property, {first->second, property->getName(), name});
+        PropertyJudge(*property, " of " + name, findings).judge();
+    }
+}
+
+} // namespace
+
+std::vector<Diagnostic> lintLibrary(const HDNTLibrary& library) {
+    Findings findings;
+    for (size_t i = 0; i < library.getNumTypeBlocks(false); ++i) {
+        const HDNTBlock& block = *library.getTypeBlock(i);
+        if (!isRegistered(block)) findings.add(LintCode::unregisteredBlock, block, {block.getName()});
+        for (const HDNTBus* bus : busesOf(block)) judgeBus(*bus, findings);
+        for (const HDNTProperty* property : propertiesOf(block)) PropertyJudge(*property, "", findings).judge();
+    }
+    sortByPlace(findings.list);
+    return std::move(findings.list);
+}
+
+} // namespace hdnt::author
