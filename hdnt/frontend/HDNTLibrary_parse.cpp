@@ -89,7 +89,7 @@ bool HDNTLibrary::loadMaplib(const std::string& name, const std::string& arch) {
     const std::string path = HUTPathUtils::replaceExtension(HUTPathUtils::join(directory, name), "btl");
     if (!HUTPathUtils::exists(path)) return false;
     const auto refuse = [&](const std::string& reason) {
-        HDNTError::notify({HDNTNotice::Kind::MapLibraryRefused, {}, path, reason});
+        HDNTError::notify({HDNTNotice::Kind::MapLibraryRefused, {path.c_str(), 0, 0, 0, 0, 0}, path, reason});
     };
     std::string reason;
     if (!isInsideRoot(path, reason)) return refuse(reason), false;

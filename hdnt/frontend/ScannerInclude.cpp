@@ -76,10 +76,14 @@ int Scanner::fileStatement() {
 }
 
 // The coming line is no file-name line.
-void Scanner::passedOver() const {
-    std::string_view line(cursor_, static_cast<size_t>(lineEnd_ - cursor_));
+void Scanner::passedOver() {
+    const std::string_view line(cursor_, static_cast<size_t>(lineEnd_ - cursor_));
     const size_t first = line.find_first_not_of(" \t");
-    if (first != line.npos) notify(HDNTNotice::Kind::IncludeText, line.substr(first));
+    if (first == line.npos) return;
+    const yyltype before = HDNTParserlloc;
+    locate(cursor_ - textBegin_ + static_cast<ptrdiff_t>(first), static_cast<ptrdiff_t>(line.size() - first));
+    notify(HDNTNotice::Kind::IncludeText, line.substr(first));
+    HDNTParserlloc = before;
 }
 
 void Scanner::passOver(bool once) {

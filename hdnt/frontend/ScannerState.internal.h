@@ -146,7 +146,7 @@ private:
     void include(const std::string& name, bool once);
     bool open(const std::string& path, bool once);
     void passOver(bool once);
-    void passedOver() const;
+    void passedOver();
     void endStatement(bool once);
     bool endOfInput();
     void notify(HDNTNotice::Kind kind, std::string_view text, std::string_view detail = {}) const;

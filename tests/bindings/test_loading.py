@@ -1,6 +1,7 @@
 """Loading, errors, threads and the end of libraries."""
 import contextlib
 import gc
+import json
 import os
 import pathlib
 import pickle
@@ -36,12 +37,34 @@ class Errors(Folder):
             hdnt.load(EXAMPLES / "three_faults.btl", check=True)
         error = caught.exception
         self.assertEqual([(one.line, one.column, one.end_column) for one in error.errors],
-                         [(10, 5, 37), (17, 5, 31), (26, 5, 74)])
+                         [(10, 5, 38), (17, 5, 32), (26, 5, 75)])
         self.assertEqual({one.file for one in error.errors}, {str(EXAMPLES / "three_faults.btl")})
         self.assertEqual(error.errors[0].message, "Pin D[3] is being redefined.")
         self.assertIn('pin "D[3]"', error.errors[0].text)
         self.assertEqual(error.path, str(EXAMPLES / "three_faults.btl"))
         self.assertEqual(str(error).count("\n"), 2)
+
+    def test_columns_are_the_same_wherever_they_are_told(self):
+        path = self.write("c.btl", 'library "l" {\n\tblock "HOLD" { /* \u00e4\t\u20ac */ pin "A" input;\tpin "A" input; }\n}\n')
+        expected = [(2, 42, 56)]
+        with self.assertRaises(hdnt.LoadError) as caught:
+            hdnt.load(path)
+        self.assertEqual([(one.line, one.column, one.end_column) for one in caught.exception.errors], expected)
+        self.assertEqual([one.location.column for one in caught.exception.errors[0].related], [27])
+        self.assertEqual([(one.line, one.column, one.end_column) for one in hdnt.check(path).errors], expected)
+        log = json.loads(subprocess.run([os.environ["NTL_TOOL"], "check", "--format=sarif", str(path)],
+                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False).stdout)
+        region = log["runs"][0]["results"][0]["locations"][0]["physicalLocation"]["region"]
+        self.assertEqual([(region["startLine"], region["startColumn"], region["endColumn"])], expected)
+
+    def test_a_load_prints_nothing(self):
+        self.write("part.btl", 'block "FLOP_RISE" { pin "Q" output; }\n')
+        self.write("main.btl", 'library "l" {\nINCLUDE part.btl;\nINCLUDE none.btl;\n"open\n')
+        script = ("import hdnt, sys, warnings\nwarnings.simplefilter('ignore')\nhdnt.add_search_directory('.')\n"
+                  "try: hdnt.load('main.btl')\nexcept hdnt.LoadError: print('refused')")
+        done = subprocess.run([sys.executable, "-c", script], cwd=self.folder, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, text=True, check=False)
+        self.assertEqual(done.stdout, "refused\n")
 
     def test_a_bad_file_does_not_poison_the_next(self):
         good, bad = self.write("good.btl", GOOD), [self.write("s.btl", SYNTAX), self.write("c.btl", CONTENT)]
@@ -75,16 +98,18 @@ class Errors(Folder):
         self.write("part.btl", 'block "FLOP_RISE" { pin "Q" output; }\n')
         hdnt.add_search_directory(self.folder)
         main = self.write("main.btl", 'library "main" {\nINCLUDE part.btl;\nblock "FLOP_FALL" { pin "Q" output; }\n}\n')
+        twice = self.write("twice.btl", 'library "l" {\nINCLUDE part.btl;\n\tINCLUDE part.btl;\n}\n')
         with warnings.catch_warnings():
             warnings.simplefilter("error")
-            first = hdnt.load(main)
-        self.assertEqual((list(first), first.warnings), (["FLOP_RISE", "FLOP_FALL"], ()))
+            loads = [hdnt.load(main) for _ in range(3)]
+        for library in loads:
+            self.assertEqual((list(library), library.warnings), (["FLOP_RISE", "FLOP_FALL"], ()))
         with self.assertWarns(hdnt.LoadWarning) as caught:
-            second = hdnt.load(main)
+            skipping = hdnt.load(twice)
         self.assertEqual(caught.filename, __file__)
-        self.assertEqual(list(second), ["FLOP_FALL"])
-        self.assertEqual([(one.code, one.severity, one.line) for one in second.warnings],
-                         [("include-skipped", "warning", 2)])
+        self.assertEqual(list(skipping), ["FLOP_RISE"])
+        self.assertEqual([(one.code, one.severity, one.line, one.column) for one in skipping.warnings],
+                         [("include-skipped", "warning", 3, 9)])
 
     def test_bytes_that_are_no_text(self):
         path = self.folder / "bytes.btl"

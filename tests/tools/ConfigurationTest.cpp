@@ -160,9 +160,9 @@ TEST_F(ConfigurationTest, ShippedFilesAreNotHeldAgainstOtherLibraries) {
 TEST_F(ConfigurationTest, PlacesWithoutColumnInJsonAndSarif) {
     directory.write("data/included.cfg", "\n\nGATE_INVERT = { DEPHT = \"How deep.\"; };");
     directory.write("data/" + descriptions, "@include \"included.cfg\"");
-    const Json warning = Json::parse(check({"--format=json"}).out)["inputs"][1]["warnings"][0];
+    const Json warning = Json::parse(check({"--format=json"}).out)["inputs"][1]["diagnostics"][0];
     EXPECT_EQ(warning["location"], Json::parse(R"({"file": "data/included.cfg", "line": 3, "column": null,
-        "lastColumn": null, "textLine": null})"));
+        "endColumn": null, "offset": null, "endOffset": null, "textLine": null})"));
     const Json result = Json::parse(check({"--format=sarif"}).out)["runs"][0]["results"][0];
     EXPECT_EQ(result["ruleId"], "config-unknown-property");
     EXPECT_EQ(result["locations"][0]["physicalLocation"],
@@ -175,7 +175,7 @@ TEST_F(ConfigurationTest, PageAndCheckKnowTheKeysThatAreRead) {
     const std::set<std::string> read =
         codesIn(source("hdnt/model/ConfigurationFacts.cpp") + source("hdnt/model/HDNTPin.cpp"), reader);
     EXPECT_EQ(read.size(), 17U);
-    EXPECT_EQ(codesIn(source("tools/ntl/ConfigWarnings.cpp"), R"re((?:one|group)\("([A-Za-z_]+)")re"), read);
+    EXPECT_EQ(codesIn(source("author/lint/lintConfiguration.cpp"), R"re((?:one|group)\("([A-Za-z_]+)")re"), read);
     EXPECT_EQ(codesIn(source("docs/configuration.md"), "\n\\| `([A-Za-z_]+)` \\|(?=(?:[^|\n]+\\|){4}\n)"), read);
     for (const std::string& key : read) {
         const std::string files =

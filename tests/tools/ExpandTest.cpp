@@ -212,7 +212,7 @@ TEST_F(ExpandTest, JsonHoldsOrigins) {
     EXPECT_EQ(level["instances"][1]["branch"], 2);
     const Json depth = level["instances"][0]["properties"][1];
     EXPECT_EQ(depth, Json::parse(R"({"pin": null, "name": "DEPTH", "value": 1, "branch": 1, "location":
-        {"file": "own.btl", "line": 34, "column": 2, "lastColumn": 62, "textLine": 34}})"));
+        {"file": "own.btl", "line": 34, "column": 2, "endColumn": 63, "offset": 1304, "endOffset": 1365, "textLine": 34}})"));
     EXPECT_EQ(level["instances"][0]["properties"][0]["pin"], "E");
     const Json inverted = level["connections"][9];
     EXPECT_EQ(inverted["signal"], "a[0]");

@@ -222,7 +222,7 @@ TEST_F(ListShowTest, ListAlignsItsColumns) {
     EXPECT_EQ(lines[1], "HOLD              1     1      0           early                        rich.btl:2");
     EXPECT_EQ(lines[2], "RICH  LOGIC:GATE  6     4      6           beta               internal  rich.btl:3");
     const Json json = Json::parse(rich({"list", "--json", "--prefix", "R"}).out);
-    EXPECT_EQ(json["version"], 1);
+    EXPECT_EQ(json["version"], 2);
     EXPECT_EQ(json["blocks"],
               Json::parse(R"([{"name": "RICH", "group": "LOGIC", "subgroup": "GATE", "pins": 6, "buses": 4,
         "properties": 6, "maturity": "beta", "mapping": null, "test": false, "internal": true, "registered": false,

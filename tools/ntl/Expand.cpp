@@ -69,6 +69,7 @@ private:
         bool fine = false;
         try {
             const OutputToError redirect;
+            const WarningsShown shown;
             fine = expansion.expand(settings_.deep);
         } catch (const HEXAll& error) {
             complain(block.getName() + ": " + error.what());

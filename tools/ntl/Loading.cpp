@@ -56,14 +56,21 @@ HDNTLibrary* Loader::load(const std::string& path, HDNTLibrary* parent) {
 }
 
 void Loader::fail(const std::string& path) const {
-    const auto isError = [](const hdnt::Diagnostic& one) { return one.severity == hdnt::Severity::error; };
-    const auto cannotOpen = [](const hdnt::Diagnostic& one) {
-        return one.code == hdnt::ruleOf(hdnt::DiagnosticCode::cannotOpen).name;
-    };
-    const auto errors = static_cast<size_t>(std::count_if(diagnostics_.begin(), diagnostics_.end(), isError));
-    const auto unopened = std::find_if(diagnostics_.begin(), diagnostics_.end(), cannotOpen);
-    if (unopened == diagnostics_.end()) throw Failure(Faulty, path + ": " + counted(errors, "error"));
-    throw Failure(Unusable, textOf(*unopened) + (errors > 1 ? " (" + counted(errors, "error") + ")" : ""));
+    using hdnt::Diagnostic;
+    using hdnt::DiagnosticCode;
+    std::vector<const Diagnostic*> errors;
+    for (const Diagnostic& one : diagnostics_)
+        if (one.severity == hdnt::Severity::error) errors.push_back(&one);
+    const auto isA = [](const Diagnostic& one, DiagnosticCode code) { return one.code == hdnt::ruleOf(code).name; };
+    for (const Diagnostic* one : errors) {
+        if (!isA(*one, DiagnosticCode::cannotOpen)) continue;
+        const std::string detail = one->detail.empty() ? "" : ": " + one->detail;
+        throw Failure(Unusable, one->message.substr(one->message.find(": ") + 2) + ": cannot be opened" + detail +
+                                    (errors.size() > 1 ? " (" + counted(errors.size(), "error") + ")" : ""));
+    }
+    const Diagnostic& first = *errors.front();
+    const bool isWhole = isA(first, DiagnosticCode::refused) || isA(first, DiagnosticCode::configuration);
+    throw Failure(Faulty, path + ": " + (isWhole ? textOf(first) : counted(errors.size(), "error")));
 }
 
 void Loader::forget() {
@@ -111,9 +118,19 @@ HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name) {
     return nullptr;
 }
 
+WarningsShown::WarningsShown() : before_(HDNTError::setListener(this)) {}
+
+WarningsShown::~WarningsShown() { HDNTError::setListener(before_); }
+
+void WarningsShown::notice(const HDNTNotice& notice) {
+    const hdnt::Diagnostic said = hdnt::diagnosticOf(notice);
+    if (said.severity == hdnt::Severity::warning) writeError(warningLine(said));
+}
+
 bool loadMapping(HDNTBlock& block) {
     try {
         const OutputToError redirect;
+        const WarningsShown shown;
         block.getNetlist(HDNTLibraryMgr::getLibraryMgr()->m_architecture);
         return true;
     } catch (const HEXAll& error) {

@@ -39,6 +39,21 @@ private:
     std::vector<std::string> files_;
 };
 
+/// While it lives, what the library notices goes to standard error as warnings, when it does.
+class WarningsShown : private HDNTErrorListener {
+public:
+    WarningsShown();
+    ~WarningsShown() override;
+    WarningsShown(const WarningsShown&) = delete;
+    WarningsShown& operator=(const WarningsShown&) = delete;
+
+private:
+    void notice(const HDNTNotice& notice) override;
+    bool silencesOutput() const override { return true; }
+
+    HDNTErrorListener* before_;
+};
+
 /// Where the common library is: its data and, when test features are on, the extension over it.
 std::vector<std::string> commonLibraryPaths();
 /// The paths behind --parent, the root first: empty, one or two.

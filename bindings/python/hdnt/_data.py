@@ -32,7 +32,8 @@ class Location(NamedTuple):
     end_column: Optional[int]
 
     def __str__(self) -> str:
-        return "%s:%d:%d" % (self.file or "<text>", self.line, self.column)
+        place = "%s:%d" % (self.file or "<text>", self.line)
+        return place if self.column is None else "%s:%d" % (place, self.column)
 
 
 class RelatedPlace(NamedTuple):

@@ -1,0 +1,265 @@
+#include "hdnt/frontend/Scanner.h"
+#include "tests/platform/TempDir.h"
+#include "tests/support/Capture.h"
+#include "tests/support/Library.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+namespace {
+
+using hdnt::Diagnostic;
+using hdnt::diagnosticOf;
+using hdnt::Loaded;
+using hdnt::LoadOptions;
+using support::Texts;
+
+/// "severity code line:column-endColumn offset-endOffset", with the related lines behind it.
+std::string brief(const Diagnostic& one) {
+    const hdnt::Place& at = one.place;
+    std::string text = std::string(nameOf(one.severity)) + " " + one.code;
+    if (at.isKnown())
+        text += " " + std::to_string(at.line) + ":" + std::to_string(at.column) + "-" + std::to_string(at.endColumn) +
+                " " + std::to_string(at.offset) + "-" + std::to_string(at.endOffset);
+    for (const hdnt::RelatedPlace& related : one.related)
+        text += ", " + related.message + " " + std::to_string(related.place.line);
+    return text;
+}
+
+Texts brief(const Loaded& loaded) {
+    Texts texts;
+    for (const Diagnostic& one : loaded.diagnostics) texts.push_back(brief(one));
+    return texts;
+}
+
+struct Load : testing::Test {
+    TempDir dir;
+    std::string file(const std::string& name, const std::string& text) {
+        dir.write(name, text);
+        return dir.path(name);
+    }
+    std::string library(const std::string& name, const std::string& content) {
+        return file(name, "library \"l\" {\n" + content + "\n}\n");
+    }
+};
+
+void gzip(const std::string& path, const std::string& text) {
+    gzFile file = gzopen(path.c_str(), "wb");
+    gzwrite(file, text.data(), static_cast<unsigned>(text.size()));
+    gzclose(file);
+}
+
+} // namespace
+
+TEST_F(Load, SaysWhatIsWrongInCharacters) {
+    const struct {
+        const char* content; // from line 2 on
+        Texts said;
+    } cases[] = {
+        {"block \"HOLD\" { pin \"A\" input; pin \"A\" input; }",
+         {"error pin-redefined 2:31-45 44-58, first declared here 2"}},
+        {"block \"HOLD\" { }\nblock \"hold\" { }", {"error block-redefined 3:1-17 31-47, first declared here 2"}},
+        {"block \"HOLD\" { property int \"A\" { } ; }", {"error syntax-error 2:35-36 48-49"}},
+        {"\tblock \"HOLD\" { /* \xc3\xa4\t\xe2\x82\xac */ pin \"A\" input;\tpin \"A\" input; }",
+         {"error pin-redefined 2:42-56 58-72, first declared here 2"}},
+        {"/* \xc3\xa4\t\xe2\x82\xac */\t#", {"error unrecognized-character 2:11-12 27-28"}},
+        {"/* it\"s\n\t\"so\" */ \t#", {"error unrecognized-character 3:11-12 32-33"}},
+        {"block \"HOLD\" { property string \"S\" { default = \"\t\" } } # // \"",
+         {"error unrecognized-character 2:56-57 69-70"}},
+        {"\t\tINCLUDE none.inc;", {"warning include-not-found 2:10-20 23-33"}},
+        {"block \"HOLD\" mapsto { }", {"warning dropped-mapping 2:1-24 14-37"}},
+        {"block \"HOLD\" { pin \"A[0:4294967296]\" input; }", {"error range-elements 2:16-44 29-57"}},
+    };
+    for (const auto& [content, said] : cases) EXPECT_EQ(brief(hdnt::load(library("a.btl", content))), said) << content;
+}
+
+TEST_F(Load, LeavesNothingBehindAndPrintsNothing) {
+    const std::string bad = library("bad.btl", "INCLUDE part.inc;\n\"open\nblock 7");
+    file("part.inc", "block \"HOLD\" { pin \"A\" input; }");
+    const std::string good = library("good.btl", "INCLUDE part.inc;");
+    support::Reports host;
+    HDNTError::numErrors = 3;
+    HDNTLimits limits;
+    limits.includeDepth = 1;
+    LoadOptions options;
+    options.searchDirectories = {dir.path()};
+    options.limits = limits;
+    const support::Printed printed = support::printedBy([&] {
+        for (int round = 0; round < 3; ++round) {
+            const Loaded failed = hdnt::load(bad, options);
+            EXPECT_FALSE(failed);
+            EXPECT_EQ(brief(failed),
+                      (Texts{"warning unterminated-string 3:1-6 32-37", "error syntax-error 4:7-8 44-45"}));
+            const Loaded loaded = hdnt::load(good, options);
+            ASSERT_TRUE(loaded);
+            EXPECT_EQ(loaded.library->getNumTypeBlocks(false), 1U);
+            EXPECT_TRUE(loaded.diagnostics.empty());
+            EXPECT_EQ(loaded.files, (Texts{good, dir.path("part.inc")}));
+        }
+    });
+    EXPECT_EQ(printed.out + printed.err, "");
+    EXPECT_EQ(HDNTError::numErrors, 3);
+    EXPECT_EQ(HDNTLimits::get().includeDepth, 256);
+    EXPECT_EQ(NtlFindFile("part.inc"), "");
+    EXPECT_EQ(HDNTError::setListener(&host), &host);
+    EXPECT_TRUE(host.texts.empty());
+    EXPECT_FALSE(HDNTLibraryMgr::m_diagnostics);
+}
+
+TEST_F(Load, WhatIsNoLibraryIsADiagnostic) {
+    dir.makeDir("folder");
+    dir.write("folder/a.btl", "library \"l\" { }");
+    dir.makeDir("empty");
+    dir.write("cut.btl", "\x1f\x8b");
+    const auto messages = [&](const std::string& path) {
+        Texts texts;
+        for (const Diagnostic& one : hdnt::load(path).diagnostics) texts.push_back(one.code + " " + textOf(one));
+        return texts;
+    };
+    EXPECT_EQ(messages(dir.path("none")),
+              (Texts{"cannot-open Could not open file: " + dir.path("none") + ": No such file or directory"}));
+    EXPECT_EQ(messages(dir.path("cut.btl")).at(0).find("cannot-open Could not open file: "), 0U);
+    EXPECT_TRUE(hdnt::load(dir.path("folder")));
+    EXPECT_TRUE(hdnt::load(dir.path("empty")));
+    EXPECT_EQ(messages(library("order.btl", "block \"HOLD\" { pin \"A\" internal; pin \"B\" input; }")),
+              Texts{"refused Internal pins must be last in list, in tessel HOLD"});
+    dir.write("HDNTApplicationData.cfg", "CELLS = {");
+    setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
+    EXPECT_EQ(messages(dir.path("folder")).at(0).find("configuration "), 0U);
+    dir.write("HDNTApplicationData.cfg", "");
+    EXPECT_TRUE(hdnt::load(dir.path("folder")));
+}
+
+// The library manager fails at such an entry, so a folder with one is no good library anywhere.
+TEST_F(Load, ShortNamesInFoldersAreRefusedByName) {
+    dir.makeDir("d");
+    dir.write("d/x", "");
+    dir.write("d/a.btl", "library \"l\" { }");
+    ASSERT_EQ(chdir(dir.path().c_str()), 0);
+    const Loaded loaded = hdnt::load("d");
+    EXPECT_FALSE(loaded);
+    ASSERT_EQ(loaded.diagnostics.size(), 1U);
+    EXPECT_EQ(loaded.diagnostics[0].code, "folder-entry");
+    EXPECT_EQ(loaded.diagnostics[0].message.find("d/x: "), 0U);
+    EXPECT_TRUE(hdnt::load(dir.path("d")));
+}
+
+TEST_F(Load, AFailureOverAParentGivesItsMappingsBack) {
+    const Loaded parent = hdnt::load(library("parent.btl", "block \"HOLD\" { pin \"A\" input; }\n"
+                                                           "block \"HOLD\" mapsto { inst \"own\" \"T\"; }"));
+    ASSERT_TRUE(parent);
+    HDNTBlock& hold = *parent.library->getTypeBlock(0);
+    LoadOptions options;
+    options.parent = parent.library.get();
+    dir.makeDir("child");
+    library("child/1.btl", "block \"HOLD\" mapsto { inst \"theirs\" \"T\"; }");
+    library("child/2.btl", "block \"FLOP_RISE\" { pin \"A\" input; pin \"A\" input; }");
+    EXPECT_FALSE(hdnt::load(dir.path("child"), options));
+    EXPECT_EQ(hold.getReferencedInstanceName(""), "own");
+    EXPECT_EQ(hold.getNetlistKind(), HDNTBlock::OwnNetlist);
+    const support::Reports silent;
+    EXPECT_THROW(HDNTLibraryMgr::getLibraryMgr()->loadLibrary(dir.path("child"), options.parent), HEXDataException);
+    EXPECT_EQ(hold.getReferencedInstanceName(""), "own");
+    dir.write("child/2.btl", "library \"l\" { }");
+    EXPECT_TRUE(hdnt::load(dir.path("child"), options));
+    EXPECT_EQ(hold.getReferencedInstanceName(""), "theirs");
+}
+
+TEST_F(Load, SharedIncludesAreBroughtInOnceAProcess) {
+    dir.write("part.inc", "block \"HOLD\" { pin \"A\" input; }");
+    const std::string path = library("a.btl", "INCLUDE part.inc;");
+    LoadOptions options;
+    options.searchDirectories = {dir.path()};
+    options.sharedIncludes = true;
+    EXPECT_EQ(brief(hdnt::load(path, options)), Texts{});
+    EXPECT_EQ(brief(hdnt::load(path, options)), Texts{"warning include-skipped 2:8-18 21-31"});
+    options.sharedIncludes = false;
+    EXPECT_EQ(brief(hdnt::load(path, options)), Texts{});
+}
+
+// What a text declares while a host loads in between: each text finds the blocks of those before it.
+TEST_F(Load, AMappingFindsABlockThatCameAfterFinalize) {
+    const Loaded loaded = hdnt::load(library("a.btl", "block \"HOLD\" { pin \"A\" input; }"));
+    HDNTLibrary& all = *loaded.library;
+    EXPECT_EQ(all.parseString("library \"l\" { block \"FLOP_RISE\" { pin \"A\" input; } }"), 0);
+    EXPECT_EQ(all.parseString("library \"l\" { block \"FLOP_RISE\" mapsto { inst \"late\" \"T\"; } }"), 0);
+    EXPECT_EQ(all.getTypeBlock(1)->getReferencedInstanceName(""), "late");
+}
+
+// Lines that "#ifArch" left out count, and a compressed map library is its text.
+TEST_F(Load, PlacesInMapLibrariesAreThoseOfTheirFiles) {
+    dir.makeDir("maplib");
+    const std::string text = "library \"M\" {\n#ifArch \"beta\"\nnonsense\n#endif\n#ifArch \"alpha\"\n\n"
+                             "\t/* \xc3\xa4 */ block \"HOLD\" mapsto {\n  inst \"i\" \"T\";\n}\n#endif\n#\n}\n";
+    const size_t fault = text.find("\n#\n") + 1;
+    setenv("HDNT_DATA_PATH", dir.path().c_str(), 1);
+    HPAParamMgr::getParamMgr()->setValueAsBool("ntl.enableMapLib", true);
+    const std::string path = dir.path("maplib/HOLD.btl");
+    for (const bool compressed : {false, true}) {
+        if (compressed) gzip(path, text);
+        else dir.write("maplib/HOLD.btl", text);
+        const Loaded loaded = hdnt::load(library("a.btl", "block \"HOLD\" { pin \"A\" input; }"));
+        struct Said : HDNTErrorListener {
+            bool report(const HDNTReport& report) override {
+                said.push_back(brief(diagnosticOf(report)) + " " + diagnosticOf(report).place.file);
+                return true;
+            }
+            Texts said;
+        } listener;
+        HDNTErrorListener* const before = HDNTError::setListener(&listener);
+        const HDNTNetlist* const netlist = loaded.library->getTypeBlock(0)->getNetlist("alpha");
+        HDNTError::setListener(before);
+        EXPECT_EQ(listener.said, Texts{"error unrecognized-character 11:1-2 " + std::to_string(fault) + "-" +
+                                       std::to_string(fault + 1) + " " + path});
+        ASSERT_NE(netlist, nullptr);
+        EXPECT_EQ(netlist->getLocation()->fileName, nullptr);
+        hdnt::SourcePlaces places;
+        const hdnt::Place place = places.placeOf(*netlist->instances().at(0)->getLocation());
+        EXPECT_EQ(describe(place), path + ":8:3");
+        EXPECT_EQ(place.text, "  inst \"i\" \"T\";");
+        EXPECT_EQ(text.substr(place.offset, place.endOffset - place.offset), "inst \"i\" \"T\";");
+        EXPECT_EQ(describe(places.placeOf(*netlist->getLocation())), path + ":7:10");
+    }
+}
+
+TEST_F(Load, AMapLibraryThatMayNotBeReadIsNoticed) {
+    dir.makeDir("maplib");
+    dir.write("maplib/HOLD.btl", "library \"M\" { }");
+    dir.makeDir("root");
+    setenv("HDNT_DATA_PATH", dir.path().c_str(), 1);
+    HPAParamMgr::getParamMgr()->setValueAsBool("ntl.enableMapLib", true);
+    const Loaded loaded = hdnt::load(library("a.btl", "block \"HOLD\" { pin \"A\" input; }"));
+    struct Noticed : HDNTErrorListener {
+        void notice(const HDNTNotice& notice) override { diagnostics.push_back(diagnosticOf(notice)); }
+        std::vector<Diagnostic> diagnostics;
+    } listener;
+    HDNTError::setListener(&listener);
+    HDNTLimits limits;
+    limits.rootFolder = dir.path("root");
+    HDNTLimits::set(limits);
+    EXPECT_EQ(loaded.library->getTypeBlock(0)->getNetlist("alpha"), nullptr);
+    limits = HDNTLimits();
+    limits.inputBytes = 3;
+    HDNTLimits::set(limits);
+    EXPECT_THROW(loaded.library->getTypeBlock(0)->getNetlist("beta"), HEXAlgException);
+    HDNTError::setListener(nullptr);
+    ASSERT_EQ(listener.diagnostics.size(), 2U);
+    EXPECT_EQ(listener.diagnostics[0].code, "map-library-refused");
+    EXPECT_NE(listener.diagnostics[0].detail.find("rootFolder"), std::string::npos);
+    EXPECT_FALSE(listener.diagnostics[1].detail.empty());
+}
+
+TEST_F(Load, IsRefusedInsideALoad) {
+    struct Nested : HDNTErrorListener {
+        bool report(const HDNTReport&) override {
+            EXPECT_THROW(hdnt::load("/none"), HEXAlgException);
+            ++calls;
+            return true;
+        }
+        int calls = 0;
+    } listener;
+    LoadOptions options;
+    options.listener = &listener;
+    EXPECT_FALSE(hdnt::load(library("a.btl", "#"), options));
+    EXPECT_EQ(listener.calls, 1);
+}
