@@ -115,7 +115,7 @@ private:
     private:
         mutable std::atomic<bool> on_ = false;
     };
-    void tellOfDeath() const noexcept;
+    HDNT_LOCAL void tellOfDeath() const noexcept;
 
     HDNTNode* parent_ = nullptr;
     mutable yyltype location_{};
