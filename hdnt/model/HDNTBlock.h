@@ -160,8 +160,9 @@ public:
     std::string getMasterDriverPinName() const;
     void getMasterShadowPins(std::vector<std::string>& out) const;
 
-    /// Names of blocks that the registry does not know, in order of construction. Never cleared.
-    static std::vector<std::string>& s_unregisteredNames;
+    /// Names of blocks that the registry does not know, in order of construction. Never cleared. There before the first
+    /// initialiser of the process, and until those of the library are undone: blocks made after that are not noted.
+    static std::vector<std::string> s_unregisteredNames;
 
 private:
     HDNT_LOCAL const std::vector<HDNTPin*>& pins() const;
