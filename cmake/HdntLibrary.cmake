@@ -4,7 +4,9 @@ include(CMakePackageConfigHelpers)
 # hdnt_shared_library(TARGET COMPONENT FOLDER header...): the headers, relative to the folder, are the installed ones.
 # Each component has an export set of its own, hdnt-COMPONENT, and a pkg-config file made of cmake/TARGET.pc.in.
 function(hdnt_shared_library target component folder)
-  target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
+  set(exported ${CMAKE_SOURCE_DIR}/cmake/exported.map)
+  target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions -Wl,--version-script=${exported})
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${exported})
   if(NOT HDNT_SANITIZE) # clang leaves sanitizer symbols to programs
     target_link_options(${target} PRIVATE -Wl,--no-undefined)
   endif()

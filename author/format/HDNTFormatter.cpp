@@ -18,11 +18,6 @@ static std::string layOut(const SourceItems& items) {
 
 // Proves that the new text is what the old one was, laid out. A problem here is a fault of this library.
 static bool isProven(const SourceItems& items, const std::string& text, HDNTFormatProblem& problem) {
-    if (frontend::looksCompressed(text)) {
-        problem = frontend::problemAt(items.text(), 0,
-                                      "without blank lines at its beginning it would look compressed; add a comment");
-        return false;
-    }
     SourceItems again;
     std::size_t difference = items.size();
     const bool readable = again.read(text, problem);

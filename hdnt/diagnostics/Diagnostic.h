@@ -76,7 +76,7 @@ public:
 
 private:
     struct File;
-    File& fileAt(const std::string& path);
+    HDNT_LOCAL File& fileAt(const std::string& path);
 
     std::map<std::string, std::unique_ptr<File>> files_;
 };

@@ -162,14 +162,12 @@ private:
     std::size_t gapStart_ = 0;
 };
 
-bool looksCompressed(std::string_view bytes) { return platform::Decoder::forArchive(bytes) != nullptr; }
-
 bool SourceItems::read(std::string text, SourceProblem& problem) {
     problem = SourceProblem();
     items_.clear();
     text_ = std::make_shared<SourceText>(SourceText{std::move(text)});
     bytes_ = text_->bytes;
-    if (looksCompressed(text_->bytes)) problem = problemAt(bytes_, 0, "compressed; expand it first");
+    if (platform::Decoder::forArchive(bytes_)) problem = problemAt(bytes_, 0, "compressed; expand it first");
     else if (text_->bytes.size() >= std::numeric_limits<std::uint32_t>::max())
         problem = problemAt(bytes_, 0, "text of 4 GiB or more; split it");
     return problem.count == 0 && ItemReader(*this, problem).read();

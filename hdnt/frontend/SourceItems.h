@@ -72,9 +72,6 @@ private:
     std::vector<SourceItem> items_;
 };
 
-/// Whether files with these bytes are taken for compressed ones.
-HDNT_API bool looksCompressed(std::string_view bytes);
-
 /// A problem at an offset of a text.
 HDNT_API SourceProblem problemAt(std::string_view text, std::size_t offset, std::string reason);
 

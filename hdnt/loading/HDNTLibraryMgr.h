@@ -81,7 +81,7 @@ public:
 private:
     HDNTLibraryMgr() = default;
 
-    void discard(HDNTLibrary* library);
+    HDNT_LOCAL void discard(HDNTLibrary* library);
 
     std::map<std::string, HDNTLibrary*> m_libraries;
     std::vector<HDNTLibrary*> m_ownedLibraries;

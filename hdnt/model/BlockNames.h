@@ -38,9 +38,9 @@ private:
         std::size_t name = 0; ///< where it begins in names_
     };
 
-    std::size_t slotOf(std::string_view name, std::uint32_t hash) const;
-    std::string_view nameAt(std::size_t offset) const;
-    void resize(std::size_t slots);
+    HDNT_LOCAL std::size_t slotOf(std::string_view name, std::uint32_t hash) const;
+    HDNT_LOCAL std::string_view nameAt(std::size_t offset) const;
+    HDNT_LOCAL void resize(std::size_t slots);
 
     std::vector<Slot> slots_; ///< a power of two, twice as many as blocks or more; a name is sought from its hash on
     std::vector<HDNTBlock*> blocks_;

@@ -14,11 +14,19 @@
 #include <iostream>
 #include <mutex>
 
-std::vector<std::string>& HDNTBlock::s_unregisteredNames = *new std::vector<std::string>;
+// There before any initialiser runs, for blocks that initialisers make.
+constinit std::vector<std::string> HDNTBlock::s_unregisteredNames;
+
+// What is made later goes earlier: this tells blocks that are made while the process exits that the names are gone.
+static constinit bool namesAreGone = false;
+static const struct NamesEnd {
+    ~NamesEnd() { namesAreGone = true; }
+} namesEnd;
 
 static unsigned short typeOf(const std::string& name) {
     const HDNTCellviewLib::Type type = HDNTCellviewLib::getGlobal()->getType(name);
     if (type != HDNTCellviewLib::UNKNOWN) return static_cast<unsigned short>(type);
+    if (namesAreGone) return UINT16_MAX;
     HDNTBlock::s_unregisteredNames.push_back(name);
     return static_cast<unsigned short>(
         std::min<size_t>(HDNTCellviewLib::UNKNOWN + HDNTBlock::s_unregisteredNames.size(), UINT16_MAX));

@@ -160,32 +160,33 @@ public:
     std::string getMasterDriverPinName() const;
     void getMasterShadowPins(std::vector<std::string>& out) const;
 
-    /// Names of blocks that the registry does not know, in order of construction. Never cleared.
-    static std::vector<std::string>& s_unregisteredNames;
+    /// Names of blocks that the registry does not know, in order of construction. Never cleared. There before the first
+    /// initialiser of the process, and until those of the library are undone: blocks made after that are not noted.
+    static std::vector<std::string> s_unregisteredNames;
 
 private:
-    const std::vector<HDNTPin*>& pins() const;
-    void makePins() const;
-    void acceptDeclared(HDNTVisitor& visitor);
-    void deleteOwned();
-    void adopt(std::vector<HDNTBlockEntity*>& entities);
-    void adoptEntity(HDNTBlockEntity* entity);
-    void adoptBus(HDNTBus& bus);
-    void applyGroup(const HDNTPrimGroup& group);
-    bool applyAttribute(const HDNTBlockEntity& entity);
-    void indexPins();
-    void indexProperties();
-    void describeProperties(const HDNTLibrary& library);
-    void findRedefinedPins(std::span<const hdnt::platform::NameIndex::Entry> buses,
-                           std::vector<size_t>& redefined) const;
-    HDNTNetlist* loadNetlist(const std::string& architecture);
-    const char* groupText(int index) const;
-    int groupIndex(std::string abbrev) const;
+    HDNT_LOCAL const std::vector<HDNTPin*>& pins() const;
+    HDNT_LOCAL void makePins() const;
+    HDNT_LOCAL void acceptDeclared(HDNTVisitor& visitor);
+    HDNT_LOCAL void deleteOwned();
+    HDNT_LOCAL void adopt(std::vector<HDNTBlockEntity*>& entities);
+    HDNT_LOCAL void adoptEntity(HDNTBlockEntity* entity);
+    HDNT_LOCAL void adoptBus(HDNTBus& bus);
+    HDNT_LOCAL void applyGroup(const HDNTPrimGroup& group);
+    HDNT_LOCAL bool applyAttribute(const HDNTBlockEntity& entity);
+    HDNT_LOCAL void indexPins();
+    HDNT_LOCAL void indexProperties();
+    HDNT_LOCAL void describeProperties(const HDNTLibrary& library);
+    HDNT_LOCAL void findRedefinedPins(std::span<const hdnt::platform::NameIndex::Entry> buses,
+                                      std::vector<size_t>& redefined) const;
+    HDNT_LOCAL HDNTNetlist* loadNetlist(const std::string& architecture);
+    HDNT_LOCAL const char* groupText(int index) const;
+    HDNT_LOCAL int groupIndex(std::string abbrev) const;
 
     std::string name_;
-    void noteNetlist();
-    void checkNetlist();
-    void finalizeNetlist();
+    HDNT_LOCAL void noteNetlist();
+    HDNT_LOCAL void checkNetlist();
+    HDNT_LOCAL void finalizeNetlist();
 
     std::unique_ptr<HDNTNetlist, DeleteNetlist> netlist_;
     mutable std::vector<HDNTPin*> pins_; ///< made when first asked for

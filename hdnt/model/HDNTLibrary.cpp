@@ -176,6 +176,7 @@ const HDNTLibrary& HDNTLibrary::root() const {
 }
 
 ConfigBase* HDNTLibrary::getConfig() const { return root().config_.get(); }
+const hdnt::model::ConfigurationFacts& HDNTLibrary::getConfigurationFacts() const { return *root().facts_; }
 
 ConfigBase* HDNTLibrary::getDescConfig() const {
     const HDNTLibrary& owner = root();

@@ -148,20 +148,20 @@ public:
     /// The list is cleared first.
     void getMasterDriverTypes(std::vector<std::string>& out) const;
     /// The configuration as tables. Internal.
-    const hdnt::model::ConfigurationFacts& getConfigurationFacts() const { return *root().facts_; }
+    const hdnt::model::ConfigurationFacts& getConfigurationFacts() const;
 
 private:
-    const HDNTLibrary& root() const;
-    void enterParser();
-    void leaveParser() noexcept;
-    void parseMapLibrary(hdnt::frontend::MapLibrary& library, const std::string& name);
-    bool adoptFunction(HDNTDecl* decl);
-    void deleteFunctions() noexcept;
-    void adopt(HDNTBlock* block);
+    HDNT_LOCAL const HDNTLibrary& root() const;
+    HDNT_LOCAL void enterParser();
+    HDNT_LOCAL void leaveParser() noexcept;
+    HDNT_LOCAL void parseMapLibrary(hdnt::frontend::MapLibrary& library, const std::string& name);
+    HDNT_LOCAL bool adoptFunction(HDNTDecl* decl);
+    HDNT_LOCAL void deleteFunctions() noexcept;
+    HDNT_LOCAL void adopt(HDNTBlock* block);
     bool isIndexed() const { return !names_.blocks().empty(); }
-    void index(HDNTBlock* block);
-    const std::vector<uint32_t>& sortedNames() const;
-    HDNTBlock* answerOf(const hdnt::model::BlockNames::Entry& name) const;
+    HDNT_LOCAL void index(HDNTBlock* block);
+    HDNT_LOCAL const std::vector<uint32_t>& sortedNames() const;
+    HDNT_LOCAL HDNTBlock* answerOf(const hdnt::model::BlockNames::Entry& name) const;
 
     std::string name_;
     std::vector<HDNTBlock*> blocks_;

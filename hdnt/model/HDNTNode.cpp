@@ -67,6 +67,14 @@ void appendElements(const std::string& baseName, int first, int last, std::vecto
 
 void* HDNTNode::operator new(std::size_t size) { return hdnt::platform::allocateObject(size); }
 void HDNTNode::operator delete(void* object, std::size_t size) noexcept { hdnt::platform::freeObject(object, size); }
+void* HDNTNode::operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return hdnt::platform::allocateObject(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+void HDNTNode::operator delete(void* object, const std::nothrow_t&) noexcept { hdnt::platform::freeObject(object); }
 
 HDNTNode::~HDNTNode() {
     if (watched_) tellOfDeath();

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -51,9 +52,15 @@ public:
     HDNTNode(const HDNTNode&) = default;
     HDNTNode& operator=(const HDNTNode&) = delete;
 
-    /// Model objects stand side by side in memory of their own. Any thread; `new (address)` needs `::new`.
+    /// Model objects stand side by side in memory of their own. Any thread. The form with std::nothrow gives null when
+    /// memory runs out, and the one with an address makes the object there.
     static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+    static void* operator new(std::size_t, void* address) noexcept { return address; }
     static void operator delete(void* object, std::size_t size) noexcept;
+    /// What happens to the memory when a constructor throws.
+    static void operator delete(void* object, const std::nothrow_t&) noexcept;
+    static void operator delete(void*, void*) noexcept {}
 
     // The order of the virtual operations is part of the interface.
     virtual ~HDNTNode();
@@ -115,7 +122,7 @@ private:
     private:
         mutable std::atomic<bool> on_ = false;
     };
-    void tellOfDeath() const noexcept;
+    HDNT_LOCAL void tellOfDeath() const noexcept;
 
     HDNTNode* parent_ = nullptr;
     mutable yyltype location_{};

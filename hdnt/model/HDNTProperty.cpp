@@ -119,7 +119,6 @@ void HDNTProperty::completeHexRange() {
 }
 
 void HDNTProperty::describe(std::string_view text) {
-    if (text.empty()) return;
     std::unique_ptr<const std::string> before = spec_.exchangeDescription(text);
     if (!std::exchange(describedByConfig_, true)) declaredDescription_ = std::move(before);
 }

@@ -126,7 +126,7 @@ public:
     static std::string getTypeName(HATAttrTypes::AttrType type);
 
 private:
-    void completeHexRange();
+    HDNT_LOCAL void completeHexRange();
 
     HATAttrSpec spec_;
     std::unique_ptr<const std::string> declaredDescription_; ///< set once describedByConfig_ is; null when empty

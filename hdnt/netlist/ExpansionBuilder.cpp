@@ -134,16 +134,23 @@ void ExpansionBuilder::signal(const HDNTSignal& signal, size_t branch) {
         problem(signal, std::move(fault));
     for (size_t i = 0; i < names.size(); ++i) {
         const std::string name = bits.empty() ? names[i] : names[i] + '[' + std::to_string(bits[i]) + ']';
-        signalNames_.insert(name);
+        signalBranches_.emplace(name, branch);
         level_.signals.push_back({name, originOf(signal, branch)});
     }
     if (signal.connect()) connects_.emplace_back(signal.connect(), branch);
 }
 
+bool ExpansionBuilder::seesSignal(size_t branch, const std::string& name) const {
+    const auto [first, last] = signalBranches_.equal_range(name);
+    for (;; branch = level_.branches[branch].origin.branch) {
+        if (std::any_of(first, last, [branch](const auto& declared) { return declared.second == branch; })) return true;
+        if (branch == HDNTExpansion::none) return false;
+    }
+}
+
 void ExpansionBuilder::connect(const HDNTConnect& connect, size_t branch) {
     const std::string& name = connect.signalName();
-    if (!signalNames_.contains(name) && name != "@0" && name != "@1")
-        problem(connect, "There is no signal " + name + ".");
+    if (!seesSignal(branch, name) && name != "@0" && name != "@1") problem(connect, "There is no signal " + name + ".");
     for (const HDNTPinInst* reference : connect.pins()) {
         if (const auto* const pin = nodeCast<HDNTBlockPinName>(reference)) connectPin(connect, *pin, branch);
         else problem(connect, "A pin reference is of a class that the language does not have.");

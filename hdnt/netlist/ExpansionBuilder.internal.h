@@ -38,7 +38,7 @@ public:
     ExpansionBuilder(HDNTExpansion::Level& level, const MappedValues& values,
                      std::vector<HDNTExpansion::Problem>& problems);
     /// Walks the netlist in the order in which visitors see it. What refers to instances and signals is looked at when
-    /// all of them are known, those of branches included.
+    /// all of them are known: instances of branches by everybody, signals of branches in these.
     void build(const HDNTNetlist& netlist);
 
 private:
@@ -58,6 +58,8 @@ private:
     bool attempt(const HDNTNode& entity, Step&& step);
     void problem(const HDNTNode& entity, std::string message);
     HDNTExpansion::Origin originOf(const HDNTNode& entity, size_t branch) const;
+    /// Whether a statement of the branch may name the signal: the branch or one around it declares it.
+    bool seesSignal(size_t branch, const std::string& name) const;
     HDNTExpansion::Instance* findInstance(const std::string& name);
     const HDNTProperty* findProperty(const HDNTBlock& block, const std::string& pin, const std::string& name) const;
 
@@ -70,7 +72,7 @@ private:
     std::vector<HDNTExpansion::Problem>& problems_;
     HDNTFunctionTable functions_;
     std::unordered_map<std::string, size_t> instanceByName_;
-    std::set<std::string> signalNames_;
+    std::multimap<std::string, size_t> signalBranches_;           ///< by name, the branches that declare it
     std::vector<std::pair<const HDNTConnect*, size_t>> connects_; ///< met so far, with the branch around them
     std::vector<std::pair<const HDNTAssignProperty*, size_t>> assigns_;
 };

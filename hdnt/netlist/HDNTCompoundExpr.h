@@ -39,7 +39,7 @@ public:
     HDNTValue* operate(const char* a, const char* b) const;
 
 private:
-    void deriveType();
+    HDNT_LOCAL void deriveType();
 
     HDNTExpr* lhs_;
     HDNTExpr* rhs_;

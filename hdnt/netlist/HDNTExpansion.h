@@ -126,10 +126,10 @@ public:
     static std::string textOf(const Value& value);
 
 private:
-    void addLevel(Level level, const HDNTNetlist& netlist, const hdnt::netlist::MappedValues& values);
-    void enterInstance(size_t level, size_t index);
-    void countInstances(const Level& level);
-    bool isOnPath(size_t level, const Instance& instance);
+    HDNT_LOCAL void addLevel(Level level, const HDNTNetlist& netlist, const hdnt::netlist::MappedValues& values);
+    HDNT_LOCAL void enterInstance(size_t level, size_t index);
+    HDNT_LOCAL void countInstances(const Level& level);
+    HDNT_LOCAL bool isOnPath(size_t level, const Instance& instance);
 
     HDNTBlock& block_;
     std::string architecture_;

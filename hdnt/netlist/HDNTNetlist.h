@@ -65,7 +65,7 @@ public:
     const std::vector<HDNTFunctionCall*>& postInstanceCalls() const { return postInstanceCalls_; }
 
 private:
-    void expandSignals();
+    HDNT_LOCAL void expandSignals();
 
     std::vector<HDNTSignal*> signals_;
     hdnt::platform::NameIndex signalsByName_; ///< of a finalized netlist

@@ -12,7 +12,7 @@
 ///
 /// Each facet is set at most once, in any order, and all listed values belong to one facet; unset ones are as in a
 /// fresh HATAttrSpec. A draft can be used again after giveTo() and keeps its room.
-class HATAttrSpec::Draft {
+class HDNT_LOCAL HATAttrSpec::Draft {
 public:
     Draft() = default;
     Draft(const Draft&) = delete;

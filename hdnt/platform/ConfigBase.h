@@ -62,9 +62,9 @@ public:
 private:
     struct Index;
 
-    const libconfig::Setting* memberOf(const libconfig::Setting& group, std::string_view name) const;
-    const libconfig::Setting* findOwn(std::string_view path) const;
-    std::string fullPath(const std::string& path) const;
+    HDNT_LOCAL const libconfig::Setting* memberOf(const libconfig::Setting& group, std::string_view name) const;
+    HDNT_LOCAL const libconfig::Setting* findOwn(std::string_view path) const;
+    HDNT_LOCAL std::string fullPath(const std::string& path) const;
 
     ConfigBase* parent_;
     std::unique_ptr<libconfig::Config> config_;

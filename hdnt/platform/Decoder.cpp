@@ -7,14 +7,14 @@
 
 #include <algorithm>
 #include <climits>
+#include <string>
 
 namespace hdnt::platform {
 namespace {
 
 constexpr std::uint64_t XzMemoryLimit = std::uint64_t{256} << 20; // the largest preset takes 65 MiB
 
-constexpr std::string_view GzipMagic("\x1f\x8b", 2);
-constexpr std::string_view Bzip2Magic("BZh", 3);
+constexpr std::string_view GzipMagic("\x1f\x8b\x08", 3); // 8: deflate, the only method there is
 constexpr std::string_view XzMagic("\xfd"
                                    "7zXZ\0",
                                    6);
@@ -28,6 +28,14 @@ bool startsWithMagic(std::string_view text, std::string_view magic) {
     if (text.size() >= magic.size()) return text.substr(0, magic.size()) == magic;
     const bool couldBeText = std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
     return !couldBeText && magic.substr(0, text.size()) == text;
+}
+
+// The letters at the front of a bzip2 file may begin a text as well; what follows the block size may not.
+bool startsLikeBzip2(std::string_view text) {
+    const bool sized = text.size() > 3 && text[3] >= '1' && text[3] <= '9';
+    const std::string front = std::string("BZh") + (sized ? text[3] : '1');
+    return startsWithMagic(text, front + "\x31\x41\x59\x26\x53\x59") || // a block
+           startsWithMagic(text, front + "\x17\x72\x45\x38\x50\x90");   // the end of an empty one
 }
 
 class GzipDecoder final : public Decoder {
@@ -50,7 +58,10 @@ public:
         if (code == Z_MEM_ERROR) return Status::TooMuchMemory;
         return code == Z_OK || code == Z_BUF_ERROR ? Status::More : Status::Damaged;
     }
-    bool recognises(std::string_view text) const override { return startsWithMagic(text, GzipMagic); }
+    bool recognises(std::string_view text) const override {
+        constexpr unsigned char reservedFlags = 0xe0;
+        return startsWithMagic(text, GzipMagic) && (text.size() < 4 || (text[3] & reservedFlags) == 0);
+    }
 
 private:
     z_stream stream_{};
@@ -76,7 +87,7 @@ public:
         if (code == BZ_MEM_ERROR) return Status::TooMuchMemory;
         return code == BZ_OK ? Status::More : Status::Damaged;
     }
-    bool recognises(std::string_view text) const override { return startsWithMagic(text, Bzip2Magic); }
+    bool recognises(std::string_view text) const override { return startsLikeBzip2(text); }
 
 private:
     bz_stream stream_{};

@@ -21,8 +21,8 @@ public:
     /// True when the text begins like a member of this kind.
     virtual bool recognises(std::string_view text) const = 0;
 
-    /// The decoder for an archive that begins like this; null for anything else. An archive cut within its magic number
-    /// is still recognised, unless what is left could be text.
+    /// The decoder for an archive that begins like this, by the whole of its header; null for anything else. An archive
+    /// cut within that header is still recognised, unless what is left could be text.
     static std::unique_ptr<Decoder> forArchive(std::string_view head);
 };
 

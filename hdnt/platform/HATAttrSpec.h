@@ -186,20 +186,20 @@ private:
     bool flag(Flag f) const { return (flags_ & f) != 0; }
 
     bool has(unsigned facet) const { return (present_ >> facet & 1U) != 0; }
-    std::size_t indexOf(unsigned facet) const;
+    HDNT_API std::size_t indexOf(unsigned facet) const;
     std::size_t listLength(unsigned list) const { return has(list) ? slots_[indexOf(list)] : 0; }
-    std::size_t listBegin(unsigned list) const;
+    HDNT_API std::size_t listBegin(unsigned list) const;
     std::size_t numSlots() const { return listBegin(NumFacets); }
 
     std::uint64_t get(Facet facet, std::uint64_t absent) const { return has(facet) ? slots_[indexOf(facet)] : absent; }
-    void put(Facet facet, std::uint64_t value, std::uint64_t absent);
-    const std::string& text(Facet facet) const;
-    void putText(Facet facet, HSTUniqString value);
-    void append(Facet list, std::uint64_t value);
-    void appendText(Facet list, HSTUniqString value);
-    void insertSlot(std::size_t index, std::uint64_t value);
+    HDNT_API void put(Facet facet, std::uint64_t value, std::uint64_t absent);
+    HDNT_API const std::string& text(Facet facet) const;
+    HDNT_API void putText(Facet facet, HSTUniqString value);
+    HDNT_API void append(Facet list, std::uint64_t value);
+    HDNT_API void appendText(Facet list, HSTUniqString value);
+    HDNT_LOCAL void insertSlot(std::size_t index, std::uint64_t value);
     template <typename T>
-    HATValueIter<T>* makeIter(Facet list) const;
+    HDNT_API HATValueIter<T>* makeIter(Facet list) const;
 
     HSTUniqString name_;
     std::unique_ptr<const std::string> description_; ///< hardly ever the same twice, so not shared; null when empty

@@ -21,7 +21,7 @@ public:
 
 private:
     friend class HATAttrSpec;
-    HATValueIter(const std::uint64_t* begin, const std::uint64_t* end) : next_(begin), end_(end) {}
+    HDNT_LOCAL HATValueIter(const std::uint64_t* begin, const std::uint64_t* end) : next_(begin), end_(end) {}
 
     const std::uint64_t* next_;
     const std::uint64_t* end_;

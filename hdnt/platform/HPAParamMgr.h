@@ -23,8 +23,8 @@ public:
     HPAParamMgr& operator=(const HPAParamMgr&) = delete;
 
 private:
-    HPAParamMgr();
-    ~HPAParamMgr();
+    HDNT_LOCAL HPAParamMgr();
+    HDNT_LOCAL ~HPAParamMgr();
 
     mutable std::mutex mutex_;
     std::map<std::string, bool> values_;

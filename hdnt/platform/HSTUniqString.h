@@ -63,18 +63,18 @@ public:
 private:
     struct Entry {
         Entry(std::string_view t, std::uint64_t h, Entry* n) : text(t), next(n), hash(h) {}
-        static void* operator new(std::size_t size);
-        static void operator delete(void* entry, std::size_t size) noexcept;
+        HDNT_LOCAL static void* operator new(std::size_t size);
+        HDNT_LOCAL static void operator delete(void* entry, std::size_t size) noexcept;
 
         const std::string text;
         Entry* next; ///< the pool's
         const std::uint64_t hash;
         mutable std::atomic<std::uint64_t> references{0};
     };
-    struct Pool;
+    struct HDNT_LOCAL Pool;
 
-    static const std::string& emptyText();
-    static void drop(const Entry* entry) noexcept;
+    HDNT_API static const std::string& emptyText();
+    HDNT_API static void drop(const Entry* entry) noexcept;
 
     const Entry* entry_ = nullptr;
 };

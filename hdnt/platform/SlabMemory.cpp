@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <mutex>
 #include <new>
+#include <set>
 #include <utility>
 
 #if defined(__has_feature)
@@ -42,7 +43,9 @@ struct alignas(64) Slab {
     char* unused = reinterpret_cast<char*>(this + 1); ///< from here on nothing was used so far
     char* untouched = reinterpret_cast<char*>(this);  ///< from here on the system has given no pages so far
     std::size_t objects = 0;
+    std::size_t objectSize;
 
+    explicit Slab(std::size_t size) : objectSize(size) {}
     bool isFull(std::size_t size) const {
         return !freed && unused + size > reinterpret_cast<const char*>(this) + slabBytes;
     }
@@ -69,15 +72,44 @@ struct alignas(64) Slab {
     }
 };
 
+// Where slabs are, for an object of unknown size. Never destroyed, as they.
+struct AllSlabs {
+    SpinLock lock;
+    std::set<const Slab*> places;
+};
+AllSlabs& allSlabs() {
+    static auto* const all = new AllSlabs;
+    return *all;
+}
+void enter(const Slab* slab) {
+    const std::lock_guard lock(allSlabs().lock);
+    allSlabs().places.insert(slab);
+}
+void leave(const Slab* slab) noexcept {
+    const std::lock_guard lock(allSlabs().lock);
+    allSlabs().places.erase(slab);
+}
+bool isSlab(const Slab* place) noexcept {
+    const std::lock_guard lock(allSlabs().lock);
+    return allSlabs().places.contains(place);
+}
+
 // The system gives pages, so a range of twice the size is asked for and what stands over at both ends given back.
-Slab* newSlab() {
+Slab* newSlab(std::size_t objectSize) {
     void* const range = mmap(nullptr, 2 * slabBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (range == MAP_FAILED) throw std::bad_alloc();
     char* const begin = static_cast<char*>(range);
     const std::size_t before = -reinterpret_cast<std::uintptr_t>(begin) & (slabBytes - 1);
     if (before > 0) munmap(begin, before);
     munmap(begin + before + slabBytes, slabBytes - before);
-    return new (begin + before) Slab;
+    auto* const slab = reinterpret_cast<Slab*>(begin + before);
+    try {
+        enter(slab);
+    } catch (...) {
+        munmap(slab, slabBytes);
+        throw;
+    }
+    return new (slab) Slab(objectSize);
 }
 
 /// The slabs of one size that are not full.
@@ -85,7 +117,7 @@ class Slabs {
 public:
     void* allocate(std::size_t size) {
         const std::lock_guard lock(lock_);
-        if (!first_) link(newSlab());
+        if (!first_) link(newSlab(size));
         Slab* const slab = first_;
         void* const object = slab->take(size);
         if (slab->isFull(size)) unlink(slab);
@@ -99,6 +131,7 @@ public:
         slab->put(object);
         if (slab->objects > 0 || (slab == first_ && !slab->next)) return;
         unlink(slab);
+        leave(slab);
         munmap(slab, slabBytes);
     }
 
@@ -134,6 +167,13 @@ void freeObject(void* object, std::size_t size) noexcept {
     if (size > greatestSize) return ::operator delete(object);
     const std::size_t rounded = roundedUp(size);
     slabsBySize[rounded / granule].free(object, rounded);
+}
+
+void freeObject(void* object) noexcept {
+    if (!object) return;
+    const Slab* const slab = Slab::of(object);
+    if (greatestSize == 0 || !isSlab(slab)) return ::operator delete(object);
+    freeObject(object, slab->objectSize);
 }
 
 } // namespace hdnt::platform

@@ -13,5 +13,7 @@ namespace hdnt::platform {
 void* allocateObject(std::size_t size);
 /// The size must be that of the allocation.
 void freeObject(void* object, std::size_t size) noexcept;
+/// For those who do not know it; has to search. Null is nothing.
+void freeObject(void* object) noexcept;
 
 } // namespace hdnt::platform

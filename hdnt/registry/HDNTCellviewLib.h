@@ -42,7 +42,7 @@ public:
     static HCTMutex m_initializeValuesMutex;
 
 private:
-    HDNTCellviewLib();
+    HDNT_LOCAL HDNTCellviewLib();
 
     std::vector<Type> allTesselEnums_;
     const std::string& nameAt(size_t i) const { return names_[static_cast<size_t>(allTesselEnums_[i])]; }

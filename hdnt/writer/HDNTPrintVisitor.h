@@ -111,28 +111,29 @@ private:
     int32_t indent() const { return indent_; }
     void indentMore() { indent_ += 2; }
     void indentLess() { indent_ -= 2; }
-    void write(std::string_view text);
-    void write(const hdnt::writer::Line& line);
+    HDNT_LOCAL void write(std::string_view text);
+    HDNT_LOCAL void write(const hdnt::writer::Line& line);
     /// Where nobody looks at the stream between two operations, a block or a mapping goes to it in one piece.
     void gatherBodies() { gathersBodies_ = true; }
     void beginBody() { gathering_ = gathersBodies_; }
-    void endBody();
+    HDNT_LOCAL void endBody();
     /// Writes the expression, closed by the text.
-    void writeExpression(const char* end);
-    void appendFunction(hdnt::writer::Line& line, const HDNTFunctionDecl& function);
+    HDNT_LOCAL void writeExpression(const char* end);
+    HDNT_LOCAL void appendFunction(hdnt::writer::Line& line, const HDNTFunctionDecl& function);
     /// `always`: also a maturity level that no one has to write.
-    void beginBlock(const HDNTBlock& block, bool always);
+    HDNT_LOCAL void beginBlock(const HDNTBlock& block, bool always);
     /// Without the end of the line.
-    void endBlock();
-    void closeBrace();
+    HDNT_LOCAL void endBlock();
+    HDNT_LOCAL void closeBrace();
 
-    void writeAttributes(const HDNTBlock& block, bool always);
-    const std::string& nameOf(const HDNTBus& bus);
+    HDNT_LOCAL void writeAttributes(const HDNTBlock& block, bool always);
+    HDNT_LOCAL const std::string& nameOf(const HDNTBus& bus);
     template <typename Pin>
-    void appendPinLine(hdnt::writer::Line& line, const std::string& name, const Pin& pin, HDNT_PIN_TYPE type);
-    void writeEmptyBranch();
+    HDNT_LOCAL void appendPinLine(hdnt::writer::Line& line, const std::string& name, const Pin& pin,
+                                  HDNT_PIN_TYPE type);
+    HDNT_LOCAL void writeEmptyBranch();
     template <typename Append>
-    void addOperand(Append&& append);
+    HDNT_LOCAL void addOperand(Append&& append);
 
     int32_t indent_ = 0;
     std::string expression_;

@@ -56,11 +56,11 @@ private:
     void cannotWrite(const std::string& what) override;
 
     /// The name stays the model's; null: none.
-    void enterElement(const char* kind, const std::string* name);
-    void checkFunctionName(const std::string& name);
-    void checkStatement(const HDNTNetlistEntity* statement);
-    void checkExpression(const HDNTExpr* expr);
-    void writeBranch(const HDNTNetlistEntity* branch);
+    HDNT_LOCAL void enterElement(const char* kind, const std::string* name);
+    HDNT_LOCAL void checkFunctionName(const std::string& name);
+    HDNT_LOCAL void checkStatement(const HDNTNetlistEntity* statement);
+    HDNT_LOCAL void checkExpression(const HDNTExpr* expr);
+    HDNT_LOCAL void writeBranch(const HDNTNetlistEntity* branch);
 
     std::vector<std::string>* problems_;
     bool complete_ = true;

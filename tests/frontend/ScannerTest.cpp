@@ -181,6 +181,18 @@ TEST(Include, SplicesSkipsAndReports) {
     yylex_destroy();
 }
 
+TEST(Include, ATextThatBeginsWithTheLettersOfAnArchiveIsRead) {
+    const TempDir dir;
+    const std::string call = dir.write("call", "BZhOne(1);\n");
+    const auto library =
+        support::loaded("library \"L\" { function bool BZhOne(int); block \"ADD\" { } mapsto { INLINE " + call +
+                        ";\ninst \"U\" \"ADD\"; } }");
+    ASSERT_TRUE(library);
+    const auto& calls = library->getTypeBlock(0)->getNetlist()->preInstanceCalls();
+    ASSERT_EQ(calls.size(), 1U);
+    EXPECT_EQ(calls[0]->name(), "BZhOne");
+}
+
 TEST(Include, DepthAndRootFolderAreLimited) {
     support::Reports reports;
     const TempDir dir;

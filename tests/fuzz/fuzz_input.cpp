@@ -34,8 +34,15 @@ private:
 
 bool looksPacked(std::string_view bytes) {
     using namespace std::literals;
-    for (const std::string_view magic : {"\x1f\x8b"sv, "BZh"sv, "\xfd\x37zXZ\0"sv, "\x28\xb5\x2f\xfd"sv})
-        if (bytes.substr(0, magic.size()) == magic.substr(0, bytes.size())) return true;
+    const auto beginsWith = [](std::string_view text, std::string_view magic) { // or ends within it
+        return text.substr(0, magic.size()) == magic.substr(0, text.size());
+    };
+    for (const std::string_view magic : {"\x1f\x8b\x08"sv, "\xfd\x37zXZ\0"sv, "\x28\xb5\x2f\xfd"sv})
+        if (beginsWith(bytes, magic)) return true;
+    const bool sized = bytes.size() > 3 && bytes[3] >= '1' && bytes[3] <= '9';
+    if (beginsWith(bytes, "BZh") && (sized || bytes.size() <= 3))
+        for (const std::string_view magic : {"1AY&SY"sv, "\x17rE8P\x90"sv})
+            if (!sized || beginsWith(bytes.substr(4), magic)) return true;
     return bytes.size() > 3 && (bytes[0] & 0xf0) == 0x50 && bytes.substr(1, 3) == "\x2a\x4d\x18"sv;
 }
 

@@ -126,6 +126,24 @@ TEST(ConfigQueries, AnswerWhatIsConfiguredAndNeutralElse) {
     }
 }
 
+TEST(ConfigQueries, DescriptionsTakeThePlaceOfDeclaredOnes) {
+    const struct {
+        const char* configured;
+        const char* description;
+    } cases[] = {{"P = \"other\";", "other"}, {"P = \"\";", ""}, {"P = 1;", "declared"}, {"Q = \"\";", "declared"}};
+    for (const auto& [entries, description] : cases) {
+        const TempDir dir;
+        dir.write("tessel.desc.cfg", std::string("ADD = { ") + entries + " };");
+        setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
+        const auto library = support::loaded(
+            support::inBlock("property int \"P\" { min = 1, description = \"declared\" } property bool \"Q\" true;"));
+        library->finalize(); // changes nothing more
+        const HDNTProperty& property = *library->getTypeBlock(0)->getProperty(0);
+        EXPECT_EQ(property.getAttrSpec()->getDescription(), description) << entries;
+        EXPECT_EQ(property.getDeclaredDescription(), "declared") << entries;
+    }
+}
+
 TEST(ConfigQueries, TheCurrentPartDecidesWhichPinsCount) {
     const TempDir dir;
     dir.write("HDNTApplicationData.cfg", applicationData);

@@ -60,6 +60,33 @@ static Texts problemsOf(const HDNTExpansion& expansion) {
     return texts;
 }
 
+// A branch that is not taken declares nothing; one that is, for itself and the branches inside.
+TEST(Expansion, SignalsOfBranches) {
+    const struct {
+        const char* statements;
+        Texts problems;
+    } cases[] = {
+        {"if (true) { signal \"s\"; connect \"s\" : \"A\"; }", {}},
+        {"if (true) { signal \"s[1:0]\"; connect \"s[0]\" : \"A\"; }", {}},
+        {"if (true) { if (true) { connect \"s\" : \"A\"; } { connect \"s\" : \"A\"; } signal \"s\"; }", {}},
+        {"if (true) { if (true) signal \"s\"; connect \"s\" : \"A\"; }", {"1: There is no signal s."}},
+        {"if (true) signal \"s\"; connect \"s\" : \"A\";", {"1: There is no signal s."}},
+        {"if (true) signal \"s\"; if (true) connect \"s\" : \"A\";", {"1: There is no signal s."}},
+        {"if (false) signal \"s\"; else connect \"s\" : \"A\";", {"1: There is no signal s."}},
+        {"signal \"s\"; if (true) { signal \"s\"; } connect \"s\" : \"A\";", {}},
+        {"if (true) { signal \"s\" : \"A\"; }", {}},
+    };
+    for (const auto& [statements, problems] : cases) {
+        const auto library = support::parsed(
+            std::string("library \"L\" { block \"ADD\" { pin \"A\" input; } mapsto { ") + statements + " } }");
+        ASSERT_TRUE(library) << statements;
+        library->finalize();
+        HDNTExpansion expansion(*library->getTypeBlock(0));
+        EXPECT_EQ(expansion.expand(), problems.empty()) << statements;
+        EXPECT_EQ(problemsOf(expansion), problems) << statements;
+    }
+}
+
 TEST(Expansion, FollowsThePropertyValues) {
     const auto library = loaded(rebuilt);
     HDNTExpansion expansion(*library->getTypeBlock(1));
@@ -198,13 +225,13 @@ signal "E[9:0]"; signal "F[8:0]"; inst "U" "AND_2"; }
     EXPECT_EQ(HDNTError::numErrors, 0);
 }
 
-TEST(Expansion, WhatBranchesDeclareMayBeUsedOutsideOfThem) {
+TEST(Expansion, InstancesOfBranchesMayBeUsedOutsideOfThem) {
     const Reports silent;
     const auto library =
         loaded(R"(library "L" { block "AND_2" { pin "A" input; property int "SIZE" { min = 1, max = 4 } }
 block "HOLD" { pin "Q" output { property double "LOAD" { default = 0.5 } } } mapsto {
-connect "S" : "U" "A"; assign block property "U" "SIZE" 2; assign pin property "Q", "LOAD" 100000000000000000000.0;
-if (true) { inst "U" "AND_2"; signal "S"; }
+signal "S" : "U" "A"; assign block property "U" "SIZE" 2; assign pin property "Q", "LOAD" 100000000000000000000.0;
+if (true) { inst "U" "AND_2"; }
 } })");
     HDNTExpansion expansion(*library->getTypeBlock(1));
     EXPECT_TRUE(expansion.expand());

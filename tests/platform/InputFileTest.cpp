@@ -69,7 +69,7 @@ struct Kind {
     std::size_t textLike; ///< cuts of so few bytes are indistinguishable from a text
 };
 
-const std::vector<Kind> Kinds = {{"gzip", gzip, 8, 0}, {"bzip2", bzip2, 0, 2}, {"xz", xz, 12, 0}, {"zstd", zstd, 4, 1}};
+const std::vector<Kind> Kinds = {{"gzip", gzip, 8, 0}, {"bzip2", bzip2, 0, 9}, {"xz", xz, 12, 0}, {"zstd", zstd, 4, 1}};
 
 std::string sample(int lines) {
     std::string text;
@@ -148,6 +148,45 @@ TEST_F(InputFile, ReadsZstdSkippableFrames) {
     ASSERT_TRUE(read(skip + zstd("text") + skip));
     EXPECT_EQ(out, "text");
     EXPECT_FALSE(read(zstd("text") + skip.substr(0, 9)));
+}
+
+// Whole headers decide, not the few letters at their front that a text may have too.
+TEST_F(InputFile, TellsTextsFromArchives) {
+    using namespace std::string_literals;
+    const std::string texts[] = {"BZhOne(1);"s,
+                                 "BZh9"s,
+                                 "BZh91AY&S"s,
+                                 "BZh91AY&SX, and so on"s,
+                                 "BZh01AY&SY"s,
+                                 "BZh:1AY&SY"s,
+                                 "BZh9\x17rE8P\x91"s,
+                                 "BZh\n"s,
+                                 "P*M"s,
+                                 "P*M;"s,
+                                 "_*M\x19"s,
+                                 "\x1f\x8b\x07\0"s,
+                                 "\x1f\x8b\x08\x20"s,
+                                 "\x1f\x8b\x08\x80 text"s,
+                                 "\xfd"
+                                 "7zXY\0"s,
+                                 "(\xb5/\xfc"s};
+    for (const std::string& text : texts) {
+        EXPECT_TRUE(read(text)) << text << ": " << why;
+        EXPECT_EQ(out, text);
+    }
+    const std::string broken[] = {"BZh91AY&SY"s,
+                                  "BZh11AY&SY, and so on"s,
+                                  "BZh9\x17"s,
+                                  "BZh9\x17rE8P\x90"s,
+                                  "P*M\x18"s,
+                                  "_*M\x18\xff\xff\xff\xff"s,
+                                  "\x1f\x8b\x08"s,
+                                  "\x1f\x8b\x08\x1f"s,
+                                  "\x1f\x8b\x08\0, and so on"s,
+                                  "\xfd"
+                                  "7z"s,
+                                  "(\xb5/\xfd, and so on"s};
+    for (const std::string& archive : broken) EXPECT_FALSE(read(archive)) << archive;
 }
 
 TEST_F(InputFile, NamesWhatCannotBeOpened) {

@@ -1,0 +1,88 @@
+// How programs may allocate model objects.
+#include "tests/support/Library.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <set>
+#include <stdexcept>
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool ownMemory = false; // the general heap then, whose leaks the sanitizer finds
+#elif defined(__has_feature)
+constexpr bool ownMemory = !__has_feature(address_sanitizer);
+#else
+constexpr bool ownMemory = true;
+#endif
+
+template <typename... Classes>
+constexpr bool haveEveryForm = (requires(void* address) {
+    Classes::operator new(1U);
+    Classes::operator new(1U, std::nothrow);
+    Classes::operator new(1U, address);
+    Classes::operator delete(address, std::nothrow);
+    Classes::operator delete(address, address);
+} && ...);
+static_assert(
+    haveEveryForm<HDNTNode, HDNTLibrary, HDNTBlock, HDNTFunctionDecl, HDNTBus, HDNTPin, HDNTProperty, HDNTInternalFlag,
+                  HDNTTestFlag, HDNTMaturityLevel, HDNTPrimGroup, HDNTNetlist, HDNTBlockPinName, HDNTBlockInst,
+                  HDNTConnect, HDNTSignal, HDNTSigList, HDNTAssignBlockProperty, HDNTAssignPinProperty, HDNTIfStmt,
+                  HDNTStmtBlock, HDNTFunctionCall, HDNTCompoundExpr, HDNTIntConstant, HDNTDoubleConstant,
+                  HDNTBoolConstant, HDNTStringConstant>);
+
+TEST(NodeMemory, WithoutExceptions) {
+    HDNTBlock* const block = new (std::nothrow) HDNTBlock("ADD", nullptr, nullptr, nullptr);
+    HDNTNode* const constant = new (std::nothrow) HDNTIntConstant(7);
+    EXPECT_EQ(block->getName(), "ADD");
+    EXPECT_EQ(nodeCast<HDNTIntConstant>(constant)->getValue(), 7);
+    delete block;
+    delete constant;
+    if (ownMemory) {
+        EXPECT_EQ(HDNTNode::operator new (std::size_t{1} << 46, std::nothrow), nullptr);
+    }
+    HDNTNode::operator delete(nullptr, std::nothrow);
+}
+
+TEST(NodeMemory, AtAGivenAddress) {
+    alignas(HDNTIntConstant) char memory[sizeof(HDNTIntConstant)];
+    auto* const constant = new (memory) HDNTIntConstant(3);
+    EXPECT_EQ(static_cast<void*>(constant), memory);
+    EXPECT_EQ(constant->getValue(), 3);
+    constant->~HDNTIntConstant();
+}
+
+// A node of some size whose constructor fails, after it has noted where it was.
+template <std::size_t Bytes>
+struct Failing : HDNTNode {
+    explicit Failing(std::set<const void*>& places) {
+        places.insert(this);
+        throw std::runtime_error("no");
+    }
+    char more[Bytes];
+};
+
+template <std::size_t Bytes>
+std::size_t numPlacesOfFailures() {
+    std::set<const void*> places;
+    for (int i = 0; i < 1000; ++i) {
+        EXPECT_THROW(new (std::nothrow) Failing<Bytes>(places), std::runtime_error);
+        alignas(Failing<Bytes>) char memory[sizeof(Failing<Bytes>)];
+        std::set<const void*> inPlace;
+        EXPECT_THROW(new (memory) Failing<Bytes>(inPlace), std::runtime_error);
+        EXPECT_EQ(inPlace, std::set<const void*>{memory});
+    }
+    return places.size();
+}
+
+TEST(NodeMemory, GoesBackWhenAConstructorThrows) {
+    const std::size_t small = numPlacesOfFailures<8>();
+    const std::size_t large = numPlacesOfFailures<4096>();
+    if (ownMemory) {
+        EXPECT_EQ(small, 1U);
+        EXPECT_LT(large, 10U);
+    }
+}
+
+} // namespace
