@@ -122,6 +122,10 @@ HDNTBlock* HDNTLibrary::getTypeBlock(size_t index) const {
 }
 
 HDNTBlock* HDNTLibrary::getTypeBlockByName(const std::string& name, bool searchParents) const {
+    return lookUpBlock(name, searchParents);
+}
+
+HDNTBlock* HDNTLibrary::lookUpBlock(std::string_view name, bool searchParents) const {
     for (const HDNTLibrary* library = this; library; library = searchParents ? library->parentLibrary_ : nullptr)
         if (HDNTBlock* const block = library->answerOf(library->names_.find(name))) return block;
     return nullptr;
