@@ -22,6 +22,10 @@ Json jsonOf(const Place& place) {
     return json;
 }
 
+Json jsonOf(const hdnt::Value& value) {
+    return std::visit([](const auto& plain) { return Json(plain); }, value);
+}
+
 Json orNull(int number) { return number == 0 ? Json() : Json(number); }
 
 Json orNull(const std::string& text) { return text.empty() ? Json() : Json(text); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hdnt/model/Value.h"
 #include "tools/ntl/Place.h"
 
 #include <nlohmann/json.hpp>
@@ -20,6 +21,7 @@ Json jsonHead(const std::string& command);
 std::string jsonText(const Json& json);
 /// Null when the place is not known.
 Json jsonOf(const Place& place);
+Json jsonOf(const hdnt::Value& value);
 /// Null for 0, an empty text, or none.
 Json orNull(int number);
 Json orNull(const std::string& text);

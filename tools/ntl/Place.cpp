@@ -1,14 +1,13 @@
 #include "tools/ntl/Place.h"
 
 #include "hdnt/frontend/Scanner.h"
+#include "hdnt/platform/Text.h"
 
 #include <algorithm>
 
 namespace ntl {
 
 namespace {
-
-bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xc0U) == 0x80U; }
 
 // A place in a line, followed as the scanner does: it counts bytes, and a tab as several unless it is between quotes.
 struct Position {
@@ -24,7 +23,8 @@ Position advanced(Position position, const std::string& line, int wanted) {
         if (c == '"') position.quoted = !position.quoted;
         position.scanned += 1;
         if (c == '\t' && !position.quoted) position.scanned += 9 - position.scanned % 8;
-        if (position.byte == line.size() || !isContinuation(line[position.byte])) ++position.character;
+        if (position.byte == line.size() || !hdnt::platform::continuesCharacter(line[position.byte]))
+            ++position.character;
     }
     return position;
 }

@@ -150,14 +150,14 @@ void judgeBus(const HDNTBus& bus, std::vector<Finding>& findings) {
         findings.push_back({Warning::PinLowerCase, placeOf(*bus.getLocation()),
                             name + " has lower-case letters and cannot be looked up by name"});
     std::unordered_map<std::string, std::string> earlier; // by upper-cased name
-    for (const HDNTProperty* property : propertiesOf(bus)) {
-        const std::string upper = HSTStringUtils::to_upper_copy(property->getName());
-        const auto [first, isNew] = earlier.emplace(upper, property->getName());
-        if (!isNew && first->second != property->getName())
-            findings.push_back({Warning::PinPropertyCase, placeOf(*property->getLocation()),
-                                "properties \"" + first->second + "\" and \"" + property->getName() + "\" of " + name +
+    for (const HDNTProperty& property : bus.properties()) {
+        const std::string upper = HSTStringUtils::to_upper_copy(property.getName());
+        const auto [first, isNew] = earlier.emplace(upper, property.getName());
+        if (!isNew && first->second != property.getName())
+            findings.push_back({Warning::PinPropertyCase, placeOf(*property.getLocation()),
+                                "properties \"" + first->second + "\" and \"" + property.getName() + "\" of " + name +
                                     " differ in case only"});
-        PropertyJudge(*property, " of " + name, findings).judge();
+        PropertyJudge(property, " of " + name, findings).judge();
     }
 }
 
@@ -165,13 +165,12 @@ void judgeBus(const HDNTBus& bus, std::vector<Finding>& findings) {
 
 std::vector<Finding> judge(const HDNTLibrary& library) {
     std::vector<Finding> findings;
-    for (size_t i = 0; i < library.getNumTypeBlocks(false); ++i) {
-        const HDNTBlock& block = *library.getTypeBlock(i);
+    for (const HDNTBlock& block : library.blocks()) {
         if (!isRegistered(block))
             findings.push_back({Warning::UnregisteredBlock, placeOf(*block.getLocation()),
                                 "block \"" + block.getName() + "\" is not in the table of cells"});
-        for (const HDNTBus* bus : busesOf(block)) judgeBus(*bus, findings);
-        for (const HDNTProperty* property : propertiesOf(block)) PropertyJudge(*property, "", findings).judge();
+        for (const HDNTBus& bus : block.buses()) judgeBus(bus, findings);
+        for (const HDNTProperty& property : block.properties()) PropertyJudge(property, "", findings).judge();
     }
     return findings;
 }
