@@ -29,7 +29,7 @@ std::size_t columnBehind(std::string_view text) {
     std::size_t column = 0;
     for (const char c : text) {
         if (c == '\t') column = column / 8 * 8 + 8;
-        else if ((static_cast<unsigned char>(c) & 0xc0U) != 0x80U) ++column;
+        else if (!hdnt::platform::continuesCharacter(c)) ++column;
     }
     return column;
 }

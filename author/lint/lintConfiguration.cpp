@@ -1,10 +1,10 @@
 #include "author/lint/lintRules.internal.h"
-#include "author/lint/modelLists.internal.h"
 #include "author/lint/nearestNames.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/model/Words.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HUTFile.h"
@@ -126,26 +126,25 @@ using Names = std::vector<std::string>;
 
 Names pinNamesOf(const HDNTBlock& block, Kind kind) {
     Names names;
-    for (const HDNTBus* bus : busesOf(block)) {
-        if (kind != Kind::PinBit) names.push_back(bus->getBaseName());
+    for (const HDNTBus& bus : block.buses()) {
+        if (kind != Kind::PinBit) names.push_back(bus.getBaseName());
         if (kind == Kind::BaseName) continue;
-        if (kind == Kind::Pin) names.push_back(bus->getName());
-        for (const HDNTPin* pin : pinsOf(block, *bus)) names.push_back(pin->getName(kind == Kind::PinBit));
+        if (kind == Kind::Pin) names.push_back(bus.getName());
+        for (const HDNTPin& pin : bus.pins()) names.push_back(pin.getName(kind == Kind::PinBit));
     }
     return names;
 }
 
 bool isMixed(const HDNTBlock& block, const std::string& plainName) {
-    for (const HDNTBus* bus : busesOf(block))
-        for (const HDNTPin* pin : pinsOf(block, *bus))
-            if (pin->getName(true) == plainName) return bus->getType() == HDNT_PIN_MIXED;
+    for (const HDNTBus& bus : block.buses())
+        for (const HDNTPin& pin : bus.pins())
+            if (pin.getName(true) == plainName) return bus.getType() == HDNT_PIN_MIXED;
     return false;
 }
 
 Names pinTypes() {
     Names names;
-    for (int type = HDNT_PIN_DATA; type <= HDNT_PIN_WRITE_ENABLE; ++type)
-        names.push_back(HDNTPin::getTypeName(static_cast<HDNT_PIN_TYPE>(type)));
+    for (const auto& [type, word] : hdnt::words::pinTypes) names.emplace_back(word);
     return names;
 }
 
@@ -162,16 +161,17 @@ class ConfigJudge {
 public:
     ConfigJudge(const HDNTLibrary& library, bool isWhole) : isWhole_(isWhole) {
         std::set<std::string> properties;
-        for (const HDNTBlock* block : blocksOf(library, isWhole)) {
+        for (size_t i = 0; i < library.getNumTypeBlocks(isWhole); ++i) {
+            const HDNTBlock* const block = library.getTypeBlock(i);
             names_[Kind::Cell].push_back(block->getName());
             cells_.emplace(block->getName(), block);
-            for (const HDNTProperty* property : propertiesOf(*block)) properties.insert(property->getName());
+            for (const HDNTProperty& property : block->properties()) properties.insert(property.getName());
         }
         names_[Kind::Property].assign(properties.begin(), properties.end());
         names_[Kind::PinType] = pinTypes();
         for (const HDNTLibrary* declaring = &library; declaring; declaring = declaring->getParentLibrary())
-            for (size_t i = 0; i < declaring->getNumFunctionDecls(); ++i)
-                names_[Kind::Function].push_back(declaring->getFunctionDecl(i)->getName());
+            for (const HDNTFunctionDecl& function : declaring->functions())
+                names_[Kind::Function].push_back(function.getName());
     }
 
     void judge(ConfigBase& config, const Rule& rules, const std::string& fileName) {
@@ -229,7 +229,7 @@ private:
             const auto found = names_.find(kind);
             return found == names_.end() ? names : found->second;
         }
-        for (const HDNTProperty* property : propertiesOf(*cell)) names.push_back(property->getName());
+        for (const HDNTProperty& property : cell->properties()) names.push_back(property.getName());
         return names;
     }
 

@@ -1,10 +1,10 @@
 #include "author/lint/BitText.internal.h"
 #include "author/lint/lintRules.internal.h"
-#include "author/lint/modelLists.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/platform/HSTStringUtils.h"
+#include "hdnt/platform/Text.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -14,6 +14,9 @@ namespace hdnt::author {
 namespace {
 
 using Type = HATAttrTypes::AttrType;
+
+std::string numberText(int value) { return std::to_string(value); }
+std::string numberText(double value) { return platform::DoubleText(value, platform::DoubleForm::Shortest).str(); }
 
 struct Findings {
     void add(LintCode code, const HDNTNode& node, std::initializer_list<std::string_view> arguments) {
@@ -117,12 +120,12 @@ void judgeBus(const HDNTBus& bus, Findings& findings) {
     const std::string name = "pin \"" + bus.getName() + "\"";
     if (hasLowerCase(bus.getBaseName())) findings.add(LintCode::pinLowerCase, bus, {name});
     std::unordered_map<std::string, std::string> earlier; // by upper-cased name
-    for (const HDNTProperty* property : propertiesOf(bus)) {
-        const std::string upper = HSTStringUtils::to_upper_copy(property->getName());
-        const auto [first, isNew] = earlier.emplace(upper, property->getName());
-        if (!isNew && first->second != property->getName())
-            findings.add(LintCode::pinPropertyCase, *property, {first->second, property->getName(), name});
-        PropertyJudge(*property, " of " + name, findings).judge();
+    for (const HDNTProperty& property : bus.properties()) {
+        const std::string upper = HSTStringUtils::to_upper_copy(property.getName());
+        const auto [first, isNew] = earlier.emplace(upper, property.getName());
+        if (!isNew && first->second != property.getName())
+            findings.add(LintCode::pinPropertyCase, property, {first->second, property.getName(), name});
+        PropertyJudge(property, " of " + name, findings).judge();
     }
 }
 
@@ -130,11 +133,11 @@ void judgeBus(const HDNTBus& bus, Findings& findings) {
 
 std::vector<Diagnostic> lintLibrary(const HDNTLibrary& library) {
     Findings findings;
-    for (size_t i = 0; i < library.getNumTypeBlocks(false); ++i) {
-        const HDNTBlock& block = *library.getTypeBlock(i);
-        if (!isRegistered(block)) findings.add(LintCode::unregisteredBlock, block, {block.getName()});
-        for (const HDNTBus* bus : busesOf(block)) judgeBus(*bus, findings);
-        for (const HDNTProperty* property : propertiesOf(block)) PropertyJudge(*property, "", findings).judge();
+    for (const HDNTBlock& block : library.blocks()) {
+        if (block.getType() >= HDNTCellviewLib::UNKNOWN)
+            findings.add(LintCode::unregisteredBlock, block, {block.getName()});
+        for (const HDNTBus& bus : block.buses()) judgeBus(bus, findings);
+        for (const HDNTProperty& property : block.properties()) PropertyJudge(property, "", findings).judge();
     }
     sortByPlace(findings.list);
     return std::move(findings.list);

@@ -3,11 +3,11 @@
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
 #include "bindings/shared/PropertyFacts.h"
-#include "bindings/shared/Words.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/model/Words.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 
 #include <algorithm>
@@ -20,29 +20,21 @@ namespace {
 using namespace scripts::fields;
 py::object object(PyObject* reference) { return py::reinterpret_steal<py::object>(reference); }
 
-// Words that are made once, by number; a number past them, which only a program can bring about, is spelt out.
-template <size_t Count, typename Spell>
-Word wordOf(std::array<PyObject*, Count>& words, int number, Spell&& spell) {
-    PyObject*& word = words[std::min(static_cast<size_t>(number), Count - 1)];
-    if (!word) word = toPython(spell());
-    return {word};
+// Words are made once; a value that has none, which only a program can bring about, is None.
+template <const auto& Table, typename Value>
+Word wordOf(Value value) {
+    static std::array<PyObject*, Table.size()> made{};
+    for (size_t i = 0; i < Table.size(); ++i) {
+        if (Table.entries[i].value != value) continue;
+        if (!made[i]) made[i] = toPython(Table.entries[i].word);
+        return {made[i]};
+    }
+    return {nullptr};
 }
 
-Word directionOf(HDNT_PIN_DIRECTION direction) {
-    static std::array<PyObject*, 4> words{};
-    return wordOf(words, direction, [&] { return HDNTPin::getDirectionName(direction); });
-}
-
-Word typeOfPin(HDNT_PIN_TYPE type) {
-    static std::array<PyObject*, 10> words{};
-    return wordOf(words, type, [&] { return HDNTPin::getTypeName(type); });
-}
-
-Word requiredOf(HDNT_PIN_REQUIREDVALUE value) {
-    static std::array<PyObject*, 7> words{};
-    const char* const name = scripts::requiredWord(value);
-    return name ? wordOf(words, value, [&] { return name; }) : Word{nullptr};
-}
+constexpr auto directionOf = wordOf<words::pinDirections, HDNT_PIN_DIRECTION>;
+constexpr auto typeOfPin = wordOf<words::pinTypes, HDNT_PIN_TYPE>;
+constexpr auto requiredOf = wordOf<words::requiredValues, HDNT_PIN_REQUIREDVALUE>;
 
 template <typename PinOrBus>
 Word direction(PinOrBus& pin) {
@@ -105,10 +97,7 @@ PyGetSetDef busFields[] = {
     {"properties", viewOf<scripts::busProperties>, nullptr, "The properties that it declares.", nullptr},
     noMoreFields};
 
-Word maturity(HDNTBlock& block) {
-    static std::array<PyObject*, 4> words{};
-    return wordOf(words, block.getMaturityLevel(), [&] { return scripts::maturityWord(block.getMaturityLevel()); });
-}
+Word maturity(HDNTBlock& block) { return wordOf<words::maturityLevels>(block.getMaturityLevel()); }
 OrNone masterDriverPin(HDNTBlock& block) { return {block.getMasterDriverPinName()}; }
 
 // The mapping for an architecture may have to be loaded first.
@@ -201,10 +190,9 @@ py::dict propertyDict(const py::object& self) {
     const Use use(handleOf(self, typeOf(HDNTNodeKind::Block)));
     const HDNTBlock& block = blockOf(use);
     py::dict dict;
-    for (size_t i = 0; i < block.getNumProperties(); ++i) {
-        const HDNTProperty& property = *block.getProperty(i);
+    for (const HDNTProperty& property : block.properties()) {
         const py::object name = textObject(property.getName());
-        const py::object value = object(scripts::defaultOf(property, anyToPython));
+        const py::object value = object(toPython(scripts::defaultOf(property)));
         if (PyDict_SetItem(dict.ptr(), name.ptr(), value.ptr()) < 0) throw py::error_already_set();
     }
     return dict;

@@ -3,9 +3,11 @@
 #include "bindings/python/Handle.h"
 #include "bindings/shared/Fields.h"
 #include "hdnt/diagnostics/Diagnostic.h"
+#include "hdnt/model/Value.h"
 
 #include <concepts>
 #include <functional>
+#include <optional>
 #include <string_view>
 #include <type_traits>
 #include <vector>
@@ -56,6 +58,11 @@ requires(!std::same_as<Number, bool>) PyObject* toPython(Number value) {
     return PyLong_FromLongLong(static_cast<long long>(value));
 }
 
+inline PyObject* toPython(const Value& value) {
+    return std::visit([](const auto& plain) { return toPython(plain); }, value);
+}
+inline PyObject* toPython(const std::optional<Value>& value) { return value ? toPython(*value) : Py_NewRef(Py_None); }
+
 template <typename Item>
 PyObject* toPython(const std::vector<Item>& items) {
     py::tuple tuple(items.size());
@@ -63,8 +70,6 @@ PyObject* toPython(const std::vector<Item>& items) {
         PyTuple_SET_ITEM(tuple.ptr(), static_cast<Py_ssize_t>(i), toPython(items[i]));
     return tuple.release().ptr();
 }
-
-inline constexpr auto anyToPython = [](const auto& value) -> PyObject* { return toPython(value); };
 
 inline py::object textObject(std::string_view text) { return py::reinterpret_steal<py::object>(toPython(text)); }
 py::object orNone(std::string_view text);

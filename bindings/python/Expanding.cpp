@@ -6,10 +6,10 @@
 #include "bindings/python/Values.h"
 #include "bindings/python/View.h"
 #include "bindings/shared/PropertyFacts.h"
-#include "bindings/shared/Words.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTExpansion.h"
+#include "hdnt/netlist/Words.h"
 
 #include <optional>
 
@@ -19,9 +19,7 @@ namespace {
 
 using Expansion = HDNTExpansion;
 
-py::object pythonValue(const Expansion::Value& value) {
-    return std::visit([](const auto& item) { return py::reinterpret_steal<py::object>(toPython(item)); }, value);
-}
+py::object pythonValue(const Expansion::Value& value) { return py::reinterpret_steal<py::object>(toPython(value)); }
 
 /// Turns an expansion into instances of the classes of hdnt._data.
 class Result {
@@ -71,7 +69,7 @@ private:
     py::object level(const Expansion::Level& level) {
         return dataClass("Level")(
             block(level.block), textObject(level.block->getName()), textObject(level.path),
-            scripts::sectionWord(level.section), index(level.outer), place(level.location),
+            textObject(words::sections.wordOf(level.section)), index(level.outer), place(level.location),
             list(level.branches, [&](const auto& b) { return dataClass("Branch")(b.taken, origin(b.origin)); }),
             list(level.instances, [&](const auto& item) { return instance(item); }),
             list(level.signals,

@@ -3,10 +3,10 @@
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
 #include "bindings/shared/Text.h"
-#include "bindings/shared/Words.h"
 #include "hdnt/netlist/HDNTCompoundExpr.h"
 #include "hdnt/netlist/HDNTFunctionCall.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
+#include "hdnt/netlist/Words.h"
 
 namespace hdnt::python {
 
@@ -27,7 +27,7 @@ PyGetSetDef callFields[] = {
     field<&HDNTFunctionCall::isStatement>("is_statement", "Whether it stands as a statement."),
     field<&HDNTFunctionCall::getDecl>("declaration", "The declaration; None when there is none."), noMoreFields};
 
-const char* sign(HDNTCompoundExpr& expression) { return scripts::operatorWord(expression.op()); }
+std::string_view sign(HDNTCompoundExpr& expression) { return words::operators.wordOf(expression.op()); }
 PyGetSetDef operationFields[] = {
     field<sign>("operator", "As it is written: \"+\", \"&&\" and so on."),
     field<&HDNTCompoundExpr::lhs>("left", "The left operand; None for an operator of one operand."),

@@ -5,13 +5,7 @@
 namespace hdnt::python {
 
 py::object valueOf(const HDNTValue& value) {
-    switch (value.getKind()) {
-    case HDNTNodeKind::BoolConstant: return py::bool_(static_cast<const HDNTBoolConstant&>(value).getValue());
-    case HDNTNodeKind::IntConstant: return py::int_(static_cast<const HDNTIntConstant&>(value).getValue());
-    case HDNTNodeKind::DoubleConstant: return py::float_(static_cast<const HDNTDoubleConstant&>(value).getValue());
-    case HDNTNodeKind::StringConstant: return textObject(static_cast<const HDNTStringConstant&>(value).getValue());
-    default: return py::none();
-    }
+    return py::reinterpret_steal<py::object>(toPython(value.getPlainValue()));
 }
 
 static std::unique_ptr<HDNTValue> constantOf(const py::object& value) {

@@ -1,7 +1,6 @@
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
-#include "bindings/shared/Words.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTAssignProperty.h"
 #include "hdnt/netlist/HDNTBlockInst.h"
@@ -11,12 +10,13 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/netlist/Words.h"
 
 namespace hdnt::python {
 
 namespace {
 
-const char* section(HDNTNetlist& netlist) { return scripts::sectionWord(netlist.section()); }
+std::string_view section(HDNTNetlist& netlist) { return words::sections.wordOf(netlist.section()); }
 OrNone referencedInstance(HDNTNetlist& netlist) { return {netlist.getReferencedInstanceName()}; }
 
 PyGetSetDef netlistFields[] = {

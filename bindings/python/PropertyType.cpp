@@ -41,14 +41,9 @@ namespace {
 using namespace scripts::fields;
 using scripts::isBits;
 
-py::object object(PyObject* reference) { return py::reinterpret_steal<py::object>(reference); }
-
 Word typeName(HDNTProperty& property) { return {typeWord(property.getType())}; }
 int typeNumber(HDNTProperty& property) { return static_cast<int>(property.getType()); }
-py::object defaultValue(HDNTProperty& property) { return object(scripts::defaultOf(property, anyToPython)); }
-py::object minimum(HDNTProperty& property) { return object(scripts::minimumOf(property, anyToPython)); }
-py::object maximum(HDNTProperty& property) { return object(scripts::maximumOf(property, anyToPython)); }
-py::object values(HDNTProperty& property) { return object(scripts::valuesOf(property, anyToPython)); }
+std::optional<Value> defaultValue(HDNTProperty& property) { return scripts::defaultOf(property); }
 
 py::object width(HDNTProperty& property) {
     return isBits(property) ? py::object(py::int_(property.getBitWidth())) : py::none();
@@ -71,9 +66,10 @@ PyGetSetDef fields[] = {
     field<typeName>("type", "\"bool\", \"int\", \"double\", \"string\", \"bithex\" or \"bitbinary\"."),
     field<typeNumber>("type_number", "The number of the type."),
     field<defaultValue>("default", "The default: bool, int, float or str; a bit vector as written, None without one."),
-    field<minimum>("minimum", "Least value of the range or list; None when there is no bound."),
-    field<maximum>("maximum", "Greatest value of the range or list; None when there is no bound."),
-    field<values>("values", "Tuple of the listed values in the order written; empty when there is no list."),
+    field<&HDNTProperty::getMinValue>("minimum", "Least value of the range or list; None when there is no bound."),
+    field<&HDNTProperty::getMaxValue>("maximum", "Greatest value of the range or list; None when there is no bound."),
+    field<&HDNTProperty::getAllowedValues>(
+        "values", "Tuple of the listed values in the order written; empty when there is no list."),
     field<width>("width", "Bits of a bit vector; None for other types."),
     field<adjustedWidth>("adjusted_width", "The same, rounded up to whole digits where the block asks for that."),
     field<precision>("precision", "Digits after the point of a double; None for other types."),

@@ -3,7 +3,6 @@
 #include "bindings/shared/Listing.h"
 #include "bindings/shared/PropertyFacts.h"
 #include "bindings/shared/Text.h"
-#include "bindings/shared/Words.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
@@ -13,6 +12,7 @@
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/netlist/Words.h"
 
 namespace hdnt::python {
 
@@ -59,7 +59,7 @@ std::string pinFacts(const PinOrBus& pin) {
 }
 
 std::string propertyFacts(const HDNTProperty& property) {
-    const auto value = py::reinterpret_steal<py::object>(scripts::defaultOf(property, anyToPython));
+    const auto value = py::reinterpret_steal<py::object>(toPython(scripts::defaultOf(property)));
     return HDNTProperty::getTypeName(property.getType()) + ", default " + textOf(py::repr(value));
 }
 
@@ -74,7 +74,7 @@ std::string contentsOf(const HDNTNode& node) {
     case HDNTNodeKind::Pin: return pinFacts(as<HDNTPin>(node));
     case HDNTNodeKind::Property: return propertyFacts(as<HDNTProperty>(node));
     case HDNTNodeKind::Netlist:
-        return std::string(scripts::sectionWord(as<HDNTNetlist>(node).section())) + " of " +
+        return std::string(words::sections.wordOf(as<HDNTNetlist>(node).section())) + " of " +
                counted(as<HDNTNetlist>(node).instances().size(), "instance", "instances");
     case HDNTNodeKind::BlockInst: return "of " + quoted(as<HDNTBlockInst>(node).typeName());
     case HDNTNodeKind::Connect: return "to " + counted(as<HDNTConnect>(node).pins().size(), "pin", "pins");

@@ -62,9 +62,7 @@ const Listing blockPins = {"pins", [](HDNTNode& block) { return as<HDNTBlock>(bl
 const Listing blockBuses = {"buses", [](HDNTNode& block) { return as<HDNTBlock>(block).getNumBuses(); },
                             [](HDNTNode& block, size_t i) -> HDNTNode* { return as<HDNTBlock>(block).getBus(i); },
                             [](HDNTNode& block, const std::string& name) -> HDNTNode* {
-                                for (const bool fullName : {false, true})
-                                    if (HDNTBus* const found = as<HDNTBlock>(block).getBusByName(name, fullName))
-                                        return found;
+                                if (HDNTBus* const found = as<HDNTBlock>(block).findBus(name)) return found;
                                 return scan<blockBuses, HDNTBus>(block, [&](const HDNTBus& bus) {
                                     return bus.getBaseName() == name || bus.getName() == name;
                                 });

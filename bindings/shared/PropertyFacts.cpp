@@ -7,57 +7,47 @@
 
 namespace hdnt::scripts {
 
-std::string refusalOf(const HDNTProperty& property, const HDNTExpansion::Value& value) {
+std::string refusalOf(const HDNTProperty& property, const Value& value) {
     std::string reason;
-    std::visit([&](const auto& plain) { property.isValidValue(plain, reason); }, value);
+    property.isValid(value, reason);
     return reason;
 }
 
 namespace {
 
-// Bounds and values as they would be written; empty for what is not there.
-struct Spelling {
-    std::string operator()(std::nullptr_t) const { return ""; }
-    std::string operator()(const HDNTExpansion::Value& value) const { return HDNTExpansion::textOf(value); }
-    std::string operator()(const std::vector<std::string>& texts) const {
-        std::vector<std::string> quoted;
-        for (const std::string& text : texts) quoted.push_back('"' + text + '"');
-        return joined(quoted);
-    }
-    template <typename Number>
-    std::string operator()(const std::vector<Number>& numbers) const {
-        std::vector<std::string> texts;
-        for (const Number number : numbers) texts.push_back(HDNTExpansion::textOf(number));
-        return joined(texts);
-    }
+// A long list is of no help in a message.
+std::string joined(const std::vector<std::string>& texts) {
+    constexpr size_t most = 20;
+    std::string all;
+    for (size_t i = 0; i < std::min(texts.size(), most); ++i) all += (i > 0 ? ", " : "") + texts[i];
+    return texts.size() > most ? all + ", ... (" + std::to_string(texts.size()) + " in all)" : all;
+}
 
-    // A long list is of no help in a message.
-    static std::string joined(const std::vector<std::string>& texts) {
-        constexpr size_t most = 20;
-        std::string all;
-        for (size_t i = 0; i < std::min(texts.size(), most); ++i) all += (i > 0 ? ", " : "") + texts[i];
-        return texts.size() > most ? all + ", ... (" + std::to_string(texts.size()) + " in all)" : all;
-    }
-};
+std::string listedValues(const HDNTProperty& property) {
+    std::vector<std::string> texts;
+    for (const Value& value : property.getAllowedValues())
+        texts.push_back(std::holds_alternative<std::string>(value) ? '"' + hdnt::textOf(value) + '"'
+                                                                   : hdnt::textOf(value));
+    return joined(texts);
+}
 
 std::string propertyNames(const HDNTBlock& block) {
     std::vector<std::string> names;
-    for (size_t i = 0; i < block.getNumProperties(); ++i) names.push_back(block.getProperty(i)->getName());
-    return names.empty() ? "none" : Spelling::joined(names);
+    for (const HDNTProperty& property : block.properties()) names.push_back(property.getName());
+    return names.empty() ? "none" : joined(names);
 }
 
 } // namespace
 
 std::string allowedValues(const HDNTProperty& property) {
-    const Spelling spell;
-    if (property.getAttrSpec()->isEnumerated()) return "one of " + valuesOf(property, spell);
-    const std::string least = minimumOf(property, spell);
-    const std::string most = maximumOf(property, spell);
+    if (property.getAttrSpec()->isEnumerated()) return "one of " + listedValues(property);
     const std::string type = HDNTProperty::getTypeName(property.getType());
     if (isBits(property)) return type + " text of " + std::to_string(property.getBitWidth()) + " bits";
-    if (!least.empty() && !most.empty()) return type + " from " + least + " to " + most;
-    if (!least.empty()) return type + " of at least " + least;
-    return most.empty() ? type : type + " of at most " + most;
+    const std::optional<Value> least = property.getMinValue();
+    const std::optional<Value> most = property.getMaxValue();
+    if (least && most) return type + " from " + hdnt::textOf(*least) + " to " + hdnt::textOf(*most);
+    if (least) return type + " of at least " + hdnt::textOf(*least);
+    return most ? type + " of at most " + hdnt::textOf(*most) : type;
 }
 
 std::string refusalText(const HDNTBlock& block, const std::string& name, const std::string& value) {

@@ -1,9 +1,9 @@
 #include "bindings/shared/PropertyFacts.h"
-#include "bindings/shared/Words.h"
 #include "bindings/tcl/Lists.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/model/Words.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 
 namespace hdnt::tcl {
@@ -20,8 +20,8 @@ std::string type(PinOrBus& pin) {
     return HDNTPin::getTypeName(pin.getType());
 }
 template <typename PinOrBus>
-const char* required(PinOrBus& pin) {
-    return scripts::requiredWord(pin.getRequiredValue());
+std::string_view required(PinOrBus& pin) {
+    return words::requiredValues.wordOf(pin.getRequiredValue());
 }
 template <typename PinOrBus>
 std::string function(PinOrBus& pin) {
@@ -38,7 +38,7 @@ Tcl_Obj* busRange(HDNTBus& bus) {
     return toTcl(std::vector<int>{bus.getFirstIndex(), bus.getLastIndex()});
 }
 
-const char* maturity(HDNTBlock& block) { return scripts::maturityWord(block.getMaturityLevel()); }
+std::string_view maturity(HDNTBlock& block) { return words::maturityLevels.wordOf(block.getMaturityLevel()); }
 
 // The mapping for an architecture may have to be loaded first.
 Tcl_Obj* netlist(const Call& call) {
@@ -67,10 +67,8 @@ Tcl_Obj* pinTuples(const Call& call) {
 }
 
 Tcl_Obj* busTuples(const Call& call) {
-    const auto& block = call.as<HDNTBlock>();
     Obj list(Tcl_NewListObj(0, nullptr));
-    for (size_t i = 0; i < block.getNumBuses(); ++i) {
-        HDNTBus& bus = *block.getBus(i);
+    for (HDNTBus& bus : call.as<HDNTBlock>().buses()) {
         Tcl_Obj* const facts[] = {toTcl(bus.getBaseName()), busRange(bus), toTcl(direction(bus)), toTcl(type(bus)),
                                   toTcl(required(bus))};
         Tcl_ListObjAppendElement(nullptr, list.get(), Tcl_NewListObj(5, facts));
@@ -79,12 +77,9 @@ Tcl_Obj* busTuples(const Call& call) {
 }
 
 Tcl_Obj* propertyDict(const Call& call) {
-    const auto& block = call.as<HDNTBlock>();
     Obj dict(Tcl_NewDictObj());
-    for (size_t i = 0; i < block.getNumProperties(); ++i) {
-        const HDNTProperty& property = *block.getProperty(i);
-        Tcl_DictObjPut(nullptr, dict.get(), toTcl(property.getName()), scripts::defaultOf(property, anyToTcl));
-    }
+    for (const HDNTProperty& property : call.as<HDNTBlock>().properties())
+        Tcl_DictObjPut(nullptr, dict.get(), toTcl(property.getName()), toTcl(scripts::defaultOf(property)));
     return toTcl(std::move(dict));
 }
 

@@ -2,9 +2,10 @@
 
 #include "bindings/tcl/Handle.h"
 #include "hdnt/diagnostics/yyltype.h"
-#include "hdnt/netlist/HDNTExpansion.h"
+#include "hdnt/model/Value.h"
 
 #include <concepts>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -62,9 +63,10 @@ template <std::integral Number>
 requires(!std::same_as<Number, bool>) Tcl_Obj* toTcl(Number value) {
     return Tcl_NewWideIntObj(static_cast<Tcl_WideInt>(value));
 }
-inline Tcl_Obj* toTcl(const HDNTExpansion::Value& value) {
+inline Tcl_Obj* toTcl(const Value& value) {
     return std::visit([](const auto& plain) { return toTcl(plain); }, value);
 }
+inline Tcl_Obj* toTcl(const std::optional<Value>& value) { return value ? toTcl(*value) : Tcl_NewObj(); }
 
 template <typename Items, typename Convert>
 Obj listOf(const Items& items, Convert&& convert) {
@@ -79,7 +81,6 @@ template <typename Item>
 Tcl_Obj* toTcl(const std::vector<Item>& items) {
     return toTcl(listOf(items, [](const auto& item) { return Obj(toTcl(item)); }));
 }
-inline constexpr auto anyToTcl = [](const auto& value) -> Tcl_Obj* { return toTcl(value); };
 
 /// A dict that is being made.
 class Dict {

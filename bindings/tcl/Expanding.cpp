@@ -1,10 +1,11 @@
 // Mappings applied to property values.
 #include "bindings/shared/PropertyFacts.h"
-#include "bindings/shared/Words.h"
 #include "bindings/tcl/Subcommand.h"
 #include "bindings/tcl/Values.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTExpansion.h"
+#include "hdnt/netlist/Words.h"
 
 #include <array>
 
@@ -62,7 +63,7 @@ private:
     Obj level(const Expansion::Level& level) {
         Dict all;
         all.put("block", block(level.block)).put("type", level.block->getName()).put("path", level.path);
-        all.put("section", scripts::sectionWord(level.section)).put("outer", index(level.outer));
+        all.put("section", words::sections.wordOf(level.section)).put("outer", index(level.outer));
         all.put("location", place(level.location));
         all.put("branches", listOf(level.branches, [](const auto& branch) {
                     return Dict().put("taken", branch.taken).put("origin", originOf(branch.origin)).obj();

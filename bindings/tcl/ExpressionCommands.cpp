@@ -1,10 +1,11 @@
 #include "bindings/shared/Text.h"
-#include "bindings/shared/Words.h"
 #include "bindings/tcl/Subcommand.h"
 #include "bindings/tcl/Values.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTCompoundExpr.h"
 #include "hdnt/netlist/HDNTFunctionCall.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
+#include "hdnt/netlist/Words.h"
 
 #include <cstring>
 
@@ -15,7 +16,7 @@ namespace {
 std::string typeName(HDNTExpr& expression) {
     return HDNTProperty::getTypeName(static_cast<HATAttrTypes::AttrType>(expression.exprType()));
 }
-const char* sign(HDNTCompoundExpr& expression) { return scripts::operatorWord(expression.op()); }
+std::string_view sign(HDNTCompoundExpr& expression) { return words::operators.wordOf(expression.op()); }
 Tcl_Obj* value(HDNTValue& constant) { return valueOf(constant); }
 std::string text(HDNTExpr& expression) { return scripts::textOf(expression); }
 

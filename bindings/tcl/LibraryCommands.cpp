@@ -22,10 +22,9 @@ Tcl_Obj* path(const Call& call) { return toTcl(File{call.life->path}); }
 Tcl_Obj* warnings(const Call& call) { return toTcl(call.life->warnings); }
 
 Tcl_Obj* functions(const Call& call) {
-    const auto& library = call.as<HDNTLibrary>();
     Obj list(Tcl_NewListObj(0, nullptr));
-    for (size_t i = 0; i < library.getNumFunctionDecls(); ++i)
-        Tcl_ListObjAppendElement(nullptr, list.get(), call.wrap(library.getFunctionDecl(i)));
+    for (HDNTFunctionDecl& function : call.as<HDNTLibrary>().functions())
+        Tcl_ListObjAppendElement(nullptr, list.get(), call.wrap(&function));
     return toTcl(std::move(list));
 }
 

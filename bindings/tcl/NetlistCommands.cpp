@@ -1,4 +1,3 @@
-#include "bindings/shared/Words.h"
 #include "bindings/tcl/Subcommand.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
@@ -10,12 +9,13 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/netlist/Words.h"
 
 namespace hdnt::tcl {
 
 namespace {
 
-const char* section(HDNTNetlist& netlist) { return scripts::sectionWord(netlist.section()); }
+std::string_view section(HDNTNetlist& netlist) { return words::sections.wordOf(netlist.section()); }
 
 // Instances may name a block of the common library, which is loaded for that.
 Tcl_Obj* typeBlock(const Call& call) {

@@ -5,7 +5,7 @@
 
 namespace hdnt::tcl {
 
-HDNTExpansion::Value valueFor(HATAttrTypes::AttrType type, Tcl_Obj* word) {
+Value valueFor(HATAttrTypes::AttrType type, Tcl_Obj* word) {
     switch (type) {
     case HATAttrTypes::TypeBool: return boolOf(word);
     case HATAttrTypes::TypeInt: return intOf(word);
@@ -19,10 +19,7 @@ namespace {
 using namespace scripts::fields;
 std::string typeName(HDNTProperty& property) { return HDNTProperty::getTypeName(property.getType()); }
 int typeNumber(HDNTProperty& property) { return static_cast<int>(property.getType()); }
-Tcl_Obj* defaultValue(HDNTProperty& property) { return scripts::defaultOf(property, anyToTcl); }
-Tcl_Obj* minimum(HDNTProperty& property) { return scripts::minimumOf(property, anyToTcl); }
-Tcl_Obj* maximum(HDNTProperty& property) { return scripts::maximumOf(property, anyToTcl); }
-Tcl_Obj* values(HDNTProperty& property) { return scripts::valuesOf(property, anyToTcl); }
+std::optional<Value> defaultValue(HDNTProperty& property) { return scripts::defaultOf(property); }
 
 Tcl_Obj* width(HDNTProperty& property) {
     return scripts::isBits(property) ? toTcl(property.getBitWidth()) : Tcl_NewObj();
@@ -63,9 +60,9 @@ std::vector<Subcommand> propertySubcommands() {
             field<typeName>("type"),
             field<typeNumber>("type_number"),
             field<defaultValue>("default"),
-            field<minimum>("minimum"),
-            field<maximum>("maximum"),
-            field<values>("values"),
+            field<&HDNTProperty::getMinValue>("minimum"),
+            field<&HDNTProperty::getMaxValue>("maximum"),
+            field<&HDNTProperty::getAllowedValues>("values"),
             field<width>("width"),
             field<adjustedWidth>("adjusted_width"),
             field<precision>("precision"),

@@ -5,25 +5,10 @@
 
 namespace hdnt::tcl {
 
-Tcl_Obj* valueOf(const HDNTValue& value) {
-    switch (value.getKind()) {
-    case HDNTNodeKind::BoolConstant: return toTcl(static_cast<const HDNTBoolConstant&>(value).getValue());
-    case HDNTNodeKind::IntConstant: return toTcl(static_cast<const HDNTIntConstant&>(value).getValue());
-    case HDNTNodeKind::DoubleConstant: return toTcl(static_cast<const HDNTDoubleConstant&>(value).getValue());
-    case HDNTNodeKind::StringConstant: return toTcl(static_cast<const HDNTStringConstant&>(value).getValue());
-    default: return Tcl_NewObj();
-    }
-}
-
-static std::unique_ptr<HDNTValue> constantOf(const HDNTExpansion::Value& value) {
-    if (const bool* const truth = std::get_if<bool>(&value)) return std::make_unique<HDNTBoolConstant>(*truth);
-    if (const int* const number = std::get_if<int>(&value)) return std::make_unique<HDNTIntConstant>(*number);
-    if (const double* const number = std::get_if<double>(&value)) return std::make_unique<HDNTDoubleConstant>(*number);
-    return std::make_unique<HDNTStringConstant>(std::get<std::string>(value));
-}
+Tcl_Obj* valueOf(const HDNTValue& value) { return toTcl(value.getPlainValue()); }
 
 // Of a function that is not declared, the word says the type itself.
-static HDNTExpansion::Value guess(Tcl_Obj* word) {
+static Value guess(Tcl_Obj* word) {
     for (const HATAttrTypes::AttrType type : {HATAttrTypes::TypeInt, HATAttrTypes::TypeDouble}) try {
             return valueFor(type, word);
         } catch (const Refused&) {
@@ -64,7 +49,7 @@ std::unique_ptr<HDNTValue> TclFunctions::call(const HDNTFunctionCall& call, Tcl_
             throw Refused({"HDNT", "CALLBACK"}, "a function of a mapping ended with code " + std::to_string(code));
         const Obj result(Tcl_GetObjResult(interp_));
         if (isStatement) return nullptr;
-        return constantOf(declared ? valueFor(type, result.get()) : guess(result.get()));
+        return HDNTValue::makeConstant(declared ? valueFor(type, result.get()) : guess(result.get()));
     } catch (const CallbackEnded& ended) {
         if (ended_) Tcl_DiscardInterpState(ended.state);
         else ended_ = ended;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bindings/tcl/Convert.h"
+#include "hdnt/model/Value.h"
 #include "hdnt/netlist/HDNTFunctionTable.h"
 #include "hdnt/netlist/HDNTValue.h"
 
@@ -11,7 +12,7 @@
 namespace hdnt::tcl {
 
 /// A script's word as a value of a type. Throws Refused for a word that is none.
-HDNTExpansion::Value valueFor(HATAttrTypes::AttrType type, Tcl_Obj* word);
+Value valueFor(HATAttrTypes::AttrType type, Tcl_Obj* word);
 /// The value of a constant.
 Tcl_Obj* valueOf(const HDNTValue& value);
 

@@ -1,5 +1,6 @@
 // What differences mean for designs.
 #include "hdnt/compare/ComparisonRules.internal.h"
+#include "hdnt/model/Words.h"
 
 #include <algorithm>
 #include <charconv>
@@ -151,8 +152,9 @@ Trend trendOfValues(std::string_view before, std::string_view after) {
 
 // A block that is not deprecated any more, or that gets further.
 Trend trendOfMaturity(std::string_view before, std::string_view after) {
-    static constexpr std::string_view levels[] = {"early", "beta", "production", "deprecated"};
-    const auto rank = [](std::string_view text) { return std::find(std::begin(levels), std::end(levels), text); };
+    const auto rank = [](std::string_view text) {
+        return words::maturityLevels.valueOf(text).value_or(static_cast<int>(words::maturityLevels.size()));
+    };
     return before == "deprecated" || rank(after) > rank(before) ? Trend::more : Trend::less;
 }
 
@@ -173,7 +175,7 @@ std::string_view absentText(Facet facet) {
     case Facet::constraintsOnly:
     case Facet::muxControl:
     case Facet::disabled: return "false";
-    case Facet::maturity: return "early";
+    case Facet::maturity: return words::maturityLevels.wordOf(0);
     case Facet::precision: return "6";
     case Facet::legacyGroup: return "as group";
     default: return "none";
@@ -200,8 +202,14 @@ bool mayStayOpen(const HDNTModelTree& tree, size_t pin) {
         const HDNTModelTree::Text* const found = tree.find(pin, facet);
         return found && tree.text(*found) == text;
     };
-    if (is(Facet::requiredValue, "mustConnect") || is(Facet::requiredValue, "active")) return false;
-    return is(Facet::direction, "output") || is(Facet::direction, "internal") || is(Facet::test, "true") ||
+    const auto needs = [&](HDNT_PIN_REQUIREDVALUE value) {
+        return is(Facet::requiredValue, words::requiredValues.wordOf(value));
+    };
+    const auto hasDirection = [&](HDNT_PIN_DIRECTION value) {
+        return is(Facet::direction, words::pinDirections.wordOf(value));
+    };
+    if (needs(HDNT_PIN_MUST_CONNECT) || needs(HDNT_PIN_ACTIVE)) return false;
+    return hasDirection(HDNT_PIN_OUTPUT) || hasDirection(HDNT_PIN_INTERNAL) || is(Facet::test, "true") ||
            tree.find(pin, Facet::requiredValue) != nullptr;
 }
 

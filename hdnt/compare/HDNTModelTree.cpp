@@ -3,6 +3,7 @@
 #include "hdnt/compare/TreeBuilder.internal.h"
 #include "hdnt/model/HDNTNode.h"
 #include "hdnt/platform/HEX.h"
+#include "hdnt/platform/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -62,15 +63,13 @@ std::string pathPart(std::string_view name) { return escaped(name, "/#\\"); }
 std::string quoted(std::string_view text) { return '"' + escaped(text, "\"\\") + '"'; }
 
 std::string numberText(double value) {
-    std::array<char, 64> digits;
     if (std::isnan(value)) {
+        std::array<char, 64> digits;
         std::uint64_t bits = 0;
         std::memcpy(&bits, &value, sizeof bits);
         return "nan:" + std::string(digits.data(), std::to_chars(digits.begin(), digits.end(), bits, 16).ptr);
     }
-    std::string text(digits.data(), std::to_chars(digits.begin(), digits.end(), value).ptr);
-    if (text.find_first_not_of("-0123456789") == text.npos) text += ".0";
-    return text;
+    return platform::DoubleText(value, platform::DoubleForm::WithPoint).str();
 }
 
 } // namespace hdnt::compare

@@ -8,11 +8,9 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
-#include "hdnt/writer/Elements.internal.h"
+#include "hdnt/netlist/Words.h"
 
 namespace hdnt::compare {
-
-using writer::sectionName;
 
 using Kind = HDNTElementKind;
 using Facet = HDNTElementFacet;
@@ -38,7 +36,7 @@ public:
 
     void describe(const HDNTNetlist& netlist) {
         builder_.open(Kind::mapping, "mapping", netlist);
-        builder_.facet(Facet::section, sectionName(netlist.section()));
+        builder_.facet(Facet::section, words::sections.wordOf(netlist.section()));
         describeAll(netlist.preInstanceCalls(), Kind::preCall);
         describeAll(netlist.instances());
         describeAll(netlist.signals());

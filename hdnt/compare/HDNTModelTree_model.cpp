@@ -4,8 +4,8 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/model/Words.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
-#include "hdnt/netlist/HDNTVisitor.h"
 
 using Kind = HDNTElementKind;
 using Facet = HDNTElementFacet;
@@ -14,14 +14,9 @@ using hdnt::compare::numberText;
 using hdnt::compare::pathPart;
 using hdnt::compare::quoted;
 using hdnt::compare::TreeBuilder;
+namespace words = hdnt::words;
 
 namespace {
-
-const char* requiredValueName(HDNT_PIN_REQUIREDVALUE value) {
-    static const char* const names[] = {"none", "active", "mustConnect", "tieLow", "tieHigh", "tieSpecial", "untie"};
-    const auto index = static_cast<size_t>(value);
-    return index < std::size(names) ? names[index] : "unknown";
-}
 
 template <typename T, typename Text>
 std::string listText(const std::vector<T>& values, Text&& text) {
@@ -30,8 +25,9 @@ std::string listText(const std::vector<T>& values, Text&& text) {
     return list;
 }
 
-std::string intText(int value) { return std::to_string(value); }
-std::string sameText(const std::string& value) { return value; }
+std::string wordOr(std::string_view word, const std::string& otherwise) {
+    return word.empty() ? otherwise : std::string(word);
+}
 
 class PropertyDescription {
 public:
@@ -57,33 +53,19 @@ public:
     }
 
 private:
-    template <typename T, typename Text>
-    void add(const std::vector<T>& listed, const T& low, const T& high, const T& byDefault, Text&& text) {
-        if (property_.isMinDeclared()) builder_.facet(Facet::minimum, text(low));
-        if (property_.isMaxDeclared()) builder_.facet(Facet::maximum, text(high));
-        if (spec_.isEnumerated()) builder_.facet(Facet::values, listText(listed, text));
-        builder_.facet(Facet::defaultValue, text(byDefault));
+    void describeValues() {
+        if (property_.isMinDeclared()) builder_.facet(Facet::minimum, textOf(*property_.getMinValue()));
+        if (property_.isMaxDeclared()) builder_.facet(Facet::maximum, textOf(*property_.getMaxValue()));
+        if (spec_.isEnumerated())
+            builder_.facet(Facet::values, listText(property_.getAllowedValues(),
+                                                   [this](const hdnt::Value& value) { return textOf(value); }));
+        builder_.facet(Facet::defaultValue, textOf(property_.getDefaultValue()));
     }
 
-    void describeValues() {
-        switch (property_.getType()) {
-        case Type::TypeBool:
-            return builder_.facet(Facet::defaultValue, property_.getDefaultBoolValue() ? "true" : "false");
-        case Type::TypeInt:
-            return add(property_.getAllowedIntValues(), spec_.getLowIntRange(), spec_.getHighIntRange(),
-                       property_.getDefaultIntValue(), intText);
-        case Type::TypeDouble:
-            return add(property_.getAllowedDoubleValues(), spec_.getLowDoubleRange(), spec_.getHighDoubleRange(),
-                       property_.getDefaultDoubleValue(), numberText);
-        case Type::TypeString:
-            return add(property_.getAllowedStringValues(), {}, {}, property_.getDefaultStringValue(), quoted);
-        case Type::TypeBitHex:
-            return add(property_.getAllowedHexValues(), spec_.getLowHexRange(), spec_.getHighHexRange(),
-                       property_.getDefaultHexValue(), sameText);
-        case Type::TypeBitBinary:
-            return add(property_.getAllowedBinaryValues(), spec_.getLowBinaryRange(), spec_.getHighBinaryRange(),
-                       property_.getDefaultBinaryValue(), sameText);
-        }
+    // Bit vectors stand without quotes, numbers exactly.
+    std::string textOf(const hdnt::Value& value) const {
+        if (const auto* const number = std::get_if<double>(&value)) return numberText(*number);
+        return property_.getType() == Type::TypeString ? quoted(std::get<std::string>(value)) : hdnt::textOf(value);
     }
 
     TreeBuilder& builder_;
@@ -91,8 +73,7 @@ private:
     const HATAttrSpec& spec_;
 };
 
-// Buses are reached by a visit: by their index they are out of reach when they are more than the pins.
-class BlockDescription : public HDNTVisitor {
+class BlockDescription {
 public:
     explicit BlockDescription(TreeBuilder& builder) : builder_(builder) {}
 
@@ -100,40 +81,34 @@ public:
         builder_.open(Kind::block, pathPart(block.getName()), block);
         builder_.flag(Facet::test, block.isTest());
         builder_.flag(Facet::internal, block.isInternal());
-        if (block.getMaturityLevel() != 0) builder_.facet(Facet::maturity, maturityName(block.getMaturityLevel()));
+        if (const int level = block.getMaturityLevel(); level != 0)
+            builder_.facet(Facet::maturity, wordOr(words::maturityLevels.wordOf(level), std::to_string(level)));
         const char* const group = block.getPrimGroupType(false);
         const char* const legacyGroup = block.getPrimGroupType(true);
         addGroup(Facet::group, group);
         addGroup(Facet::subgroup, block.getPrimSubGroupType(false));
         if (legacyGroup != group) addGroup(Facet::legacyGroup, legacyGroup);
         addGroup(Facet::legacySubgroup, block.getPrimSubGroupType(true));
-        const_cast<HDNTBlock&>(block).acceptOwn(*this); // only reads
+        for (const HDNTBus& bus : block.buses()) describe(bus);
+        for (const HDNTProperty& property : block.properties()) PropertyDescription(builder_, property).describe();
         if (block.hasOwnNetlist()) describeMapping(builder_, *block.getAttachedNetlist());
         builder_.close();
     }
 
 private:
-    bool enter(HDNTNetlist*) override { return false; }
-
-    void visit(HDNTBus* bus) override {
-        builder_.open(Kind::pin, pathPart(bus->getBaseName()), *bus);
-        builder_.facet(Facet::direction, HDNTPin::getDirectionName(bus->getDirection()));
-        if (bus->getFirstIndex() != -1)
-            builder_.facet(Facet::range, '[' + std::to_string(bus->getFirstIndex()) + ':' +
-                                             std::to_string(bus->getLastIndex()) + ']');
-        builder_.facet(Facet::type, HDNTPin::getTypeName(bus->getType()));
-        if (bus->getRequiredValue() != HDNT_PIN_NO_VALUE)
-            builder_.facet(Facet::requiredValue, requiredValueName(bus->getRequiredValue()));
-        builder_.flag(Facet::test, bus->isTest());
-        builder_.flag(Facet::abstract, bus->isAbstract());
-    }
-    void postVisit(HDNTBus*) override { builder_.close(); }
-    void visit(HDNTProperty* property) override { PropertyDescription(builder_, *property).describe(); }
-
-    static std::string maturityName(int level) {
-        static const char* const names[] = {"early", "beta", "production", "deprecated"};
-        const auto index = static_cast<size_t>(level);
-        return index < std::size(names) ? names[index] : std::to_string(level);
+    void describe(const HDNTBus& bus) {
+        builder_.open(Kind::pin, pathPart(bus.getBaseName()), bus);
+        builder_.facet(Facet::direction, HDNTPin::getDirectionName(bus.getDirection()));
+        if (bus.getFirstIndex() != -1)
+            builder_.facet(Facet::range,
+                           '[' + std::to_string(bus.getFirstIndex()) + ':' + std::to_string(bus.getLastIndex()) + ']');
+        builder_.facet(Facet::type, HDNTPin::getTypeName(bus.getType()));
+        if (const HDNT_PIN_REQUIREDVALUE required = bus.getRequiredValue(); required != HDNT_PIN_NO_VALUE)
+            builder_.facet(Facet::requiredValue, wordOr(words::requiredValues.wordOf(required), "unknown"));
+        builder_.flag(Facet::test, bus.isTest());
+        builder_.flag(Facet::abstract, bus.isAbstract());
+        for (const HDNTProperty& property : bus.properties()) PropertyDescription(builder_, property).describe();
+        builder_.close();
     }
 
     void addGroup(Facet facet, const char* text) {
@@ -148,8 +123,7 @@ private:
 HDNTModelTree::HDNTModelTree(const HDNTLibrary& library) {
     TreeBuilder builder(*this);
     builder.open(Kind::library, pathPart(library.getName()), library);
-    for (size_t i = 0; i < library.getNumFunctionDecls(); ++i) {
-        const HDNTFunctionDecl& function = *library.getFunctionDecl(i);
+    for (const HDNTFunctionDecl& function : library.functions()) {
         std::vector<Type> formals;
         for (size_t k = 0; k < function.getNumFormals(); ++k) formals.push_back(function.getFormal(k));
         builder.open(Kind::function, pathPart(function.getName()), function);
@@ -158,7 +132,7 @@ HDNTModelTree::HDNTModelTree(const HDNTLibrary& library) {
         builder.close();
     }
     BlockDescription blocks(builder);
-    for (size_t i = 0; i < library.getNumTypeBlocks(false); ++i) blocks.describe(*library.getTypeBlock(i));
+    for (const HDNTBlock& block : library.blocks()) blocks.describe(block);
     builder.close();
 }
 

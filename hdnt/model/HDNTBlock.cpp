@@ -122,7 +122,7 @@ void HDNTBlock::check() {
     checkNetlist();
     for (const HDNTBus* bus : buses_) {
         if (bus->pinsAreFaultless()) continue;
-        const auto first = pins().begin() + bus->getFirstPinIndex();
+        const auto first = allPins().begin() + bus->getFirstPinIndex();
         std::for_each(first, first + static_cast<std::ptrdiff_t>(bus->pinCount()), [](HDNTPin* pin) { pin->check(); });
     }
     for (HDNTProperty* property : properties_) property->check();
@@ -135,7 +135,7 @@ size_t HDNTBlock::getNumPins() const {
     return hidden ? pinCount_ - internalPinCount_ : pinCount_;
 }
 
-const std::vector<HDNTPin*>& HDNTBlock::pins() const {
+const std::vector<HDNTPin*>& HDNTBlock::allPins() const {
     if (!pinsMade_.load(std::memory_order_acquire)) makePins();
     return pins_;
 }
@@ -157,8 +157,11 @@ void HDNTBlock::makePins() const {
     pinsMade_.store(true, std::memory_order_release);
 }
 
+hdnt::Nodes<const HDNTPin> HDNTBlock::pins() const { return hdnt::Nodes<const HDNTPin>(allPins()); }
+hdnt::Nodes<HDNTPin> HDNTBlock::pins() { return hdnt::Nodes<HDNTPin>(allPins()); }
+
 HDNTPin* HDNTBlock::getPin(size_t i) const {
-    if (i < pinCount_) return pins()[i];
+    if (i < pinCount_) return allPins()[i];
     std::cerr << i << " >= " << pinCount_ << std::endl;
     throw HEXAlgException("Pin index out of range for tessel " + name_);
 }
@@ -176,8 +179,8 @@ HDNTProperty* HDNTBlock::getProperty(size_t i) const {
 
 void HDNTBlock::getBusPins(const std::string& baseName, std::vector<HDNTPin*>& out) const {
     const auto matches = [&](const HDNTPin* pin) { return pin->getBaseName() == baseName; };
-    const auto first = std::find_if(pins().begin(), pins().end(), matches);
-    out.insert(out.end(), first, std::find_if_not(first, pins().end(), matches));
+    const auto first = std::find_if(allPins().begin(), allPins().end(), matches);
+    out.insert(out.end(), first, std::find_if_not(first, allPins().end(), matches));
 }
 
 const char* HDNTBlock::groupText(int index) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hdnt/model/HDNTBus.h"
+#include "hdnt/model/Nodes.h"
 #include "hdnt/platform/HATAttrObj.h"
 #include "hdnt/platform/HSTKeyValIter.h"
 #include "hdnt/platform/NameIndex.h"
@@ -11,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string_view>
 
 class HATAttrSpec;
 class HDNTLibrary;
@@ -70,8 +72,9 @@ public:
 
     /// Visits buses, pins and properties, and then the netlist of getNetlist(), which may have to be loaded.
     virtual void accept(HDNTVisitor& visitor);
-    /// The same with the netlist that hasOwnNetlist() tells of, if any. Loads nothing.
-    void acceptOwn(HDNTVisitor& visitor);
+    /// The same with the netlist that hasOwnNetlist() tells of, if any. Loads nothing. The visitor gets nodes that it
+    /// could change; one that visits a const block must not. Any thread, then.
+    void acceptOwn(HDNTVisitor& visitor) const;
 
     // The mapping netlist. What asks for an architecture may load a map library, if the parameter "ntl.enableMapLib"
     // was on at the first such question of the process: loading thread only, then; else any thread. A load replaces,
@@ -112,6 +115,19 @@ public:
     /// Puts one mapping in the place of another, as it is, and gives back what was here. Loading thread only.
     Mapping exchangeMapping(Mapping mapping);
 
+    // What the block holds, to be walked (hdnt/model/Nodes.h). Any thread.
+
+    hdnt::Nodes<const HDNTBus> buses() const { return hdnt::Nodes<const HDNTBus>(buses_); }
+    hdnt::Nodes<HDNTBus> buses() { return hdnt::Nodes<HDNTBus>(buses_); }
+    /// All of them, bit by bit, in order of declaration, internal ones included whatever the current part: these stand
+    /// last, behind getNumPins() where they do not count.
+    hdnt::Nodes<const HDNTPin> pins() const;
+    hdnt::Nodes<HDNTPin> pins();
+    hdnt::Nodes<const HDNTProperty> properties() const { return hdnt::Nodes<const HDNTProperty>(properties_); }
+    hdnt::Nodes<HDNTProperty> properties() { return hdnt::Nodes<HDNTProperty>(properties_); }
+
+    // The same by index.
+
     /// Pins counted bit by bit; without those of internal buses when the manager's current part does not support them.
     size_t getNumPins() const;
     /// In order of declaration, internal pins included. The first question for a pin of a block makes all of them, in
@@ -126,7 +142,17 @@ public:
     /// Throws HEXAlgException "Property index out of range".
     HDNTProperty* getProperty(size_t i) const;
 
-    // By name; null when there is none.
+    // By name; null when there is none. These allocate nothing, but for names of more than 64 characters.
+
+    /// A pin as in getPinByName().
+    const HDNTPin* findPin(std::string_view name) const;
+    HDNTPin* findPin(std::string_view name);
+    /// The first bus of that base name; when there is none, of that whole name. As in getBusByName().
+    const HDNTBus* findBus(std::string_view name) const;
+    HDNTBus* findBus(std::string_view name);
+    /// A property as in getPropertyByName().
+    const HDNTProperty* findProperty(std::string_view name) const;
+    HDNTProperty* findProperty(std::string_view name);
 
     /// `CLK` or `D[7]`. The query is upper-cased and compared with the names as declared, so that a pin declared with
     /// lower-case letters is not found. Needs finalize().
@@ -165,9 +191,13 @@ public:
     static std::vector<std::string> s_unregisteredNames;
 
 private:
-    HDNT_LOCAL const std::vector<HDNTPin*>& pins() const;
+    HDNT_LOCAL const std::vector<HDNTPin*>& allPins() const;
     HDNT_LOCAL void makePins() const;
     HDNT_LOCAL void acceptDeclared(HDNTVisitor& visitor);
+    HDNT_LOCAL HDNTPin* lookUpPin(std::string_view name) const;
+    HDNT_LOCAL HDNTBus* lookUpBus(std::string_view name) const;
+    HDNT_LOCAL HDNTBus* lookUpBus(std::string_view name, bool fullName) const;
+    HDNT_LOCAL HDNTProperty* lookUpProperty(std::string_view name) const;
     HDNT_LOCAL void deleteOwned();
     HDNT_LOCAL void adopt(std::vector<HDNTBlockEntity*>& entities);
     HDNT_LOCAL void adoptEntity(HDNTBlockEntity* entity);

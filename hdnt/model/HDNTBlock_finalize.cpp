@@ -28,10 +28,10 @@ void HDNTBlock::indexPins() {
     busesByName_.forEachShared([&](auto buses) { findRedefinedPins(buses, redefined); });
     std::sort(redefined.begin(), redefined.end());
     for (const size_t pin : redefined) {
-        const std::string name = pins()[pin]->getName(false);
-        const auto first = std::find_if(pins().begin(), pins().end(),
+        const std::string name = allPins()[pin]->getName(false);
+        const auto first = std::find_if(allPins().begin(), allPins().end(),
                                         [&](const HDNTPin* other) { return other->getName(false) == name; });
-        HDNTError::PinRedefinition(pins()[pin]->getLocation(), (*first)->getLocation(), name.c_str());
+        HDNTError::PinRedefinition(allPins()[pin]->getLocation(), (*first)->getLocation(), name.c_str());
     }
 }
 
@@ -83,7 +83,7 @@ void HDNTBlock::describeProperties(const HDNTLibrary& library) {
     hdnt::model::forEachDescription(library, name_, [&](std::string_view name, std::string_view text) {
         const auto isNamed = [&](const HDNTProperty* p) { return p && p->getIndex() >= 0 && p->getName() == name; };
         HDNTProperty* property = next < properties_.size() ? properties_[next] : nullptr;
-        if (!isNamed(property)) property = getPropertyByName(std::string(name));
+        if (!isNamed(property)) property = lookUpProperty(name);
         if (!isNamed(property)) return;
         property->describe(text);
         next = static_cast<size_t>(property->getIndex()) + 1;

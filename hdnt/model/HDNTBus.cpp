@@ -80,6 +80,21 @@ bool HDNTBus::pinsAreFaultless() const {
     return pinCount() == 0 || (!tied && (firstIndex_ >= 0 || isPlainName(getBaseName())));
 }
 
+template <typename Pins>
+static Pins pinsOf(Pins all, const HDNTBus& bus) {
+    return all.part(static_cast<size_t>(bus.getFirstPinIndex()), bus.pinCount());
+}
+
+hdnt::Nodes<const HDNTPin> HDNTBus::pins() const {
+    const HDNTBlock* const block = getBlock();
+    return block && pinCount() > 0 ? pinsOf(block->pins(), *this) : hdnt::Nodes<const HDNTPin>();
+}
+
+hdnt::Nodes<HDNTPin> HDNTBus::pins() {
+    HDNTBlock* const block = getBlock();
+    return block && pinCount() > 0 ? pinsOf(block->pins(), *this) : hdnt::Nodes<HDNTPin>();
+}
+
 HDNTBlock* HDNTBus::getBlock() const { return static_cast<HDNTBlock*>(getParent()); }
 
 std::string HDNTBus::getName() const {
@@ -92,7 +107,12 @@ HDNTProperty* HDNTBus::getProperty(unsigned short i) const {
     return properties_[i];
 }
 
-HDNTProperty* HDNTBus::getPropertyByName(const std::string& name) const {
+HDNTProperty* HDNTBus::getPropertyByName(const std::string& name) const { return lookUpProperty(name); }
+
+const HDNTProperty* HDNTBus::findProperty(std::string_view name) const { return lookUpProperty(name); }
+HDNTProperty* HDNTBus::findProperty(std::string_view name) { return lookUpProperty(name); }
+
+HDNTProperty* HDNTBus::lookUpProperty(std::string_view name) const {
     const auto found = std::find_if(properties_.begin(), properties_.end(),
                                     [&](const HDNTProperty* property) { return property->getName() == name; });
     return found == properties_.end() ? nullptr : *found;

@@ -1,7 +1,10 @@
 #pragma once
 
 #include "hdnt/model/HDNTNode.h"
+#include "hdnt/model/Nodes.h"
 #include "hdnt/platform/HSTUniqString.h"
+
+#include <string_view>
 
 class HDNTBlock;
 class HDNTPin;
@@ -89,16 +92,28 @@ public:
     bool isTest() const { return test_; }
     bool isAbstract() const { return abstract_; }
 
+    // What the bus holds, to be walked (hdnt/model/Nodes.h). Any thread.
+
+    /// Its pins in the block; none before a block adopted it.
+    hdnt::Nodes<const HDNTPin> pins() const;
+    hdnt::Nodes<HDNTPin> pins();
+    hdnt::Nodes<const HDNTProperty> properties() const { return hdnt::Nodes<const HDNTProperty>(properties_); }
+    hdnt::Nodes<HDNTProperty> properties() { return hdnt::Nodes<HDNTProperty>(properties_); }
+    /// The first one of exactly that name, or null.
+    const HDNTProperty* findProperty(std::string_view name) const;
+    HDNTProperty* findProperty(std::string_view name);
+
     size_t getNumProperties() const { return properties_.size(); }
     /// Throws HEXAlgException "Property index out of range".
     HDNTProperty* getProperty(unsigned short i) const;
-    /// The first one of exactly that name, or null.
     HDNTProperty* getPropertyByName(const std::string& name) const;
     /// The pin function that the application configuration gives for the base name; false, and `out` emptied, when
     /// there is none. Any thread.
     bool getPinFunction(std::string& out) const;
 
 private:
+    HDNT_LOCAL HDNTProperty* lookUpProperty(std::string_view name) const;
+
     HSTUniqString name_;
     int firstIndex_ = -1;
     int lastIndex_ = -1;

@@ -122,6 +122,13 @@ HDNTBlock* HDNTLibrary::getTypeBlock(size_t index) const {
 }
 
 HDNTBlock* HDNTLibrary::getTypeBlockByName(const std::string& name, bool searchParents) const {
+    return lookUpBlock(name, searchParents);
+}
+
+const HDNTBlock* HDNTLibrary::findBlock(std::string_view name) const { return lookUpBlock(name, true); }
+HDNTBlock* HDNTLibrary::findBlock(std::string_view name) { return lookUpBlock(name, true); }
+
+HDNTBlock* HDNTLibrary::lookUpBlock(std::string_view name, bool searchParents) const {
     for (const HDNTLibrary* library = this; library; library = searchParents ? library->parentLibrary_ : nullptr)
         if (HDNTBlock* const block = library->answerOf(library->names_.find(name))) return block;
     return nullptr;

@@ -2,6 +2,7 @@
 
 #include "hdnt/model/BlockNames.h"
 #include "hdnt/model/HDNTNode.h"
+#include "hdnt/model/Nodes.h"
 #include "hdnt/platform/HATAttrObj.h"
 #include "hdnt/platform/HATAttrTypes.h"
 
@@ -52,8 +53,9 @@ public:
     /// Visits function declarations and all blocks, the parents' too. May load map libraries (HDNTBlock::getNetlist).
     virtual void accept(HDNTVisitor& visitor);
     /// Visits what was parsed into this library alone: its function declarations, and its blocks each by
-    /// HDNTBlock::acceptOwn. Loads nothing.
-    void acceptOwn(HDNTVisitor& visitor);
+    /// HDNTBlock::acceptOwn. Loads nothing. The visitor gets nodes that it could change; one that visits a const
+    /// library must not. Any thread, then.
+    void acceptOwn(HDNTVisitor& visitor) const;
 
     // Text (frontend). Errors in the text are reported through HDNTError; what counts as success is the caller's to
     // decide from the result and HDNTError::numErrors. The text goes to the library constructed last (myTopLib), which
@@ -81,7 +83,7 @@ public:
     /// Writes the library's own contents as source (HDNTSourceVisitor): a text that reads back to an equal library. It
     /// loads nothing. False when something in the library cannot be said in NTL, which no text can bring about but a
     /// program can; then each such thing is appended to `problems`, which may be null, and the text is of no use.
-    bool printSource(FILE* stream, std::vector<std::string>* problems);
+    bool printSource(FILE* stream, std::vector<std::string>* problems) const;
 
     /// Adopts parsed declarations: blocks and function declarations, in order; null entries are skipped. Blocks with
     /// the test flag are deleted unless the parameter "arch.enableTestFeatures" is on. The vector stays the caller's
@@ -92,6 +94,22 @@ public:
     /// The name in the last text parsed into this library; empty before.
     const std::string& getName() const { return name_; }
     HDNTLibrary* getParentLibrary() const { return parentLibrary_; }
+
+    // What was parsed into this library alone, to be walked (hdnt/model/Nodes.h). Any thread.
+
+    hdnt::Nodes<const HDNTBlock> blocks() const { return hdnt::Nodes<const HDNTBlock>(blocks_); }
+    hdnt::Nodes<HDNTBlock> blocks() { return hdnt::Nodes<HDNTBlock>(blocks_); }
+    hdnt::Nodes<const HDNTFunctionDecl> functions() const { return hdnt::Nodes<const HDNTFunctionDecl>(functions_); }
+    hdnt::Nodes<HDNTFunctionDecl> functions() { return hdnt::Nodes<HDNTFunctionDecl>(functions_); }
+
+    // By name, here and else in the parents; null when there is none. These allocate nothing. Any thread.
+
+    /// As getTypeBlockByName().
+    const HDNTBlock* findBlock(std::string_view name) const;
+    HDNTBlock* findBlock(std::string_view name);
+    /// As getFunctionDeclByName().
+    const HDNTFunctionDecl* findFunction(std::string_view name) const;
+    HDNTFunctionDecl* findFunction(std::string_view name);
 
     size_t getNumTypeBlocks(bool withParents) const;
     /// Own blocks first, then the parent's, as getNumTypeBlocks(true) counts them. Throws HEXAlgException
@@ -152,6 +170,8 @@ public:
 
 private:
     HDNT_LOCAL const HDNTLibrary& root() const;
+    HDNT_LOCAL HDNTBlock* lookUpBlock(std::string_view name, bool searchParents) const;
+    HDNT_LOCAL HDNTFunctionDecl* lookUpFunction(std::string_view name) const;
     HDNT_LOCAL void enterParser();
     HDNT_LOCAL void leaveParser() noexcept;
     HDNT_LOCAL void parseMapLibrary(hdnt::frontend::MapLibrary& library, const std::string& name);

@@ -4,16 +4,10 @@
 #include "hdnt/model/ConfigurationFacts.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/Words.h"
 #include "hdnt/platform/HEX.h"
 
-#include <algorithm>
-#include <array>
 #include <charconv>
-
-// Part of the process-wide state that outlives every library.
-static const std::array<const char*, 4> directionNames = {"input", "output", "bidir", "internal"};
-static const std::array<const char*, 10> typeNames = {"data",   "clear", "clock", "enable",   "mixed",
-                                                      "preset", "reset", "set",   "setreset", "writeEnable"};
 
 HDNTBus* HDNTPin::getBus() const { return static_cast<HDNTBus*>(getParent()); }
 
@@ -56,8 +50,7 @@ HDNT_PIN_TYPE HDNTPin::getType() const {
     if (!block || !block->getLibrary()) return type;
     const std::string configured =
         hdnt::model::describedText(*block->getLibrary(), {"PINTYPES", block->getName(), getName(true)});
-    const auto found = std::find(typeNames.begin(), typeNames.end(), configured);
-    return found == typeNames.end() ? type : static_cast<HDNT_PIN_TYPE>(found - typeNames.begin());
+    return hdnt::words::pinTypes.valueOf(configured).value_or(type);
 }
 
 HDNT_PIN_REQUIREDVALUE HDNTPin::getRequiredValue() const {
@@ -73,6 +66,16 @@ bool HDNTPin::isTest() const {
 bool HDNTPin::isAbstract() const {
     const HDNTBus* const bus = getBus();
     return bus && bus->isAbstract();
+}
+
+hdnt::Nodes<const HDNTProperty> HDNTPin::properties() const {
+    const HDNTBus* const bus = getBus();
+    return bus ? bus->properties() : hdnt::Nodes<const HDNTProperty>();
+}
+
+hdnt::Nodes<HDNTProperty> HDNTPin::properties() {
+    HDNTBus* const bus = getBus();
+    return bus ? bus->properties() : hdnt::Nodes<HDNTProperty>();
 }
 
 size_t HDNTPin::getNumProperties() const {
@@ -106,11 +109,12 @@ void HDNTPin::check() {
 }
 
 std::string HDNTPin::getDirectionName(HDNT_PIN_DIRECTION direction) {
-    const bool known = direction >= HDNT_PIN_INPUT && direction < HDNT_PIN_INTERNAL;
-    return directionNames[static_cast<size_t>(known ? direction : HDNT_PIN_INTERNAL)];
+    const std::string_view word = hdnt::words::pinDirections.wordOf(direction);
+    return std::string(word.empty() ? hdnt::words::pinDirections.wordOf(HDNT_PIN_INTERNAL) : word);
 }
 
 std::string HDNTPin::getTypeName(HDNT_PIN_TYPE type) {
-    if (type < 0 || static_cast<size_t>(type) >= typeNames.size()) throw HEXDataException("Unknown pin type");
-    return typeNames[static_cast<size_t>(type)];
+    const std::string_view word = hdnt::words::pinTypes.wordOf(type);
+    if (word.empty()) throw HEXDataException("Unknown pin type");
+    return std::string(word);
 }

@@ -34,6 +34,9 @@ public:
     HDNT_PIN_REQUIREDVALUE getRequiredValue() const;
     bool isTest() const;
     bool isAbstract() const;
+    /// Those of the bus.
+    hdnt::Nodes<const HDNTProperty> properties() const;
+    hdnt::Nodes<HDNTProperty> properties();
     size_t getNumProperties() const;
     HDNTProperty* getProperty(unsigned short i) const;
     HDNTProperty* getPropertyByName(const std::string& name) const;

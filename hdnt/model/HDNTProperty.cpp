@@ -4,13 +4,15 @@
 #include "hdnt/model/ConfigurationFacts.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/TypedValues.internal.h"
+#include "hdnt/model/Words.h"
 #include "hdnt/platform/HEX.h"
 
 #include <algorithm>
-#include <limits>
 #include <memory>
 #include <utility>
 
+using hdnt::model::withValues;
 using Type = HATAttrTypes::AttrType;
 
 HDNTProperty::HDNTProperty(const std::string& name, Type type, bool test, bool simulation, bool constraintsOnly,
@@ -39,29 +41,6 @@ HDNTBlock* HDNTProperty::getBlock() const {
     if (auto* const bus = nodeCast<HDNTBus>(node)) node = bus->getParent();
     return nodeCast<HDNTBlock>(node);
 }
-
-template <typename T, typename Value = T>
-static std::vector<Value> listOf(HATValueIter<T>* iterator) {
-    const std::unique_ptr<HATValueIter<T>> owned(iterator);
-    std::vector<Value> values;
-    while (owned->hasNext()) {
-        owned->next();
-        values.push_back(owned->current());
-    }
-    return values;
-}
-
-static std::vector<std::string> textsOf(HATTextIter* iterator) {
-    return listOf<const std::string&, std::string>(iterator);
-}
-
-std::vector<int> HDNTProperty::getAllowedIntValues() const { return listOf(spec_.createDiscreteIntRangeIter()); }
-std::vector<double> HDNTProperty::getAllowedDoubleValues() const {
-    return listOf(spec_.createDiscreteDoubleRangeIter());
-}
-std::vector<std::string> HDNTProperty::getAllowedStringValues() const { return textsOf(spec_.createStringRangeIter()); }
-std::vector<std::string> HDNTProperty::getAllowedHexValues() const { return textsOf(spec_.createHexIter()); }
-std::vector<std::string> HDNTProperty::getAllowedBinaryValues() const { return textsOf(spec_.createBinaryIter()); }
 
 template <typename T>
 static bool contains(const std::vector<T>& values, const T& wanted) {
@@ -124,25 +103,13 @@ void HDNTProperty::describe(std::string_view text) {
 }
 
 bool HDNTProperty::isMinDeclared() const {
-    if (spec_.isEnumerated()) return false;
-    switch (getType()) {
-    case Type::TypeInt: return spec_.getLowIntRange() != std::numeric_limits<int>::min();
-    case Type::TypeDouble: return spec_.getLowDoubleRange() != std::numeric_limits<double>::lowest();
-    case Type::TypeBitHex: return !minCompleted_ && !spec_.getLowHexRange().empty();
-    case Type::TypeBitBinary: return !spec_.getLowBinaryRange().empty();
-    default: return false;
-    }
+    if (minCompleted_ || spec_.isEnumerated()) return false;
+    return withValues(spec_, [](const auto& values) { return values.hasLow(); });
 }
 
 bool HDNTProperty::isMaxDeclared() const {
-    if (spec_.isEnumerated()) return false;
-    switch (getType()) {
-    case Type::TypeInt: return spec_.getHighIntRange() != std::numeric_limits<int>::max();
-    case Type::TypeDouble: return spec_.getHighDoubleRange() != std::numeric_limits<double>::max();
-    case Type::TypeBitHex: return !maxCompleted_ && !spec_.getHighHexRange().empty();
-    case Type::TypeBitBinary: return !spec_.getHighBinaryRange().empty();
-    default: return false;
-    }
+    if (maxCompleted_ || spec_.isEnumerated()) return false;
+    return withValues(spec_, [](const auto& values) { return values.hasHigh(); });
 }
 
 ConfigBase* HDNTProperty::getDescConfig() const {
@@ -162,13 +129,7 @@ bool HDNTProperty::isPinInversion() const {
 }
 
 std::string HDNTProperty::getTypeName(Type type) {
-    switch (type) {
-    case Type::TypeBool: return "bool";
-    case Type::TypeInt: return "int";
-    case Type::TypeDouble: return "double";
-    case Type::TypeString: return "string";
-    case Type::TypeBitHex: return "bithex";
-    case Type::TypeBitBinary: return "bitbinary";
-    }
-    throw HEXAlgException("Unknown HDNTProperty type");
+    const std::string_view word = hdnt::words::propertyTypes.wordOf(type);
+    if (word.empty()) throw HEXAlgException("Unknown HDNTProperty type");
+    return std::string(word);
 }

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "hdnt/model/HDNTNode.h"
+#include "hdnt/model/Value.h"
 #include "hdnt/platform/HATAttrSpec.h"
 
 #include <cstdio>
+#include <optional>
 
 class ConfigBase;
 class HDNTBlock;
@@ -42,6 +44,7 @@ public:
     /// Likewise with another indent (0 counts as 1), and to another stream.
     void print(unsigned long indent);
     void print(unsigned long indent, FILE* stream);
+    void print(unsigned long indent, FILE* stream) const;
 
     const std::string& getName() const { return spec_.getName(); }
     HATAttrTypes::AttrType getType() const { return spec_.getAttrType(); }
@@ -78,6 +81,23 @@ public:
     void setPrecision(int digits) { spec_.setPrecision(digits); }
     int getPrecision() const { return spec_.getPrecision(); }
 
+    // Values of whatever type.
+
+    /// An empty text for a bit vector without one.
+    hdnt::Value getDefaultValue() const;
+    /// The bounds of the range, or the least and greatest listed value: numbers by size, texts of bit vectors byte by
+    /// byte. Nothing where there is no bound: an int or double as small or great as can be, a bit vector without range,
+    /// a bool or string.
+    std::optional<hdnt::Value> getMinValue() const;
+    std::optional<hdnt::Value> getMaxValue() const;
+    /// Allowed values in the order written; empty for a property with a range.
+    std::vector<hdnt::Value> getAllowedValues() const;
+    /// isValidValue for the value's own type. It has a name of its own since classes that convert to a text would go
+    /// with both.
+    bool isValid(const hdnt::Value& value, std::string& reason) const;
+
+    // The same by type. What is of another type answers as if nothing had been given.
+
     int getDefaultIntValue() const { return spec_.getIntDefault(); }
     double getDefaultDoubleValue() const { return spec_.getDoubleDefault(); }
     bool getDefaultBoolValue() const { return spec_.getBoolDefault(); }
@@ -108,7 +128,7 @@ public:
     /// Description configuration of the block's library; null for a property without one.
     ConfigBase* getDescConfig() const;
 
-    // Values (HDNTPropertyValue.cpp). False with the reason when the property may not take the value; the reason is
+    // Values (HDNTProperty_value.cpp). False with the reason when the property may not take the value; the reason is
     // left alone when it may. Texts serve string, hex and binary properties, case aside; hex and binary values are not
     // held against a range.
     bool isValidValue(int value, std::string& reason) const;

@@ -1,5 +1,6 @@
 // Property values: bounds, validity with reasons, and the canonical text of bit vectors.
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/model/TypedValues.internal.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HSTStringUtils.h"
 #include "hdnt/platform/HUTConvert.h"
@@ -10,7 +11,17 @@
 #include <limits>
 #include <locale>
 
+using hdnt::model::listOf;
+using hdnt::model::withValues;
 using Type = HATAttrTypes::AttrType;
+
+std::vector<int> HDNTProperty::getAllowedIntValues() const { return listOf(spec_.createDiscreteIntRangeIter()); }
+std::vector<double> HDNTProperty::getAllowedDoubleValues() const {
+    return listOf(spec_.createDiscreteDoubleRangeIter());
+}
+std::vector<std::string> HDNTProperty::getAllowedStringValues() const { return listOf(spec_.createStringRangeIter()); }
+std::vector<std::string> HDNTProperty::getAllowedHexValues() const { return listOf(spec_.createHexIter()); }
+std::vector<std::string> HDNTProperty::getAllowedBinaryValues() const { return listOf(spec_.createBinaryIter()); }
 
 // An enumerated property lists at least one value; one without answers as if nothing had been given.
 template <typename T>
@@ -46,6 +57,35 @@ std::string HDNTProperty::getMinBinaryValue() const {
 }
 std::string HDNTProperty::getMaxBinaryValue() const {
     return spec_.isEnumerated() ? greatestOf(getAllowedBinaryValues()) : spec_.getHighBinaryRange();
+}
+
+hdnt::Value HDNTProperty::getDefaultValue() const {
+    return withValues(spec_, [](const auto& values) { return hdnt::Value(values.byDefault); });
+}
+
+std::vector<hdnt::Value> HDNTProperty::getAllowedValues() const {
+    return withValues(spec_, [](const auto& values) {
+        const auto listed = values.listed();
+        return std::vector<hdnt::Value>(listed.begin(), listed.end());
+    });
+}
+
+static std::optional<hdnt::Value> boundOf(const HATAttrSpec& spec, bool least) {
+    hdnt::Value bound;
+    const bool isThere = withValues(spec, [&](const auto& values) {
+        if (spec.isEnumerated()) bound = least ? leastOf(values.listed()) : greatestOf(values.listed());
+        else bound = least ? values.low : values.high;
+        return values.ranged && (spec.isEnumerated() || (least ? values.hasLow() : values.hasHigh()));
+    });
+    const auto* const text = std::get_if<std::string>(&bound);
+    return isThere && !(text && text->empty()) ? std::optional(bound) : std::nullopt;
+}
+
+std::optional<hdnt::Value> HDNTProperty::getMinValue() const { return boundOf(spec_, true); }
+std::optional<hdnt::Value> HDNTProperty::getMaxValue() const { return boundOf(spec_, false); }
+
+bool HDNTProperty::isValid(const hdnt::Value& value, std::string& reason) const {
+    return std::visit([&](const auto& plain) { return isValidValue(plain, reason); }, value);
 }
 
 static bool refuse(std::string& reason, std::string text) {

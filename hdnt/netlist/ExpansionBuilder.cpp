@@ -19,39 +19,6 @@
 
 namespace hdnt::netlist {
 
-namespace {
-
-using Value = HDNTExpansion::Value;
-
-Value plainValue(const HDNTValue& value) {
-    switch (value.exprType()) {
-    case HATAttrTypes::TypeBool: return HDNTValue::getBoolValue(&value);
-    case HATAttrTypes::TypeInt: return HDNTValue::getIntValue(&value);
-    case HATAttrTypes::TypeDouble: return HDNTValue::getDoubleValue(&value);
-    default: return HDNTValue::getStringValue(&value);
-    }
-}
-
-std::unique_ptr<HDNTValue> constantOf(const Value& value) {
-    if (const auto* const flag = std::get_if<bool>(&value)) return std::make_unique<HDNTBoolConstant>(*flag);
-    if (const auto* const number = std::get_if<int>(&value)) return std::make_unique<HDNTIntConstant>(*number);
-    if (const auto* const number = std::get_if<double>(&value)) return std::make_unique<HDNTDoubleConstant>(*number);
-    return std::make_unique<HDNTStringConstant>(std::get<std::string>(value));
-}
-
-Value defaultOf(const HDNTProperty& property) {
-    switch (property.getType()) {
-    case HATAttrTypes::TypeBool: return property.getDefaultBoolValue();
-    case HATAttrTypes::TypeInt: return property.getDefaultIntValue();
-    case HATAttrTypes::TypeDouble: return property.getDefaultDoubleValue();
-    case HATAttrTypes::TypeBitHex: return property.getDefaultHexValue();
-    case HATAttrTypes::TypeBitBinary: return property.getDefaultBinaryValue();
-    default: return property.getDefaultStringValue();
-    }
-}
-
-} // namespace
-
 std::vector<HDNTPin*> pinsNamed(const HDNTBlock& block, const std::string& name) {
     std::vector<HDNTPin*> pins;
     if (HDNTPin* const pin = block.getPinByName(name)) pins.push_back(pin);
@@ -176,13 +143,12 @@ void ExpansionBuilder::assign(const HDNTAssignProperty& assign, size_t branch) {
     HDNTExpansion::Instance* const inst = own ? nullptr : findInstance(assign.instName());
     if (!inst && !own) return problem(assign, "There is no instance " + assign.instName() + ".");
     Value value;
-    if (!assign.value() || !attempt(assign, [&] { value = plainValue(*valueOf(*assign.value())); })) return;
+    if (!assign.value() || !attempt(assign, [&] { value = valueOf(*assign.value())->getPlainValue(); })) return;
     if (const HDNTBlock* const block = own ? level_.block : inst->block) {
         const HDNTProperty* const property = findProperty(*block, pin, assign.propName());
         std::string reason = "Block " + block->getName() + (pin.empty() ? "" : ", pin " + pin) + " has no property " +
                              assign.propName() + ".";
-        const auto accepts = [&](const auto& plain) { return property && property->isValidValue(plain, reason); };
-        if (!std::visit(accepts, value)) return problem(assign, assign.propName() + ": " + reason);
+        if (!property || !property->isValid(value, reason)) return problem(assign, assign.propName() + ": " + reason);
     }
     std::vector<HDNTExpansion::PropertyValue>& values = own ? level_.pinProperties : inst->properties;
     std::erase_if(values, [&](const HDNTExpansion::PropertyValue& property) {
@@ -201,7 +167,7 @@ void ExpansionBuilder::call(const HDNTFunctionCall& call, size_t branch) {
         for (const HDNTExpr* actual : call.actuals()) {
             values.push_back(valueOf(*actual));
             arguments.push_back(values.back().get());
-            result.arguments.push_back(plainValue(*values.back()));
+            result.arguments.push_back(values.back()->getPlainValue());
         }
         if (!fn) return;
         fn(call, arguments);
@@ -254,7 +220,7 @@ void ExpansionBuilder::addStandardFunctions() {
                            const Value value = propertyValue(property);
                            if (!std::holds_alternative<Wanted>(value))
                                throw HEXAlgException(call.name() + ": property " + property + " is of another type");
-                           return constantOf(value);
+                           return HDNTValue::makeConstant(value);
                        });
     };
     addReader("intProperty", int());
@@ -262,14 +228,14 @@ void ExpansionBuilder::addStandardFunctions() {
     addReader("boolProperty", bool());
     addReader("stringProperty", std::string());
     functions_.add("isConnected", [this, nameIn](const HDNTFunctionCall&, const auto& arguments) {
-        return constantOf(isConnected(nameIn(arguments)));
+        return HDNTValue::makeConstant(isConnected(nameIn(arguments)));
     });
 }
 
 Value ExpansionBuilder::propertyValue(const std::string& name) const {
     const auto given = values_.properties.find(HSTStringUtils::to_upper_copy(name));
     if (given != values_.properties.end()) return given->second;
-    if (const HDNTProperty* const property = level_.block->getPropertyByName(name)) return defaultOf(*property);
+    if (const HDNTProperty* const property = level_.block->getPropertyByName(name)) return property->getDefaultValue();
     throw HEXAlgException("Block " + level_.block->getName() + " has no property " + name);
 }
 

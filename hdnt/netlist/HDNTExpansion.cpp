@@ -28,7 +28,7 @@ bool HDNTExpansion::setProperty(const std::string& name, const Value& value, std
         reason = "Block " + block_.getName() + " has no property " + name + ".";
         return false;
     }
-    if (!std::visit([&](const auto& plain) { return property->isValidValue(plain, reason); }, value)) return false;
+    if (!property->isValid(value, reason)) return false;
     properties_[HSTStringUtils::to_upper_copy(name)] = value;
     return true;
 }
@@ -128,13 +128,4 @@ bool HDNTExpansion::isOnPath(size_t level, const Instance& instance) {
     return false;
 }
 
-std::string HDNTExpansion::textOf(const Value& value) {
-    if (const auto* const text = std::get_if<std::string>(&value)) return *text;
-    if (const auto* const flag = std::get_if<bool>(&value)) return *flag ? "true" : "false";
-    if (const auto* const number = std::get_if<int>(&value)) return std::to_string(*number);
-    char digits[1200];
-    const std::to_chars_result end =
-        std::to_chars(digits, digits + sizeof digits, std::get<double>(value), std::chars_format::fixed);
-    const std::string text(digits, end.ptr);
-    return text.find_first_not_of("-0123456789") == text.npos ? text + ".0" : text;
-}
+std::string HDNTExpansion::textOf(const Value& value) { return hdnt::textOf(value); }

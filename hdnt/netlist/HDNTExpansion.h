@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hdnt/diagnostics/yyltype.h"
+#include "hdnt/model/Value.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/platform/Export.h"
 
@@ -9,7 +10,6 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <variant>
 #include <vector>
 
 class HDNTBlock;
@@ -33,7 +33,7 @@ struct MappedValues;
 /// belongs to the loading thread.
 class HDNT_API HDNTExpansion {
 public:
-    using Value = std::variant<bool, int, double, std::string>;
+    using Value = hdnt::Value;
     static constexpr size_t none = static_cast<size_t>(-1);
 
     /// Where something comes from: its statement, and the branch around it as an index into the level's branches.
@@ -122,7 +122,7 @@ public:
     const std::vector<Level>& levels() const { return levels_; }
     const std::vector<Problem>& problems() const { return problems_; }
 
-    /// As NTL writes it, but texts without quotes; doubles by their shortest digits, with a point and no exponent.
+    /// hdnt::textOf
     static std::string textOf(const Value& value);
 
 private:

@@ -1,6 +1,7 @@
 #include "hdnt/netlist/HDNTExpr.h"
 
 #include "hdnt/netlist/HDNTValue.h"
+#include "hdnt/netlist/Words.h"
 
 HDNTExpr::HDNTExpr() = default;
 HDNTExpr::~HDNTExpr() = default;
@@ -22,6 +23,6 @@ void HDNTExpr::setEvaluatedExpr(HDNTExpr* expr) {
 }
 
 const char* HDNTExpr::getStringOperator(FOPERATOR op) {
-    static const char* const texts[] = {"+", "-", "", "*", "/", "%", "&&", "||", "", ">", "<", "<=", ">=", "!=", "=="};
-    return op <= EQUAL ? texts[op] : "";
+    const std::string_view word = op == NEGATE || op == NOT ? std::string_view() : hdnt::words::operators.wordOf(op);
+    return word.empty() ? "" : word.data();
 }

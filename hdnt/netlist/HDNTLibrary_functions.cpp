@@ -18,8 +18,13 @@ HDNTFunctionDecl* HDNTLibrary::getFunctionDecl(size_t i) const {
     return functions_[i];
 }
 
-HDNTFunctionDecl* HDNTLibrary::getFunctionDeclByName(const std::string& name) const {
+HDNTFunctionDecl* HDNTLibrary::getFunctionDeclByName(const std::string& name) const { return lookUpFunction(name); }
+
+const HDNTFunctionDecl* HDNTLibrary::findFunction(std::string_view name) const { return lookUpFunction(name); }
+HDNTFunctionDecl* HDNTLibrary::findFunction(std::string_view name) { return lookUpFunction(name); }
+
+HDNTFunctionDecl* HDNTLibrary::lookUpFunction(std::string_view name) const {
     for (HDNTFunctionDecl* function : functions_)
         if (function->getName() == name) return function;
-    return parentLibrary_ ? parentLibrary_->getFunctionDeclByName(name) : nullptr;
+    return parentLibrary_ ? parentLibrary_->lookUpFunction(name) : nullptr;
 }

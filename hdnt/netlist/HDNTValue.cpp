@@ -25,3 +25,19 @@ bool HDNTValue::getBoolValue(const HDNTExpr* expr) {
     }
     return constantOf<HDNTBoolConstant>(expr, "bool").getValue();
 }
+
+hdnt::Value HDNTValue::getPlainValue() const {
+    switch (exprType()) {
+    case HATAttrTypes::TypeBool: return getBoolValue(this);
+    case HATAttrTypes::TypeInt: return getIntValue(this);
+    case HATAttrTypes::TypeDouble: return getDoubleValue(this);
+    default: return getStringValue(this);
+    }
+}
+
+std::unique_ptr<HDNTValue> HDNTValue::makeConstant(const hdnt::Value& value) {
+    if (const auto* const flag = std::get_if<bool>(&value)) return std::make_unique<HDNTBoolConstant>(*flag);
+    if (const auto* const number = std::get_if<int>(&value)) return std::make_unique<HDNTIntConstant>(*number);
+    if (const auto* const number = std::get_if<double>(&value)) return std::make_unique<HDNTDoubleConstant>(*number);
+    return std::make_unique<HDNTStringConstant>(std::get<std::string>(value));
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hdnt/model/Value.h"
 #include "hdnt/netlist/HDNTExpr.h"
 #include "hdnt/platform/HSTUniqString.h"
 
@@ -18,6 +19,11 @@ public:
     static const std::string& getStringValue(const HDNTExpr* expr);
     /// Takes the texts "TRUE" and "FALSE" too.
     static bool getBoolValue(const HDNTExpr* expr);
+
+    /// The constant's value, by its type code; a constant of another class throws as above.
+    hdnt::Value getPlainValue() const;
+    /// A new constant of that value.
+    static std::unique_ptr<HDNTValue> makeConstant(const hdnt::Value& value);
 };
 
 class HDNT_API HDNTIntConstant : public HDNTValue {

@@ -36,11 +36,13 @@ void HDNTLibrary::accept(HDNTVisitor& visitor) {
     visitor.postVisit(this);
 }
 
-void HDNTLibrary::acceptOwn(HDNTVisitor& visitor) {
-    visitor.visit(this);
+// Visitors are made for nodes that may be changed; that they change none here is their part.
+void HDNTLibrary::acceptOwn(HDNTVisitor& visitor) const {
+    auto* const library = const_cast<HDNTLibrary*>(this);
+    visitor.visit(library);
     acceptAll(functions_, visitor);
-    for (HDNTBlock* block : blocks_) block->acceptOwn(visitor);
-    visitor.postVisit(this);
+    for (const HDNTBlock* block : blocks_) block->acceptOwn(visitor);
+    visitor.postVisit(library);
 }
 
 void HDNTFunctionDecl::accept(HDNTVisitor& visitor) { visitor.visit(this); }
@@ -50,15 +52,15 @@ void HDNTBlock::accept(HDNTVisitor& visitor) {
     if (HDNTNetlist* const netlist = getNetlist()) netlist->accept(visitor);
 }
 
-void HDNTBlock::acceptOwn(HDNTVisitor& visitor) {
-    acceptDeclared(visitor);
+void HDNTBlock::acceptOwn(HDNTVisitor& visitor) const {
+    const_cast<HDNTBlock*>(this)->acceptDeclared(visitor);
     if (hasOwnNetlist()) netlist_->accept(visitor);
 }
 
 void HDNTBlock::acceptDeclared(HDNTVisitor& visitor) {
     visitor.visit(this);
     acceptAll(buses_, visitor);
-    if (visitsPins(visitor)) acceptAll(pins(), visitor);
+    if (visitsPins(visitor)) acceptAll(allPins(), visitor);
     acceptAll(properties_, visitor);
     visitor.postVisit(this);
 }

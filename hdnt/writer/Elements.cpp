@@ -40,16 +40,6 @@ bool groupReadsBack(const HDNTBlock& block) {
            equal(legacySubGroup, optional(readLegacySub));
 }
 
-const char* sectionName(HDNTNetlist::Section section) {
-    switch (section) {
-    case HDNTNetlist::Section::mapsto: return "mapsto";
-    case HDNTNetlist::Section::expandsto: return "expandsto";
-    case HDNTNetlist::Section::modifiedby: return "modifiedby";
-    case HDNTNetlist::Section::retargetsto: return "retargetsto";
-    }
-    return "unknown";
-}
-
 bool takesElse(const HDNTNetlistEntity* branch) {
     while (const auto* const stmt = dynamic_cast<const HDNTIfStmt*>(branch)) {
         if (!stmt->elseStmt()) return true;

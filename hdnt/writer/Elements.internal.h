@@ -17,9 +17,6 @@ std::string groupText(const HDNTBlock& block);
 /// Whether that text, read again, gives the groups of the block.
 bool groupReadsBack(const HDNTBlock& block);
 
-/// The keyword of a mapping of that kind.
-const char* sectionName(HDNTNetlist::Section section);
-
 /// Whether an "else" behind this branch would belong to an "if" in it.
 bool takesElse(const HDNTNetlistEntity* branch);
 /// Whether visitors see nothing of a branch: it is missing, or a statement block that is not enabled.

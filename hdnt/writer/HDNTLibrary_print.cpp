@@ -10,7 +10,7 @@ void HDNTLibrary::print(FILE* stream) {
     accept(visitor);
 }
 
-bool HDNTLibrary::printSource(FILE* stream, std::vector<std::string>* problems) {
+bool HDNTLibrary::printSource(FILE* stream, std::vector<std::string>* problems) const {
     HDNTSourceVisitor visitor(stream, problems);
     visitor.gatherBodies();
     acceptOwn(visitor);

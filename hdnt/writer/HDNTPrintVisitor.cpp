@@ -6,6 +6,7 @@
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/netlist/Words.h"
 #include "hdnt/writer/Elements.internal.h"
 #include "hdnt/writer/ExpressionBuffer.internal.h"
 #include "hdnt/writer/Line.internal.h"
@@ -125,12 +126,12 @@ void HDNTPrintVisitor::beginBlock(const HDNTBlock& block, bool always) {
 }
 
 void HDNTPrintVisitor::writeAttributes(const HDNTBlock& block, bool always) {
-    static constexpr std::string_view levels[] = {"early;\n", "beta;\n", "production;\n", "deprecated;\n"};
     if (block.isInternal()) write(startLine().add("internal = true;\n"));
     if (block.isTest()) write(startLine().add("test = true;\n"));
     const int level = block.getMaturityLevel();
-    if (level < 0 || level > 3) cannotWrite("a maturity level of " + std::to_string(level));
-    else if (level > 0 || always) write(startLine().add("maturityLevel = ").add(levels[level]));
+    const std::string_view word = hdnt::words::maturityLevels.wordOf(level);
+    if (word.empty()) cannotWrite("a maturity level of " + std::to_string(level));
+    else if (level > 0 || always) write(startLine().add("maturityLevel = ").add(word).add(";\n"));
     if (!block.getPrimGroupType(false)) return;
     Line& line = startLine();
     line.add("primgroup = ");
@@ -152,17 +153,17 @@ void HDNTPrintVisitor::endBlock() {
 
 template <typename Pin>
 void HDNTPrintVisitor::appendPinLine(Line& line, const std::string& name, const Pin& pin, HDNT_PIN_TYPE type) {
-    static constexpr std::string_view required[] = {"",         " active",     " mustConnect", " tieLow",
-                                                    " tieHigh", " tieSpecial", " untie"};
     line.add("pin ");
     appendText(line, name);
     line.add(" ").add(HDNTPin::getDirectionName(pin.getDirection()));
     if (pin.isTest()) line.add(" test");
     if (pin.isAbstract()) line.add(" abstract");
     if (type != HDNT_PIN_DATA) line.add(" ").add(HDNTPin::getTypeName(type));
-    const unsigned value = pin.getRequiredValue();
-    if (value < std::size(required)) line.add(required[value]);
-    else cannotWrite("a required value of " + std::to_string(value));
+    const HDNT_PIN_REQUIREDVALUE value = pin.getRequiredValue();
+    const std::string_view required = hdnt::words::requiredValues.wordOf(value);
+    if (!required.empty()) line.add(' ').add(required);
+    else if (value != HDNT_PIN_NO_VALUE)
+        cannotWrite("a required value of " + std::to_string(static_cast<unsigned>(value)));
 }
 
 const std::string& HDNTPrintVisitor::nameOf(const HDNTBus& bus) {

@@ -9,6 +9,7 @@
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
 #include "hdnt/netlist/HDNTValue.h"
+#include "hdnt/netlist/Words.h"
 #include "hdnt/writer/Elements.internal.h"
 #include "hdnt/writer/ExpressionBuffer.internal.h"
 #include "hdnt/writer/HDNTPrintVisitor.h"
@@ -21,7 +22,11 @@ using namespace hdnt::writer;
 void HDNTPrintVisitor::visit(HDNTNetlist* netlist) {
     beginBody();
     Line& line = startLine();
-    line.add(std::string_view(netlist->isExpandsTo() ? "expandsto" : netlist->isMapsTo() ? "mapsto" : "modifiedby"));
+    using Section = HDNTNetlist::Section;
+    const Section byFlags = netlist->isExpandsTo() ? Section::expandsto
+                            : netlist->isMapsTo()  ? Section::mapsto
+                                                   : Section::modifiedby;
+    line.add(hdnt::words::sections.wordOf(byFlags));
     openBrace(line, std::max(indent_, 1));
     write(line);
     indentMore();

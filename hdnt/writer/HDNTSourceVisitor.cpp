@@ -11,6 +11,7 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/netlist/Words.h"
 #include "hdnt/writer/Elements.internal.h"
 #include "hdnt/writer/Line.internal.h"
 #include "hdnt/writer/PropertyText.internal.h"
@@ -137,7 +138,7 @@ void HDNTSourceVisitor::visit(HDNTNetlist* netlist) {
     for (const HDNTFunctionCall* call : netlist->preInstanceCalls()) checkStatement(call);
     for (const HDNTFunctionCall* call : netlist->postInstanceCalls()) checkStatement(call);
     write(std::exchange(mappingDue_, false) ? " " : startLine().view());
-    write(sectionName(netlist->section()));
+    write(hdnt::words::sections.wordOf(netlist->section()));
     write(" {\n");
     indentMore();
     atOpening_ = true;

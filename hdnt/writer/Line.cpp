@@ -1,3 +1,4 @@
+#include "hdnt/platform/Text.h"
 #include "hdnt/writer/Line.internal.h"
 
 #include <algorithm>
@@ -33,14 +34,9 @@ Line& Line::fixed(double value, int precision) {
     return *this;
 }
 
-// The shortest form of the least number has 326 characters.
 Line& Line::shortest(double value) {
     if (std::isinf(value)) return add(value < 0 ? std::string_view("-1") : "1").fill(309, '0').add(".0");
-    char buffer[400];
-    const std::to_chars_result end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
-    const std::string_view digits(buffer, static_cast<size_t>(end.ptr - buffer));
-    add(digits);
-    return digits.find('.') == digits.npos ? add(".0") : *this;
+    return add(platform::DoubleText(value, platform::DoubleForm::FixedPoint).view());
 }
 
 } // namespace hdnt::writer

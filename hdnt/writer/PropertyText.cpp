@@ -1,12 +1,14 @@
 // Property declarations, printed and as source.
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/model/TypedValues.internal.h"
 #include "hdnt/writer/Line.internal.h"
 #include "hdnt/writer/PropertyText.internal.h"
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <utility>
 
 namespace hdnt::writer {
 
@@ -21,6 +23,8 @@ bool isHex(const HDNTProperty& property) { return property.getType() == Type::Ty
 bool isBits(const HDNTProperty& property) { return isHex(property) || property.getType() == Type::TypeBitBinary; }
 const char* radixOf(const HDNTProperty& property) { return isHex(property) ? "'h" : "'b"; }
 
+void appendBool(Line& line, bool value) { line.add(value ? std::string_view("true") : "false"); }
+
 // How values look in the two forms, and which of them are there.
 
 struct Printed {
@@ -29,6 +33,7 @@ struct Printed {
     bool hasMin() const { return true; }
     bool hasMax() const { return true; }
     bool hasDefault() const { return true; }
+    void append(Line& line, bool value) const { appendBool(line, value); }
     void append(Line& line, int value) const { line.add(value); }
     void append(Line& line, double value) const { line.fixed(value, property.getPrecision()); }
     void append(Line& line, const std::string& value) const {
@@ -49,6 +54,7 @@ struct Source {
         const HATAttrSpec& spec = *property.getAttrSpec();
         return !isBits(property) || !(isHex(property) ? spec.getHexDefault() : spec.getBinaryDefault()).empty();
     }
+    void append(Line& line, bool value) const { appendBool(line, value); }
     void append(Line& line, int value) const { line.add(value); }
     void append(Line& line, double value) const { appendSourceNumber(line, value, cannotWrite); }
     void append(Line& line, const std::string& value) const {
@@ -84,7 +90,7 @@ public:
     }
     void flag(std::string_view text, bool on) {
         begin(text);
-        line_.add(on ? std::string_view("true") : "false");
+        appendBool(line_, on);
     }
     // An option that may come first, for the others.
     void lead(const HATAttrSpec& spec) {
@@ -98,8 +104,8 @@ public:
         form.append(line_, value);
     }
     template <typename Form, typename T>
-    void list(const Form& form, HATValueIter<T>* iterator) {
-        const std::unique_ptr<HATValueIter<T>> values(iterator);
+    void list(const Form& form, const model::TypedValues<T>& listed) {
+        const std::unique_ptr<HATValueIter<T>> values((listed.spec.*listed.list)());
         begin("");
         if (!values->hasNext()) return form.appendEmptyList(line_);
         for (std::string_view before = "values { "; values->hasNext(); before = ", ") {
@@ -109,6 +115,8 @@ public:
         }
         line_.add(" }");
     }
+    template <typename Form>
+    void list(const Form&, const model::TypedValues<bool>&) {} // there is none
 
 private:
     Line& line_;
@@ -118,42 +126,21 @@ private:
 
 // The list or range, and the default. A maximum cannot be the first option: then it stands behind the default.
 template <typename Form, typename T>
-void appendValues(Options& options, const Form& form, HATValueIter<T>* (HATAttrSpec::*values)() const, const T& low,
-                  const T& high, const T& byDefault) {
-    const HATAttrSpec& spec = *form.property.getAttrSpec();
-    const bool listed = spec.isEnumerated();
-    const bool hasMax = !listed && form.hasMax();
-    if (listed) options.list(form, (spec.*values)());
-    else if (form.hasMin()) options.value("min = ", form, low);
+void appendValues(Options& options, const Form& form, const model::TypedValues<T>& values) {
+    const bool listed = values.spec.isEnumerated();
+    const bool hasMax = values.ranged && !listed && form.hasMax();
+    if (listed) options.list(form, values);
+    else if (values.ranged && form.hasMin()) options.value("min = ", form, values.low);
     const bool maxFirst = hasMax && !options.empty();
-    if (maxFirst) options.value("max = ", form, high);
-    if (form.hasDefault()) options.value("default = ", form, byDefault);
-    if (options.empty()) options.lead(spec);
-    if (hasMax && !maxFirst) options.value("max = ", form, high);
+    if (maxFirst) options.value("max = ", form, values.high);
+    if (form.hasDefault()) options.value("default = ", form, values.byDefault);
+    if (options.empty()) options.lead(values.spec);
+    if (hasMax && !maxFirst) options.value("max = ", form, values.high);
 }
 
 template <typename Form>
 void appendAllValues(Options& options, const Form& form) {
-    const HATAttrSpec& spec = *form.property.getAttrSpec();
-    using Text = const std::string&;
-    switch (spec.getAttrType()) {
-    case Type::TypeInt:
-        return appendValues(options, form, &HATAttrSpec::createDiscreteIntRangeIter, spec.getLowIntRange(),
-                            spec.getHighIntRange(), spec.getIntDefault());
-    case Type::TypeDouble:
-        return appendValues(options, form, &HATAttrSpec::createDiscreteDoubleRangeIter, spec.getLowDoubleRange(),
-                            spec.getHighDoubleRange(), spec.getDoubleDefault());
-    case Type::TypeBitHex:
-        return appendValues<Form, Text>(options, form, &HATAttrSpec::createHexIter, spec.getLowHexRange(),
-                                        spec.getHighHexRange(), spec.getHexDefault());
-    case Type::TypeBitBinary:
-        return appendValues<Form, Text>(options, form, &HATAttrSpec::createBinaryIter, spec.getLowBinaryRange(),
-                                        spec.getHighBinaryRange(), spec.getBinaryDefault());
-    case Type::TypeString:
-        if (spec.isEnumerated()) options.list(form, spec.createStringRangeIter());
-        return options.value("default = ", form, spec.getStringDefault());
-    case Type::TypeBool: return options.flag("default = ", spec.getBoolDefault());
-    }
+    model::withValues(*form.property.getAttrSpec(), [&](const auto& values) { appendValues(options, form, values); });
 }
 
 void appendType(Line& line, const HDNTProperty& property) {
@@ -249,7 +236,9 @@ void appendSourceNumber(Line& line, double value, const CannotWrite& cannotWrite
 void HDNTProperty::print() { print(4); }
 void HDNTProperty::print(unsigned long indent) { print(indent, stdout); }
 
-void HDNTProperty::print(unsigned long indent, FILE* stream) {
+void HDNTProperty::print(unsigned long indent, FILE* stream) { std::as_const(*this).print(indent, stream); }
+
+void HDNTProperty::print(unsigned long indent, FILE* stream) const {
     hdnt::writer::Line line;
     line.indent(static_cast<long>(indent));
     hdnt::writer::appendPrinted(line, *this);

@@ -113,6 +113,66 @@ TEST(PropertyValue, Reasons) {
 }
 
 // A host that groups digits and writes a decimal comma gets the same texts.
+// Default, bounds and values as texts, "-" where there are none.
+TEST(PropertyValue, OfAnyType) {
+    const struct {
+        const char* declaration;
+        const char* expected;
+        size_t alternative;
+    } cases[] = {
+        {"bool \"P\" true;", "true - -", 0},
+        {"int \"P\" { default = 3 }", "3 - -", 1},
+        {"int \"P\" { min = 0, default = 3 }", "3 0 -", 1},
+        {"int \"P\" { min = 1, max = 9 }", "0 1 9", 1},
+        {"int \"P\" { values { 5, 1, 7 } }", "5 1 7 | 5 1 7", 1},
+        {"double \"P\" { default = 0.5 }", "0.5 - -", 2},
+        {"double \"P\" { min = 1.0, max = 2.0, default = 1.5 }", "1.5 1.0 2.0", 2},
+        {"double \"P\" { values { 0.5, 0.25 } }", "0.5 0.25 0.5 | 0.5 0.25", 2},
+        {"string \"P\" { default = \"x\" }", "x - -", 3},
+        {"string \"P\" { values { \"b\", \"a\" } }", "b - - | b a", 3},
+        {"8'h \"P\" { default = 8'h0f }", "8'h0f 00 FF", 3},
+        {"8'h \"P\" { values { 8'h9, 8'h10 } }", "8'h9 8'h10 8'h9 | 8'h9 8'h10", 3},
+        {"2'b \"P\" { default = 2'b01 }", "2'b01 - -", 3},
+        {"2'b \"P\" { min = 2'b01, default = 2'b10 }", "2'b10 2'b01 -", 3},
+    };
+    const auto textOr = [](const std::optional<hdnt::Value>& value) { return value ? hdnt::textOf(*value) : "-"; };
+    const auto describe = [&](const HDNTProperty& property) {
+        std::string text = hdnt::textOf(property.getDefaultValue()) + " " + textOr(property.getMinValue()) + " " +
+                           textOr(property.getMaxValue());
+        const std::vector<hdnt::Value> allowed = property.getAllowedValues();
+        for (const hdnt::Value& value : allowed) text += (&value == &allowed[0] ? " | " : " ") + hdnt::textOf(value);
+        return text;
+    };
+    for (const auto& [declaration, expected, alternative] : cases) {
+        const OneProperty property(declaration);
+        EXPECT_EQ(describe(*property.operator->()), expected) << declaration;
+        EXPECT_EQ(property->getDefaultValue().index(), alternative) << declaration;
+        if (*expected != '0') { // that of the range is below its minimum
+            std::string reason;
+            EXPECT_TRUE(property->isValid(property->getDefaultValue(), reason)) << declaration << reason;
+        }
+    }
+    const auto library = loaded(inBlock("pin \"A\" input { property int \"P\" { default = 2, max = 4 } }"));
+    EXPECT_EQ(describe(library->blocks()[0].pins()[0].properties()[0]), "2 - 4");
+}
+
+TEST(PropertyValue, OfAnotherTypeIsRefusedWithItsReason) {
+    const OneProperty real("double \"P\" { min = 0.5, max = 2.0 }");
+    const std::pair<hdnt::Value, const char*> cases[] = {
+        {0.25, "The double value (0.25) is less than the allowed minimum (0.5)."},
+        {1, "Property is not of type integer."},
+        {true, "Property is not of type bool."},
+        {"1.0", "Property is not of type string."}};
+    for (const auto& [value, expected] : cases) {
+        std::string reason;
+        EXPECT_FALSE(real->isValid(value, reason));
+        EXPECT_EQ(reason, expected);
+    }
+    HDNTProperty bare("P", Type::TypeInt, false, false, false, false, "");
+    bare.getAttrSpec()->setDiscreteInt(true);
+    EXPECT_EQ(bare.getMinValue(), hdnt::Value(0)) << "a list that is empty";
+}
+
 TEST(PropertyValue, TheHostsLocaleHasNoSay) {
     struct Grouping : std::numpunct<char> {
         char do_decimal_point() const override { return ','; }

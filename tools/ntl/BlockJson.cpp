@@ -6,12 +6,13 @@
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/netlist/Words.h"
 #include "hdnt/platform/ConfigBase.h"
 #include "tools/ntl/Model.h"
 
 #include <algorithm>
-#include <cfloat>
-#include <climits>
+#include <optional>
+#include <utility>
 
 namespace ntl {
 
@@ -28,67 +29,26 @@ Json locationOf(const HDNTNode& node) {
     return json;
 }
 
-template <typename T>
-Json rangeAndList(T low, T high, T lowest, T highest, bool listed, const std::vector<T>& values) {
-    Json json;
-    json["minimum"] = !listed && low == lowest ? Json() : Json(low);
-    json["maximum"] = !listed && high == highest ? Json() : Json(high);
-    json["values"] = values;
-    return json;
-}
-
-Json textRange(const std::string& low, const std::string& high, const std::vector<std::string>& values) {
-    Json json;
-    json["minimum"] = orNull(low);
-    json["maximum"] = orNull(high);
-    json["values"] = values;
-    return json;
-}
+Json boundOf(const std::optional<hdnt::Value>& value) { return value ? jsonOf(*value) : Json(); }
 
 // Minimum, maximum and listed values; null where there are none.
 Json allowedValues(const HDNTProperty& property) {
-    const bool listed = property.getAttrSpec()->isEnumerated();
-    switch (property.getType()) {
-    case Type::TypeInt:
-        return rangeAndList(property.getMinIntValue(), property.getMaxIntValue(), INT_MIN, INT_MAX, listed,
-                            property.getAllowedIntValues());
-    case Type::TypeDouble:
-        return rangeAndList(property.getMinDoubleValue(), property.getMaxDoubleValue(), -DBL_MAX, DBL_MAX, listed,
-                            property.getAllowedDoubleValues());
-    case Type::TypeBitHex:
-        return textRange(property.getMinHexValue(), property.getMaxHexValue(), property.getAllowedHexValues());
-    case Type::TypeBitBinary:
-        return textRange(property.getMinBinaryValue(), property.getMaxBinaryValue(), property.getAllowedBinaryValues());
-    default: return textRange("", "", property.getAllowedStringValues());
-    }
-}
-
-template <typename T>
-Json judgedDefault(const HDNTProperty& property, T value, const Json& shown) {
-    std::string reason;
     Json json;
-    json["default"] = shown;
-    json["defaultIsValid"] = property.isValidValue(value, reason);
-    json["defaultReason"] = orNull(reason);
+    json["minimum"] = boundOf(property.getMinValue());
+    json["maximum"] = boundOf(property.getMaxValue());
+    json["values"] = Json::array();
+    for (const hdnt::Value& value : property.getAllowedValues()) json["values"].push_back(jsonOf(value));
     return json;
 }
 
-Json defaultValue(const HDNTProperty& property) {
-    switch (property.getType()) {
-    case Type::TypeBool: return judgedDefault(property, property.getDefaultBoolValue(), property.getDefaultBoolValue());
-    case Type::TypeInt: return judgedDefault(property, property.getDefaultIntValue(), property.getDefaultIntValue());
-    case Type::TypeDouble:
-        return judgedDefault(property, property.getDefaultDoubleValue(), property.getDefaultDoubleValue());
-    case Type::TypeBitHex: {
-        const std::string value = property.getDefaultHexValue();
-        return judgedDefault(property, value, orNull(value));
-    }
-    case Type::TypeBitBinary: {
-        const std::string value = property.getDefaultBinaryValue();
-        return judgedDefault(property, value, orNull(value));
-    }
-    default: return judgedDefault(property, property.getDefaultStringValue(), property.getDefaultStringValue());
-    }
+Json defaultValue(const HDNTProperty& property, bool isBits) {
+    const hdnt::Value value = property.getDefaultValue();
+    std::string reason;
+    Json json;
+    json["default"] = isBits ? orNull(std::get<std::string>(value)) : jsonOf(value);
+    json["defaultIsValid"] = property.isValid(value, reason);
+    json["defaultReason"] = orNull(reason);
+    return json;
 }
 
 Json refusedSourceTypes(const HATAttrSpec& spec) {
@@ -137,7 +97,7 @@ Json jsonOf(const HDNTProperty& property) {
     json["adjustedBitWidth"] = isBits ? Json(property.getAdjustedBitWidth()) : Json();
     json["precision"] = property.getType() == Type::TypeDouble ? Json(property.getPrecision()) : Json();
     json.update(allowedValues(property));
-    json.update(defaultValue(property));
+    json.update(defaultValue(property, isBits));
     json["defaultDigits"] = isBits && json["default"].is_string()
                                 ? Json(property.formatValue(json["default"].get<std::string>(), true))
                                 : Json();
@@ -155,7 +115,7 @@ Json jsonOf(const HDNTProperty& property) {
 template <typename Owner>
 Json propertyList(const Owner& owner) {
     Json list = Json::array();
-    for (const HDNTProperty* property : propertiesOf(owner)) list.push_back(jsonOf(*property));
+    for (const HDNTProperty& property : owner.properties()) list.push_back(jsonOf(property));
     return list;
 }
 
@@ -174,8 +134,7 @@ void addPinFacts(Json& json, const PinOrBus& pin) {
 
 Json propertyNames(const HDNTPin& pin) {
     Json names = Json::array();
-    for (size_t i = 0; i < pin.getNumProperties(); ++i)
-        names.push_back(pin.getProperty(static_cast<unsigned short>(i))->getName());
+    for (const HDNTProperty& property : pin.properties()) names.push_back(property.getName());
     return names;
 }
 
@@ -205,7 +164,7 @@ Json jsonOf(const HDNTBus& bus) {
     json["foundByName"] = block.getBusByName(bus.getName(), true) == &bus;
     addPinFacts(json, bus);
     json["pins"] = Json::array();
-    for (const HDNTPin* pin : pinsOf(block, bus)) json["pins"].push_back(jsonOf(*pin));
+    for (const HDNTPin& pin : bus.pins()) json["pins"].push_back(jsonOf(pin));
     json["propertyCount"] = bus.getNumProperties();
     json["properties"] = propertyList(bus);
     json["location"] = locationOf(bus);
@@ -224,7 +183,7 @@ Json netlistOf(const HDNTBlock& block) {
     const bool isForAll =
         kind == HDNTBlock::OwnNetlist || kind == HDNTBlock::OwnNetlistInChild || kind == HDNTBlock::AnyArchitecture;
     Json json;
-    json["section"] = sectionName(netlist->section());
+    json["section"] = hdnt::words::sections.wordOf(netlist->section());
     json["location"]["file"] = orNull(place.file);
     json["location"]["line"] = place.isKnown() ? Json(place.line) : Json();
     json["mapLibrary"] = isMapLibrary;
@@ -297,7 +256,7 @@ Json jsonOf(HDNTBlock& block) {
     json["busCount"] = block.getNumBuses();
     json["propertyCount"] = block.getNumProperties();
     json["buses"] = Json::array();
-    for (const HDNTBus* bus : busesOf(block)) json["buses"].push_back(jsonOf(*bus));
+    for (const HDNTBus& bus : std::as_const(block).buses()) json["buses"].push_back(jsonOf(bus));
     json["properties"] = propertyList(block);
     addConfiguration(json["configuration"], block);
     return json;

@@ -1,5 +1,6 @@
 #include "tools/ntl/DiffResult.h"
 
+#include "hdnt/platform/Text.h"
 #include "tools/ntl/Json.h"
 #include "tools/ntl/Output.h"
 
@@ -32,7 +33,7 @@ std::string summary(const DiffResult& result) {
 }
 
 // Bounded, since an expression may be as long as a file.
-std::string clipped(const std::string& text) { return ntl::clipped(text, 160); }
+std::string clipped(const std::string& text) { return hdnt::platform::clipped(text, 160); }
 
 /// Marks a part of the text: a name or a value.
 using Mark = std::string (*)(const std::string&);

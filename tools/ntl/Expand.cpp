@@ -19,16 +19,16 @@ namespace {
 
 std::vector<std::string> propertyNames(const HDNTBlock& block) {
     std::vector<std::string> names;
-    for (const HDNTProperty* property : propertiesOf(block)) names.push_back(property->getName());
+    for (const HDNTProperty& property : block.properties()) names.push_back(property.getName());
     return names;
 }
 
 std::vector<std::string> pinNames(const HDNTBlock& block) {
     std::vector<std::string> names;
-    for (const HDNTBus* bus : busesOf(block)) {
-        names.push_back(bus->getBaseName());
-        if (bus->getFirstIndex() < 0) continue;
-        for (const HDNTPin* pin : pinsOf(block, *bus)) names.push_back(pin->getName(false));
+    for (const HDNTBus& bus : block.buses()) {
+        names.push_back(bus.getBaseName());
+        if (bus.getFirstIndex() < 0) continue;
+        for (const HDNTPin& pin : bus.pins()) names.push_back(pin.getName(false));
     }
     return names;
 }

@@ -3,6 +3,8 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/netlist/Words.h"
+#include "hdnt/platform/Text.h"
 #include "tools/ntl/Expansion.h"
 #include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
@@ -139,7 +141,7 @@ private:
             const size_t node = addBlock(level, html(instance.name), type);
             for (const Expansion::PropertyValue& property : instance.properties)
                 nodes_[node].rows.push_back((property.pin.empty() ? "" : property.pin + " ") + property.name + " = " +
-                                            clipped(Expansion::textOf(property.value), longestValue));
+                                            hdnt::platform::clipped(hdnt::textOf(property.value), longestValue));
             blockNodes_[level].push_back(node);
         }
         if (isKept(level)) keptNodes_[level] = addBlock(level, html(levels_[level].block->getName()), "(stays)");
@@ -318,7 +320,7 @@ private:
     // The blocks of a level, and in it as clusters those that were expanded.
     std::string levelText(size_t level, const std::string& indent) const {
         const Expansion::Level& here = levels_[level];
-        std::string label = html(here.block->getName()) + " " + sectionName(here.section);
+        std::string label = html(here.block->getName()) + " " + std::string(hdnt::words::sections.wordOf(here.section));
         if (level > 0) label.insert(0, html(here.path.substr(here.path.rfind('/') + 1)) + ": ");
         for (const Expansion::Call& call : here.calls) label += "<BR/>" + html(callText(call));
         std::string text = indent + "label=<" + label + ">;\n";

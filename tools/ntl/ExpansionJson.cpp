@@ -1,5 +1,6 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/netlist/Words.h"
 #include "tools/ntl/Expansion.h"
 #include "tools/ntl/Model.h"
 
@@ -10,10 +11,6 @@ namespace ntl {
 namespace {
 
 using Expansion = HDNTExpansion;
-
-Json valueJson(const Expansion::Value& value) {
-    return std::visit([](const auto& plain) { return Json(plain); }, value);
-}
 
 Json indexOrNull(size_t index) { return index == Expansion::none ? Json() : Json(index); }
 
@@ -27,7 +24,7 @@ public:
         json["path"] = level_.path;
         json["outer"] = indexOrNull(level_.outer);
         json["block"] = level_.block->getName();
-        json["section"] = sectionName(level_.section);
+        json["section"] = hdnt::words::sections.wordOf(level_.section);
         json["location"] = jsonOf(expanded_.places.placeOf(level_.location));
         json["mapLibrary"] = !level_.location.fileName;
         json["branches"] = branches();
@@ -61,7 +58,7 @@ private:
             Json& item = list.emplace_back();
             item["pin"] = orNull(property.pin);
             item["name"] = property.name;
-            item["value"] = valueJson(property.value);
+            item["value"] = jsonOf(property.value);
             addOrigin(item, property.origin);
         }
         return list;
@@ -110,7 +107,7 @@ private:
             Json& item = list.emplace_back();
             item["name"] = call.name;
             item["arguments"] = Json::array();
-            for (const Expansion::Value& value : call.arguments) item["arguments"].push_back(valueJson(value));
+            for (const Expansion::Value& value : call.arguments) item["arguments"].push_back(jsonOf(value));
             item["made"] = call.made;
             addOrigin(item, call.origin);
         }

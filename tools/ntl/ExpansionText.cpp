@@ -1,12 +1,12 @@
 // The resolved netlist as NTL text.
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/netlist/Words.h"
 #include "tools/ntl/Expansion.h"
 #include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <set>
@@ -18,18 +18,9 @@ using Expansion = HDNTExpansion;
 
 static std::string quoted(const std::string& text) { return '"' + text + '"'; }
 
-static std::string fixedText(double value) {
-    if (!std::isfinite(value)) return {};
-    std::string digits(400, '\0');
-    const std::to_chars_result end =
-        std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed);
-    if (end.ec != std::errc()) return {};
-    digits.resize(static_cast<size_t>(end.ptr - digits.data()));
-    return digits.find('.') == digits.npos ? digits + ".0" : digits;
-}
-
 std::string ntlValue(const Expansion::Value& value) {
-    if (const auto* const number = std::get_if<double>(&value)) return fixedText(*number);
+    const auto* const number = std::get_if<double>(&value);
+    if (number && !std::isfinite(*number)) return "";
     const auto* const text = std::get_if<std::string>(&value);
     if (!text) return Expansion::textOf(value);
     return text->find_first_of("\"\n") == text->npos ? quoted(*text) : "";
@@ -90,7 +81,8 @@ private:
         } else {
             add("", level_.path);
         }
-        add("block " + quoted(level_.block->getName()) + " " + sectionName(level_.section) + " {",
+        add("block " + quoted(level_.block->getName()) + " " +
+                std::string(hdnt::words::sections.wordOf(level_.section)) + " {",
             expanded_.brief(level_.location) + (given.empty() ? "" : "; with " + joined(given, ", ")));
     }
 

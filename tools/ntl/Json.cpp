@@ -38,6 +38,10 @@ Json jsonOf(const hdnt::Diagnostic& diagnostic) {
     return json;
 }
 
+Json jsonOf(const hdnt::Value& value) {
+    return std::visit([](const auto& plain) { return Json(plain); }, value);
+}
+
 Json orNull(int number) { return number == 0 ? Json() : Json(number); }
 
 Json orNull(const std::string& text) { return text.empty() ? Json() : Json(text); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hdnt/diagnostics/Diagnostic.h"
+#include "hdnt/model/Value.h"
 
 #include <nlohmann/json.hpp>
 
@@ -22,6 +23,7 @@ std::string jsonText(const Json& json);
 Json jsonOf(const hdnt::Place& place);
 /// With its place, related places and, where there is one, its detail.
 Json jsonOf(const hdnt::Diagnostic& diagnostic);
+Json jsonOf(const hdnt::Value& value);
 /// Null for 0, an empty text, or none.
 Json orNull(int number);
 Json orNull(const std::string& text);

@@ -1,6 +1,7 @@
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/netlist/Words.h"
 #include "hdnt/platform/HSTStringUtils.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/Json.h"
@@ -66,7 +67,7 @@ static std::string placeText(const HDNTBlock& block) {
 
 static std::string mappingOf(const HDNTBlock& block) {
     const HDNTNetlist* const netlist = block.getAttachedNetlist();
-    return netlist ? sectionName(netlist->section()) : "";
+    return netlist ? std::string(hdnt::words::sections.wordOf(netlist->section())) : "";
 }
 
 static std::string listText(const std::vector<HDNTBlock*>& blocks) {

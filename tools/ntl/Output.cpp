@@ -1,5 +1,6 @@
 #include "tools/ntl/Output.h"
 
+#include "hdnt/platform/Text.h"
 #include "tools/ntl/Status.h"
 
 #include <fcntl.h>
@@ -14,6 +15,9 @@
 #include <utility>
 
 namespace ntl {
+
+using hdnt::platform::characters;
+using hdnt::platform::continuesCharacter;
 
 static bool colorByDescriptor[3] = {};
 
@@ -76,7 +80,7 @@ static size_t printableLength(std::string_view text) {
     const size_t length = first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : 2;
     if (first < 0xc2 || first > 0xf4 || text.size() < length) return 0;
     for (size_t i = 1; i < length; ++i)
-        if ((byte(i) & 0xc0U) != 0x80U) return 0;
+        if (!continuesCharacter(text[i])) return 0;
     const unsigned char second = byte(1);
     const bool overlong = (first == 0xe0 && second < 0xa0) || (first == 0xf0 && second < 0x90);
     const bool outside = (first == 0xed && second > 0x9f) || (first == 0xf4 && second > 0x8f);
@@ -145,20 +149,13 @@ void Table::add(std::vector<std::string> cells) {
 
 void Table::addNote(const std::string& text) { lines_.push_back({{printable(text)}, true}); }
 
-static bool beginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xc0U) != 0x80U; }
-
-// Characters, not bytes; wide and combining ones are not told apart.
-static size_t widthOf(const std::string& text) {
-    return static_cast<size_t>(std::count_if(text.begin(), text.end(), beginsCharacter));
-}
-
 std::string Table::text() const {
     if (lines_.size() == 1) return {};
     std::vector<size_t> widths;
     for (const Line& line : lines_) {
         for (size_t i = 0; !line.isNote && i < line.cells.size(); ++i) {
             widths.resize(std::max(widths.size(), i + 1));
-            widths[i] = std::max(widths[i], widthOf(line.cells[i]));
+            widths[i] = std::max(widths[i], characters(line.cells[i]));
         }
     }
     std::string result;
@@ -167,20 +164,12 @@ std::string Table::text() const {
         size_t gap = 0;
         for (size_t i = 0; i < line.cells.size(); ++i) {
             if (!line.cells[i].empty()) row += std::string(gap, ' ') + line.cells[i];
-            gap = (line.cells[i].empty() ? gap : 0) + widths[i] + 2 - std::min(widths[i], widthOf(line.cells[i]));
+            gap = (line.cells[i].empty() ? gap : 0) + widths[i] + 2 - std::min(widths[i], characters(line.cells[i]));
         }
         const bool isHeader = &line == &lines_.front();
         result += indent_ + (isHeader ? colored(Color::Bold, row, STDOUT_FILENO) : row) + "\n";
     }
     return result;
-}
-
-std::string clipped(const std::string& text, size_t characters) {
-    if (text.size() <= characters || widthOf(text) <= characters) return text;
-    size_t end = 0;
-    for (size_t left = characters - 3; end < text.size(); ++end)
-        if (beginsCharacter(text[end]) && left-- == 0) break;
-    return text.substr(0, end) + "...";
 }
 
 std::string counted(size_t count, const std::string& noun) {

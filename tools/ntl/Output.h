@@ -85,10 +85,6 @@ private:
     std::vector<Line> lines_;
 };
 
-/// The text when it has no more characters than that, else its beginning and "...", which together have as many. A
-/// character of several bytes is never cut.
-std::string clipped(const std::string& text, size_t characters);
-
 /// "1 error", "3 errors"
 std::string counted(size_t count, const std::string& noun);
 

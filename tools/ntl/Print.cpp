@@ -1,5 +1,6 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/netlist/HDNTNetlist.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Model.h"
