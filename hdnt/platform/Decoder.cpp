@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint64_t XzMemoryLimit = std::uint64_t{256} << 20; // the largest preset takes 65 MiB
 
-constexpr std::string_view GzipMagic("\x1f\x8b\x08", 3); // 8: deflate, the only method there is
+constexpr std::string_view GzipMagic("\x1f\x8b", 2); // no text begins with these two
 constexpr std::string_view XzMagic("\xfd"
                                    "7zXZ\0",
                                    6);
@@ -58,10 +58,7 @@ public:
         if (code == Z_MEM_ERROR) return Status::TooMuchMemory;
         return code == Z_OK || code == Z_BUF_ERROR ? Status::More : Status::Damaged;
     }
-    bool recognises(std::string_view text) const override {
-        constexpr unsigned char reservedFlags = 0xe0;
-        return startsWithMagic(text, GzipMagic) && (text.size() < 4 || (text[3] & reservedFlags) == 0);
-    }
+    bool recognises(std::string_view text) const override { return startsWithMagic(text, GzipMagic); }
 
 private:
     z_stream stream_{};

@@ -39,11 +39,40 @@ cmake --build "$work/project/build" >/dev/null
 for program in $programs; do
     (cd / && "$work/project/build/$program") >>"$work/first.txt"
 done
-for line in '^[0-9]* blocks$' '^CLK: input clock$' '^INIT: The string value is not' '^A\[7:0\] has bits 7 to 0$' \
+for line in 'three_faults.btl:10:5: Pin D\[3\] is being redefined. \[pin-redefined\]$' '^first has 2 blocks$' '^[0-9]* blocks$' '^CLK: input clock$' '^INIT: The string value is not' '^A\[7:0\] has bits 7 to 0$' \
     '^library "simulation" {$' '^  // type 1558$' '^[1-9][0-9]* of [0-9]* blocks have a clock$' \
     "^INIT is 1'"; do
     grep -q "$line" "$work/first.txt" || fail "the programs print no line like $line: $(cat "$work/first.txt")"
 done
+
+# The library for authors, by its component.
+mkdir "$work/author"
+cat >"$work/author/program.cpp" <<'END'
+#include <author/author.h>
+#include <cstdio>
+#include <hdnt/hdnt.h>
+int main() {
+    std::string neat;
+    HDNTFormatProblem problem;
+    const hdnt::Loaded loaded = hdnt::load(ConfigBase::getDataLocation("examples") + "/unregistered.btl");
+    for (const hdnt::Diagnostic& said : hdnt::author::lintLibrary(*loaded.library)) std::puts(said.code.c_str());
+    return HDNTFormatter::format("library \"l\"{}", neat, problem) ? 0 : 1;
+}
+END
+cat >"$work/author/CMakeLists.txt" <<'END'
+cmake_minimum_required(VERSION 3.25)
+project(author LANGUAGES CXX)
+find_package(hdnt 0.3 CONFIG REQUIRED COMPONENTS author)
+find_package(hdnt 0.3 CONFIG QUIET COMPONENTS none)
+if(hdnt_FOUND)
+  message(FATAL_ERROR "a component that there is not was found")
+endif()
+add_executable(program program.cpp)
+target_link_libraries(program PRIVATE hdnt::author)
+END
+cmake -G Ninja -S "$work/author" -B "$work/author/build" -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+cmake --build "$work/author/build" >/dev/null
+[ "$("$work/author/build/program")" = unregistered-block ] || fail "the library for authors does not answer"
 
 PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name hdnt.pc)")
 export PKG_CONFIG_PATH

@@ -164,9 +164,6 @@ TEST_F(InputFile, TellsTextsFromArchives) {
                                  "P*M"s,
                                  "P*M;"s,
                                  "_*M\x19"s,
-                                 "\x1f\x8b\x07\0"s,
-                                 "\x1f\x8b\x08\x20"s,
-                                 "\x1f\x8b\x08\x80 text"s,
                                  "\xfd"
                                  "7zXY\0"s,
                                  "(\xb5/\xfc"s};
@@ -180,6 +177,8 @@ TEST_F(InputFile, TellsTextsFromArchives) {
                                   "BZh9\x17rE8P\x90"s,
                                   "P*M\x18"s,
                                   "_*M\x18\xff\xff\xff\xff"s,
+                                  "\x1f\x8b\x07\0"s,
+                                  "\x1f\x8b\x08\x80 text"s,
                                   "\x1f\x8b\x08"s,
                                   "\x1f\x8b\x08\x1f"s,
                                   "\x1f\x8b\x08\0, and so on"s,
