@@ -101,7 +101,7 @@ Word maturity(HDNTBlock& block) { return wordOf<words::maturityLevels>(block.get
 OrNone masterDriverPin(HDNTBlock& block) { return {block.getMasterDriverPinName()}; }
 
 // The mapping for an architecture may have to be loaded first.
-PyObject* netlistOf(const Use& use, const std::string* architecture) {
+PyObject* netlistOf(const HandleInUse& use, const std::string* architecture) {
     auto& block = use.as<HDNTBlock>();
     LoadSection::waitForChanges();
     const bool attached = block.hasOwnNetlist() || (!architecture && block.getAttachedNetlist());
@@ -116,7 +116,7 @@ PyObject* netlistOf(const Use& use, const std::string* architecture) {
 
 PyObject* netlist(PyObject* self, void*) noexcept {
     return guarded([&] {
-        const Use use(self);
+        const HandleInUse use(self);
         return netlistOf(use, nullptr);
     });
 }
@@ -149,7 +149,7 @@ PyGetSetDef blockFields[] = {
     field<supportsInternalPins>("supports_internal_pins", "Whether the current part supports internal pins."),
     noMoreFields};
 
-HDNTBlock& blockOf(const Use& use) { return use.as<HDNTBlock>(); }
+HDNTBlock& blockOf(const HandleInUse& use) { return use.as<HDNTBlock>(); }
 
 PyObject* tuple(std::initializer_list<PyObject*> items) {
     PyObject* const result = PyTuple_New(static_cast<Py_ssize_t>(items.size()));
@@ -160,7 +160,7 @@ PyObject* tuple(std::initializer_list<PyObject*> items) {
 }
 
 py::list pinTuples(const py::object& self) {
-    const Use use(handleOf(self, typeOf(HDNTNodeKind::Block)));
+    const HandleInUse use(handleOf(self, typeOf(HDNTNodeKind::Block)));
     const HDNTBlock& block = blockOf(use);
     py::list list(block.getNumPins());
     for (size_t i = 0; i < block.getNumPins(); ++i) {
@@ -173,7 +173,7 @@ py::list pinTuples(const py::object& self) {
 }
 
 py::list busTuples(const py::object& self) {
-    const Use use(handleOf(self, typeOf(HDNTNodeKind::Block)));
+    const HandleInUse use(handleOf(self, typeOf(HDNTNodeKind::Block)));
     const HDNTBlock& block = blockOf(use);
     py::list list(block.getNumBuses());
     for (size_t i = 0; i < block.getNumBuses(); ++i) {
@@ -187,7 +187,7 @@ py::list busTuples(const py::object& self) {
 }
 
 py::dict propertyDict(const py::object& self) {
-    const Use use(handleOf(self, typeOf(HDNTNodeKind::Block)));
+    const HandleInUse use(handleOf(self, typeOf(HDNTNodeKind::Block)));
     const HDNTBlock& block = blockOf(use);
     py::dict dict;
     for (const HDNTProperty& property : block.properties()) {
@@ -207,7 +207,7 @@ void addBlockTypes(py::module_& module) {
     define(
         type, "netlist_for", "The mapping for an architecture; None when there is none.",
         [](const py::object& self, const py::object& architecture) {
-            const Use use(handleOf(self, typeOf(HDNTNodeKind::Block)));
+            const HandleInUse use(handleOf(self, typeOf(HDNTNodeKind::Block)));
             const std::string name = textOf(architecture);
             return object(netlistOf(use, &name));
         },

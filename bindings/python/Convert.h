@@ -104,7 +104,7 @@ PyObject* getter(PyObject* self, void*) noexcept {
     using Node = typename Accessor<decltype(F)>::Node;
     using Result = typename Accessor<decltype(F)>::Result;
     return guarded([&]() -> PyObject* {
-        const Use use(self);
+        const HandleInUse use(self);
         auto& node = use.as<Node>();
         if constexpr (NodePointer<std::remove_cvref_t<Result>>) return wrap(std::invoke(F, node), use.library());
         else if constexpr (NodeList<std::remove_cvref_t<Result>>) return wrapAll(std::invoke(F, node), use.library());

@@ -112,7 +112,7 @@ void setProperties(Expansion& expansion, const HDNTBlock& block, const py::dict&
 py::object expand(const py::object& self, const py::object& values, const py::iterable& connected, bool deep,
                   const std::string& architecture, const py::object& functions, const py::kwargs& more) {
     Handle* const handle = handleOf(self, typeOf(HDNTNodeKind::Block));
-    const Use use(handle);
+    const HandleInUse use(handle);
     auto& block = use.as<HDNTBlock>();
     if (deep || !block.hasOwnNetlist()) scripts::Reading::mustNotAskMapLibrary(block);
     Expansion expansion(block, architecture);

@@ -35,14 +35,14 @@ PyGetSetDef operationFields[] = {
 
 PyObject* textOfExpression(PyObject* self) noexcept {
     return guarded([&] {
-        const Use use(self);
+        const HandleInUse use(self);
         return toPython(scripts::textOf(use.as<HDNTExpr>()));
     });
 }
 
 py::object evaluate(const py::object& type, const py::object& self, const py::object& functions) {
     Handle* const handle = handleOf(self, reinterpret_cast<PyTypeObject*>(type.ptr()));
-    const Use use(handle);
+    const HandleInUse use(handle);
     auto& expression = use.as<HDNTExpr>();
     PythonFunctions table(functions);
     py::object result = py::none();

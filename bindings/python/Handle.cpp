@@ -53,7 +53,7 @@ bool isDead(const Handle* handle) {
     return !handle->native.node() || library->state->isGone();
 }
 
-Use::Use(Handle* handle) : library_(handle->library ? handle->library : handle) {
+HandleInUse::HandleInUse(Handle* handle) : library_(handle->library ? handle->library : handle) {
     if (handle->kind >= HDNTNodeKind::Netlist) LoadSection::waitForChanges();
     node_ = handle->native.node();
     if (isDead(handle))
@@ -72,7 +72,7 @@ static void deleteOwned(std::unique_ptr<HDNTLibrary> last) {
     last.reset();
 }
 
-Use::~Use() {
+HandleInUse::~HandleInUse() {
     const bool failing = PyErr_Occurred() != nullptr;
     PyObject *type = nullptr, *value = nullptr, *trace = nullptr;
     library_->state->end([&](std::unique_ptr<HDNTLibrary> last) {
@@ -168,14 +168,14 @@ static PyObject* isAlive(PyObject* self, void*) {
 
 static PyObject* getLibrary(PyObject* self, void*) noexcept {
     return guarded([&] {
-        const Use use(self);
+        const HandleInUse use(self);
         return Py_NewRef(reinterpret_cast<PyObject*>(use.library()));
     });
 }
 
 static PyObject* getLocation(PyObject* self, void*) noexcept {
     return guarded([&] {
-        const Use use(self);
+        const HandleInUse use(self);
         const yyltype* const location = use.node()->getLocation();
         return location ? toPython(*location) : Py_NewRef(Py_None);
     });

@@ -34,13 +34,13 @@ struct Handle {
 
 /// Keeps a handle's library from being deleted by a script while an operation is under way, also when that gives up the
 /// interpreter lock or calls back into Python. Throws Gone for a dead handle. Made and destroyed with the lock held.
-class Use {
+class HandleInUse {
 public:
-    explicit Use(Handle* handle);
-    explicit Use(PyObject* object) : Use(reinterpret_cast<Handle*>(object)) {}
-    ~Use();
-    Use(const Use&) = delete;
-    Use& operator=(const Use&) = delete;
+    explicit HandleInUse(Handle* handle);
+    explicit HandleInUse(PyObject* object) : HandleInUse(reinterpret_cast<Handle*>(object)) {}
+    ~HandleInUse();
+    HandleInUse(const HandleInUse&) = delete;
+    HandleInUse& operator=(const HandleInUse&) = delete;
 
     HDNTNode* node() const { return node_; }
     template <typename Class>

@@ -20,12 +20,12 @@ namespace hdnt::python {
 namespace {
 
 Handle* libraryAt(const py::handle& self) { return handleOf(self, typeOf(HDNTNodeKind::Library)); }
-HDNTLibrary& libraryOf(const Use& use) { return use.as<HDNTLibrary>(); }
+HDNTLibrary& libraryOf(const HandleInUse& use) { return use.as<HDNTLibrary>(); }
 py::object object(PyObject* reference) { return py::reinterpret_steal<py::object>(reference); }
 
 PyObject* parent(PyObject* self, void*) noexcept {
     return guarded([&] {
-        const Use use(self);
+        const HandleInUse use(self);
         PyObject* const above = use.library()->state->parentObject;
         return Py_NewRef(above ? above : Py_None);
     });
@@ -49,7 +49,7 @@ PyObject* names(PyObject* self, void*) noexcept {
 
 PyObject* functions(PyObject* self, void*) noexcept {
     return guarded([&] {
-        const Use use(self);
+        const HandleInUse use(self);
         py::tuple all(libraryOf(use).getNumFunctionDecls());
         for (size_t i = 0; i < all.size(); ++i) all[i] = object(wrap(libraryOf(use).getFunctionDecl(i), use.library()));
         return all.release().ptr();
@@ -81,7 +81,7 @@ PyGetSetDef fields[] = {
 
 Py_ssize_t sizeOf(PyObject* self) noexcept {
     try {
-        const Use use(self);
+        const HandleInUse use(self);
         return static_cast<Py_ssize_t>(libraryOf(use).getNumTypeBlocks(false));
     } catch (...) {
         setPythonError();
@@ -91,7 +91,7 @@ Py_ssize_t sizeOf(PyObject* self) noexcept {
 
 PyObject* subscript(PyObject* self, PyObject* key) noexcept {
     return guarded([&]() -> PyObject* {
-        const Use use(self);
+        const HandleInUse use(self);
         HDNTBlock* const block = PyUnicode_Check(key) ? libraryOf(use).getTypeBlockByName(textOf(key), false) : nullptr;
         if (block) return wrap(block, use.library());
         PyErr_SetObject(PyExc_KeyError, key);
@@ -101,7 +101,7 @@ PyObject* subscript(PyObject* self, PyObject* key) noexcept {
 
 int contains(PyObject* self, PyObject* key) noexcept {
     try {
-        const Use use(self);
+        const HandleInUse use(self);
         return PyUnicode_Check(key) && libraryOf(use).getTypeBlockByName(textOf(key), false) ? 1 : 0;
     } catch (...) {
         setPythonError();
@@ -111,18 +111,18 @@ int contains(PyObject* self, PyObject* key) noexcept {
 
 PyObject* iterate(PyObject* self) noexcept {
     return guarded([&] {
-        const Use use(self);
+        const HandleInUse use(self);
         return iterateNames(self);
     });
 }
 
 py::object find(const py::object& self, const py::object& name) {
-    const Use use(libraryAt(self));
+    const HandleInUse use(libraryAt(self));
     return object(wrap(libraryOf(use).getTypeBlockByName(textOf(name), true), use.library()));
 }
 
 py::list startingWith(const py::object& self, const py::object& prefix, bool withParents) {
-    const Use use(libraryAt(self));
+    const HandleInUse use(libraryAt(self));
     std::vector<HDNTBlock*> blocks;
     libraryOf(use).getTypeBlocksBeginWith(textOf(prefix), blocks, withParents);
     py::list list;
@@ -151,7 +151,7 @@ std::string pathOf(const py::object& path) {
 
 py::object load(const py::object& from, const py::object& above, bool check) {
     const std::string path = pathOf(from);
-    std::optional<Use> parentUse;
+    std::optional<HandleInUse> parentUse;
     if (!above.is_none()) parentUse.emplace(libraryAt(above));
     std::unique_ptr<HDNTLibrary> library;
     std::vector<Diagnostic> warnings;

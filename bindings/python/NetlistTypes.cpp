@@ -36,7 +36,7 @@ PyGetSetDef netlistFields[] = {
 // Instances may name a block of the common library, which is loaded for that.
 PyObject* typeBlock(PyObject* self, void*) noexcept {
     return guarded([&]() -> PyObject* {
-        const Use use(self);
+        const HandleInUse use(self);
         const auto& instance = use.as<HDNTBlockInst>();
         auto& library = *static_cast<HDNTLibrary*>(use.library()->native.node());
         if (HDNTBlock* const block = library.getTypeBlockByName(instance.typeName(), true))

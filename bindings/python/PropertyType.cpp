@@ -98,7 +98,7 @@ std::string refusal(const HDNTProperty& property, const py::object& value) {
     return plain ? scripts::refusalOf(property, *plain) : "The value is no 32-bit number.";
 }
 
-HDNTProperty& propertyOf(const Use& use) { return use.as<HDNTProperty>(); }
+HDNTProperty& propertyOf(const HandleInUse& use) { return use.as<HDNTProperty>(); }
 
 } // namespace
 
@@ -109,14 +109,14 @@ void addPropertyType(py::module_& module) {
     define(
         type, "refusal", "Why the property may not have the value; None when it may.",
         [self](const py::object& handle, const py::object& value) {
-            const Use use(self(handle));
+            const HandleInUse use(self(handle));
             return orNone(refusal(propertyOf(use), value));
         },
         py::arg("value"));
     define(
         type, "accepts", "Whether the property may have the value.",
         [self](const py::object& handle, const py::object& value) {
-            const Use use(self(handle));
+            const HandleInUse use(self(handle));
             return refusal(propertyOf(use), value).empty();
         },
         py::arg("value"));
@@ -124,7 +124,7 @@ void addPropertyType(py::module_& module) {
         type, "digits",
         "Plain digits of a bit vector in the property's radix and width; values of other types come back as they are.",
         [self](const py::object& handle, const py::object& value, bool keepLeadingZeros) {
-            const Use use(self(handle));
+            const HandleInUse use(self(handle));
             return textObject(propertyOf(use).formatValue(textOf(value), keepLeadingZeros));
         },
         py::arg("value"), py::arg("keep_leading_zeros") = true);

@@ -101,7 +101,7 @@ PyObject* represent(PyObject* self) noexcept {
     return guarded([&] {
         auto* const handle = reinterpret_cast<Handle*>(self);
         try {
-            const Use use(handle); // which may wait for what replaces mappings
+            const HandleInUse use(handle); // which may wait for what replaces mappings
             return toPython("<" + describe(handle) + withSpace(contentsOf(*use.node())) + ">");
         } catch (const Gone&) {
             return toPython("<" + describe(handle) + ">");

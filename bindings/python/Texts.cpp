@@ -13,7 +13,7 @@ namespace {
 
 // A whole library takes its time, so other Python threads run meanwhile.
 py::object textOfNode(const py::object& self, std::string (*make)(HDNTNode&)) {
-    const Use use(self.ptr());
+    const HandleInUse use(self.ptr());
     std::string text;
     inSection(LoadSection::Changes, describe(reinterpret_cast<Handle*>(self.ptr())), [&] { text = make(*use.node()); });
     return textObject(text);
@@ -31,15 +31,15 @@ py::object placeOf(const HDNTDifference::Place& place) {
 }
 
 template <typename Model>
-std::vector<HDNTDifference> compare(const Use& before, const Use& after) {
+std::vector<HDNTDifference> compare(const HandleInUse& before, const HandleInUse& after) {
     return HDNTComparison::compare(before.as<const Model>(), after.as<const Model>());
 }
 
 py::list diff(const py::object& before, const py::object& after) {
     const bool libraries = PyObject_TypeCheck(before.ptr(), typeOf(HDNTNodeKind::Library)) != 0;
     PyTypeObject* const type = typeOf(libraries ? HDNTNodeKind::Library : HDNTNodeKind::Block);
-    const Use left(handleOf(before, type));
-    const Use right(handleOf(after, type));
+    const HandleInUse left(handleOf(before, type));
+    const HandleInUse right(handleOf(after, type));
     std::vector<HDNTDifference> differences;
     inSection(LoadSection::Quiet, "diff",
               [&] { differences = libraries ? compare<HDNTLibrary>(left, right) : compare<HDNTBlock>(left, right); });

@@ -44,7 +44,7 @@ PyObject* makeIterator(PyObject* owner, const Listing& kind, bool names) {
 
 PyObject* iterate(PyObject* self) noexcept {
     return guarded([&] {
-        const Use use(viewAt(self)->owner);
+        const HandleInUse use(viewAt(self)->owner);
         return makeIterator(viewAt(self)->owner, *viewAt(self)->kind, false);
     });
 }
@@ -52,7 +52,7 @@ PyObject* iterate(PyObject* self) noexcept {
 PyObject* nextOf(PyObject* self) noexcept {
     return guarded([&]() -> PyObject* {
         auto* const iterator = reinterpret_cast<Iterator*>(self);
-        const Use use(iterator->owner);
+        const HandleInUse use(iterator->owner);
         if (iterator->next >= iterator->kind->size(*use.node())) return nullptr;
         HDNTNode* const node = iterator->kind->at(*use.node(), iterator->next++);
         return iterator->names ? toPython(scripts::nameOf(*node)) : wrap(node, use.library());
@@ -61,7 +61,7 @@ PyObject* nextOf(PyObject* self) noexcept {
 
 Py_ssize_t sizeOf(PyObject* self) noexcept {
     try {
-        const Use use(viewAt(self)->owner);
+        const HandleInUse use(viewAt(self)->owner);
         return static_cast<Py_ssize_t>(viewAt(self)->kind->size(*use.node()));
     } catch (...) {
         setPythonError();
@@ -69,7 +69,7 @@ Py_ssize_t sizeOf(PyObject* self) noexcept {
     }
 }
 
-PyObject* slice(View& view, const Use& use, PyObject* key) {
+PyObject* slice(View& view, const HandleInUse& use, PyObject* key) {
     Py_ssize_t start = 0, stop = 0, step = 0;
     if (PySlice_Unpack(key, &start, &stop, &step) < 0) throw py::error_already_set();
     const auto size = static_cast<Py_ssize_t>(view.kind->size(*use.node()));
@@ -84,7 +84,7 @@ PyObject* slice(View& view, const Use& use, PyObject* key) {
 PyObject* subscript(PyObject* self, PyObject* key) noexcept {
     return guarded([&]() -> PyObject* {
         View& view = *viewAt(self);
-        const Use use(view.owner);
+        const HandleInUse use(view.owner);
         if (PyUnicode_Check(key)) {
             HDNTNode* const node = view.kind->find(*use.node(), textOf(key));
             if (node) return wrap(node, use.library());
@@ -104,7 +104,7 @@ PyObject* subscript(PyObject* self, PyObject* key) noexcept {
 // Of the sequence protocol: Python has added the length to a negative index already.
 PyObject* itemAt(PyObject* self, Py_ssize_t index) noexcept {
     return guarded([&] {
-        const Use use(viewAt(self)->owner);
+        const HandleInUse use(viewAt(self)->owner);
         if (index < 0 || static_cast<size_t>(index) >= viewAt(self)->kind->size(*use.node()))
             throw py::index_error(std::string(viewAt(self)->kind->name) + " index out of range");
         return wrap(viewAt(self)->kind->at(*use.node(), static_cast<size_t>(index)), use.library());
@@ -114,7 +114,7 @@ PyObject* itemAt(PyObject* self, Py_ssize_t index) noexcept {
 int contains(PyObject* self, PyObject* item) noexcept {
     try {
         const Listing& kind = *viewAt(self)->kind;
-        const Use use(viewAt(self)->owner);
+        const HandleInUse use(viewAt(self)->owner);
         if (PyUnicode_Check(item)) return kind.find(*use.node(), textOf(item)) ? 1 : 0;
         if (!isHandle(item)) return 0;
         const HDNTNode* const node = reinterpret_cast<Handle*>(item)->native.node();
@@ -148,7 +148,7 @@ PyObject* namesIn(PyObject* self, void*) noexcept {
 std::string contents(const View& view) {
     constexpr size_t most = 5;
     try {
-        const Use use(view.owner);
+        const HandleInUse use(view.owner);
         const size_t size = view.kind->size(*use.node());
         std::string text = " (" + std::to_string(size) + (size > 0 ? "): " : ")");
         for (size_t i = 0; i < std::min(size, most); ++i)
@@ -178,7 +178,7 @@ PyObject* makeView(PyObject* owner, const Listing& kind) {
 }
 
 PyObject* namesOf(PyObject* owner, const Listing& kind) {
-    const Use use(owner);
+    const HandleInUse use(owner);
     std::vector<std::string> names(kind.size(*use.node()));
     for (size_t i = 0; i < names.size(); ++i) names[i] = scripts::nameOf(*kind.at(*use.node(), i));
     return toPython(names);

@@ -17,7 +17,7 @@ PyObject* iterateNames(PyObject* library);
 template <const Listing& Kind>
 PyObject* viewOf(PyObject* self, void*) noexcept {
     return guarded([&] {
-        const Use use(self);
+        const HandleInUse use(self);
         return makeView(self, Kind);
     });
 }

@@ -47,7 +47,7 @@ private:
 };
 
 void accept(const py::object& self, const py::object& visitor, bool own) {
-    const Use use(self.ptr());
+    const HandleInUse use(self.ptr());
     if (!py::isinstance(visitor, visitorClass()))
         throw py::type_error("an hdnt.Visitor is wanted, not " + std::string(Py_TYPE(visitor.ptr())->tp_name));
     PythonVisitor walker(visitor, use.library());

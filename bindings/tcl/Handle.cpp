@@ -24,18 +24,18 @@ using wpx::tcltasks::tcl_native_cache;
 static constexpr std::string_view root = "::hdnt::";
 
 // Lives that are there now. With the lock.
-static std::set<Life*>& lives() {
-    static auto* const all = new std::set<Life*>;
+static std::set<SharedLibrary*>& lives() {
+    static auto* const all = new std::set<SharedLibrary*>;
     return *all;
 }
 
-Life::Life(HDNTLibrary& library, std::shared_ptr<Life> parentLife)
+SharedLibrary::SharedLibrary(HDNTLibrary& library, std::shared_ptr<SharedLibrary> parentLife)
     : OpenLibrary(static_cast<native_handle&>(*this), parentLife.get()), below(std::move(parentLife)) {
     tcl_native_cache::libraries().of(HDNTNodeKind::Library).enter(library, *this);
     lives().insert(this);
 }
 
-Life::~Life() {
+SharedLibrary::~SharedLibrary() {
     lives().erase(this);
     tcl_native_cache::libraries().of(HDNTNodeKind::Library).drop(*this);
 }
@@ -99,37 +99,38 @@ static void remove(std::unique_ptr<HDNTLibrary> last) {
 void Session::end() {
     const Locked lock;
     ended_ = true;
-    for (const std::shared_ptr<Life>& life : owned_) life->closed = true;
+    for (const std::shared_ptr<SharedLibrary>& life : owned_) life->closed = true;
     while (!owned_.empty()) { // those over others came later
-        const std::shared_ptr<Life> life = std::move(owned_.back());
+        const std::shared_ptr<SharedLibrary> life = std::move(owned_.back());
         owned_.pop_back();
         life->close(remove);
     }
 }
 
-std::shared_ptr<Life> Session::lifeOf(HDNTLibrary& library) {
+std::shared_ptr<SharedLibrary> Session::lifeOf(HDNTLibrary& library) {
     if (auto* const known = tcl_native_cache::libraries().of(HDNTNodeKind::Library).find(library))
-        if (std::shared_ptr<Life> life = static_cast<Life*>(known)->weak_from_this().lock()) return life;
+        if (std::shared_ptr<SharedLibrary> life = static_cast<SharedLibrary*>(known)->weak_from_this().lock())
+            return life;
     HDNTLibrary* const below = library.getParentLibrary();
-    return std::make_shared<Life>(library, below ? lifeOf(*below) : nullptr);
+    return std::make_shared<SharedLibrary>(library, below ? lifeOf(*below) : nullptr);
 }
 
-std::shared_ptr<Life> Session::lifeOf(const HDNTDecl& declared, std::shared_ptr<Life> life) {
+std::shared_ptr<SharedLibrary> Session::lifeOf(const HDNTDecl& declared, std::shared_ptr<SharedLibrary> life) {
     while (life && life->node() != declared.getParent()) life = life->below;
     return life;
 }
 
-std::shared_ptr<Life> Session::own(std::unique_ptr<HDNTLibrary> library) {
-    std::shared_ptr<Life> life = lifeOf(*library);
+std::shared_ptr<SharedLibrary> Session::own(std::unique_ptr<HDNTLibrary> library) {
+    std::shared_ptr<SharedLibrary> life = lifeOf(*library);
     life->owned = std::move(library);
     owned_.push_back(life);
     return life;
 }
 
-void Session::close(Life& life) {
+void Session::close(SharedLibrary& life) {
     life.closed = true;
     sweepWanted_ = true;
-    std::vector<std::shared_ptr<Life>> gone;
+    std::vector<std::shared_ptr<SharedLibrary>> gone;
     const auto kept =
         std::stable_partition(owned_.begin(), owned_.end(), [](const auto& one) { return !one->isGone(); });
     std::move(kept, owned_.end(), std::back_inserter(gone));
@@ -138,16 +139,16 @@ void Session::close(Life& life) {
 }
 
 bool Session::closeManaged() {
-    for (const Life* life : lives())
+    for (const SharedLibrary* life : lives())
         if (life->path.empty() && life->running > 0) return false;
-    for (Life* life : lives())
+    for (SharedLibrary* life : lives())
         if (life->path.empty()) life->closed = true;
     return true;
 }
 
-std::vector<std::shared_ptr<Life>> Session::libraries() const { return owned_; }
+std::vector<std::shared_ptr<SharedLibrary>> Session::libraries() const { return owned_; }
 
-Handle* Session::create(HDNTNode& node, const std::shared_ptr<Life>& life) {
+Handle* Session::create(HDNTNode& node, const std::shared_ptr<SharedLibrary>& life) {
     const HDNTNodeKind kind = node.getKind();
     const std::string name = std::string(root) + wordOf(kind) + std::to_string(++numbers_[static_cast<size_t>(kind)]);
     auto handle = std::make_unique<Handle>();
@@ -190,11 +191,11 @@ Tcl_Obj* Session::nameOf(Handle& handle) {
     return name;
 }
 
-Tcl_Obj* Session::wrap(HDNTNode* node, const std::shared_ptr<Life>& from) {
+Tcl_Obj* Session::wrap(HDNTNode* node, const std::shared_ptr<SharedLibrary>& from) {
     if (!node) return Tcl_NewObj();
     if (auto* const known = static_cast<Handle*>(caches_.of(node->getKind()).find(*node))) return nameOf(*known);
     if (ended_ || !wordOf(node->getKind())) throw Gone("there is no handle for this");
-    std::shared_ptr<Life> life = from;
+    std::shared_ptr<SharedLibrary> life = from;
     const bool isDeclared = node->getKind() == HDNTNodeKind::Block || node->getKind() == HDNTNodeKind::FunctionDecl;
     if (isDeclared) life = lifeOf(static_cast<HDNTDecl&>(*node), life);
     if (node->getKind() == HDNTNodeKind::Library) life = lifeOf(static_cast<HDNTLibrary&>(*node));
@@ -233,7 +234,7 @@ void Session::commandGone(ClientData data) {
     handle->command = nullptr;
     const std::shared_ptr<Session> session = handle->session;
     session->caches_.of(handle->kind).drop(*handle); // the next question makes a new command
-    const std::shared_ptr<Life> life = handle->life;
+    const std::shared_ptr<SharedLibrary> life = handle->life;
     const bool closes = handle->kind == HDNTNodeKind::Library && !life->path.empty() && !life->closed;
     forget(handle);
     if (closes) session->close(*life);
@@ -251,7 +252,7 @@ void Session::sweep() {
                 ++handle->uses;
                 dead.push_back(handle);
             }
-        for (const std::shared_ptr<Life>& life : std::vector(owned_))
+        for (const std::shared_ptr<SharedLibrary>& life : std::vector(owned_))
             if (life->isGone()) close(*life);
         sweepWanted_ = false;
     }
@@ -262,7 +263,7 @@ void Session::sweep() {
     }
 }
 
-Use::Use(Handle& handle) : handle_(handle), life_(handle.life) {
+HandleInUse::HandleInUse(Handle& handle) : handle_(handle), life_(handle.life) {
     if (handle.kind >= HDNTNodeKind::Netlist) LoadSection::waitForChanges(scriptLock());
     node_ = handle.node();
     if (handle.isDead()) {
@@ -273,7 +274,7 @@ Use::Use(Handle& handle) : handle_(handle), life_(handle.life) {
     life_->begin();
 }
 
-Use::~Use() {
+HandleInUse::~HandleInUse() {
     life_->end(remove);
     Session::forget(&handle_);
 }
@@ -284,7 +285,7 @@ int Session::run(ClientData data, Tcl_Interp* interp, int count, Tcl_Obj* const 
     Tcl_Preserve(interp);
     const int status = guarded(interp, [&]() -> Tcl_Obj* {
         const Locked lock;
-        const Use use(*handle);
+        const HandleInUse use(*handle);
         return runSubcommand({*session, use.node(), use.life(), count, words, 1});
     });
     session->sweep();

@@ -16,11 +16,11 @@ namespace hdnt::tcl {
 using scripts::Gone;
 
 /// A library that some interpreter knows: one for all of them.
-struct Life : wpx::tcltasks::native_handle, scripts::OpenLibrary, std::enable_shared_from_this<Life> {
-    Life(HDNTLibrary& library, std::shared_ptr<Life> below);
-    ~Life();
+struct SharedLibrary : wpx::tcltasks::native_handle, scripts::OpenLibrary, std::enable_shared_from_this<SharedLibrary> {
+    SharedLibrary(HDNTLibrary& library, std::shared_ptr<SharedLibrary> below);
+    ~SharedLibrary();
 
-    std::shared_ptr<Life> below;
+    std::shared_ptr<SharedLibrary> below;
     std::string path; ///< what it was loaded from; empty for a library of the manager
     std::vector<Diagnostic> warnings;
 
@@ -32,7 +32,7 @@ class Session;
 /// What a command such as ::hdnt::block7 stands for. Lives as long as the command and what uses it.
 struct Handle : wpx::tcltasks::native_handle {
     std::shared_ptr<Session> session;
-    std::shared_ptr<Life> life; ///< of its library, or of itself
+    std::shared_ptr<SharedLibrary> life; ///< of its library, or of itself
     HDNTNodeKind kind = HDNTNodeKind::Other;
     Tcl_Command command = nullptr; ///< null once that is deleted
     Tcl_Namespace* home = nullptr;
@@ -62,18 +62,18 @@ public:
     // With the lock.
 
     /// The name of the object's command, which is made when there is none; the empty text for null.
-    Tcl_Obj* wrap(HDNTNode* node, const std::shared_ptr<Life>& life);
+    Tcl_Obj* wrap(HDNTNode* node, const std::shared_ptr<SharedLibrary>& life);
     /// The one for all interpreters.
-    static std::shared_ptr<Life> lifeOf(HDNTLibrary& library);
+    static std::shared_ptr<SharedLibrary> lifeOf(HDNTLibrary& library);
     /// Of the library that a block or function belongs to: this one or one below it; null when it is none of them.
-    static std::shared_ptr<Life> lifeOf(const HDNTDecl& declared, std::shared_ptr<Life> life);
+    static std::shared_ptr<SharedLibrary> lifeOf(const HDNTDecl& declared, std::shared_ptr<SharedLibrary> life);
     /// Takes a library over.
-    std::shared_ptr<Life> own(std::unique_ptr<HDNTLibrary> library);
+    std::shared_ptr<SharedLibrary> own(std::unique_ptr<HDNTLibrary> library);
     /// Ends a library of this interpreter and those over it: its memory goes with the last operation that is under way.
-    void close(Life& life);
+    void close(SharedLibrary& life);
     /// Closes all libraries of the manager. False, with nothing done, while one of them is in use.
     static bool closeManaged();
-    std::vector<std::shared_ptr<Life>> libraries() const;
+    std::vector<std::shared_ptr<SharedLibrary>> libraries() const;
 
     /// Whether the word is the name of a handle that was there once.
     bool wasHandle(const std::string& name) const;
@@ -90,16 +90,16 @@ public:
     static int run(ClientData handle, Tcl_Interp* interp, int count, Tcl_Obj* const words[]);
 
 private:
-    friend class Use;
+    friend class HandleInUse;
     static void commandGone(ClientData handle);
     static void forget(Handle* handle);
-    Handle* create(HDNTNode& node, const std::shared_ptr<Life>& life);
+    Handle* create(HDNTNode& node, const std::shared_ptr<SharedLibrary>& life);
     Tcl_Obj* nameOf(Handle& handle);
 
     Tcl_Interp* interp_;
     wpx::tcltasks::native_caches caches_;
     std::array<unsigned long, static_cast<size_t>(HDNTNodeKind::StringConstant) + 1> numbers_{};
-    std::vector<std::shared_ptr<Life>> owned_;
+    std::vector<std::shared_ptr<SharedLibrary>> owned_;
     Handle* first_ = nullptr;
     size_t sweptAt_ = 0;
     bool sweepWanted_ = false;
@@ -123,18 +123,18 @@ private:
 
 /// Keeps a handle, and its library from being deleted by a script, while an operation is under way, also when that
 /// calls back into Tcl. Throws DeadHandle. Made and destroyed with the lock.
-class Use {
+class HandleInUse {
 public:
-    explicit Use(Handle& handle);
-    ~Use();
-    Use(const Use&) = delete;
+    explicit HandleInUse(Handle& handle);
+    ~HandleInUse();
+    HandleInUse(const HandleInUse&) = delete;
 
     HDNTNode& node() const { return *node_; }
-    const std::shared_ptr<Life>& life() const { return life_; }
+    const std::shared_ptr<SharedLibrary>& life() const { return life_; }
 
 private:
     Handle& handle_;
-    std::shared_ptr<Life> life_;
+    std::shared_ptr<SharedLibrary> life_;
     HDNTNode* node_;
 };
 

@@ -83,7 +83,7 @@ Tcl_Obj* load(const Command& command) {
     command.check(1, 5, usage);
     if (command.arguments() % 2 == 0) command.check(0, 0, usage);
     bool check = false;
-    std::optional<Use> below;
+    std::optional<HandleInUse> below;
     for (int i = 1; i < command.arguments(); i += 2) {
         int which = 0;
         if (Tcl_GetIndexFromObj(command.interp, command.argument(i), options.data(), "option", TCL_EXACT, &which) !=
@@ -98,7 +98,7 @@ Tcl_Obj* load(const Command& command) {
     std::vector<Diagnostic> warnings;
     inSection(below ? LoadSection::Changes : LoadSection::Quiet, path,
               [&] { library = scripts::loadFrom(path, below ? below->life()->library() : nullptr, check, warnings); });
-    const std::shared_ptr<Life> life = command.session.own(std::move(library));
+    const std::shared_ptr<SharedLibrary> life = command.session.own(std::move(library));
     life->path = path;
     life->warnings = std::move(warnings);
     return command.session.wrap(life->node(), life);
@@ -108,7 +108,7 @@ Tcl_Obj* managed(const Command& command, HDNTLibrary* (*get)(), const char* name
     command.check(0, 0, nullptr);
     std::optional<Obj> result;
     std::vector<Diagnostic> warnings;
-    std::shared_ptr<Life> life;
+    std::shared_ptr<SharedLibrary> life;
     inSection(
         LoadSection::Changes, name,
         [&] {
@@ -146,8 +146,8 @@ Tcl_Obj* diff(const Command& command) {
     command.check(2, 2, "old new");
     Handle* const first = handleAt(command.interp, command.argument(0));
     const HDNTNodeKind kind = first && first->kind == HDNTNodeKind::Block ? first->kind : HDNTNodeKind::Library;
-    const Use before(handleOf(command.session, command.argument(0), kind));
-    const Use after(handleOf(command.session, command.argument(1), kind));
+    const HandleInUse before(handleOf(command.session, command.argument(0), kind));
+    const HandleInUse after(handleOf(command.session, command.argument(1), kind));
     return differences(before, after);
 }
 
@@ -160,7 +160,7 @@ Tcl_Obj* alive(const Command& command) {
 Tcl_Obj* libraries(const Command& command) {
     command.check(0, 0, nullptr);
     std::vector<Obj> open;
-    for (const std::shared_ptr<Life>& life : command.session.libraries())
+    for (const std::shared_ptr<SharedLibrary>& life : command.session.libraries())
         if (!life->isGone()) open.emplace_back(command.session.wrap(life->node(), life));
     return toTcl(listOf(open, [](const Obj& one) { return one; }));
 }

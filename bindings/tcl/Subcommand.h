@@ -13,7 +13,7 @@ namespace hdnt::tcl {
 struct Call {
     Session& session;
     HDNTNode& node;
-    const std::shared_ptr<Life>& life; ///< of the node's library
+    const std::shared_ptr<SharedLibrary>& life; ///< of the node's library
     int count;
     Tcl_Obj* const* words;
     int at; ///< where the subcommand stands
@@ -27,7 +27,7 @@ struct Call {
     int arguments() const { return count - at - 1; }
     Tcl_Obj* argument(int index) const { return words[at + 1 + index]; }
     /// The same subcommand words, asked of another object, from an argument on.
-    Call of(HDNTNode& other, const std::shared_ptr<Life>& its, int argument) const {
+    Call of(HDNTNode& other, const std::shared_ptr<SharedLibrary>& its, int argument) const {
         return {session, other, its, count, words, at + 1 + argument};
     }
     Tcl_Obj* wrap(HDNTNode* other) const { return session.wrap(other, life); }
@@ -65,7 +65,7 @@ void addCommands(Tcl_Interp* interp);
 void beginSession(Tcl_Interp* interp);
 
 /// The list of differences of two libraries or blocks.
-Tcl_Obj* differences(const Use& before, const Use& after);
+Tcl_Obj* differences(const HandleInUse& before, const HandleInUse& after);
 /// The handle behind an argument that must be of a kind. Throws DeadHandle, or Refused.
 Handle& handleOf(Session& session, Tcl_Obj* word, HDNTNodeKind kind);
 

@@ -32,8 +32,8 @@ Obj placeOf(const HDNTDifference::Place& place) {
 }
 
 Tcl_Obj* diff(const Call& call) {
-    const Use before(handleOf(call.session, call.session.wrap(&call.node, call.life), call.node.getKind()));
-    const Use after(handleOf(call.session, call.argument(0), call.node.getKind()));
+    const HandleInUse before(handleOf(call.session, call.session.wrap(&call.node, call.life), call.node.getKind()));
+    const HandleInUse after(handleOf(call.session, call.argument(0), call.node.getKind()));
     return differences(before, after);
 }
 
@@ -79,14 +79,14 @@ private:
     }
 
     Session& session_;
-    std::shared_ptr<Life> life_;
-    std::shared_ptr<Life> current_; ///< of the block that is being visited
+    std::shared_ptr<SharedLibrary> life_;
+    std::shared_ptr<SharedLibrary> current_; ///< of the block that is being visited
     std::map<std::string, Obj, std::less<>> prefixes_;
 };
 
 } // namespace
 
-Tcl_Obj* differences(const Use& before, const Use& after) {
+Tcl_Obj* differences(const HandleInUse& before, const HandleInUse& after) {
     std::vector<HDNTDifference> found;
     inSection(LoadSection::Quiet, "diff", [&] {
         if (const auto* const library = nodeCast<HDNTLibrary>(&before.node()))

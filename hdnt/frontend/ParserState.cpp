@@ -1,6 +1,6 @@
 #include "hdnt/diagnostics/HDNTLimits.h"
-#include "hdnt/frontend/Scanner.h"
 #include "hdnt/frontend/ParserState.internal.h"
+#include "hdnt/frontend/Scanner.h"
 
 #include <utility>
 

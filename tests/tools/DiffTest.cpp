@@ -121,7 +121,7 @@ TEST_F(DiffTest, EveryKindOfChangeInEveryForm) {
     const Json json = Json::parse(outputOf("json"));
     EXPECT_EQ(json["exitStatus"], 1);
     EXPECT_EQ(json["new"], Json({{"path", "new.btl"}, {"library", "L"}}));
-    EXPECT_EQ(json["counts"], Json({{"breaking", 8}, {"compatible", 5}, {"textOnly", 1}}));
+    EXPECT_EQ(json["counts"], Json({{"breaking", 8}, {"compatible", 5}, {"text only", 1}}));
     ASSERT_EQ(json["differences"].size(), 14U);
     std::string lines;
     for (const Json& item : json["differences"])
@@ -136,7 +136,7 @@ TEST_F(DiffTest, EveryKindOfChangeInEveryForm) {
                      "breaking changed property default A/C/L\n"
                      "compatible changed property minimum A/W\n"
                      "breaking changed property maximum A/X\n"
-                     "textOnly changed property units A/U\n"
+                     "text only changed property units A/U\n"
                      "breaking changed instance type A/mapping/U0\n"
                      "breaking removed signal whole A/mapping/if/then/{}/s\n"
                      "compatible added pin whole B/O\n"

@@ -204,9 +204,9 @@ TEST_F(ExpandTest, JsonHoldsOrigins) {
     EXPECT_EQ(level["section"], "expandsto");
     EXPECT_EQ(level["location"]["line"], 20);
     EXPECT_EQ(level["mapLibrary"], false);
-    std::vector<std::string> outcomes;
-    for (const Json& branch : level["branches"]) outcomes.push_back(branch["outcome"]);
-    EXPECT_EQ(outcomes, (std::vector<std::string>{"else", "then", "else"}));
+    std::vector<bool> taken;
+    for (const Json& branch : level["branches"]) taken.push_back(branch["taken"]);
+    EXPECT_EQ(taken, (std::vector<bool>{false, true, false}));
     EXPECT_EQ(level["branches"][2]["branch"], 1);
     ASSERT_EQ(level["instances"].size(), 2U);
     EXPECT_EQ(level["instances"][1]["branch"], 2);

@@ -85,7 +85,7 @@ TEST_F(ListShowTest, JsonHoldsTheDeclaredValues) {
         "masterArchitecture": "alpha0"})"));
 
     const Json& bus = block["buses"][0];
-    EXPECT_EQ(select(bus, {"name", "firstIndex", "lastIndex", "direction", "type", "requiredValue", "test"}),
+    EXPECT_EQ(select(bus, {"name", "firstIndex", "lastIndex", "direction", "type", "required", "test"}),
               Json::parse(R"(["D[3:0]", 3, 0, "input", "mixed", "tieHigh", true])"));
     std::vector<std::string> types;
     for (const Json& pin : bus["pins"]) types.push_back(pin["type"]);

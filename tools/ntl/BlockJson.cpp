@@ -126,7 +126,7 @@ void addPinFacts(Json& json, const PinOrBus& pin) {
     pin.getPinFunction(function);
     json["direction"] = HDNTPin::getDirectionName(pin.getDirection());
     json["type"] = HDNTPin::getTypeName(pin.getType());
-    json["requiredValue"] = orNull(requiredValueName(pin.getRequiredValue()));
+    json["required"] = orNull(requiredValueName(pin.getRequiredValue()));
     json["test"] = pin.isTest();
     json["abstract"] = pin.isAbstract();
     json["function"] = orNull(function);

@@ -5,10 +5,10 @@
 #include "hdnt/platform/HPAParamMgr.h"
 #include "tools/ntl/CheckResult.h"
 #include "tools/ntl/Commands.h"
+#include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Progress.h"
-#include "tools/ntl/Setup.h"
 #include "tools/ntl/Workers.h"
 
 #include <algorithm>

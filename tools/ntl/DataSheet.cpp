@@ -156,7 +156,7 @@ std::string pinTable(const Json& block) {
         std::vector<std::string> flags = setFlags(bus, {"test", "abstract"});
         if (!bus["foundByName"].get<bool>()) flags.emplace_back("notFoundByName");
         table.add({cell(bus["baseName"]), rangeOfBus(bus), std::to_string(bus["pins"].size()), cell(bus["direction"]),
-                   cell(bus["type"]), cell(bus["requiredValue"]), joined(flags, ","), cell(bus["function"])});
+                   cell(bus["type"]), cell(bus["required"]), joined(flags, ","), cell(bus["function"])});
         if (cell(bus["type"]) == "mixed") table.addNote("    bits: " + bitTypes(bus));
     }
     std::string text = table.text();

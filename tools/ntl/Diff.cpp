@@ -3,9 +3,9 @@
 #include "hdnt/platform/HEX.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/DiffResult.h"
+#include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
-#include "tools/ntl/Setup.h"
 #include "tools/ntl/Workers.h"
 
 #include <new>

@@ -93,14 +93,6 @@ std::vector<std::pair<std::string, std::vector<const HDNTDifference*>>> byBlock(
     return groups;
 }
 
-std::string camelCase(std::string_view words) {
-    std::string result;
-    for (size_t i = 0; i < words.size(); ++i)
-        if (words[i] != ' ')
-            result += i > 0 && words[i - 1] == ' ' ? static_cast<char>(words[i] - 'a' + 'A') : words[i];
-    return result;
-}
-
 Json jsonOf(const HDNTDifference::Place& place) {
     if (place.line <= 0) return nullptr;
     Json json;
@@ -111,10 +103,10 @@ Json jsonOf(const HDNTDifference::Place& place) {
 
 Json jsonOf(const HDNTDifference& item) {
     Json json;
-    json["effect"] = camelCase(HDNTComparison::nameOf(item.effect));
+    json["effect"] = HDNTComparison::nameOf(item.effect);
     json["change"] = HDNTComparison::nameOf(item.change);
-    json["element"] = camelCase(HDNTComparison::nameOf(item.element));
-    json["facet"] = camelCase(HDNTComparison::nameOf(item.facet));
+    json["element"] = HDNTComparison::nameOf(item.element);
+    json["facet"] = HDNTComparison::nameOf(item.facet);
     json["block"] = orNull(item.block);
     json["path"] = item.path;
     json["old"] = item.change == Change::added ? Json() : Json(item.oldValue);
@@ -163,8 +155,7 @@ std::string diffJson(const DiffResult& result, int exitStatus) {
         side["path"] = result.paths[i];
         side["library"] = result.libraries[i];
     }
-    for (const Effect effect : effects)
-        json["counts"][camelCase(HDNTComparison::nameOf(effect))] = result.count(effect);
+    for (const Effect effect : effects) json["counts"][HDNTComparison::nameOf(effect)] = result.count(effect);
     json["differences"] = Json::array();
     for (const HDNTDifference& item : result.differences) json["differences"].push_back(jsonOf(item));
     return jsonText(json);

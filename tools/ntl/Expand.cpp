@@ -8,10 +8,10 @@
 #include "hdnt/platform/HUTFile.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/Expansion.h"
+#include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
-#include "tools/ntl/Setup.h"
 
 namespace ntl {
 

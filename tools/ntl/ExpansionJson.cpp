@@ -46,7 +46,7 @@ private:
         Json list = Json::array();
         for (const Expansion::Branch& branch : level_.branches) {
             Json& item = list.emplace_back();
-            item["outcome"] = branch.taken ? "then" : "else";
+            item["taken"] = branch.taken;
             addOrigin(item, branch.origin);
         }
         return list;

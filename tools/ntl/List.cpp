@@ -4,11 +4,11 @@
 #include "hdnt/netlist/Words.h"
 #include "hdnt/platform/HSTStringUtils.h"
 #include "tools/ntl/Commands.h"
+#include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Json.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
-#include "tools/ntl/Setup.h"
 
 #include <algorithm>
 

@@ -2,9 +2,9 @@
 
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/Generate.h"
+#include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Help.h"
 #include "tools/ntl/Output.h"
-#include "tools/ntl/Setup.h"
 #include "tools/ntl/Status.h"
 
 #include <CLI/CLI.hpp>

@@ -2,10 +2,10 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "tools/ntl/Commands.h"
+#include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
-#include "tools/ntl/Setup.h"
 #include "tools/ntl/Status.h"
 
 #include <algorithm>

@@ -82,9 +82,12 @@ std::string sarifDocument(const std::vector<CheckResult>& results) {
     for (const CheckResult& input : results) {
         Json& list = run["results"];
         for (const hdnt::Diagnostic& error : input.errors) list.push_back(result(ruleList, error, input.input));
-        if (input.status != Fine && (input.errors.empty() || input.status == Unusable))
-            list.push_back(
-                result(ruleList, {hdnt::Severity::error, unusableRule, {}, input.reason, {}, {}}, input.input));
+        if (input.status != Fine && (input.errors.empty() || input.status == Unusable)) {
+            hdnt::Diagnostic unusable;
+            unusable.code = unusableRule;
+            unusable.message = input.reason;
+            list.push_back(result(ruleList, unusable, input.input));
+        }
         for (const hdnt::Diagnostic& warning : input.warnings) list.push_back(result(ruleList, warning, input.input));
     }
     Json log;

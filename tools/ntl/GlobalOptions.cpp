@@ -1,4 +1,4 @@
-#include "tools/ntl/Setup.h"
+#include "tools/ntl/GlobalOptions.h"
 
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/frontend/SearchPath.h"
