@@ -42,9 +42,9 @@ class SameAsTheTool(unittest.TestCase):
                 "hidden": "is_hidden", "pinInversion": "is_pin_inversion", "nibbleSized": "is_nibble_sized",
                 "padConstraint": "is_pad_constraint"}
     BUS = {"name": "name", "baseName": "base_name", "direction": "direction", "type": "type",
-           "requiredValue": "required", "test": "is_test", "abstract": "is_abstract", "function": "function"}
+           "required": "required", "test": "is_test", "abstract": "is_abstract", "function": "function"}
     PIN = {"name": "name", "plainName": "plain_name", "bus": "base_name", "index": "index", "direction": "direction",
-           "type": "type", "requiredValue": "required", "test": "is_test", "abstract": "is_abstract",
+           "type": "type", "required": "required", "test": "is_test", "abstract": "is_abstract",
            "function": "function"}
     BLOCK = {"name": "name", "type": "cellview", "registered": "is_registered", "maturity": "maturity",
              "test": "is_test", "internal": "is_internal", "tieCapable": "is_tie_capable",
