@@ -1,13 +1,18 @@
 // A host that has a scanner of its own, with the usual names, must not get in the library's way: none of these may be
-// called, or read, while a library is loaded.
-#include "hdnt/loading/HDNTLibraryMgr.h"
-#include "hdnt/model/HDNTLibrary.h"
+// called, or read, while a library is loaded. What a generated scanner's header declares stands beside the library's.
+#include "hdnt/hdnt.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <istream>
 
 struct yy_buffer_state;
+enum HostToken { T_If = 1, T_Block, T_Identifier };
+union HostTokenValue {
+    int intValue;
+};
+FILE* yyget_in() { std::abort(); }
+int yyget_lineno() { std::abort(); }
 FILE* yyin = reinterpret_cast<FILE*>(1);
 FILE* yyout = reinterpret_cast<FILE*>(1);
 char* yytext = reinterpret_cast<char*>(1);

@@ -130,6 +130,23 @@ TEST_F(Load, WhatIsNoLibraryIsADiagnostic) {
     EXPECT_TRUE(hdnt::load(dir.path("folder")));
 }
 
+// The required entries, with a listener that takes everything.
+TEST_F(Load, ASilencingListenerHearsEveryLine) {
+    struct Silent : support::Reports {
+        bool silencesOutput() const override { return true; }
+    } silent;
+    file("part.inc", "block \"HOLD\" { pin \"A\" input; }");
+    NtlAddSearchDirectory(dir.path());
+    const std::string text =
+        "library \"l\" {\nINCLUDE part.inc;\nINCLUDE none;\nINCLUDE\nstray\npart.inc;\n\"open\n/* end";
+    HDNTLibrary library(nullptr);
+    const support::Printed printed = support::printedBy([&] { EXPECT_NE(library.parseString(text), 0); });
+    EXPECT_EQ(printed.out + printed.err, "");
+    using Kind = HDNTNotice::Kind;
+    EXPECT_EQ(silent.notices, (std::vector{Kind::FileOpened, Kind::IncludeNotFound, Kind::IncludeText,
+                                           Kind::IncludeSkipped, Kind::UnterminatedString, Kind::UnterminatedComment}));
+}
+
 // The library manager fails at such an entry, so a folder with one is no good library anywhere.
 TEST_F(Load, ShortNamesInFoldersAreRefusedByName) {
     dir.makeDir("d");

@@ -210,6 +210,22 @@ TEST_F(CheckTest, MappingsFindBlocksOfEarlierFiles) {
     expectMappings(nullptr);
 }
 
+// The simulation library stands on the common one, whose faults are said once.
+TEST_F(CheckTest, ABrokenCommonLibraryIsReportedOnce) {
+    directory.makeDir("data/tessels");
+    directory.write("data/tessels/a.btl", libraryOf("block \"HOLD\" { pin \"A\" input; pin \"A\" input; }"));
+    directory.write("data/simulation.btl", libraryOf("block \"GATE_AND_2\" { pin \"A\" input; }"));
+    const Outcome outcome = ntl.run({"--data", "data", "check"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err.find("is being redefined"), outcome.err.rfind("is being redefined")) << outcome.err;
+    const std::vector<std::string> lines = linesOf(outcome.err);
+    EXPECT_EQ(
+        std::vector(lines.end() - 2, lines.end()),
+        (std::vector<std::string>{"ntl: data/tessels: 1 error",
+                                  "ntl: data/simulation.btl: not checked, since the library below it has errors"}));
+}
+
 TEST_F(CheckTest, FilesAreFoundInSearchDirectories) {
     directory.makeDir("parts");
     directory.write("parts/gate.inc", R"(block "GATE_INVERT" { pin "I" input; })");
