@@ -7,7 +7,6 @@
 #include <libconfig.h++>
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <set>
 #include <string_view>
@@ -72,8 +71,7 @@ ConfigBase::~ConfigBase() = default;
 
 void ConfigBase::readFile(const std::string& fileName, const std::string& section) {
     auto fresh = std::make_unique<libconfig::Config>();
-    const std::string path =
-        HUTPathUtils::findInPath(std::getenv("HDNT_CONFIG_PATH"), hdnt::platform::shareDirectory(), fileName);
+    const std::string path = hdnt::platform::findConfiguration(fileName);
     if (!path.empty()) {
         const std::string directory = HUTPathUtils::directoryOf(path);
         std::set<std::string> seen;
@@ -136,6 +134,4 @@ std::string ConfigBase::findValidPartPath(const std::string& key, const CommonPa
 
 bool ConfigBase::isValidName(const std::string& name) { return isName(name); }
 
-std::string ConfigBase::getDataLocation(const std::string& name) {
-    return HUTPathUtils::findInPath(std::getenv("HDNT_DATA_PATH"), hdnt::platform::shareDirectory(), name);
-}
+std::string ConfigBase::getDataLocation(const std::string& name) { return hdnt::platform::findData(name); }

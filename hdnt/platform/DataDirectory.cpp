@@ -1,7 +1,10 @@
 #include "hdnt/platform/DataDirectory.h"
 
+#include "hdnt/platform/HUTFile.h"
+
 #include <dlfcn.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
@@ -37,5 +40,12 @@ const std::string& shareDirectory() {
     }();
     return *directory;
 }
+
+static std::string find(const char* variable, const std::string& name) {
+    return HUTPathUtils::findInPath(std::getenv(variable), shareDirectory(), name);
+}
+
+std::string findData(const std::string& name) { return find("HDNT_DATA_PATH", name); }
+std::string findConfiguration(const std::string& name) { return find("HDNT_CONFIG_PATH", name); }
 
 } // namespace hdnt::platform

@@ -10,4 +10,12 @@ namespace hdnt::platform {
 /// into one); it need not exist. Worked out once. Safe in any thread.
 HDNT_API const std::string& shareDirectory();
 
+// Paths of what is found by name, empty when there is none: in the directories of an environment variable, separated by
+// colons and read each time, and then in the directory above.
+
+/// HDNT_DATA_PATH
+HDNT_API std::string findData(const std::string& name);
+/// HDNT_CONFIG_PATH
+HDNT_API std::string findConfiguration(const std::string& name);
+
 } // namespace hdnt::platform
