@@ -49,7 +49,7 @@ private:
     static bool isBound(T bound, const Plain& unbounded) { return bound != unbounded; }
 };
 
-/// Calls `use` with the TypedValues of the specification. The one place that tells types of properties apart.
+/// Calls `use` with the TypedValues of the attribute spec. The one place that tells types of properties apart.
 template <typename Use>
 decltype(auto) withValues(const HATAttrSpec& spec, Use&& use) {
     using Spec = HATAttrSpec;
