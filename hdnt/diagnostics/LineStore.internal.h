@@ -34,8 +34,10 @@ public:
         std::string_view text;
         size_t start = 0; ///< in its text
     };
-    /// Goes up when the store is cleared, so that what was found in it can be known to be stale.
+    /// Goes up when the store is cleared or a text moves, so that what was found in it can be known to be stale.
     size_t generation() const { return generation_; }
+    /// To be called when a text that is still being read has grown out of its memory.
+    void textMoved() { ++generation_; }
     /// Line n, counted from 1; the text as in line().
     Line at(size_t n) const;
     /// Line n, counted from 1. The view holds until the store is cleared or the text grows. Past the end: the last

@@ -50,6 +50,7 @@ bool Scanner::refill(size_t& scanned) {
     buffer.input->read(bytes.data() + scanned, chunk);
     bytes.resize(scanned + static_cast<size_t>(buffer.input->gcount()));
     if (buffer.input->bad()) fatal("input in flex scanner failed");
+    if (textBegin_ != bytes.data()) lines_.textMoved();
     textBegin_ = bytes.data();
     cursor_ = textBegin_ + position;
     textEnd_ = textBegin_ + bytes.size();
