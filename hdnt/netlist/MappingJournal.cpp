@@ -25,8 +25,13 @@ void MappingJournal::keep() {
     newBlocks_.clear();
 }
 
+// Whether pins can be tied is a matter of the pins, too, and stays.
 void MappingJournal::attach(HDNTBlock& block, HDNTNetlist* netlist) {
-    if (current) current->attached_.emplace_back(&block, block.exchangeMapping({}));
+    if (current) {
+        HDNTBlock::Mapping none;
+        none.canTiePins = block.getCanTiePins();
+        current->attached_.emplace_back(&block, block.exchangeMapping(std::move(none)));
+    }
     block.setNetlist(netlist);
 }
 

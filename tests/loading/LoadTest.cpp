@@ -162,7 +162,7 @@ TEST_F(Load, ShortNamesInFoldersAreRefusedByName) {
 }
 
 TEST_F(Load, AFailureOverAParentGivesItsMappingsBack) {
-    const Loaded parent = hdnt::load(library("parent.btl", "block \"HOLD\" { pin \"A\" input; }\n"
+    const Loaded parent = hdnt::load(library("parent.btl", "block \"HOLD\" { pin \"A\" input tieLow; }\n"
                                                            "block \"HOLD\" mapsto { inst \"own\" \"T\"; }"));
     ASSERT_TRUE(parent);
     HDNTBlock& hold = *parent.library->getTypeBlock(0);
@@ -180,6 +180,7 @@ TEST_F(Load, AFailureOverAParentGivesItsMappingsBack) {
     dir.write("child/2.btl", "library \"l\" { }");
     EXPECT_TRUE(hdnt::load(dir.path("child"), options));
     EXPECT_EQ(hold.getReferencedInstanceName(""), "theirs");
+    EXPECT_TRUE(hold.getCanTiePins());
 }
 
 TEST_F(Load, SharedIncludesAreBroughtInOnceAProcess) {
