@@ -70,6 +70,7 @@ private:
         return dataClass("Level")(
             block(level.block), textObject(level.block->getName()), textObject(level.path),
             textObject(words::sections.wordOf(level.section)), index(level.outer), place(level.location),
+            !level.location.fileName,
             list(level.branches, [&](const auto& b) { return dataClass("Branch")(b.taken, origin(b.origin)); }),
             list(level.instances, [&](const auto& item) { return instance(item); }),
             list(level.signals,

@@ -25,12 +25,14 @@ PyGetSetDef netlistFields[] = {
     field<&HDNTNetlist::signals>("signals", "Tuple of its signals."),
     field<&HDNTNetlist::connects>("connects", "Tuple of its connects, without those of signals."),
     field<&HDNTNetlist::instances>("instances", "Tuple of the instances outside statements."),
-    field<&HDNTNetlist::blockPropertyAssigns>("block_assigns", "Tuple of the property values given to instances."),
-    field<&HDNTNetlist::pinPropertyAssigns>("pin_assigns", "Tuple of the property values given to pins."),
+    field<&HDNTNetlist::blockPropertyAssigns>("block_property_assigns",
+                                              "Tuple of the property values given to instances."),
+    field<&HDNTNetlist::pinPropertyAssigns>("pin_property_assigns", "Tuple of the property values given to pins."),
     field<&HDNTNetlist::ifStmts>("ifs", "Tuple of its if statements."),
-    field<&HDNTNetlist::preInstanceCalls>("calls_before", "Tuple of the calls before the first instance."),
-    field<&HDNTNetlist::postInstanceCalls>("calls_after", "Tuple of the calls behind it."),
+    field<&HDNTNetlist::preInstanceCalls>("pre_instance_calls", "Tuple of the calls before the first instance."),
+    field<&HDNTNetlist::postInstanceCalls>("post_instance_calls", "Tuple of the calls behind it."),
     field<referencedInstance>("referenced_instance", "Name of the instance that stands for it; None without one."),
+    field<scripts::fields::isMapLibrary>("is_map_library", "Whether it comes from a map library."),
     noMoreFields};
 
 // Instances may name a block of the common library, which is loaded for that.

@@ -45,10 +45,10 @@ Word typeName(HDNTProperty& property) { return {typeWord(property.getType())}; }
 int typeNumber(HDNTProperty& property) { return static_cast<int>(property.getType()); }
 std::optional<Value> defaultValue(HDNTProperty& property) { return scripts::defaultOf(property); }
 
-py::object width(HDNTProperty& property) {
+py::object bitWidth(HDNTProperty& property) {
     return isBits(property) ? py::object(py::int_(property.getBitWidth())) : py::none();
 }
-py::object adjustedWidth(HDNTProperty& property) {
+py::object adjustedBitWidth(HDNTProperty& property) {
     return isBits(property) ? py::object(py::int_(property.getAdjustedBitWidth())) : py::none();
 }
 py::object precision(HDNTProperty& property) {
@@ -70,8 +70,9 @@ PyGetSetDef fields[] = {
     field<&HDNTProperty::getMaxValue>("maximum", "Greatest value of the range or list; None when there is no bound."),
     field<&HDNTProperty::getAllowedValues>(
         "values", "Tuple of the listed values in the order written; empty when there is no list."),
-    field<width>("width", "Bits of a bit vector; None for other types."),
-    field<adjustedWidth>("adjusted_width", "The same, rounded up to whole digits where the block asks for that."),
+    field<bitWidth>("bit_width", "Bits of a bit vector; None for other types."),
+    field<adjustedBitWidth>("adjusted_bit_width",
+                            "The same, rounded up to whole digits where the block asks for that."),
     field<precision>("precision", "Digits after the point of a double; None for other types."),
     field<units>("units", "Its unit; None when there is none."),
     field<description>("description", "The description in force; None when there is none."),

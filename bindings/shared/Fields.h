@@ -2,6 +2,7 @@
 
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/registry/HDNTCellviewLib.h"
 
 #include <concepts>
@@ -47,6 +48,12 @@ inline std::vector<std::string> shadowPins(HDNTBlock& block) {
     return names;
 }
 inline bool supportsInternalPins(HDNTBlock& block) { return block.internalPinsSupported(nullptr); }
+
+/// A mapping of a map library has no file: its text was put together for an architecture.
+inline bool isMapLibrary(HDNTNetlist& netlist) {
+    const yyltype* const location = netlist.getLocation();
+    return location && !location->fileName;
+}
 
 /// The bus for a property of pins.
 inline HDNTNode* owner(HDNTProperty& property) { return property.getParent(); }

@@ -65,6 +65,7 @@ private:
         all.put("block", block(level.block)).put("type", level.block->getName()).put("path", level.path);
         all.put("section", words::sections.wordOf(level.section)).put("outer", index(level.outer));
         all.put("location", place(level.location));
+        all.put("is_map_library", !level.location.fileName);
         all.put("branches", listOf(level.branches, [](const auto& branch) {
                     return Dict().put("taken", branch.taken).put("origin", originOf(branch.origin)).obj();
                 }));

@@ -41,12 +41,13 @@ std::vector<Subcommand> ofNetlist() {
             field<&HDNTNetlist::signals>("signals"),
             field<&HDNTNetlist::connects>("connects"),
             field<&HDNTNetlist::instances>("instances"),
-            field<&HDNTNetlist::blockPropertyAssigns>("block_assigns"),
-            field<&HDNTNetlist::pinPropertyAssigns>("pin_assigns"),
+            field<&HDNTNetlist::blockPropertyAssigns>("block_property_assigns"),
+            field<&HDNTNetlist::pinPropertyAssigns>("pin_property_assigns"),
             field<&HDNTNetlist::ifStmts>("ifs"),
-            field<&HDNTNetlist::preInstanceCalls>("calls_before"),
-            field<&HDNTNetlist::postInstanceCalls>("calls_after"),
-            field<&HDNTNetlist::getReferencedInstanceName>("referenced_instance")};
+            field<&HDNTNetlist::preInstanceCalls>("pre_instance_calls"),
+            field<&HDNTNetlist::postInstanceCalls>("post_instance_calls"),
+            field<&HDNTNetlist::getReferencedInstanceName>("referenced_instance"),
+            field<scripts::fields::isMapLibrary>("is_map_library")};
 }
 
 std::vector<Subcommand> ownSubcommands(HDNTNodeKind kind) {

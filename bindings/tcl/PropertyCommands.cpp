@@ -21,10 +21,10 @@ std::string typeName(HDNTProperty& property) { return HDNTProperty::getTypeName(
 int typeNumber(HDNTProperty& property) { return static_cast<int>(property.getType()); }
 std::optional<Value> defaultValue(HDNTProperty& property) { return scripts::defaultOf(property); }
 
-Tcl_Obj* width(HDNTProperty& property) {
+Tcl_Obj* bitWidth(HDNTProperty& property) {
     return scripts::isBits(property) ? toTcl(property.getBitWidth()) : Tcl_NewObj();
 }
-Tcl_Obj* adjustedWidth(HDNTProperty& property) {
+Tcl_Obj* adjustedBitWidth(HDNTProperty& property) {
     return scripts::isBits(property) ? toTcl(property.getAdjustedBitWidth()) : Tcl_NewObj();
 }
 Tcl_Obj* precision(HDNTProperty& property) {
@@ -63,8 +63,8 @@ std::vector<Subcommand> propertySubcommands() {
             field<&HDNTProperty::getMinValue>("minimum"),
             field<&HDNTProperty::getMaxValue>("maximum"),
             field<&HDNTProperty::getAllowedValues>("values"),
-            field<width>("width"),
-            field<adjustedWidth>("adjusted_width"),
+            field<bitWidth>("bit_width"),
+            field<adjustedBitWidth>("adjusted_bit_width"),
             field<precision>("precision"),
             field<units>("units"),
             field<description>("description"),

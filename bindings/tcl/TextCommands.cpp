@@ -105,8 +105,8 @@ Tcl_Obj* differences(const HandleInUse& before, const HandleInUse& after) {
             .put("path", one.path)
             .put("old", one.oldValue)
             .put("new", one.newValue)
-            .put("old_place", placeOf(one.oldPlace))
-            .put("new_place", placeOf(one.newPlace))
+            .put("old_location", placeOf(one.oldPlace))
+            .put("new_location", placeOf(one.newPlace))
             .obj();
     }));
 }

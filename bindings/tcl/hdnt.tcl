@@ -90,7 +90,7 @@ proc ::hdnt::CheckResult {one input} {
         dict set diagnostic related $related
         lappend diagnostics $diagnostic
     }
-    dict create input $input ok [expr {[dict get $one reason] eq ""}] blocks [dict get $one blocks] \
+    dict create input $input ok [expr {[dict get $one reason] eq ""}] block_count [dict get $one blockCount] \
         reason [dict get $one reason] diagnostics $diagnostics
 }
 

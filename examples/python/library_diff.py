@@ -15,7 +15,7 @@ def report(old: hdnt.Library, new: hdnt.Library) -> List[str]:
     lines = []
     for one in sorted(hdnt.diff(old, new), key=lambda difference: ORDER.index(difference.effect)):
         values = " -> ".join(value for value in (one.old, one.new) if value)
-        where = one.new_place or one.old_place
+        where = one.new_location or one.old_location
         lines.append("%s: %s %s %s: %s %s%s" % (one.effect, one.element, one.path or old.name, one.change, one.facet,
                                                 values, " (%s)" % str(where) if where else ""))
     return lines

@@ -12,7 +12,7 @@ proc report {before after} {
             if {[dict get $one effect] ne $effect} continue
             dict with one {
                 set values [join [lmap value [list $old $new] {if {$value eq ""} continue; set value}] " -> "]
-                set place [expr {$new_place ne "" ? $new_place : $old_place}]
+                set place [expr {$new_location ne "" ? $new_location : $old_location}]
                 set where ""
                 if {$place ne ""} {
                     set where " ([dict get $place file]:[dict get $place line]:[dict get $place column])"

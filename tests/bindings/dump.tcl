@@ -2,7 +2,7 @@
 package require hdnt
 chan configure stdout -encoding utf-8
 
-set PROPERTY {name type type_number default minimum maximum values width adjusted_width precision units description
+set PROPERTY {name type type_number default minimum maximum values bit_width adjusted_bit_width precision units description
     declared_description index has_minimum has_maximum is_test is_simulation is_constraints_only is_read_only is_hidden
     is_pad_constraint is_mux_control is_pin_inversion is_nibble_sized}
 set BUS {name base_name range width direction type required function is_test is_abstract}

@@ -129,7 +129,7 @@ class Errors(Folder):
         good, bad = self.write("good.btl", GOOD), self.write("bad.btl", CONTENT)
         before = hdnt.error_count()
         results = hdnt.check_all([good, bad])
-        self.assertEqual([(one.ok, one.blocks, len(one.errors)) for one in results], [(True, 1, 0), (False, None, 1)])
+        self.assertEqual([(one.ok, one.block_count, len(one.errors)) for one in results], [(True, 1, 0), (False, None, 1)])
         self.assertEqual(results[1].errors[0].line, 2)
         self.assertEqual(hdnt.error_count(), before)
         self.assertFalse(hdnt.check(bad))

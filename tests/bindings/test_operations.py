@@ -54,11 +54,11 @@ class Operations(unittest.TestCase):
             self.assertEqual([p.message for p in result.problems], [p["message"] for p in expected["problems"]])
             self.assertEqual(len(result.levels), len(expected["levels"]))
             for level, other in zip(result.levels, expected["levels"]):
-                self.assertEqual((level.path, level.outer, level.block.name, level.section),
-                                 (other["path"], other["outer"], other["block"], other["section"]))
+                self.assertEqual((level.path, level.outer, level.type, level.block.name, level.section),
+                                 (other["path"], other["outer"], other["type"], other["type"], other["section"]))
                 self.assertEqual([(i.name, i.type, i.level, i.block is not None, i.origin.location.line,
                                    [p.name for p in i.properties]) for i in level.instances],
-                                 [(i["name"], i["type"], i["level"], i["exists"], i["location"]["line"],
+                                 [(i["name"], i["type"], i["level"], i["exists"], i["origin"]["location"]["line"],
                                    [p["name"] for p in i["properties"]]) for i in other["instances"]])
                 self.assertEqual([s.name for s in level.signals], [s["name"] for s in other["signals"]])
                 self.assertEqual([(c.signal, c.instance, c.pin, c.inverted) for c in level.connections],
@@ -166,7 +166,7 @@ class Operations(unittest.TestCase):
             hdnt.set_parameter(name, "on")
 
     def test_expressions(self):
-        value = self.block.netlist.block_assigns[0].value
+        value = self.block.netlist.block_property_assigns[0].value
         self.assertEqual((value.operator, str(value), value.type), ("+", "1 + steps(2) * 3", "int"))
         self.assertEqual((value.left.value, value.right.left.name), (1, "steps"))
         self.assertIs(value.right.left.declaration, self.library.functions[0])
@@ -249,8 +249,8 @@ class Operations(unittest.TestCase):
         found = self.library.diff(other)
         self.assertEqual([(d.path, d.effect, d.change) for d in found],
                          [(d["path"], d["effect"], d["change"]) for d in expected])
-        self.assertEqual((found[0].old, found[0].new, found[0].old_place.line), ("9", "8", 6))
-        self.assertIsNone(found[0].old_place.end_column)
+        self.assertEqual((found[0].old, found[0].new, found[0].old_location.line), ("9", "8", 6))
+        self.assertIsNone(found[0].old_location.end_column)
         self.assertEqual(self.library.diff(hdnt.load(self.path)), [])
         self.assertEqual(len(hdnt.diff(self.block, other["FLOP_RISE"])), 1)
         with self.assertRaises(TypeError):

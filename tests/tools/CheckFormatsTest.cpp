@@ -144,7 +144,7 @@ TEST_F(CheckFormatsTest, JsonHoldsWhatTheTextSays) {
         "text": "block \"HOLD\" { pin \"O\" output tieLow; }", "related": []})"));
     EXPECT_EQ(json["inputs"][1]["status"], "unusable");
     EXPECT_EQ(json["inputs"][2]["status"], "warnings");
-    EXPECT_EQ(json["inputs"][2]["blocks"], 1);
+    EXPECT_EQ(json["inputs"][2]["blockCount"], 1);
     EXPECT_EQ(json["inputs"][2]["files"], Json::array({"good.btl"}));
     EXPECT_EQ(json["inputs"][2]["diagnostics"][0]["code"], "unregistered-block");
 }

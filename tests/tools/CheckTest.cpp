@@ -189,7 +189,7 @@ TEST_F(CheckTest, MappingsFindBlocksOfEarlierFiles) {
     const auto expectMappings = [&](const Json& section) {
         const Json list = Json::parse(ntl.run({"list", "-l", "folder", "--json"}).out);
         EXPECT_EQ(list["blocks"].size(), names.size());
-        for (const Json& block : list["blocks"]) EXPECT_EQ(block["mapping"], section);
+        for (const Json& block : list["blocks"]) EXPECT_EQ(block["section"], section);
     };
     directory.makeDir("folder");
     directory.write("folder/a.btl", libraryOf(blocks));

@@ -106,16 +106,18 @@ bool saysSomething(const Json& value) {
 // The facts that the configuration tells of a block, by their keys in its data sheet.
 std::set<std::string> factsOf(const Json& block) {
     std::set<std::string> facts;
-    for (const auto& [key, value] : block["configuration"].items())
-        if (saysSomething(value)) facts.insert(key);
+    for (const char* const key :
+         {"canTiePins", "usesNibbleSizedHex", "canBePseudoDifferential", "architectures", "isMasterDriver",
+          "masterDriverPin", "shadowPins", "architecture", "isInArchitecture", "supportsInternalPins",
+          "simulationDevice", "masterArchitecture", "hasPseudoDifferentialExpansion"})
+        if (saysSomething(block[key])) facts.insert(key);
     for (const Json& property : block["properties"])
-        for (const char* const key : {"describedByConfiguration", "readOnly", "padConstraint"})
+        for (const char* const key : {"describedByConfiguration", "isReadOnly", "isPadConstraint"})
             if (saysSomething(property[key])) facts.insert(key);
     for (const Json& bus : block["buses"]) {
         if (saysSomething(bus["function"])) facts.insert("function");
         if (bus["type"] == "mixed" && bus["pins"][0]["type"] != "mixed") facts.insert("mixed");
     }
-    if (saysSomething(block["pseudoDifferentialExpansion"])) facts.insert("pseudoDifferentialExpansion");
     return facts;
 }
 

@@ -101,7 +101,7 @@ std::vector<std::string> mappedBlocks(NtlTool& ntl, const std::string& architect
     std::vector<std::string> names;
     const Json list = Json::parse(ntl.run(arguments).out);
     for (const Json& block : list["blocks"])
-        if (!block["mapping"].is_null()) names.push_back(block["name"]);
+        if (!block["section"].is_null()) names.push_back(block["name"]);
     return names;
 }
 
@@ -197,22 +197,22 @@ TEST_F(ExpandTest, WhatIsRefusedIsSaid) {
 TEST_F(ExpandTest, JsonHoldsOrigins) {
     const Json block = document({"TOP", "--set", "WIDTH=5", "--connect", "A", "--set", "TEXT=a\"b"});
     EXPECT_EQ(block["block"], "TOP");
-    EXPECT_EQ(block["given"], Json::parse(R"({"WIDTH": "5", "TEXT": "a\"b"})"));
+    EXPECT_EQ(block["values"], Json::parse(R"({"WIDTH": "5", "TEXT": "a\"b"})"));
     EXPECT_EQ(block["connected"], Json::parse(R"(["A"])"));
     ASSERT_EQ(block["levels"].size(), 1U);
     const Json& level = block["levels"][0];
     EXPECT_EQ(level["section"], "expandsto");
     EXPECT_EQ(level["location"]["line"], 20);
-    EXPECT_EQ(level["mapLibrary"], false);
+    EXPECT_EQ(level["isMapLibrary"], false);
     std::vector<bool> taken;
     for (const Json& branch : level["branches"]) taken.push_back(branch["taken"]);
     EXPECT_EQ(taken, (std::vector<bool>{false, true, false}));
-    EXPECT_EQ(level["branches"][2]["branch"], 1);
+    EXPECT_EQ(level["branches"][2]["origin"]["branch"], 1);
     ASSERT_EQ(level["instances"].size(), 2U);
-    EXPECT_EQ(level["instances"][1]["branch"], 2);
+    EXPECT_EQ(level["instances"][1]["origin"]["branch"], 2);
     const Json depth = level["instances"][0]["properties"][1];
-    EXPECT_EQ(depth, Json::parse(R"({"pin": null, "name": "DEPTH", "value": 1, "branch": 1, "location":
-        {"file": "own.btl", "line": 34, "column": 2, "endColumn": 63, "offset": 1304, "endOffset": 1365, "textLine": 34}})"));
+    EXPECT_EQ(depth, Json::parse(R"({"pin": null, "name": "DEPTH", "value": 1, "origin": {"branch": 1, "location":
+        {"file": "own.btl", "line": 34, "column": 2, "endColumn": 63, "offset": 1304, "endOffset": 1365, "textLine": 34}}})"));
     EXPECT_EQ(level["instances"][0]["properties"][0]["pin"], "E");
     const Json inverted = level["connections"][9];
     EXPECT_EQ(inverted["signal"], "a[0]");

@@ -74,19 +74,21 @@ Json select(const Json& json, const std::vector<std::string>& keys) {
 
 TEST_F(ListShowTest, JsonHoldsTheDeclaredValues) {
     const Json block = richBlock();
-    EXPECT_EQ(select(block, {"name", "library", "registered", "type", "maturity", "internal", "test", "tieCapable",
-                             "netlist", "netlistKind", "pinCount", "busCount"}),
+    EXPECT_EQ(select(block, {"name", "library", "isRegistered", "cellview", "maturity", "isInternal", "isTest",
+                             "isTieCapable", "netlist", "netlistKind", "pinCount", "busCount"}),
               Json::parse(R"(["RICH", "rich", false, 4001, "beta", true, false, true, null, 101, 8, 4])"));
-    EXPECT_EQ(block["group"], Json::parse(R"({"group": "LOGIC", "subgroup": "GATE"})"));
-    EXPECT_EQ(block["legacyGroup"], Json::parse(R"({"group": "OLD", "subgroup": "SCHOOL"})"));
-    EXPECT_EQ(block["configuration"], Json::parse(R"({"canTiePins": true, "nibbleSizedHex": true,
-        "canBePseudoDifferential": true, "architectures": ["alpha", "beta"], "isMasterDriver": true, "masterDriverPin": "O",
-        "shadowPins": ["D"], "architecture": "alpha", "inArchitecture": true, "internalPinsSupported": true, "simulationDevice": "SIM_A",
-        "masterArchitecture": "alpha0"})"));
+    EXPECT_EQ(select(block, {"group", "subgroup", "legacyGroup", "legacySubgroup"}),
+              Json::parse(R"(["LOGIC", "GATE", "OLD", "SCHOOL"])"));
+    EXPECT_EQ(select(block, {"canTiePins", "usesNibbleSizedHex", "canBePseudoDifferential", "isMasterDriver",
+                             "isInArchitecture", "supportsInternalPins"}),
+              Json::parse("[true, true, true, true, true, true]"));
+    EXPECT_EQ(select(block, {"architectures", "shadowPins", "masterDriverPin", "architecture", "simulationDevice",
+                             "masterArchitecture"}),
+              Json::parse(R"([["alpha", "beta"], ["D"], "O", "alpha", "SIM_A", "alpha0"])"));
 
     const Json& bus = block["buses"][0];
-    EXPECT_EQ(select(bus, {"name", "firstIndex", "lastIndex", "direction", "type", "required", "test"}),
-              Json::parse(R"(["D[3:0]", 3, 0, "input", "mixed", "tieHigh", true])"));
+    EXPECT_EQ(select(bus, {"name", "range", "width", "direction", "type", "required", "isTest"}),
+              Json::parse(R"(["D[3:0]", [3, 0], 4, "input", "mixed", "tieHigh", true])"));
     std::vector<std::string> types;
     for (const Json& pin : bus["pins"]) types.push_back(pin["type"]);
     EXPECT_EQ(types, (std::vector<std::string>{"clock", "clock", "mixed", "mixed"}));
@@ -101,20 +103,25 @@ TEST_F(ListShowTest, JsonHoldsTheDeclaredValues) {
         const char* values;
     } cases[] = {
         {0,
-         {"name", "bitWidth", "adjustedBitWidth", "nibbleSized", "minimum", "maximum", "default", "defaultDigits"},
+         {"name", "bitWidth", "adjustedBitWidth", "isNibbleSized", "minimum", "maximum", "default", "defaultDigits"},
          R"(["INIT", 10, 12, true, "000", "3FF", "10'h0F", "00F"])"},
         {1,
-         {"minimum", "maximum", "default", "defaultIsValid", "units", "test", "simulation", "readOnly", "description"},
-         R"([1, 5, 9, false, "ns", true, true, true, "How much."])"},
-        {1, {"describedByConfiguration", "precision", "padConstraint"}, R"([true, null, false])"},
-        {2, {"values", "minimum", "maximum", "precision", "default"}, R"([[0.5, 1.25], 0.5, 1.25, 2, 0.5])"},
+         {"minimum", "maximum", "default", "units", "isTest", "isSimulation", "isReadOnly", "description"},
+         R"([1, 5, 9, "ns", true, true, true, "How much."])"},
+        {1,
+         {"defaultRefusal", "hasMinimum"},
+         R"(["The integer value (9) is greater than the allowed minimum (5).", true])"},
+        {1, {"describedByConfiguration", "precision", "isPadConstraint"}, R"([true, null, false])"},
+        {2,
+         {"values", "minimum", "maximum", "precision", "defaultRefusal", "hasMaximum"},
+         R"([[0.5, 1.25], 0.5, 1.25, 2, null, false])"},
         {3,
-         {"values", "hidden", "constraintsOnly", "padConstraint", "readOnly", "refusedSourceTypes"},
+         {"values", "isHidden", "isConstraintsOnly", "isPadConstraint", "isReadOnly", "refusedSourceTypes"},
          R"([["A", "B"], true, true, true, true, [2, 8, 11, 12]])"},
         {4,
-         {"type", "bitWidth", "pinInversion", "minimum", "maximum", "default"},
+         {"type", "bitWidth", "isPinInversion", "minimum", "maximum", "default"},
          R"(["bitbinary", 3, true, "3'b001", null, "3'b010"])"},
-        {5, {"type", "default", "muxControl"}, R"(["bool", true, true])"},
+        {5, {"type", "default", "isMuxControl"}, R"(["bool", true, true])"},
     };
     for (const auto& each : cases)
         EXPECT_EQ(select(block["properties"][each.index], each.keys), Json::parse(each.values));
@@ -158,11 +165,12 @@ TEST_F(ListShowTest, MappingsAreShownForTheirArchitecture) {
     EXPECT_EQ(shown("alpha")["netlist"]["section"], "modifiedby");
     EXPECT_EQ(shown("gamma")["netlist"], nullptr);
     const Json beta = shown("beta");
-    EXPECT_EQ(select(beta, {"netlistKind", "referencedInstance", "pseudoDifferentialExpansion"}),
-              Json::parse(R"([0, "a", true])"));
-    EXPECT_EQ(beta["netlist"], Json::parse(R"({"section": "expandsto", "mapLibrary": true, "architecture": "beta",
-        "location": {"file": "data/maplib/HOLD.btl", "line": 7}, "instances": 1, "signals": 2, "connects": 0,
-        "blockPropertyAssigns": 0, "pinPropertyAssigns": 0, "ifs": 1, "calls": 1})"));
+    EXPECT_EQ(select(beta, {"netlistKind", "hasOwnNetlist", "hasPseudoDifferentialExpansion"}),
+              Json::parse("[0, false, true]"));
+    EXPECT_EQ(beta["netlist"], Json::parse(R"({"section": "expandsto", "isMapLibrary": true, "architecture": "beta",
+        "location": {"file": "data/maplib/HOLD.btl", "line": 7}, "instanceCount": 1,
+        "signalCount": 2, "connectCount": 0, "blockPropertyAssignCount": 0, "pinPropertyAssignCount": 0, "ifCount": 1,
+        "preInstanceCallCount": 0, "postInstanceCallCount": 1, "referencedInstance": "a"})"));
     const Outcome off = ntl.run(
         {"show", "HOLD", "--data", "data", "-l", "own.btl", "--arch", "beta", "--param", "ntl.enableMapLib=false"});
     EXPECT_EQ(off.out.find("Mapping"), std::string::npos);
@@ -224,10 +232,9 @@ TEST_F(ListShowTest, ListAlignsItsColumns) {
     const Json json = Json::parse(rich({"list", "--json", "--prefix", "R"}).out);
     EXPECT_EQ(json["version"], 2);
     EXPECT_EQ(json["blocks"],
-              Json::parse(R"([{"name": "RICH", "group": "LOGIC", "subgroup": "GATE", "pins": 6, "buses": 4,
-        "properties": 6, "maturity": "beta", "mapping": null, "test": false, "internal": true, "registered": false,
-        "architectures": ["alpha", "beta"], "file": "rich.btl",
-        "line": 3}])"));
+              Json::parse(R"([{"name": "RICH", "group": "LOGIC", "subgroup": "GATE", "pinCount": 6, "busCount": 4,
+        "propertyCount": 6, "maturity": "beta", "section": null, "isTest": false, "isInternal": true,
+        "isRegistered": false, "architectures": ["alpha", "beta"], "location": {"file": "rich.btl", "line": 3}}])"));
 }
 
 TEST_F(ListShowTest, LibrariesThatDoNotLoad) {

@@ -5,6 +5,7 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/model/Words.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/Words.h"
 #include "hdnt/platform/ConfigBase.h"
@@ -16,10 +17,6 @@
 
 namespace ntl {
 
-namespace {
-
-using Type = HATAttrTypes::AttrType;
-
 Json locationOf(const HDNTNode& node) {
     const yyltype* const location = node.getLocation();
     if (!location) return nullptr;
@@ -28,6 +25,10 @@ Json locationOf(const HDNTNode& node) {
     json["line"] = location->fileLine;
     return json;
 }
+
+namespace {
+
+using Type = HATAttrTypes::AttrType;
 
 Json boundOf(const std::optional<hdnt::Value>& value) { return value ? jsonOf(*value) : Json(); }
 
@@ -43,11 +44,10 @@ Json allowedValues(const HDNTProperty& property) {
 
 Json defaultValue(const HDNTProperty& property, bool isBits) {
     const hdnt::Value value = property.getDefaultValue();
-    std::string reason;
+    std::string refusal;
     Json json;
     json["default"] = isBits ? orNull(std::get<std::string>(value)) : jsonOf(value);
-    json["defaultIsValid"] = property.isValid(value, reason);
-    json["defaultReason"] = orNull(reason);
+    json["defaultRefusal"] = property.isValid(value, refusal) ? Json() : Json(refusal);
     return json;
 }
 
@@ -70,15 +70,15 @@ void addFlags(Json& json, const HDNTProperty& property) {
     const HATAttrSpec& spec = *property.getAttrSpec();
     const HDNTBlock* const block = property.getBlock();
     const HDNTLibrary* const library = block ? block->getLibrary() : nullptr;
-    json["test"] = spec.isTest();
-    json["simulation"] = spec.isSimulation();
-    json["constraintsOnly"] = spec.isConstraintsOnly();
-    json["muxControl"] = property.isMuxControl();
-    json["readOnly"] = spec.isReadOnly();
-    json["hidden"] = !spec.isVisible();
-    json["pinInversion"] = property.isPinInversion();
-    json["nibbleSized"] = property.isNibbleSized();
-    json["padConstraint"] = library && library->isIOPinConstr(property.getName());
+    json["isTest"] = spec.isTest();
+    json["isSimulation"] = spec.isSimulation();
+    json["isConstraintsOnly"] = spec.isConstraintsOnly();
+    json["isMuxControl"] = property.isMuxControl();
+    json["isReadOnly"] = spec.isReadOnly();
+    json["isHidden"] = !spec.isVisible();
+    json["isPinInversion"] = property.isPinInversion();
+    json["isNibbleSized"] = property.isNibbleSized();
+    json["isPadConstraint"] = library && library->isIOPinConstr(property.getName());
     json["refusedSourceTypes"] = refusedSourceTypes(spec);
 }
 
@@ -102,8 +102,8 @@ Json jsonOf(const HDNTProperty& property) {
                                 ? Json(property.formatValue(json["default"].get<std::string>(), true))
                                 : Json();
     json["units"] = spec.hasUnit() ? Json(spec.getUnitDefault()) : Json();
-    json["minimumDeclared"] = property.isMinDeclared();
-    json["maximumDeclared"] = property.isMaxDeclared();
+    json["hasMinimum"] = property.isMinDeclared();
+    json["hasMaximum"] = property.isMaxDeclared();
     json["description"] = orNull(spec.getDescription());
     json["declaredDescription"] = orNull(property.getDeclaredDescription());
     json["describedByConfiguration"] = isDescribedByConfiguration(property);
@@ -126,9 +126,9 @@ void addPinFacts(Json& json, const PinOrBus& pin) {
     pin.getPinFunction(function);
     json["direction"] = HDNTPin::getDirectionName(pin.getDirection());
     json["type"] = HDNTPin::getTypeName(pin.getType());
-    json["required"] = orNull(requiredValueName(pin.getRequiredValue()));
-    json["test"] = pin.isTest();
-    json["abstract"] = pin.isAbstract();
+    json["required"] = orNull(hdnt::words::requiredValues.wordOf(pin.getRequiredValue()));
+    json["isTest"] = pin.isTest();
+    json["isAbstract"] = pin.isAbstract();
     json["function"] = orNull(function);
 }
 
@@ -142,9 +142,10 @@ Json jsonOf(const HDNTPin& pin) {
     Json json;
     json["name"] = pin.getName(false);
     json["plainName"] = pin.getName(true);
-    json["bus"] = pin.getBaseName();
+    json["baseName"] = pin.getBaseName();
+    json["bus"] = pin.getBus()->getName();
     json["block"] = pin.getBlock()->getName();
-    json["bit"] = pin.getBitIndex();
+    json["bit"] = pin.getBitIndex() < 0 ? Json() : Json(pin.getBitIndex());
     json["index"] = pin.getPinIndex();
     json["foundByName"] = pin.getBlock()->getPinByName(pin.getName(false)) == &pin;
     addPinFacts(json, pin);
@@ -158,27 +159,25 @@ Json jsonOf(const HDNTBus& bus) {
     json["name"] = bus.getName();
     json["baseName"] = bus.getBaseName();
     json["block"] = block.getName();
-    json["firstIndex"] = bus.getFirstIndex();
-    json["lastIndex"] = bus.getLastIndex();
-    json["firstPin"] = bus.getFirstPinIndex();
+    json["range"] = bus.getFirstIndex() < 0 ? Json() : Json::array({bus.getFirstIndex(), bus.getLastIndex()});
+    json["width"] = bus.pinCount();
+    json["firstPinIndex"] = bus.getFirstPinIndex();
     json["foundByName"] = block.getBusByName(bus.getName(), true) == &bus;
     addPinFacts(json, bus);
     json["pins"] = Json::array();
     for (const HDNTPin& pin : bus.pins()) json["pins"].push_back(jsonOf(pin));
-    json["propertyCount"] = bus.getNumProperties();
     json["properties"] = propertyList(bus);
     json["location"] = locationOf(bus);
     return json;
 }
 
 // Counts are those of the top level; what stands in the branches of ifs is not known before an expansion.
-Json netlistOf(const HDNTBlock& block) {
+Json netlistOf(HDNTBlock& block) {
     const HDNTNetlist* const netlist = block.getAttachedNetlist();
     if (!netlist) return nullptr;
     hdnt::SourcePlaces places;
     const yyltype* const location = netlist->getLocation();
     const hdnt::Place place = location ? places.placeOf(*location) : hdnt::Place();
-    const bool isMapLibrary = location && !location->fileName;
     const unsigned short kind = block.getNetlistKind();
     const bool isForAll =
         kind == HDNTBlock::OwnNetlist || kind == HDNTBlock::OwnNetlistInChild || kind == HDNTBlock::AnyArchitecture;
@@ -186,26 +185,26 @@ Json netlistOf(const HDNTBlock& block) {
     json["section"] = hdnt::words::sections.wordOf(netlist->section());
     json["location"]["file"] = orNull(place.file);
     json["location"]["line"] = place.isKnown() ? Json(place.line) : Json();
-    json["mapLibrary"] = isMapLibrary;
+    json["isMapLibrary"] = location && !location->fileName;
     json["architecture"] = isForAll ? Json() : orNull(HDNTLibraryMgr::getLibraryMgr()->m_architecture);
-    json["instances"] = netlist->instances().size();
-    json["signals"] = netlist->signals().size();
-    json["connects"] = netlist->connects().size();
-    json["blockPropertyAssigns"] = netlist->blockPropertyAssigns().size();
-    json["pinPropertyAssigns"] = netlist->pinPropertyAssigns().size();
-    json["ifs"] = netlist->ifStmts().size();
-    json["calls"] = netlist->preInstanceCalls().size() + netlist->postInstanceCalls().size();
+    json["instanceCount"] = netlist->instances().size();
+    json["signalCount"] = netlist->signals().size();
+    json["connectCount"] = netlist->connects().size();
+    json["blockPropertyAssignCount"] = netlist->blockPropertyAssigns().size();
+    json["pinPropertyAssignCount"] = netlist->pinPropertyAssigns().size();
+    json["ifCount"] = netlist->ifStmts().size();
+    json["preInstanceCallCount"] = netlist->preInstanceCalls().size();
+    json["postInstanceCallCount"] = netlist->postInstanceCalls().size();
+    json["referencedInstance"] = orNull(block.getReferencedInstanceName(""));
     return json;
 }
 
 // A map library that is broken was complained of already.
 void addMapping(Json& json, HDNTBlock& block) {
-    const bool hasMapping = block.getAttachedNetlist() != nullptr;
     json["netlistKind"] = block.getNetlistKind();
-    json["ownNetlist"] = block.hasOwnNetlist();
+    json["hasOwnNetlist"] = block.hasOwnNetlist();
     json["netlist"] = netlistOf(block);
-    json["referencedInstance"] = hasMapping ? orNull(block.getReferencedInstanceName("")) : Json();
-    json["pseudoDifferentialExpansion"] = hasMapping && block.hasPseudoDifferentialExpansion("");
+    json["hasPseudoDifferentialExpansion"] = block.getAttachedNetlist() && block.hasPseudoDifferentialExpansion("");
 }
 
 void addConfiguration(Json& json, const HDNTBlock& block) {
@@ -216,24 +215,17 @@ void addConfiguration(Json& json, const HDNTBlock& block) {
     std::vector<std::string> shadows;
     block.getMasterShadowPins(shadows);
     json["canTiePins"] = block.canTiePins();
-    json["nibbleSizedHex"] = block.usesNibbleSizeHexAttrs();
+    json["usesNibbleSizedHex"] = block.usesNibbleSizeHexAttrs();
     json["canBePseudoDifferential"] = block.canBePseudoDifferential();
     json["architectures"] = block.getCellArchesCfg();
     json["isMasterDriver"] = std::find(masters.begin(), masters.end(), block.getName()) != masters.end();
     json["masterDriverPin"] = orNull(block.getMasterDriverPinName());
     json["shadowPins"] = shadows;
     json["architecture"] = orNull(architecture);
-    json["inArchitecture"] = architecture.empty() ? Json() : Json(isInArchitecture(block, architecture));
-    json["internalPinsSupported"] = block.internalPinsSupported(nullptr);
+    json["isInArchitecture"] = architecture.empty() ? Json() : Json(isInArchitecture(block, architecture));
+    json["supportsInternalPins"] = block.internalPinsSupported(nullptr);
     json["simulationDevice"] = orNull(library.getSimDeviceString(architecture));
     json["masterArchitecture"] = orNull(library.getMasterArchitecture(architecture));
-}
-
-Json jsonOfGroup(const HDNTBlock& block, bool legacy) {
-    Json json;
-    json["group"] = orNull(block.getPrimGroupType(legacy));
-    json["subgroup"] = orNull(block.getPrimSubGroupType(legacy));
-    return json;
 }
 
 } // namespace
@@ -243,14 +235,16 @@ Json jsonOf(HDNTBlock& block) {
     json["name"] = block.getName();
     json["library"] = block.getLibrary()->getName();
     json["location"] = locationOf(block);
-    json["type"] = static_cast<int>(block.getType());
-    json["registered"] = isRegistered(block);
-    json["maturity"] = maturityName(block.getMaturityLevel());
-    json["test"] = block.isTest();
-    json["internal"] = block.isInternal();
-    json["tieCapable"] = block.getCanTiePins();
-    json["group"] = jsonOfGroup(block, false);
-    json["legacyGroup"] = jsonOfGroup(block, true);
+    json["cellview"] = static_cast<int>(block.getType());
+    json["isRegistered"] = isRegistered(block);
+    json["maturity"] = orNull(hdnt::words::maturityLevels.wordOf(block.getMaturityLevel()));
+    json["isTest"] = block.isTest();
+    json["isInternal"] = block.isInternal();
+    json["isTieCapable"] = block.getCanTiePins();
+    json["group"] = orNull(block.getPrimGroupType(false));
+    json["subgroup"] = orNull(block.getPrimSubGroupType(false));
+    json["legacyGroup"] = orNull(block.getPrimGroupType(true));
+    json["legacySubgroup"] = orNull(block.getPrimSubGroupType(true));
     addMapping(json, block);
     json["pinCount"] = block.getNumPins();
     json["busCount"] = block.getNumBuses();
@@ -258,7 +252,7 @@ Json jsonOf(HDNTBlock& block) {
     json["buses"] = Json::array();
     for (const HDNTBus& bus : std::as_const(block).buses()) json["buses"].push_back(jsonOf(bus));
     json["properties"] = propertyList(block);
-    addConfiguration(json["configuration"], block);
+    addConfiguration(json, block);
     return json;
 }
 

@@ -3,6 +3,7 @@
 #include "tools/ntl/Json.h"
 
 class HDNTBlock;
+class HDNTNode;
 
 namespace ntl {
 
@@ -10,5 +11,7 @@ namespace ntl {
 /// in force, if any. Its mapping is the one that is attached; what asks for more of it may load map libraries, so
 /// standard output has to be redirected.
 Json jsonOf(HDNTBlock& block);
+/// Where something was declared: file and line, or null.
+Json locationOf(const HDNTNode& node);
 
 } // namespace ntl

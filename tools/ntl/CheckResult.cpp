@@ -84,7 +84,7 @@ static Json jsonOf(const CheckResult& result) {
     json["input"] = result.input;
     json["status"] = statusName(result);
     json["reason"] = orNull(result.reason);
-    json["blocks"] = result.status == Fine ? Json(result.blocks) : Json();
+    json["blockCount"] = result.status == Fine ? Json(result.blocks) : Json();
     json["diagnostics"] = Json::array();
     for (const auto* list : {&result.errors, &result.warnings})
         for (const hdnt::Diagnostic& one : *list) json["diagnostics"].push_back(jsonOf(one));

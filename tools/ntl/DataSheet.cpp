@@ -2,6 +2,7 @@
 
 #include "tools/ntl/Output.h"
 
+#include <cctype>
 #include <cstdlib>
 #include <map>
 
@@ -26,12 +27,15 @@ std::vector<std::string> cells(const Json& list) {
     return result;
 }
 
-// The names of those keys that are true.
-std::vector<std::string> setFlags(const Json& json, const std::vector<std::string>& keys) {
-    std::vector<std::string> flags;
-    for (const std::string& key : keys)
-        if (json[key].get<bool>()) flags.push_back(key);
-    return flags;
+// Those of the flags that are set: "muxControl" when "isMuxControl" is true.
+std::vector<std::string> setFlags(const Json& json, const std::vector<std::string>& flags) {
+    std::vector<std::string> set;
+    for (const std::string& flag : flags) {
+        std::string key = "is" + flag;
+        key[2] = static_cast<char>(std::toupper(static_cast<unsigned char>(key[2])));
+        if (json[key].get<bool>()) set.push_back(flag);
+    }
+    return set;
 }
 
 std::string placeOf(const Json& location) {
@@ -39,8 +43,8 @@ std::string placeOf(const Json& location) {
     return cell(location["file"]) + (location["line"].is_null() ? "" : ":" + cell(location["line"]));
 }
 
-std::string groupText(const Json& group) {
-    return cell(group["group"]) + (group["subgroup"].is_null() ? "" : ":" + cell(group["subgroup"]));
+std::string groupText(const Json& group, const Json& subgroup) {
+    return orDash(cell(group) + (subgroup.is_null() ? "" : ":" + cell(subgroup)));
 }
 
 std::string netlistText(const Json& block) {
@@ -73,13 +77,13 @@ std::string headerText(const Json& block) {
     Facts facts;
     facts.add("library", cell(block["library"]));
     facts.add("declared at", placeOf(block["location"]));
-    facts.add("cellview type", cell(block["type"]) + (block["registered"].get<bool>() ? "" : " (unregistered)"));
+    facts.add("cellview type", cell(block["cellview"]) + (block["isRegistered"].get<bool>() ? "" : " (unregistered)"));
     facts.add("maturity", cell(block["maturity"]));
     facts.add("flags", orDash(joined(setFlags(block, {"test", "internal"}), ", ")));
-    facts.add("group", orDash(groupText(block["group"])));
-    facts.add("legacy group", orDash(groupText(block["legacyGroup"])));
+    facts.add("group", groupText(block["group"], block["subgroup"]));
+    facts.add("legacy group", groupText(block["legacyGroup"], block["legacySubgroup"]));
     facts.add("netlist", netlistText(block));
-    facts.add("pins can be tied", yesNo(block["tieCapable"]));
+    facts.add("pins can be tied", yesNo(block["isTieCapable"]));
     return colored(Color::Bold, printable(cell(block["name"])), 1) + "\n" + facts.text();
 }
 
@@ -122,8 +126,8 @@ std::string propertyTable(const Json& properties, const std::string& indent) {
         const std::string chosen = shortened(defaultText(property), "default", notes);
         const std::string range =
             shortened(rangeText(property), property["values"].empty() ? "range" : "values", notes);
-        if (!property["defaultIsValid"].get<bool>() && !property["default"].is_null())
-            notes.push_back("! " + cell(property["defaultReason"]));
+        if (!property["defaultRefusal"].is_null() && !property["default"].is_null())
+            notes.push_back("! " + cell(property["defaultRefusal"]));
         table.add({cell(property["name"]), cell(property["type"]), widthText(property), chosen, cell(property["units"]),
                    cell(property["precision"]), joined(setFlags(property, flags), ","), range});
         for (const std::string& note : notes) table.addNote("    " + note);
@@ -131,11 +135,7 @@ std::string propertyTable(const Json& properties, const std::string& indent) {
     return table.text();
 }
 
-std::string rangeOfBus(const Json& bus) {
-    const int first = bus["firstIndex"].get<int>();
-    const int last = bus["lastIndex"].get<int>();
-    return first < 0 ? "" : std::to_string(first) + ":" + std::to_string(last);
-}
+std::string rangeOfBus(const Json& bus) { return joined(cells(bus["range"]), ":"); }
 
 // The types of the bits of a mixed bus: "clock 7, data 6 5 4"
 std::string bitTypes(const Json& bus) {
@@ -143,7 +143,7 @@ std::string bitTypes(const Json& bus) {
     for (const Json& pin : bus["pins"]) {
         const std::string type = cell(pin["type"]);
         if (runs.empty() || runs.back().first != type) runs.emplace_back(type, "");
-        runs.back().second += " " + (pin["bit"].get<int>() < 0 ? cell(pin["name"]) : cell(pin["bit"]));
+        runs.back().second += " " + cell(pin[pin["bit"].is_null() ? "name" : "bit"]);
     }
     std::string text;
     for (const auto& [type, bits] : runs) text.append(text.empty() ? "" : ", ").append(type).append(bits);
@@ -155,7 +155,7 @@ std::string pinTable(const Json& block) {
     for (const Json& bus : block["buses"]) {
         std::vector<std::string> flags = setFlags(bus, {"test", "abstract"});
         if (!bus["foundByName"].get<bool>()) flags.emplace_back("notFoundByName");
-        table.add({cell(bus["baseName"]), rangeOfBus(bus), std::to_string(bus["pins"].size()), cell(bus["direction"]),
+        table.add({cell(bus["baseName"]), rangeOfBus(bus), cell(bus["width"]), cell(bus["direction"]),
                    cell(bus["type"]), cell(bus["required"]), joined(flags, ","), cell(bus["function"])});
         if (cell(bus["type"]) == "mixed") table.addNote("    bits: " + bitTypes(bus));
     }
@@ -172,36 +172,38 @@ std::string mappingText(const Json& block) {
     Facts facts;
     const std::string architecture = cell(netlist["architecture"]);
     facts.add("declared at",
-              placeOf(netlist["location"]) + (netlist["mapLibrary"].get<bool>() ? " (map library)" : ""));
+              placeOf(netlist["location"]) + (netlist["isMapLibrary"].get<bool>() ? " (map library)" : ""));
     facts.add("architecture", architecture.empty() ? "any" : architecture);
-    facts.add("holds", joined({counted(number("instances"), "instance"), counted(number("signals"), "signal"),
-                               counted(number("connects"), "connect"),
-                               counted(number("blockPropertyAssigns") + number("pinPropertyAssigns"), "assignment"),
-                               counted(number("ifs"), "if"), counted(number("calls"), "call")},
-                              ", "));
-    facts.add("referenced instance", orDash(cell(block["referencedInstance"])));
-    facts.add("pseudo-differential", yesNo(block["pseudoDifferentialExpansion"]));
+    facts.add("holds",
+              joined({counted(number("instanceCount"), "instance"), counted(number("signalCount"), "signal"),
+                      counted(number("connectCount"), "connect"),
+                      counted(number("blockPropertyAssignCount") + number("pinPropertyAssignCount"), "assignment"),
+                      counted(number("ifCount"), "if"),
+                      counted(number("preInstanceCallCount") + number("postInstanceCallCount"), "call")},
+                     ", "));
+    facts.add("referenced instance", orDash(cell(netlist["referencedInstance"])));
+    facts.add("pseudo-differential", yesNo(block["hasPseudoDifferentialExpansion"]));
     return title("Mapping: " + cell(netlist["section"])) + facts.text();
 }
 
-std::string configurationText(const Json& configuration) {
+std::string configurationText(const Json& block) {
     Facts facts;
-    const std::string architecture = cell(configuration["architecture"]);
-    facts.add("architectures", orDash(joined(cells(configuration["architectures"]), ", ")));
-    facts.add("can tie pins", yesNo(configuration["canTiePins"]));
-    facts.add("nibble-sized hex", yesNo(configuration["nibbleSizedHex"]));
-    facts.add("pseudo-differential", yesNo(configuration["canBePseudoDifferential"]));
-    facts.add("master driver", yesNo(configuration["isMasterDriver"]));
-    facts.add("master driver pin", orDash(cell(configuration["masterDriverPin"])));
-    facts.add("shadow pins", orDash(joined(cells(configuration["shadowPins"]), ", ")));
+    const std::string architecture = cell(block["architecture"]);
+    facts.add("architectures", orDash(joined(cells(block["architectures"]), ", ")));
+    facts.add("can tie pins", yesNo(block["canTiePins"]));
+    facts.add("nibble-sized hex", yesNo(block["usesNibbleSizedHex"]));
+    facts.add("pseudo-differential", yesNo(block["canBePseudoDifferential"]));
+    facts.add("master driver", yesNo(block["isMasterDriver"]));
+    facts.add("master driver pin", orDash(cell(block["masterDriverPin"])));
+    facts.add("shadow pins", orDash(joined(cells(block["shadowPins"]), ", ")));
     if (architecture.empty()) {
         facts.add("architecture", "- (name one with --arch)");
         return facts.text();
     }
-    facts.add("architecture", architecture + (configuration["inArchitecture"].get<bool>() ? "" : " (not there)"));
-    facts.add("simulation device", orDash(cell(configuration["simulationDevice"])));
-    facts.add("master architecture", orDash(cell(configuration["masterArchitecture"])));
-    facts.add("internal pins", yesNo(configuration["internalPinsSupported"]));
+    facts.add("architecture", architecture + (block["isInArchitecture"].get<bool>() ? "" : " (not there)"));
+    facts.add("simulation device", orDash(cell(block["simulationDevice"])));
+    facts.add("master architecture", orDash(cell(block["masterArchitecture"])));
+    facts.add("internal pins", yesNo(block["supportsInternalPins"]));
     return facts.text();
 }
 
@@ -216,7 +218,7 @@ std::string dataSheet(const Json& block) {
     text += propertyTable(block["properties"], "  ");
     if (!block["netlist"].is_null()) text += mappingText(block);
     text += title("Configuration");
-    return text + configurationText(block["configuration"]);
+    return text + configurationText(block);
 }
 
 } // namespace ntl

@@ -14,7 +14,7 @@ using Expansion = HDNTExpansion;
 
 Json indexOrNull(size_t index) { return index == Expansion::none ? Json() : Json(index); }
 
-/// One level. What it holds bears its place and the index of the branch it stands in.
+/// One level. What it holds bears its origin: its place, and the index of the branch it stands in.
 class LevelJson {
 public:
     LevelJson(const ExpandedBlock& expanded, const Expansion::Level& level) : expanded_(expanded), level_(level) {}
@@ -23,10 +23,10 @@ public:
         Json json;
         json["path"] = level_.path;
         json["outer"] = indexOrNull(level_.outer);
-        json["block"] = level_.block->getName();
+        json["type"] = level_.block->getName();
         json["section"] = hdnt::words::sections.wordOf(level_.section);
         json["location"] = jsonOf(expanded_.places.placeOf(level_.location));
-        json["mapLibrary"] = !level_.location.fileName;
+        json["isMapLibrary"] = !level_.location.fileName;
         json["branches"] = branches();
         json["instances"] = instances();
         json["signals"] = signals();
@@ -38,8 +38,8 @@ public:
 
 private:
     void addOrigin(Json& json, const Expansion::Origin& origin) const {
-        json["location"] = jsonOf(expanded_.places.placeOf(origin.location));
-        json["branch"] = indexOrNull(origin.branch);
+        json["origin"]["location"] = jsonOf(expanded_.places.placeOf(origin.location));
+        json["origin"]["branch"] = indexOrNull(origin.branch);
     }
 
     Json branches() const {
@@ -123,8 +123,8 @@ private:
 Json expansionJson(const ExpandedBlock& expanded) {
     Json json;
     json["block"] = expanded.expansion.levels().front().block->getName();
-    json["given"] = Json::object();
-    for (const auto& [name, value] : expanded.properties) json["given"][name] = value;
+    json["values"] = Json::object();
+    for (const auto& [name, value] : expanded.properties) json["values"][name] = value;
     json["connected"] = expanded.connectedPins;
     json["problems"] = Json::array();
     for (const Expansion::Problem& problem : expanded.expansion.problems()) {

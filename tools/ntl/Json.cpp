@@ -44,8 +44,8 @@ Json jsonOf(const hdnt::Value& value) {
 
 Json orNull(int number) { return number == 0 ? Json() : Json(number); }
 
-Json orNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+Json orNull(std::string_view text) { return text.empty() ? Json() : Json(text); }
 
-Json orNull(const char* text) { return text ? orNull(std::string(text)) : Json(); }
+Json orNull(const char* text) { return text ? orNull(std::string_view(text)) : Json(); }
 
 } // namespace ntl

@@ -6,13 +6,14 @@
 #include <nlohmann/json.hpp>
 
 #include <string>
+#include <string_view>
 
 namespace ntl {
 
 using Json = nlohmann::ordered_json;
 
 /// The version of every JSON document the tool writes. Goes up when a key goes away or changes its meaning; new keys do
-/// not count.
+/// not count. Keys are the names of fields in the script packages, with a capital for "_x": docs/scripting.md.
 constexpr int jsonVersion = 2;
 
 /// The head of a document: version and command.
@@ -26,7 +27,7 @@ Json jsonOf(const hdnt::Diagnostic& diagnostic);
 Json jsonOf(const hdnt::Value& value);
 /// Null for 0, an empty text, or none.
 Json orNull(int number);
-Json orNull(const std::string& text);
+Json orNull(std::string_view text);
 Json orNull(const char* text);
 
 } // namespace ntl

@@ -1,11 +1,12 @@
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/model/Words.h"
 #include "hdnt/netlist/Words.h"
 #include "hdnt/platform/HSTStringUtils.h"
+#include "tools/ntl/BlockJson.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/GlobalOptions.h"
-#include "tools/ntl/Json.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
@@ -59,23 +60,31 @@ static std::string flagsOf(const HDNTBlock& block) {
     return joined(flags, ",");
 }
 
+// "GROUP:SUBGROUP" or "GROUP"
+static std::string groupOf(const HDNTBlock& block) {
+    const char* const group = block.getPrimGroupType(false);
+    const char* const subGroup = block.getPrimSubGroupType(false);
+    return (group ? group : "") + (subGroup ? std::string(":") + subGroup : "");
+}
+
 static std::string placeText(const HDNTBlock& block) {
     const yyltype* const location = block.getLocation();
     if (!location || !location->fileName) return "";
     return std::string(location->fileName) + ":" + std::to_string(location->fileLine);
 }
 
-static std::string mappingOf(const HDNTBlock& block) {
+static std::string_view sectionOf(const HDNTBlock& block) {
     const HDNTNetlist* const netlist = block.getAttachedNetlist();
-    return netlist ? std::string(hdnt::words::sections.wordOf(netlist->section())) : "";
+    return netlist ? hdnt::words::sections.wordOf(netlist->section()) : "";
 }
 
 static std::string listText(const std::vector<HDNTBlock*>& blocks) {
     Table table({"NAME", "GROUP", "PINS", "BUSES", "PROPERTIES", "MATURITY", "MAPPING", "FLAGS", "SOURCE"});
     for (const HDNTBlock* block : blocks)
-        table.add({block->getName(), groupOf(*block, false), std::to_string(block->getNumPins()),
+        table.add({block->getName(), groupOf(*block), std::to_string(block->getNumPins()),
                    std::to_string(block->getNumBuses()), std::to_string(block->getNumProperties()),
-                   maturityName(block->getMaturityLevel()), mappingOf(*block), flagsOf(*block), placeText(*block)});
+                   std::string(hdnt::words::maturityLevels.wordOf(block->getMaturityLevel())),
+                   std::string(sectionOf(*block)), flagsOf(*block), placeText(*block)});
     return table.text();
 }
 
@@ -85,24 +94,20 @@ static std::string listJson(const OpenedLibrary& opened, const std::vector<HDNTB
     json["path"] = opened.path;
     json["blocks"] = Json::array();
     for (const HDNTBlock* block : blocks) {
-        const char* const group = block->getPrimGroupType(false);
-        const char* const subGroup = block->getPrimSubGroupType(false);
-        const yyltype* const location = block->getLocation();
         Json& item = json["blocks"].emplace_back();
         item["name"] = block->getName();
-        item["group"] = orNull(group);
-        item["subgroup"] = orNull(subGroup);
-        item["pins"] = block->getNumPins();
-        item["buses"] = block->getNumBuses();
-        item["properties"] = block->getNumProperties();
-        item["maturity"] = maturityName(block->getMaturityLevel());
-        item["mapping"] = orNull(mappingOf(*block));
-        item["test"] = block->isTest();
-        item["internal"] = block->isInternal();
-        item["registered"] = isRegistered(*block);
+        item["group"] = orNull(block->getPrimGroupType(false));
+        item["subgroup"] = orNull(block->getPrimSubGroupType(false));
+        item["pinCount"] = block->getNumPins();
+        item["busCount"] = block->getNumBuses();
+        item["propertyCount"] = block->getNumProperties();
+        item["maturity"] = orNull(hdnt::words::maturityLevels.wordOf(block->getMaturityLevel()));
+        item["section"] = orNull(sectionOf(*block));
+        item["isTest"] = block->isTest();
+        item["isInternal"] = block->isInternal();
+        item["isRegistered"] = isRegistered(*block);
         item["architectures"] = block->getCellArchesCfg();
-        item["file"] = orNull(location ? location->fileName : nullptr);
-        item["line"] = location ? Json(location->fileLine) : Json();
+        item["location"] = locationOf(*block);
     }
     return jsonText(json);
 }

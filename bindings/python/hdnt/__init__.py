@@ -79,7 +79,7 @@ def check_all(paths=(), *, parent=None, include=(), tool=None):
     except ValueError as error:
         said = done.stderr.decode(errors="replace").strip()
         raise Error("ntl check failed: " + (said or "status %d" % done.returncode)) from error
-    return [CheckResult(one["input"], one["reason"] is None, one["blocks"], _diagnostics(one), one["reason"])
+    return [CheckResult(one["input"], one["reason"] is None, one["blockCount"], _diagnostics(one), one["reason"])
             for one in document["inputs"]]
 
 

@@ -87,10 +87,10 @@ class LoadWarning(UserWarning):
 
 
 class CheckResult(NamedTuple):
-    """What a check said of one input; true when it has no errors. `blocks` is None for one that has."""
+    """What a check said of one input; true when it has no errors. `block_count` is None for one that has."""
     input: str
     ok: bool
-    blocks: Optional[int]
+    block_count: Optional[int]
     diagnostics: Tuple[Diagnostic, ...]
     reason: Optional[str]
 
@@ -113,8 +113,8 @@ class Difference(NamedTuple):
     path: str
     old: str
     new: str
-    old_place: Optional[Location]
-    new_place: Optional[Location]
+    old_location: Optional[Location]
+    new_location: Optional[Location]
 
 
 class Origin(NamedTuple):
@@ -201,6 +201,7 @@ class Level(NamedTuple):
     section: Section
     outer: Optional[int]
     location: Optional[Location]
+    is_map_library: bool
     branches: Tuple[Branch, ...]
     instances: Tuple[ExpandedInstance, ...]
     signals: Tuple[ExpandedSignal, ...]
