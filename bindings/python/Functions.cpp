@@ -27,7 +27,7 @@ PythonFunctions::PythonFunctions(const py::object& functions) {
     const py::dict known(functions);
     for (const auto& [name, function] : known) {
         // A plain pointer, since the library copies the function without the interpreter lock.
-        const py::handle callable = function.inc_ref();
+        const py::handle callable = held_.emplace_back(py::reinterpret_borrow<py::object>(function));
         table_.add(textOf(name),
                    [this, callable](const HDNTFunctionCall&,
                                     const std::vector<const HDNTValue*>& values) -> std::unique_ptr<HDNTValue> {
@@ -39,12 +39,7 @@ PythonFunctions::PythonFunctions(const py::object& functions) {
                        }
                        throw std::runtime_error("a function raised an exception");
                    });
-        borrowed_.push_back(callable);
     }
-}
-
-PythonFunctions::~PythonFunctions() {
-    for (const py::handle callable : borrowed_) callable.dec_ref();
 }
 
 py::object PythonFunctions::call(py::handle function, const std::vector<const HDNTValue*>& arguments) {

@@ -15,7 +15,6 @@ class PythonFunctions {
 public:
     /// None is an empty dict. With the interpreter lock.
     explicit PythonFunctions(const py::object& functions);
-    ~PythonFunctions();
     PythonFunctions(const PythonFunctions&) = delete;
 
     HDNTFunctionTable& table() { return table_; }
@@ -26,7 +25,7 @@ private:
     static py::object call(py::handle function, const std::vector<const HDNTValue*>& arguments);
 
     HDNTFunctionTable table_;
-    std::vector<py::handle> borrowed_; ///< with a reference of our own
+    std::vector<py::object> held_;
     std::exception_ptr error_;
 };
 

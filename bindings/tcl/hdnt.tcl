@@ -44,7 +44,8 @@ proc ::hdnt::check_all {paths args} {
     set command [list [file normalize [dict get $options -tool]] check --format=json]
     set parent [dict get $options -parent]
     if {$parent ne ""} {
-        lappend command --parent [expr {$parent eq "common" ? $parent : [file normalize $parent]}]
+        set parent [expr {$parent eq "common" ? $parent : [file normalize $parent]}]
+        lappend command --parent $parent
     }
     foreach directory [dict get $options -include] {
         lappend command -I [file normalize $directory]
@@ -69,7 +70,11 @@ proc ::hdnt::check_all {paths args} {
         return -code error -errorcode {HDNT ERROR} "ntl check failed: [expr {$why eq "" ? $document : $why}]"
     }
     set results {}
-    foreach one [dict get $document inputs] path $paths {
+    set inputs [dict get $document inputs]
+    if {[llength $inputs] != [llength $paths] || [dict get [lindex $inputs 0] input] eq $parent} {
+        set paths {} ;# a parent that is broken comes alone
+    }
+    foreach one $inputs path $paths {
         lappend results [CheckResult $one [expr {[llength $paths] ? $path : [dict get $one input]}]]
     }
     return $results

@@ -6,6 +6,7 @@ import os
 import pathlib
 import pickle
 import subprocess
+import sys
 import tempfile
 import textwrap
 import unittest
@@ -91,6 +92,14 @@ class Operations(unittest.TestCase):
             self.block.expand(connected=["NONE"])
         with self.assertRaises(ZeroDivisionError):
             self.block.expand(functions={"steps": lambda count: 1 // 0})
+
+    def test_functions_are_let_go_when_one_is_refused(self):
+        def steps(count):
+            return count
+        before = sys.getrefcount(steps)
+        with self.assertRaises(TypeError):
+            self.block.expand(functions={"steps": steps, 1: steps})
+        self.assertEqual(sys.getrefcount(steps), before)
 
     def test_refusals_say_what_is_allowed(self):
         path = self.folder / "bounds.btl"
