@@ -5,6 +5,7 @@
 #include "hdnt/platform/HEX.h"
 
 #include <new>
+#include <unordered_map>
 
 namespace hdnt::python {
 
@@ -49,6 +50,14 @@ PyObject* toPython(std::string_view text) {
     PyObject* const object = PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "surrogateescape");
     if (!object) throw py::error_already_set();
     return object;
+}
+
+PyObject* toPython(Word word) {
+    if (!word.text.data()) Py_RETURN_NONE;
+    static std::unordered_map<const char*, PyObject*> made; // never more than the tables have
+    PyObject*& known = made[word.text.data()];
+    if (!known) known = toPython(word.text);
+    return Py_NewRef(known);
 }
 
 PyObject* toPython(const Place& at) {

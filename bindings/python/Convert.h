@@ -31,13 +31,8 @@ PyObject* guarded(Work&& work) noexcept {
 // Values as Python's own, new references. Null, and an empty OrNone, is None. Texts may hold any bytes: those that are
 // no UTF-8 come as lone surrogates, as for file names.
 
-struct OrNone {
-    std::string text;
-};
-/// A text of few, made once.
-struct Word {
-    PyObject* text; ///< borrowed; null is None
-};
+using scripts::OrNone;
+using scripts::Word;
 
 PyObject* toPython(std::string_view text);
 inline PyObject* toPython(const std::string& text) { return toPython(std::string_view(text)); }
@@ -45,7 +40,8 @@ inline PyObject* toPython(const char* text) { return text ? toPython(std::string
 inline PyObject* toPython(const OrNone& value) {
     return value.text.empty() ? Py_NewRef(Py_None) : toPython(value.text);
 }
-inline PyObject* toPython(Word word) { return Py_NewRef(word.text ? word.text : Py_None); }
+/// The same object each time.
+PyObject* toPython(Word word);
 inline PyObject* toPython(bool value) { return PyBool_FromLong(value ? 1 : 0); }
 inline PyObject* toPython(double value) { return PyFloat_FromDouble(value); }
 inline PyObject* toPython(py::object value) { return value.release().ptr(); }
@@ -61,8 +57,6 @@ requires(!std::same_as<Number, bool>) PyObject* toPython(Number value) {
 inline PyObject* toPython(const Value& value) {
     return std::visit([](const auto& plain) { return toPython(plain); }, value);
 }
-inline PyObject* toPython(const std::optional<Value>& value) { return value ? toPython(*value) : Py_NewRef(Py_None); }
-
 template <typename Item>
 PyObject* toPython(const std::vector<Item>& items) {
     py::tuple tuple(items.size());
@@ -70,8 +64,14 @@ PyObject* toPython(const std::vector<Item>& items) {
         PyTuple_SET_ITEM(tuple.ptr(), static_cast<Py_ssize_t>(i), toPython(items[i]));
     return tuple.release().ptr();
 }
+template <typename Item>
+PyObject* toPython(const std::optional<Item>& item) {
+    return item ? toPython(*item) : Py_NewRef(Py_None);
+}
 
-inline py::object textObject(std::string_view text) { return py::reinterpret_steal<py::object>(toPython(text)); }
+/// Takes a reference over.
+inline py::object object(PyObject* reference) { return py::reinterpret_steal<py::object>(reference); }
+inline py::object textObject(std::string_view text) { return object(toPython(text)); }
 py::object orNone(std::string_view text);
 py::object orNone(int number);
 /// The bytes behind a str, as toPython made them. Throws for anything else.
@@ -112,10 +112,6 @@ PyObject* getter(PyObject* self, void*) noexcept {
     });
 }
 
-template <auto F>
-constexpr PyGetSetDef field(const char* name, const char* description) {
-    return {name, getter<F>, nullptr, description, nullptr};
-}
 constexpr PyGetSetDef noMoreFields{nullptr, nullptr, nullptr, nullptr, nullptr};
 
 /// The type for a kind; fields end with noMoreFields and live as long as the process. A kind of Other is a common base.

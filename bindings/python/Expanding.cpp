@@ -3,7 +3,6 @@
 #include "bindings/python/Functions.h"
 #include "bindings/python/LoadSection.h"
 #include "bindings/python/Types.h"
-#include "bindings/python/Values.h"
 #include "bindings/python/View.h"
 #include "bindings/shared/PropertyFacts.h"
 #include "hdnt/model/HDNTBlock.h"

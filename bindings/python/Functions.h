@@ -35,21 +35,9 @@ py::object valueOf(const HDNTValue& value);
 /// Runs something that may call the functions, in a section; a callable's exception comes out as it was raised.
 template <typename Work>
 void withErrorsOf(PythonFunctions& functions, const std::string& of, LoadSection::Kind kind, Work&& work) {
-    std::string reason;
-    bool failed = false;
-    {
-        LoadSection section(kind);
-        const HDNTFunctionTable::Scope scope(functions.table());
-        const scripts::Reading reading;
-        try {
-            work();
-        } catch (const std::exception& error) {
-            failed = true;
-            reason = error.what();
-        }
-    }
-    if (functions.error()) std::rethrow_exception(std::exchange(functions.error(), nullptr));
-    if (failed) throw std::runtime_error(of.empty() ? reason : of + ": " + reason);
+    scripts::withFunctions(interpreterLock(), kind, functions.table(), of, work, [&] {
+        if (functions.error()) std::rethrow_exception(std::exchange(functions.error(), nullptr));
+    });
 }
 
 } // namespace hdnt::python

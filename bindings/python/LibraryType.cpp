@@ -21,7 +21,6 @@ namespace {
 
 Handle* libraryAt(const py::handle& self) { return handleOf(self, typeOf(HDNTNodeKind::Library)); }
 HDNTLibrary& libraryOf(const HandleInUse& use) { return use.as<HDNTLibrary>(); }
-py::object object(PyObject* reference) { return py::reinterpret_steal<py::object>(reference); }
 
 PyObject* parent(PyObject* self, void*) noexcept {
     return guarded([&] {
@@ -65,7 +64,7 @@ py::object droppedMappings(HDNTLibrary& library) {
 }
 
 PyGetSetDef fields[] = {
-    field<&HDNTLibrary::getName>("name", "The name in its text."),
+    {"name", getter<&HDNTLibrary::getName>, nullptr, "The name in its text.", nullptr},
     {"parent", parent, nullptr, "The library that it extends; None without one.", nullptr},
     {"path", path, nullptr,
      "What it was loaded from; None for libraries that the manager found. Needs no live library.", nullptr},
@@ -76,7 +75,8 @@ PyGetSetDef fields[] = {
     {"names", names, nullptr, "Tuple of the names of its own blocks.", nullptr},
     {"all_blocks", viewOf<scripts::allBlocks>, nullptr, "Its own blocks, then those of its parents.", nullptr},
     {"functions", functions, nullptr, "Tuple of its own function declarations.", nullptr},
-    field<droppedMappings>("dropped_mappings", "Mappings whose block was not found: (block name, reason, Location)."),
+    {"dropped_mappings", getter<droppedMappings>, nullptr,
+     "Mappings whose block was not found: (block name, reason, Location).", nullptr},
     noMoreFields};
 
 Py_ssize_t sizeOf(PyObject* self) noexcept {

@@ -51,7 +51,4 @@ void inSection(LoadSection::Kind kind, const std::string& of, Work&& work, std::
 /// Tuple of hdnt.Diagnostic.
 py::tuple diagnosticsOf(const std::vector<Diagnostic>& all);
 
-/// load, common, simulation, release
-void addLoading(py::module_& module);
-
 } // namespace hdnt::python

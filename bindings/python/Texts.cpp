@@ -30,22 +30,14 @@ py::object placeOf(const HDNTDifference::Place& place) {
     return dataClass("Location")(orNone(place.file), place.line, place.column, py::none());
 }
 
-template <typename Model>
-std::vector<HDNTDifference> compare(const HandleInUse& before, const HandleInUse& after) {
-    return HDNTComparison::compare(before.as<const Model>(), after.as<const Model>());
-}
-
 py::list diff(const py::object& before, const py::object& after) {
     const bool libraries = PyObject_TypeCheck(before.ptr(), typeOf(HDNTNodeKind::Library)) != 0;
     PyTypeObject* const type = typeOf(libraries ? HDNTNodeKind::Library : HDNTNodeKind::Block);
     const HandleInUse left(handleOf(before, type));
     const HandleInUse right(handleOf(after, type));
-    std::vector<HDNTDifference> differences;
-    inSection(LoadSection::Quiet, "diff",
-              [&] { differences = libraries ? compare<HDNTLibrary>(left, right) : compare<HDNTBlock>(left, right); });
     const py::object make = dataClass("Difference");
     py::list list;
-    for (const HDNTDifference& difference : differences)
+    for (const HDNTDifference& difference : scripts::differencesOf(interpreterLock(), *left.node(), *right.node()))
         list.append(make(HDNTComparison::nameOf(difference.effect), HDNTComparison::nameOf(difference.change),
                          HDNTComparison::nameOf(difference.element), HDNTComparison::nameOf(difference.facet),
                          orNone(difference.block), textObject(difference.path), textObject(difference.oldValue),

@@ -1,8 +1,12 @@
 #pragma once
 
-#include "hdnt/platform/HATAttrTypes.h"
+#include "hdnt/model/Value.h"
 
 #include <pybind11/pybind11.h>
+
+#include <optional>
+
+class HDNTProperty;
 
 namespace hdnt::python {
 
@@ -18,7 +22,8 @@ void addTexts(py::module_& module);
 void addVisiting(py::module_& module);
 void addExpanding(py::module_& module);
 
-/// "int" and so on, made once; borrowed.
-PyObject* typeWord(HATAttrTypes::AttrType type);
+/// A bool, float, str or int as a value for a property, which may be null; nothing for a number that is too large.
+/// Throws TypeError for anything else.
+std::optional<Value> valueFor(const HDNTProperty* property, py::handle value);
 
 } // namespace hdnt::python

@@ -24,4 +24,24 @@ PyObject* viewOf(PyObject* self, void*) noexcept {
 
 void addViews(py::module_& module);
 
+template <auto Get>
+PyGetSetDef entry(const scripts::Field<Get>& field) {
+    return {field.name, getter<Get>, nullptr, field.description, nullptr};
+}
+template <const Listing& List, HDNTNodeKind Kind>
+PyGetSetDef entry(const scripts::ListField<List, Kind>& field) {
+    return {field.name, viewOf<List>, nullptr, field.description, nullptr};
+}
+/// The fields of one of the shared tables, and more. They live as long as the process.
+template <const auto& Table>
+PyGetSetDef* fieldsOf(std::initializer_list<PyGetSetDef> more = {}) {
+    static std::vector<PyGetSetDef> all = [&] {
+        auto list = std::apply([](const auto&... fields) { return std::vector{entry(fields)...}; }, Table);
+        list.insert(list.end(), more);
+        list.push_back(noMoreFields);
+        return list;
+    }();
+    return all.data();
+}
+
 } // namespace hdnt::python

@@ -1,18 +1,18 @@
 #pragma once
 
-#include "hdnt/model/HDNTBlock.h"
-#include "hdnt/model/HDNTProperty.h"
-#include "hdnt/netlist/HDNTNetlist.h"
-#include "hdnt/registry/HDNTCellviewLib.h"
+#include "bindings/shared/Listing.h"
 
 #include <concepts>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
 namespace hdnt::scripts {
 
-// Fields of handles: operations of the model's classes, or functions of an object.
+// What both languages say of model objects: one table for each kind, in BlockFields.h and MappingFields.h.
 
 template <typename>
 struct Accessor;
@@ -33,37 +33,36 @@ concept NodeList = requires(T list) {
     requires NodePointer<typename T::value_type>;
 };
 
-/// What no operation of the model answers in one word.
-namespace fields {
+/// A text; an empty one is none.
+struct OrNone {
+    std::string text;
+};
+/// A word of the library's tables; without data() it is none.
+struct Word {
+    std::string_view text;
+};
 
-inline int cellview(HDNTBlock& block) { return static_cast<int>(block.getType()); }
-inline bool isRegistered(HDNTBlock& block) { return block.getType() < HDNTCellviewLib::UNKNOWN; }
-inline const char* group(HDNTBlock& block) { return block.getPrimGroupType(false); }
-inline const char* subgroup(HDNTBlock& block) { return block.getPrimSubGroupType(false); }
-inline const char* legacyGroup(HDNTBlock& block) { return block.getPrimGroupType(true); }
-inline const char* legacySubgroup(HDNTBlock& block) { return block.getPrimSubGroupType(true); }
-inline std::vector<std::string> shadowPins(HDNTBlock& block) {
-    std::vector<std::string> names;
-    block.getMasterShadowPins(names);
-    return names;
+/// A fact: an operation of the model, or a function of an object.
+template <auto Get>
+struct Field {
+    const char* name;
+    const char* description;
+};
+/// A list of objects, and what one of them is called.
+template <const Listing& List, HDNTNodeKind Kind>
+struct ListField {
+    const char* name;
+    const char* one;
+    const char* description;
+};
+
+template <auto Get>
+constexpr Field<Get> field(const char* name, const char* description) {
+    return {name, description};
 }
-inline bool supportsInternalPins(HDNTBlock& block) { return block.internalPinsSupported(nullptr); }
-
-/// A mapping of a map library has no file: its text was put together for an architecture.
-inline bool isMapLibrary(HDNTNetlist& netlist) {
-    const yyltype* const location = netlist.getLocation();
-    return location && !location->fileName;
+template <const Listing& List, HDNTNodeKind Kind>
+constexpr ListField<List, Kind> list(const char* name, const char* one, const char* description) {
+    return {name, one, description};
 }
-
-/// The bus for a property of pins.
-inline HDNTNode* owner(HDNTProperty& property) { return property.getParent(); }
-inline bool isTest(HDNTProperty& property) { return property.getAttrSpec()->isTest(); }
-inline bool isSimulation(HDNTProperty& property) { return property.getAttrSpec()->isSimulation(); }
-inline bool isConstraintsOnly(HDNTProperty& property) { return property.getAttrSpec()->isConstraintsOnly(); }
-inline bool isReadOnly(HDNTProperty& property) { return property.getAttrSpec()->isReadOnly(); }
-inline bool isHidden(HDNTProperty& property) { return !property.getAttrSpec()->isVisible(); }
-bool isPadConstraint(HDNTProperty& property);
-
-} // namespace fields
 
 } // namespace hdnt::scripts

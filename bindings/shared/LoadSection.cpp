@@ -77,6 +77,15 @@ void Reading::mustNotAskMapLibrary(const HDNTBlock& block) {
                                  ": no mapping of a map library is asked for from a visitor or a function; ask before");
 }
 
+HDNTNetlist* netlistOf(ScriptLock& lock, HDNTBlock& block, const std::string* architecture) {
+    const auto ask = [&] { return architecture ? block.getNetlist(*architecture) : block.getNetlist(); };
+    LoadSection::waitForChanges(lock);
+    const bool attached = block.hasOwnNetlist() || (!architecture && block.getAttachedNetlist());
+    if (!attached) Reading::mustNotAskMapLibrary(block);
+    if (HDNTLibrary::usesMapLibraries() && !attached) inSection(lock, LoadSection::Changes, block.getName(), ask);
+    return ask();
+}
+
 std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check,
                                       std::vector<Diagnostic>& warnings) {
     if (parent) Reading::mustNotBe(path);

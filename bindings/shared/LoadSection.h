@@ -2,6 +2,7 @@
 
 #include "hdnt/diagnostics/Diagnostic.h"
 #include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/netlist/HDNTFunctionTable.h"
 #include "hdnt/platform/HEX.h"
 
 #include <memory>
@@ -12,6 +13,7 @@
 
 class HDNTBlock;
 class HDNTLibrary;
+class HDNTNetlist;
 
 namespace hdnt::scripts {
 
@@ -107,6 +109,32 @@ public:
     /// The same where map libraries are in use: a mapping of one may replace what is being read.
     static void mustNotAskMapLibrary(const HDNTBlock& block);
 };
+
+/// Runs something that may call functions of scripts, in a section. Then `raise` throws what a function raised, if any
+/// did; what else came of the work is a runtime_error that says `of`.
+template <typename Work, typename Raise>
+void withFunctions(ScriptLock& lock, LoadSection::Kind kind, HDNTFunctionTable& table, const std::string& of,
+                   Work&& work, Raise&& raise) {
+    std::string reason;
+    bool failed = false;
+    {
+        const LoadSection section(kind, lock);
+        const HDNTFunctionTable::Scope scope(table);
+        const Reading reading;
+        try {
+            work();
+        } catch (const std::exception& error) {
+            failed = true;
+            reason = error.what();
+        }
+    }
+    raise();
+    if (failed) throw std::runtime_error(of.empty() ? reason : of + ": " + reason);
+}
+
+/// The mapping of a block, for an architecture or, without one, the one that is attached or in force; null when there
+/// is none. It may be loaded for that, which throws LoadFailure, and runtime_error while the thread is Reading.
+HDNTNetlist* netlistOf(ScriptLock& lock, HDNTBlock& block, const std::string* architecture);
 
 /// A library of its own from a file or folder over a parent, which may be null; with `check` its content is checked.
 /// In a section. Throws LoadFailure, and over a parent while the thread is Reading, since mappings of the parent may be

@@ -1,8 +1,5 @@
 #include "bindings/shared/PropertyFacts.h"
 
-#include "bindings/shared/Fields.h"
-#include "hdnt/model/HDNTLibrary.h"
-
 #include <algorithm>
 
 namespace hdnt::scripts {
@@ -55,11 +52,6 @@ std::string refusalText(const HDNTBlock& block, const std::string& name, const s
     const std::string said = "block " + block.getName() + ": property " + name + " may not be " + value;
     return said + (property ? "; allowed: " + allowedValues(*property)
                             : ", since there is none of that name; properties: " + propertyNames(block));
-}
-
-bool fields::isPadConstraint(HDNTProperty& property) {
-    const HDNTBlock* const block = property.getBlock();
-    return block && block->getLibrary() && block->getLibrary()->isIOPinConstr(property.getName());
 }
 
 } // namespace hdnt::scripts

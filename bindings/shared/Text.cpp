@@ -49,6 +49,17 @@ std::string sourceForm(HDNTNode& node) {
     return nodeCast<HDNTBlock>(&node) ? unindented(text) : text;
 }
 
+std::vector<HDNTDifference> differencesOf(ScriptLock& lock, const HDNTNode& before, const HDNTNode& after) {
+    std::vector<HDNTDifference> found;
+    inSection(lock, LoadSection::Quiet, "diff", [&] {
+        const auto* const library = nodeCast<HDNTLibrary>(&before);
+        found = library ? HDNTComparison::compare(*library, static_cast<const HDNTLibrary&>(after))
+                        : HDNTComparison::compare(static_cast<const HDNTBlock&>(before),
+                                                  static_cast<const HDNTBlock&>(after));
+    });
+    return found;
+}
+
 std::string textOf(HDNTExpr& expression) {
     return written([&](FILE* stream) {
         HDNTPrintVisitor visitor(stream);

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "bindings/shared/LoadSection.h"
+#include "hdnt/compare/HDNTComparison.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <new>
 #include <string>
+#include <vector>
 
 class HDNTExpr;
 class HDNTNode;
@@ -33,6 +37,9 @@ std::string written(Write&& write) {
 std::string printedForm(HDNTNode& node);
 /// NTL that reads back to the same. Throws when there is no such text.
 std::string sourceForm(HDNTNode& node);
+
+/// What changed from one library or block to another one, in a section of its own.
+std::vector<HDNTDifference> differencesOf(ScriptLock& lock, const HDNTNode& before, const HDNTNode& after);
 
 /// An expression as it is printed.
 std::string textOf(HDNTExpr& expression);

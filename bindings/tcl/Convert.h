@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bindings/shared/Fields.h"
 #include "bindings/tcl/Handle.h"
 #include "hdnt/diagnostics/yyltype.h"
 #include "hdnt/model/Value.h"
@@ -66,7 +67,8 @@ requires(!std::same_as<Number, bool>) Tcl_Obj* toTcl(Number value) {
 inline Tcl_Obj* toTcl(const Value& value) {
     return std::visit([](const auto& plain) { return toTcl(plain); }, value);
 }
-inline Tcl_Obj* toTcl(const std::optional<Value>& value) { return value ? toTcl(*value) : Tcl_NewObj(); }
+inline Tcl_Obj* toTcl(const scripts::OrNone& value) { return toTcl(value.text); }
+inline Tcl_Obj* toTcl(scripts::Word word) { return toTcl(word.text); }
 
 template <typename Items, typename Convert>
 Obj listOf(const Items& items, Convert&& convert) {
@@ -80,6 +82,10 @@ Obj listOf(const Items& items, Convert&& convert) {
 template <typename Item>
 Tcl_Obj* toTcl(const std::vector<Item>& items) {
     return toTcl(listOf(items, [](const auto& item) { return Obj(toTcl(item)); }));
+}
+template <typename Item>
+Tcl_Obj* toTcl(const std::optional<Item>& item) {
+    return item ? toTcl(*item) : Tcl_NewObj();
 }
 
 /// A dict that is being made.

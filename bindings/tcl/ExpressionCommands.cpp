@@ -1,11 +1,6 @@
-#include "bindings/shared/Text.h"
+#include "bindings/shared/MappingFields.h"
 #include "bindings/tcl/Subcommand.h"
 #include "bindings/tcl/Values.h"
-#include "hdnt/model/HDNTProperty.h"
-#include "hdnt/netlist/HDNTCompoundExpr.h"
-#include "hdnt/netlist/HDNTFunctionCall.h"
-#include "hdnt/netlist/HDNTFunctionDecl.h"
-#include "hdnt/netlist/Words.h"
 
 #include <cstring>
 
@@ -13,11 +8,6 @@ namespace hdnt::tcl {
 
 namespace {
 
-std::string typeName(HDNTExpr& expression) {
-    return HDNTProperty::getTypeName(static_cast<HATAttrTypes::AttrType>(expression.exprType()));
-}
-std::string_view sign(HDNTCompoundExpr& expression) { return words::operators.wordOf(expression.op()); }
-Tcl_Obj* value(HDNTValue& constant) { return valueOf(constant); }
 std::string text(HDNTExpr& expression) { return scripts::textOf(expression); }
 
 Tcl_Obj* evaluate(const Call& call) {
@@ -40,16 +30,14 @@ Tcl_Obj* evaluate(const Call& call) {
 } // namespace
 
 std::vector<Subcommand> expressionSubcommands(HDNTNodeKind kind) {
-    std::vector<Subcommand> all = {field<typeName>("type"), field<text>("text"),
-                                   Subcommand{"evaluate", evaluate, 0, 2, "?-functions dict?", false},
-                                   Subcommand{"visit", visit, 2, -1, "event prefix ?event prefix ...?", false}};
-    const auto add = [&](std::initializer_list<Subcommand> more) { all.insert(all.end(), more); };
-    if (kind == HDNTNodeKind::FunctionCall)
-        add({field<&HDNTFunctionCall::name>("name"), field<&HDNTFunctionCall::actuals>("arguments"),
-             field<&HDNTFunctionCall::isStatement>("is_statement"), field<&HDNTFunctionCall::getDecl>("declaration")});
-    else if (kind == HDNTNodeKind::CompoundExpr)
-        add({field<sign>("operator"), field<&HDNTCompoundExpr::lhs>("left"), field<&HDNTCompoundExpr::rhs>("right")});
-    else add({field<value>("value")});
+    std::vector<Subcommand> all = kind == HDNTNodeKind::FunctionCall   ? subcommands(scripts::callFields)
+                                  : kind == HDNTNodeKind::CompoundExpr ? subcommands(scripts::operationFields)
+                                                                       : subcommands(scripts::constantFields);
+    const std::vector<Subcommand> common =
+        subcommands(std::tuple_cat(scripts::expressionFields, std::tuple{scripts::field<text>("text", "")}),
+                    {{"evaluate", evaluate, 0, 2, "?-functions dict?", false},
+                     {"visit", visit, 2, -1, "event prefix ?event prefix ...?", false}});
+    all.insert(all.end(), common.begin(), common.end());
     return all;
 }
 

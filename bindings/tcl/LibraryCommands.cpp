@@ -1,5 +1,5 @@
 #include "bindings/shared/Parameters.h"
-#include "bindings/tcl/Lists.h"
+#include "bindings/tcl/Subcommand.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -254,19 +254,21 @@ int runCommand(ClientData, Tcl_Interp* interp, int count, Tcl_Obj* const words[]
 } // namespace
 
 std::vector<Subcommand> librarySubcommands() {
-    std::vector<Subcommand> all = {field<&HDNTLibrary::getName>("name"),
-                                   {"parent", parent, 0, 0, nullptr, false},
-                                   {"path", path, 0, 0, nullptr, true},
-                                   {"warnings", warnings, 0, 0, nullptr, true},
-                                   listOfAll<scripts::ownBlocks>("blocks"),
-                                   listOfAll<scripts::allBlocks>("all_blocks"),
-                                   oneOf<scripts::ownBlocks, HDNTNodeKind::Block>("block"),
-                                   {"find", find, 1, 1, "name", false},
-                                   {"exists", exists, 1, 1, "name", false},
-                                   {"starting_with", startingWith, 1, 2, "prefix ?withParents?", false},
-                                   {"functions", functions, 0, 0, nullptr, false},
-                                   {"dropped_mappings", droppedMappings, 0, 0, nullptr, true},
-                                   {"close", close, 0, 0, nullptr, false}};
+    using scripts::list;
+    static constexpr std::tuple fields{scripts::field<&HDNTLibrary::getName>("name", ""),
+                                       list<scripts::ownBlocks, HDNTNodeKind::Block>("blocks", "block", "")};
+    std::vector<Subcommand> all =
+        subcommands(fields, {{"all_blocks", [](const Call& call) { return elements(call, scripts::allBlocks); }, 0, 2,
+                              "?-names? ?pattern?", false},
+                             {"parent", parent, 0, 0, nullptr, false},
+                             {"path", path, 0, 0, nullptr, true},
+                             {"warnings", warnings, 0, 0, nullptr, true},
+                             {"find", find, 1, 1, "name", false},
+                             {"exists", exists, 1, 1, "name", false},
+                             {"starting_with", startingWith, 1, 2, "prefix ?withParents?", false},
+                             {"functions", functions, 0, 0, nullptr, false},
+                             {"dropped_mappings", droppedMappings, 0, 0, nullptr, true},
+                             {"close", close, 0, 0, nullptr, false}});
     for (const Subcommand& one : textSubcommands()) all.push_back(one);
     return all;
 }

@@ -1,21 +1,9 @@
+#include "bindings/shared/MappingFields.h"
 #include "bindings/tcl/Subcommand.h"
-#include "hdnt/model/HDNTBlock.h"
-#include "hdnt/model/HDNTProperty.h"
-#include "hdnt/netlist/HDNTAssignProperty.h"
-#include "hdnt/netlist/HDNTBlockInst.h"
-#include "hdnt/netlist/HDNTConnect.h"
-#include "hdnt/netlist/HDNTFunctionCall.h"
-#include "hdnt/netlist/HDNTFunctionDecl.h"
-#include "hdnt/netlist/HDNTNetlist.h"
-#include "hdnt/netlist/HDNTSignal.h"
-#include "hdnt/netlist/HDNTStmt.h"
-#include "hdnt/netlist/Words.h"
 
 namespace hdnt::tcl {
 
 namespace {
-
-std::string_view section(HDNTNetlist& netlist) { return words::sections.wordOf(netlist.section()); }
 
 // Instances may name a block of the common library, which is loaded for that.
 Tcl_Obj* typeBlock(const Call& call) {
@@ -27,55 +15,19 @@ Tcl_Obj* typeBlock(const Call& call) {
     return found ? call.session.wrap(found, Session::lifeOf(*found->getLibrary())) : Tcl_NewObj();
 }
 
-std::string resultType(HDNTFunctionDecl& function) { return HDNTProperty::getTypeName(function.getType()); }
-std::vector<std::string> formals(HDNTFunctionDecl& function) {
-    std::vector<std::string> types;
-    for (size_t i = 0; i < function.getNumFormals(); ++i)
-        types.push_back(HDNTProperty::getTypeName(function.getFormal(i)));
-    return types;
-}
-
-std::vector<Subcommand> ofNetlist() {
-    return {field<section>("section"),
-            field<&HDNTNetlist::getTypeBlock>("block"),
-            field<&HDNTNetlist::signals>("signals"),
-            field<&HDNTNetlist::connects>("connects"),
-            field<&HDNTNetlist::instances>("instances"),
-            field<&HDNTNetlist::blockPropertyAssigns>("block_property_assigns"),
-            field<&HDNTNetlist::pinPropertyAssigns>("pin_property_assigns"),
-            field<&HDNTNetlist::ifStmts>("ifs"),
-            field<&HDNTNetlist::preInstanceCalls>("pre_instance_calls"),
-            field<&HDNTNetlist::postInstanceCalls>("post_instance_calls"),
-            field<&HDNTNetlist::getReferencedInstanceName>("referenced_instance"),
-            field<scripts::fields::isMapLibrary>("is_map_library")};
-}
-
 std::vector<Subcommand> ownSubcommands(HDNTNodeKind kind) {
     switch (kind) {
-    case HDNTNodeKind::Netlist: return ofNetlist();
+    case HDNTNodeKind::Netlist: return subcommands(scripts::netlistFields);
     case HDNTNodeKind::BlockInst:
-        return {field<&HDNTBlockInst::instName>("name"), field<&HDNTBlockInst::typeName>("type_name"),
-                Subcommand{"type_block", typeBlock, 0, 0, nullptr, false}};
-    case HDNTNodeKind::Signal:
-        return {field<&HDNTSignal::name>("name"), field<&HDNTSignal::connect>("connect"),
-                field<&HDNTSignal::isOne>("is_one"), field<&HDNTSignal::isZero>("is_zero")};
-    case HDNTNodeKind::Connect:
-        return {field<&HDNTConnect::signalName>("signal_name"), field<&HDNTConnect::getSignal>("signal"),
-                field<&HDNTConnect::pins>("pins")};
-    case HDNTNodeKind::AssignBlockProperty:
-        return {field<&HDNTAssignBlockProperty::instName>("instance"),
-                field<&HDNTAssignBlockProperty::propName>("property"), field<&HDNTAssignBlockProperty::value>("value")};
-    case HDNTNodeKind::AssignPinProperty:
-        return {field<&HDNTAssignPinProperty::instName>("instance"), field<&HDNTAssignPinProperty::pinName>("pin"),
-                field<&HDNTAssignPinProperty::propName>("property"), field<&HDNTAssignPinProperty::value>("value")};
-    case HDNTNodeKind::IfStmt:
-        return {field<&HDNTIfStmt::condition>("condition"), field<&HDNTIfStmt::thenStmt>("then"),
-                field<&HDNTIfStmt::elseStmt>("otherwise")};
-    case HDNTNodeKind::StmtBlock: return {field<&HDNTStmtBlock::statements>("statements")};
-    case HDNTNodeKind::BlockPinName:
-        return {field<&HDNTBlockPinName::instName>("instance"), field<&HDNTBlockPinName::pinName>("name"),
-                field<&HDNTBlockPinName::inverted>("inverted")};
-    default: return {field<&HDNTFunctionDecl::getName>("name"), field<resultType>("type"), field<formals>("arguments")};
+        return subcommands(scripts::instanceFields, {{"type_block", typeBlock, 0, 0, nullptr, false}});
+    case HDNTNodeKind::Signal: return subcommands(scripts::signalFields);
+    case HDNTNodeKind::Connect: return subcommands(scripts::connectFields);
+    case HDNTNodeKind::AssignBlockProperty: return subcommands(scripts::blockAssignFields);
+    case HDNTNodeKind::AssignPinProperty: return subcommands(scripts::pinAssignFields);
+    case HDNTNodeKind::IfStmt: return subcommands(scripts::ifFields);
+    case HDNTNodeKind::StmtBlock: return subcommands(scripts::statementsFields);
+    case HDNTNodeKind::BlockPinName: return subcommands(scripts::pinRefFields);
+    default: return subcommands(scripts::functionFields);
     }
 }
 

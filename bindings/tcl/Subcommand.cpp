@@ -1,5 +1,6 @@
 #include "bindings/tcl/Subcommand.h"
 
+#include <cstring>
 #include <map>
 
 namespace hdnt::tcl {
@@ -28,10 +29,10 @@ Tcl_Obj* get(const Call& call) {
 std::vector<Subcommand> subcommandsOf(HDNTNodeKind kind) {
     switch (kind) {
     case HDNTNodeKind::Library: return librarySubcommands();
-    case HDNTNodeKind::Block: return blockSubcommands();
-    case HDNTNodeKind::Bus: return busSubcommands();
-    case HDNTNodeKind::Pin: return pinSubcommands();
-    case HDNTNodeKind::Property: return propertySubcommands();
+    case HDNTNodeKind::Block:
+    case HDNTNodeKind::Bus:
+    case HDNTNodeKind::Pin:
+    case HDNTNodeKind::Property: return blockSubcommands(kind);
     case HDNTNodeKind::FunctionCall:
     case HDNTNodeKind::CompoundExpr:
     case HDNTNodeKind::IntConstant:
@@ -82,6 +83,34 @@ Tcl_Obj* runSubcommand(const Call& call) {
     const Subcommand& one = table[static_cast<size_t>(index)];
     if (call.arguments() < one.least || (one.most >= 0 && call.arguments() > one.most)) wrongArguments(call, one.usage);
     return one.run(call);
+}
+
+Tcl_Obj* elements(const Call& call, const scripts::Listing& list) {
+    int at = 0;
+    const bool names = call.arguments() > 0 && std::strcmp(Tcl_GetString(call.argument(0)), "-names") == 0;
+    if (names) ++at;
+    if (call.arguments() > at + 1) wrongArguments(call, "?-names? ?pattern?");
+    const char* const pattern = call.arguments() > at ? Tcl_GetString(call.argument(at)) : nullptr;
+    Obj all(Tcl_NewListObj(0, nullptr));
+    const size_t size = list.size(call.node);
+    for (size_t i = 0; i < size; ++i) {
+        HDNTNode* const node = list.at(call.node, i);
+        Obj name(names || pattern ? toTcl(scripts::nameOf(*node)) : Tcl_NewObj());
+        if (pattern && !Tcl_StringMatch(Tcl_GetString(name.get()), pattern)) continue;
+        Tcl_ListObjAppendElement(nullptr, all.get(), names ? name.get() : call.wrap(node));
+    }
+    return toTcl(std::move(all));
+}
+
+Tcl_Obj* element(const Call& call, const scripts::Listing& list, HDNTNodeKind kind) {
+    const std::string name = textOf(call.argument(0));
+    HDNTNode* const found = list.find(call.node, name);
+    if (!found)
+        throw Refused({"HDNT", "LOOKUP", wordOf(kind), name}, std::string("no ") + wordOf(kind) + " \"" + name +
+                                                                  "\" in " + wordOf(call.node.getKind()) + " \"" +
+                                                                  scripts::nameOf(call.node) + "\"");
+    if (call.arguments() == 1) return call.wrap(found);
+    return runSubcommand(call.of(*found, call.life, 1));
 }
 
 Handle& handleOf(Session& session, Tcl_Obj* word, HDNTNodeKind kind) {

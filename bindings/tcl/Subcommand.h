@@ -1,10 +1,8 @@
 #pragma once
 
-#include "bindings/shared/Fields.h"
 #include "bindings/tcl/Convert.h"
 
 #include <functional>
-#include <type_traits>
 #include <vector>
 
 namespace hdnt::tcl {
@@ -49,11 +47,9 @@ Tcl_Obj* runSubcommand(const Call& call);
 
 // Each gives the subcommands of its types.
 std::vector<Subcommand> librarySubcommands();
-std::vector<Subcommand> blockSubcommands();
-std::vector<Subcommand> busSubcommands();
-std::vector<Subcommand> pinSubcommands();
-std::vector<Subcommand> propertySubcommands();
-/// Of mappings, and of all that is in one.
+/// Of blocks and what they declare.
+std::vector<Subcommand> blockSubcommands(HDNTNodeKind kind);
+/// Of mappings and functions, and of all that is in one.
 std::vector<Subcommand> netlistSubcommands(HDNTNodeKind kind);
 std::vector<Subcommand> expressionSubcommands(HDNTNodeKind kind);
 /// What libraries and blocks have in common: texts, differences, walks.
@@ -80,15 +76,34 @@ Tcl_Obj* getter(const Call& call) {
     if constexpr (NodePointer<Result>) return call.wrap(std::invoke(F, node));
     else if constexpr (NodeList<Result>)
         return toTcl(listOf(std::invoke(F, node), [&](auto* item) { return Obj(call.wrap(item)); }));
-    else if constexpr (std::same_as<Result, Tcl_Obj*>) return std::invoke(F, node);
     else return toTcl(std::invoke(F, node));
 }
 
-/// A fact made of the model's own operation.
-template <auto F>
-constexpr Subcommand field(const char* name) {
-    using Result = std::remove_cvref_t<typename Accessor<decltype(F)>::Result>;
-    return {name, getter<F>, 0, 0, nullptr, !NodePointer<Result> && !NodeList<Result>};
+/// "?-names? ?pattern?": handles, or names without handles, of the elements whose names match.
+Tcl_Obj* elements(const Call& call, const scripts::Listing& list);
+/// "name ?subcommand ...?": an element, or what that answers; no handle is made for it then.
+Tcl_Obj* element(const Call& call, const scripts::Listing& list, HDNTNodeKind kind);
+
+template <auto Get>
+void add(std::vector<Subcommand>& all, const scripts::Field<Get>& field) {
+    using Result = std::remove_cvref_t<typename Accessor<decltype(Get)>::Result>;
+    all.push_back({field.name, getter<Get>, 0, 0, nullptr, !NodePointer<Result> && !NodeList<Result>});
+}
+template <const scripts::Listing& List, HDNTNodeKind Kind>
+void add(std::vector<Subcommand>& all, const scripts::ListField<List, Kind>& field) {
+    all.push_back(
+        {field.name, [](const Call& call) { return elements(call, List); }, 0, 2, "?-names? ?pattern?", false});
+    all.push_back(
+        {field.one, [](const Call& call) { return element(call, List, Kind); }, 1, -1, "name ?subcommand ...?", false});
+}
+
+/// The fields of one of the shared tables, and more.
+template <typename Table>
+std::vector<Subcommand> subcommands(const Table& table, std::initializer_list<Subcommand> more = {}) {
+    std::vector<Subcommand> all;
+    std::apply([&](const auto&... each) { (add(all, each), ...); }, table);
+    all.insert(all.end(), more);
+    return all;
 }
 
 } // namespace hdnt::tcl

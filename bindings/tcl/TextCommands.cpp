@@ -1,7 +1,7 @@
 // What is written of a model, what two differ in, and walks.
 #include "bindings/shared/EventVisitor.h"
 #include "bindings/shared/Text.h"
-#include "bindings/tcl/Lists.h"
+#include "bindings/tcl/Subcommand.h"
 #include "hdnt/compare/HDNTComparison.h"
 #include "hdnt/model/HDNTBlock.h"
 
@@ -17,7 +17,7 @@ namespace {
 template <std::string (*Make)(HDNTNode&)>
 Tcl_Obj* textOfNode(const Call& call) {
     std::string text;
-    inSection(LoadSection::Changes, nameOf(call.node), [&] { text = Make(call.node); });
+    inSection(LoadSection::Changes, scripts::nameOf(call.node), [&] { text = Make(call.node); });
     return toTcl(text);
 }
 
@@ -87,14 +87,7 @@ private:
 } // namespace
 
 Tcl_Obj* differences(const HandleInUse& before, const HandleInUse& after) {
-    std::vector<HDNTDifference> found;
-    inSection(LoadSection::Quiet, "diff", [&] {
-        if (const auto* const library = nodeCast<HDNTLibrary>(&before.node()))
-            found = HDNTComparison::compare(*library, static_cast<const HDNTLibrary&>(after.node()));
-        else
-            found = HDNTComparison::compare(static_cast<const HDNTBlock&>(before.node()),
-                                            static_cast<const HDNTBlock&>(after.node()));
-    });
+    const std::vector<HDNTDifference> found = scripts::differencesOf(scriptLock(), before.node(), after.node());
     return toTcl(listOf(found, [](const HDNTDifference& one) {
         return Dict()
             .put("effect", HDNTComparison::nameOf(one.effect))
@@ -124,7 +117,7 @@ Tcl_Obj* visit(const Call& call) {
                        hasOwn ? "?-own boolean? event prefix ?event prefix ...?" : "event prefix ?event prefix ...?");
     Walker walker(call);
     for (; at < call.arguments(); at += 2) walker.on(textOf(call.argument(at)), call.argument(at + 1));
-    inSection(LoadSection::Changes, nameOf(call.node), [&] {
+    inSection(LoadSection::Changes, scripts::nameOf(call.node), [&] {
         try {
             scripts::walk(call.node, walker, own);
         } catch (const WalkEnded&) {

@@ -7,6 +7,15 @@ namespace hdnt::tcl {
 
 Tcl_Obj* valueOf(const HDNTValue& value) { return toTcl(value.getPlainValue()); }
 
+Value valueFor(HATAttrTypes::AttrType type, Tcl_Obj* word) {
+    switch (type) {
+    case HATAttrTypes::TypeBool: return boolOf(word);
+    case HATAttrTypes::TypeInt: return intOf(word);
+    case HATAttrTypes::TypeDouble: return doubleOf(word);
+    default: return textOf(word);
+    }
+}
+
 // Of a function that is not declared, the word says the type itself.
 static Value guess(Tcl_Obj* word) {
     for (const HATAttrTypes::AttrType type : {HATAttrTypes::TypeInt, HATAttrTypes::TypeDouble}) try {

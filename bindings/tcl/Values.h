@@ -29,21 +29,9 @@ public:
     /// Runs something that may call the functions, in a section; what a prefix ended with comes out as it was.
     template <typename Work>
     void run(const std::string& of, LoadSection::Kind kind, Work&& work) {
-        std::string reason;
-        bool failed = false;
-        {
-            LoadSection section(kind, scriptLock());
-            const HDNTFunctionTable::Scope scope(table_);
-            const scripts::Reading reading;
-            try {
-                work();
-            } catch (const std::exception& error) {
-                failed = true;
-                reason = error.what();
-            }
-        }
-        if (ended_) throw *std::exchange(ended_, std::nullopt);
-        if (failed) throw std::runtime_error(of.empty() ? reason : of + ": " + reason);
+        scripts::withFunctions(scriptLock(), kind, table_, of, work, [&] {
+            if (ended_) throw *std::exchange(ended_, std::nullopt);
+        });
     }
 
 private:
