@@ -9,7 +9,7 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/Words.h"
 #include "hdnt/platform/ConfigBase.h"
-#include "tools/ntl/Model.h"
+#include "tools/ntl/Loading.h"
 
 #include <algorithm>
 #include <optional>

@@ -14,4 +14,7 @@ Json jsonOf(HDNTBlock& block);
 /// Where something was declared: file and line, or null.
 Json locationOf(const HDNTNode& node);
 
+/// The data sheet of a block, from the JSON that jsonOf(block) gives.
+std::string dataSheet(const Json& block);
+
 } // namespace ntl

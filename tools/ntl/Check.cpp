@@ -169,7 +169,7 @@ private:
         const unsigned processors = std::max(std::thread::hardware_concurrency(), 1U);
         tasks.atOnce = settings_.jobs > 0 ? settings_.jobs : static_cast<int>(processors);
         tasks.work = [&](size_t i) { return packed(checkedInput(inputs_[i])); };
-        tasks.said = [&](size_t i, std::string_view text) { pass(i, text); };
+        tasks.said = [&](size_t, std::string_view text) { pass(text); };
         tasks.done = [&](size_t i, const WorkerResult& worker) { take(i, worker); };
         tasks.tick = [&](size_t finished) { progress_.show(totalSize_ * finished / inputs_.size()); };
         runWorkers(tasks);
@@ -189,7 +189,7 @@ private:
         return sum;
     }
 
-    void pass(size_t, std::string_view text) {
+    void pass(std::string_view text) {
         progress_.clear();
         writeError(text);
     }

@@ -10,7 +10,6 @@
 #include "tools/ntl/Expansion.h"
 #include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"
-#include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
 
 namespace ntl {

@@ -6,7 +6,6 @@
 #include "hdnt/netlist/Words.h"
 #include "hdnt/platform/Text.h"
 #include "tools/ntl/Expansion.h"
-#include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
 
 #include <algorithm>

@@ -2,7 +2,6 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/Words.h"
 #include "tools/ntl/Expansion.h"
-#include "tools/ntl/Model.h"
 
 #include <set>
 

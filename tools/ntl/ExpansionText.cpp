@@ -3,7 +3,6 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/Words.h"
 #include "tools/ntl/Expansion.h"
-#include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
 
 #include <algorithm>

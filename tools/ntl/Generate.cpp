@@ -1,6 +1,4 @@
-#include "tools/ntl/Generate.h"
 
-#include "tools/ntl/Help.h"
 #include "tools/ntl/Options.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"

@@ -1,5 +1,4 @@
-#include "tools/ntl/Help.h"
-
+#include "tools/ntl/Options.h"
 #include "tools/ntl/Output.h"
 
 #include <sstream>

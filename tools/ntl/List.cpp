@@ -8,7 +8,6 @@
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"
-#include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
 
 #include <algorithm>

@@ -8,7 +8,7 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
-#include "tools/ntl/Model.h"
+#include "hdnt/registry/HDNTCellviewLib.h"
 #include "tools/ntl/Output.h"
 
 #include <dirent.h>
@@ -107,6 +107,19 @@ OpenedLibrary openLibrary(const Settings& settings) {
         library = loader.load(path, library);
     }
     return {library, isCommon, paths.back(), loader.diagnostics(), loader.files()};
+}
+
+std::vector<HDNTBlock*> blocksOf(const HDNTLibrary& library, bool withParents) {
+    std::vector<HDNTBlock*> blocks;
+    for (size_t i = 0; i < library.getNumTypeBlocks(withParents); ++i) blocks.push_back(library.getTypeBlock(i));
+    return blocks;
+}
+
+bool isRegistered(const HDNTBlock& block) { return block.getType() < HDNTCellviewLib::UNKNOWN; }
+
+bool isInArchitecture(const HDNTBlock& block, const std::string& architecture) {
+    const std::vector<std::string> named = block.getCellArchesCfg();
+    return named.empty() || std::find(named.begin(), named.end(), architecture) != named.end();
 }
 
 HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name) {

@@ -1,9 +1,7 @@
 #include "tools/ntl/Options.h"
 
 #include "tools/ntl/Commands.h"
-#include "tools/ntl/Generate.h"
 #include "tools/ntl/GlobalOptions.h"
-#include "tools/ntl/Help.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"
 

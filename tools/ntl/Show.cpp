@@ -2,10 +2,8 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "tools/ntl/BlockJson.h"
 #include "tools/ntl/Commands.h"
-#include "tools/ntl/DataSheet.h"
 #include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"
-#include "tools/ntl/Model.h"
 #include "tools/ntl/Output.h"
 
 namespace ntl {

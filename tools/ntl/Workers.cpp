@@ -1,5 +1,7 @@
 #include "tools/ntl/Workers.h"
 
+#include "tools/ntl/Output.h"
+
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -92,12 +94,7 @@ private:
         dup2(text.writeEnd, STDERR_FILENO);
         text.close();
         close(result.readEnd);
-        const std::string bytes = tasks_.work(nextTask_);
-        for (size_t sent = 0; sent < bytes.size();) {
-            const ssize_t count = write(result.writeEnd, bytes.data() + sent, bytes.size() - sent);
-            if (count < 0 && errno != EINTR) break;
-            if (count > 0) sent += static_cast<size_t>(count);
-        }
+        writeAll(result.writeEnd, tasks_.work(nextTask_));
         close(result.writeEnd);
         std::exit(EXIT_SUCCESS);
     }
