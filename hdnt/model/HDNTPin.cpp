@@ -59,9 +59,9 @@ HDNT_PIN_TYPE HDNTPin::getType() const {
     const HDNT_PIN_TYPE type = declarationOf(*this).getType();
     const HDNTBlock* const block = type == HDNT_PIN_MIXED ? getBlock() : nullptr;
     if (!block || !block->getLibrary()) return type;
-    const std::string configured =
+    const auto configured =
         hdnt::model::describedText(*block->getLibrary(), {"PINTYPES", block->getName(), getName(true)});
-    return hdnt::words::pinTypes.valueOf(configured).value_or(type);
+    return hdnt::words::pinTypes.valueOf(configured.value_or("")).value_or(type);
 }
 
 void HDNTPin::check() {

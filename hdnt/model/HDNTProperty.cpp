@@ -60,7 +60,8 @@ void HDNTProperty::finalize() {
     const HDNTBlock* const block = getBlock();
     finalize(hdnt::model::propertyContext(block));
     const HDNTLibrary* const library = block ? block->getLibrary() : nullptr;
-    if (library) describe(hdnt::model::describedText(*library, {block->getName(), getName()}));
+    if (!library) return;
+    if (const auto text = hdnt::model::describedText(*library, {block->getName(), getName()})) describe(*text);
 }
 
 void HDNTProperty::finalize(const hdnt::model::PropertyContext& context) {

@@ -35,7 +35,7 @@ public:
     /// Takes read-only flag and description from the configuration, and completes the range of a hex property. Called
     /// for the properties of blocks, not for those of buses.
     void finalize() override;
-    // Internal: the same in two steps, for a block that finalizes all its properties. An empty text describes nothing.
+    // Internal: the same in two steps, for a block that finalizes all its properties.
     void finalize(const hdnt::model::PropertyContext& context);
     void describe(std::string_view text);
     /// Writes the declaration as one line of text to standard output, indented by 4.
