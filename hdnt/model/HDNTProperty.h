@@ -41,6 +41,8 @@ public:
     /// Writes the declaration as one line of text to standard output, indented by 4.
     virtual void print();
     virtual void accept(HDNTVisitor& visitor);
+    /// As accept(), for a const object; the visitor must change nothing. Any thread, then.
+    void acceptOwn(HDNTVisitor& visitor) const;
     /// Likewise with another indent (0 counts as 1), and to another stream.
     void print(unsigned long indent);
     void print(unsigned long indent, FILE* stream);
