@@ -4,6 +4,7 @@
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace hdnt::author {
 
@@ -17,22 +18,9 @@ static bool isSection(int kind) {
 static bool isLogical(int kind) { return kind == T_AndAnd || kind == T_OrOr; }
 
 static bool isOperator(int kind) {
-    switch (kind) {
-    case '=':
-    case ':':
-    case '+':
-    case '-':
-    case '*':
-    case '/':
-    case '%':
-    case '<':
-    case '>':
-    case T_GreaterEqual:
-    case T_LessEqual:
-    case T_EqualTo:
-    case T_NotEqual: return true;
-    default: return isLogical(kind);
-    }
+    constexpr std::string_view single = "=:+-*/%<>";
+    if (kind > 0 && kind < T_Library) return single.find(static_cast<char>(kind)) != single.npos;
+    return kind == T_GreaterEqual || kind == T_LessEqual || kind == T_EqualTo || kind == T_NotEqual || isLogical(kind);
 }
 
 void Layout::run() {

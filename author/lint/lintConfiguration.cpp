@@ -12,6 +12,7 @@
 #include <libconfig.h++>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <map>
 #include <set>
@@ -103,23 +104,20 @@ const KindWords& wordsOf(Kind kind) {
     return words.at(kind);
 }
 
-const char* nounOf(Shape shape) {
-    switch (shape) {
-    case Shape::Flag: return "true or false";
-    case Shape::Text: return "a text";
-    case Shape::Texts: return "a list of texts";
-    default: return "a group";
-    }
-}
+struct ShapeRule {
+    const char* noun;
+    bool (*fits)(const Setting& setting);
+};
 
-bool hasShape(const Setting& setting, Shape shape) {
-    switch (shape) {
-    case Shape::Flag: return setting.getType() == Setting::TypeBoolean;
-    case Shape::Text: return setting.getType() == Setting::TypeString;
-    case Shape::Texts: return setting.isArray() || setting.isList();
-    case Shape::Group: return setting.isGroup();
-    default: return true;
-    }
+const ShapeRule& ruleOf(Shape shape) {
+    static constexpr std::array<ShapeRule, 5> rules = {{
+        {"anything", [](const Setting&) { return true; }},
+        {"true or false", [](const Setting& setting) { return setting.getType() == Setting::TypeBoolean; }},
+        {"a text", [](const Setting& setting) { return setting.getType() == Setting::TypeString; }},
+        {"a list of texts", [](const Setting& setting) { return setting.isArray() || setting.isList(); }},
+        {"a group", [](const Setting& setting) { return setting.isGroup(); }},
+    }};
+    return rules.at(static_cast<size_t>(shape));
 }
 
 using Names = std::vector<std::string>;
@@ -192,14 +190,13 @@ private:
     }
 
     // The first argument of the wording is the setting.
-    void warn(LintCode code, const Setting& setting, const HDNTBlock* cell,
-              std::initializer_list<std::string_view> others = {}) {
+    template <typename... Texts>
+    void warn(LintCode code, const Setting& setting, const HDNTBlock* cell, const Texts&... others) {
         if (speaksOfOthers_ && !cell) return;
         Place place;
         place.file = fileOf(setting);
         place.line = static_cast<int>(setting.getSourceLine());
-        findings_.push_back(finding(code, place, {setting.getPath()}));
-        findings_.back().message = filledIn(findings_.back().message, others);
+        findings_.push_back(finding(code, place, {setting.getPath(), others...}));
     }
 
     // libconfig names included files as the statement does; they are sought beside the file that is read.
@@ -244,22 +241,19 @@ private:
         }
         names.insert(names.end(), others.begin(), others.end());
         const bool ofCell = cell && kind != Kind::Architecture && kind != Kind::PinType;
-        warn(
-            wordsOf(kind).code, setting, cell,
-            {wordsOf(kind).noun, name, ofCell ? " in block \"" + cell->getName() + "\"" : "", suggestion(name, names)});
+        const std::string where = ofCell ? " in block \"" + cell->getName() + "\"" : "";
+        warn(wordsOf(kind).code, setting, cell, wordsOf(kind).noun, name, where, suggestion(name, names));
         return false;
     }
 
     void judgeSetting(const Setting& setting, const Rule& rule, const HDNTBlock* cell) {
-        if (!hasShape(setting, rule.shape)) {
-            warn(LintCode::configWrongType, setting, cell, {nounOf(rule.shape)});
-            return;
-        }
+        const ShapeRule& shape = ruleOf(rule.shape);
+        if (!shape.fits(setting)) return warn(LintCode::configWrongType, setting, cell, shape.noun);
         if (rule.shape == Shape::Group) judgeMembers(setting, rule, cell);
         if (rule.shape == Shape::Text) judgeName(setting, rule.texts, setting.c_str(), cell);
         if (rule.shape != Shape::Texts) return;
         for (int i = 0; i < setting.getLength(); ++i) {
-            if (hasShape(setting[i], Shape::Text)) judgeName(setting[i], rule.texts, setting[i].c_str(), cell);
+            if (ruleOf(Shape::Text).fits(setting[i])) judgeName(setting[i], rule.texts, setting[i].c_str(), cell);
             else judgeSetting(setting[i], one("", Shape::Text), cell);
         }
     }
@@ -274,7 +268,7 @@ private:
             const auto fits = [&](const Rule& member) { return member.key.empty() || member.key == name; };
             const auto found = std::find_if(rule.members.begin(), rule.members.end(), fits);
             if (found == rule.members.end()) {
-                warn(LintCode::configUnknownKey, entry, cell, {suggestion(name, keys)});
+                warn(LintCode::configUnknownKey, entry, cell, suggestion(name, keys));
             } else if (!found->key.empty() || judgeName(entry, found->keys, name, cell, keys)) {
                 const auto block = found->key.empty() && found->keys == Kind::Cell ? cells_.find(name) : cells_.end();
                 judgeSetting(entry, *found, block == cells_.end() ? cell : block->second);

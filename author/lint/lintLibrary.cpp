@@ -7,6 +7,7 @@
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
+#include <optional>
 #include <unordered_map>
 
 namespace hdnt::author {
@@ -15,8 +16,13 @@ namespace {
 
 using Type = HATAttrTypes::AttrType;
 
-std::string numberText(int value) { return std::to_string(value); }
-std::string numberText(double value) { return platform::DoubleText(value, platform::DoubleForm::Shortest).str(); }
+std::string valueText(const Value& value) {
+    if (const auto* const text = std::get_if<std::string>(&value)) return '"' + *text + '"';
+    const auto* const number = std::get_if<double>(&value);
+    return number ? platform::DoubleText(*number, platform::DoubleForm::Shortest).str() : textOf(value);
+}
+
+std::string textOrNone(const std::optional<Value>& bound) { return bound ? textOf(*bound) : std::string(); }
 
 struct Findings {
     void add(LintCode code, const HDNTNode& node, std::initializer_list<std::string_view> arguments) {
@@ -37,25 +43,8 @@ public:
     }
 
     void judge() const {
-        switch (property_.getType()) {
-        case Type::TypeInt:
-            judgeNumber(property_.getDefaultIntValue(), property_.getMinIntValue(), property_.getMaxIntValue());
-            break;
-        case Type::TypeDouble:
-            judgeNumber(property_.getDefaultDoubleValue(), property_.getMinDoubleValue(),
-                        property_.getMaxDoubleValue());
-            break;
-        case Type::TypeString: judgeString(); break;
-        case Type::TypeBitHex:
-            judgeBits(property_.getDefaultHexValue(), property_.getMinHexValue(), property_.getMaxHexValue(),
-                      property_.getAllowedHexValues());
-            break;
-        case Type::TypeBitBinary:
-            judgeBits(property_.getDefaultBinaryValue(), property_.getMinBinaryValue(), property_.getMaxBinaryValue(),
-                      property_.getAllowedBinaryValues());
-            break;
-        default: break;
-        }
+        if (HATAttrTypes::isBitVector(property_.getType())) judgeBits();
+        else judgeValue();
     }
 
 private:
@@ -69,17 +58,13 @@ private:
         findings_.add(LintCode::minAboveMax, property_, {low, name_, high});
     }
 
-    template <typename Number>
-    void judgeNumber(Number value, Number low, Number high) const {
+    void judgeValue() const {
+        const Value value = property_.getDefaultValue();
+        const std::optional<Value> low = property_.getMinValue();
+        const std::optional<Value> high = property_.getMaxValue();
         std::string reason;
-        if (low > high) warnSwapped(numberText(low), numberText(high));
-        else if (!property_.isValidValue(value, reason)) warnOutside(numberText(value));
-    }
-
-    void judgeString() const {
-        std::string reason;
-        const std::string value = property_.getDefaultStringValue();
-        if (!property_.isValidValue(value, reason)) warnOutside("\"" + value + "\"");
+        if (low && high && *high < *low) warnSwapped(valueText(*low), valueText(*high));
+        else if (!property_.isValid(value, reason)) warnOutside(valueText(value));
     }
 
     void judgeWidth(const std::string& what, const std::string& text) const {
@@ -90,12 +75,14 @@ private:
     }
 
     // A default that is not listed is an error of the library, so only a range is looked at.
-    void judgeBits(const std::string& value, const std::string& low, const std::string& high,
-                   const std::vector<std::string>& listed) const {
+    void judgeBits() const {
+        const std::string value = textOf(property_.getDefaultValue());
         judgeWidth("default", value);
-        for (const std::string& text : listed)
-            if (text != value) judgeWidth("value", text);
+        for (const Value& listed : property_.getAllowedValues())
+            if (textOf(listed) != value) judgeWidth("value", textOf(listed));
         if (isListed()) return;
+        const std::string low = textOrNone(property_.getMinValue());
+        const std::string high = textOrNone(property_.getMaxValue());
         judgeWidth("minimum", low);
         judgeWidth("maximum", high);
         const bool hex = property_.getType() == Type::TypeBitHex;

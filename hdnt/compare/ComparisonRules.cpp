@@ -1,10 +1,10 @@
 // What differences mean for designs.
 #include "hdnt/compare/ComparisonRules.internal.h"
 #include "hdnt/model/Words.h"
+#include "hdnt/platform/HSTStringUtils.h"
 
 #include <algorithm>
 #include <charconv>
-#include <iterator>
 
 using Kind = HDNTElementKind;
 using Facet = HDNTElementFacet;
@@ -66,8 +66,8 @@ const std::vector<HDNTComparison::Rule>& HDNTComparison::rules() {
 
 namespace {
 
-template <typename Enum>
-const char* pick(const char* const* names, size_t count, Enum value) {
+template <typename Enum, size_t count>
+const char* pick(const char* const (&names)[count], Enum value) {
     const auto index = static_cast<size_t>(value);
     return index < count ? names[index] : "unknown";
 }
@@ -88,11 +88,11 @@ constexpr const char* trendNames[] = {"more", "less", "same", "other"};
 
 } // namespace
 
-const char* HDNTComparison::nameOf(Kind kind) { return pick(kindNames, std::size(kindNames), kind); }
-const char* HDNTComparison::nameOf(Facet facet) { return pick(facetNames, std::size(facetNames), facet); }
-const char* HDNTComparison::nameOf(Change change) { return pick(changeNames, std::size(changeNames), change); }
-const char* HDNTComparison::nameOf(Effect effect) { return pick(effectNames, std::size(effectNames), effect); }
-const char* HDNTComparison::nameOf(Trend trend) { return pick(trendNames, std::size(trendNames), trend); }
+const char* HDNTComparison::nameOf(Kind kind) { return pick(kindNames, kind); }
+const char* HDNTComparison::nameOf(Facet facet) { return pick(facetNames, facet); }
+const char* HDNTComparison::nameOf(Change change) { return pick(changeNames, change); }
+const char* HDNTComparison::nameOf(Effect effect) { return pick(effectNames, effect); }
+const char* HDNTComparison::nameOf(Trend trend) { return pick(trendNames, trend); }
 
 namespace hdnt::compare {
 
@@ -102,20 +102,16 @@ std::string_view withoutZeros(std::string_view digits) {
     return digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
 }
 
-char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
 // Two numbers, or two bit vectors of one radix: below 0, 0 or above; none when they cannot be compared.
 std::optional<int> compareNumbers(std::string_view a, std::string_view b) {
     const size_t quoteA = a.find('\'');
     const size_t quoteB = b.find('\'');
     if (quoteA != a.npos && quoteB != b.npos && quoteA + 1 < a.size() && quoteB + 1 < b.size()) {
-        if (upper(a[quoteA + 1]) != upper(b[quoteB + 1])) return std::nullopt;
+        if (HSTStringUtils::to_upper(a[quoteA + 1]) != HSTStringUtils::to_upper(b[quoteB + 1])) return std::nullopt;
         const std::string_view digitsA = withoutZeros(a.substr(quoteA + 2));
         const std::string_view digitsB = withoutZeros(b.substr(quoteB + 2));
         if (digitsA.size() != digitsB.size()) return digitsA.size() < digitsB.size() ? -1 : 1;
-        for (size_t i = 0; i < digitsA.size(); ++i)
-            if (upper(digitsA[i]) != upper(digitsB[i])) return upper(digitsA[i]) < upper(digitsB[i]) ? -1 : 1;
-        return 0;
+        return HSTStrUtils::compareCI(digitsA, digitsB);
     }
     double values[2] = {};
     for (const auto& [text, value] : {std::pair{a, &values[0]}, std::pair{b, &values[1]}}) {

@@ -27,9 +27,9 @@ public:
             const Piece piece = todo_.back();
             todo_.pop_back();
             if (piece.text) text_ += piece.text;
-            else if (const auto* const operation = dynamic_cast<const HDNTCompoundExpr*>(piece.expr))
+            else if (const auto* const operation = nodeCast<HDNTCompoundExpr>(piece.expr))
                 add(*operation, piece.around);
-            else if (const auto* const call = dynamic_cast<const HDNTFunctionCall*>(piece.expr)) add(*call);
+            else if (const auto* const call = nodeCast<HDNTFunctionCall>(piece.expr)) add(*call);
             else text_ += constantText(piece.expr);
         }
         return text_;
@@ -83,15 +83,8 @@ private:
     }
 
     static std::string constantText(const HDNTExpr* expr) {
-        if (!expr) return "none";
-        if (const auto* const number = dynamic_cast<const HDNTIntConstant*>(expr))
-            return std::to_string(number->getValue());
-        if (const auto* const text = dynamic_cast<const HDNTStringConstant*>(expr)) return quoted(text->getValue());
-        if (const auto* const flag = dynamic_cast<const HDNTBoolConstant*>(expr))
-            return flag->getValue() ? "true" : "false";
-        if (const auto* const number = dynamic_cast<const HDNTDoubleConstant*>(expr))
-            return numberText(number->getValue());
-        return "unknown";
+        const auto* const constant = nodeCast<HDNTValue>(expr);
+        return constant ? valueText(constant->getPlainValue()) : expr ? "unknown" : "none";
     }
 
     std::vector<Piece> todo_;

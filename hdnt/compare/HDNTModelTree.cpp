@@ -62,7 +62,7 @@ std::string pathPart(std::string_view name) { return escaped(name, "/#\\"); }
 
 std::string quoted(std::string_view text) { return '"' + escaped(text, "\"\\") + '"'; }
 
-std::string numberText(double value) {
+static std::string numberText(double value) {
     if (std::isnan(value)) {
         std::array<char, 64> digits;
         std::uint64_t bits = 0;
@@ -70,6 +70,12 @@ std::string numberText(double value) {
         return "nan:" + std::string(digits.data(), std::to_chars(digits.begin(), digits.end(), bits, 16).ptr);
     }
     return platform::DoubleText(value, platform::DoubleForm::WithPoint).str();
+}
+
+std::string valueText(const Value& value) {
+    if (const auto* const number = std::get_if<double>(&value)) return numberText(*number);
+    const auto* const text = std::get_if<std::string>(&value);
+    return text ? quoted(*text) : hdnt::textOf(value);
 }
 
 } // namespace hdnt::compare

@@ -21,7 +21,7 @@ std::string pinTexts(const HDNTConnect& connect) {
     std::string text;
     for (const HDNTPinInst* item : connect.pins()) {
         if (!text.empty()) text += ", ";
-        const auto* const pin = dynamic_cast<const HDNTBlockPinName*>(item);
+        const auto* const pin = nodeCast<HDNTBlockPinName>(item);
         if (!pin) text += "unknown";
         else
             text += (pin->instName().empty() ? "" : quoted(pin->instName()) + ' ') +
@@ -71,13 +71,13 @@ private:
     }
 
     void addStatement(const HDNTNetlistEntity& statement, Kind callKind) {
-        if (const auto* const signal = dynamic_cast<const HDNTSignal*>(&statement)) add(*signal);
-        else if (const auto* const connect = dynamic_cast<const HDNTConnect*>(&statement)) add(*connect);
-        else if (const auto* const inst = dynamic_cast<const HDNTBlockInst*>(&statement)) add(*inst);
-        else if (const auto* const assign = dynamic_cast<const HDNTAssignProperty*>(&statement)) add(*assign);
-        else if (const auto* const choice = dynamic_cast<const HDNTIfStmt*>(&statement)) add(*choice);
-        else if (const auto* const block = dynamic_cast<const HDNTStmtBlock*>(&statement)) add(*block);
-        else if (const auto* const call = dynamic_cast<const HDNTFunctionCall*>(&statement)) add(*call, callKind);
+        if (const auto* const signal = nodeCast<HDNTSignal>(&statement)) add(*signal);
+        else if (const auto* const connect = nodeCast<HDNTConnect>(&statement)) add(*connect);
+        else if (const auto* const inst = nodeCast<HDNTBlockInst>(&statement)) add(*inst);
+        else if (const auto* const assign = nodeCast<HDNTAssignProperty>(&statement)) add(*assign);
+        else if (const auto* const choice = nodeCast<HDNTIfStmt>(&statement)) add(*choice);
+        else if (const auto* const block = nodeCast<HDNTStmtBlock>(&statement)) add(*block);
+        else if (const auto* const call = nodeCast<HDNTFunctionCall>(&statement)) add(*call, callKind);
         else addExpression(statement);
     }
 
@@ -87,7 +87,7 @@ private:
 
     // The signals of a ranged declaration follow one another.
     void add(const HDNTSignal& signal) {
-        const HDNTSignal* const list = signal.sigList() ? signal.sigList() : dynamic_cast<const HDNTSigList*>(&signal);
+        const HDNTSignal* const list = signal.sigList() ? signal.sigList() : nodeCast<HDNTSigList>(&signal);
         if (list && list == lastList_) return;
         lastList_ = list;
         const std::string& name = list ? list->name() : signal.name();
@@ -111,7 +111,7 @@ private:
     }
 
     void add(const HDNTAssignProperty& assign) {
-        const auto* const pinAssign = dynamic_cast<const HDNTAssignPinProperty*>(&assign);
+        const auto* const pinAssign = nodeCast<HDNTAssignPinProperty>(&assign);
         const std::string pin = pinAssign ? pathPart(pinAssign->pinName()) + '/' : "";
         builder_.open(pinAssign ? Kind::pinAssign : Kind::blockAssign,
                       pathPart(assign.instName()) + '/' + pin + pathPart(assign.propName()), assign);

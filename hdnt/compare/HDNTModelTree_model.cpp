@@ -10,7 +10,6 @@
 using Kind = HDNTElementKind;
 using Facet = HDNTElementFacet;
 using Type = HATAttrTypes::AttrType;
-using hdnt::compare::numberText;
 using hdnt::compare::pathPart;
 using hdnt::compare::quoted;
 using hdnt::compare::TreeBuilder;
@@ -62,10 +61,9 @@ private:
         builder_.facet(Facet::defaultValue, textOf(property_.getDefaultValue()));
     }
 
-    // Bit vectors stand without quotes, numbers exactly.
+    // Bit vectors stand without quotes.
     std::string textOf(const hdnt::Value& value) const {
-        if (const auto* const number = std::get_if<double>(&value)) return numberText(*number);
-        return property_.getType() == Type::TypeString ? quoted(std::get<std::string>(value)) : hdnt::textOf(value);
+        return HATAttrTypes::isBitVector(property_.getType()) ? hdnt::textOf(value) : hdnt::compare::valueText(value);
     }
 
     TreeBuilder& builder_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hdnt/compare/HDNTModelTree.h"
+#include "hdnt/model/Value.h"
 
 #include <map>
 
@@ -33,8 +34,9 @@ private:
 std::string pathPart(std::string_view name);
 /// In quotes; quotes and backslashes in it stand behind a backslash.
 std::string quoted(std::string_view text);
-/// The shortest text that reads back to the same number, always with a point or an exponent.
-std::string numberText(double value);
+/// A value so that different ones have different texts: texts are quoted, doubles have the fewest digits that read back
+/// to the same number, always with a point or an exponent.
+std::string valueText(const Value& value);
 
 /// Adds the mapping to the open block.
 void describeMapping(TreeBuilder& builder, const HDNTNetlist& netlist);

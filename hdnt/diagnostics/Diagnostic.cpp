@@ -119,10 +119,9 @@ SourcePlaces::File& SourcePlaces::fileAt(const std::string& path) {
     file = std::make_unique<File>();
     std::string reason;
     if (!diagnostics::readSource(path, file->bytes, reason)) return *file;
-    for (std::size_t start = 0; start < file->bytes.size(); start = file->bytes.find('\n', start) + 1) {
+    const std::string& bytes = file->bytes;
+    for (std::size_t start = 0; start < bytes.size(); start = std::min(bytes.find('\n', start), bytes.size()) + 1)
         file->starts.push_back(start);
-        if (file->bytes.find('\n', start) == std::string::npos) break;
-    }
     return *file;
 }
 

@@ -21,8 +21,21 @@ struct HDNT_API HDNTLimits {
     long expansionInstances = 1000000;        ///< instances that one expanded mapping may have
     std::string rootFolder;                   ///< INCLUDE, INLINE and map libraries stay below it; empty: anywhere
 
-    /// The limits in force. Read at the start of each parse; the reference lives as long as the process.
+    /// The limits in force in this thread: those of the innermost Scope, else those of the process. Read at the start
+    /// of each parse; the reference lives as long as the scope or the process.
     static const HDNTLimits& get();
-    /// Replaces them for every later parse. Not to be called during a load.
+    /// Replaces those of the process for every later parse. Not to be called during a load.
     static void set(const HDNTLimits& limits);
+
+    /// Lays limits, which are borrowed, over those of the process for as long as the object lives, in this thread.
+    class HDNT_API Scope {
+    public:
+        explicit Scope(const HDNTLimits& limits);
+        ~Scope();
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+
+    private:
+        const HDNTLimits* outer_;
+    };
 };

@@ -260,9 +260,9 @@ IntValues:
 
 IntList:
     T_Values '{' IntValues '}' { $$ = $3; }
-  | T_Min '=' T_IntConstant { BUILD($$ = build::options()); $$->intMin = static_cast<int>($3); }
-  | IntList ',' T_Max '=' T_IntConstant { $$ = $1; $$->intMax = static_cast<int>($5); }
-  | IntList ',' T_Default '=' T_IntConstant { $$ = $1; $$->intDefault = static_cast<int>($5); }
+  | T_Min '=' T_IntConstant { BUILD($$ = build::options()); $$->ints.min = static_cast<int>($3); }
+  | IntList ',' T_Max '=' T_IntConstant { $$ = $1; $$->ints.max = static_cast<int>($5); }
+  | IntList ',' T_Default '=' T_IntConstant { $$ = $1; $$->ints.byDefault = static_cast<int>($5); }
   | IntList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
   | IntList ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
   | IntList ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
@@ -272,7 +272,7 @@ IntList:
   | T_MuxControl '=' T_BoolConstant { BUILD($$ = build::options()); $$->muxControl = $3; }
   | T_Test '=' T_BoolConstant { BUILD($$ = build::options()); $$->test = $3; }
   | T_ConstraintsOnly '=' T_BoolConstant { BUILD($$ = build::options()); $$->constraintsOnly = $3; }
-  | T_Default '=' T_IntConstant { BUILD($$ = build::options()); $$->intDefault = static_cast<int>($3); };
+  | T_Default '=' T_IntConstant { BUILD($$ = build::options()); $$->ints.byDefault = static_cast<int>($3); };
 
 HexValues:
     T_HexConstant { BUILD($$ = build::value(nullptr, $1)); }
@@ -317,9 +317,9 @@ DoubleValues:
 
 DoubleList:
     T_Values '{' DoubleValues '}' { $$ = $3; }
-  | T_Min '=' T_DoubleConstant { BUILD($$ = build::options()); $$->doubleMin = $3; }
-  | DoubleList ',' T_Max '=' T_DoubleConstant { $$ = $1; $$->doubleMax = $5; }
-  | DoubleList ',' T_Default '=' T_DoubleConstant { $$ = $1; $$->doubleDefault = $5; }
+  | T_Min '=' T_DoubleConstant { BUILD($$ = build::options()); $$->doubles.min = $3; }
+  | DoubleList ',' T_Max '=' T_DoubleConstant { $$ = $1; $$->doubles.max = $5; }
+  | DoubleList ',' T_Default '=' T_DoubleConstant { $$ = $1; $$->doubles.byDefault = $5; }
   | DoubleList ',' T_Precision '=' T_IntConstant { $$ = $1; $$->precision = static_cast<int>($5); }
   | DoubleList ',' T_Units '=' T_StringConstant { $$ = $1; $$->units = build::take($5); }
   | DoubleList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
@@ -327,7 +327,7 @@ DoubleList:
   | DoubleList ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
   | DoubleList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
   | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options()); $$->simulation = $3; }
-  | T_Default '=' T_DoubleConstant { BUILD($$ = build::options()); $$->doubleDefault = $3; };
+  | T_Default '=' T_DoubleConstant { BUILD($$ = build::options()); $$->doubles.byDefault = $3; };
 
 StringValues:
     T_StringConstant { BUILD($$ = build::value(nullptr, $1)); }

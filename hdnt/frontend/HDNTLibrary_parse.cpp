@@ -5,7 +5,9 @@
 #include "hdnt/frontend/ParserState.internal.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/frontend/ScannerState.internal.h"
+#include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/netlist/MappingJournal.internal.h"
 #include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HEX.h"
@@ -30,15 +32,14 @@ void HDNTLibrary::enterParser() {
     NtlInitParser();
 }
 
-void HDNTLibrary::leaveParser() noexcept {
-    if (myTopLib == this) myTopLib = nullptr;
-    std::free(ntl_parse_top_level_file);
-    ntl_parse_top_level_file = nullptr;
-}
-
-static void setTopLevelFile(const char* name) {
+static void setTopLevelFile(const char* name) noexcept {
     std::free(ntl_parse_top_level_file);
     ntl_parse_top_level_file = name ? strdup(name) : nullptr;
+}
+
+void HDNTLibrary::leaveParser() noexcept {
+    if (myTopLib == this) myTopLib = nullptr;
+    setTopLevelFile(nullptr);
 }
 
 // Scanner and session are left clean however the parse ends.
@@ -104,21 +105,41 @@ bool HDNTLibrary::loadMaplib(const std::string& name, const std::string& arch) {
     return library.hasArchitectures;
 }
 
-// One that fails leaves no trace: mappings are as before, and what it dropped is forgotten.
-void HDNTLibrary::parseMapLibrary(MapLibrary& library, const std::string& name) {
-    struct Cleared {
+template <typename Decl>
+static void cut(std::vector<Decl*>& decls, size_t size) {
+    for (size_t i = size; i < decls.size(); ++i) delete decls[i];
+    decls.resize(size);
+}
+
+// One that fails leaves no trace: mappings are as before, and what it declared and dropped is forgotten. It may fail
+// behind the end of its declarations, which the library has by then.
+void HDNTLibrary::parseMapLibrary(MapLibrary& text, const std::string& name) {
+    struct Before {
         HDNTLibrary& library;
-        size_t dropped = library.getDroppedMappings().size();
+        std::string name = library.name_;
+        yyltype location = library.getLocation() ? *library.getLocation() : yyltype{};
+        size_t blocks = library.blocks_.size();
+        size_t functions = library.functions_.size();
+        size_t dropped = library.droppedMappings_.size();
         bool failed = true;
-        ~Cleared() {
+
+        ~Before() {
             Scanner::instance().setFilteredText(0);
-            if (failed) library.forgetDroppedMappings(dropped);
+            if (!failed) return;
+            library.name_ = name;
+            library.setLocation(location);
+            library.forgetDroppedMappings(dropped);
+            cut(library.functions_, functions);
+            cut(library.blocks_, blocks);
+            library.adopted_.clear();
+            for (HDNTBlock* block : library.blocks_)
+                if (library.names_.find(block->getName()).block != block) library.adopted_.add(block);
         }
     };
-    Cleared cleared{*this};
+    Before before{*this};
     hdnt::netlist::MappingJournal journal;
-    Scanner::instance().setFilteredText(hdnt::diagnostics::FilteredText::keep(std::move(library.origin)));
-    if (parseString(library.text) != 0) throw HEXDataException("Invalid maplib ntl file: " + name);
+    Scanner::instance().setFilteredText(hdnt::diagnostics::FilteredText::keep(std::move(text.origin)));
+    if (parseString(text.text) != 0) throw HEXDataException("Invalid maplib ntl file: " + name);
     journal.keep();
-    cleared.failed = false;
+    before.failed = false;
 }

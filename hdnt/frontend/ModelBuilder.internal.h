@@ -3,6 +3,8 @@
 #include "hdnt/diagnostics/yyltype.h"
 #include "hdnt/frontend/ParserValue.internal.h"
 #include "hdnt/frontend/TokenText.internal.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTConnect.h"
 #include "hdnt/netlist/HDNTExpr.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 
@@ -25,15 +27,13 @@ std::vector<T>* emptyList() {
     return list.release();
 }
 
-/// Appends a model object to a list, to a fresh one when null; deletes both, with the list's items, when that throws.
-template <typename T>
-std::vector<T*>* append(std::type_identity_t<std::vector<T*>>* list, T* item);
-
 /// Deletes a list with the objects in it.
 template <typename T>
-void deleteList(std::vector<T*>* list) noexcept;
-
-std::vector<HATAttrTypes::AttrType>* append(std::vector<HATAttrTypes::AttrType>* list, int type);
+void deleteList(std::vector<T*>* list) noexcept {
+    if (!list) return;
+    for (const T* item : *list) delete item;
+    delete list;
+}
 
 /// A list from the parser's stack with the model objects in it; what is taken over is released.
 template <typename T>
@@ -53,6 +53,18 @@ public:
 private:
     std::vector<T*>* list_;
 };
+
+/// Appends a model object to a list, to a fresh one when null; deletes both, with the list's items, when that throws.
+template <typename T>
+std::vector<T*>* append(std::type_identity_t<std::vector<T*>>* list, T* item) {
+    std::unique_ptr<T> ownedItem(item);
+    OwnedList<T> ownedList(list ? list : emptyList<T*>());
+    ownedList.get()->push_back(nullptr);
+    ownedList.get()->back() = ownedItem.release();
+    return ownedList.release();
+}
+
+std::vector<HATAttrTypes::AttrType>* append(std::vector<HATAttrTypes::AttrType>* list, int type);
 
 template <typename Node>
 Node* placed(Node* node, const yyltype& place) {

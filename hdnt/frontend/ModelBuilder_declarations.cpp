@@ -5,8 +5,6 @@
 #include "hdnt/model/HDNTBus.h"
 #include "hdnt/model/HDNTFlags.h"
 #include "hdnt/model/HDNTPrimGroup.h"
-#include "hdnt/model/HDNTProperty.h"
-#include "hdnt/netlist/HDNTConnect.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/platform/AttrSpecDraft.internal.h"
 
@@ -36,17 +34,11 @@ long widthOf(const std::string& constant) {
     return result.ec == std::errc::result_out_of_range ? LONG_MAX : width;
 }
 
-void draftInts(HATAttrSpec::Draft& draft, const PropertyOptions& options) {
-    draft.setIntDefault(options.intDefault.value_or(options.ints.empty() ? 0 : options.ints.front()));
-    if (options.ints.empty()) draft.setIntRange(options.intMin, options.intMax);
-    for (const int value : options.ints) draft.listInt(value);
-}
-
-void draftDoubles(HATAttrSpec::Draft& draft, const PropertyOptions& options, const yyltype& place) {
-    draft.setDoubleDefault(options.doubleDefault.value_or(options.doubles.empty() ? 0.0 : options.doubles.front()));
-    if (options.doubles.empty()) draft.setDoubleRange(options.doubleMin, options.doubleMax);
-    for (const double value : options.doubles) draft.listDouble(value);
-    draft.setPrecision(limited(options.precision, HDNTLimits::get().precision, DiagnosticCode::precision, place));
+template <typename Number>
+void draftNumbers(HATAttrSpec::Draft& draft, const NumberOptions<Number>& said) {
+    draft.setDefault(said.byDefault.value_or(said.values.empty() ? Number() : said.values.front()));
+    if (said.values.empty()) draft.setRange(said.min, said.max);
+    for (const Number value : said.values) draft.list(value);
 }
 
 void draftTexts(HATAttrSpec::Draft& draft, HATAttrTypes::AttrType type, const PropertyOptions& options) {
@@ -66,14 +58,15 @@ HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, const std:
                                                    options.constraintsOnly, options.muxControl, *noUnits);
     property->setLocation(place);
     HATAttrSpec& spec = *property->getAttrSpec();
-    switch (type) {
-    case HATAttrTypes::TypeInt: draftInts(*draft, options); break;
-    case HATAttrTypes::TypeDouble: draftDoubles(*draft, options, place); break;
-    case HATAttrTypes::TypeBool: spec.setBoolDefault(options.boolDefault); break;
-    default: draftTexts(*draft, type, options); break;
-    }
-    spec.setDiscreteInt(!options.ints.empty());
-    spec.setDiscreteDouble(!options.doubles.empty());
+    // Nothing was said of the other types, which leaves their facets as they are.
+    spec.setBoolDefault(options.boolDefault);
+    draftNumbers(*draft, options.ints);
+    draftNumbers(*draft, options.doubles);
+    draftTexts(*draft, type, options);
+    if (type == HATAttrTypes::TypeDouble)
+        draft->setPrecision(limited(options.precision, HDNTLimits::get().precision, DiagnosticCode::precision, place));
+    spec.setDiscreteInt(!options.ints.values.empty());
+    spec.setDiscreteDouble(!options.doubles.values.empty());
     draft->setBitWidth(bitWidth);
     if (options.description) draft->setDescription(*options.description);
     if (const std::string& unit = textOf(options.units); !unit.empty()) {
@@ -85,35 +78,6 @@ HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, const std:
 }
 
 } // namespace
-
-template <typename T>
-void deleteList(std::vector<T*>* list) noexcept {
-    if (!list) return;
-    for (const T* item : *list) delete item;
-    delete list;
-}
-
-template <typename T>
-std::vector<T*>* append(std::type_identity_t<std::vector<T*>>* list, T* item) {
-    std::unique_ptr<T> ownedItem(item);
-    OwnedList<T> ownedList(list ? list : emptyList<T*>());
-    ownedList.get()->push_back(nullptr);
-    ownedList.get()->back() = ownedItem.release();
-    return ownedList.release();
-}
-
-template std::vector<HDNTDecl*>* append(std::vector<HDNTDecl*>*, HDNTDecl*);
-template std::vector<HDNTBlockEntity*>* append(std::vector<HDNTBlockEntity*>*, HDNTBlockEntity*);
-template std::vector<HDNTProperty*>* append(std::vector<HDNTProperty*>*, HDNTProperty*);
-template std::vector<HDNTNetlistEntity*>* append(std::vector<HDNTNetlistEntity*>*, HDNTNetlistEntity*);
-template std::vector<HDNTExpr*>* append(std::vector<HDNTExpr*>*, HDNTExpr*);
-template std::vector<HDNTPinInst*>* append(std::vector<HDNTPinInst*>*, HDNTPinInst*);
-template void deleteList(std::vector<HDNTDecl*>*) noexcept;
-template void deleteList(std::vector<HDNTBlockEntity*>*) noexcept;
-template void deleteList(std::vector<HDNTProperty*>*) noexcept;
-template void deleteList(std::vector<HDNTNetlistEntity*>*) noexcept;
-template void deleteList(std::vector<HDNTExpr*>*) noexcept;
-template void deleteList(std::vector<HDNTPinInst*>*) noexcept;
 
 std::vector<HATAttrTypes::AttrType>* append(std::vector<HATAttrTypes::AttrType>* list, int type) {
     std::unique_ptr<std::vector<HATAttrTypes::AttrType>> owned(list);
@@ -141,23 +105,24 @@ struct DeleteOptions {
 };
 using OptionsOwner = std::unique_ptr<PropertyOptions, DeleteOptions>;
 
-template <typename Value>
-static PropertyOptions* addValue(PropertyOptions* record, std::vector<Value> PropertyOptions::*list, Value value) {
+template <typename Add>
+static PropertyOptions* withRecord(PropertyOptions* record, Add&& add) {
     OptionsOwner owned(record ? record : options());
-    (owned.get()->*list).push_back(std::move(value));
+    add(*owned);
     return owned.release();
 }
 
 PropertyOptions* value(PropertyOptions* record, int allowed) {
-    return addValue(record, &PropertyOptions::ints, allowed);
+    return withRecord(record, [=](PropertyOptions& said) { said.ints.values.push_back(allowed); });
 }
 
 PropertyOptions* value(PropertyOptions* record, double allowed) {
-    return addValue(record, &PropertyOptions::doubles, allowed);
+    return withRecord(record, [=](PropertyOptions& said) { said.doubles.values.push_back(allowed); });
 }
 
 PropertyOptions* value(PropertyOptions* record, std::string* allowed) {
-    return addValue(record, &PropertyOptions::texts, take(allowed));
+    TokenText text = take(allowed);
+    return withRecord(record, [&](PropertyOptions& said) { said.texts.push_back(std::move(text)); });
 }
 
 HDNTProperty* property(HATAttrTypes::AttrType type, std::string* name, PropertyOptions* record, const yyltype& place) {

@@ -9,6 +9,7 @@
 #include "hdnt/registry/HDNTCellviewLib.h"
 
 #include <memory>
+#include <utility>
 
 namespace hdnt::frontend::build {
 
@@ -42,14 +43,13 @@ bool attach(std::unique_ptr<HDNTNetlist>& netlist, const HDNTLibrary& library, c
 
 HDNTBlock* block(std::string* name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist,
                  HDNTNetlist::Section section, const yyltype& place) {
-    OwnedList<HDNTBlockEntity> owned(entities);
+    const OwnedList<HDNTBlockEntity> owned(entities);
     std::unique_ptr<HDNTNetlist> ownedNetlist(netlist);
     const TokenText text = take(name);
     HDNTLibrary& library = target();
     if (netlist) netlist->setSection(section);
     // From here on the constructor owns the items, whether it succeeds or throws.
-    std::vector<HDNTBlockEntity*> items(*entities);
-    owned.releaseItems();
+    std::vector<HDNTBlockEntity*> items(std::move(*entities));
     std::unique_ptr<HDNTBlock> result(new HDNTBlock(*text, &items, ownedNetlist.release(), &library));
     result->setLocation(place);
     pendingBlocks().add(result.get());
@@ -75,12 +75,11 @@ void mapping(std::string* blockName, HDNTNetlist* netlist, HDNTNetlist::Section 
 void beginParse() noexcept { pendingBlocks().clear(); }
 
 void library(std::string* name, std::vector<HDNTDecl*>* decls, const yyltype& place) {
-    OwnedList<HDNTDecl> owned(decls);
+    const OwnedList<HDNTDecl> owned(decls);
     const TokenText text = take(name);
     HDNTLibrary& library = target();
-    std::vector<HDNTDecl*> items(*decls);
-    owned.releaseItems();
     library.setLocation(place);
+    std::vector<HDNTDecl*> items(std::move(*decls));
     library.init(*text, &items);
 }
 

@@ -2,26 +2,28 @@
 
 #include "hdnt/frontend/TokenText.internal.h"
 
-#include <cfloat>
-#include <climits>
+#include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
 
 namespace hdnt::frontend {
 
+/// What was said of the values of an int or double property.
+template <typename Number>
+struct NumberOptions {
+    std::vector<Number> values;
+    Number min = std::numeric_limits<Number>::lowest();
+    Number max = std::numeric_limits<Number>::max();
+    std::optional<Number> byDefault;
+};
+
 /// What the options of one property declaration said, until the property is built. Only the members of the property's
 /// own type are used; hex and binary values are texts as written. A text that was not given is null.
 struct PropertyOptions {
-    std::vector<int> ints;
-    std::vector<double> doubles;
+    NumberOptions<int> ints;
+    NumberOptions<double> doubles;
     std::vector<TokenText> texts;
-    int intMin = INT_MIN;
-    int intMax = INT_MAX;
-    std::optional<int> intDefault;
-    double doubleMin = -DBL_MAX;
-    double doubleMax = DBL_MAX;
-    std::optional<double> doubleDefault;
     TokenText textMin;
     TokenText textMax;
     TokenText textDefault;
@@ -37,12 +39,13 @@ struct PropertyOptions {
     /// Back to nothing said; the lists keep their room.
     void reset() noexcept {
         PropertyOptions fresh;
-        fresh.ints.swap(ints);
-        fresh.doubles.swap(doubles);
-        fresh.texts.swap(texts);
-        fresh.ints.clear();
-        fresh.doubles.clear();
-        fresh.texts.clear();
+        const auto keepRoom = [](auto& from, auto& to) {
+            from.clear();
+            to.swap(from);
+        };
+        keepRoom(ints.values, fresh.ints.values);
+        keepRoom(doubles.values, fresh.doubles.values);
+        keepRoom(texts, fresh.texts);
         *this = std::move(fresh);
     }
 };

@@ -227,50 +227,34 @@ int Scanner::acceptIdentifier(const char* start, const char* end) {
     return T_Identifier;
 }
 
+// The token of an operator of two characters; 0 when these are none.
+static int pairToken(char first, char second) {
+    if (second == '=') {
+        if (first == '=') return T_EqualTo;
+        if (first == '!') return T_NotEqual;
+        return first == '>' ? T_GreaterEqual : first == '<' ? T_LessEqual : 0;
+    }
+    if (second != first) return 0;
+    return first == '&' ? T_AndAnd : first == '|' ? T_OrOr : 0;
+}
+
 int Scanner::scanOperator(const char* start) {
     const char first = start[0];
     const char second = start[1];
-    const auto pair = [&](int token) { return accept(start, start + 2, token); };
-    switch (first) {
-    case '-':
-        if (isDigit(second)) return scanNumber(start, true);
-        break;
-    case '>':
-        if (second == '=') return pair(T_GreaterEqual);
-        break;
-    case '<':
-        if (second == '=') return pair(T_LessEqual);
-        break;
-    case '=':
-        if (second == '=') return pair(T_EqualTo);
-        break;
-    case '!':
-        if (second == '=') return pair(T_NotEqual);
-        break;
-    case '&':
-        if (second == '&') return pair(T_AndAnd);
-        break;
-    case '|':
-        if (second == '|') return pair(T_OrOr);
-        break;
-    case '/':
-        if (second == '*') {
-            state_ = State::Comment;
-            pair(StateChanged);
-            commentStart_ = HDNTParserlloc;
-            pieceStart_ = matchStart_;
-            return StateChanged;
-        }
-        if (second == '/') return accept(start, lineEnd_, pieces_ ? LineComment : StateChanged);
-        break;
-    default: break;
-    }
-    if (first == '!' || first == '|') {
-        accept(start, start + 1, 0);
-        HDNTError::UnrecogChar(&HDNTParserlloc, first);
+    if (first == '-' && isDigit(second)) return scanNumber(start, true);
+    if (first == '/' && second == '/') return accept(start, lineEnd_, pieces_ ? LineComment : StateChanged);
+    if (first == '/' && second == '*') {
+        state_ = State::Comment;
+        accept(start, start + 2, StateChanged);
+        commentStart_ = HDNTParserlloc;
+        pieceStart_ = matchStart_;
         return StateChanged;
     }
-    return accept(start, start + 1, first);
+    if (const int token = pairToken(first, second)) return accept(start, start + 2, token);
+    if (first != '!' && first != '|') return accept(start, start + 1, first);
+    accept(start, start + 1, 0);
+    HDNTError::UnrecogChar(&HDNTParserlloc, first);
+    return StateChanged;
 }
 
 // One token, or StateChanged when the caller has to look at the state again. Every text has a zero behind its end.

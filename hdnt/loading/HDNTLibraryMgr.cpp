@@ -12,7 +12,6 @@
 #include "hdnt/platform/HUTMemWatcher.h"
 #include "hdnt/registry/HDNTCellviewLib.h"
 
-#include <algorithm>
 #include <memory>
 
 bool HDNTLibraryMgr::m_diagnostics = false;
@@ -58,8 +57,7 @@ HDNTLibrary* HDNTLibraryMgr::createLibrary(HDNTLibrary* parent) {
 }
 
 void HDNTLibraryMgr::discard(HDNTLibrary* library) {
-    const auto found = std::find(m_ownedLibraries.begin(), m_ownedLibraries.end(), library);
-    if (found != m_ownedLibraries.end()) m_ownedLibraries.erase(found);
+    std::erase(m_ownedLibraries, library);
     delete library;
 }
 

@@ -34,13 +34,6 @@ public:
     }
     bool silencesOutput() const override { return !other_ || other_->silencesOutput(); }
 
-    /// What no report of the library says.
-    void add(DiagnosticCode code, const std::string& text, const std::string& detail = {},
-             const yyltype* at = nullptr) {
-        const std::string message = filledIn(ruleOf(code).wording, {text});
-        HDNTError::report({at, message, detail, code});
-    }
-
 private:
     Loaded& loaded_;
     HDNTErrorListener* other_;
@@ -51,12 +44,12 @@ bool underWay = false;
 /// The process-wide state that a load uses: set as the options want it, and put back.
 class Surroundings {
 public:
-    Surroundings(const LoadOptions& options, HDNTErrorListener& listener)
-        : shared_(options.sharedIncludes), listener_(HDNTError::setListener(&listener)) {
-        underWay = true;
+    // The destructor puts back also when something in here throws: the other constructor is done by then.
+    Surroundings(const LoadOptions& options, HDNTErrorListener& listener) : Surroundings(options.sharedIncludes) {
+        HDNTError::setListener(&listener);
         HDNTError::numErrors = 0;
         HDNTLibraryMgr::m_diagnostics = options.check;
-        if (options.limits) HDNTLimits::set(*options.limits);
+        if (options.limits) limits_.emplace(*options.limits);
         frontend::Scanner::Files& files = scanner_.files();
         files.searchDirectories.insert(files.searchDirectories.begin(), options.searchDirectories.begin(),
                                        options.searchDirectories.end());
@@ -66,7 +59,6 @@ public:
     ~Surroundings() {
         if (shared_) files_.included = std::move(scanner_.files().included);
         scanner_.files() = std::move(files_);
-        HDNTLimits::set(limits_);
         HDNTLibraryMgr::m_diagnostics = diagnostics_;
         HDNTError::numErrors = errors_;
         HDNTError::setListener(listener_);
@@ -76,86 +68,84 @@ public:
     Surroundings& operator=(const Surroundings&) = delete;
 
 private:
+    explicit Surroundings(bool shared) : shared_(shared) { underWay = true; }
+
     frontend::Scanner& scanner_ = frontend::Scanner::instance();
     frontend::Scanner::Files files_ = scanner_.files();
-    HDNTLimits limits_ = HDNTLimits::get();
+    std::optional<HDNTLimits::Scope> limits_;
     int errors_ = HDNTError::numErrors;
     bool diagnostics_ = HDNTLibraryMgr::m_diagnostics;
     bool shared_;
-    HDNTErrorListener* listener_;
+    HDNTErrorListener* listener_ = HDNTError::setListener(nullptr);
 };
 
-/// One load, step by step. A step that throws says so and answers false.
-class Load {
-public:
-    Load(const std::string& path, const LoadOptions& options, Recorder& recorder, Loaded& loaded)
-        : path_(path), options_(options), recorder_(recorder), loaded_(loaded) {}
-
-    void run() {
-        if (!isThere()) return;
-        netlist::MappingJournal journal;
-        const bool done = attempt(DiagnosticCode::configuration, [&] { makeLibrary(); }) &&
-                          attempt(
-                              DiagnosticCode::refused, [&] { parse(); }, &HDNTParserlloc) &&
-                          attempt(DiagnosticCode::configuration, [&] { finish(); });
-        loaded_.files = frontend::Scanner::instance().files().opened;
-        if (done && HDNTError::numErrors == 0) journal.keep();
+/// The library that the parser builds into, put back when nothing comes of the load.
+struct Target {
+    HDNTLibrary* const before = myTopLib;
+    bool isReplaced = false;
+    ~Target() {
+        if (!isReplaced) myTopLib = before;
     }
-
-private:
-    template <typename Step>
-    bool attempt(DiagnosticCode code, Step&& step, const yyltype* at = nullptr) {
-        try {
-            step();
-            return true;
-        } catch (const std::bad_alloc&) {
-            throw;
-        } catch (const std::exception& error) {
-            recorder_.add(code, error.what(), {}, at);
-            return false;
-        }
-    }
-
-    // The manager takes a path where nothing is for its parent, and fails at names that are shorter than ".btl".
-    bool isThere() {
-        struct stat status {};
-        if (stat(path_.c_str(), &status) != 0) recorder_.add(DiagnosticCode::cannotOpen, path_, std::strerror(errno));
-        else if (S_ISDIR(status.st_mode))
-            attempt(DiagnosticCode::cannotOpen, [&] {
-                for (const std::string& entry : loading::shortEntries(path_))
-                    recorder_.add(DiagnosticCode::folderEntry, entry);
-            });
-        return HDNTError::numErrors == 0;
-    }
-
-    void makeLibrary() { loaded_.library = std::make_unique<HDNTLibrary>(options_.parent); }
-    void parse() { parsed_ = loading::parseInput(*loaded_.library, path_); }
-    void finish() {
-        if (!parsed_) return;
-        loaded_.library->finalize();
-        if (options_.check) loaded_.library->check();
-    }
-
-    const std::string& path_;
-    const LoadOptions& options_;
-    Recorder& recorder_;
-    Loaded& loaded_;
-    bool parsed_ = false;
 };
+
+void say(DiagnosticCode code, std::string_view text, std::string_view detail = {}, const yyltype* at = nullptr) {
+    HDNTError::report(code, at, {text}, detail);
+}
+
+// What the step throws is said; false then.
+template <typename Step>
+bool attempt(DiagnosticCode code, const yyltype* at, Step&& step) {
+    try {
+        step();
+        return true;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        say(code, error.what(), {}, at);
+        return false;
+    }
+}
+
+// The manager takes a path where nothing is for its parent, and fails at names that are shorter than ".btl".
+bool isThere(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) say(DiagnosticCode::cannotOpen, path, std::strerror(errno));
+    else if (S_ISDIR(status.st_mode))
+        attempt(DiagnosticCode::cannotOpen, nullptr, [&] {
+            for (const std::string& entry : loading::shortEntries(path)) say(DiagnosticCode::folderEntry, entry);
+        });
+    return HDNTError::numErrors == 0;
+}
+
+void loadInto(Loaded& loaded, const std::string& path, const LoadOptions& options) {
+    if (!isThere(path)) return;
+    netlist::MappingJournal journal;
+    std::unique_ptr<HDNTLibrary>& library = loaded.library;
+    bool parsed = false;
+    const auto make = [&] { library = std::make_unique<HDNTLibrary>(options.parent); };
+    const auto parse = [&] { parsed = loading::parseInput(*library, path); };
+    const auto finish = [&] {
+        if (parsed) library->finalize();
+        if (parsed && options.check) library->check();
+    };
+    const bool done = attempt(DiagnosticCode::configuration, nullptr, make) &&
+                      attempt(DiagnosticCode::refused, &HDNTParserlloc, parse) &&
+                      attempt(DiagnosticCode::configuration, nullptr, finish);
+    loaded.files = frontend::Scanner::instance().files().opened;
+    if (done && HDNTError::numErrors == 0) journal.keep();
+}
 
 } // namespace
 
 Loaded load(const std::string& path, const LoadOptions& options) {
     if (underWay) throw HEXAlgException("hdnt::load called while a load is under way");
+    Target target;
     Loaded loaded;
     Recorder recorder(loaded, options.listener);
-    HDNTLibrary* const target = myTopLib;
-    {
-        const Surroundings surroundings(options, recorder);
-        Load(path, options, recorder, loaded).run();
-        if (HDNTError::numErrors > 0) loaded.library.reset();
-    }
-    if (!loaded.library) myTopLib = target;
+    const Surroundings surroundings(options, recorder);
+    loadInto(loaded, path, options);
+    if (HDNTError::numErrors > 0) loaded.library.reset();
+    target.isReplaced = loaded.library != nullptr;
     return loaded;
 }
 

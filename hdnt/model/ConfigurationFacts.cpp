@@ -110,11 +110,12 @@ void forEachDescription(const HDNTLibrary& library, const std::string& block,
     });
 }
 
-std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names) {
+std::optional<std::string> describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names) {
     ConfigBase& config = *library.getDescConfig();
     const HCTLock lock(config.mutex());
     const Setting* const text = config.find(names);
-    return text && text->getType() == Setting::TypeString ? text->c_str() : std::string();
+    if (!text || text->getType() != Setting::TypeString) return std::nullopt;
+    return text->c_str();
 }
 
 } // namespace hdnt::model

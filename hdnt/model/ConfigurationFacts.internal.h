@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -77,8 +78,8 @@ PropertyContext propertyContext(const HDNTBlock* block);
 void forEachDescription(const HDNTLibrary& library, const std::string& block,
                         const std::function<void(std::string_view, std::string_view)>& visit);
 
-/// The text that the library's description configuration has under a name within a name, and so on; empty when there is
-/// none. Locks the configuration while it looks; may read the file on first use and then throw HEXDataException.
-std::string describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names);
+/// The text that the library's description configuration has under a name within a name, and so on. Locks the
+/// configuration while it looks; may read the file on first use and then throw HEXDataException.
+std::optional<std::string> describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names);
 
 } // namespace hdnt::model

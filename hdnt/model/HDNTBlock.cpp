@@ -120,10 +120,9 @@ void HDNTBlock::applyGroup(const HDNTPrimGroup& group) {
 void HDNTBlock::check() {
     checkNames(name_, false);
     checkNetlist();
-    for (const HDNTBus* bus : buses_) {
+    for (HDNTBus* bus : buses_) {
         if (bus->pinsAreFaultless()) continue;
-        const auto first = allPins().begin() + bus->getFirstPinIndex();
-        std::for_each(first, first + static_cast<std::ptrdiff_t>(bus->pinCount()), [](HDNTPin* pin) { pin->check(); });
+        for (HDNTPin& pin : bus->pins()) pin.check();
     }
     for (HDNTProperty* property : properties_) property->check();
 }

@@ -56,6 +56,8 @@ public:
     HDNTBus(const HDNTBus&) = delete;
 
     virtual void accept(HDNTVisitor& visitor);
+    /// As accept(), for a const object; the visitor must change nothing. Any thread, then.
+    void acceptOwn(HDNTVisitor& visitor) const;
 
     /// Appends a new pin for each bit, in the order of the range, and cuts the name to its base. A malformed name, a
     /// bit above 32,767 or a pin list of more than 65,536 pins is one report at the bus and appends nothing. Once more

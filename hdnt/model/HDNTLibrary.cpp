@@ -70,6 +70,9 @@ void HDNTLibrary::forgetDroppedMappings(size_t firstForgotten) {
 
 void HDNTLibrary::finalize() {
     if (isIndexed()) return;
+    // A file that is malformed throws here, before anything is done that the next call would not do again.
+    if (std::any_of(blocks_.begin(), blocks_.end(), [](const HDNTBlock* b) { return b->getNumProperties() > 0; }))
+        getDescConfig();
     const HUTMemWatcher watcher("HDNTLibrary::finalize", name_);
     names_.reserve(blocks_.size());
     for (HDNTBlock* block : blocks_) index(block);

@@ -48,7 +48,8 @@ public:
     void check() override;
     /// Builds the name index and finalizes the blocks. A block whose name, case aside, is taken is reported, stays
     /// reachable by index and is not finalized; each such block shifts the names of later blocks by one position. Does
-    /// nothing once the index holds entries.
+    /// nothing once the index holds entries. A description configuration that is malformed throws HEXDataException; the
+    /// library is as before then, and can be finalized when the file is mended.
     void finalize() override;
     /// Visits function declarations and all blocks, the parents' too. May load map libraries (HDNTBlock::getNetlist).
     virtual void accept(HDNTVisitor& visitor);

@@ -46,8 +46,8 @@ bool parseRangedName(const std::string& name, RangedName& out) {
 }
 
 // What is wrong with a well-formed range; empty when nothing is.
-std::string faultOf(const std::string& name, const RangedName& range) {
-    const long elements = std::labs(static_cast<long>(range.first) - range.second) + 1;
+std::string faultOf(const std::string& name, int first, int last) {
+    const long elements = std::labs(static_cast<long>(first) - last) + 1;
     const long limit = HDNTLimits::get().rangeElements;
     if (elements <= limit) return {};
     return hdnt::filledIn(hdnt::ruleOf(hdnt::DiagnosticCode::rangeElements).wording,
@@ -125,19 +125,10 @@ bool HDNTNode::isPlainName(const std::string& name) {
 }
 
 bool HDNTNode::rangeOf(const std::string& name, std::string& baseName, int& first, int& last) const {
-    RangedName range;
-    if (!parseRangedName(name, range)) {
-        HDNTError::InvalidArrayFormatName(getLocation(), name.c_str());
-        return false;
-    }
-    if (const std::string fault = faultOf(name, range); !fault.empty()) {
-        HDNTError::report({getLocation(), fault, {}, hdnt::DiagnosticCode::rangeElements});
-        return false;
-    }
-    baseName.assign(name, 0, range.baseLength);
-    first = range.first;
-    last = range.second;
-    return true;
+    if (!checkValidMultipleInstFormat(name, baseName, first, last)) return false;
+    const std::string fault = faultOf(name, first, last);
+    if (!fault.empty()) HDNTError::report({getLocation(), fault, {}, hdnt::DiagnosticCode::rangeElements});
+    return fault.empty();
 }
 
 void HDNTNode::expandRangedNameNames(const std::string& name, std::vector<std::string>& names,
@@ -163,7 +154,7 @@ std::string HDNTNode::unfoldRangedName(const std::string& name, std::vector<std:
         return "\"" + name +
                "\" is no name: with brackets it is letters, digits and \"_\" before one bit or a range, " +
                "as in D[3] or D[3:0].";
-    std::string fault = faultOf(name, range);
+    std::string fault = faultOf(name, range.first, range.second);
     if (fault.empty()) appendElements(name.substr(0, range.baseLength), range.first, range.second, names, indices);
     return fault;
 }

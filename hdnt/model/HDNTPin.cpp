@@ -8,19 +8,36 @@
 #include "hdnt/platform/HEX.h"
 
 #include <charconv>
+#include <utility>
 
 HDNTBus* HDNTPin::getBus() const { return static_cast<HDNTBus*>(getParent()); }
 
-HDNTBlock* HDNTPin::getBlock() const {
-    const HDNTBus* const bus = getBus();
-    return bus ? bus->getBlock() : nullptr;
+static HDNTBus* makeNoBus() {
+    std::string noName;
+    return new HDNTBus(noName, HDNT_PIN_INTERNAL, false, false, HDNT_PIN_DATA, HDNT_PIN_NO_VALUE, nullptr);
 }
 
-const std::string& HDNTPin::getBaseName() const {
-    static const std::string* const none = new std::string;
-    const HDNTBus* const bus = getBus();
-    return bus ? bus->getBaseName() : *none;
+// A pin without a bus answers as this one.
+static HDNTBus& declarationOf(const HDNTPin& pin) {
+    if (HDNTBus* const bus = pin.getBus()) return *bus;
+    static HDNTBus* const none = makeNoBus();
+    return *none;
 }
+
+HDNTBlock* HDNTPin::getBlock() const { return declarationOf(*this).getBlock(); }
+const std::string& HDNTPin::getBaseName() const { return declarationOf(*this).getBaseName(); }
+HDNT_PIN_DIRECTION HDNTPin::getDirection() const { return declarationOf(*this).getDirection(); }
+HDNT_PIN_REQUIREDVALUE HDNTPin::getRequiredValue() const { return declarationOf(*this).getRequiredValue(); }
+bool HDNTPin::isTest() const { return declarationOf(*this).isTest(); }
+bool HDNTPin::isAbstract() const { return declarationOf(*this).isAbstract(); }
+hdnt::Nodes<const HDNTProperty> HDNTPin::properties() const { return std::as_const(declarationOf(*this)).properties(); }
+hdnt::Nodes<HDNTProperty> HDNTPin::properties() { return declarationOf(*this).properties(); }
+size_t HDNTPin::getNumProperties() const { return declarationOf(*this).getNumProperties(); }
+HDNTProperty* HDNTPin::getProperty(unsigned short i) const { return declarationOf(*this).getProperty(i); }
+HDNTProperty* HDNTPin::getPropertyByName(const std::string& name) const {
+    return declarationOf(*this).getPropertyByName(name);
+}
+bool HDNTPin::getPinFunction(std::string& out) const { return declarationOf(*this).getPinFunction(out); }
 
 void HDNTPin::getName(std::string& out, bool noBrackets) const {
     out = getBaseName();
@@ -38,67 +55,13 @@ std::string HDNTPin::getName(bool noBrackets) const {
     return name;
 }
 
-HDNT_PIN_DIRECTION HDNTPin::getDirection() const {
-    const HDNTBus* const bus = getBus();
-    return bus ? bus->getDirection() : HDNT_PIN_INTERNAL;
-}
-
 HDNT_PIN_TYPE HDNTPin::getType() const {
-    const HDNTBus* const bus = getBus();
-    const HDNT_PIN_TYPE type = bus ? bus->getType() : HDNT_PIN_DATA;
+    const HDNT_PIN_TYPE type = declarationOf(*this).getType();
     const HDNTBlock* const block = type == HDNT_PIN_MIXED ? getBlock() : nullptr;
     if (!block || !block->getLibrary()) return type;
-    const std::string configured =
+    const auto configured =
         hdnt::model::describedText(*block->getLibrary(), {"PINTYPES", block->getName(), getName(true)});
-    return hdnt::words::pinTypes.valueOf(configured).value_or(type);
-}
-
-HDNT_PIN_REQUIREDVALUE HDNTPin::getRequiredValue() const {
-    const HDNTBus* const bus = getBus();
-    return bus ? bus->getRequiredValue() : HDNT_PIN_NO_VALUE;
-}
-
-bool HDNTPin::isTest() const {
-    const HDNTBus* const bus = getBus();
-    return bus && bus->isTest();
-}
-
-bool HDNTPin::isAbstract() const {
-    const HDNTBus* const bus = getBus();
-    return bus && bus->isAbstract();
-}
-
-hdnt::Nodes<const HDNTProperty> HDNTPin::properties() const {
-    const HDNTBus* const bus = getBus();
-    return bus ? bus->properties() : hdnt::Nodes<const HDNTProperty>();
-}
-
-hdnt::Nodes<HDNTProperty> HDNTPin::properties() {
-    HDNTBus* const bus = getBus();
-    return bus ? bus->properties() : hdnt::Nodes<HDNTProperty>();
-}
-
-size_t HDNTPin::getNumProperties() const {
-    const HDNTBus* const bus = getBus();
-    return bus ? bus->getNumProperties() : 0;
-}
-
-HDNTProperty* HDNTPin::getProperty(unsigned short i) const {
-    const HDNTBus* const bus = getBus();
-    if (!bus) throw HEXAlgException("Property index out of range");
-    return bus->getProperty(i);
-}
-
-HDNTProperty* HDNTPin::getPropertyByName(const std::string& name) const {
-    const HDNTBus* const bus = getBus();
-    return bus ? bus->getPropertyByName(name) : nullptr;
-}
-
-bool HDNTPin::getPinFunction(std::string& out) const {
-    const HDNTBus* const bus = getBus();
-    if (bus) return bus->getPinFunction(out);
-    out.clear();
-    return false;
+    return hdnt::words::pinTypes.valueOf(configured.value_or("")).value_or(type);
 }
 
 void HDNTPin::check() {

@@ -14,6 +14,8 @@ public:
     /// Reports bad names and a tie value on an output.
     void check() override;
     virtual void accept(HDNTVisitor& visitor);
+    /// As accept(), for a const object; the visitor must change nothing. Any thread, then.
+    void acceptOwn(HDNTVisitor& visitor) const;
 
     /// The parent, which is nothing but a bus; null for a pin that no bus made.
     HDNTBus* getBus() const;

@@ -42,23 +42,17 @@ HDNTBlock* HDNTProperty::getBlock() const {
     return nodeCast<HDNTBlock>(node);
 }
 
-template <typename T>
-static bool contains(const std::vector<T>& values, const T& wanted) {
-    return std::find(values.begin(), values.end(), wanted) != values.end();
-}
-
-static bool defaultIsListed(const HDNTProperty& property) {
-    switch (property.getType()) {
-    case Type::TypeDouble: return contains(property.getAllowedDoubleValues(), property.getDefaultDoubleValue());
-    case Type::TypeBitHex: return contains(property.getAllowedHexValues(), property.getDefaultHexValue());
-    case Type::TypeBitBinary: return contains(property.getAllowedBinaryValues(), property.getDefaultBinaryValue());
-    default: return true;
-    }
+static bool defaultIsListed(const HATAttrSpec& spec) {
+    return withValues(spec, [](const auto& values) {
+        const auto listed = values.listed();
+        return std::find(listed.begin(), listed.end(), values.byDefault) != listed.end();
+    });
 }
 
 void HDNTProperty::check() {
     checkNames(getName(), false);
-    if (spec_.isEnumerated() && !defaultIsListed(*this))
+    const bool isJudged = getType() == Type::TypeDouble || HATAttrTypes::isBitVector(getType());
+    if (isJudged && spec_.isEnumerated() && !defaultIsListed(spec_))
         HDNTError::PropertyDefaultNotInList(getLocation(), getName().c_str());
 }
 
@@ -66,7 +60,8 @@ void HDNTProperty::finalize() {
     const HDNTBlock* const block = getBlock();
     finalize(hdnt::model::propertyContext(block));
     const HDNTLibrary* const library = block ? block->getLibrary() : nullptr;
-    if (library) describe(hdnt::model::describedText(*library, {block->getName(), getName()}));
+    if (!library) return;
+    if (const auto text = hdnt::model::describedText(*library, {block->getName(), getName()})) describe(*text);
 }
 
 void HDNTProperty::finalize(const hdnt::model::PropertyContext& context) {

@@ -35,12 +35,14 @@ public:
     /// Takes read-only flag and description from the configuration, and completes the range of a hex property. Called
     /// for the properties of blocks, not for those of buses.
     void finalize() override;
-    // Internal: the same in two steps, for a block that finalizes all its properties. An empty text describes nothing.
+    // Internal: the same in two steps, for a block that finalizes all its properties.
     void finalize(const hdnt::model::PropertyContext& context);
     void describe(std::string_view text);
     /// Writes the declaration as one line of text to standard output, indented by 4.
     virtual void print();
     virtual void accept(HDNTVisitor& visitor);
+    /// As accept(), for a const object; the visitor must change nothing. Any thread, then.
+    void acceptOwn(HDNTVisitor& visitor) const;
     /// Likewise with another indent (0 counts as 1), and to another stream.
     void print(unsigned long indent);
     void print(unsigned long indent, FILE* stream);

@@ -148,15 +148,12 @@ bool HDNTProperty::isValidValue(bool, std::string& reason) const {
 }
 
 bool HDNTProperty::isValidValue(std::string value, std::string& reason) const {
-    std::vector<std::string> allowed;
-    switch (getType()) {
-    case Type::TypeString: allowed = getAllowedStringValues(); break;
-    case Type::TypeBitHex: allowed = getAllowedHexValues(); break;
-    case Type::TypeBitBinary: allowed = getAllowedBinaryValues(); break;
-    default: return refuse(reason, "Property is not of type string.");
-    }
-    const bool listed = std::any_of(allowed.begin(), allowed.end(),
-                                    [&](const std::string& text) { return HSTStrUtils::compareCI(text, value) == 0; });
+    if (getType() != Type::TypeString && !HATAttrTypes::isBitVector(getType()))
+        return refuse(reason, "Property is not of type string.");
+    const std::vector<hdnt::Value> allowed = getAllowedValues();
+    const bool listed = std::any_of(allowed.begin(), allowed.end(), [&](const hdnt::Value& text) {
+        return HSTStrUtils::compareCI(std::get<std::string>(text), value) == 0;
+    });
     return listed || !spec_.isEnumerated() || refuse(reason, "The string value is not one of the allowed values.");
 }
 
@@ -173,7 +170,7 @@ std::string compressIntString(const std::string& text) {
 }
 
 std::string HDNTProperty::formatValue(std::string value, bool keepLeadingZeros) const {
-    if (getType() != Type::TypeBitHex && getType() != Type::TypeBitBinary) return value;
+    if (!HATAttrTypes::isBitVector(getType())) return value;
     char radix = '\0';
     if (const size_t quote = value.find('\''); quote != value.npos) {
         if (quote + 1 < value.size()) radix = HSTStringUtils::to_upper(value[quote + 1]);
@@ -212,7 +209,7 @@ static void padOnce(std::string& digits, size_t bits, int width) {
 
 std::string HDNTProperty::formatValue(const std::string& value, char binaryRadix, char hexRadix,
                                       const char* format) const {
-    if (getType() != Type::TypeBitHex && getType() != Type::TypeBitBinary) return value;
+    if (!HATAttrTypes::isBitVector(getType())) return value;
     const bool hex = getType() == Type::TypeBitHex;
     std::string digits = value;
     if (hex) {

@@ -49,15 +49,7 @@ DerivedType combine(const HDNTCompoundExpr& expr, const DerivedType* left, const
     return resultType(expr.op(), code);
 }
 
-std::unique_ptr<HDNTValue> copyOf(const HDNTValue& value) {
-    if (const auto* const constant = nodeCast<HDNTIntConstant>(&value))
-        return std::make_unique<HDNTIntConstant>(constant->getValue());
-    if (const auto* const constant = nodeCast<HDNTDoubleConstant>(&value))
-        return std::make_unique<HDNTDoubleConstant>(constant->getValue());
-    if (const auto* const constant = nodeCast<HDNTBoolConstant>(&value))
-        return std::make_unique<HDNTBoolConstant>(constant->getValue());
-    return std::make_unique<HDNTStringConstant>(HDNTValue::getStringValue(&value));
-}
+std::unique_ptr<HDNTValue> copyOf(const HDNTValue& value) { return HDNTValue::makeConstant(value.getPlainValue()); }
 
 /// Whether the results of operations and calls are stored in them.
 enum class Results : bool { passed, stored };
@@ -85,19 +77,14 @@ std::unique_ptr<HDNTValue> call(const HDNTFunctionCall& expr, Results results) {
 
 // One operation on the values of its operands; those that are missing are null.
 std::unique_ptr<HDNTValue> operate(const HDNTCompoundExpr& expr, const HDNTValue* left, const HDNTValue* right) {
-    if (left && right && left->getComparisonType() != right->getComparisonType())
-        throw HEXAlgException("HDNTNetlist: mismatched expression types");
     if (!right || (!left && !isUnary(expr.op()))) throw HEXAlgException("HDNTNetlist: invalid nullptr expression");
-    const HDNTValue* const a = left ? left : right;
-    const auto with = [&](auto getValue) {
-        return std::unique_ptr<HDNTValue>(expr.operate(getValue(a), getValue(right)));
+    const Value b = right->getPlainValue();
+    const Value a = left ? left->getPlainValue() : b;
+    if (a.index() != b.index()) throw HEXAlgException("HDNTNetlist: mismatched expression types");
+    const auto operateOn = [&](const auto& plain) {
+        return expr.operate(std::get<std::decay_t<decltype(plain)>>(a), plain);
     };
-    switch (right->getComparisonType()) {
-    case intType: return with(HDNTValue::getIntValue);
-    case doubleType: return with(HDNTValue::getDoubleValue);
-    case stringType: return with(HDNTValue::getStringValue);
-    default: return with(HDNTValue::getBoolValue);
-    }
+    return std::unique_ptr<HDNTValue>(std::visit(operateOn, b));
 }
 
 // What has been found out of operands, the last one on top.

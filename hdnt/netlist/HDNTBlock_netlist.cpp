@@ -44,15 +44,10 @@ HDNTNetlist* HDNTBlock::getNetlist() {
 }
 
 HDNTNetlist* HDNTBlock::getNetlist(const std::string& architecture) {
-    switch (netlistKind_) {
-    case OwnNetlist:
-    case OwnNetlistInChild:
-    case AnyArchitecture: return netlist_.get();
-    case NoNetlist: break;
-    default:
-        if (netlistKind_ == architectureNumber() && netlistArchitecture_ == architecture) return netlist_.get();
-    }
-    return loadNetlist(architecture);
+    const bool isForAll = hasOwnNetlist() || netlistKind_ == AnyArchitecture;
+    const bool isForThis =
+        netlistKind_ != NoNetlist && netlistKind_ == architectureNumber() && netlistArchitecture_ == architecture;
+    return isForAll || isForThis ? netlist_.get() : loadNetlist(architecture);
 }
 
 HDNTBlock::Mapping HDNTBlock::exchangeMapping(Mapping mapping) {
@@ -72,11 +67,11 @@ HDNTNetlist* HDNTBlock::loadNetlist(const std::string& architecture) {
     unsigned short kind = AnyArchitecture;
     if (library->loadMaplib(name_, architecture)) kind = architectureNumber();
     bool attached = false;
-    journal.forEach(*library, [&](HDNTBlock& block) {
-        block.netlistKind_ = kind;
-        block.netlistArchitecture_ = architecture;
-        attached |= &block == this;
-    });
+    for (HDNTBlock* const block : journal.blocks(*library)) {
+        block->netlistKind_ = kind;
+        block->netlistArchitecture_ = architecture;
+        attached |= block == this;
+    }
     journal.keep();
     if (attached) return netlist_.get();
     triedArchitectures_.push_back(architecture);

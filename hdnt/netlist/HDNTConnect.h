@@ -12,6 +12,8 @@ public:
     HDNTPinInst(const HDNTPinInst&) = delete;
     void check() override = 0;
     virtual void accept(HDNTVisitor& visitor) = 0;
+    /// As accept(), for a const object; the visitor must change nothing. Any thread, then.
+    void acceptOwn(HDNTVisitor& visitor) const;
 };
 
 /// A pin of an instance, or of the mapped block itself when the instance name is empty.

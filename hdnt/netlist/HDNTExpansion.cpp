@@ -13,8 +13,6 @@
 #include <charconv>
 #include <cmath>
 
-using Type = HATAttrTypes::AttrType;
-
 HDNTExpansion::HDNTExpansion(HDNTBlock& block, std::string architecture)
     : block_(block), architecture_(std::move(architecture)) {
     if (architecture_.empty()) architecture_ = hdnt::model::currentArchitecture();
@@ -33,28 +31,27 @@ bool HDNTExpansion::setProperty(const std::string& name, const Value& value, std
     return true;
 }
 
+static bool read(const std::string& text, bool& value) {
+    value = text == "true";
+    return value || text == "false";
+}
+
+static bool read(const std::string& text, std::string& value) {
+    value = text;
+    return true;
+}
+
 template <typename Number>
-static bool readNumber(const std::string& text, Number& number) {
+static bool read(const std::string& text, Number& value) {
     const char* const end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, number);
-    return result.ec == std::errc() && result.ptr == end;
+    const std::from_chars_result result = std::from_chars(text.data(), end, value);
+    return result.ec == std::errc() && result.ptr == end && std::isfinite(static_cast<double>(value));
 }
 
 bool HDNTExpansion::setPropertyText(const std::string& name, const std::string& text, std::string& reason) {
     const HDNTProperty* const property = block_.getPropertyByName(name);
-    Value value = text;
-    bool readable = true;
-    switch (property ? property->getType() : Type::TypeString) {
-    case Type::TypeBool:
-        value = text == "true";
-        readable = text == "true" || text == "false";
-        break;
-    case Type::TypeInt: readable = readNumber(text, value.emplace<int>()); break;
-    case Type::TypeDouble:
-        readable = readNumber(text, value.emplace<double>()) && std::isfinite(std::get<double>(value));
-        break;
-    default: break;
-    }
+    Value value = property ? property->getDefaultValue() : text; // has the type
+    const bool readable = std::visit([&](auto& plain) { return read(text, plain); }, value);
     if (readable) return setProperty(name, value, reason);
     reason = "\"" + text + "\" is no value of type " + HDNTProperty::getTypeName(property->getType()) + ".";
     return false;

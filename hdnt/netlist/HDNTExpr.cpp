@@ -7,8 +7,9 @@ HDNTExpr::HDNTExpr() = default;
 HDNTExpr::~HDNTExpr() = default;
 
 unsigned HDNTExpr::comparisonType(unsigned type) {
-    const bool text = type == HATAttrTypes::TypeBitHex || type == HATAttrTypes::TypeBitBinary;
-    return text ? static_cast<unsigned>(HATAttrTypes::TypeString) : type;
+    return HATAttrTypes::isBitVector(static_cast<HATAttrTypes::AttrType>(type))
+               ? static_cast<unsigned>(HATAttrTypes::TypeString)
+               : type;
 }
 
 HDNTExpr* HDNTExpr::getEvaluatedExpr() const {

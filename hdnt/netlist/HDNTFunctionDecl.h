@@ -17,6 +17,8 @@ public:
                      const std::vector<HATAttrTypes::AttrType>* formals);
 
     virtual void accept(HDNTVisitor& visitor);
+    /// As accept(), for a const object; the visitor must change nothing. Any thread, then.
+    void acceptOwn(HDNTVisitor& visitor) const;
 
     /// Whether the arguments of a call (null: none) go with this declaration. Reports a wrong number of them once, else
     /// each one of a wrong type, at the call. Types compare with bit vectors taken as strings; an argument whose type

@@ -36,6 +36,8 @@ public:
     /// and the values in calls before the first instance are left as they are. May run again.
     void finalize() override;
     virtual void accept(HDNTVisitor& visitor);
+    /// As accept(), for a const object; the visitor must change nothing. Any thread, then.
+    void acceptOwn(HDNTVisitor& visitor) const;
 
     Section section() const { return section_; }
     void setSection(Section section) { section_ = section; }

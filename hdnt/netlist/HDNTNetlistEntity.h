@@ -14,6 +14,8 @@ public:
 
     /// Calls the visitor's operations for this entity and what it holds, in a fixed order.
     virtual void accept(HDNTVisitor& visitor) = 0;
+    /// As accept(), for a const object; the visitor must change nothing. Any thread, then.
+    void acceptOwn(HDNTVisitor& visitor) const;
 
     /// The netlist around this entity; null for one that is in none, or whose netlist was not finalized.
     HDNTNetlist* getNetlist();

@@ -27,12 +27,10 @@ bool HDNTValue::getBoolValue(const HDNTExpr* expr) {
 }
 
 hdnt::Value HDNTValue::getPlainValue() const {
-    switch (exprType()) {
-    case HATAttrTypes::TypeBool: return getBoolValue(this);
-    case HATAttrTypes::TypeInt: return getIntValue(this);
-    case HATAttrTypes::TypeDouble: return getDoubleValue(this);
-    default: return getStringValue(this);
-    }
+    if (const auto* const flag = nodeCast<HDNTBoolConstant>(this)) return flag->getValue();
+    if (const auto* const number = nodeCast<HDNTIntConstant>(this)) return number->getValue();
+    if (const auto* const number = nodeCast<HDNTDoubleConstant>(this)) return number->getValue();
+    return getStringValue(this);
 }
 
 std::unique_ptr<HDNTValue> HDNTValue::makeConstant(const hdnt::Value& value) {

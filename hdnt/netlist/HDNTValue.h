@@ -20,7 +20,7 @@ public:
     /// Takes the texts "TRUE" and "FALSE" too.
     static bool getBoolValue(const HDNTExpr* expr);
 
-    /// The constant's value, by its type code; a constant of another class throws as above.
+    /// The constant's value; a constant of another class throws as above.
     hdnt::Value getPlainValue() const;
     /// A new constant of that value.
     static std::unique_ptr<HDNTValue> makeConstant(const hdnt::Value& value);

@@ -40,8 +40,12 @@ void MappingJournal::attachNew(HDNTBlock& block, HDNTNetlist* netlist) {
     block.setNetlist(netlist);
 }
 
-HDNTBlock* MappingJournal::find(const HDNTLibrary& library, const std::string& name) {
-    return library.getDeclaredBlock(name);
+std::vector<HDNTBlock*> MappingJournal::blocks(const HDNTLibrary& library) const {
+    std::vector<HDNTBlock*> all;
+    for (const auto& [block, before] : attached_) all.push_back(block);
+    for (const std::string& name : newBlocks_)
+        if (HDNTBlock* const block = library.getDeclaredBlock(name)) all.push_back(block);
+    return all;
 }
 
 } // namespace hdnt::netlist

@@ -28,17 +28,10 @@ public:
     /// The same for a block of the text itself, which goes with it when the parse fails.
     static void attachNew(HDNTBlock& block, HDNTNetlist* netlist);
 
-    /// Calls visit for each block that something was attached to and that is still in the library or was before.
-    template <typename Visit>
-    void forEach(const HDNTLibrary& library, Visit&& visit) const {
-        for (const auto& [block, before] : attached_) visit(*block);
-        for (const std::string& name : newBlocks_)
-            if (HDNTBlock* const block = find(library, name)) visit(*block);
-    }
+    /// The blocks that something was attached to and that are still in the library or were before.
+    std::vector<HDNTBlock*> blocks(const HDNTLibrary& library) const;
 
 private:
-    static HDNTBlock* find(const HDNTLibrary& library, const std::string& name);
-
     MappingJournal* around_;
     std::vector<std::pair<HDNTBlock*, HDNTBlock::Mapping>> attached_;
     std::vector<std::string> newBlocks_; ///< by name, since a library does not keep every block of its text

@@ -36,7 +36,21 @@ void HDNTLibrary::accept(HDNTVisitor& visitor) {
     visitor.postVisit(this);
 }
 
-// Visitors are made for nodes that may be changed; that they change none here is their part.
+// In acceptOwn(), visitors get nodes that they could change; that they change none is their part.
+
+template <typename Node>
+static void acceptConst(const Node& node, HDNTVisitor& visitor) {
+    const_cast<Node&>(node).accept(visitor);
+}
+
+void HDNTFunctionDecl::acceptOwn(HDNTVisitor& visitor) const { acceptConst(*this, visitor); }
+void HDNTBus::acceptOwn(HDNTVisitor& visitor) const { acceptConst(*this, visitor); }
+void HDNTPin::acceptOwn(HDNTVisitor& visitor) const { acceptConst(*this, visitor); }
+void HDNTProperty::acceptOwn(HDNTVisitor& visitor) const { acceptConst(*this, visitor); }
+void HDNTNetlist::acceptOwn(HDNTVisitor& visitor) const { acceptConst(*this, visitor); }
+void HDNTNetlistEntity::acceptOwn(HDNTVisitor& visitor) const { acceptConst(*this, visitor); }
+void HDNTPinInst::acceptOwn(HDNTVisitor& visitor) const { acceptConst(*this, visitor); }
+
 void HDNTLibrary::acceptOwn(HDNTVisitor& visitor) const {
     auto* const library = const_cast<HDNTLibrary*>(this);
     visitor.visit(library);

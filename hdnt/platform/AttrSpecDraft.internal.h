@@ -31,15 +31,15 @@ public:
     void setBitWidth(int bits) { width_ = bits; }
     void setPrecision(int digits) { precision_ = digits; }
 
-    void setIntRange(int low, int high) { put(IntRange, pack(low, high), pack(INT_MIN, INT_MAX)); }
-    void setIntDefault(int value) { put(IntDefault, pack(value, 0), 0); }
-    void listInt(int value) { append(IntList, pack(value, 0)); }
-    void setDoubleRange(double low, double high) {
+    void setRange(int low, int high) { put(IntRange, pack(low, high), pack(INT_MIN, INT_MAX)); }
+    void setDefault(int value) { put(IntDefault, pack(value, 0), 0); }
+    void list(int value) { append(IntList, pack(value, 0)); }
+    void setRange(double low, double high) {
         put(DoubleLow, bitsOf(low), bitsOf(-DBL_MAX));
         put(DoubleHigh, bitsOf(high), bitsOf(DBL_MAX));
     }
-    void setDoubleDefault(double value) { put(DoubleDefault, bitsOf(value), bitsOf(0.0)); }
-    void listDouble(double value) { append(DoubleList, bitsOf(value)); }
+    void setDefault(double value) { put(DoubleDefault, bitsOf(value), bitsOf(0.0)); }
+    void list(double value) { append(DoubleList, bitsOf(value)); }
 
     // For string, hex or binary; a string has no range.
     void setTextRange(HATAttrTypes::AttrType type, std::string_view low, std::string_view high) {

@@ -10,6 +10,8 @@ struct HATAttrTypes {
         TypeBitHex = 7,
         TypeBitBinary = 8,
     };
+    /// Whether values are texts of digits, hexadecimal or binary.
+    static constexpr bool isBitVector(AttrType type) { return type == TypeBitHex || type == TypeBitBinary; }
 };
 
 /// Where an attribute's value may come from. The host gives the codes their meaning; here they are numbers 0 to 31.

@@ -41,7 +41,7 @@ bool groupReadsBack(const HDNTBlock& block) {
 }
 
 bool takesElse(const HDNTNetlistEntity* branch) {
-    while (const auto* const stmt = dynamic_cast<const HDNTIfStmt*>(branch)) {
+    while (const auto* const stmt = nodeCast<HDNTIfStmt>(branch)) {
         if (!stmt->elseStmt()) return true;
         branch = stmt->elseStmt();
     }
@@ -49,7 +49,7 @@ bool takesElse(const HDNTNetlistEntity* branch) {
 }
 
 bool isPassedOver(const HDNTNetlistEntity* branch) {
-    return !branch || (!branch->enabled() && dynamic_cast<const HDNTStmtBlock*>(branch));
+    return !branch || (!branch->enabled() && nodeCast<HDNTStmtBlock>(branch));
 }
 
 int precedenceOf(HDNTExpr::FOPERATOR op) {

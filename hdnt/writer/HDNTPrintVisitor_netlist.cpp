@@ -170,12 +170,9 @@ static const char* falseOf(const HDNTExpr* operand) {
     using State = HDNTCompoundExpr::TypeState;
     const hdnt::netlist::DerivedType type = operand ? hdnt::netlist::typeOf(*operand) : hdnt::netlist::DerivedType{};
     if (type.state != State::Known) return nullptr;
-    switch (type.code) {
-    case HATAttrTypes::TypeBool: return "false";
-    case HATAttrTypes::TypeInt: return "0";
-    case HATAttrTypes::TypeDouble: return "0.0";
-    default: return nullptr;
-    }
+    if (type.code == HATAttrTypes::TypeBool) return "false";
+    if (type.code == HATAttrTypes::TypeInt) return "0";
+    return type.code == HATAttrTypes::TypeDouble ? "0.0" : nullptr;
 }
 
 void HDNTPrintVisitor::postVisit(HDNTCompoundExpr* expr) {

@@ -171,24 +171,26 @@ void HDNTSourceVisitor::visit(HDNTConnect* connect) {
     HDNTPrintVisitor::visit(connect);
 }
 
+void HDNTSourceVisitor::enterAssign(const HDNTAssignProperty& assign) {
+    enterElement("assignment to", &assign.propName());
+    if (!assign.value()) cannotWrite("an assignment without a value");
+    checkExpression(assign.value());
+}
+
 void HDNTSourceVisitor::visit(HDNTAssignBlockProperty* assign) {
-    enterElement("assignment to", &assign->propName());
-    if (!assign->value()) cannotWrite("an assignment without a value");
-    checkExpression(assign->value());
+    enterAssign(*assign);
     HDNTPrintVisitor::visit(assign);
 }
 
 void HDNTSourceVisitor::visit(HDNTAssignPinProperty* assign) {
-    enterElement("assignment to", &assign->propName());
-    if (!assign->value()) cannotWrite("an assignment without a value");
-    checkExpression(assign->value());
+    enterAssign(*assign);
     if (assign->pinName().starts_with('~')) cannotWrite("a pin name that begins with \"~\"");
     HDNTPrintVisitor::visit(assign);
 }
 
 // What the grammar knows as a statement, and visitors deliver.
 void HDNTSourceVisitor::checkStatement(const HDNTNetlistEntity* statement) {
-    const auto* const call = dynamic_cast<const HDNTFunctionCall*>(statement);
+    const auto* const call = nodeCast<HDNTFunctionCall>(statement);
     if (isPassedOver(statement)) cannotWrite("a statement that is missing, or a statement block that is not enabled");
     else if (call ? !call->isStatement() : dynamic_cast<const HDNTExpr*>(statement) != nullptr)
         cannotWrite("an expression that stands as a statement");

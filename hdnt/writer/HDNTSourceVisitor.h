@@ -4,6 +4,7 @@
 
 #include <vector>
 
+class HDNTAssignProperty;
 class HDNTExpr;
 class HDNTNetlistEntity;
 
@@ -57,6 +58,7 @@ private:
 
     /// The name stays the model's; null: none.
     HDNT_LOCAL void enterElement(const char* kind, const std::string* name);
+    HDNT_LOCAL void enterAssign(const HDNTAssignProperty& assign);
     HDNT_LOCAL void checkFunctionName(const std::string& name);
     HDNT_LOCAL void checkStatement(const HDNTNetlistEntity* statement);
     HDNT_LOCAL void checkExpression(const HDNTExpr* expr);

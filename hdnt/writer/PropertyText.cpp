@@ -20,8 +20,13 @@ namespace {
 constexpr int defaultPrecision = 6;
 
 bool isHex(const HDNTProperty& property) { return property.getType() == Type::TypeBitHex; }
-bool isBits(const HDNTProperty& property) { return isHex(property) || property.getType() == Type::TypeBitBinary; }
+bool isBits(const HDNTProperty& property) { return HATAttrTypes::isBitVector(property.getType()); }
 const char* radixOf(const HDNTProperty& property) { return isHex(property) ? "'h" : "'b"; }
+
+// No constant is an empty text.
+bool lacksDefault(const HDNTProperty& property) {
+    return isBits(property) && property.getDefaultValue() == hdnt::Value(std::string());
+}
 
 void appendBool(Line& line, bool value) { line.add(value ? std::string_view("true") : "false"); }
 
@@ -49,11 +54,7 @@ struct Source {
 
     bool hasMin() const { return property.isMinDeclared(); }
     bool hasMax() const { return property.isMaxDeclared(); }
-    // A bit vector may have none: no constant is an empty text.
-    bool hasDefault() const {
-        const HATAttrSpec& spec = *property.getAttrSpec();
-        return !isBits(property) || !(isHex(property) ? spec.getHexDefault() : spec.getBinaryDefault()).empty();
-    }
+    bool hasDefault() const { return !lacksDefault(property); }
     void append(Line& line, bool value) const { appendBool(line, value); }
     void append(Line& line, int value) const { line.add(value); }
     void append(Line& line, double value) const { appendSourceNumber(line, value, cannotWrite); }
@@ -169,9 +170,7 @@ void findUnwritable(const HDNTProperty& property, const CannotWrite& cannotWrite
         cannotWrite("units, which its type does not have");
     if (isBits(property) && (property.getBitWidth() < 0 || property.getBitWidth() > limits.bitWidth))
         cannotWrite("a width of " + std::to_string(property.getBitWidth()) + " bits");
-    if (isBits(property) && spec.isEnumerated() &&
-        (isHex(property) ? spec.getHexDefault() : spec.getBinaryDefault()).empty())
-        cannotWrite("a list of allowed values without a default");
+    if (lacksDefault(property) && spec.isEnumerated()) cannotWrite("a list of allowed values without a default");
     if (property.getType() == Type::TypeDouble &&
         (property.getPrecision() < 0 || property.getPrecision() > limits.precision))
         cannotWrite("a precision of " + std::to_string(property.getPrecision()));

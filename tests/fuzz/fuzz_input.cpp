@@ -37,7 +37,7 @@ bool looksPacked(std::string_view bytes) {
     const auto beginsWith = [](std::string_view text, std::string_view magic) { // or ends within it
         return text.substr(0, magic.size()) == magic.substr(0, text.size());
     };
-    for (const std::string_view magic : {"\x1f\x8b\x08"sv, "\xfd\x37zXZ\0"sv, "\x28\xb5\x2f\xfd"sv})
+    for (const std::string_view magic : {"\x1f\x8b"sv, "\xfd\x37zXZ\0"sv, "\x28\xb5\x2f\xfd"sv})
         if (beginsWith(bytes, magic)) return true;
     const bool sized = bytes.size() > 3 && bytes[3] >= '1' && bytes[3] <= '9';
     if (beginsWith(bytes, "BZh") && (sized || bytes.size() <= 3))

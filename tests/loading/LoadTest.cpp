@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <thread>
+
 namespace {
 
 using hdnt::Diagnostic;
@@ -265,6 +267,42 @@ TEST_F(Load, AMapLibraryThatMayNotBeReadIsNoticed) {
     EXPECT_EQ(listener.diagnostics[0].code, "map-library-refused");
     EXPECT_NE(listener.diagnostics[0].detail.find("rootFolder"), std::string::npos);
     EXPECT_FALSE(listener.diagnostics[1].detail.empty());
+}
+
+TEST_F(Load, ItsLimitsAreThoseOfItsThread) {
+    struct Asking : HDNTErrorListener {
+        bool report(const HDNTReport&) override {
+            own = HDNTLimits::get().bitWidth;
+            std::thread([this] { others = HDNTLimits::get().bitWidth; }).join();
+            return true;
+        }
+        int own = 0;
+        int others = 0;
+    } listener;
+    LoadOptions options;
+    options.listener = &listener;
+    options.limits.emplace().bitWidth = 4;
+    const std::string wide = library("a.btl", "block \"HOLD\" { property 5'h \"P\" { default = 5'h0 } }");
+    EXPECT_EQ(brief(hdnt::load(wide, options)), (Texts{"error bit-width 2:16-51 29-64"}));
+    EXPECT_EQ(std::pair(listener.own, listener.others), std::pair(4, HDNTLimits().bitWidth));
+}
+
+// What is no std::exception ends the load; it leaves as little behind as one that fails.
+TEST_F(Load, AnExceptionOfTheListenerPassesThrough) {
+    struct Stop {};
+    struct Stopping : HDNTErrorListener {
+        bool report(const HDNTReport&) override { throw Stop(); }
+    } listener;
+    HDNTLibrary target(nullptr);
+    LoadOptions options;
+    options.listener = &listener;
+    const std::string bad = library("a.btl", "#");
+    EXPECT_THROW(hdnt::load(bad, options), Stop);
+    EXPECT_EQ(myTopLib, &target);
+    EXPECT_EQ(HDNTError::setListener(nullptr), nullptr);
+    EXPECT_EQ(HDNTError::numErrors, 0);
+    EXPECT_EQ(brief(hdnt::load(bad)), (Texts{"error unrecognized-character 2:1-2 14-15"}));
+    EXPECT_EQ(myTopLib, &target);
 }
 
 TEST_F(Load, IsRefusedInsideALoad) {

@@ -137,8 +137,9 @@ TEST(ConfigQueries, DescriptionsTakeThePlaceOfDeclaredOnes) {
         setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
         const auto library = support::loaded(
             support::inBlock("property int \"P\" { min = 1, description = \"declared\" } property bool \"Q\" true;"));
+        HDNTProperty& property = *library->getTypeBlock(0)->getProperty(0);
         library->finalize(); // changes nothing more
-        const HDNTProperty& property = *library->getTypeBlock(0)->getProperty(0);
+        property.finalize();
         EXPECT_EQ(property.getAttrSpec()->getDescription(), description) << entries;
         EXPECT_EQ(property.getDeclaredDescription(), "declared") << entries;
     }
@@ -190,6 +191,19 @@ TEST(ConfigQueries, AMalformedFileFailsOneLoadAndNoMore) {
     EXPECT_EQ(answersOf(*HDNTLibraryMgr::getCommonLibrary()), configured);
     HDNTLibraryMgr::releaseLibraries();
     EXPECT_EQ(myTopLib, nullptr);
+}
+
+TEST(ConfigQueries, AFinalizeThatFailsCanBeRepeated) {
+    const TempDir dir;
+    setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
+    dir.write("tessel.desc.cfg", "ADD = {");
+    const auto library = support::parsed(libraryText);
+    EXPECT_THROW(library->finalize(), HEXDataException);
+    EXPECT_EQ(library->findBlock("ADD"), nullptr);
+    dir.write("tessel.desc.cfg", descriptions);
+    library->finalize();
+    ASSERT_NE(library->findBlock("HOLD"), nullptr);
+    EXPECT_EQ(library->findBlock("ADD")->findProperty("FIXED")->getAttrSpec()->getDescription(), "text");
 }
 
 // Read at the first question that needs it, when the text has no properties; then it is the question that fails.

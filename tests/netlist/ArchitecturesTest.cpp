@@ -162,6 +162,25 @@ TEST_F(Architectures, AFileThatFailsLeavesNothingAndCanBeMended) {
     EXPECT_EQ(expansionOf(hold), "alpha");
 }
 
+// The library has the declarations of a text by the time its end turns out to be wrong.
+TEST_F(Architectures, AFileThatFailsBehindItsEndLeavesNothingEither) {
+    const Reports silent;
+    HDNTLibrary late(library.get()); // with one block that is indexed, and one that is not
+    ASSERT_EQ(late.parseString("library \"N\" { block \"FLOP_RISE\" { } }"), 0);
+    late.finalize();
+    ASSERT_EQ(late.parseString("library \"N\" { block \"ADD_CHAIN_8\" { } }"), 0);
+    dir.write("maplib/FLOP_RISE.btl", "library \"M\" { function int f(int); block \"GATE_OR_2\" { } " +
+                                          mapping("FLOP_RISE", "theirs") + "} oops");
+    for (int i = 0; i < 2; ++i) EXPECT_THROW(late.getTypeBlock(0)->getNetlist("alpha"), HEXDataException);
+    EXPECT_EQ(std::tuple(late.getName(), late.blocks().size(), late.functions().size()), std::tuple("N", 2U, 0U));
+    EXPECT_EQ(late.getLocation()->first_line, 1);
+    EXPECT_EQ(late.getDeclaredBlock("ADD_CHAIN_8"), late.getTypeBlock(1));
+    EXPECT_EQ(late.getDeclaredBlock("GATE_OR_2"), nullptr);
+    EXPECT_EQ(late.getTypeBlock(0)->getAttachedNetlist(), nullptr);
+    writeMap("FLOP_RISE", {"alpha"});
+    EXPECT_EQ(late.getTypeBlock(0)->getReferencedInstanceName("alpha"), "alpha");
+}
+
 // A file that cannot be parsed would fail the question if it were opened.
 TEST_F(Architectures, SwitchedOffTheAnswerIsNullAndNoFileIsOpened) {
     HPAParamMgr::getParamMgr()->setValueAsBool("ntl.enableMapLib", false);

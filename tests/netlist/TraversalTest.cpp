@@ -176,6 +176,37 @@ TEST(Traversal, VisitorsMayDoWithoutPins) {
     EXPECT_EQ(choosing.text, log.text);
 }
 
+TEST(Traversal, ConstObjectsAreVisitedAlike) {
+    const support::Reports silent;
+    const auto library = support::loaded(everything);
+    const HDNTBlock& block = std::as_const(*library).blocks()[0];
+    const HDNTNetlist& netlist = *block.getAttachedNetlist();
+    const HDNTConnect& connect = *netlist.connects()[0];
+    const auto callsOf = [](const auto& node) {
+        Log log;
+        node.acceptOwn(log);
+        return log.text;
+    };
+    const struct {
+        std::string calls;
+        const char* first;
+        const char* last;
+    } cases[] = {
+        {callsOf(netlist), "enter\n", "post Netlist\n"},
+        {callsOf(std::as_const(*library).functions()[0]), "visit FunctionDecl\n", "visit FunctionDecl\n"},
+        {callsOf(block.buses()[0]), "visit Bus\n", "visit Property\npost Bus\n"},
+        {callsOf(block.pins()[0]), "visit Pin\n", "visit Pin\n"},
+        {callsOf(block.properties()[0]), "visit Property\n", "visit Property\n"},
+        {callsOf(connect), "visit Connect\n", "visit BlockPinName\nvisit BlockPinName\npost Connect\n"},
+        {callsOf(*connect.pins()[0]), "visit BlockPinName\n", "visit BlockPinName\n"},
+    };
+    for (const auto& [calls, first, last] : cases) {
+        EXPECT_TRUE(calls.starts_with(first) && calls.ends_with(last)) << calls;
+        EXPECT_NE(std::string_view(expected).find(calls), std::string_view::npos) << calls;
+    }
+    EXPECT_EQ(callsOf(std::as_const(*library)), expected);
+}
+
 TEST(Slots, HaveTheirNumbers) {
     using V = HDNTVisitor;
     EXPECT_EQ(slotOf(&V::enter), 2U);
