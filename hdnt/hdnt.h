@@ -64,5 +64,6 @@
 #include "hdnt/platform/WordTable.h"
 #include "hdnt/platform/filtering_stream.h"
 #include "hdnt/registry/HDNTCellviewLib.h"
+#include "hdnt/registry/registerCells.h"
 #include "hdnt/writer/HDNTPrintVisitor.h"
 #include "hdnt/writer/HDNTSourceVisitor.h"

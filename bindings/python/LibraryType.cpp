@@ -8,6 +8,7 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/platform/HPAParamMgr.h"
+#include "hdnt/registry/registerCells.h"
 
 #include <pybind11/stl.h>
 #include <sys/stat.h>
@@ -223,6 +224,10 @@ void addParameters(py::module_& module) {
 }
 
 void addFunctions(py::module_& module) {
+    define(
+        module, "register_cells",
+        "Adds a table of cells, 'value,NAME' a line, to the one that is built in; before the first load only.",
+        [](const py::object& path) { hdnt::registerCells(pathOf(path)); }, py::arg("path"));
     define(module, "load", "Loads without Python warnings.", load, py::arg("path"), py::arg("parent") = py::none(),
            py::kw_only(), py::arg("check") = false);
     define(module, "common", "The common library, which belongs to the manager; loaded once.",

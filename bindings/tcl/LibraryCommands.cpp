@@ -5,6 +5,7 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/platform/HPAParamMgr.h"
+#include "hdnt/registry/registerCells.h"
 
 #include <nlohmann/json.hpp>
 
@@ -195,6 +196,12 @@ Tcl_Obj* addSearchDirectory(const Command& command) {
     return Tcl_NewObj();
 }
 
+Tcl_Obj* registerCells(const Command& command) {
+    command.check(1, 1, "path");
+    hdnt::registerCells(pathOf(command.interp, command.argument(0)));
+    return Tcl_NewObj();
+}
+
 Tcl_Obj* errorCount(const Command& command) {
     command.check(0, 0, nullptr);
     return toTcl(HDNTError::numErrors);
@@ -287,6 +294,7 @@ void addCommands(Tcl_Interp* interp) {
     add("parameter", runCommand<parameter>);
     add("architecture", runCommand<architecture>);
     add("add_search_directory", runCommand<addSearchDirectory>);
+    add("register_cells", runCommand<registerCells>);
     add("error_count", runCommand<errorCount>);
     add("live_handles", runCommand<liveHandles>);
     add("Tool", runCommand<tool>);

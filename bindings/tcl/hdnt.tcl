@@ -1,7 +1,7 @@
 # The package hdnt: libraries of cell primitives, as they are described in NTL. See docs/scripting.md.
 namespace eval ::hdnt {
     namespace export load common simulation release check check_all diff alive libraries parameter architecture \
-        add_search_directory error_count live_handles
+        add_search_directory register_cells error_count live_handles
     namespace ensemble create
 }
 load [file join [file dirname [file normalize [info script]]] hdnt_tcl.so] Hdnt

@@ -3,9 +3,12 @@
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/TextHash.internal.h"
 #include "hdnt/registry/CellviewTable.internal.h"
+#include "hdnt/registry/registerCells.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <iostream>
+#include <sstream>
 
 using hdnt::platform::textHash;
 
@@ -31,8 +34,24 @@ void HDNTCellviewLib::initializeValues() {
     initializedValue = true;
 }
 
+void hdnt::registerCells(const std::string& path) {
+    const HCTLock lock(HDNTCellviewLib::m_initializeValuesMutex);
+    if (sp_global.load(std::memory_order_relaxed))
+        throw HEXDataException(path + ": too late to register cells: some have been looked up");
+    if (!HDNTCellviewLib::initializedValue) HDNTCellviewLib::initializeValues();
+    registry::addCells(path);
+}
+
+static void addCellsOfEnvironment() {
+    const char* const paths = std::getenv("HDNT_CELLVIEWS");
+    std::istringstream list(paths ? paths : "");
+    for (std::string path; std::getline(list, path, ':');)
+        if (!path.empty()) hdnt::registry::addCells(path);
+}
+
 HDNTCellviewLib::HDNTCellviewLib() {
     if (!initializedValue) initializeValues();
+    addCellsOfEnvironment();
     allTesselEnums_.reserve(slots);
     names_.resize(slots);
     for (int value = 0; value < slots; ++value) {

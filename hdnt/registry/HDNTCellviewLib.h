@@ -10,8 +10,9 @@
 #include <vector>
 
 /// The registry of cellview types: every primitive that the design tool knows has a fixed number and an upper-case
-/// name. The table is compiled in (data/cellviews.csv, or the file given when the library was built) and never changes;
-/// values carry no meaning beyond identity.
+/// name. The table is compiled in (data/cellviews.csv, or the file given when the library was built);
+/// hdnt::registerCells and the tables of HDNT_CELLVIEWS add to it until it is first asked for, and then it never
+/// changes. Values carry no meaning beyond identity.
 ///
 /// Built on the first getGlobal(), from any thread; all queries may run in any number of threads.
 class HDNT_API HDNTCellviewLib {
@@ -20,7 +21,8 @@ public:
         UNKNOWN = 4000, ///< no registered primitive
     };
 
-    /// Never null; lives as long as the process.
+    /// Never null; lives as long as the process. Throws HEXDataException, as often as it is called, when a table of the
+    /// environment variable HDNT_CELLVIEWS is refused (hdnt::registerCells says which are).
     static const HDNTCellviewLib* getGlobal();
     /// Fills s_typeToName. Called by getGlobal().
     static void initializeValues();

@@ -66,6 +66,21 @@ class Errors(Folder):
                               stderr=subprocess.STDOUT, text=True, check=False)
         self.assertEqual(done.stdout, "refused\n")
 
+    def test_a_table_of_cells_comes_before_the_first_load(self):
+        self.write("own.csv", "1800,GLUE\n")
+        self.write("wrong.csv", "1801,GLUE\n")
+        self.write("l.btl", 'library "l" { block "GLUE" { } }')
+        script = ("import hdnt\n"
+                  "def add(path):\n try: hdnt.register_cells(path)\n except Exception as error: print(repr(error))\n"
+                  "add('none.csv'); add('own.csv'); add('wrong.csv')\n"
+                  "block = hdnt.load('l.btl')['GLUE']\nprint(block.cellview, block.is_registered); add('own.csv')")
+        done = subprocess.run([sys.executable, "-c", script], cwd=self.folder, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, text=True, check=False)
+        self.assertEqual(done.stdout.splitlines(),
+                         ["FileNotFoundError(2, 'No such file or directory')",
+                          "Error('wrong.csv:1: cell GLUE has the value 1800 already, not 1801')", "1800 True",
+                          "Error('own.csv: too late to register cells: some have been looked up')"])
+
     def test_a_bad_file_does_not_poison_the_next(self):
         good, bad = self.write("good.btl", GOOD), [self.write("s.btl", SYNTAX), self.write("c.btl", CONTENT)]
         before = hdnt.error_count()

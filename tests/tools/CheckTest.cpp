@@ -254,6 +254,20 @@ TEST_F(CheckTest, Parents) {
     EXPECT_EQ(ntl.run({"check", "--parent", "missing.btl", "good.btl"}).status, 2);
 }
 
+TEST_F(CheckTest, TablesOfCellsAreAddedToTheOneBuiltIn) {
+    directory.write("own.btl", libraryOf("block \"GLUE\" { }\nblock \"GLUE_2\" { }"));
+    directory.write("first.csv", "1800,GLUE\n");
+    directory.write("second.csv", "1801,GLUE_2\n");
+    directory.write("wrong.csv", "1801,GLUE_3\n");
+    EXPECT_EQ(countOf(ntl.run({"check", "own.btl"}).err, "[unregistered-block]"), 2U);
+    EXPECT_EQ(countOf(ntl.run({"check", "own.btl", "--cells", "first.csv"}).err, "[unregistered-block]"), 1U);
+    ntl.environment["HDNT_CELLVIEWS"] = "second.csv";
+    EXPECT_EQ(ntl.run({"check", "--werror", "own.btl", "--cells", "first.csv"}).status, 0);
+    const Outcome refused = ntl.run({"check", "own.btl", "--cells", "wrong.csv"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.err, "ntl: second.csv:1: value 1801 of GLUE_2 is that of GLUE_3 already\n");
+}
+
 TEST_F(CheckTest, LimitsAndRoot) {
     directory.makeDir("parts");
     directory.write("parts/gate.inc", R"(block "GATE_INVERT" { pin "I" input; })");

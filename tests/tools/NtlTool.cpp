@@ -17,7 +17,8 @@ void NtlTool::become(const std::vector<std::string>& arguments) const {
     redirect(directory_.path(".err"), STDERR_FILENO);
     if (standardOutput >= 0) dup2(standardOutput, STDOUT_FILENO);
     if (standardOutput == -2) close(STDOUT_FILENO);
-    for (const char* name : {"NTL_PATH", "NTL_DEBUG", "NTL_YY_DEBUG", "HDNT_DATA_PATH", "HDNT_CONFIG_PATH", "NO_COLOR"})
+    for (const char* name :
+         {"NTL_PATH", "NTL_DEBUG", "NTL_YY_DEBUG", "HDNT_DATA_PATH", "HDNT_CONFIG_PATH", "HDNT_CELLVIEWS", "NO_COLOR"})
         unsetenv(name);
     for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
     if (!standardInput.empty()) dup2(open(standardInput.c_str(), O_RDONLY), STDIN_FILENO);

@@ -27,6 +27,7 @@ std::set<std::string> longOptions(const std::string& text) {
 
 TEST_F(UsageTest, WrongUsageIsOneLineAndStatusTwo) {
     directory.write("good.btl", libraryOf("block \"HOLD\" { pin \"A\" input; }"));
+    directory.write("wrong.csv", "1800;GLUE\n");
     const std::vector<std::vector<std::string>> cases = {
         {},
         {"frobnicate"},
@@ -41,6 +42,8 @@ TEST_F(UsageTest, WrongUsageIsOneLineAndStatusTwo) {
         {"check", "--parent", "common"},
         {"--data", "missing", "list"},
         {"--data", "good.btl", "list"},
+        {"--cells", "missing.csv", "list"},
+        {"--cells", "wrong.csv", "list"},
         {"--param", "arch.enableTestFeatures", "list"},
         {"--param", "arch.enableTestFeatures=perhaps", "list"},
         {"--limit", "includeDepth=-1", "list"},

@@ -9,6 +9,8 @@
 #include "hdnt/platform/HSTStringUtils.h"
 #include "hdnt/platform/HUTFile.h"
 #include "hdnt/platform/PartSpec.h"
+#include "hdnt/registry/HDNTCellviewLib.h"
+#include "hdnt/registry/registerCells.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"
 
@@ -128,6 +130,16 @@ static void addSearchDirectories(const Settings& settings) {
         if (!directory.empty()) NtlAddSearchDirectory(directory);
 }
 
+// Asks for the table of cells once, so that a broken one is told apart from a broken library.
+static void registerTables(const Settings& settings) {
+    try {
+        for (const std::string& path : settings.cellTables) hdnt::registerCells(path);
+        HDNTCellviewLib::getGlobal();
+    } catch (const HEXDataException& error) {
+        throw Failure(Unusable, error.what());
+    }
+}
+
 static void probeConfiguration() {
     try {
         const HDNTLibrary probe(nullptr);
@@ -138,6 +150,7 @@ static void probeConfiguration() {
 }
 
 void applyGlobalSettings(const Settings& settings) {
+    registerTables(settings);
     if (!settings.data.empty()) setDataDirectory(settings.data);
     for (const std::string& parameter : settings.parameters) setParameter(parameter);
     if (!settings.architecture.empty()) setArchitecture(settings.architecture);

@@ -7,9 +7,9 @@
 
 namespace ntl {
 
-/// Carries out the options of all commands: data directory, parameters, architecture, limits, search directories. Then
-/// reads the configuration files once, so that a broken one is told apart from a broken library. Throws
-/// Failure(Unusable).
+/// Carries out the options of all commands: tables of cells, data directory, parameters, architecture, limits, search
+/// directories. Then reads the configuration files once, so that a broken one is told apart from a broken library.
+/// Throws Failure(Unusable).
 void applyGlobalSettings(const Settings& settings);
 
 /// The two sides of NAME=VALUE, given to an option. Throws Failure(Unusable) when there is no name or no "=".

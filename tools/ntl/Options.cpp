@@ -24,6 +24,8 @@ const std::vector<OptionSpec>& globalOptions() {
     static const std::vector<OptionSpec> options = {
         {"--data", "DIR", "Look for data and configuration files in DIR first.", &Settings::data,
          Completion::Directory},
+        {"--cells", "FILE", "Add the cells in FILE, 'value,NAME' a line, to the table of cells. May be repeated.",
+         &Settings::cellTables, Completion::File},
         {"--param", "NAME=BOOL", "Set a parameter, e.g. arch.enableTestFeatures=true. May be repeated.",
          &Settings::parameters},
         {"--arch", "NAME", "Answer for this architecture.", &Settings::architecture},

@@ -8,6 +8,7 @@ namespace ntl {
 /// Everything the command line can say. Each option of the tables in Options.cpp has its place here.
 struct Settings {
     std::string data;
+    std::vector<std::string> cellTables;
     std::vector<std::string> parameters;
     std::string architecture;
     std::vector<std::string> limits;
