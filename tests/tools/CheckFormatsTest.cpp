@@ -174,11 +174,12 @@ TEST_F(CheckFormatsTest, BytesThatAreNoTextKeepJsonValid) {
 
 TEST_F(CheckFormatsTest, DependencyRulesAreEscaped) {
     directory.write("my $x#.btl", libraryOf("INCLUDE hold.inc ;"));
+    directory.write("folder/a.btl", libraryOf(""));
     const Outcome outcome =
         ntl.run({"check", "-I.", "--depfile", "deps", "--deptarget", "a stamp", "my $x#.btl", "folder"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(readFile(directory.path("deps")), "a\\ stamp: \\\n  my\\ $$x\\#.btl \\\n  ./hold.inc\n"
-                                                "a\\ stamp: \\\n  folder\n"
-                                                "\n./hold.inc:\n\nfolder:\n\nmy\\ $$x\\#.btl:\n");
+                                                "a\\ stamp: \\\n  folder \\\n  folder/a.btl\n"
+                                                "\n./hold.inc:\n\nfolder:\n\nfolder/a.btl:\n\nmy\\ $$x\\#.btl:\n");
     EXPECT_EQ(ntl.run({"check", "folder", "--depfile", "no/such/place"}).status, 2);
 }

@@ -91,7 +91,7 @@ ntl: three_faults.btl: 3 errors
 TEST_F(CheckTest, OneInputDoesNotSpoilTheNext) {
     const Outcome outcome = ntl.run({"check", "bad.btl", "good.btl"});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n");
+    EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n2 libraries: 1 with errors\n");
     EXPECT_EQ(outcome.err, badReport + "ntl: bad.btl: 1 error\n");
 }
 
@@ -113,7 +113,8 @@ TEST_F(CheckTest, OutputDoesNotDependOnTheNumberOfWorkers) {
     EXPECT_EQ(one.out, five.out);
     EXPECT_EQ(one.err, five.err);
     EXPECT_EQ(linesOf(one.out).front(), "input0.btl: 480 blocks, no errors, 480 warnings");
-    EXPECT_EQ(linesOf(one.out).size(), 8U);
+    EXPECT_EQ(linesOf(one.out).size(), 9U);
+    EXPECT_EQ(linesOf(one.out).back(), "12 libraries: 4 with errors, 2,080 warnings");
 }
 
 TEST_F(CheckTest, InputsOfEveryKind) {
@@ -159,8 +160,51 @@ TEST_F(CheckTest, WhatCannotBeOpened) {
         SCOPED_TRACE(name);
         const Outcome outcome = ntl.run({"check", "good.btl", name});
         EXPECT_EQ(outcome.status, 2);
-        EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n");
+        EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n2 libraries: 1 with errors\n");
         EXPECT_NE(linesOf(outcome.err).back().find("cannot be opened: "), std::string::npos);
+    }
+}
+
+TEST_F(CheckTest, QuietSaysOnlyWhatIsWrong) {
+    directory.write("warns.btl", libraryOf("block \"OWN\" { }"));
+    const Outcome both = ntl.run({"check", "good.btl", "warns.btl"});
+    EXPECT_EQ(linesOf(both.out).back(), "2 libraries: no errors, 1 warning");
+    const Outcome quiet = ntl.run({"check", "-q", "good.btl", "warns.btl", "bad.btl"});
+    EXPECT_EQ(quiet.out, "");
+    EXPECT_EQ(quiet.err, both.err + badReport + "ntl: bad.btl: 1 error\n");
+    EXPECT_EQ(quiet.status, 1);
+    EXPECT_EQ(linesOf(ntl.run({"check", "--werror", "good.btl", "warns.btl"}).out).back(),
+              "2 libraries: 1 with errors, 1 warning");
+    EXPECT_EQ(Json::parse(ntl.run({"check", "--quiet", "--format=json", "good.btl"}).out)["inputs"].size(), 1U);
+}
+
+TEST_F(CheckTest, ReadsStandardInput) {
+    ntl.standardInput = directory.path("good.btl");
+    EXPECT_EQ(ntl.run({"check", "-"}).out, "-: 1 block, no errors\n");
+    EXPECT_EQ(linesOf(ntl.run({"print", "-"}).out).front(), "library \"l\"");
+    EXPECT_EQ(ntl.run({"check", "-", "-"}).status, 2);
+    ASSERT_EQ(ntl.run({"check", "-", "--depfile", "check.d"}).status, 0);
+    EXPECT_EQ(readFile(directory.path("check.d")), "check.d:\n");
+    ntl.standardInput = directory.path("bad.btl");
+    const Outcome bad = ntl.run({"check", "-", "good.btl"});
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_NE(bad.err.find("file: /dev/stdin line: 2."), std::string::npos) << bad.err;
+    EXPECT_EQ(linesOf(bad.out).front(), "good.btl: 1 block, no errors");
+}
+
+TEST_F(CheckTest, AFolderWithoutLibrariesIsSaidToBeEmpty) {
+    directory.makeDir("folder/below.btl.d");
+    directory.write("folder/notes.txt", "not NTL");
+    const std::vector<std::vector<std::string>> cases = {{"check", "folder"},
+                                                         {"check", "--parent", "folder", "good.btl"},
+                                                         {"list", "-l", "folder"},
+                                                         {"print", "folder"},
+                                                         {"diff", "good.btl", "folder"},
+                                                         {"format", "folder"}};
+    for (const std::vector<std::string>& arguments : cases) {
+        const Outcome outcome = ntl.run(arguments);
+        EXPECT_EQ(outcome.status, 2) << arguments[0];
+        EXPECT_NE(outcome.err.find("folder: holds no .btl file\n"), std::string::npos) << outcome.err;
     }
 }
 

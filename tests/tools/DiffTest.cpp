@@ -212,3 +212,26 @@ TEST(Diff, EveryRuleIsInTheManual) {
         at = found == std::string::npos ? at : found;
     }
 }
+
+TEST_F(DiffTest, TheClassThatCountsForTheStatusCanBeChosen) {
+    const auto library = [](const std::string& units, int maximum) {
+        return libraryOf("block \"B\" { property int \"N\" { min = 0, max = " + std::to_string(maximum) +
+                         ", default = 1, units = \"" + units + "\" } }");
+    };
+    directory.write("1.btl", library("m", 5));
+    const struct {
+        std::string text;
+        int any, compatible, breaking;
+    } cases[] = {
+        {library("m", 5), 0, 0, 0}, {library("s", 5), 1, 0, 0}, {library("s", 6), 1, 1, 0}, {library("m", 4), 1, 1, 1}};
+    for (const auto& each : cases) {
+        directory.write("2.btl", each.text);
+        const auto status = [&](const char* failOn) {
+            return ntl.run({"diff", "--fail-on", failOn, "1.btl", "2.btl"}).status;
+        };
+        EXPECT_EQ(status("any"), each.any) << each.text;
+        EXPECT_EQ(status("compatible"), each.compatible) << each.text;
+        EXPECT_EQ(status("breaking"), each.breaking) << each.text;
+    }
+    EXPECT_EQ(Json::parse(ntl.run({"diff", "1.btl", "1.btl", "--format=json"}).out)["exitStatus"], 0);
+}

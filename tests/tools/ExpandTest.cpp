@@ -194,6 +194,23 @@ TEST_F(ExpandTest, WhatIsRefusedIsSaid) {
     EXPECT_NE(ntl.run({"expand", "PAD_IN_DIFF"}).err.find("PAD_IN_DIFF.btl with --arch"), std::string::npos);
 }
 
+TEST_F(ExpandTest, AllMappedBlocksAreExpanded) {
+    for (const char* const architecture : {"", "copper"}) {
+        std::vector<std::string> arguments = {"expand", "--all", "--format", "json"};
+        if (*architecture) arguments.insert(arguments.end(), {"--arch", architecture});
+        const Outcome outcome = ntl.run(arguments);
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        std::vector<std::string> names;
+        const Json document = Json::parse(outcome.out);
+        for (const Json& block : document["blocks"]) names.push_back(block["block"]);
+        EXPECT_EQ(names, mappedBlocks(ntl, architecture));
+    }
+    directory.write("none.btl", libraryOf("block \"HOLD\" { }"));
+    const Outcome none = ntl.run({"expand", "--all", "-l", "none.btl"});
+    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.err, "ntl: no block has a mapping\n");
+}
+
 TEST_F(ExpandTest, JsonHoldsOrigins) {
     const Json block = document({"TOP", "--set", "WIDTH=5", "--connect", "A", "--set", "TEXT=a\"b"});
     EXPECT_EQ(block["block"], "TOP");

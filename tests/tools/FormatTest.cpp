@@ -128,3 +128,34 @@ TEST_F(FormatTest, ReadsStandardInput) {
     EXPECT_EQ(checked.status, 1);
     EXPECT_EQ(checked.out, "-\n");
 }
+
+TEST_F(FormatTest, WalksFolders) {
+    directory.makeDir("from/below");
+    directory.write("from/below/b.btl", ugly);
+    directory.write("from/a.btl", neat);
+    directory.write("from/c.btl", ugly);
+    directory.write("from/notes.txt", ugly);
+    const Outcome checked = ntl.run({"format", "--check", "from"});
+    EXPECT_EQ(checked.status, 1);
+    EXPECT_EQ(checked.out, "from/below/b.btl\nfrom/c.btl\n");
+    EXPECT_EQ(ntl.run({"format", "from"}).out, std::string(neat) + neat + neat);
+    EXPECT_EQ(ntl.run({"format", "--in-place", "from"}).status, 0);
+    EXPECT_EQ(text("from/below/b.btl"), neat);
+    EXPECT_EQ(text("from/notes.txt"), ugly);
+}
+
+TEST_F(FormatTest, FixesLineEnds) {
+    const std::string mixed = "pin \"A\" input;\r\n\r\npin \"B\" input;\r// end\r\r\n";
+    const std::string fixed = "pin \"A\" input;\n\npin \"B\" input;\n// end\n";
+    directory.write("mixed.btl", mixed);
+    EXPECT_EQ(ntl.run({"format", "--check", "mixed.btl"}).err.find("mixed.btl:1:15: error: carriage return"), 0U);
+    const Outcome checked = ntl.run({"format", "--check", "--fix-line-ends", "mixed.btl"});
+    EXPECT_EQ(checked.status, 1);
+    EXPECT_EQ(checked.out, "mixed.btl\n");
+    EXPECT_EQ(ntl.run({"format", "--fix-line-ends", "mixed.btl"}).out, fixed);
+    EXPECT_EQ(ntl.run({"format", "--fix-line-ends", "--in-place", "mixed.btl"}).status, 0);
+    EXPECT_EQ(text("mixed.btl"), fixed);
+    directory.write("string.btl", "pin \"A\r\" input;\n");
+    EXPECT_EQ(ntl.run({"format", "--fix-line-ends", "--in-place", "string.btl"}).status, 1);
+    EXPECT_EQ(text("string.btl"), "pin \"A\r\" input;\n");
+}

@@ -29,7 +29,8 @@ const char* const richLibrary = R"(library "rich" {
 const char* const applicationData = R"(READ_ONLY_ATTRIBUTES = { LEVEL = true; };
 IO_PIN_CONSTRAINTS = { MODE = true; };
 MASTER_DRIVER_TYPES = ["RICH"];
-ARCHITECTURES = { alpha = { simDevice = "SIM_A"; master = "alpha0"; internalPins = true; }; };
+ARCHITECTURES = { alpha = { simDevice = "SIM_A"; master = "alpha0"; internalPins = true; };
+  gamma = { }; };
 CELLS = { RICH = { architectures = ["alpha", "beta"]; canTiePins = true; nibbleSizedHex = true; pseudoDifferential = true;
   masterDriverPin = "O"; shadowPins = ["D"]; pinFunctions = { O = "pad"; }; }; };
 )";

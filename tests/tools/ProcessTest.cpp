@@ -40,7 +40,7 @@ TEST_F(ProcessTest, KilledWorkerCountsAsFailedInput) {
     const Outcome outcome = ntl.finish(tool);
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "ntl: waits.btl: killed by signal 9 (Killed)\n");
-    EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n");
+    EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n2 libraries: 1 with errors\n");
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
@@ -53,7 +53,7 @@ TEST_F(ProcessTest, MemoryRunsOutInOneWorkerOnly) {
     const Outcome outcome = ntl.run({"check", "big.btl", "good.btl"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "ntl: big.btl: out of memory\n");
-    EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n");
+    EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n2 libraries: 1 with errors\n");
 }
 #endif
 
@@ -84,4 +84,25 @@ TEST_F(ProcessTest, ColoursAreTheToolsOwn) {
     EXPECT_EQ(linesOf(colored.err).back(), "\033[1mntl:\033[0m bad.btl: 1 error");
     EXPECT_EQ(countOf(colored.err, "\033"), 2U);
     EXPECT_NE(ntl.run({"list", "--color=always"}).out.find("\033[1mNAME"), std::string::npos);
+}
+
+TEST_F(ProcessTest, OnATerminalColoursDependOnItsKind) {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const int itsOtherEnd = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+    const struct {
+        const char* kind;
+        const char* when;
+        bool isColored;
+    } cases[] = {{"xterm", "auto", true}, {"dumb", "auto", false}, {"dumb", "always", true}, {"xterm", "never", false}};
+    for (const auto& each : cases) {
+        ntl.environment["TERM"] = each.kind;
+        ntl.standardOutput = itsOtherEnd;
+        EXPECT_EQ(ntl.run({"list", "--prefix", "GATE_AND_2", "--color", each.when}).status, 0);
+        std::string written(4096, '\0');
+        written.resize(static_cast<size_t>(read(terminal, written.data(), written.size())));
+        EXPECT_EQ(written.find('\033') != std::string::npos, each.isColored) << each.kind << written;
+    }
+    close(itsOtherEnd);
+    close(terminal);
 }

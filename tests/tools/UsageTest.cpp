@@ -57,6 +57,9 @@ TEST_F(UsageTest, WrongUsageIsOneLineAndStatusTwo) {
         {"show", ""},
         {"expand"},
         {"expand", ""},
+        {"expand", "--all", "HOLD"},
+        {"expand", "--all", "--set", "WIDTH=1"},
+        {"expand", "--all", "--connect", "I"},
         {"expand", "HOLD", "--set", "WIDTH"},
         {"expand", "HOLD", "--set", "=1"},
         {"expand", "HOLD", "--format", "text"},
@@ -65,6 +68,8 @@ TEST_F(UsageTest, WrongUsageIsOneLineAndStatusTwo) {
         {"diff", "good.btl", "missing.btl"},
         {"diff", "good.btl", "good.btl", "good.btl"},
         {"diff", "good.btl", "good.btl", "--format", "sarif"},
+        {"diff", "good.btl", "good.btl", "--fail-on", "textOnly"},
+        {"help", "chek"},
         {"print"},
         {"print", ""},
         {"print", "good.btl", "good.btl"},
@@ -72,7 +77,6 @@ TEST_F(UsageTest, WrongUsageIsOneLineAndStatusTwo) {
         {"format"},
         {"format", ""},
         {"format", "missing.btl"},
-        {"format", "."},
         {"format", "--check", "--in-place", "good.btl"},
         {"format", "--in-place", "-"},
         {"--generate", "poem"},
@@ -103,19 +107,54 @@ TEST_F(UsageTest, HelpAndVersion) {
     EXPECT_EQ(ntl.run({"--version"}).out.find("ntl "), 0U);
     const Outcome help = ntl.run({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* const command : {"check", "list", "show", "expand", "print", "format", "diff"}) {
+    for (const char* const command : {"check", "list", "show", "expand", "print", "format", "diff", "help"}) {
         EXPECT_NE(help.out.find(std::string("\n  ") + command + " "), std::string::npos);
         const Outcome own = ntl.run({command, "--help"});
         EXPECT_EQ(own.status, 0);
         EXPECT_EQ(own.err, "");
         EXPECT_EQ(own.out.find(std::string("Usage: ntl ") + command), 0U);
         for (const std::string& line : linesOf(own.out)) EXPECT_LE(line.size(), 80U) << line;
+        EXPECT_EQ(ntl.run({"help", command}).out, own.out);
     }
+}
+
+TEST_F(UsageTest, MisspelledWordsSuggestOthers) {
+    const struct {
+        std::vector<std::string> arguments;
+        std::string err;
+        int status = 2;
+    } cases[] = {
+        {{"chekc", "a.btl", "--format", "json"}, "no command 'chekc'; did you mean check?; see 'ntl --help'"},
+        {{"frobnicate"}, "no command 'frobnicate'; see 'ntl --help'"},
+        {{"help", "fromat"}, "no command 'fromat'; did you mean format?"},
+        {{"check", "--frmat=json"}, "no option '--frmat=json'; did you mean --format?; see 'ntl check --help'"},
+        {{"--colour", "never", "list"}, "no option '--colour'; did you mean --color?; see 'ntl list --help'"},
+        {{"list", "-x"}, "no option '-x'; see 'ntl list --help'"},
+        {{"list", "--arch", "coper"},
+         "--arch: no architecture 'coper'; did you mean copper?; there are meadow, harbor, copper"},
+        {{"list", "--group", "LOGC"}, "no block is in the group 'LOGC'; did you mean LOGIC?", 1},
+        {{"list", "--group", "logic:gat"}, "no block is in the group 'logic:gat'; did you mean LOGIC:GATE?", 1},
+    };
+    for (const auto& each : cases) {
+        const Outcome outcome = ntl.run(each.arguments);
+        EXPECT_EQ(outcome.status, each.status);
+        EXPECT_EQ(outcome.err, "ntl: " + each.err + "\n");
+    }
+    EXPECT_EQ(ntl.run({"help"}).out, ntl.run({"--help"}).out);
+}
+
+// A broken configuration does not keep one from reading about the tool.
+TEST_F(UsageTest, HelpNeedsNoData) {
+    directory.makeDir("data");
+    directory.write("data/HDNTApplicationData.cfg", "CELLS = {\n oops\n");
+    EXPECT_EQ(ntl.run({"--data", "data", "help", "list"}).status, 0);
+    directory.write("data/HDNTApplicationData.cfg", "CELLS = { };");
+    EXPECT_EQ(ntl.run({"--data", "data", "list", "--arch", "anything"}).status, 0);
 }
 
 TEST_F(UsageTest, PagesKnowEveryOption) {
     std::set<std::string> wanted;
-    for (const char* const command : {"check", "list", "show", "expand", "print", "format", "diff"})
+    for (const char* const command : {"check", "list", "show", "expand", "print", "format", "diff", "help"})
         wanted.merge(longOptions(ntl.run({command, "--help"}).out));
     wanted.merge(longOptions(ntl.run({"--help"}).out));
     const std::string page = std::regex_replace(readFile(NTL_GENERATED_DIR "/ntl.1"), std::regex("\\\\-"), "-");

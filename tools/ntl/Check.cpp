@@ -35,7 +35,8 @@ struct Input {
 std::vector<Input> inputsOf(const Settings& settings) {
     std::vector<Input> inputs;
     const std::vector<std::string> parents = parentPaths(settings.parent);
-    for (const std::string& name : settings.inputs) inputs.push_back({name, parents, {name}, ConfigScope::OwnCells});
+    for (const std::string& name : settings.inputs)
+        inputs.push_back({name, parents, {pathOfInput(name)}, ConfigScope::OwnCells});
     if (!inputs.empty()) return inputs;
     if (!settings.parent.empty()) throw Failure(Unusable, "--parent needs an INPUT");
     const std::vector<std::string> common = commonLibraryPaths();
@@ -124,7 +125,10 @@ public:
           progress_(totalSize_) {}
 
     int run() {
-        if (!settings_.parent.empty() && !parentIsGood()) return finish();
+        if (!settings_.parent.empty() && !parentIsGood()) {
+            inputs_.clear();
+            return finish();
+        }
         if (settings_.inputs.empty()) runOneByOne();
         else runTasks();
         return finish();
@@ -178,6 +182,8 @@ private:
 
     int finish() const {
         writeDepfile();
+        if (isText_ && !settings_.quiet && inputs_.size() > 1 && !settings_.inputs.empty())
+            writeOutput(sumLine(inputs_.size(), failed_, warnings_));
         if (settings_.format == "json") writeOutput(jsonDocument(results_, status_));
         if (settings_.format == "sarif") writeOutput(sarifDocument(results_));
         return status_;
@@ -209,6 +215,8 @@ private:
         const bool failed = hasFailed(result, settings_.warningsAreErrors);
         if (failed && result.status == Fine)
             result.reason = result.input + ": " + counted(result.warnings.size(), "warning") + " (--werror)";
+        if (failed) ++failed_;
+        warnings_ += result.warnings.size();
         status_ = std::max<int>(status_, failed ? std::max(result.status, Faulty) : Fine);
         write(result, failed);
         if (!settings_.depfile.empty() || !isText_) results_.push_back(std::move(result));
@@ -220,7 +228,7 @@ private:
         for (const hdnt::Diagnostic& warning : result.warnings) lines += warningLine(warning);
         writeError(lines);
         if (failed) complain(result.reason);
-        else if (isText_) writeOutput(textLine(result));
+        else if (isText_ && !settings_.quiet) writeOutput(textLine(result));
     }
 
     void writeDepfile() const {
@@ -238,6 +246,8 @@ private:
     std::uintmax_t totalSize_;
     Progress progress_;
     std::vector<CheckResult> results_;
+    size_t failed_ = 0;
+    size_t warnings_ = 0;
     int status_ = Fine;
     bool isParent_ = false;
     bool errorFree_ = true;

@@ -74,6 +74,12 @@ std::string textLine(const CheckResult& result) {
     return printable(result.input) + ": " + counted(result.blocks, "block") + ", no errors" + warnings + "\n";
 }
 
+std::string sumLine(size_t libraries, size_t failed, size_t warnings) {
+    const std::string errors = failed == 0 ? "no errors" : grouped(failed) + " with errors";
+    const std::string more = warnings == 0 ? "" : ", " + grouped(warnings) + (warnings == 1 ? " warning" : " warnings");
+    return grouped(libraries) + (libraries == 1 ? " library: " : " libraries: ") + errors + more + "\n";
+}
+
 static const char* statusName(const CheckResult& result) {
     if (result.status == Unusable) return "unusable";
     return result.status == Faulty ? "errors" : result.warnings.empty() ? "good" : "warnings";
@@ -114,6 +120,9 @@ static std::string makeName(const std::string& path) {
     return result;
 }
 
+// Nothing that make could compare.
+static bool isStandardInput(const std::string& file) { return file == "-" || file == "/dev/stdin"; }
+
 std::string makeRules(const std::string& target, const std::vector<CheckResult>& results) {
     std::string text;
     std::set<std::string> all;
@@ -123,7 +132,7 @@ std::string makeRules(const std::string& target, const std::vector<CheckResult>&
         text += makeName(target) + ":";
         std::set<std::string> written;
         for (const std::string& file : files) {
-            if (!written.insert(file).second) continue;
+            if (isStandardInput(file) || !written.insert(file).second) continue;
             text += " \\\n  " + makeName(file);
             all.insert(file);
         }

@@ -27,6 +27,8 @@ CheckResult unpacked(const std::string& bytes);
 
 // The forms of standard output.
 std::string textLine(const CheckResult& result);
+/// "1,000 libraries: 3 with errors, 12 warnings"
+std::string sumLine(size_t libraries, size_t failed, size_t warnings);
 std::string jsonDocument(const std::vector<CheckResult>& results, int exitStatus);
 std::string sarifDocument(const std::vector<CheckResult>& results);
 

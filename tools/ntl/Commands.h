@@ -13,5 +13,6 @@ int runExpand(const Settings& settings);
 int runPrint(const Settings& settings);
 int runDiff(const Settings& settings);
 int runFormat(const Settings& settings);
+int runHelp(const Settings& settings);
 
 } // namespace ntl

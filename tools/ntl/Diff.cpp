@@ -67,6 +67,14 @@ std::array<std::optional<HDNTModelTree>, 2> treesOf(const std::array<Side, 2>& s
     return trees;
 }
 
+Status statusOf(const DiffResult& result, const std::string& failOn) {
+    using Effect = HDNTDifference::Effect;
+    size_t failing = result.count(Effect::breaking);
+    if (failOn != "breaking") failing += result.count(Effect::compatible);
+    if (failOn == "any") failing = result.differences.size();
+    return failing == 0 ? Fine : Faulty;
+}
+
 } // namespace
 
 int runDiff(const Settings& settings) {
@@ -78,7 +86,7 @@ int runDiff(const Settings& settings) {
     DiffResult result{{settings.oldLibrary, settings.newLibrary}, {}, HDNTComparison::compare(*before, *after)};
     result.libraries = {std::string(before->text(before->elements()[0].name)),
                         std::string(after->text(after->elements()[0].name))};
-    const int status = result.differences.empty() ? Fine : Faulty;
+    const int status = statusOf(result, settings.failOn);
     writeOutput(settings.format == "json"       ? diffJson(result, status)
                 : settings.format == "markdown" ? diffMarkdown(result)
                                                 : diffText(result));

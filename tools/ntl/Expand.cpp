@@ -1,4 +1,3 @@
-#include "author/lint/nearestNames.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
@@ -32,9 +31,10 @@ std::vector<std::string> pinNames(const HDNTBlock& block) {
     return names;
 }
 
-std::string suggestion(const std::string& wanted, const std::vector<std::string>& names) {
-    const std::vector<std::string> near = hdnt::author::nearestNames(wanted, names);
-    return near.empty() ? "" : " Did you mean " + joined(near, ", ") + "?";
+// Behind a sentence.
+std::string question(const std::string& wanted, const std::vector<std::string>& names) {
+    const std::string text = suggestion(wanted, names);
+    return text.empty() ? text : " D" + text.substr(text.find('d') + 1);
 }
 
 /// Expands the blocks of a command line and collects what comes out.
@@ -46,6 +46,7 @@ public:
 
     int run() {
         opened_ = openLibrary(settings_);
+        if (settings_.allBlocks) expandAll();
         for (const std::string& name : settings_.blocks) {
             HDNTBlock* const block = findBlock(opened_, name);
             if (!block || !expand(*block)) status_ = Faulty;
@@ -62,6 +63,21 @@ public:
     }
 
 private:
+    void expandAll() {
+        const std::string& architecture = HDNTLibraryMgr::getLibraryMgr()->m_architecture;
+        size_t mapped = 0;
+        for (HDNTBlock* block : blocksOf(*opened_.library, opened_.withParents)) {
+            if (!architecture.empty() && !isInArchitecture(*block, architecture)) continue;
+            bool fine = loadMapping(*block);
+            if (fine && block->getAttachedNetlist()) {
+                ++mapped;
+                fine = expand(*block);
+            }
+            if (!fine) status_ = Faulty;
+        }
+        if (mapped == 0 && status_ == Fine) throw Failure(Faulty, "no block has a mapping");
+    }
+
     bool expand(HDNTBlock& block) {
         HDNTExpansion expansion(block);
         if (!applySettings(block, expansion)) return false;
@@ -93,11 +109,11 @@ private:
             std::string reason;
             if (expansion.setPropertyText(name, value, reason)) continue;
             const bool known = block.getPropertyByName(name) != nullptr;
-            refuse("--set " + joined({name, value}, "="), reason, known ? "" : suggestion(name, propertyNames(block)));
+            refuse("--set " + joined({name, value}, "="), reason, known ? "" : question(name, propertyNames(block)));
         }
         for (const std::string& pin : settings_.connectedPins) {
             std::string reason;
-            if (!expansion.connect(pin, reason)) refuse("--connect " + pin, reason, suggestion(pin, pinNames(block)));
+            if (!expansion.connect(pin, reason)) refuse("--connect " + pin, reason, question(pin, pinNames(block)));
         }
         return fine;
     }
@@ -143,6 +159,12 @@ private:
 } // namespace
 
 int runExpand(const Settings& settings) {
+    const bool hasNames = !settings.blocks.empty();
+    if (hasNames == settings.allBlocks)
+        throw Failure(Unusable, hasNames ? "BLOCK and --all exclude each other; see 'ntl expand --help'"
+                                         : "BLOCK is required, or --all; see 'ntl expand --help'");
+    if (settings.allBlocks && !(settings.propertyValues.empty() && settings.connectedPins.empty()))
+        throw Failure(Unusable, "--all takes the defaults, without --set and --connect");
     enableByDefault(settings, "ntl.enableMapLib");
     return Expander(settings).run();
 }

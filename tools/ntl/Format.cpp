@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 
 namespace ntl {
 
@@ -17,11 +18,21 @@ static Status refuse(const std::string& path, const HDNTFormatProblem& problem) 
     return Faulty;
 }
 
+static std::string withNewlines(const std::string& text) {
+    std::string result;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\r') result += text[i];
+        else if (i + 1 == text.size() || text[i + 1] != '\n') result += '\n';
+    }
+    return result;
+}
+
 static Status formatFile(const std::string& path, const Settings& settings) {
     const TextFile file(path);
     std::string text;
     HDNTFormatProblem problem;
-    if (!HDNTFormatter::format(file.bytes(), text, problem)) return refuse(path, problem);
+    const std::string before = settings.fixLineEnds ? withNewlines(file.bytes()) : file.bytes();
+    if (!HDNTFormatter::format(before, text, problem)) return refuse(path, problem);
     if (!settings.checkOnly && !settings.inPlace) {
         writeOutput(text);
         return Fine;
@@ -35,6 +46,33 @@ static Status formatFile(const std::string& path, const Settings& settings) {
     return Fine;
 }
 
+// The .btl files in and below a folder, by name; links to folders are not followed. Another path is itself.
+static std::vector<std::string> filesOf(const std::string& path) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    if (path == "-" || !fs::is_directory(path, error)) return {path};
+    std::vector<std::string> files;
+    for (fs::recursive_directory_iterator entry(path, error), end; !error && entry != end; entry.increment(error))
+        if (entry->path().extension() == ".btl" && !entry->is_directory()) files.push_back(entry->path().string());
+    if (error) throw Failure(Unusable, path + ": cannot be read: " + error.message());
+    if (files.empty()) throw Failure(Unusable, path + ": holds no .btl file");
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+static Status formatAll(const std::string& input, const Settings& settings) {
+    Status status = Fine;
+    for (const std::string& path : filesOf(input)) {
+        try {
+            status = std::max(status, formatFile(path, settings));
+        } catch (const Failure& failure) {
+            complain(failure.what());
+            status = std::max(status, failure.status());
+        }
+    }
+    return status;
+}
+
 int runFormat(const Settings& settings) {
     if (settings.checkOnly && settings.inPlace)
         throw Failure(Unusable, "--check and --in-place exclude each other; see 'ntl format --help'");
@@ -42,9 +80,9 @@ int runFormat(const Settings& settings) {
         throw Failure(Unusable, "--in-place: standard input cannot be replaced");
     std::signal(SIGXFSZ, SIG_IGN); // a file that grows too large is a failed write like any other
     Status status = Fine;
-    for (const std::string& path : settings.files) {
+    for (const std::string& input : settings.files) {
         try {
-            status = std::max(status, formatFile(path, settings));
+            status = std::max(status, formatAll(input, settings));
         } catch (const Failure& failure) {
             complain(failure.what());
             status = std::max(status, failure.status());

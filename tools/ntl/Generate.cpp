@@ -56,9 +56,11 @@ std::string manPage() {
                   ".SH ENVIRONMENT\n"
                   ".TP\nNTL_PATH\nDirectories for INCLUDE and INLINE files, separated by colons, after those of \\-I.\n"
                   ".TP\nHDNT_DATA_PATH\nDirectories where data files are looked for first.\n"
+                  ".TP\nHDNT_CELLVIEWS\nTables of cells, separated by colons, behind those of \\-\\-cells.\n"
                   ".TP\nHDNT_CONFIG_PATH\nThe same for configuration files.\n"
                   ".TP\nHDNT_PARAM_*\nParameters that \\-\\-param does not set, with underscores for dots.\n"
-                  ".TP\nNO_COLOR\nNo colours with \\-\\-color auto, when not empty.\n";
+                  ".TP\nNO_COLOR\nNo colours with \\-\\-color auto, when not empty.\n"
+                  ".TP\nTERM\nWhen it is dumb, neither such colours nor a bar.\n";
 }
 
 // --- completions
@@ -71,12 +73,6 @@ std::vector<std::string> optionNames(const std::vector<OptionSpec>& options) {
     return names;
 }
 
-std::vector<std::string> commandNames() {
-    std::vector<std::string> names;
-    for (const CommandSpec& command : commands()) names.push_back(command.name);
-    return names;
-}
-
 const char* const blockNames = "ntl list 2>/dev/null | awk 'NR > 1 { print $1 }'";
 
 std::string bashArguments(const OptionSpec& option) {
@@ -84,6 +80,8 @@ std::string bashArguments(const OptionSpec& option) {
     if (option.completion == Completion::Directory) return "COMPREPLY=($(compgen -d -- \"$cur\"))";
     if (option.completion == Completion::Block)
         return "COMPREPLY=($(compgen -W \"$(" + std::string(blockNames) + ")\" -- \"${cur^^}\"))";
+    if (option.completion == Completion::Command)
+        return "COMPREPLY=($(compgen -W '" + joined(commandNames(), " ") + "' -- \"$cur\"))";
     if (option.completion == Completion::None) return "COMPREPLY=()";
     return "COMPREPLY=($(compgen -f -- \"$cur\"))";
 }
@@ -136,6 +134,7 @@ std::string zshAction(const OptionSpec& option) {
     if (!option.choices.empty()) return "(" + joined(option.choices, " ") + ")";
     if (option.completion == Completion::Directory) return "_files -/";
     if (option.completion == Completion::Block) return "_ntl_blocks";
+    if (option.completion == Completion::Command) return "(" + joined(commandNames(), " ") + ")";
     return option.completion == Completion::None ? "" : "_files";
 }
 
@@ -178,7 +177,8 @@ std::string fishText(const std::string& text) { return "'" + replaced(replaced(t
 std::string fishOption(const OptionSpec& option, const std::string& condition) {
     std::string text = "complete -c ntl" + condition;
     if (option.isPositional())
-        return option.completion == Completion::Block
+        return option.completion == Completion::Command ? text + " -f -a '" + joined(commandNames(), " ") + "'\n"
+               : option.completion == Completion::Block
                    ? text + " -f -a \"(" + replaced(blockNames, "$1", "\\$1") + ")\"\n"
                    : text + " -F\n";
     for (const std::string& name : option.names())

@@ -4,6 +4,7 @@
 #include "hdnt/frontend/SearchPath.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
 #include "hdnt/platform/HSTStringUtils.h"
@@ -13,6 +14,8 @@
 #include "hdnt/registry/registerCells.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"
+
+#include <libconfig.h++>
 
 #include <algorithm>
 #include <charconv>
@@ -140,10 +143,23 @@ static void registerTables(const Settings& settings) {
     }
 }
 
-static void probeConfiguration() {
+// Architectures are known only to a configuration that lists them.
+static void requireKnown(const std::string& architecture, ConfigBase& config) {
+    const HCTLock lock(config.mutex());
+    const libconfig::Setting* const listed = config.lookup("ARCHITECTURES");
+    if (!listed || !listed->isGroup() || listed->exists(architecture)) return;
+    std::vector<std::string> names;
+    for (int i = 0; i < listed->getLength(); ++i) names.emplace_back((*listed)[i].getName());
+    if (names.empty()) return;
+    throw Failure(Unusable, "--arch: no architecture '" + architecture + "'" + suggestion(architecture, names) +
+                                "; there are " + joined(names, ", "));
+}
+
+static void probeConfiguration(const std::string& architecture) {
     try {
         const HDNTLibrary probe(nullptr);
         probe.getDescConfig();
+        if (!architecture.empty()) requireKnown(architecture, *probe.getConfig());
     } catch (const HEXDataException& error) {
         throw Failure(Unusable, error.what());
     }
@@ -163,7 +179,7 @@ void applyGlobalSettings(const Settings& settings) {
     }
     HDNTLimits::set(limits);
     addSearchDirectories(settings);
-    probeConfiguration();
+    probeConfiguration(settings.architecture);
 }
 
 } // namespace ntl

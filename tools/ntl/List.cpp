@@ -11,6 +11,7 @@
 #include "tools/ntl/Output.h"
 
 #include <algorithm>
+#include <set>
 
 namespace ntl {
 
@@ -33,6 +34,23 @@ static std::vector<HDNTBlock*> blocksWithPrefix(const OpenedLibrary& opened, con
     return blocks;
 }
 
+// "GROUP:SUBGROUP" or "GROUP"
+static std::string groupOf(const HDNTBlock& block) {
+    const char* const group = block.getPrimGroupType(false);
+    const char* const subGroup = block.getPrimSubGroupType(false);
+    return (group ? group : "") + (subGroup ? std::string(":") + subGroup : "");
+}
+
+// All that --group takes.
+static std::vector<std::string> groupsOf(const std::vector<HDNTBlock*>& blocks) {
+    std::set<std::string> groups;
+    for (const HDNTBlock* block : blocks) {
+        groups.insert(groupOf(*block));
+        groups.insert(groupOf(*block).substr(0, groupOf(*block).find(':')));
+    }
+    return {groups.begin(), groups.end()};
+}
+
 static std::vector<HDNTBlock*> chosenBlocks(const OpenedLibrary& opened, const Settings& settings) {
     std::vector<HDNTBlock*> blocks = settings.prefix.empty() ? blocksOf(*opened.library, opened.withParents)
                                                              : blocksWithPrefix(opened, settings.prefix);
@@ -40,7 +58,8 @@ static std::vector<HDNTBlock*> chosenBlocks(const OpenedLibrary& opened, const S
         const size_t colon = settings.group.find(':');
         const std::string group = settings.group.substr(0, colon);
         const std::string subGroup = colon == std::string::npos ? "" : settings.group.substr(colon + 1);
-        keep(blocks, "is in the group '" + settings.group + "'", [&](const HDNTBlock& block) {
+        const std::string near = suggestion(settings.group, groupsOf(blocks));
+        keep(blocks, "is in the group '" + settings.group + "'" + near, [&](const HDNTBlock& block) {
             return equalsIgnoringCase(block.getPrimGroupType(false), group) &&
                    (subGroup.empty() || equalsIgnoringCase(block.getPrimSubGroupType(false), subGroup));
         });
@@ -57,13 +76,6 @@ static std::string flagsOf(const HDNTBlock& block) {
     if (block.isTest()) flags.emplace_back("test");
     if (block.isInternal()) flags.emplace_back("internal");
     return joined(flags, ",");
-}
-
-// "GROUP:SUBGROUP" or "GROUP"
-static std::string groupOf(const HDNTBlock& block) {
-    const char* const group = block.getPrimGroupType(false);
-    const char* const subGroup = block.getPrimSubGroupType(false);
-    return (group ? group : "") + (subGroup ? std::string(":") + subGroup : "");
 }
 
 static std::string placeText(const HDNTBlock& block) {

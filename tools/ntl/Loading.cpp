@@ -1,13 +1,14 @@
 #include "tools/ntl/Loading.h"
 
 #include "author/lint/lint.h"
-#include "author/lint/nearestNames.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/loading/load.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
+#include "hdnt/platform/HUTFile.h"
 #include "hdnt/registry/HDNTCellviewLib.h"
 #include "tools/ntl/Output.h"
 
@@ -23,6 +24,18 @@
 
 namespace ntl {
 
+// The data's own folders may be empty: not every family has cells for tests.
+static bool hasLibraryFile(const std::string& folder) {
+    for (const char* own : {"tessels", "tessels.test"})
+        if (folder == ConfigBase::getDataLocation(own)) return true;
+    const std::unique_ptr<HUTFileIter> entries(HUTFile(folder).createFileIter());
+    while (entries->hasNext()) {
+        entries->next();
+        if (entries->current().ends_with(".btl")) return true;
+    }
+    return false;
+}
+
 // The library takes a path where nothing is for its parent, so this is found out before.
 static void requireReadable(const std::string& path) {
     struct stat status {};
@@ -32,6 +45,7 @@ static void requireReadable(const std::string& path) {
         readable = directory != nullptr;
     }
     if (!readable) throw Failure(Unusable, path + ": cannot be opened: " + std::strerror(errno));
+    if (S_ISDIR(status.st_mode) && !hasLibraryFile(path)) throw Failure(Unusable, path + ": holds no .btl file");
 }
 
 // Commands end with their process, and libraries refer to those below them until then.
@@ -95,11 +109,13 @@ std::vector<std::string> parentPaths(const std::string& parent) {
     return parent == "common" ? commonLibraryPaths() : std::vector<std::string>{parent};
 }
 
+std::string pathOfInput(const std::string& name) { return name == "-" ? "/dev/stdin" : name; }
+
 OpenedLibrary openLibrary(const Settings& settings) {
     const bool isCommon = settings.library.empty();
     if (isCommon && !settings.parent.empty()) throw Failure(Unusable, "--parent needs --library");
     std::vector<std::string> paths = isCommon ? commonLibraryPaths() : parentPaths(settings.parent);
-    if (!isCommon) paths.push_back(settings.library);
+    if (!isCommon) paths.push_back(pathOfInput(settings.library));
     Loader loader;
     HDNTLibrary* library = nullptr;
     for (const std::string& path : paths) {
@@ -126,8 +142,7 @@ HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name) {
     if (HDNTBlock* const block = opened.library->getTypeBlockByName(name, true)) return block;
     std::vector<std::string> known;
     for (const HDNTBlock* block : blocksOf(*opened.library, true)) known.push_back(block->getName());
-    const std::vector<std::string> near = hdnt::author::nearestNames(name, known);
-    complain("no block '" + name + "'" + (near.empty() ? "" : "; did you mean " + joined(near, ", ") + "?"));
+    complain("no block '" + name + "'" + suggestion(name, known));
     return nullptr;
 }
 

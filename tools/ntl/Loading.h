@@ -54,6 +54,9 @@ private:
     HDNTErrorListener* before_;
 };
 
+/// The path of an input as named on the command line, where "-" is standard input.
+std::string pathOfInput(const std::string& name);
+
 /// Where the common library is: its data and, when test features are on, the extension over it.
 std::vector<std::string> commonLibraryPaths();
 /// The paths behind --parent, the root first: empty, one or two.

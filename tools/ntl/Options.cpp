@@ -1,5 +1,6 @@
 #include "tools/ntl/Options.h"
 
+#include "author/lint/nearestNames.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Output.h"
@@ -57,37 +58,40 @@ static OptionSpec libraryOption() {
             &Settings::library, Completion::Library};
 }
 
-static OptionSpec blockArgument() {
-    return {"BLOCK", "", "Name of a block, case aside.", &Settings::blocks, Completion::Block, {}, true};
+static OptionSpec blockArgument(bool isRequired) {
+    return {"BLOCK", "", "Name of a block, case aside.", &Settings::blocks, Completion::Block, {}, isRequired};
 }
 
 static OptionSpec jsonOption() { return {"--json", "", "Write JSON.", &Settings::json}; }
 
 static CommandSpec checkCommand() {
-    return {"check",
-            "check libraries for errors",
-            "Loads, finishes and checks each INPUT, a file or a folder of .btl files, as a library of its own in a "
-            "process of its own. Without INPUT, the shipped common and simulation libraries are checked.\n"
-            "Errors and warnings go to standard error. Standard output has a line for each input without errors.\n"
-            "Blocks with the test flag are checked too, unless --param arch.enableTestFeatures=false is given.",
-            {{"INPUT", "", "File or folder of .btl files.", &Settings::inputs, Completion::Library},
-             searchOption(),
-             {"-j,--jobs", "N", "Check up to N inputs at once; 0: as many as there are processors.", &Settings::jobs},
-             {"--format",
-              "FORMAT",
-              "Form of standard output: text, json or sarif.",
-              &Settings::format,
-              Completion::None,
-              {"text", "json", "sarif"}},
-             {"--depfile", "FILE", "Write the files that each input was read from to FILE, as rules for make.",
-              &Settings::depfile, Completion::File},
-             {"--deptarget", "NAME", "What depends on the files in the rules of --depfile; without it, FILE itself.",
-              &Settings::depTarget, Completion::File},
-             {"--werror", "", "Let warnings count as errors.", &Settings::warningsAreErrors},
-             {"--root", "DIR", "Refuse INCLUDE and INLINE files that are not below DIR.", &Settings::rootFolder,
-              Completion::Directory},
-             parentOption()},
-            &runCheck};
+    return {
+        "check",
+        "check libraries for errors",
+        "Loads, finishes and checks each INPUT, a file or a folder of .btl files, as a library of its own in a "
+        "process of its own. Without INPUT, the shipped common and simulation libraries are checked.\n"
+        "Errors and warnings go to standard error. Standard output has a line for each input without errors, and "
+        "one that sums up several inputs.\n"
+        "Blocks with the test flag are checked too, unless --param arch.enableTestFeatures=false is given.",
+        {{"INPUT", "", "File or folder of .btl files; - for standard input.", &Settings::inputs, Completion::Library},
+         searchOption(),
+         {"-j,--jobs", "N", "Check up to N inputs at once; 0: as many as there are processors.", &Settings::jobs},
+         {"--format",
+          "FORMAT",
+          "Form of standard output: text, json or sarif.",
+          &Settings::format,
+          Completion::None,
+          {"text", "json", "sarif"}},
+         {"--depfile", "FILE", "Write the files that each input was read from to FILE, as rules for make.",
+          &Settings::depfile, Completion::File},
+         {"--deptarget", "NAME", "What depends on the files in the rules of --depfile; without it, FILE itself.",
+          &Settings::depTarget, Completion::File},
+         {"-q,--quiet", "", "Write nothing of inputs that are in order, and no sum.", &Settings::quiet},
+         {"--werror", "", "Let warnings count as errors.", &Settings::warningsAreErrors},
+         {"--root", "DIR", "Refuse INCLUDE and INLINE files that are not below DIR.", &Settings::rootFolder,
+          Completion::Directory},
+         parentOption()},
+        &runCheck};
 }
 
 static CommandSpec listCommand() {
@@ -110,7 +114,7 @@ static CommandSpec showCommand() {
             "show the data sheet of a block",
             "Writes all that is known of each BLOCK: pins and buses, properties, groups and flags, its mapping, and "
             "what the configuration says.",
-            {blockArgument(), libraryOption(), parentOption(), searchOption(), jsonOption()},
+            {blockArgument(true), libraryOption(), parentOption(), searchOption(), jsonOption()},
             &runShow};
 }
 
@@ -121,7 +125,7 @@ static CommandSpec expandCommand() {
             "connections and values, with the place of the statement that each comes from and the branches that led "
             "there. With --arch, map libraries for that architecture are used.\n"
             "What is wrong with a mapping goes to standard error; the rest is written all the same.",
-            {blockArgument(),
+            {blockArgument(false),
              libraryOption(),
              parentOption(),
              searchOption(),
@@ -130,6 +134,8 @@ static CommandSpec expandCommand() {
              {"--connect", "PIN",
               "Take a pin of BLOCK, or all pins of a bus, for connected. Others are not. May be repeated.",
               &Settings::connectedPins},
+             {"--all", "", "Expand every block that has a mapping, with the defaults of its properties.",
+              &Settings::allBlocks},
              {"--deep", "", "Apply the mappings of the instances, too, and so on.", &Settings::deep},
              {"--format",
               "FORMAT",
@@ -149,7 +155,13 @@ static CommandSpec printCommand() {
         "binary values in it have no radix and do not read back. With --source, the text reads back to an equal "
         "library. Neither has the comments and INCLUDE statements of the input.\n"
         "Blocks with the test flag are written too, unless --param arch.enableTestFeatures=false is given.",
-        {{"FILE", "", "File or folder of .btl files.", &Settings::library, Completion::Library, {}, true},
+        {{"FILE",
+          "",
+          "File or folder of .btl files; - for standard input.",
+          &Settings::library,
+          Completion::Library,
+          {},
+          true},
          {"--source", "", "Write text that reads back to an equal library.", &Settings::source},
          searchOption(),
          parentOption()},
@@ -163,8 +175,9 @@ static CommandSpec diffCommand() {
         "Writes what changed from the library OLD to the library NEW, each a file or a folder of .btl files, by "
         "meaning: layout, comments and INCLUDE statements do not count. Each change is breaking, compatible or text "
         "only for designs that use the blocks.\n"
-        "The exit status is 0 when they are the same, 1 when they differ, and 2 when one of them cannot be opened or "
-        "has errors. Blocks with the test flag are compared too, unless --param arch.enableTestFeatures=false is "
+        "The exit status is 0 when they are the same, 1 when they differ (--fail-on says by what), and 2 when one of "
+        "them cannot be opened or has errors. Blocks with the test flag are compared too, unless --param "
+        "arch.enableTestFeatures=false is "
         "given.",
         {{"OLD", "", "File or folder of .btl files.", &Settings::oldLibrary, Completion::Library, {}, true},
          {"NEW", "", "The same, later.", &Settings::newLibrary, Completion::Library, {}, true},
@@ -174,6 +187,12 @@ static CommandSpec diffCommand() {
           &Settings::format,
           Completion::None,
           {"text", "json", "markdown"}},
+         {"--fail-on",
+          "CLASS",
+          "Return status 1 only for a change of this class or a worse one: breaking, compatible or any.",
+          &Settings::failOn,
+          Completion::None,
+          {"breaking", "compatible", "any"}},
          parentOption(),
          searchOption(),
          {"--include-old", "DIR", "The same for OLD alone, behind all others. May be repeated.",
@@ -184,25 +203,53 @@ static CommandSpec diffCommand() {
 }
 
 static CommandSpec formatCommand() {
-    return {"format",
-            "lay out files in one style",
-            "Lays the text of each FILE out anew and writes it to standard output. Line breaks, indents and blanks "
-            "change; tokens, comments, INCLUDE and INLINE statements and the order of everything stay. The file may be "
-            "a fragment, or have errors of syntax.\n"
-            "A file with characters outside the language (carriage returns are), with a string or comment that does "
-            "not end, or compressed, is reported and left alone. The status is 1 then.",
-            {{"FILE", "", "File to lay out; - for standard input.", &Settings::files, Completion::File, {}, true},
-             {"--check", "",
-              "Write the names of the files whose layout would change, instead of their text. The status is 1 if any.",
-              &Settings::checkOnly},
-             {"--in-place", "", "Replace the files whose layout changes, each all or not at all.", &Settings::inPlace}},
-            &runFormat};
+    return {
+        "format",
+        "lay out files in one style",
+        "Lays the text of each FILE out anew, of a folder that of all .btl files in and below it, and writes it to "
+        "standard output. Line breaks, indents and blanks "
+        "change; tokens, comments, INCLUDE and INLINE statements and the order of everything stay. The file may be "
+        "a fragment, or have errors of syntax.\n"
+        "A file with characters outside the language (carriage returns are), with a string or comment that does "
+        "not end, or compressed, is reported and left alone. The status is 1 then.",
+        {{"FILE", "", "File or folder to lay out; - for standard input.", &Settings::files, Completion::File, {}, true},
+         {"--check", "",
+          "Write the names of the files whose layout would change, instead of their text. The status is 1 if any.",
+          &Settings::checkOnly},
+         {"--in-place", "", "Replace the files whose layout changes, each all or not at all.", &Settings::inPlace},
+         {"--fix-line-ends", "", "Turn carriage returns, with or without a newline behind, into newlines first.",
+          &Settings::fixLineEnds}},
+        &runFormat};
+}
+
+static CommandSpec helpCommand() {
+    return {"help",
+            "explain a command",
+            "Writes what --help behind COMMAND writes; without COMMAND, the list of commands.",
+            {{"COMMAND", "", "Name of a command.", &Settings::topic, Completion::Command}},
+            &runHelp,
+            false};
 }
 
 const std::vector<CommandSpec>& commands() {
     static const std::vector<CommandSpec> all = {checkCommand(), listCommand(),   showCommand(), expandCommand(),
-                                                 printCommand(), formatCommand(), diffCommand()};
+                                                 printCommand(), formatCommand(), diffCommand(), helpCommand()};
     return all;
+}
+
+std::vector<std::string> commandNames() {
+    std::vector<std::string> names;
+    for (const CommandSpec& command : commands()) names.push_back(command.name);
+    return names;
+}
+
+int runHelp(const Settings& settings) {
+    const auto isMeant = [&](const CommandSpec& command) { return command.name == settings.topic; };
+    const auto found = std::find_if(commands().begin(), commands().end(), isMeant);
+    if (found == commands().end() && !settings.topic.empty())
+        throw Failure(Unusable, "no command '" + settings.topic + "'" + suggestion(settings.topic, commandNames()));
+    writeOutput(helpText(settings.topic.empty() ? nullptr : &*found));
+    return Fine;
 }
 
 static void addOption(CLI::App& app, const OptionSpec& spec, Settings& settings) {
@@ -230,6 +277,28 @@ static const CommandSpec* chosen(const CLI::App& app) {
     return nullptr;
 }
 
+static std::string optionSuggestion(const std::string& wanted, const CommandSpec* command) {
+    std::vector<std::string> names;
+    for (const auto* options : {command ? &command->options : &globalOptions(), &globalOptions()})
+        for (const OptionSpec& option : *options)
+            for (const std::string& name : option.names())
+                if (name.compare(0, 2, "--") == 0) names.push_back(name.substr(2));
+    std::vector<std::string> near = hdnt::author::nearestNames(wanted, names);
+    for (std::string& name : near) name.insert(0, "--");
+    return asQuestion(near);
+}
+
+// What nothing takes is mostly a slip of the pen, in the first word of these.
+static std::string strangerError(const CLI::App& app, const std::string& text) {
+    const std::vector<std::string> strangers = app.remaining(true);
+    if (strangers.empty()) return text;
+    const std::string first = strangers.front();
+    const CommandSpec* const command = chosen(app);
+    if (first.size() > 1 && first[0] == '-')
+        return "no option '" + first + "'" + optionSuggestion(first.substr(2, first.find('=') - 2), command);
+    return command ? text : "no command '" + first + "'" + suggestion(first, commandNames());
+}
+
 // One line that says what was wrong and where to read on.
 static std::string usageError(const CLI::App& app, const std::string& text) {
     const CommandSpec* const command = chosen(app);
@@ -241,6 +310,8 @@ static std::string usageError(const CLI::App& app, const std::string& text) {
 
 static void refuseEmpty(const Settings& settings) {
     const auto isEmpty = [](const std::string& text) { return text.empty(); };
+    if (std::count(settings.inputs.begin(), settings.inputs.end(), "-") > 1)
+        throw Failure(Unusable, "INPUT: standard input can be read once only");
     if (std::any_of(settings.inputs.begin(), settings.inputs.end(), isEmpty))
         throw Failure(Unusable, "INPUT is empty; name a file or a folder");
     if (settings.oldLibrary.empty() != settings.newLibrary.empty())
@@ -270,6 +341,8 @@ int runCommandLine(int argc, char** argv) {
     } catch (const CLI::CallForVersion& version) {
         writeOutput(std::string(version.what()) + "\n");
         return Fine;
+    } catch (const CLI::ExtrasError& error) {
+        throw Failure(Unusable, usageError(app, strangerError(app, error.what())));
     } catch (const CLI::ParseError& error) {
         throw Failure(Unusable, usageError(app, error.what()));
     }
@@ -278,12 +351,10 @@ int runCommandLine(int argc, char** argv) {
         return Fine;
     }
     const CommandSpec* const command = chosen(app);
-    if (!command)
-        throw Failure(Unusable,
-                      usageError(app, "A command is needed: check, list, show, expand, print, format or diff"));
+    if (!command) throw Failure(Unusable, usageError(app, "A command is needed: " + joined(commandNames(), ", ")));
     refuseEmpty(settings);
     setColors(settings.color);
-    applyGlobalSettings(settings);
+    if (command->needsData) applyGlobalSettings(settings);
     return command->run(settings);
 }
 

@@ -9,7 +9,7 @@
 namespace ntl {
 
 /// What a shell should offer as an option's argument.
-enum class Completion { None, File, Directory, Library, Block };
+enum class Completion { None, File, Directory, Library, Block, Command };
 
 using Target =
     std::variant<bool Settings::*, int Settings::*, std::string Settings::*, std::vector<std::string> Settings::*>;
@@ -36,10 +36,12 @@ struct CommandSpec {
     std::string description; ///< paragraphs, separated by newlines
     std::vector<OptionSpec> options;
     int (*run)(const Settings&);
+    bool needsData = true; ///< whether the options of all commands are carried out before
 };
 
 const std::vector<OptionSpec>& globalOptions();
 const std::vector<CommandSpec>& commands();
+std::vector<std::string> commandNames();
 
 /// What --help prints: for a command, or for the tool when null.
 std::string helpText(const CommandSpec* command);

@@ -1,5 +1,6 @@
 #include "tools/ntl/Output.h"
 
+#include "author/lint/nearestNames.h"
 #include "hdnt/platform/Text.h"
 #include "tools/ntl/Status.h"
 
@@ -107,11 +108,16 @@ std::string printable(std::string_view text) {
     return result;
 }
 
+bool isDumbTerminal() {
+    const char* const terminal = std::getenv("TERM");
+    return terminal && std::strcmp(terminal, "dumb") == 0;
+}
+
 void setColors(const std::string& when) {
     const char* const noColor = std::getenv("NO_COLOR");
+    const bool isWanted = when == "auto" && !(noColor && *noColor) && !isDumbTerminal();
     for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO})
-        colorByDescriptor[descriptor] =
-            when == "always" || (when == "auto" && !(noColor && *noColor) && isatty(descriptor) == 1);
+        colorByDescriptor[descriptor] = when == "always" || (isWanted && isatty(descriptor) == 1);
 }
 
 std::string colored(Color color, const std::string& text, int descriptor) {
@@ -174,6 +180,20 @@ std::string Table::text() const {
 
 std::string counted(size_t count, const std::string& noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string grouped(size_t count) {
+    std::string digits = std::to_string(count);
+    for (size_t at = digits.size(); at > 3; at -= 3) digits.insert(at - 3, ",");
+    return digits;
+}
+
+std::string asQuestion(const std::vector<std::string>& names) {
+    return names.empty() ? "" : "; did you mean " + joined(names, ", ") + "?";
+}
+
+std::string suggestion(const std::string& wanted, const std::vector<std::string>& known) {
+    return asQuestion(hdnt::author::nearestNames(wanted, known));
 }
 
 std::string joined(const std::vector<std::string>& items, const std::string& separator) {

@@ -10,7 +10,7 @@
 namespace ntl {
 
 Progress::Progress(std::uintmax_t total)
-    : enabled_(isatty(STDERR_FILENO) == 1), total_(std::max<std::uintmax_t>(total, 1)) {}
+    : enabled_(isatty(STDERR_FILENO) == 1 && !isDumbTerminal()), total_(std::max<std::uintmax_t>(total, 1)) {}
 
 void Progress::show(std::uintmax_t done) {
     if (!enabled_) return;

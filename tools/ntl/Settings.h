@@ -22,6 +22,7 @@ struct Settings {
     std::string depfile;
     std::string depTarget; ///< empty: the dependency file itself
     bool warningsAreErrors = false;
+    bool quiet = false;
     std::string rootFolder;
 
     std::string parent;  ///< empty: none; "common"; or a path
@@ -34,17 +35,22 @@ struct Settings {
     std::vector<std::string> propertyValues; ///< NAME=VALUE
     std::vector<std::string> connectedPins;
     bool deep = false;
+    bool allBlocks = false;
     std::string expansionFormat = "ntl";
 
     std::vector<std::string> files; ///< "-": standard input
     bool checkOnly = false;
     bool inPlace = false;
+    bool fixLineEnds = false;
     bool source = false;
 
     std::string oldLibrary;
     std::string newLibrary;
     std::vector<std::string> oldSearchDirectories;
     std::vector<std::string> newSearchDirectories;
+    std::string failOn = "any"; ///< the least effect that counts for the status
+
+    std::string topic; ///< what help is wanted of; empty: the tool
 };
 
 } // namespace ntl
