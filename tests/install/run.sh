@@ -85,6 +85,9 @@ done
 cmp "$work/first.txt" "$work/second.txt" || fail "programs built with pkg-config print something else"
 
 [ -x "$work/prefix/bin/ntl" ] && (cd / && "$work/prefix/bin/ntl" check >/dev/null)
+for text in README.md docs/families.md docs/ntl.md; do
+    [ -f "$work/prefix/share/doc/hdnt/$text" ] || fail "$text is not installed"
+done
 # The Python package, with nothing but the folder it was installed into; a build without it installs none.
 package=$(find "$work/prefix" -type d -path '*-packages/hdnt')
 if [ -n "$package" ]; then
