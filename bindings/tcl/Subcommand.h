@@ -101,8 +101,9 @@ void add(std::vector<Subcommand>& all, const scripts::ListField<List, Kind>& fie
 template <typename Table>
 std::vector<Subcommand> subcommands(const Table& table, std::initializer_list<Subcommand> more = {}) {
     std::vector<Subcommand> all;
+    all.reserve(2 * std::tuple_size_v<Table> + more.size());
     std::apply([&](const auto&... each) { (add(all, each), ...); }, table);
-    all.insert(all.end(), more);
+    for (const Subcommand& one : more) all.push_back(one);
     return all;
 }
 
