@@ -4,3 +4,4 @@
 #include "author/format/HDNTFormatter.h"
 #include "author/lint/lint.h"
 #include "author/lint/nearestNames.h"
+#include "author/syntax/SyntaxTree.h"

@@ -2,8 +2,10 @@
 
 #include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/frontend/ArchDirective.h"
+#include "hdnt/frontend/Keywords.internal.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/frontend/ScannerState.internal.h"
+#include "hdnt/frontend/TokenSet.h"
 #include "hdnt/platform/Decoder.internal.h"
 #include "hdnt/platform/Text.h"
 
@@ -23,6 +25,12 @@ SourceProblem problemAt(std::string_view text, std::size_t offset, std::string r
     problem.reason = std::move(reason);
     problem.count = 1;
     return problem;
+}
+
+std::string_view spellingOf(int token) {
+    for (const Keyword& keyword : keywords)
+        if (keyword.token == token && token != T_BoolConstant) return keyword.spelling;
+    return {};
 }
 
 static std::string unrecognized(char c) {
@@ -62,8 +70,10 @@ public:
                 delete HDNTParserlval.text;
             add(kind, scanner_.matchOffset(), static_cast<std::size_t>(scanner_.matchLength()));
         }
-        if (scanner_.endedInStatement())
+        if (scanner_.endedInStatement()) {
+            push(SourceItem::FileStatement, scanner_.pieceOffset(), text_.size() - scanner_.pieceOffset());
             refuse(scanner_.pieceOffset(), "file statement without a ';' and the end of its line; add what is missing");
+        }
         markLines();
         return problem_.count == 0;
     }
@@ -72,22 +82,37 @@ private:
     bool report(const HDNTReport&) override {
         const std::size_t offset = scanner_.matchOffset();
         if (offset < directiveEnd_) return true;
-        if (scanner_.matchLength() != 1)
+        if (scanner_.matchLength() != 1) // the token comes behind the report
             refuse(offset, "identifier of " + std::to_string(scanner_.matchLength()) +
                                " characters; shorten it to 31, which is all that is read of it");
-        else if (!takeDirective(offset)) refuse(offset, unrecognized(text_[offset]));
+        else if (!takeDirective(offset)) takeUnrecognized(offset);
         return true;
     }
 
     void notice(const HDNTNotice& notice) override {
         const bool comment = notice.kind == HDNTNotice::Kind::UnterminatedComment;
         const std::size_t offset = comment ? scanner_.pieceOffset() : scanner_.matchOffset();
-        if (comment) refuse(offset, "comment that does not end; add */");
-        else if (offset >= directiveEnd_) refuse(offset, "string that does not end in its line; add the quote");
+        if (comment) {
+            push(SourceItem::BlockComment, offset, text_.size() - offset);
+            refuse(offset, "comment that does not end; add */");
+        } else if (offset >= directiveEnd_) {
+            push(SourceItem::OpenString, offset, static_cast<std::size_t>(scanner_.matchLength()));
+            refuse(offset, "string that does not end in its line; add the quote");
+        }
     }
 
     void refuse(std::size_t offset, const std::string& reason) {
+        out_.refusals_.push_back(static_cast<std::uint32_t>(offset));
         if (problem_.count++ == 0) problem_ = problemAt(text_, offset, reason);
+    }
+
+    // One item for a run of them.
+    void takeUnrecognized(std::size_t offset) {
+        if (out_.items_.empty() || gapStart_ != offset || out_.items_.back().kind != SourceItem::Unrecognized)
+            push(SourceItem::Unrecognized, offset, 0);
+        ++out_.items_.back().length;
+        gapStart_ = offset + 1;
+        refuse(offset, unrecognized(text_[offset]));
     }
 
     std::string_view lineAt(std::size_t offset) const {
@@ -165,6 +190,7 @@ private:
 bool SourceItems::read(std::string text, SourceProblem& problem) {
     problem = SourceProblem();
     items_.clear();
+    refusals_.clear();
     text_ = std::make_shared<SourceText>(SourceText{std::move(text)});
     bytes_ = text_->bytes;
     if (platform::Decoder::forArchive(bytes_)) problem = problemAt(bytes_, 0, "compressed; expand it first");

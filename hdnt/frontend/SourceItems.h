@@ -23,9 +23,17 @@ struct SourceProblem {
     std::size_t count = 0; ///< 0: nothing is wrong
 };
 
-/// A token, comment, file statement or directive of a text, as the scanner sees it. Small: a text has millions.
+/// A token, comment, file statement or directive of a text, as the scanner sees it, or what it does not take:
+/// characters outside the language, a string without its second quote. Small: a text has millions.
 struct SourceItem {
-    enum Kind : std::int16_t { LineComment = -2, BlockComment = -3, FileStatement = -4, Directive = -5 };
+    enum Kind : std::int16_t {
+        LineComment = -2,
+        BlockComment = -3,
+        FileStatement = -4,
+        Directive = -5,
+        Unrecognized = -6,
+        OpenString = -7,
+    };
 
     std::uint32_t offset = 0;
     std::uint32_t length = 0;
@@ -51,8 +59,10 @@ class HDNT_API SourceItems {
 public:
     /// False, with the first reason, when the text holds what the scanner reports or what the items cannot say: an
     /// unrecognized character, an identifier that is too long, a string or comment that does not end, a file statement
-    /// without its end of line, an archive.
+    /// without its end of line, an archive. All but an archive is taken apart nevertheless.
     bool read(std::string text, SourceProblem& problem);
+    /// Where something was refused, in order: the offsets, which are of items or within comments and statements.
+    const std::vector<std::uint32_t>& refusals() const { return refusals_; }
 
     std::string_view text() const { return bytes_; }
     std::size_t size() const { return items_.size(); }
@@ -70,6 +80,7 @@ private:
     std::shared_ptr<diagnostics::SourceText> text_;
     std::string_view bytes_; ///< of text_
     std::vector<SourceItem> items_;
+    std::vector<std::uint32_t> refusals_;
 };
 
 /// A problem at an offset of a text.

@@ -1,0 +1,337 @@
+#include "author/syntax/Recovery.internal.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace hdnt::author {
+
+namespace {
+
+// Where skipping stops: what begins a statement, at the beginning of a line.
+constexpr TokenSet beginners = frontend::NtlGrammar<Recovery>::firstOf(NtlList::elements) |
+                               frontend::NtlGrammar<Recovery>::firstOf(NtlList::entities) |
+                               TokenSet{T_Inst, T_Connect, T_Signal, T_Assign, T_If};
+
+constexpr TokenSet wordLike = {T_Identifier, T_StringConstant};
+
+constexpr TokenSet beginnersOfElements = frontend::NtlGrammar<Recovery>::firstOf(NtlList::elements);
+
+bool isWord(std::string_view text) {
+    const char first = text.empty() ? ' ' : text.front();
+    return (first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z') || first == '_';
+}
+
+bool isPunctuation(int token) { return token > 0 && token < T_Library; }
+
+} // namespace
+
+Recovery::Recovery(const SourceItems& items, std::vector<SyntaxNode>& nodes, std::vector<SyntaxMessage>& messages)
+    : items_(items), nodes_(nodes), messages_(messages) {
+    look();
+}
+
+std::size_t Recovery::tokenFrom(std::size_t item) const {
+    while (item < items_.size() && !isToken(item)) ++item;
+    return item;
+}
+
+std::size_t Recovery::tokenBefore(std::size_t item) const {
+    while (item > 0)
+        if (isToken(--item)) return item;
+    return Fault::none;
+}
+
+// Finds the token ahead. What is dropped on the way gets its node.
+void Recovery::look() {
+    for (;;) {
+        item_ = tokenFrom(item_);
+        while (edit_ < edits_.size() && edits_[edit_].item < item_) ++edit_;
+        if (edit_ == edits_.size() || edits_[edit_].item != item_) {
+            ahead_ = tokenAt(item_);
+            break;
+        }
+        const Edit& edit = edits_[edit_];
+        ahead_ = edit.token;
+        if (edit.kind != Edit::Kind::drop) break;
+        addNode(NtlPart::unexpected, item_, item_ + 1, 0);
+        ++edit_;
+        end_ = ++item_;
+    }
+    if (trial_ && budget_ == 0) ahead_ = horizon;
+}
+
+void Recovery::addNode(NtlPart part, std::size_t begin, std::size_t end, int token) {
+    if (trial_) return;
+    const auto next = static_cast<std::uint32_t>(nodes_.size() + 1);
+    nodes_.push_back({static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(end), next,
+                      static_cast<std::int16_t>(token), part});
+}
+
+// Behind what was taken last, and inside of what is open.
+void Recovery::addMissing(int token) {
+    if (trial_) return;
+    const std::size_t at = std::max<std::size_t>(end_, open_.empty() ? 0 : nodes_[open_.back()].begin);
+    addNode(NtlPart::missing, at, at, token);
+}
+
+void Recovery::take(const TokenSet& couldBe) {
+    const bool edited = edit_ < edits_.size() && edits_[edit_].item == item_;
+    const bool inserted = edited && edits_[edit_].kind == Edit::Kind::insert;
+    if (inserted) addMissing(ahead_);
+    else if (edited) addNode(NtlPart::unexpected, item_, item_ + 1, ahead_);
+    if (edited) ++edit_;
+    if (!inserted) {
+        if (trial_ && item_ >= fault_.item) {
+            ++furthest_;
+            --budget_;
+        }
+        taken_ = item_++;
+        end_ = item_;
+        couldBe_ = couldBe;
+    }
+    look();
+}
+
+void Recovery::open(NtlPart part) {
+    if (trial_) return;
+    open_.push_back(nodes_.size());
+    addNode(part, item_, item_, 0);
+}
+
+void Recovery::close() {
+    if (trial_) return;
+    SyntaxNode& node = nodes_[open_.back()];
+    open_.pop_back();
+    node.end = std::max(node.begin, static_cast<std::uint32_t>(end_));
+    end_ = node.end; // an empty part may lie behind a comment
+    node.next = static_cast<std::uint32_t>(nodes_.size());
+}
+
+void Recovery::openAt(std::size_t mark, NtlPart part) {
+    if (trial_) return;
+    const std::uint32_t begin = mark < nodes_.size() ? nodes_[mark].begin : static_cast<std::uint32_t>(item_);
+    const auto at = nodes_.begin() + static_cast<std::ptrdiff_t>(mark);
+    for (auto node = at; node != nodes_.end(); ++node) ++node->next;
+    nodes_.insert(at, {begin, begin, 0, 0, part});
+    open_.push_back(mark);
+}
+
+bool Recovery::deeper() {
+    if (depth_ < greatestDepth) return ++depth_ > 0;
+    tooDeep_ = true;
+    return false;
+}
+
+bool Recovery::lacks(const TokenSet& expected) {
+    if (forced_) {
+        addMissing(0);
+        return true;
+    }
+    if (trial_) return false;
+    fault_ = {item_,
+              taken_,
+              ahead_,
+              open_.empty() ? NtlPart::file : nodes_[open_.back()].part,
+              expected,
+              couldBe_,
+              std::exchange(tooDeep_, false),
+              taken_ != Fault::none && tokenAt(taken_) == '}',
+              trials_ >= mostTrials};
+    return false;
+}
+
+Recovery::Start Recovery::start() {
+    forced_ = false;
+    return {item_, edit_, nodes_.size(), taken_, end_};
+}
+
+void Recovery::rewind(const Start& begin) {
+    item_ = begin.item;
+    edit_ = begin.edit;
+    taken_ = begin.taken;
+    end_ = begin.end;
+    if (!trial_) nodes_.resize(begin.nodes);
+    look();
+}
+
+// By item; what is inserted comes before what becomes of the item itself, which only the last edit says.
+void Recovery::insertEdits(const std::vector<Edit>& edits, std::size_t from) {
+    for (const Edit& edit : edits) {
+        const bool inserts = edit.kind == Edit::Kind::insert;
+        const auto place = std::partition_point(
+            edits_.begin() + static_cast<std::ptrdiff_t>(from), edits_.end(), [&](const Edit& other) {
+                return other.item < edit.item || (other.item == edit.item && other.kind == Edit::Kind::insert);
+            });
+        if (!inserts && place != edits_.end() && place->item == edit.item) *place = edit;
+        else edits_.insert(place, edit);
+    }
+}
+
+// What was stood in for and does not do, after all, when it is not taken.
+void Recovery::dropInserted() {
+    while (edit_ < edits_.size() && edits_[edit_].item == fault_.item && edits_[edit_].kind == Edit::Kind::insert)
+        edits_.erase(edits_.begin() + static_cast<std::ptrdiff_t>(edit_));
+    fault_.token = tokenAt(fault_.item);
+}
+
+bool Recovery::repair(const Start& begin, const Again& again) {
+    dropInserted();
+    retries_ = retriedAt_ == begin.item ? retries_ + 1 : 0;
+    retriedAt_ = begin.item;
+    Repair best;
+    constexpr std::size_t mostRetries = 8;
+    if (!fault_.tooDeep && retries_ < mostRetries && trials_ < mostTrials) {
+        ++trials_;
+        int bestScore = std::numeric_limits<int>::min();
+        for (Candidate& candidate : candidates(begin)) {
+            const int worth = score(begin, candidate, again);
+            if (worth <= bestScore) continue;
+            bestScore = worth;
+            best = std::move(candidate.repair);
+        }
+    }
+    const bool skips = best.kind == Repair::Kind::none;
+    if (skips) best = skip(begin);
+    say(best);
+    insertEdits(best.edits, begin.edit);
+    rewind(begin);
+    forced_ = skips;
+    if (skips) skippedTo_ = best.edits.empty() ? fault_.item : tokenFrom(best.edits.back().item + 1);
+    return true;
+}
+
+// What a repair brings: how many tokens it lets the grammar take, less what it costs. Nothing when that is too few.
+int Recovery::score(const Start& begin, const Candidate& candidate, const Again& again) {
+    const auto firstEdit = edits_.begin() + static_cast<std::ptrdiff_t>(begin.edit);
+    const std::vector<Edit> edits(firstEdit, edits_.end());
+    const TokenSet couldBe = couldBe_;
+    const std::size_t depth = depth_;
+    insertEdits(candidate.repair.edits, begin.edit);
+    trial_ = true;
+    budget_ = reach;
+    furthest_ = 0;
+    rewind(begin);
+    const bool whole = again();
+    trial_ = false;
+    edits_.resize(begin.edit);
+    edits_.insert(edits_.end(), edits.begin(), edits.end());
+    couldBe_ = couldBe;
+    depth_ = depth;
+    tooDeep_ = false;
+    if (whole) furthest_ = reach + 1;
+    constexpr int perToken = 4;
+    return furthest_ < enough ? std::numeric_limits<int>::min()
+                              : static_cast<int>(furthest_) * perToken - candidate.cost;
+}
+
+std::vector<Recovery::Candidate> Recovery::candidates(const Start& begin) const {
+    using Kind = Repair::Kind;
+    const std::size_t item = fault_.item;
+    const std::size_t after = tokenFrom(item + 1);
+    const std::size_t before = tokenBefore(item);
+    const bool hasBefore = before != Fault::none && before >= begin.item && before == fault_.before;
+    const bool hasItem = item < items_.size();
+    std::vector<Candidate> all;
+    addReplacements(all, hasBefore);
+    if (hasItem) {
+        const bool twice = before != Fault::none && items_.textOf(before) == items_.textOf(item);
+        all.push_back(
+            {{Kind::extra, {{item, Edit::Kind::drop}}}, twice ? 0 : 2 + (isPunctuation(fault_.token) ? 0 : 2)});
+    }
+    fault_.expected.forEach([&](int token) {
+        if (token != 0)
+            all.push_back({{Kind::missing, {{item, Edit::Kind::insert, token}}, token}, isPunctuation(token) ? 1 : 5});
+    });
+    if (hasItem && after < items_.size())
+        all.push_back(
+            {{Kind::swapped, {{item, Edit::Kind::replace, tokenAt(after)}, {after, Edit::Kind::replace, fault_.token}}},
+             5});
+    if (hasBefore && hasItem)
+        all.push_back({{Kind::swapped,
+                        {{before, Edit::Kind::replace, fault_.token}, {item, Edit::Kind::replace, tokenAt(before)}}},
+                       6});
+    if (hasBefore) {
+        const bool comma = tokenAt(before) == ',' && isPunctuation(fault_.token);
+        all.push_back({{Kind::extraBefore, {{before, Edit::Kind::drop}}}, comma ? 0 : 6});
+    }
+    return all;
+}
+
+void Recovery::addReplacements(std::vector<Candidate>& all, bool hasBefore) const {
+    using Kind = Repair::Kind;
+    const std::size_t item = fault_.item;
+    if (item < items_.size()) {
+        const int likely = likelyToken(items_.textOf(item), fault_.expected);
+        if (likely != 0) all.push_back({{Kind::misspelt, {{item, Edit::Kind::replace, likely}}, likely}, 0});
+        fault_.expected.forEach([&](int token) {
+            if (token == 0 || token == likely) return;
+            const bool sameClass =
+                (frontend::constants.contains(token) && frontend::constants.contains(fault_.token)) ||
+                (wordLike.contains(token) && isWord(items_.textOf(item))) ||
+                (token == T_EqualTo && fault_.token == '=') || (isPunctuation(token) && isPunctuation(fault_.token));
+            all.push_back({{Kind::wrong, {{item, Edit::Kind::replace, token}}, token}, sameClass ? 2 : 6});
+        });
+    }
+    if (!hasBefore) return;
+    const int likely = likelyToken(items_.textOf(fault_.before), fault_.expectedBefore);
+    if (likely != 0 && likely != tokenAt(fault_.before))
+        all.push_back({{Kind::misspeltBefore, {{fault_.before, Edit::Kind::replace, likely}}, likely}, 1});
+}
+
+// Everything up to what would do, to the end of the statement, or to the beginning of the next one. At least one token
+// when nothing came of the last time.
+Repair Recovery::skip(const Start&) const {
+    Repair repair;
+    repair.kind = Repair::Kind::skipped;
+    std::size_t item = fault_.item;
+    std::size_t braces = 0;
+    const bool again = item == skippedTo_;
+    if (fault_.endsTooEarly() && !fault_.expected.contains(0)) { // up to the brace that should have closed it
+        std::ptrdiff_t depth = 0;
+        for (; item < items_.size() && depth >= 0; item = tokenFrom(item + 1)) {
+            const int token = tokenAt(item);
+            if (beginnersOfElements.contains(token) && items_[item].newlines > 0) break;
+            depth += token == '{' ? 1 : token == '}' ? -1 : 0;
+            repair.edits.push_back({item, Edit::Kind::drop});
+        }
+        return repair;
+    }
+    if (fault_.expected == TokenSet{0}) // braces that close nothing
+        for (; tokenAt(item) == '}'; item = tokenFrom(item + 1)) repair.edits.push_back({item, Edit::Kind::drop});
+    for (; item < items_.size(); item = tokenFrom(item + 1)) {
+        const int token = tokenAt(item);
+        const bool first = item == fault_.item;
+        if (!(first && again) && braces == 0) {
+            if (fault_.expected.contains(token) || token == '}' || token == ';') break;
+            if (beginners.contains(token) && items_[item].newlines > 0) break;
+        }
+        if (token == '{') ++braces;
+        if (token == '}' && braces > 0) --braces;
+        repair.edits.push_back({item, Edit::Kind::drop});
+    }
+    return repair;
+}
+
+bool Recovery::isQuiet() const {
+    if (fault_.item == skippedTo_) return true;
+    // The scanner complained of what stands here.
+    const std::size_t before = fault_.before == Fault::none ? 0 : fault_.before;
+    const std::size_t after = std::min(tokenFrom(fault_.item + 1), items_.size());
+    for (std::size_t item = before; item < after; ++item)
+        if (items_[item].kind == SourceItem::Unrecognized || items_[item].kind == SourceItem::OpenString) return true;
+    return false;
+}
+
+void Recovery::say(const Repair& repair) {
+    if (isQuiet()) return;
+    SyntaxMessage message = messageOf(items_, fault_, repair);
+    if (retries_ > 0 && message.code == SyntaxCode::wrongOrder && messages_.back().code == message.code) return;
+    const bool said =
+        !messages_.empty() && messages_.back().offset == message.offset && messages_.back().code == message.code;
+    if (!said) messages_.push_back(std::move(message));
+}
+
+void Recovery::sayLast() { say({}); }
+
+} // namespace hdnt::author

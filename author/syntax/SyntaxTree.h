@@ -1,0 +1,72 @@
+#pragma once
+
+#include "author/syntax/SyntaxCode.h"
+#include "hdnt/diagnostics/Diagnostic.h"
+#include "hdnt/frontend/NtlGrammar.h"
+#include "hdnt/frontend/SourceItems.h"
+#include "hdnt/platform/Export.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hdnt::author {
+
+using frontend::NtlList;
+using frontend::NtlPart;
+
+/// A stretch of a text. Nodes stand in the order of their beginnings, each before what is inside it.
+struct SyntaxNode {
+    std::uint32_t begin = 0; ///< index of its first item
+    std::uint32_t end = 0;   ///< index of the item behind its last one; as `begin` for what is missing
+    std::uint32_t next = 0;  ///< index of the node behind it and all that is inside it
+    std::int16_t token = 0;  ///< of a missing or unexpected part: what should stand here; 0 when nothing should
+    NtlPart part = NtlPart::file;
+};
+
+/// What a message is about, in bytes of the text.
+struct SyntaxMessage {
+    SyntaxCode code = SyntaxCode::unexpectedToken;
+    std::uint32_t offset = 0;
+    std::uint32_t length = 0; ///< 0: the place behind a token, where something is missing
+    std::string text;
+    std::uint32_t relatedOffset = 0;
+    std::string relatedText; ///< empty: no related place
+};
+
+/// A text as a tree that keeps every byte of it and survives faults: what is missing is a node without items, what does
+/// not belong is in a node of its own, and all else stands where it would stand without the fault. Comments, INCLUDE
+/// and INLINE statements and directives are items between those of the nodes; no file is opened.
+///
+/// Without a message, the library's parser accepts the text (as far as its includes go); with one, it refuses it or
+/// complains of it.
+///
+/// Uses the scanner, which is process-wide: read on the loading thread, not during a parse. Reads of the result: any
+/// thread.
+class HDNT_API SyntaxTree {
+public:
+    /// A text whose first token is "library" is a library; others are what an included file holds. False, and nothing
+    /// is there, for an archive or a text of 4 GiB: `refusal` says so.
+    bool read(std::string text);
+    const frontend::SourceProblem& refusal() const { return refusal_; }
+
+    const frontend::SourceItems& items() const { return items_; }
+    /// The first node is the file; never empty after a read.
+    const std::vector<SyntaxNode>& nodes() const { return nodes_; }
+    /// In the order of the text.
+    const std::vector<SyntaxMessage>& messages() const { return messages_; }
+    /// The messages, with places in the file of that name.
+    std::vector<Diagnostic> diagnostics(const std::string& file) const;
+
+    /// The text, put together from nodes, items and the blanks between them.
+    std::string text() const;
+
+private:
+    frontend::SourceItems items_;
+    std::vector<SyntaxNode> nodes_;
+    std::vector<SyntaxMessage> messages_;
+    frontend::SourceProblem refusal_;
+};
+
+} // namespace hdnt::author

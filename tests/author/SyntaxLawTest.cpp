@@ -1,0 +1,200 @@
+#include "author/syntax/SyntaxTree.h"
+#include "tests/support/Library.h"
+#include "tests/support/Tokens.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+// The grammar that is written by hand against the library's parser, and what must hold of every tree.
+namespace {
+
+using hdnt::author::SyntaxNode;
+using hdnt::author::SyntaxTree;
+using hdnt::frontend::NtlGrammar;
+using hdnt::frontend::NtlPart;
+using hdnt::frontend::SourceItems;
+using hdnt::frontend::TokenSet;
+
+/// Receives nothing and does not recover: where it stops, the parser stops.
+class Judge {
+public:
+    explicit Judge(const SourceItems& items) : items_(items) { skip(); }
+    int token() const { return item_ < items_.size() ? items_[item_].kind : 0; }
+    void take(const TokenSet& couldBe) {
+        allowed_ &= couldBe.contains(token());
+        ++item_;
+        skip();
+    }
+    void open(NtlPart) {}
+    void close() {}
+    int mark() const { return 0; }
+    void openAt(int, NtlPart) {}
+    bool lacks(const TokenSet& expected) {
+        allowed_ &= !expected.contains(token());
+        return false;
+    }
+    int start() const { return 0; }
+    template <typename Again>
+    bool recover(int, Again&&) {
+        return false;
+    }
+    bool deeper() { return true; }
+    void shallower() {}
+
+    /// Of the token it stopped at; the length of the text at its end.
+    std::size_t offset() const { return item_ < items_.size() ? items_[item_].offset : items_.text().size(); }
+    /// Whether each taken token was said to be expected, and the refused one not.
+    bool allowed() const { return allowed_; }
+
+private:
+    void skip() {
+        while (item_ < items_.size() && !items_[item_].isToken()) ++item_;
+    }
+
+    const SourceItems& items_;
+    std::size_t item_ = 0;
+    bool allowed_ = true;
+};
+
+/// Where the library's parser reports its syntax error; none: it does not.
+class FirstError : public HDNTErrorListener {
+public:
+    explicit FirstError(const std::string& text) : previous_(HDNTError::setListener(this)) {
+        NtlFreeScannerMem();
+        HDNTLibrary library(nullptr);
+        library.parseString(text);
+    }
+    ~FirstError() override { HDNTError::setListener(previous_); }
+    bool report(const HDNTReport& report) override {
+        if (report.message == "syntax error") offset = hdnt::diagnosticOf(report).place.offset;
+        return true;
+    }
+    static constexpr std::size_t none = static_cast<std::size_t>(-2);
+    std::size_t offset = none;
+
+private:
+    HDNTErrorListener* previous_;
+};
+
+void expectTree(const SyntaxTree& tree, const std::string& text) {
+    ASSERT_EQ(tree.text(), text);
+    std::vector<const SyntaxNode*> open;
+    for (std::size_t i = 0; i < tree.nodes().size(); ++i) {
+        const SyntaxNode& node = tree.nodes()[i];
+        while (!open.empty() && open.back()->next <= i) open.pop_back();
+        ASSERT_GT(node.next, i) << text;
+        ASSERT_LE(node.begin, node.end) << text;
+        if (!open.empty()) {
+            ASSERT_LE(node.next, open.back()->next) << text;
+            ASSERT_GE(node.begin, open.back()->begin) << text;
+            ASSERT_LE(node.end, std::max(open.back()->end, open.back()->begin)) << text;
+        }
+        open.push_back(&node);
+    }
+}
+
+void expectLaw(const std::string& text, bool withTree = true) {
+    SourceItems items;
+    hdnt::frontend::SourceProblem problem;
+    const bool clean = items.read(text, problem);
+    Judge judge(items);
+    const bool accepted = NtlGrammar(judge).file();
+    const std::size_t refused = FirstError(text).offset;
+    ASSERT_EQ(accepted, refused == FirstError::none) << text;
+    ASSERT_TRUE(judge.allowed()) << text;
+    if (!accepted && judge.offset() < text.size()) {
+        ASSERT_EQ(judge.offset(), refused) << text;
+    }
+    if (!withTree) return;
+    SyntaxTree tree;
+    ASSERT_TRUE(tree.read(text));
+    expectTree(tree, text);
+    ASSERT_EQ(tree.messages().empty(), accepted && clean) << text;
+}
+
+std::vector<std::string> textsIn(const std::string& folder) {
+    std::vector<std::string> texts;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (entry.path().extension() != ".btl") continue;
+        std::ifstream file(entry.path(), std::ios::binary);
+        std::string text{std::istreambuf_iterator<char>(file), {}};
+        const bool fragment = text.find("library \"") == text.npos;
+        const bool spliced = text.find("INCLUDE") != text.npos || text.find("INLINE") != text.npos;
+        if (!fragment && !spliced && text.find("#ifArch") == text.npos) texts.push_back(std::move(text));
+    }
+    std::sort(texts.begin(), texts.end());
+    return texts;
+}
+
+/// Every construct of the language, in a text that is small enough to be parsed very often.
+const char* const everything = R"(library "L" {
+function int intProperty(string, int, double, bool, 8'h, 4'b);
+block "A" { internal = false; test = true; maturityLevel = beta; primgroup = "G:S";
+  pin "P[1:0]" input test abstract clock tieLow { property bool "X" true; property int "Y" { default = 3 } }
+  pin "O" output; pin "B" bidir data mustConnect; pin "I" internal;
+  property int "N" { min = -1, max = 3, default = 2, units = "ps", test = true, description = "d" }
+  property int "V" { values { 1, 2 }, default = 1, simulation = true, muxControl = false, constraintsOnly = true }
+  property double "D" { min = 0.5, max = 1.0, default = 0.75, precision = 3, description = "d" }
+  property string "S" { values { "A", "B" }, default = "A", description = "d" }
+  property 8'h "H" { min = 8'h00, max = 8'hFF, default = 8'h1, units = "u" }
+  property 4'b "Q" { values { 4'b0, 4'b1 }, default = 4'b0 }
+  property bool "T" { default = true, test = false, description = "d" }
+} expandsto {
+  inst "i" "A"; connect "P[0]" : "i" "P[0]", "O", "i" "~B"; signal "s"; signal "t" : "O";
+  assign block property "i" "N" 1 + intProperty("N") * -(2 - 3) / 4 % 5;
+  assign pin property "i" "P[0]", "Y" 3; note("x", true, 1.5);
+  if (isConnected("P") && 1 < 2 || "A" == "B") { inst "j" "A"; } else if (2 >= 1) inst "k" "A"; else { { signal "u"; } }
+}
+block "A" mapsto { } block "A" modifiedby { note(); }
+})";
+
+/// One to three tokens dropped, doubled, swapped, or replaced by those of another place.
+std::string mutant(support::Tokens tokens, std::mt19937& random) {
+    for (std::size_t changes = 1 + random() % 3; changes > 0 && tokens.size() > 1; --changes) {
+        const std::size_t at = random() % tokens.size();
+        const auto place = tokens.begin() + static_cast<std::ptrdiff_t>(at);
+        const auto other = tokens[random() % tokens.size()];
+        switch (random() % 5) {
+        case 0: tokens.erase(place); break;
+        case 1: tokens.insert(place, *place); break;
+        case 2: std::swap(*place, tokens[(at + 1) % tokens.size()]); break;
+        case 3: *place = other; break;
+        default: tokens.insert(place, other); break;
+        }
+    }
+    std::string text;
+    for (const auto& [number, token] : tokens) text += token + (random() % 8 == 0 ? "\n" : " ");
+    return text;
+}
+
+} // namespace
+
+TEST(SyntaxLaw, SameVerdictAndFirstErrorOnTexts) {
+    for (const char* const folder : {HDNT_DATA, HDNT_TEST_CORPUS})
+        for (const std::string& text : textsIn(folder)) ASSERT_NO_FATAL_FAILURE(expectLaw(text));
+    ASSERT_NO_FATAL_FAILURE(expectLaw(everything));
+}
+
+TEST(SyntaxLaw, SameVerdictAndFirstErrorOnMutants) {
+    const support::Tokens tokens = support::tokensOf(everything);
+    std::mt19937 random(7);
+    for (int i = 0; i < HDNT_MUTANTS; ++i) ASSERT_NO_FATAL_FAILURE(expectLaw(mutant(tokens, random), i % 20 == 0)) << i;
+}
+
+TEST(SyntaxLaw, AnyBytesMakeATree) {
+    std::mt19937 random(8);
+    const std::string bytes = "\"\"{}();,=<>+-*/%!|&'~ \t\n\r\xef\xbb\xbf\xe2\x80\x9c#08'hbxAZ_pin";
+    for (int i = 0; i < HDNT_MUTANTS / 20; ++i) {
+        std::string text = everything;
+        for (std::size_t changes = random() % 20; changes > 0; --changes)
+            text[random() % text.size()] = bytes[random() % bytes.size()];
+        text.resize(random() % 4 == 0 ? random() % text.size() : text.size());
+        SyntaxTree tree;
+        ASSERT_TRUE(tree.read(text));
+        ASSERT_NO_FATAL_FAILURE(expectTree(tree, text)) << i;
+    }
+}
