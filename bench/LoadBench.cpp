@@ -1,6 +1,7 @@
 // What it costs to bring a text into the model, step by step and with other texts and configurations.
 #include "bench/Libraries.h"
 #include "bench/Subject.h"
+#include "hdnt/frontend/Scanner.h"
 
 #include <cstdlib>
 

@@ -1,6 +1,7 @@
 // Text to tokens, with their values and places.
 #include "bench/FlexState.h"
 #include "bench/Subject.h"
+#include "hdnt/frontend/Scanner.h"
 #include "hdnt/hdnt.h"
 
 #include <cstring>

@@ -2,6 +2,7 @@
 #include "author/format/HDNTFormatter.h"
 #include "bench/Libraries.h"
 #include "bench/Subject.h"
+#include "hdnt/frontend/Scanner.h"
 
 #include <nlohmann/json.hpp>
 #include <rapidjson/document.h>
