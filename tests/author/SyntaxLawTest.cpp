@@ -64,8 +64,9 @@ private:
 class FirstError : public HDNTErrorListener {
 public:
     explicit FirstError(const std::string& text) : previous_(HDNTError::setListener(this)) {
+        static HDNTLibrary root(nullptr); // each root library would read the configuration
         NtlFreeScannerMem();
-        HDNTLibrary library(nullptr);
+        HDNTLibrary library(&root);
         library.parseString(text);
     }
     ~FirstError() override { HDNTError::setListener(previous_); }
