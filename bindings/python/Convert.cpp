@@ -54,7 +54,8 @@ PyObject* toPython(std::string_view text) {
 
 PyObject* toPython(Word word) {
     if (!word.text.data()) Py_RETURN_NONE;
-    static std::unordered_map<const char*, PyObject*> made; // never more than the tables have
+    // Never more than the tables have, and never destroyed: objects that are left behind at exit would count as lost.
+    static auto& made = *new std::unordered_map<const char*, PyObject*>;
     PyObject*& known = made[word.text.data()];
     if (!known) known = toPython(word.text);
     return Py_NewRef(known);

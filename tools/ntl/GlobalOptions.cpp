@@ -149,6 +149,7 @@ static void requireKnown(const std::string& architecture, ConfigBase& config) {
     const libconfig::Setting* const listed = config.lookup("ARCHITECTURES");
     if (!listed || !listed->isGroup() || listed->exists(architecture)) return;
     std::vector<std::string> names;
+    names.reserve(static_cast<size_t>(listed->getLength()));
     for (int i = 0; i < listed->getLength(); ++i) names.emplace_back((*listed)[i].getName());
     if (names.empty()) return;
     throw Failure(Unusable, "--arch: no architecture '" + architecture + "'" + suggestion(architecture, names) +

@@ -292,7 +292,7 @@ static std::string optionSuggestion(const std::string& wanted, const CommandSpec
 static std::string strangerError(const CLI::App& app, const std::string& text) {
     const std::vector<std::string> strangers = app.remaining(true);
     if (strangers.empty()) return text;
-    const std::string first = strangers.front();
+    const std::string& first = strangers.front();
     const CommandSpec* const command = chosen(app);
     if (first.size() > 1 && first[0] == '-')
         return "no option '" + first + "'" + optionSuggestion(first.substr(2, first.find('=') - 2), command);
