@@ -8,8 +8,7 @@
 
 namespace hdnt::author {
 
-// Letters to add, drop, replace or swap with their neighbour.
-static size_t editDistance(const std::string& a, const std::string& b) {
+size_t editDistance(std::string_view a, std::string_view b) {
     std::vector<size_t> beforeLast(b.size() + 1);
     std::vector<size_t> last(b.size() + 1);
     std::iota(last.begin(), last.end(), size_t{0});

@@ -2,10 +2,15 @@
 
 #include "hdnt/platform/Export.h"
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace hdnt::author {
+
+/// Letters to add, drop, replace or swap with their neighbour to come from one word to the other.
+HDNT_API std::size_t editDistance(std::string_view a, std::string_view b);
 
 /// Up to three of the names that are near to the wanted one or begin with it, case aside; the nearest first, equally
 /// near ones by name.

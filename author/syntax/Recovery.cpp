@@ -17,14 +17,14 @@ constexpr TokenSet wordLike = {T_Identifier, T_StringConstant};
 
 constexpr TokenSet beginnersOfElements = frontend::NtlGrammar<Recovery>::firstOf(NtlList::elements);
 
+bool isPunctuation(int token) { return token > 0 && token < T_Library; }
+
+} // namespace
+
 bool isWord(std::string_view text) {
     const char first = text.empty() ? ' ' : text.front();
     return (first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z') || first == '_';
 }
-
-bool isPunctuation(int token) { return token > 0 && token < T_Library; }
-
-} // namespace
 
 Recovery::Recovery(const SourceItems& items, std::vector<SyntaxNode>& nodes, std::vector<SyntaxMessage>& messages)
     : items_(items), nodes_(nodes), messages_(messages) {
@@ -192,7 +192,7 @@ bool Recovery::repair(const Start& begin, const Again& again) {
         }
     }
     const bool skips = best.kind == Repair::Kind::none;
-    if (skips) best = skip(begin);
+    if (skips) best = skip();
     say(best);
     insertEdits(best.edits, begin.edit);
     rewind(begin);
@@ -281,7 +281,7 @@ void Recovery::addReplacements(std::vector<Candidate>& all, bool hasBefore) cons
 
 // Everything up to what would do, to the end of the statement, or to the beginning of the next one. At least one token
 // when nothing came of the last time.
-Repair Recovery::skip(const Start&) const {
+Repair Recovery::skip() const {
     Repair repair;
     repair.kind = Repair::Kind::skipped;
     std::size_t item = fault_.item;
@@ -326,10 +326,10 @@ bool Recovery::isQuiet() const {
 void Recovery::say(const Repair& repair) {
     if (isQuiet()) return;
     SyntaxMessage message = messageOf(items_, fault_, repair);
-    if (retries_ > 0 && message.code == SyntaxCode::wrongOrder && messages_.back().code == message.code) return;
-    const bool said =
-        !messages_.empty() && messages_.back().offset == message.offset && messages_.back().code == message.code;
-    if (!said) messages_.push_back(std::move(message));
+    const SyntaxMessage* const last = messages_.empty() ? nullptr : &messages_.back();
+    const bool isSame = last && last->code == message.code;
+    const bool follows = isSame && retries_ > 0 && message.code == SyntaxCode::wrongOrder;
+    if (!follows && (!isSame || last->offset != message.offset)) messages_.push_back(std::move(message));
 }
 
 void Recovery::sayLast() { say({}); }

@@ -106,7 +106,7 @@ private:
     std::vector<Candidate> candidates(const Start& begin) const;
     void addReplacements(std::vector<Candidate>& all, bool hasBefore) const;
     int score(const Start& begin, const Candidate& candidate, const Again& again);
-    Repair skip(const Start& begin) const;
+    Repair skip() const;
     void rewind(const Start& begin);
     void say(const Repair& repair);
     bool isQuiet() const;
@@ -154,6 +154,9 @@ SyntaxMessage messageOf(const SourceItems& items, const Fault& fault, const Repa
 
 /// What the scanner did not take, in the order of the text.
 std::vector<SyntaxMessage> messagesOfItems(const SourceItems& items);
+
+/// Whether it begins as keywords and identifiers do.
+bool isWord(std::string_view text);
 
 /// The word of a set that a misspelt one is likely to be; 0: none.
 int likelyToken(std::string_view word, const TokenSet& expected);

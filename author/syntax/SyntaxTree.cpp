@@ -64,16 +64,13 @@ constexpr bool inOrder() {
 }
 static_assert(inOrder() && std::size(rows) == static_cast<std::size_t>(Code::longWord) + 1);
 
-/// Lines and columns of offsets that grow.
+/// Lines and columns of offsets that grow. A copy looks ahead.
 class PlaceFinder {
 public:
     PlaceFinder(std::string_view text, const std::string& file) : text_(text), file_(file) {}
 
     Place place(std::size_t offset, std::size_t length) {
-        if (offset < line_) { // a related place; the messages go on from the line they were in
-            PlaceFinder anew(text_, file_);
-            return anew.place(offset, length);
-        }
+        if (offset < line_) return PlaceFinder(text_, file_).place(offset, length);
         for (std::size_t end = text_.find('\n', line_); end < offset; end = text_.find('\n', line_)) {
             line_ = end + 1;
             ++number_;
@@ -148,7 +145,7 @@ std::vector<Diagnostic> SyntaxTree::diagnostics(const std::string& file) const {
         diagnostic.place = places.place(message.offset, message.length);
         diagnostic.message = message.text;
         if (!message.relatedText.empty())
-            diagnostic.related.push_back({places.place(message.relatedOffset, 1), message.relatedText});
+            diagnostic.related.push_back({PlaceFinder(places).place(message.relatedOffset, 1), message.relatedText});
     }
     return all;
 }

@@ -1,8 +1,9 @@
+#include "author/lint/nearestNames.h"
 #include "author/syntax/Recovery.internal.h"
+#include "hdnt/platform/HSTStringUtils.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <optional>
 #include <utility>
 
@@ -37,30 +38,7 @@ constexpr Alias aliases[] = {
     {"doc", T_Description},   {"digits", T_Precision},
 };
 
-std::string lower(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(), [](unsigned char c) { return std::tolower(c); });
-    return out;
-}
-
-// Letters to insert, drop, change or swap with their neighbour.
-std::size_t distance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> before2;
-    std::vector<std::size_t> before(b.size() + 1);
-    std::vector<std::size_t> now(b.size() + 1);
-    for (std::size_t j = 0; j <= b.size(); ++j) before[j] = j;
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        now[0] = i;
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            now[j] = std::min({before[j] + 1, now[j - 1] + 1, before[j - 1] + (a[i - 1] != b[j - 1] ? 1 : 0)});
-            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
-                now[j] = std::min(now[j], before2[j - 2] + 1);
-        }
-        before2 = before;
-        before = now;
-    }
-    return before[b.size()];
-}
+std::string lower(std::string_view text) { return HSTStringUtils::to_lower_copy(std::string(text)); }
 
 std::string quoted(std::string_view text) {
     constexpr std::size_t most = 40;
@@ -349,7 +327,7 @@ bool Fault::endsTooEarly() const {
 }
 
 int likelyToken(std::string_view word, const TokenSet& expected) {
-    if (word.empty() || !(std::isalpha(static_cast<unsigned char>(word[0])) || word[0] == '_')) return 0;
+    if (!isWord(word)) return 0;
     const std::string small = lower(word);
     for (const Alias& alias : aliases)
         if (alias.word == small && expected.contains(alias.token)) return alias.token;
@@ -360,7 +338,7 @@ int likelyToken(std::string_view word, const TokenSet& expected) {
         const std::string_view spelling =
             token == T_BoolConstant ? (small[0] == 't' ? "true" : "false") : frontend::spellingOf(token);
         if (spelling.empty()) return;
-        const std::size_t far = distance(small, lower(spelling));
+        const std::size_t far = editDistance(small, lower(spelling));
         if (far >= nearest || far * 2 >= spelling.size() + 1) return;
         nearest = far;
         best = token;
