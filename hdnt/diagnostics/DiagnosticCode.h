@@ -75,6 +75,8 @@ struct DiagnosticRule {
     Severity severity;
     std::string_view wording;     ///< the message, with a "%" for each thing it is about
     std::string_view explanation; ///< what it means and what to do, in a sentence or two
+    std::string_view bad = {};    ///< a text of which it is said, and nothing else; empty for none
+    std::string_view mended = {}; ///< the same text as it is meant, of which nothing is said
 };
 
 /// In the order of the enumeration.
