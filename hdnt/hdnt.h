@@ -42,6 +42,7 @@
 #include "hdnt/netlist/HDNTValue.h"
 #include "hdnt/netlist/HDNTVisitor.h"
 #include "hdnt/netlist/Words.h"
+#include "hdnt/platform/BitText.h"
 #include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/DataDirectory.h"
 #include "hdnt/platform/Export.h"

@@ -27,6 +27,7 @@ enum class LintCode : unsigned char {
     configUnknownFunction,
     configUnknownPinType,
     configNoEffect,
+    bitTextForm,
 };
 
 /// In the order of the enumeration.

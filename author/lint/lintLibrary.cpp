@@ -1,8 +1,8 @@
-#include "author/lint/BitText.internal.h"
 #include "author/lint/lintRules.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/platform/BitText.h"
 #include "hdnt/platform/HSTStringUtils.h"
 #include "hdnt/platform/Text.h"
 
@@ -14,6 +14,7 @@ namespace hdnt::author {
 
 namespace {
 
+using platform::BitText;
 using Type = HATAttrTypes::AttrType;
 
 std::string valueText(const Value& value) {
@@ -62,36 +63,37 @@ private:
         const Value value = property_.getDefaultValue();
         const std::optional<Value> low = property_.getMinValue();
         const std::optional<Value> high = property_.getMaxValue();
-        std::string reason;
         if (low && high && *high < *low) warnSwapped(valueText(*low), valueText(*high));
-        else if (!property_.isValid(value, reason)) warnOutside(valueText(value));
+        else if (!property_.refusalOf(value).empty()) warnOutside(valueText(value));
     }
 
-    void judgeWidth(const std::string& what, const std::string& text) const {
+    // The number, when there is a text and it is one.
+    std::optional<BitText> judgeText(const std::string& what, const std::string& text) const {
+        if (text.empty()) return std::nullopt;
+        const std::optional<BitText> number = BitText::of(text, property_.getType() == Type::TypeBitHex);
         const int width = property_.getAdjustedBitWidth();
-        const BitText bits(text, property_.getType() == Type::TypeBitHex);
-        if (bits.width() <= width && bits.significantBits() <= static_cast<size_t>(std::max(width, 0))) return;
-        findings_.add(LintCode::textTooWide, property_, {what, text, name_, std::to_string(width)});
+        const auto warnWide = [&](long bits) {
+            findings_.add(LintCode::textTooWide, property_, {what, text, name_, std::to_string(bits)});
+        };
+        if (!number) findings_.add(LintCode::bitTextForm, property_, {what, text, name_});
+        else if (!number->fits(width)) warnWide(width);
+        else if (number->exceedsItsPrefix()) warnWide(number->width());
+        return number;
     }
 
     // A default that is not listed is an error of the library, so only a range is looked at.
     void judgeBits() const {
         const std::string value = textOf(property_.getDefaultValue());
-        judgeWidth("default", value);
+        const std::optional<BitText> chosen = judgeText("default", value);
         for (const Value& listed : property_.getAllowedValues())
-            if (textOf(listed) != value) judgeWidth("value", textOf(listed));
+            if (textOf(listed) != value) judgeText("value", textOf(listed));
         if (isListed()) return;
         const std::string low = textOrNone(property_.getMinValue());
         const std::string high = textOrNone(property_.getMaxValue());
-        judgeWidth("minimum", low);
-        judgeWidth("maximum", high);
-        const bool hex = property_.getType() == Type::TypeBitHex;
-        const BitText least(low, hex);
-        const BitText greatest(high, hex);
-        const BitText chosen(value, hex);
-        if (!low.empty() && !high.empty() && greatest < least) warnSwapped(low, high);
-        else if (!value.empty() && ((!low.empty() && chosen < least) || (!high.empty() && greatest < chosen)))
-            warnOutside(value);
+        const std::optional<BitText> least = judgeText("minimum", low);
+        const std::optional<BitText> greatest = judgeText("maximum", high);
+        if (least && greatest && *greatest < *least) warnSwapped(low, high);
+        else if (chosen && ((least && *chosen < *least) || (greatest && *greatest < *chosen))) warnOutside(value);
     }
 
     const HDNTProperty& property_;

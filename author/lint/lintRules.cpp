@@ -23,7 +23,7 @@ constexpr Row rows[] = {
      {"min-above-max", W, "minimum % of % is above its maximum %", "The minimum of a property is above its maximum."}},
     {C::textTooWide,
      {"text-too-wide", W, "% % of % is wider than % bits",
-      "A hexadecimal or binary text is wider than its property; its leading digits are cut off."}},
+      "A hexadecimal or binary text is wider than its property, or than its own prefix says."}},
     {C::pinLowerCase,
      {"pin-lower-case", W, "% has lower-case letters and cannot be looked up by name",
       "A pin's name has lower-case letters, so that the pin cannot be looked up."}},
@@ -55,13 +55,18 @@ constexpr Row rows[] = {
     {C::configNoEffect,
      {"config-no-effect", W, "%: the pin is not \"mixed\", so that its bits have its type",
       "The configuration gives types to the bits of a pin that is not mixed."}},
+    {C::bitTextForm,
+     {"bit-text-form", W, "% % of % is no hexadecimal or binary number",
+      "A default, bound or listed value of a hexadecimal or binary property is no number.",
+      "library \"L\" { block \"FLOP_RISE\" { property 8'h \"INIT\" { default = 8'h } } }",
+      "library \"L\" { block \"FLOP_RISE\" { property 8'h \"INIT\" { default = 8'h00 } } }"}},
 };
 
 constexpr bool inOrder() {
     int code = 0;
     for (const Row& row : rows)
         if (static_cast<int>(row.code) != code++) return false;
-    return code == static_cast<int>(C::configNoEffect) + 1;
+    return code == static_cast<int>(C::bitTextForm) + 1;
 }
 static_assert(inOrder());
 

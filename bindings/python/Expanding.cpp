@@ -100,12 +100,14 @@ private:
 void setProperties(Expansion& expansion, const HDNTBlock& block, const py::dict& values) {
     for (const auto& [key, value] : values) {
         const std::string name = textOf(key);
-        const auto refusal = [&, &given = value] { return scripts::refusalText(block, name, textOf(py::repr(given))); };
+        const auto refusal = [&, &given = value](const std::optional<Value>& plain = {}) {
+            return scripts::refusalText(block, name, plain, writtenText(given));
+        };
         const bool isPlain = PyLong_Check(value.ptr()) || PyFloat_Check(value.ptr()) || PyUnicode_Check(value.ptr());
         if (!isPlain) throw py::type_error(refusal());
-        const std::optional<Expansion::Value> plain = valueFor(block.getPropertyByName(name), value);
+        const std::optional<Value> plain = valueFor(block.getPropertyByName(name), value);
         std::string reason;
-        if (!plain || !expansion.setProperty(name, *plain, reason)) throw py::value_error(refusal());
+        if (!plain || !expansion.setProperty(name, *plain, reason)) throw py::value_error(refusal(plain));
     }
 }
 

@@ -26,12 +26,16 @@ std::optional<Value> valueFor(const HDNTProperty* property, py::handle value) {
     return static_cast<int>(number);
 }
 
+std::string writtenText(py::handle value) try { return textOf(py::repr(value)); } catch (const py::error_already_set&) {
+    return "'" + textOf(py::type::handle_of(value).attr("__name__")) + "' value";
+}
+
 namespace {
 
 // Why the property may not have the value; empty when it may.
 std::string refusal(const HDNTProperty& property, const py::object& value) {
     const std::optional<Value> plain = valueFor(&property, value);
-    return plain ? scripts::refusalOf(property, *plain) : "The value is no 32-bit number.";
+    return scripts::refusalOf(property, plain, plain ? std::string() : writtenText(value));
 }
 
 HDNTProperty& propertyOf(const HandleInUse& use) { return use.as<HDNTProperty>(); }

@@ -25,5 +25,7 @@ void addExpanding(py::module_& module);
 /// A bool, float, str or int as a value for a property, which may be null; nothing for a number that is too large.
 /// Throws TypeError for anything else.
 std::optional<Value> valueFor(const HDNTProperty* property, py::handle value);
+/// As Python writes a value that was refused, or its type where that cannot be.
+std::string writtenText(py::handle value);
 
 } // namespace hdnt::python

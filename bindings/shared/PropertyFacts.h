@@ -20,13 +20,11 @@ inline std::optional<Value> defaultOf(const HDNTProperty& property) {
     return isNone ? std::nullopt : std::optional(value);
 }
 
-/// Why the property may not have the value; empty when it may.
-std::string refusalOf(const HDNTProperty& property, const Value& value);
-
-/// What the property may have: "int from 0 to 9", "one of "ONE", "TWO"".
-std::string allowedValues(const HDNTProperty& property);
-/// What is said of a value, in the language's own writing, that was refused for a property of that name: with what is
-/// allowed, or with the properties that there are.
-std::string refusalText(const HDNTBlock& block, const std::string& name, const std::string& value);
+/// Why the property may not have the value; empty when it may. Nothing is what is no value of any type, as written.
+std::string refusalOf(const HDNTProperty& property, const std::optional<Value>& value, const std::string& written);
+/// What is said of a value that was refused for a property of that name: with what is allowed, or with the properties
+/// that there are. `written` is the value in the language's own writing.
+std::string refusalText(const HDNTBlock& block, const std::string& name, const std::optional<Value>& value,
+                        const std::string& written);
 
 } // namespace hdnt::scripts

@@ -44,14 +44,10 @@ Tcl_Obj* propertyDict(const Call& call) {
     return toTcl(std::move(dict));
 }
 
-// What is no value of the type at all is refused, too.
 std::string refusalOf(const Call& call) {
     const auto& property = call.as<HDNTProperty>();
-    try {
-        return scripts::refusalOf(property, valueFor(property.getType(), call.argument(0)));
-    } catch (const Refused& refused) {
-        return refused.what();
-    }
+    Tcl_Obj* const word = call.argument(0);
+    return scripts::refusalOf(property, valueFor(&property, word), '\'' + textOf(word) + '\'');
 }
 Tcl_Obj* refusal(const Call& call) { return toTcl(refusalOf(call)); }
 Tcl_Obj* accepts(const Call& call) { return toTcl(refusalOf(call).empty()); }

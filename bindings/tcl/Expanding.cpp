@@ -132,24 +132,16 @@ int readOptions(const Call& call, Options& options) {
     return at;
 }
 
-// Whether the property takes the word; what is no value of its type at all is refused, too.
-bool setProperty(Expansion& expansion, const HDNTProperty* property, const std::string& name, Tcl_Obj* word) {
-    std::string reason;
-    try {
-        const auto type = property ? property->getType() : HATAttrTypes::TypeString;
-        return expansion.setProperty(name, valueFor(type, word), reason);
-    } catch (const Refused&) {
-        return false;
-    }
-}
-
 void setProperties(Expansion& expansion, const HDNTBlock& block, const Call& call, int at) {
     if ((call.arguments() - at) % 2 != 0) wrongArguments(call, "?option value ...? ?--? ?property value ...?");
     for (; at < call.arguments(); at += 2) {
         const std::string name = textOf(call.argument(at));
         Tcl_Obj* const word = call.argument(at + 1);
-        if (!setProperty(expansion, block.getPropertyByName(name), name, word))
-            throw Refused({"HDNT", "VALUE", name}, scripts::refusalText(block, name, '"' + textOf(word) + '"'));
+        const std::optional<Value> value = valueFor(block.getPropertyByName(name), word);
+        std::string reason;
+        if (!value || !expansion.setProperty(name, *value, reason))
+            throw Refused({"HDNT", "VALUE", name},
+                          scripts::refusalText(block, name, value, '\'' + textOf(word) + '\''));
     }
 }
 

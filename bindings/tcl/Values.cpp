@@ -1,5 +1,6 @@
 #include "bindings/tcl/Values.h"
 
+#include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTFunctionCall.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 
@@ -14,6 +15,12 @@ Value valueFor(HATAttrTypes::AttrType type, Tcl_Obj* word) {
     case HATAttrTypes::TypeDouble: return doubleOf(word);
     default: return textOf(word);
     }
+}
+
+std::optional<Value> valueFor(const HDNTProperty* property, Tcl_Obj* word) try {
+    return valueFor(property ? property->getType() : HATAttrTypes::TypeString, word);
+} catch (const Refused&) {
+    return std::nullopt;
 }
 
 // Of a function that is not declared, the word says the type itself.

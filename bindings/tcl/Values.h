@@ -9,10 +9,14 @@
 #include <optional>
 #include <utility>
 
+class HDNTProperty;
+
 namespace hdnt::tcl {
 
 /// A script's word as a value of a type. Throws Refused for a word that is none.
 Value valueFor(HATAttrTypes::AttrType type, Tcl_Obj* word);
+/// The same for a property, or for none; nothing for a word that is none.
+std::optional<Value> valueFor(const HDNTProperty* property, Tcl_Obj* word);
 /// The value of a constant.
 Tcl_Obj* valueOf(const HDNTValue& value);
 

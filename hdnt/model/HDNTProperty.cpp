@@ -6,6 +6,7 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/TypedValues.internal.h"
 #include "hdnt/model/Words.h"
+#include "hdnt/platform/BitText.h"
 #include "hdnt/platform/HEX.h"
 
 #include <algorithm>
@@ -84,10 +85,7 @@ void HDNTProperty::completeHexRange() {
     std::string high = spec_.getHighHexRange();
     minCompleted_ |= low.empty();
     maxCompleted_ |= high.empty();
-    if (high.empty()) {
-        if (rest > 0) high = std::to_string((1 << rest) - 1);
-        high.append(static_cast<size_t>(std::max(digits, 0)), 'F');
-    }
+    if (high.empty()) high = hdnt::platform::BitText::greatest(getBitWidth(), true);
     if (low.empty()) low.assign(static_cast<size_t>(std::max(digits + (rest != 0), 0)), '0');
     spec_.setHexRange(low, high);
 }

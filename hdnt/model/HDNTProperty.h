@@ -97,6 +97,13 @@ public:
     /// isValidValue for the value's own type. It has a name of its own since classes that convert to a text would go
     /// with both.
     bool isValid(const hdnt::Value& value, std::string& reason) const;
+    /// Why the property may not have the value: one line without a full stop that names property, value and what is
+    /// allowed. Empty when it may. Stricter than isValid, in whose words nothing may change: the text of a bit vector
+    /// must be one (BitText), no wider than the property or its own prefix, and is held against range or list as a
+    /// number; a double must be finite. Cases of other texts make no difference here either.
+    std::string refusalOf(const hdnt::Value& value) const;
+    /// The same of something that is no value at all, in the caller's writing.
+    std::string refusalOfOther(const std::string& written) const;
 
     // The same by type. What is of another type answers as if nothing had been given.
 

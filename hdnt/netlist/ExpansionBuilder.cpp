@@ -146,9 +146,11 @@ void ExpansionBuilder::assign(const HDNTAssignProperty& assign, size_t branch) {
     if (!assign.value() || !attempt(assign, [&] { value = valueOf(*assign.value())->getPlainValue(); })) return;
     if (const HDNTBlock* const block = own ? level_.block : inst->block) {
         const HDNTProperty* const property = findProperty(*block, pin, assign.propName());
-        std::string reason = "Block " + block->getName() + (pin.empty() ? "" : ", pin " + pin) + " has no property " +
-                             assign.propName() + ".";
-        if (!property || !property->isValid(value, reason)) return problem(assign, assign.propName() + ": " + reason);
+        if (!property)
+            return problem(assign, assign.propName() + ": Block " + block->getName() +
+                                       (pin.empty() ? "" : ", pin " + pin) + " has no property " + assign.propName() +
+                                       ".");
+        if (std::string refusal = property->refusalOf(value); !refusal.empty()) return problem(assign, refusal);
     }
     std::vector<HDNTExpansion::PropertyValue>& values = own ? level_.pinProperties : inst->properties;
     std::erase_if(values, [&](const HDNTExpansion::PropertyValue& property) {

@@ -26,7 +26,10 @@ bool HDNTExpansion::setProperty(const std::string& name, const Value& value, std
         reason = "Block " + block_.getName() + " has no property " + name + ".";
         return false;
     }
-    if (!property->isValid(value, reason)) return false;
+    if (std::string refusal = property->refusalOf(value); !refusal.empty()) {
+        reason = std::move(refusal);
+        return false;
+    }
     properties_[HSTStringUtils::to_upper_copy(name)] = value;
     return true;
 }
@@ -52,9 +55,7 @@ bool HDNTExpansion::setPropertyText(const std::string& name, const std::string& 
     const HDNTProperty* const property = block_.getPropertyByName(name);
     Value value = property ? property->getDefaultValue() : text; // has the type
     const bool readable = std::visit([&](auto& plain) { return read(text, plain); }, value);
-    if (readable) return setProperty(name, value, reason);
-    reason = "\"" + text + "\" is no value of type " + HDNTProperty::getTypeName(property->getType()) + ".";
-    return false;
+    return setProperty(name, readable ? value : Value(text), reason);
 }
 
 bool HDNTExpansion::connect(const std::string& pin, std::string& reason) {

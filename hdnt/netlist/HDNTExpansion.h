@@ -104,8 +104,8 @@ public:
     ~HDNTExpansion();
     HDNTExpansion(const HDNTExpansion&) = delete;
 
-    /// Gives a property of the block a value other than its default. False with the property's own reason when it may
-    /// not have it, and when there is no such property.
+    /// Gives a property of the block a value other than its default. False with a reason when it may not have it, as
+    /// HDNTProperty::refusalOf says, and when there is no such property.
     bool setProperty(const std::string& name, const Value& value, std::string& reason);
     /// The same from a text, read by the property's type: numbers in decimal, "true" and "false", texts as they are.
     bool setPropertyText(const std::string& name, const std::string& text, std::string& reason);

@@ -55,7 +55,7 @@ class SameAsTheTool(unittest.TestCase):
         for one, other in zip(owner.properties, expected):
             self.compare(one, other)
             self.compare_place(one, other["location"])
-            self.assertEqual(one.refusal(one.default if one.default is not None else ""), other["defaultRefusal"])
+            self.assertEqual(None if one.default is None else one.refusal(one.default), other["defaultRefusal"])
             if other["defaultDigits"] is not None:
                 self.assertEqual(one.digits(one.default), other["defaultDigits"])
 

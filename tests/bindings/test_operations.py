@@ -111,18 +111,26 @@ class Operations(unittest.TestCase):
             block "FLOP_FALL" { pin "Q" output; } }""" % ", ".join(map(str, range(1, 31))))
         library = hdnt.load(path)
         block = library["FLOP_RISE"]
-        for name, value, error, allowed in (
-                ("LEAST", 2, ValueError, "int of at least 3"), ("MOST", 4, ValueError, "int of at most 3"),
-                ("LIST", 3, ValueError, "one of 4, 2"), ("LIST", 2 ** 40, ValueError, "one of 4, 2"),
-                ("FLAG", 1, ValueError, "bool"), ("X", 3, ValueError, "double from 0.5 to 2.0"),
-                ("X", 10 ** 400, ValueError, "double from 0.5 to 2.0"), ("H", 10, ValueError, "bithex text of 4 bits"),
-                ("X", 10 ** 30, ValueError, "double from 0.5 to 2.0"), ("LIST", None, TypeError, "one of 4, 2"), ("H", b"A", TypeError, "bithex text of 4 bits"),
-                ("MANY", 0, ValueError, "one of %s, ... (30 in all)" % ", ".join(map(str, range(1, 21))))):
+        for name, value, error, reason in (
+                ("LEAST", 2, ValueError, "2 is below 3; allowed are 3 and above"),
+                ("MOST", 4, ValueError, "4 is above 3; allowed are 3 and below"),
+                ("LIST", 3, ValueError, "3 is none of 4, 2"),
+                ("LIST", 2 ** 40, ValueError, "1099511627776 is no int value; write one of 4, 2"),
+                ("FLAG", 1, ValueError, "1 is no bool value; write true or false"),
+                ("X", 3, ValueError, "3.0 is above 2.0; allowed are 0.5 to 2.0"),
+                ("X", 10 ** 30, ValueError, "1e+30 is above 2.0; allowed are 0.5 to 2.0"),
+                ("X", 10 ** 400, ValueError, "1" + "0" * 400 + " is no double value; write 0.5 to 2.0"),
+                ("H", 10, ValueError, "10 is no 4'h value; write 4'h0 to 4'hF"),
+                ("H", "1F", ValueError, "4'h1F is wider than 4 bits; write 4'h0 to 4'hF"),
+                ("LIST", None, TypeError, "None is no int value; write one of 4, 2"),
+                ("H", b"A", TypeError, "b'A' is no 4'h value; write 4'h0 to 4'hF"),
+                ("MANY", 0, ValueError, "0 is none of %s, ... (30 in all)" % ", ".join(map(str, range(1, 21))))):
             with self.assertRaises(error) as caught:
                 block.expand({name: value})
-            self.assertEqual(str(caught.exception), "block FLOP_RISE: property %s may not be %r; allowed: %s" %
-                             (name, value, allowed))
-        with self.assertRaisesRegex(ValueError, "property S may not be 'THREE'; allowed: one of \"ONE\", \"TWO\"$"):
+            self.assertEqual(str(caught.exception), "block FLOP_RISE: %s: %s" % (name, reason))
+        self.assertEqual(block.properties["H"].refusal("hello"), "H: 'hello' is no 4'h value; write 4'h0 to 4'hF")
+        self.assertEqual(block.properties["H"].refusal("4'b0101"), None)
+        with self.assertRaisesRegex(ValueError, "S: 'THREE' is none of ONE, TWO$"):
             self.block.expand(S="THREE")
         for one, names in ((self.block, "N, X, S"), (library["FLOP_FALL"], "none")):
             with self.assertRaisesRegex(ValueError, "block %s: property NONE may not be 1, since there is none of that "

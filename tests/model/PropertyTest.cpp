@@ -173,6 +173,96 @@ TEST(PropertyValue, OfAnotherTypeIsRefusedWithItsReason) {
     EXPECT_EQ(bare.getMinValue(), hdnt::Value(0)) << "a list that is empty";
 }
 
+// What a property takes when bit vectors are numbers; the reasons begin with the property's name.
+TEST(PropertyValue, StrictRefusals) {
+    const char* const hex = "8'h \"P\" { default = 8'h0 }";
+    const char* const ranged = "8'h \"P\" { min = 8'h10, max = 8'h7f }";
+    const char* const listed = "8'h \"P\" { values { 8'h0F, 8'h10 }, default = 8'h0F }";
+    const char* const binary = "4'b \"P\" { default = 4'b1 }";
+    const char* const least = "4'b \"P\" { min = 4'b11 }";
+    const char* const number = "int \"P\" { min = 1, max = 64, default = 1 }";
+    const char* const real = "double \"P\" { min = 0.5, default = 1.0 }";
+    const char* const flag = "bool \"P\" true;";
+    const char* const mode = "string \"P\" { values { \"FAST\", \"SLOW\" } }";
+    const char* const noForm = " is no 8'h value; write 8'h00 to 8'hFF";
+    const char* const tooWide = " is wider than 8 bits; write 8'h00 to 8'hFF";
+    const struct {
+        const char* declaration;
+        hdnt::Value value;
+        std::string reason;
+    } cases[] = {
+        {hex, "8'hfF", ""},
+        {hex, "8'H00ff", ""},
+        {hex, "7", ""},
+        {hex, "4'B1010", ""},
+        {hex, "hello", std::string("'hello'") + noForm},
+        {hex, "0x8", std::string("'0x8'") + noForm},
+        {hex, "", std::string("''") + noForm},
+        {hex, "8'h", std::string("'8'h'") + noForm},
+        {hex, "8'", std::string("'8''") + noForm},
+        {hex, "'hFF", std::string("''hFF'") + noForm},
+        {hex, "-8'hFF", std::string("'-8'hFF'") + noForm},
+        {hex, "+8'hFF", std::string("'+8'hFF'") + noForm},
+        {hex, "8'd12", std::string("'8'd12'") + noForm},
+        {hex, "4'b12", std::string("'4'b12'") + noForm},
+        {hex, " 8'hFF", std::string("' 8'hFF'") + noForm},
+        {hex, "8'hF_F", std::string("'8'hF_F'") + noForm},
+        {hex, 255, std::string("255") + noForm},
+        {hex, "9'h1FF", std::string("9'h1FF") + tooWide},
+        {hex, "9'h0FF", std::string("9'h0FF") + tooWide},
+        {hex, "99999999999999999999'h1", std::string("99999999999999999999'h1") + tooWide},
+        {hex, "1FF", std::string("8'h1FF is wider than 8 bits; write 8'h00 to 8'hFF")},
+        {hex, "4'hFF", "4'hFF is wider than 4 bits; write 8'h00 to 8'hFF"},
+        {ranged, "010", ""},
+        {ranged, "8'h7F", ""},
+        {ranged, "8'hF", "8'hF is below 8'h10; allowed are 8'h10 to 8'h7f"},
+        {ranged, "80", "8'h80 is above 8'h7f; allowed are 8'h10 to 8'h7f"},
+        {listed, "f", ""},
+        {listed, "8'b10000", ""},
+        {listed, "8'h0E", "8'h0E is none of 8'h0F, 8'h10"},
+        {listed, "x", "'x' is no 8'h value; write one of 8'h0F, 8'h10"},
+        {binary, "0101", ""},
+        {binary, "4'hf", ""},
+        {binary, "2", "'2' is no 4'b value; write 4'b0000 to 4'b1111"},
+        {least, "10", "4'b10 is below 4'b11; allowed are 4'b11 to 4'b1111"},
+        {"5'h \"P\" { default = 5'h0 }", "1F", ""},
+        {"5'h \"P\" { default = 5'h0 }", "20", "5'h20 is wider than 5 bits; write 5'h00 to 5'h1F"},
+        {"256'h \"P\" { default = 256'h0 }", "x", "'x' is no 256'h value; write 256'h and up to 64 digits"},
+        {number, 64, ""},
+        {number, 65, "65 is above 64; allowed are 1 to 64"},
+        {number, 0, "0 is below 1; allowed are 1 to 64"},
+        {number, 1.0, "1.0 is no int value; write 1 to 64"},
+        {number, true, "true is no int value; write 1 to 64"},
+        {"int \"P\" { default = 1 }", "1", "'1' is no int value; write a whole number"},
+        {"int \"P\" { values { 5, 1 } }", 2, "2 is none of 5, 1"},
+        {real, 0.5, ""},
+        {real, 0.25, "0.25 is below 0.5; allowed are 0.5 and above"},
+        {real, std::numeric_limits<double>::quiet_NaN(), "nan is no double value; write 0.5 and above"},
+        {real, std::numeric_limits<double>::infinity(), "inf is no double value; write 0.5 and above"},
+        {"double \"P\" { default = 1.0, max = 2.0 }", 3.0, "3.0 is above 2.0; allowed are 2.0 and below"},
+        {flag, false, ""},
+        {flag, "false", "'false' is no bool value; write true or false"},
+        {mode, "slow", ""},
+        {mode, "FAT", "'FAT' is none of FAST, SLOW"},
+        {"string \"P\" { default = \"\" }", "any", ""},
+        {"string \"P\" { default = \"\" }", 1, "1 is no string value; write a text"},
+    };
+    for (const auto& [declaration, value, reason] : cases)
+        EXPECT_EQ(OneProperty(declaration)->refusalOf(value), reason.empty() ? "" : "P: " + reason) << declaration;
+    EXPECT_EQ(OneProperty(number)->refusalOfOther("None"), "P: None is no int value; write 1 to 64");
+}
+
+// Programs may set what no text can say.
+TEST(PropertyValue, BoundsThatAreNoNumbersStopNothing) {
+    HDNTProperty property("P", Type::TypeBitHex, false, false, false, false, "");
+    property.setBitWidth(4);
+    property.getAttrSpec()->setHexRange("garbage", "");
+    EXPECT_EQ(property.refusalOf("3"), "");
+    EXPECT_EQ(property.refusalOf("13"), "P: 4'h13 is wider than 4 bits; write 'garbage' to 4'hF");
+    property.getAttrSpec()->addDiscreteHex("garbage");
+    EXPECT_EQ(property.refusalOf("3"), "P: 4'h3 is none of garbage");
+}
+
 TEST(PropertyValue, TheHostsLocaleHasNoSay) {
     struct Grouping : std::numpunct<char> {
         char do_decimal_point() const override { return ','; }

@@ -112,10 +112,11 @@ TEST(Expansion, RefusesWhatThePropertyRefuses) {
         const char* name;
         const char* text;
         const char* reason;
-    } cases[] = {{"WIDTH", "10", "The integer value (10) is greater than the allowed minimum (9)."},
-                 {"WIDTH", "1x", "\"1x\" is no value of type int."},
-                 {"DELAY", "nan", "\"nan\" is no value of type double."},
-                 {"FAST", "yes", "\"yes\" is no value of type bool."},
+    } cases[] = {{"WIDTH", "10", "WIDTH: 10 is above 9; allowed are 0 to 9"},
+                 {"WIDTH", "1x", "WIDTH: '1x' is no int value; write 0 to 9"},
+                 {"DELAY", "nan", "DELAY: 'nan' is no double value; write a number"},
+                 {"FAST", "yes", "FAST: 'yes' is no bool value; write true or false"},
+                 {"INIT", "9'h1FF", "INIT: 9'h1FF is wider than 8 bits; write 8'h00 to 8'hFF"},
                  {"NONE", "1", "Block HOLD has no property NONE."}};
     for (const auto& [name, text, expected] : cases) {
         std::string reason;
@@ -145,15 +146,14 @@ assign block property "U9" "SIZE" 1; intProperty(1);
     HDNTExpansion expansion(*library->getTypeBlock(1));
     HDNTError::numErrors = 0; // or the common library, where NONE_SUCH is sought too, would not load
     EXPECT_FALSE(expansion.expand());
-    EXPECT_EQ(
-        problemsOf(expansion),
-        (Texts{"4: There are two instances U0.", "4: There is no block NONE_SUCH.",
-               "8: Block HOLD has no property NONE", "8: HDNTNetlist: no implementation of function f",
-               "9: Attribute type mismatch (not string) in block mapping", "5: There is no signal N.",
-               "5: Block AND_2 has no pin X.", "5: There is no instance U9.", "5: Block HOLD has no pin Z.",
-               "6: SIZE: The integer value (9) is greater than the allowed minimum (4).",
-               "6: SIZE: Property is not of type double.", "6: NONE: Block AND_2 has no property NONE.",
-               "7: Divide by zero", "7: intProperty: property P is of another type", "9: There is no instance U9."}));
+    EXPECT_EQ(problemsOf(expansion),
+              (Texts{"4: There are two instances U0.", "4: There is no block NONE_SUCH.",
+                     "8: Block HOLD has no property NONE", "8: HDNTNetlist: no implementation of function f",
+                     "9: Attribute type mismatch (not string) in block mapping", "5: There is no signal N.",
+                     "5: Block AND_2 has no pin X.", "5: There is no instance U9.", "5: Block HOLD has no pin Z.",
+                     "6: SIZE: 9 is above 4; allowed are 1 to 4", "6: SIZE: 1.5 is no int value; write 1 to 4",
+                     "6: NONE: Block AND_2 has no property NONE.", "7: Divide by zero",
+                     "7: intProperty: property P is of another type", "9: There is no instance U9."}));
     EXPECT_TRUE(expansion.levels().at(0).instances.at(0).properties.empty());
 }
 

@@ -169,10 +169,11 @@ TEST_F(ExpandTest, WhatIsRefusedIsSaid) {
         std::vector<std::string> arguments;
         std::string err;
     } cases[] = {
-        {{"TOP", "--set", "WIDTH=10"},
-         "ntl: TOP: --set WIDTH=10: The integer value (10) is greater than the allowed minimum (9).\n"},
-        {{"TOP", "--set", "WIDTH=2.5"}, "ntl: TOP: --set WIDTH=2.5: \"2.5\" is no value of type int.\n"},
-        {{"TOP", "--set", "FAST=yes"}, "ntl: TOP: --set FAST=yes: \"yes\" is no value of type bool.\n"},
+        {{"TOP", "--set", "WIDTH=10"}, "ntl: TOP: --set WIDTH=10: WIDTH: 10 is above 9; allowed are 1 to 9\n"},
+        {{"TOP", "--set", "WIDTH=2.5"}, "ntl: TOP: --set WIDTH=2.5: WIDTH: '2.5' is no int value; write 1 to 9\n"},
+        {{"TOP", "--set", "FAST=yes"}, "ntl: TOP: --set FAST=yes: FAST: 'yes' is no bool value; write true or false\n"},
+        {{"HOLD", "--set", "MODE=FAT"},
+         "ntl: HOLD: --set MODE=FAT: MODE: 'FAT' is none of SLOW, FAST; did you mean FAST?\n"},
         {{"TOP", "--set", "WITDH=1"},
          "ntl: TOP: --set WITDH=1: Block TOP has no property WITDH. Did you mean WIDTH?\n"},
         {{"TOP", "--connect", "ENN"}, "ntl: TOP: --connect ENN: Block TOP has no pin ENN. Did you mean EN?\n"},
@@ -266,7 +267,7 @@ TEST_F(ExpandTest, ProblemsAreReportedAndTheRestIsThere) {
         std::string line;
     } cases[] = {
         {{"TOP", "--set", "WIDTH=9"},
-         "own.btl:34:2: error: DEPTH: The integer value (5) is greater than the allowed minimum (4).\n",
+         "own.btl:34:2: error: DEPTH: 5 is above 4; allowed are 1 to 4\n",
          "^ *inst \"one\" \"HOLD\";"},
         {{"RING_A", "--deep"},
          "own.btl:48:48: error: Mappings lead in a circle: RING_A -> RING_B -> RING_A\n",

@@ -109,9 +109,7 @@ TEST_F(ListShowTest, JsonHoldsTheDeclaredValues) {
         {1,
          {"minimum", "maximum", "default", "units", "isTest", "isSimulation", "isReadOnly", "description"},
          R"([1, 5, 9, "ns", true, true, true, "How much."])"},
-        {1,
-         {"defaultRefusal", "hasMinimum"},
-         R"(["The integer value (9) is greater than the allowed minimum (5).", true])"},
+        {1, {"defaultRefusal", "hasMinimum"}, R"(["LEVEL: 9 is above 5; allowed are 1 to 5", true])"},
         {1, {"describedByConfiguration", "precision", "isPadConstraint"}, R"([true, null, false])"},
         {2,
          {"values", "minimum", "maximum", "precision", "defaultRefusal", "hasMaximum"},
@@ -136,7 +134,7 @@ TEST_F(ListShowTest, SheetShowsTheSame) {
          {"^RICH$", "declared at +rich.btl:3$", "cellview type +4001 \\(unregistered\\)$", "legacy group +OLD:SCHOOL$",
           "D +3:0 +4 +input +mixed +tieHigh +test$", "bits: clock 3 2, mixed 1 0$", "notFoundByName",
           "O +1 +output +data +abstract +pad$", "LEVEL +int +9 +ns +test,simulation,readOnly +1 to 5$", "How much\\.$",
-          "! The integer value \\(9\\) is greater", "RATIO +double +0.5 +2 +0.5, 1.25$",
+          "! LEVEL: 9 is above 5; allowed are 1 to 5$", "RATIO +double +0.5 +2 +0.5, 1.25$",
           "INIT +bithex +10 \\(12\\) +10'h0F", "simulation device +SIM_A$", "shadow pins +D$"}) {
         const std::vector<std::string> lines = linesOf(outcome.out);
         const std::regex expected(pattern);

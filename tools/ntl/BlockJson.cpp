@@ -44,10 +44,9 @@ Json allowedValues(const HDNTProperty& property) {
 
 Json defaultValue(const HDNTProperty& property, bool isBits) {
     const hdnt::Value value = property.getDefaultValue();
-    std::string refusal;
     Json json;
     json["default"] = isBits ? orNull(std::get<std::string>(value)) : jsonOf(value);
-    json["defaultRefusal"] = property.isValid(value, refusal) ? Json() : Json(refusal);
+    json["defaultRefusal"] = json["default"].is_null() ? Json() : orNull(property.refusalOf(value));
     return json;
 }
 

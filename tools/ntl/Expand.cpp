@@ -31,6 +31,11 @@ std::vector<std::string> pinNames(const HDNTBlock& block) {
     return names;
 }
 
+std::vector<std::string> listedTexts(const HDNTProperty& property) {
+    return property.getType() == HATAttrTypes::TypeString ? property.getAllowedStringValues()
+                                                          : std::vector<std::string>();
+}
+
 // Behind a sentence.
 std::string question(const std::string& wanted, const std::vector<std::string>& names) {
     const std::string text = suggestion(wanted, names);
@@ -108,8 +113,9 @@ private:
         for (const auto& [name, value] : properties_) {
             std::string reason;
             if (expansion.setPropertyText(name, value, reason)) continue;
-            const bool known = block.getPropertyByName(name) != nullptr;
-            refuse("--set " + joined({name, value}, "="), reason, known ? "" : question(name, propertyNames(block)));
+            const HDNTProperty* const property = block.getPropertyByName(name);
+            refuse("--set " + joined({name, value}, "="), reason,
+                   property ? suggestion(value, listedTexts(*property)) : question(name, propertyNames(block)));
         }
         for (const std::string& pin : settings_.connectedPins) {
             std::string reason;

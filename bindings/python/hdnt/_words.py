@@ -22,7 +22,7 @@ Code = Literal["error", "syntax-error", "parser-depth", "unrecognized-character"
                "text-too-wide", "pin-lower-case", "pin-property-case", "unregistered-block", "config-unknown-key",
                "config-wrong-type", "config-unknown-cell", "config-unknown-pin", "config-unknown-property",
                "config-unknown-architecture", "config-unknown-function", "config-unknown-pin-type",
-               "config-no-effect"]
+               "config-no-effect", "bit-text-form"]
 
 Effect = Literal["breaking", "compatible", "text only"]
 Change = Literal["added", "removed", "changed"]

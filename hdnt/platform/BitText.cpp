@@ -1,0 +1,56 @@
+#include "hdnt/platform/BitText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+
+namespace hdnt::platform {
+
+// 16 for what is no digit.
+static unsigned digitValue(char c) {
+    if (c >= '0' && c <= '9') return static_cast<unsigned>(c - '0');
+    if (c >= 'a' && c <= 'f') return static_cast<unsigned>(c - 'a') + 10;
+    if (c >= 'A' && c <= 'F') return static_cast<unsigned>(c - 'A') + 10;
+    return 16;
+}
+
+std::optional<BitText> BitText::of(std::string_view text, bool hex) {
+    BitText result;
+    if (const size_t quote = text.find('\''); quote != text.npos) {
+        const char* const end = text.data() + quote;
+        const std::from_chars_result width = std::from_chars(text.data(), end, result.width_);
+        const char radix = quote + 1 < text.size() ? text[quote + 1] : '\0';
+        hex = radix == 'h' || radix == 'H';
+        if (width.ec == std::errc::result_out_of_range) result.width_ = LONG_MAX;
+        const bool isWidth = width.ec != std::errc::invalid_argument && width.ptr == end && text.front() != '-';
+        if (!isWidth || !(hex || radix == 'b' || radix == 'B')) return std::nullopt;
+        result.hasPrefix_ = true;
+        text.remove_prefix(quote + 2);
+    }
+    return result.readDigits(text, hex) ? std::optional(result) : std::nullopt;
+}
+
+bool BitText::readDigits(std::string_view digits, bool hex) {
+    for (const char c : digits) {
+        const unsigned value = digitValue(c);
+        if (value >= (hex ? 16U : 2U)) return false;
+        for (int bit = hex ? 3 : 0; bit >= 0; --bit) {
+            const bool one = (value >> static_cast<unsigned>(bit) & 1U) != 0;
+            if (one || !bits_.empty()) bits_ += one ? '1' : '0';
+        }
+    }
+    return !digits.empty();
+}
+
+std::string BitText::greatest(int width, bool hex) {
+    if (!hex) return std::string(static_cast<size_t>(std::max(width, 0)), '1');
+    const int rest = width % 4;
+    std::string digits = rest > 0 ? std::to_string((1 << rest) - 1) : "";
+    return digits.append(static_cast<size_t>(std::max(width / 4, 0)), 'F');
+}
+
+bool BitText::fits(int width) const {
+    return width_ <= width && significantBits() <= static_cast<size_t>(std::max(width, 0));
+}
+
+} // namespace hdnt::platform
