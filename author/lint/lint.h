@@ -3,21 +3,85 @@
 #include "hdnt/diagnostics/Diagnostic.h"
 #include "hdnt/platform/Export.h"
 
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
 #include <vector>
 
+class ConfigBase;
 class HDNTLibrary;
 
 // What the library accepts though hardly anybody means it.
-namespace hdnt::author {
+namespace hdnt {
+
+struct LintOptions {
+    /// Whether mappings are tried, those of map libraries judged, and names compared, too. Without it, a judgement
+    /// takes a fraction of the time of the load.
+    bool isThorough = true;
+    /// Expansions of one mapping.
+    std::size_t budget = 2000;
+    /// Architectures whose map libraries are judged, when the parameter "ntl.enableMapLib" is on; those of the
+    /// configuration when not given.
+    std::optional<std::vector<std::string>> architectures;
+    /// Called now and then, with the number of blocks that are done, and that of all.
+    std::function<void(std::size_t done, std::size_t all)> progress;
+};
+
+/// What is wrong or doubtful in a finished library's own blocks and their mappings, in the order of the text; see
+/// lintRules(). Reads the library's files again for the places.
+///
+/// An instance whose block is nowhere else is sought in the common library, which is loaded for that; map libraries are
+/// loaded, and leave the mapping for the last architecture attached. The loading thread's, then, outside of a load.
+HDNT_API std::vector<Diagnostic> lint(const HDNTLibrary& library, const LintOptions& options = {});
+
+namespace author {
 
 /// The names of the rules never change and are never used again for something else; the numbers may.
 enum class LintCode : unsigned char {
+    // Declarations
     defaultOutside,
     minAboveMax,
     textTooWide,
+    bitTextForm,
+    needlessBound,
     pinLowerCase,
     pinPropertyCase,
+    similarNames,
     unregisteredBlock,
+    noGroup,
+    noDescription,
+    similarGroup,
+    // References of mappings
+    unknownBlock,
+    unknownInstance,
+    unknownPin,
+    unknownProperty,
+    propertyType,
+    valueRefused,
+    duplicateInstance,
+    duplicateSignal,
+    pinOnTwoSignals,
+    widthMismatch,
+    oppositeOrder,
+    lowerMaturity,
+    deprecatedBlock,
+    testBlock,
+    otherArchitecture,
+    brokenMapLibrary,
+    // By trying mappings
+    mappingProblem,
+    twoDrivers,
+    undrivenSignal,
+    singlePinSignal,
+    openInput,
+    undrivenOutput,
+    unusedInput,
+    branchNeverTaken,
+    conditionAlwaysTrue,
+    propertyWithoutEffect,
+    mappingCircle,
+    // Configuration
     configUnknownKey,
     configWrongType,
     configUnknownCell,
@@ -27,15 +91,18 @@ enum class LintCode : unsigned char {
     configUnknownFunction,
     configUnknownPinType,
     configNoEffect,
-    bitTextForm,
 };
 
-/// In the order of the enumeration.
+/// In the order of the enumeration. The examples of rules about the configuration are texts of such files, whose name
+/// stands in a comment in their first line.
 HDNT_API const std::vector<DiagnosticRule>& lintRules();
 
-/// What is doubtful in a library's own blocks, in the order of the text. Reads their files again for the places; loads
-/// nothing. As the model's queries, but for SourcePlaces.
-HDNT_API std::vector<Diagnostic> lintLibrary(const HDNTLibrary& library);
+/// The rule or message of that code, of all there are: of the library, of syntax, of lint. Null when there is none.
+HDNT_API const DiagnosticRule* findRule(std::string_view code);
+/// What it means, with its examples, as Markdown that reads as plain text, too.
+HDNT_API std::string explanationOf(const DiagnosticRule& rule);
+/// All of them: first those of the library, then of syntax, then of lint.
+HDNT_API std::vector<const DiagnosticRule*> allRules();
 
 /// Which entries of the configuration are judged.
 enum class ConfigScope {
@@ -49,7 +116,11 @@ enum class ConfigScope {
 /// while it is read. Places have no column.
 HDNT_API std::vector<Diagnostic> lintConfiguration(const HDNTLibrary& library, ConfigScope scope);
 
+/// The architectures that an application configuration lists, in its order. Locks it.
+HDNT_API std::vector<std::string> architecturesIn(ConfigBase& config);
+
 /// By place, then by code: for what different judges said of one text.
 HDNT_API void sortByPlace(std::vector<Diagnostic>& diagnostics);
 
-} // namespace hdnt::author
+} // namespace author
+} // namespace hdnt

@@ -1,5 +1,4 @@
-#include "author/lint/lintRules.internal.h"
-#include "author/lint/nearestNames.h"
+#include "author/lint/Findings.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"
@@ -173,22 +172,16 @@ public:
     }
 
     void judge(ConfigBase& config, const Rule& rules, const std::string& fileName) {
+        if (Names listed = architecturesIn(config); !listed.empty()) names_[Kind::Architecture] = std::move(listed);
         const HCTLock lock(config.mutex());
         fileName_ = fileName;
         speaksOfOthers_ = !isWhole_ || isFromElsewhere(fileName);
-        const Setting& root = config.getLibConfig().getRoot();
-        if (root.exists("ARCHITECTURES")) listArchitectures(root["ARCHITECTURES"]);
-        judgeSetting(root, rules, nullptr);
+        judgeSetting(config.getLibConfig().getRoot(), rules, nullptr);
     }
 
     std::vector<Diagnostic> findings() && { return std::move(findings_); }
 
 private:
-    void listArchitectures(const Setting& listed) {
-        Names& names = names_[Kind::Architecture];
-        for (int i = 0; listed.isGroup() && i < listed.getLength(); ++i) names.emplace_back(listed[i].getName());
-    }
-
     // The first argument of the wording is the setting.
     template <typename... Texts>
     void warn(LintCode code, const Setting& setting, const HDNTBlock* cell, const Texts&... others) {
@@ -196,7 +189,7 @@ private:
         Place place;
         place.file = fileOf(setting);
         place.line = static_cast<int>(setting.getSourceLine());
-        findings_.push_back(finding(code, place, {setting.getPath(), others...}));
+        findings_.push_back(finding(code, place, std::vector<std::string>{setting.getPath(), others...}));
     }
 
     // libconfig names included files as the statement does; they are sought beside the file that is read.
@@ -205,13 +198,6 @@ private:
         const std::string top = HUTPathUtils::findInPath(std::getenv("HDNT_CONFIG_PATH"), "", fileName_);
         if (!file) return top.empty() ? fileName_ : top;
         return top.empty() || file == top ? file : HUTPathUtils::directoryOf(top) + "/" + file;
-    }
-
-    static std::string suggestion(const std::string& name, const Names& known) {
-        const Names near = nearestNames(name, known);
-        std::string text;
-        for (const std::string& one : near) text += (text.empty() ? "; did you mean " : ", ") + one;
-        return text.empty() ? text : text + "?";
     }
 
     // Architectures are known only to a configuration that lists them.
@@ -239,10 +225,11 @@ private:
             if (kind == Kind::PinBit && !isMixed(*cell, name)) warn(LintCode::configNoEffect, setting, cell);
             return true;
         }
+        if (speaksOfOthers_ && !cell) return false;
         names.insert(names.end(), others.begin(), others.end());
         const bool ofCell = cell && kind != Kind::Architecture && kind != Kind::PinType;
         const std::string where = ofCell ? " in block \"" + cell->getName() + "\"" : "";
-        warn(wordsOf(kind).code, setting, cell, wordsOf(kind).noun, name, where, suggestion(name, names));
+        warn(wordsOf(kind).code, setting, cell, wordsOf(kind).noun, name, where, question(name, names));
         return false;
     }
 
@@ -268,7 +255,7 @@ private:
             const auto fits = [&](const Rule& member) { return member.key.empty() || member.key == name; };
             const auto found = std::find_if(rule.members.begin(), rule.members.end(), fits);
             if (found == rule.members.end()) {
-                warn(LintCode::configUnknownKey, entry, cell, suggestion(name, keys));
+                warn(LintCode::configUnknownKey, entry, cell, question(name, keys));
             } else if (!found->key.empty() || judgeName(entry, found->keys, name, cell, keys)) {
                 const auto block = found->key.empty() && found->keys == Kind::Cell ? cells_.find(name) : cells_.end();
                 judgeSetting(entry, *found, block == cells_.end() ? cell : block->second);

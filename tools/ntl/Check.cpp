@@ -57,16 +57,19 @@ void append(std::vector<hdnt::Diagnostic>& list, const std::vector<hdnt::Diagnos
 }
 
 // The work itself, in the worker's process.
-void checkInput(const Input& input, Loader& loader, CheckResult& result) {
+void checkInput(const Input& input, const Settings& settings, Loader& loader, CheckResult& result) {
     HDNTLibrary* library = nullptr;
     result.parentFailed = true;
     for (const std::string& path : input.parents) library = loader.load(path, library);
     result.parentFailed = false;
     loader.forget();
+    hdnt::LintOptions options;
+    options.isThorough = settings.isThorough;
+    options.budget = static_cast<size_t>(settings.budget);
     for (const std::string& path : input.paths) {
         library = loader.load(path, library);
         result.blocks += library->getNumTypeBlocks(false);
-        std::vector<hdnt::Diagnostic> findings = hdnt::author::lintLibrary(*library);
+        std::vector<hdnt::Diagnostic> findings = hdnt::lint(*library, options);
         append(findings, loader.diagnostics());
         hdnt::author::sortByPlace(findings);
         append(findings, hdnt::author::lintConfiguration(*library, input.configuration));
@@ -76,11 +79,11 @@ void checkInput(const Input& input, Loader& loader, CheckResult& result) {
     }
 }
 
-CheckResult checkedInput(const Input& input) {
+CheckResult checkedInput(const Input& input, const Settings& settings) {
     CheckResult result;
     Loader loader;
     try {
-        checkInput(input, loader, result);
+        checkInput(input, settings, loader, result);
     } catch (const Failure& failure) {
         result.status = failure.status();
         result.reason = failure.what();
@@ -172,7 +175,7 @@ private:
         tasks.count = inputs_.size();
         const unsigned processors = std::max(std::thread::hardware_concurrency(), 1U);
         tasks.atOnce = settings_.jobs > 0 ? settings_.jobs : static_cast<int>(processors);
-        tasks.work = [&](size_t i) { return packed(checkedInput(inputs_[i])); };
+        tasks.work = [&](size_t i) { return packed(checkedInput(inputs_[i], settings_)); };
         tasks.said = [&](size_t, std::string_view text) { pass(text); };
         tasks.done = [&](size_t i, const WorkerResult& worker) { take(i, worker); };
         tasks.tick = [&](size_t finished) { progress_.show(totalSize_ * finished / inputs_.size()); };
@@ -259,6 +262,14 @@ int runCheck(const Settings& settings) {
     enableByDefault(settings, "ntl.enableDiagnostics");
     enableByDefault(settings, "arch.enableTestFeatures");
     return Checker(settings).run();
+}
+
+int runLint(const Settings& settings) {
+    if (settings.listRules) return listRules();
+    Settings thorough = settings;
+    thorough.isThorough = true;
+    enableByDefault(settings, "ntl.enableMapLib");
+    return runCheck(thorough);
 }
 
 } // namespace ntl

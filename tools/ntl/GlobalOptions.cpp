@@ -1,5 +1,6 @@
 #include "tools/ntl/GlobalOptions.h"
 
+#include "author/lint/lint.h"
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/frontend/SearchPath.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
@@ -14,8 +15,6 @@
 #include "hdnt/registry/registerCells.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"
-
-#include <libconfig.h++>
 
 #include <algorithm>
 #include <charconv>
@@ -145,13 +144,8 @@ static void registerTables(const Settings& settings) {
 
 // Architectures are known only to a configuration that lists them.
 static void requireKnown(const std::string& architecture, ConfigBase& config) {
-    const HCTLock lock(config.mutex());
-    const libconfig::Setting* const listed = config.lookup("ARCHITECTURES");
-    if (!listed || !listed->isGroup() || listed->exists(architecture)) return;
-    std::vector<std::string> names;
-    names.reserve(static_cast<size_t>(listed->getLength()));
-    for (int i = 0; i < listed->getLength(); ++i) names.emplace_back((*listed)[i].getName());
-    if (names.empty()) return;
+    const std::vector<std::string> names = hdnt::author::architecturesIn(config);
+    if (names.empty() || std::find(names.begin(), names.end(), architecture) != names.end()) return;
     throw Failure(Unusable, "--arch: no architecture '" + architecture + "'" + suggestion(architecture, names) +
                                 "; there are " + joined(names, ", "));
 }

@@ -64,34 +64,60 @@ static OptionSpec blockArgument(bool isRequired) {
 
 static OptionSpec jsonOption() { return {"--json", "", "Write JSON.", &Settings::json}; }
 
-static CommandSpec checkCommand() {
+static std::vector<OptionSpec> checkOptions() {
     return {
-        "check",
-        "check libraries for errors",
-        "Loads, finishes and checks each INPUT, a file or a folder of .btl files, as a library of its own in a "
-        "process of its own. Without INPUT, the shipped common and simulation libraries are checked.\n"
-        "Errors and warnings go to standard error. Standard output has a line for each input without errors, and "
-        "one that sums up several inputs.\n"
-        "Blocks with the test flag are checked too, unless --param arch.enableTestFeatures=false is given.",
-        {{"INPUT", "", "File or folder of .btl files; - for standard input.", &Settings::inputs, Completion::Library},
-         searchOption(),
-         {"-j,--jobs", "N", "Check up to N inputs at once; 0: as many as there are processors.", &Settings::jobs},
-         {"--format",
-          "FORMAT",
-          "Form of standard output: text, json or sarif.",
-          &Settings::format,
-          Completion::None,
-          {"text", "json", "sarif"}},
-         {"--depfile", "FILE", "Write the files that each input was read from to FILE, as rules for make.",
-          &Settings::depfile, Completion::File},
-         {"--deptarget", "NAME", "What depends on the files in the rules of --depfile; without it, FILE itself.",
-          &Settings::depTarget, Completion::File},
-         {"-q,--quiet", "", "Write nothing of inputs that are in order, and no sum.", &Settings::quiet},
-         {"--werror", "", "Let warnings count as errors.", &Settings::warningsAreErrors},
-         {"--root", "DIR", "Refuse INCLUDE and INLINE files that are not below DIR.", &Settings::rootFolder,
-          Completion::Directory},
-         parentOption()},
-        &runCheck};
+        {"INPUT", "", "File or folder of .btl files; - for standard input.", &Settings::inputs, Completion::Library},
+        searchOption(),
+        {"-j,--jobs", "N", "Check up to N inputs at once; 0: as many as there are processors.", &Settings::jobs},
+        {"--format",
+         "FORMAT",
+         "Form of standard output: text, json or sarif.",
+         &Settings::format,
+         Completion::None,
+         {"text", "json", "sarif"}},
+        {"--depfile", "FILE", "Write the files that each input was read from to FILE, as rules for make.",
+         &Settings::depfile, Completion::File},
+        {"--deptarget", "NAME", "What depends on the files in the rules of --depfile; without it, FILE itself.",
+         &Settings::depTarget, Completion::File},
+        {"-q,--quiet", "", "Write nothing of inputs that are in order, and no sum.", &Settings::quiet},
+        {"--werror", "", "Let warnings count as errors.", &Settings::warningsAreErrors},
+        {"--root", "DIR", "Refuse INCLUDE and INLINE files that are not below DIR.", &Settings::rootFolder,
+         Completion::Directory},
+        parentOption()};
+}
+
+static CommandSpec checkCommand() {
+    return {"check", "check libraries for errors",
+            "Loads, finishes and checks each INPUT, a file or a folder of .btl files, as a library of its own in a "
+            "process of its own. Without INPUT, the shipped common and simulation libraries are checked.\n"
+            "Errors and warnings go to standard error. Standard output has a line for each input without errors, and "
+            "one that sums up several inputs.\n"
+            "Blocks with the test flag are checked too, unless --param arch.enableTestFeatures=false is given.",
+            checkOptions(), &runCheck};
+}
+
+static CommandSpec lintCommand() {
+    std::vector<OptionSpec> options = checkOptions();
+    const std::vector<OptionSpec> more = {
+        {"--budget", "N", "Try at most N settings of a mapping; 2000 without it.", &Settings::budget},
+        {"--list-rules", "", "Write all codes with what they mean, and read nothing.", &Settings::listRules}};
+    options.insert(options.end(), more.begin(), more.end());
+    return {"lint", "check libraries, and try their mappings",
+            "As check, and applies the mapping of each block to settings that are chosen so that every listed value, "
+            "every bound and both sides of every condition occur. Says what goes wrong for which of them: pins that "
+            "are open, driven twice or not at all, branches that are never taken, properties that change nothing.\n"
+            "Map libraries are judged too, for each architecture of the configuration.",
+            std::move(options), &runLint};
+}
+
+static CommandSpec explainCommand() {
+    return {"explain",
+            "explain the code of a report, warning or rule",
+            "Writes what each CODE means, with an example and the same example mended. The codes stand in brackets at "
+            "the end of the lines of check and lint; 'ntl lint --list-rules' lists them.",
+            {{"CODE", "", "A code, such as unknown-pin.", &Settings::codes, Completion::None, {}, true}},
+            &runExplain,
+            false};
 }
 
 static CommandSpec listCommand() {
@@ -232,8 +258,9 @@ static CommandSpec helpCommand() {
 }
 
 const std::vector<CommandSpec>& commands() {
-    static const std::vector<CommandSpec> all = {checkCommand(), listCommand(),   showCommand(), expandCommand(),
-                                                 printCommand(), formatCommand(), diffCommand(), helpCommand()};
+    static const std::vector<CommandSpec> all = {checkCommand(),   lintCommand(),  listCommand(),   showCommand(),
+                                                 expandCommand(),  printCommand(), formatCommand(), diffCommand(),
+                                                 explainCommand(), helpCommand()};
     return all;
 }
 
@@ -257,7 +284,8 @@ static void addOption(CLI::App& app, const OptionSpec& spec, Settings& settings)
     if (const auto* const flag = std::get_if<bool Settings::*>(&spec.target)) {
         option = app.add_flag(spec.flags, settings.*(*flag), spec.help);
     } else if (const auto* const number = std::get_if<int Settings::*>(&spec.target)) {
-        option = app.add_option(spec.flags, settings.*(*number), spec.help)->check(CLI::Range(0, 4096).description(""));
+        option =
+            app.add_option(spec.flags, settings.*(*number), spec.help)->check(CLI::Range(0, 1000000).description(""));
     } else if (const auto* const text = std::get_if<std::string Settings::*>(&spec.target)) {
         option = app.add_option(spec.flags, settings.*(*text), spec.help);
     } else {

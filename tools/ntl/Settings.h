@@ -24,6 +24,9 @@ struct Settings {
     bool warningsAreErrors = false;
     bool quiet = false;
     std::string rootFolder;
+    bool isThorough = false; ///< mappings are tried, too
+    int budget = 2000;       ///< expansions of one mapping
+    bool listRules = false;
 
     std::string parent;  ///< empty: none; "common"; or a path
     std::string library; ///< empty: the common library
@@ -49,6 +52,8 @@ struct Settings {
     std::vector<std::string> oldSearchDirectories;
     std::vector<std::string> newSearchDirectories;
     std::string failOn = "any"; ///< the least effect that counts for the status
+
+    std::vector<std::string> codes; ///< of rules and messages
 
     std::string topic; ///< what help is wanted of; empty: the tool
 };

@@ -1,4 +1,4 @@
-#include "author/lint/lintRules.internal.h"
+#include "author/lint/Findings.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTProperty.h"
@@ -24,16 +24,6 @@ std::string valueText(const Value& value) {
 }
 
 std::string textOrNone(const std::optional<Value>& bound) { return bound ? textOf(*bound) : std::string(); }
-
-struct Findings {
-    void add(LintCode code, const HDNTNode& node, std::initializer_list<std::string_view> arguments) {
-        const yyltype* const location = node.getLocation();
-        list.push_back(finding(code, location ? places.placeOf(*location) : Place(), arguments));
-    }
-
-    std::vector<Diagnostic> list;
-    SourcePlaces places;
-};
 
 // One property under judgement. Texts name it, and the pin it belongs to.
 class PropertyJudge {
@@ -120,16 +110,13 @@ void judgeBus(const HDNTBus& bus, Findings& findings) {
 
 } // namespace
 
-std::vector<Diagnostic> lintLibrary(const HDNTLibrary& library) {
-    Findings findings;
+void judgeDeclarations(const HDNTLibrary& library, Findings& findings) {
     for (const HDNTBlock& block : library.blocks()) {
         if (block.getType() >= HDNTCellviewLib::UNKNOWN)
             findings.add(LintCode::unregisteredBlock, block, {block.getName()});
         for (const HDNTBus& bus : block.buses()) judgeBus(bus, findings);
         for (const HDNTProperty& property : block.properties()) PropertyJudge(property, "", findings).judge();
     }
-    sortByPlace(findings.list);
-    return std::move(findings.list);
 }
 
 } // namespace hdnt::author

@@ -1,0 +1,61 @@
+#include "author/lint/Findings.internal.h"
+#include "author/lint/nearestNames.h"
+#include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/netlist/HDNTBlockInst.h"
+#include "hdnt/platform/HEX.h"
+
+namespace hdnt::author {
+
+static std::string filledIn(std::string_view wording, std::span<const std::string> arguments) {
+    std::string text;
+    std::size_t next = 0;
+    for (const char c : wording) {
+        if (c == '%' && next < arguments.size()) text += arguments[next++];
+        else text += c;
+    }
+    return text;
+}
+
+Diagnostic finding(LintCode code, Place place, std::span<const std::string> arguments) {
+    const DiagnosticRule& rule = lintRules()[static_cast<std::size_t>(code)];
+    return {rule.severity, std::string(rule.name), std::move(place), filledIn(rule.wording, arguments), {}, {}};
+}
+
+void Findings::add(LintCode code, const HDNTNode& node, const std::vector<std::string>& arguments) {
+    const yyltype* const location = node.getLocation();
+    if (location) add(code, *location, arguments);
+    else list.push_back(finding(code, {}, arguments));
+}
+
+void Findings::add(LintCode code, const yyltype& location, const std::vector<std::string>& arguments) {
+    places_.insert({location.first_line, location.first_column, location.storeOffset});
+    list.push_back(finding(code, sources_.placeOf(location), arguments));
+}
+
+bool Findings::speakOf(const yyltype& location) const {
+    return places_.contains({location.first_line, location.first_column, location.storeOffset});
+}
+
+void Findings::relate(const HDNTNode& node, std::string message) {
+    if (const yyltype* const location = node.getLocation())
+        list.back().related.push_back({sources_.placeOf(*location), std::move(message)});
+}
+
+std::string question(const std::string& wanted, const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& one : nearestNames(wanted, names)) text += (text.empty() ? "; did you mean " : ", ") + one;
+    return text.empty() ? text : text + "?";
+}
+
+// The common library may be missing or broken; then its blocks are unknown.
+HDNTBlock* BlockFinder::blockOf(const HDNTBlockInst& inst) {
+    const auto [found, isNew] = blocks_.emplace(inst.typeName(), nullptr);
+    if (!isNew) return found->second;
+    try {
+        found->second = inst.getTypeBlock(library_);
+    } catch (const HEXAll&) {
+    }
+    return found->second;
+}
+
+} // namespace hdnt::author

@@ -1,0 +1,133 @@
+#include "author/lint/MappingView.internal.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTPin.h"
+#include "hdnt/netlist/HDNTAssignProperty.h"
+#include "hdnt/netlist/HDNTBlockInst.h"
+#include "hdnt/netlist/HDNTCompoundExpr.h"
+#include "hdnt/netlist/HDNTConnect.h"
+#include "hdnt/netlist/HDNTFunctionCall.h"
+#include "hdnt/netlist/HDNTNetlist.h"
+#include "hdnt/netlist/HDNTSignal.h"
+#include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/netlist/HDNTValue.h"
+#include "hdnt/platform/HSTStringUtils.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace hdnt::author {
+
+MappingView::MappingView(const HDNTNetlist& netlist) {
+    const auto all = [this](const auto& entities) {
+        for (const auto* entity : entities) statement(*entity, 0);
+    };
+    all(netlist.preInstanceCalls());
+    all(netlist.instances());
+    all(netlist.signals());
+    all(netlist.connects());
+    all(netlist.pinPropertyAssigns());
+    all(netlist.blockPropertyAssigns());
+    all(netlist.ifStmts());
+    all(netlist.postInstanceCalls());
+}
+
+// As HDNTExpansion goes through them, but into both branches.
+void MappingView::statement(const HDNTNetlistEntity& entity, std::size_t scope) {
+    if (const auto* const inst = nodeCast<HDNTBlockInst>(&entity)) return instances_.push_back({inst, scope});
+    if (const auto* const declared = nodeCast<HDNTSignal>(&entity)) return signal(*declared, scope);
+    if (const auto* const pins = nodeCast<HDNTConnect>(&entity)) return connects_.push_back({pins, scope});
+    if (const auto* const value = nodeCast<HDNTAssignProperty>(&entity)) return assigns_.push_back({value, scope});
+    if (const auto* const call = nodeCast<HDNTFunctionCall>(&entity)) return calls_.push_back({call, scope});
+    if (const auto* const stmt = nodeCast<HDNTIfStmt>(&entity)) {
+        conditions_.push_back({stmt, scope});
+        branch(*stmt, true, scope);
+        branch(*stmt, false, scope);
+    }
+    const auto* const block = nodeCast<HDNTStmtBlock>(&entity);
+    if (!block || !block->enabled()) return;
+    for (const HDNTNetlistEntity* inner : block->statements()) statement(*inner, scope);
+}
+
+void MappingView::branch(const HDNTIfStmt& stmt, bool holds, std::size_t scope) {
+    const HDNTNetlistEntity* const inside = holds ? stmt.thenStmt() : stmt.elseStmt();
+    if (!inside) return;
+    scopes_.push_back({scope, &stmt, holds, scopes_[scope].depth + 1});
+    statement(*inside, scopes_.size() - 1);
+}
+
+void MappingView::signal(const HDNTSignal& signal, std::size_t scope) {
+    std::vector<std::string> names;
+    std::vector<int> bits;
+    if (!nodeCast<HDNTSigList>(&signal)) names.push_back(signal.name());
+    else signal.unfoldRangedName(signal.name(), names, bits);
+    for (std::size_t i = 0; i < names.size(); ++i)
+        signals_.push_back({bits.empty() ? names[i] : names[i] + '[' + std::to_string(bits[i]) + ']', &signal, scope});
+    if (signal.connect()) connects_.push_back({signal.connect(), scope});
+}
+
+bool MappingView::isWithin(std::size_t inner, std::size_t outer) const {
+    while (inner > outer) inner = scopes_[inner].outer;
+    return inner == outer;
+}
+
+bool MappingView::areExclusive(std::size_t a, std::size_t b) const {
+    while (scopes_[a].depth > scopes_[b].depth) a = scopes_[a].outer;
+    while (scopes_[b].depth > scopes_[a].depth) b = scopes_[b].outer;
+    for (; a != b; a = scopes_[a].outer, b = scopes_[b].outer)
+        if (scopes_[a].stmt == scopes_[b].stmt) return true;
+    return false;
+}
+
+// As HDNTExpansion finds them: a bus by its base name alone, upper-cased.
+NamedPins::NamedPins(const HDNTBlock& block, const std::string& name) : pin_(block.findPin(name)) {
+    const HDNTBus* const bus = pin_ ? nullptr : block.findBus(name);
+    if (bus && HSTStringUtils::to_upper_copy(name) == bus->getBaseName()) bus_ = bus;
+}
+
+const HDNTBus* NamedPins::declaration() const { return bus_ || !pin_ ? bus_ : pin_->getBus(); }
+
+std::vector<const HDNTPin*> NamedPins::pins() const {
+    std::vector<const HDNTPin*> pins;
+    if (pin_) pins.push_back(pin_);
+    for (std::size_t i = 0; bus_ && i < bus_->pinCount(); ++i) pins.push_back(&bus_->pins()[i]);
+    return pins;
+}
+
+void forEachExpr(const HDNTExpr* outermost, const std::function<void(const HDNTExpr&)>& visit) {
+    std::vector<const HDNTExpr*> left;
+    if (outermost) left.push_back(outermost);
+    while (!left.empty()) {
+        const HDNTExpr* const expr = left.back();
+        left.pop_back();
+        visit(*expr);
+        if (const auto* const operation = nodeCast<HDNTCompoundExpr>(expr)) {
+            for (const HDNTExpr* operand : {operation->rhs(), operation->lhs()})
+                if (operand) left.push_back(operand);
+        } else if (const auto* const call = nodeCast<HDNTFunctionCall>(expr)) {
+            left.insert(left.end(), call->actuals().rbegin(), call->actuals().rend());
+        }
+    }
+}
+
+Question questionOf(const HDNTExpr& expr) {
+    struct Row {
+        std::string_view name;
+        Question::Of of;
+        unsigned type;
+    };
+    using Of = Question::Of;
+    static constexpr std::array<Row, 5> rows = {{{"intProperty", Of::property, HATAttrTypes::TypeInt},
+                                                 {"doubleProperty", Of::property, HATAttrTypes::TypeDouble},
+                                                 {"boolProperty", Of::property, HATAttrTypes::TypeBool},
+                                                 {"stringProperty", Of::property, HATAttrTypes::TypeString},
+                                                 {"isConnected", Of::connection, HATAttrTypes::TypeBool}}};
+    const auto* const call = nodeCast<HDNTFunctionCall>(&expr);
+    if (!call || call->actuals().size() != 1) return {};
+    const auto* const name = nodeCast<HDNTStringConstant>(call->actuals().front());
+    const auto* const row =
+        std::find_if(rows.begin(), rows.end(), [&](const Row& r) { return r.name == call->name(); });
+    return name && row != rows.end() ? Question{row->of, name->getValue(), row->type} : Question{};
+}
+
+} // namespace hdnt::author

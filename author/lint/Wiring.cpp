@@ -1,0 +1,133 @@
+#include "author/lint/MappingView.internal.h"
+#include "author/lint/Wiring.internal.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTPin.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace hdnt::author {
+
+bool WiringFault::operator<(const WiringFault& other) const {
+    const auto key = [](const WiringFault& one) {
+        return std::tie(one.at.first_line, one.at.first_column, one.at.storeOffset, one.code, one.arguments);
+    };
+    return key(*this) < key(other);
+}
+
+static bool isConstant(const std::string& signal) { return signal == "@0" || signal == "@1"; }
+
+static std::string wordsFor(const std::string& instance, const std::string& pin) {
+    return (instance.empty() ? "" : '"' + instance + "\" ") + '"' + pin + '"';
+}
+
+Wiring::Wiring(const HDNTExpansion::Level& level) : level_(level) {
+    for (std::size_t i = 0; i < level.instances.size(); ++i) {
+        instances_.emplace(level.instances[i].name, i);
+        const HDNTBlock* const block = level.instances[i].block;
+        connected_.emplace_back(block ? block->pins().size() : 0);
+    }
+    connected_.emplace_back(level.block->pins().size());
+    for (const HDNTExpansion::Signal& signal : level.signals) nets_[signal.name].at = signal.origin.location;
+    for (const HDNTExpansion::Connection& connection : level.connections) connect(connection);
+    for (const auto& [name, net] : nets_)
+        if (net.drivers.size() + net.loads + net.both > 1) joining_.insert(name);
+}
+
+// Inside the block its inputs drive and its outputs are driven; what is added to a block that stays sees it from
+// outside.
+bool Wiring::isOwnInside(const HDNTExpansion::Connection& connection) const {
+    return connection.instance.empty() && level_.section != HDNTNetlist::Section::modifiedby;
+}
+
+void Wiring::connect(const HDNTExpansion::Connection& connection) {
+    const auto found = instances_.find(connection.instance);
+    const bool isOwn = connection.instance.empty();
+    if (!isOwn && found == instances_.end()) return;
+    const HDNTBlock* const block = isOwn ? level_.block : level_.instances[found->second].block;
+    if (!block) return;
+    const std::vector<const HDNTPin*> pins = NamedPins(*block, connection.pin).pins();
+    if (pins.empty()) return;
+    Connected& connected = connected_[isOwn ? level_.instances.size() : found->second];
+    for (const HDNTPin* pin : pins) connected[pin->getPinIndex()] = true;
+    const auto [at, isNew] = nets_.try_emplace(connection.signal);
+    Net& net = at->second;
+    if (isNew) net.at = connection.origin.location;
+    const HDNT_PIN_DIRECTION direction = pins.front()->getDirection();
+    const bool isInside = isOwnInside(connection);
+    const std::string words = wordsFor(connection.instance, connection.pin);
+    if (isOwn && direction == HDNT_PIN_INPUT) usedInputs_.insert(pins.front()->getBaseName());
+    if (direction == HDNT_PIN_BIDIR) {
+        ++net.both;
+    } else if (direction == (isInside ? HDNT_PIN_INPUT : HDNT_PIN_OUTPUT)) {
+        if (std::ranges::find(net.drivers, words) == net.drivers.end()) net.drivers.push_back(words);
+    } else if (direction == (isInside ? HDNT_PIN_OUTPUT : HDNT_PIN_INPUT)) {
+        if (net.loads++ == 0) net.firstLoad = words;
+    }
+}
+
+std::vector<WiringFault> Wiring::faults(const std::set<std::string>& openPins) const {
+    std::vector<WiringFault> faults;
+    addNetFaults(faults);
+    addInputFaults(faults);
+    if (level_.section != HDNTNetlist::Section::modifiedby) addOutputFaults(openPins, faults);
+    return faults;
+}
+
+void Wiring::addNetFaults(std::vector<WiringFault>& faults) const {
+    for (const auto& [name, net] : nets_) {
+        const std::size_t drivers = net.drivers.size() + (isConstant(name) ? 1 : 0);
+        if (drivers > 1) {
+            const std::string& first = net.drivers.front();
+            faults.push_back(
+                {LintCode::twoDrivers, net.at, {name, isConstant(name) ? "the constant" : first, net.drivers.back()}});
+        }
+        if (drivers == 0 && net.both == 0 && net.loads > 0)
+            faults.push_back({LintCode::undrivenSignal, net.at, {name, net.firstLoad}});
+    }
+}
+
+// Open bits of a bus, or the bus when all are.
+static std::string openPart(const HDNTBus& bus, const std::vector<bool>& connected) {
+    std::string open;
+    std::size_t count = 0;
+    for (const HDNTPin& pin : bus.pins()) {
+        if (connected[pin.getPinIndex()]) continue;
+        ++count;
+        if (count <= 4) open += (open.empty() ? "" : ", ") + pin.getName(false);
+    }
+    if (count > 4) open += ", ...";
+    return count == bus.pinCount() && count > 0 ? bus.getName() : open;
+}
+
+static bool mayStayOpen(const HDNTBus& bus) {
+    const HDNT_PIN_REQUIREDVALUE required = bus.getRequiredValue();
+    const bool isTied = required == HDNT_PIN_TIE_LOW || required == HDNT_PIN_TIE_HIGH ||
+                        required == HDNT_PIN_TIE_SPECIAL || required == HDNT_PIN_UNTIE;
+    return isTied || bus.isTest() || bus.isAbstract() || bus.getDirection() != HDNT_PIN_INPUT;
+}
+
+void Wiring::addInputFaults(std::vector<WiringFault>& faults) const {
+    for (std::size_t i = 0; i < level_.instances.size(); ++i) {
+        const HDNTExpansion::Instance& inst = level_.instances[i];
+        if (!inst.block) continue;
+        for (const HDNTBus& bus : inst.block->buses()) {
+            if (mayStayOpen(bus)) continue;
+            const std::string open = openPart(bus, connected_[i]);
+            if (!open.empty())
+                faults.push_back({LintCode::openInput, inst.origin.location, {open, inst.name, inst.block->getName()}});
+        }
+    }
+}
+
+void Wiring::addOutputFaults(const std::set<std::string>& openPins, std::vector<WiringFault>& faults) const {
+    for (const HDNTBus& bus : level_.block->buses()) {
+        const bool isWanted = bus.getDirection() == HDNT_PIN_OUTPUT && !bus.isTest() && !bus.isAbstract();
+        if (!isWanted || openPins.contains(bus.getBaseName())) continue;
+        const std::string open = openPart(bus, connected_.back());
+        if (!open.empty())
+            faults.push_back({LintCode::undrivenOutput, level_.location, {open, level_.block->getName()}});
+    }
+}
+
+} // namespace hdnt::author

@@ -1,0 +1,318 @@
+// What comes out of a mapping, for settings chosen to show all of it.
+#include "author/lint/Findings.internal.h"
+#include "author/lint/MappingView.internal.h"
+#include "author/lint/SettingCover.h"
+#include "author/lint/Wiring.internal.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTConnect.h"
+#include "hdnt/netlist/HDNTFunctionTable.h"
+#include "hdnt/netlist/HDNTSignal.h"
+#include "hdnt/netlist/HDNTStmt.h"
+#include "hdnt/platform/HEX.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <tuple>
+
+namespace hdnt::author {
+
+namespace {
+
+using PlaceKey = std::tuple<int, int, int>;
+
+PlaceKey keyOf(const yyltype& at) { return {at.first_line, at.first_column, at.storeOffset}; }
+
+/// A mapping under trial.
+class Trial {
+public:
+    Trial(HDNTBlock& block, const HDNTNetlist& netlist, const std::string& architecture, std::size_t budget,
+          Findings& findings, MappingGraph& graph)
+        : block_(block), netlist_(netlist), architecture_(architecture), budget_(budget), findings_(findings),
+          graph_(graph), view_(netlist), cover_(block, netlist) {
+        for (const auto& stmt : view_.conditions())
+            if (const yyltype* const at = stmt.node->getLocation()) branches_[keyOf(*at)];
+    }
+
+    void judge() {
+        for (const SettingChoice& choice : cover_.choices(budget_)) run(choice);
+        seekBranches();
+        const bool isCertain = !hadProblems_;
+        if (isCertain) seekEffects();
+        for (const auto& [fault, seen] : faults_) report(fault, seen);
+        if (!isCertain) return;
+        reportBranches();
+        reportSignals();
+        reportInputs();
+    }
+
+private:
+    /// Where a fault was seen.
+    struct Seen {
+        std::size_t count = 0;
+        SettingChoice smallest;
+    };
+    /// Which ways an if statement went.
+    struct Ways {
+        bool held = false;
+        bool failed = false;
+    };
+
+    bool isLeft() const { return tried_ < budget_; }
+
+    void run(const SettingChoice& choice) {
+        if (!tries_.insert(choice).second) return;
+        const std::vector<WiringFault> faults = tryOut(choice);
+        for (const WiringFault& fault : faults) {
+            Seen& seen = faults_[fault];
+            if (seen.count == 0 || sizeOf(choice) < sizeOf(seen.smallest)) seen.smallest = choice;
+            ++seen.count;
+        }
+    }
+
+    static std::ptrdiff_t sizeOf(const SettingChoice& choice) {
+        return std::ranges::count_if(choice, [](unsigned short value) { return value != 0; });
+    }
+
+    std::vector<WiringFault> tryOut(const SettingChoice& choice) {
+        ++tried_;
+        HDNTExpansion expansion(block_, architecture_);
+        cover_.apply(choice, expansion);
+        HDNTFunctionTable functions;
+        cover_.addFunctions(choice, functions);
+        const HDNTFunctionTable::Scope scope(functions);
+        expansion.expand();
+        std::vector<WiringFault> faults;
+        for (const HDNTExpansion::Problem& problem : expansion.problems())
+            faults.push_back({LintCode::mappingProblem, problem.location, {problem.message}});
+        hadProblems_ = hadProblems_ || !faults.empty();
+        if (expansion.levels().empty()) return faults;
+        const HDNTExpansion::Level& level = expansion.levels().front();
+        note(level);
+        const Wiring wiring(level);
+        used_.insert(wiring.usedInputs().begin(), wiring.usedInputs().end());
+        joining_.insert(wiring.joiningSignals().begin(), wiring.joiningSignals().end());
+        for (WiringFault& fault : wiring.faults(openPinsOf(choice))) faults.push_back(std::move(fault));
+        return faults;
+    }
+
+    void note(const HDNTExpansion::Level& level) {
+        for (const HDNTExpansion::Branch& branch : level.branches) {
+            Ways& ways = branches_[keyOf(branch.origin.location)];
+            (branch.taken ? ways.held : ways.failed) = true;
+        }
+        for (const HDNTExpansion::Instance& instance : level.instances)
+            if (instance.block) graph_.add(block_, *instance.block, instance.origin.location);
+        outcome_ = textOf(level);
+    }
+
+    // A text in which equal outcomes are equal.
+    static std::string textOf(const HDNTExpansion::Level& level) {
+        std::string text;
+        const auto add = [&text](const auto&... parts) { ((text += parts, text += '\0'), ...); };
+        const auto addValues = [&](const std::vector<HDNTExpansion::PropertyValue>& values) {
+            for (const auto& one : values) add(one.pin, one.name, hdnt::textOf(one.value));
+        };
+        for (const auto& instance : level.instances) {
+            add(instance.name, instance.type);
+            addValues(instance.properties);
+        }
+        for (const auto& one : level.connections) add(one.signal, one.instance, one.pin, one.inverted ? "~" : "");
+        addValues(level.pinProperties);
+        for (const auto& call : level.calls) {
+            add(call.name);
+            for (const Value& argument : call.arguments) add(hdnt::textOf(argument));
+        }
+        return text;
+    }
+
+    std::set<std::string> openPinsOf(const SettingChoice& choice) const {
+        std::set<std::string> open;
+        for (std::size_t i = 0; i < choice.size(); ++i) {
+            const SettingFactor& factor = cover_.factors()[i];
+            if (factor.kind == SettingFactor::Kind::pin && choice[i] == 0)
+                open.insert(factor.name.substr(0, factor.name.find('[')));
+        }
+        return open;
+    }
+
+    // Pairs of values may miss a branch that takes three: its own factors are tried in all combinations.
+    void seekBranches() {
+        for (std::size_t i = 0; i < view_.conditions().size(); ++i) {
+            const yyltype* const at = view_.conditions()[i].node->getLocation();
+            if (!at) continue;
+            const Ways& ways = branches_[keyOf(*at)];
+            for (const SettingChoice& choice :
+                 cover_.combinations(cover_.deciders()[i], SettingChoice(cover_.factors().size()),
+                                     budget_ - std::min(budget_, tried_))) {
+                if ((ways.held && ways.failed) || !isLeft()) break;
+                run(choice);
+            }
+        }
+    }
+
+    // Each property alone, from several settings on, until the outcome is another one.
+    void seekEffects() {
+        std::vector<SettingChoice> bases = cover_.choices(16);
+        for (std::size_t i = 0; i < cover_.factors().size(); ++i) {
+            const SettingFactor& factor = cover_.factors()[i];
+            if (factor.kind != SettingFactor::Kind::property || factor.values.size() < 2) continue;
+            const bool hasEffect =
+                std::ranges::any_of(bases, [&](const SettingChoice& base) { return tells(base, i); });
+            if (!hasEffect && isLeft()) withoutEffect_.push_back(factor.name);
+        }
+    }
+
+    bool tells(SettingChoice choice, std::size_t factor) {
+        std::string first;
+        for (std::size_t value = 0; value < cover_.factors()[factor].values.size() && isLeft(); ++value) {
+            choice[factor] = static_cast<unsigned short>(value);
+            tryOut(choice);
+            if (value == 0) first = outcome_;
+            else if (outcome_ != first) return true;
+        }
+        return false;
+    }
+
+    std::string settingText(const Seen& seen) const {
+        if (tries_.size() == 1) return {};
+        if (seen.count == tries_.size()) return "; in every setting";
+        const std::string text = cover_.textOf(seen.smallest);
+        return "; with " + (text.empty() ? "the defaults" : text) + " (" + std::to_string(seen.count) + " of " +
+               std::to_string(tries_.size()) + " settings)";
+    }
+
+    void report(const WiringFault& fault, Seen seen) {
+        if (fault.code == LintCode::mappingProblem && findings_.speakOf(fault.at)) return;
+        shrink(fault, seen.smallest);
+        std::vector<std::string> arguments = fault.arguments;
+        arguments.push_back(settingText(seen));
+        findings_.add(fault.code, fault.at, arguments);
+    }
+
+    // Leaves out of a setting what the fault does not need.
+    void shrink(const WiringFault& fault, SettingChoice& choice) {
+        for (std::size_t i = 0; i < choice.size(); ++i) {
+            if (choice[i] == 0) continue;
+            SettingChoice less = choice;
+            less[i] = 0;
+            const std::vector<WiringFault> faults = tryOut(less);
+            const auto isSame = [&](const WiringFault& one) { return !(one < fault) && !(fault < one); };
+            if (std::ranges::any_of(faults, isSame)) choice = std::move(less);
+        }
+    }
+
+    void reportBranches() {
+        for (const auto& stmt : view_.conditions()) {
+            const yyltype* const at = stmt.node->getLocation();
+            if (!at) continue;
+            const Ways ways = branches_[keyOf(*at)];
+            if (ways.held == ways.failed) continue; // both, or in a branch that is not taken itself
+            const std::string settings = std::to_string(tries_.size());
+            if (ways.failed) findings_.add(LintCode::branchNeverTaken, *at, {"the branch", "holds", settings});
+            else if (stmt.node->elseStmt())
+                findings_.add(LintCode::branchNeverTaken, *at, {"the else branch", "fails", settings});
+            else findings_.add(LintCode::conditionAlwaysTrue, *at, {settings});
+        }
+        for (const std::string& name : withoutEffect_)
+            if (const HDNTProperty* const property = block_.findProperty(name))
+                findings_.add(LintCode::propertyWithoutEffect, *property, {name, block_.getName()});
+    }
+
+    void reportSignals() {
+        std::set<const HDNTSignal*> reported;
+        for (const auto& signal : view_.signals()) {
+            const bool isConstant = signal.name == "@0" || signal.name == "@1";
+            if (joining_.contains(signal.name) || isConstant || isAtFault(signal.name)) continue;
+            if (reported.insert(signal.node).second)
+                findings_.add(LintCode::singlePinSignal, *signal.node, {signal.name});
+        }
+    }
+
+    // A signal that is spoken of already.
+    bool isAtFault(const std::string& signal) const {
+        return std::ranges::any_of(faults_, [&](const auto& one) {
+            const bool isOfSignal =
+                one.first.code == LintCode::undrivenSignal || one.first.code == LintCode::twoDrivers;
+            return isOfSignal && one.first.arguments.front() == signal;
+        });
+    }
+
+    void reportInputs() {
+        if (netlist_.section() == HDNTNetlist::Section::modifiedby) return;
+        for (const HDNTBus& bus : block_.buses()) {
+            const bool isWanted = bus.getDirection() == HDNT_PIN_INPUT && !bus.isTest() && !bus.isAbstract();
+            if (isWanted && !used_.contains(bus.getBaseName()))
+                findings_.add(LintCode::unusedInput, netlist_, {bus.getName(), block_.getName()});
+        }
+    }
+
+    HDNTBlock& block_;
+    const HDNTNetlist& netlist_;
+    const std::string& architecture_;
+    std::size_t budget_;
+    Findings& findings_;
+    MappingGraph& graph_;
+    MappingView view_;
+    SettingCover cover_;
+
+    std::size_t tried_ = 0; ///< expansions
+    std::set<SettingChoice> tries_;
+    std::string outcome_; ///< of the last expansion
+    bool hadProblems_ = false;
+    std::map<WiringFault, Seen> faults_;
+    std::map<PlaceKey, Ways> branches_;
+    std::set<std::string> used_;    ///< inputs of the block
+    std::set<std::string> joining_; ///< signals
+    std::vector<std::string> withoutEffect_;
+};
+
+} // namespace
+
+void judgeByTrying(HDNTBlock& block, const HDNTNetlist& netlist, const std::string& architecture, std::size_t budget,
+                   Findings& findings, MappingGraph& graph) {
+    // Something to come: there is nothing in it to be judged.
+    if (netlist.instances().empty() && netlist.connects().empty() && netlist.ifStmts().empty()) return;
+    Trial(block, netlist, architecture, std::max<std::size_t>(budget, 1), findings, graph).judge();
+}
+
+bool MappingGraph::ByName::operator()(const HDNTBlock* a, const HDNTBlock* b) const {
+    const int order = a->getName().compare(b->getName());
+    return order != 0 ? order < 0 : std::less<>()(a, b);
+}
+
+void MappingGraph::add(const HDNTBlock& from, const HDNTBlock& to, const yyltype& at) {
+    edges_[&from].emplace(&to, at);
+}
+
+// Depth first; a way back to a block that is on the way is a circle. Each block is gone through once.
+void MappingGraph::reportCircles(Findings& findings) const {
+    std::set<const HDNTBlock*> done;
+    for (const auto& [start, ignored] : edges_) {
+        std::vector<std::pair<const HDNTBlock*, Edges::const_iterator>> way;
+        const auto enter = [&](const HDNTBlock* block) {
+            const auto found = edges_.find(block);
+            if (done.insert(block).second && found != edges_.end()) way.emplace_back(block, found->second.begin());
+        };
+        enter(start);
+        while (!way.empty()) {
+            auto& [block, next] = way.back();
+            if (next == edges_.at(block).end()) {
+                way.pop_back();
+                continue;
+            }
+            const auto [to, at] = *next++;
+            const auto onWay = std::ranges::find(way, to, [](const auto& step) { return step.first; });
+            if (onWay == way.end()) {
+                enter(to);
+                continue;
+            }
+            std::string circle;
+            for (auto step = onWay; step != way.end(); ++step) circle += step->first->getName() + " -> ";
+            findings.add(LintCode::mappingCircle, at, {circle + to->getName()});
+        }
+    }
+}
+
+} // namespace hdnt::author
