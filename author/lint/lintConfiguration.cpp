@@ -172,7 +172,7 @@ public:
     }
 
     void judge(ConfigBase& config, const Rule& rules, const std::string& fileName) {
-        if (Names listed = architecturesIn(config); !listed.empty()) names_[Kind::Architecture] = std::move(listed);
+        if (config.exists("ARCHITECTURES")) names_[Kind::Architecture] = architecturesIn(config);
         const HCTLock lock(config.mutex());
         fileName_ = fileName;
         speaksOfOthers_ = !isWhole_ || isFromElsewhere(fileName);
