@@ -32,6 +32,11 @@ void Findings::add(LintCode code, const yyltype& location, const std::vector<std
     list.push_back(finding(code, sources_.placeOf(location), arguments));
 }
 
+void Findings::note(const HDNTNode& node) {
+    if (const yyltype* const at = node.getLocation())
+        places_.insert({at->first_line, at->first_column, at->storeOffset});
+}
+
 bool Findings::speakOf(const yyltype& location) const {
     return places_.contains({location.first_line, location.first_column, location.storeOffset});
 }

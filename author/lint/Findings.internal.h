@@ -23,6 +23,8 @@ class Findings {
 public:
     void add(LintCode code, const HDNTNode& node, const std::vector<std::string>& arguments);
     void add(LintCode code, const yyltype& location, const std::vector<std::string>& arguments);
+    /// Something is said of the node.
+    void note(const HDNTNode& node);
     /// Whether something is said of the place already.
     bool speakOf(const yyltype& location) const;
     /// Another place that the last finding speaks of.

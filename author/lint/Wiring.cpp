@@ -15,6 +15,8 @@ bool WiringFault::operator<(const WiringFault& other) const {
     return key(*this) < key(other);
 }
 
+using Pins = std::vector<const HDNTPin*>;
+
 static bool isConstant(const std::string& signal) { return signal == "@0" || signal == "@1"; }
 
 static std::string wordsFor(const std::string& instance, const std::string& pin) {
@@ -34,29 +36,29 @@ Wiring::Wiring(const HDNTExpansion::Level& level) : level_(level) {
         if (net.drivers.size() + net.loads + net.both > 1) joining_.insert(name);
 }
 
-// Inside the block its inputs drive and its outputs are driven; what is added to a block that stays sees it from
-// outside.
-bool Wiring::isOwnInside(const HDNTExpansion::Connection& connection) const {
-    return connection.instance.empty() && level_.section != HDNTNetlist::Section::modifiedby;
-}
-
 void Wiring::connect(const HDNTExpansion::Connection& connection) {
-    const auto found = instances_.find(connection.instance);
-    const bool isOwn = connection.instance.empty();
-    if (!isOwn && found == instances_.end()) return;
-    const HDNTBlock* const block = isOwn ? level_.block : level_.instances[found->second].block;
-    if (!block) return;
-    const std::vector<const HDNTPin*> pins = NamedPins(*block, connection.pin).pins();
-    if (pins.empty()) return;
-    Connected& connected = connected_[isOwn ? level_.instances.size() : found->second];
-    for (const HDNTPin* pin : pins) connected[pin->getPinIndex()] = true;
     const auto [at, isNew] = nets_.try_emplace(connection.signal);
     Net& net = at->second;
     if (isNew) net.at = connection.origin.location;
-    const HDNT_PIN_DIRECTION direction = pins.front()->getDirection();
-    const bool isInside = isOwnInside(connection);
+    const auto found = instances_.find(connection.instance);
+    const bool isOwn = connection.instance.empty();
+    const std::size_t place = isOwn || found == instances_.end() ? level_.instances.size() : found->second;
+    const HDNTBlock* const block = isOwn                       ? level_.block
+                                   : found == instances_.end() ? nullptr
+                                                               : level_.instances[place].block;
+    const std::vector<const HDNTPin*> pins = block ? NamedPins(*block, connection.pin).pins() : Pins();
+    for (const HDNTPin* pin : pins) connected_[place][pin->getPinIndex()] = true;
+    if (isOwn && !pins.empty() && pins.front()->getDirection() == HDNT_PIN_INPUT)
+        usedInputs_.insert(pins.front()->getBaseName());
+    // A pin that is not known may be of any direction; those of a block that stays are connected outside, too.
+    const bool isEither = pins.empty() || (isOwn && level_.section == HDNTNetlist::Section::modifiedby);
+    join(net, connection, isEither ? HDNT_PIN_BIDIR : pins.front()->getDirection());
+}
+
+// Inside the block its inputs drive and its outputs are driven.
+void Wiring::join(Net& net, const HDNTExpansion::Connection& connection, HDNT_PIN_DIRECTION direction) {
+    const bool isInside = connection.instance.empty();
     const std::string words = wordsFor(connection.instance, connection.pin);
-    if (isOwn && direction == HDNT_PIN_INPUT) usedInputs_.insert(pins.front()->getBaseName());
     if (direction == HDNT_PIN_BIDIR) {
         ++net.both;
     } else if (direction == (isInside ? HDNT_PIN_INPUT : HDNT_PIN_OUTPUT)) {
@@ -110,7 +112,7 @@ static bool mayStayOpen(const HDNTBus& bus) {
 void Wiring::addInputFaults(std::vector<WiringFault>& faults) const {
     for (std::size_t i = 0; i < level_.instances.size(); ++i) {
         const HDNTExpansion::Instance& inst = level_.instances[i];
-        if (!inst.block) continue;
+        if (!inst.block || instances_.at(inst.name) != i) continue;
         for (const HDNTBus& bus : inst.block->buses()) {
             if (mayStayOpen(bus)) continue;
             const std::string open = openPart(bus, connected_[i]);

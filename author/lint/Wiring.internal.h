@@ -1,14 +1,13 @@
 #pragma once
 
 #include "author/lint/lint.h"
+#include "hdnt/model/HDNTBus.h"
 #include "hdnt/netlist/HDNTExpansion.h"
 
 #include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
-
-class HDNTBus;
 
 namespace hdnt::author {
 
@@ -38,14 +37,14 @@ private:
         std::vector<std::string> drivers; ///< pins in words
         std::string firstLoad;
         std::size_t loads = 0;
-        std::size_t both = 0; ///< pins of either direction
+        std::size_t both = 0; ///< pins of either direction, or of none that is known
         yyltype at{};
     };
     /// What is connected of a block: by position of the pin.
     using Connected = std::vector<bool>;
 
     void connect(const HDNTExpansion::Connection& connection);
-    bool isOwnInside(const HDNTExpansion::Connection& connection) const;
+    static void join(Net& net, const HDNTExpansion::Connection& connection, HDNT_PIN_DIRECTION direction);
     void addNetFaults(std::vector<WiringFault>& faults) const;
     void addInputFaults(std::vector<WiringFault>& faults) const;
     void addOutputFaults(const std::set<std::string>& openPins, std::vector<WiringFault>& faults) const;

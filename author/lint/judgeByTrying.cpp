@@ -5,6 +5,7 @@
 #include "author/lint/Wiring.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/netlist/HDNTAssignProperty.h"
 #include "hdnt/netlist/HDNTConnect.h"
 #include "hdnt/netlist/HDNTFunctionTable.h"
 #include "hdnt/netlist/HDNTSignal.h"
@@ -204,20 +205,40 @@ private:
     }
 
     void reportBranches() {
-        for (const auto& stmt : view_.conditions()) {
-            const yyltype* const at = stmt.node->getLocation();
+        std::set<std::string> excused;
+        for (std::size_t i = 0; i < view_.conditions().size(); ++i) {
+            const HDNTIfStmt& stmt = *view_.conditions()[i].node;
+            const yyltype* const at = stmt.getLocation();
             if (!at) continue;
             const Ways ways = branches_[keyOf(*at)];
             if (ways.held == ways.failed) continue; // both, or in a branch that is not taken itself
+            excuse(stmt, i, excused);
             const std::string settings = std::to_string(tries_.size());
             if (ways.failed) findings_.add(LintCode::branchNeverTaken, *at, {"the branch", "holds", settings});
-            else if (stmt.node->elseStmt())
+            else if (stmt.elseStmt())
                 findings_.add(LintCode::branchNeverTaken, *at, {"the else branch", "fails", settings});
             else findings_.add(LintCode::conditionAlwaysTrue, *at, {settings});
         }
         for (const std::string& name : withoutEffect_)
-            if (const HDNTProperty* const property = block_.findProperty(name))
+            if (const HDNTProperty* const property = block_.findProperty(name); property && !excused.contains(name))
                 findings_.add(LintCode::propertyWithoutEffect, *property, {name, block_.getName()});
+    }
+
+    // That a property has no effect follows from a condition that never changes, which is said.
+    void excuse(const HDNTIfStmt& stmt, std::size_t condition, std::set<std::string>& names) const {
+        for (const std::size_t factor : cover_.deciders()[condition]) names.insert(cover_.factors()[factor].name);
+        const auto addThose = [&](const HDNTExpr* expr, std::size_t scope) {
+            for (; scope != 0 && view_.scopes()[scope].stmt != &stmt;) scope = view_.scopes()[scope].outer;
+            if (scope == 0) return;
+            forEachExpr(expr, [&](const HDNTExpr& one) {
+                const Question asked = questionOf(one);
+                const HDNTProperty* const property =
+                    asked.of == Question::Of::property ? block_.findProperty(asked.name) : nullptr;
+                if (property) names.insert(property->getName());
+            });
+        };
+        for (const auto& assign : view_.assigns()) addThose(assign.node->value(), assign.scope);
+        for (const auto& inner : view_.conditions()) addThose(inner.node->condition(), inner.scope);
     }
 
     void reportSignals() {

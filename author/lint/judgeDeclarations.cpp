@@ -57,18 +57,16 @@ private:
         else if (!property_.refusalOf(value).empty()) warnOutside(valueText(value));
     }
 
-    // The number, when there is a text and it is one.
+    // The number, when the text is one and nothing is said of it.
     std::optional<BitText> judgeText(const std::string& what, const std::string& text) const {
         if (text.empty()) return std::nullopt;
         const std::optional<BitText> number = BitText::of(text, property_.getType() == Type::TypeBitHex);
         const int width = property_.getAdjustedBitWidth();
-        const auto warnWide = [&](long bits) {
-            findings_.add(LintCode::textTooWide, property_, {what, text, name_, std::to_string(bits)});
-        };
-        if (!number) findings_.add(LintCode::bitTextForm, property_, {what, text, name_});
-        else if (!number->fits(width)) warnWide(width);
-        else if (number->exceedsItsPrefix()) warnWide(number->width());
-        return number;
+        if (number && number->fits(width) && !number->exceedsItsPrefix()) return number;
+        const long bits = number && number->fits(width) ? number->width() : width;
+        if (number) findings_.add(LintCode::textTooWide, property_, {what, text, name_, std::to_string(bits)});
+        else findings_.add(LintCode::bitTextForm, property_, {what, text, name_});
+        return std::nullopt;
     }
 
     // A default that is not listed is an error of the library, so only a range is looked at.

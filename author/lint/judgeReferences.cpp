@@ -54,8 +54,8 @@ public:
         judgeSignals();
         for (const auto& connect : view_.connects()) judgeConnect(connect);
         for (const auto& assign : view_.assigns()) judgeAssign(assign);
-        for (const auto& stmt : view_.conditions()) judgeExpr(stmt.node->condition());
-        for (const auto& call : view_.calls()) judgeExpr(call.node);
+        for (const auto& stmt : view_.conditions()) judgeExpr(stmt.node->condition(), *stmt.node);
+        for (const auto& call : view_.calls()) judgeExpr(call.node, *call.node);
     }
 
 private:
@@ -222,7 +222,7 @@ private:
     }
 
     void judgeAssign(const MappingView::In<HDNTAssignProperty>& assign) {
-        judgeExpr(assign.node->value());
+        judgeExpr(assign.node->value(), *assign.node);
         const auto* const pinAssign = nodeCast<HDNTAssignPinProperty>(assign.node);
         const std::vector<Target> targets = targetsOf(*assign.node, assign.node->instName(), assign.scope);
         const std::string pin = pinAssign ? pinAssign->pinName() : std::string();
@@ -267,13 +267,16 @@ private:
         findings_.relate(property, "declared here");
     }
 
-    void judgeExpr(const HDNTExpr* outermost) {
+    // What is said of an expression is said of its statement.
+    void judgeExpr(const HDNTExpr* outermost, const HDNTNode& statement) {
+        const std::size_t before = findings_.list.size();
         forEachExpr(outermost, [this](const HDNTExpr& expr) {
             const Question asked = questionOf(expr);
             if (asked.of == Question::Of::connection && !NamedPins(block_, asked.name))
                 reportPin(expr, block_, asked.name);
             if (asked.of == Question::Of::property) judgeQuestion(expr, asked);
         });
+        if (findings_.list.size() > before) findings_.note(statement);
     }
 
     void judgeQuestion(const HDNTExpr& expr, const Question& asked) {

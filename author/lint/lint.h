@@ -97,12 +97,18 @@ enum class LintCode : unsigned char {
 /// stands in a comment in their first line.
 HDNT_API const std::vector<DiagnosticRule>& lintRules();
 
-/// The rule or message of that code, of all there are: of the library, of syntax, of lint. Null when there is none.
+/// Codes of one subject, in the order of their tables.
+struct RuleGroup {
+    std::string_view title;
+    bool isOfRules; ///< what is accepted, and can be turned off; else what the library or its grammar refuses
+    std::vector<const DiagnosticRule*> rules;
+};
+/// All codes there are: of the library, of syntax, of lint.
+HDNT_API std::vector<RuleGroup> ruleGroups();
+/// The rule or message of that code; null when there is none.
 HDNT_API const DiagnosticRule* findRule(std::string_view code);
 /// What it means, with its examples, as Markdown that reads as plain text, too.
 HDNT_API std::string explanationOf(const DiagnosticRule& rule);
-/// All of them: first those of the library, then of syntax, then of lint.
-HDNT_API std::vector<const DiagnosticRule*> allRules();
 
 /// Which entries of the configuration are judged.
 enum class ConfigScope {

@@ -17,17 +17,34 @@ const std::vector<DiagnosticRule>& lintRules() {
     return rules;
 }
 
-std::vector<const DiagnosticRule*> allRules() {
-    std::vector<const DiagnosticRule*> all;
-    for (const auto* table : {&diagnosticRules(), &syntaxRules(), &lintRules()})
-        for (const DiagnosticRule& rule : *table) all.push_back(&rule);
-    return all;
+static RuleGroup lintGroup(std::string_view title, std::span<const LintRow> rows) {
+    RuleGroup group{title, true, {}};
+    for (const LintRow& row : rows) group.rules.push_back(&lintRules()[static_cast<std::size_t>(row.code)]);
+    return group;
+}
+
+std::vector<RuleGroup> ruleGroups() {
+    RuleGroup errors{"Errors of the library", false, {}};
+    RuleGroup losses{"What is lost while reading", true, {}};
+    for (const DiagnosticRule& rule : diagnosticRules())
+        if (rule.severity != Severity::note)
+            (rule.severity == Severity::error ? errors : losses).rules.push_back(&rule);
+    RuleGroup syntax{"Errors of syntax", false, {}};
+    for (const DiagnosticRule& rule : syntaxRules()) syntax.rules.push_back(&rule);
+    return {std::move(errors),
+            std::move(syntax),
+            std::move(losses),
+            lintGroup("Declarations", declarationRows()),
+            lintGroup("References of mappings", referenceRows()),
+            lintGroup("By trying mappings", trialRows()),
+            lintGroup("Configuration", configurationRows())};
 }
 
 const DiagnosticRule* findRule(std::string_view code) {
-    const std::vector<const DiagnosticRule*> all = allRules();
-    const auto found = std::ranges::find(all, code, &DiagnosticRule::name);
-    return found == all.end() ? nullptr : *found;
+    for (const RuleGroup& group : ruleGroups())
+        for (const DiagnosticRule* rule : group.rules)
+            if (rule->name == code) return rule;
+    return nullptr;
 }
 
 static std::string indented(std::string_view text) {

@@ -9,8 +9,8 @@ static constexpr Severity N = Severity::note;
 static constexpr LintRow rows[] = {
     {C::defaultOutside,
      {"default-outside", W, "default % of % is %",
-      "A default is outside the range or the list of its property, so that a cell that is left alone has a value that "
-      "nobody may give it.",
+      "The default of a property is outside its range, or is not one of its values; a property without a "
+      "default has 0. Declare a default that the property may take.",
       R"(library "example" {
   block "EXAMPLE_DELAY" {
     pin "O" output;
@@ -25,7 +25,7 @@ static constexpr LintRow rows[] = {
 })"}},
     {C::minAboveMax,
      {"min-above-max", W, "minimum % of % is above its maximum %",
-      "The minimum of a property is above its maximum: no value is allowed.",
+      "The minimum of a property is above its maximum, so that no value is allowed. Swap them.",
       R"(library "example" {
   block "EXAMPLE_DELAY" {
     pin "O" output;
@@ -40,7 +40,8 @@ static constexpr LintRow rows[] = {
 })"}},
     {C::textTooWide,
      {"text-too-wide", W, "% % of % is wider than % bits",
-      "A hexadecimal or binary text is wider than its property, or than its own prefix says.",
+      "A default, bound or listed value has more bits than its property or than its own prefix, or a prefix "
+      "that says so. Widen the property or shorten the text.",
       R"(library "example" {
   block "EXAMPLE_TABLE" {
     pin "O" output;
@@ -55,7 +56,8 @@ static constexpr LintRow rows[] = {
 })"}},
     {C::bitTextForm,
      {"bit-text-form", W, "% % of % is no hexadecimal or binary number",
-      "A default, bound or listed value of a hexadecimal or binary property is no number.",
+      "A default, bound or listed value of a hexadecimal or binary property is no number, since it has no "
+      "digits; as a bound it stops nothing. Write the digits.",
       R"(library "example" {
   block "EXAMPLE_TABLE" {
     pin "O" output;
@@ -86,8 +88,8 @@ static constexpr LintRow rows[] = {
 })"}},
     {C::pinLowerCase,
      {"pin-lower-case", W, "% has lower-case letters and cannot be looked up by name",
-      "A pin's name has lower-case letters. A look-up turns the name it is asked for into upper case, so that the pin "
-      "is never found.",
+      "A pin's name has lower-case letters. A look-up turns the name it is asked for into upper case, so that "
+      "the pin is never found. Write it in upper case.",
       R"(library "example" {
   block "EXAMPLE_TIE" {
     pin "o" output;
@@ -100,20 +102,21 @@ static constexpr LintRow rows[] = {
 })"}},
     {C::pinPropertyCase,
      {"pin-property-case", W, "properties \"%\" and \"%\" of % differ in case only",
-      "Two properties of a pin differ in case only: whoever reads the name does not see which one is meant.",
+      "Two properties of a pin differ in case only. They are looked up as written, while those of blocks are "
+      "not. Rename one.",
       R"(library "example" {
   block "EXAMPLE_PAD" {
     pin "O" output {
-      property int "LOAD";
-      property int "Load";
+      property int "LOAD" { default = 0 }
+      property int "Load" { default = 0 }
     }
   }
 })",
       R"(library "example" {
   block "EXAMPLE_PAD" {
     pin "O" output {
-      property int "LOAD";
-      property int "GREATEST_LOAD";
+      property int "LOAD" { default = 0 }
+      property int "GREATEST_LOAD" { default = 0 }
     }
   }
 })"}},
@@ -136,8 +139,9 @@ static constexpr LintRow rows[] = {
 })"}},
     {C::unregisteredBlock,
      {"unregistered-block", W, "block \"%\" is not in the table of cells",
-      "A block's name is not in the table of cells, so that mappings by themselves do not find it. Add a family of "
-      "one's own with --cells.",
+      "A block's name is not in the table of cells, where case counts: its type number is not a fixed one, and "
+      "mappings by themselves do not find it. Correct the name, or give the cell a number in a table for "
+      "--cells.",
       R"(library "example" {
   block "MY_PULSE_SHAPER" {
     pin "O" output;
@@ -173,7 +177,7 @@ static constexpr LintRow rows[] = {
     primgroup = "LOGIC:TIE";
     maturityLevel = production;
     pin "O" output;
-    property bool "HIGH";
+    property bool "HIGH" { default = true }
   }
 })",
       R"(library "example" {
@@ -181,7 +185,7 @@ static constexpr LintRow rows[] = {
     primgroup = "LOGIC:TIE";
     maturityLevel = production;
     pin "O" output;
-    property bool "HIGH" { description = "The level of the output." }
+    property bool "HIGH" { default = true, description = "The level of the output." }
   }
 })"}},
     {C::similarGroup,

@@ -87,7 +87,7 @@ static constexpr LintRow rows[] = {
      {"unknown-property", E, "block \"%\"% has no property \"%\"%",
       "A mapping sets or asks for a property that the block, or its pin, does not have.",
       R"(library "example" {
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;
@@ -99,7 +99,7 @@ static constexpr LintRow rows[] = {
   }
 })",
       R"(library "example" {
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;
@@ -116,7 +116,7 @@ static constexpr LintRow rows[] = {
       R"(library "example" {
   function int intProperty(string);
   function double doubleProperty(string);
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;
@@ -131,7 +131,7 @@ static constexpr LintRow rows[] = {
       R"(library "example" {
   function int intProperty(string);
   function double doubleProperty(string);
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;

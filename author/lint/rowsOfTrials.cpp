@@ -13,7 +13,7 @@ static constexpr LintRow rows[] = {
       "refuses.",
       R"(library "example" {
   function int intProperty(string);
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;
@@ -29,7 +29,7 @@ static constexpr LintRow rows[] = {
 })",
       R"(library "example" {
   function int intProperty(string);
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;
@@ -218,7 +218,7 @@ static constexpr LintRow rows[] = {
       "A branch of a mapping is not reached in any setting that was tried.",
       R"(library "example" {
   function int intProperty(string);
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;
@@ -233,7 +233,7 @@ static constexpr LintRow rows[] = {
 })",
       R"(library "example" {
   function int intProperty(string);
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;
@@ -251,7 +251,7 @@ static constexpr LintRow rows[] = {
       "A condition without an else branch holds in every setting that was tried: it decides nothing.",
       R"(library "example" {
   function int intProperty(string);
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;
@@ -266,7 +266,7 @@ static constexpr LintRow rows[] = {
 })",
       R"(library "example" {
   function int intProperty(string);
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;
@@ -285,7 +285,7 @@ static constexpr LintRow rows[] = {
       "user is lost.",
       R"(library "example" {
   function int intProperty(string);
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;
@@ -299,7 +299,7 @@ static constexpr LintRow rows[] = {
 })",
       R"(library "example" {
   function int intProperty(string);
-  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY"; }
+  block "EXAMPLE_NOT" { pin "I" input; pin "O" output; property int "DELAY" { default = 0 } }
   block "EXAMPLE_PAIR" {
     pin "I" input;
     pin "O" output;

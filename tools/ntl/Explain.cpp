@@ -1,4 +1,4 @@
-// What codes mean: `ntl explain`, `ntl lint --list-rules` and the table of docs/lint.md.
+// What codes mean: `ntl explain`, `ntl lint --list-rules` and docs/lint.md.
 #include "author/lint/lint.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/Options.h"
@@ -8,12 +8,7 @@
 namespace ntl {
 
 using hdnt::DiagnosticRule;
-
-static std::vector<std::string> codes() {
-    std::vector<std::string> names;
-    for (const DiagnosticRule* rule : hdnt::author::allRules()) names.emplace_back(rule->name);
-    return names;
-}
+using hdnt::author::RuleGroup;
 
 int runExplain(const Settings& settings) {
     int status = Fine;
@@ -23,7 +18,10 @@ int runExplain(const Settings& settings) {
             text += (text.empty() ? "" : "\n") + hdnt::author::explanationOf(*rule);
             continue;
         }
-        complain("no code '" + code + "'" + suggestion(code, codes()));
+        std::vector<std::string> known;
+        for (const RuleGroup& group : hdnt::author::ruleGroups())
+            for (const DiagnosticRule* rule : group.rules) known.emplace_back(rule->name);
+        complain("no code '" + code + "'" + suggestion(code, known));
         status = Faulty;
     }
     writeOutput(text);
@@ -32,10 +30,33 @@ int runExplain(const Settings& settings) {
 
 int listRules() {
     Table table({"code", "severity", "meaning"});
-    for (const DiagnosticRule* rule : hdnt::author::allRules())
-        table.add({std::string(rule->name), std::string(nameOf(rule->severity)), std::string(rule->explanation)});
+    for (const RuleGroup& group : hdnt::author::ruleGroups())
+        for (const DiagnosticRule* rule : group.rules)
+            if (group.isOfRules)
+                table.add(
+                    {std::string(rule->name), std::string(nameOf(rule->severity)), std::string(rule->explanation)});
     writeOutput(table.text());
     return Fine;
+}
+
+static std::string example(const char* title, std::string_view text) {
+    return text.empty() ? "" : std::string("\n") + title + "\n\n```text\n" + std::string(text) + "\n```\n";
+}
+
+std::string rulesDocument() {
+    std::string text = "# Rules\n\n"
+                       "What `ntl check` and `ntl lint` say of libraries that the library accepts. Made by `ntl "
+                       "--generate lint` from the table of rules; `ntl explain CODE` says the same in the terminal.\n";
+    for (const RuleGroup& group : hdnt::author::ruleGroups()) {
+        if (!group.isOfRules) continue;
+        text += "\n## " + std::string(group.title) + "\n";
+        for (const DiagnosticRule* rule : group.rules) {
+            text += "\n### `" + std::string(rule->name) + "`\n\n";
+            text += std::string(nameOf(rule->severity)) + ". " + std::string(rule->explanation) + "\n";
+            text += example("Said of:", rule->bad) + example("Mended:", rule->mended);
+        }
+    }
+    return text;
 }
 
 } // namespace ntl

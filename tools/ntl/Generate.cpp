@@ -213,7 +213,8 @@ std::string generate(const std::string& kind) {
     if (kind == "bash") return bashCompletion();
     if (kind == "zsh") return zshCompletion();
     if (kind == "fish") return fishCompletion();
-    throw Failure(Unusable, "--generate: '" + kind + "' is none of man, bash, zsh, fish");
+    if (kind == "lint") return rulesDocument();
+    throw Failure(Unusable, "--generate: '" + kind + "' is none of man, bash, zsh, fish, lint");
 }
 
 } // namespace ntl

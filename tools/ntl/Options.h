@@ -48,7 +48,9 @@ std::string helpText(const CommandSpec* command);
 /// The command line of a command: "ntl check [INPUT...] [-I DIR]... ", with each name and argument passed through
 /// `mark`, which sees whether it is to be typed as it stands.
 std::string usageLine(const CommandSpec& command, std::string (*mark)(const std::string& text, bool literal));
-/// Makes something from these tables: "man", "bash", "zsh" or "fish". Throws Failure(Unusable) for another kind.
+/// docs/lint.md: what each rule says, with its examples.
+std::string rulesDocument();
+/// Makes something from these tables: "man", "bash", "zsh", "fish" or "lint". Throws Failure(Unusable) for another kind.
 std::string generate(const std::string& kind);
 
 /// Carries out a command line. The result is the exit status; failures of a command come out as exceptions.
