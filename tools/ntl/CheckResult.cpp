@@ -1,8 +1,10 @@
 #include "tools/ntl/CheckResult.h"
 
 #include "tools/ntl/Json.h"
+#include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
 
+#include <algorithm>
 #include <set>
 
 namespace ntl {
@@ -45,8 +47,9 @@ static std::vector<hdnt::Diagnostic> unpackedDiagnostics(const Json& json) {
 }
 
 std::string packed(const CheckResult& result) {
-    const Json json = Json::array({result.status, result.reason, result.parentFailed, result.blocks,
-                                   packed(result.errors), packed(result.warnings), result.files});
+    const Json json =
+        Json::array({result.status, result.reason, result.parentFailed, result.blocks, packed(result.errors),
+                     result.saidBetter, packed(result.faults), packed(result.warnings), result.files});
     std::string bytes;
     Json::to_cbor(json, bytes);
     return bytes;
@@ -60,9 +63,21 @@ CheckResult unpacked(const std::string& bytes) {
     result.parentFailed = json[2].get<bool>();
     result.blocks = json[3].get<size_t>();
     result.errors = unpackedDiagnostics(json[4]);
-    result.warnings = unpackedDiagnostics(json[5]);
-    result.files = json[6].get<std::vector<std::string>>();
+    result.saidBetter = json[5].get<std::vector<size_t>>();
+    result.faults = unpackedDiagnostics(json[6]);
+    result.warnings = unpackedDiagnostics(json[7]);
+    result.files = json[8].get<std::vector<std::string>>();
     return result;
+}
+
+std::string faultLines(const CheckResult& result, size_t most) {
+    const size_t number = most == 0 ? result.faults.size() : std::min(most, result.faults.size());
+    std::string lines;
+    for (size_t i = 0; i < number; ++i) lines += errorLines(result.faults[i]);
+    const size_t left = result.faults.size() - number;
+    return left == 0 ? lines
+                     : lines + printable(result.input) + ": " + counted(left, "more error") +
+                           " left out; --max-errors 0 says all\n";
 }
 
 bool hasFailed(const CheckResult& result, bool warningsAreErrors) {
@@ -92,7 +107,7 @@ static Json jsonOf(const CheckResult& result) {
     json["reason"] = orNull(result.reason);
     json["blockCount"] = result.status == Fine ? Json(result.blocks) : Json();
     json["diagnostics"] = Json::array();
-    for (const auto* list : {&result.errors, &result.warnings})
+    for (const auto* list : {&result.errors, &result.faults, &result.warnings})
         for (const hdnt::Diagnostic& one : *list) json["diagnostics"].push_back(jsonOf(one));
     json["files"] = result.files;
     return json;

@@ -18,6 +18,7 @@ struct Settings {
     std::vector<std::string> inputs;
     std::vector<std::string> searchDirectories;
     int jobs = 1;
+    int mostErrors = 20; ///< 0: all
     std::string format = "text";
     std::string depfile;
     std::string depTarget; ///< empty: the dependency file itself
