@@ -4,4 +4,5 @@
 #include "author/format/HDNTFormatter.h"
 #include "author/lint/lint.h"
 #include "author/lint/nearestNames.h"
+#include "author/syntax/SoundTexts.h"
 #include "author/syntax/SyntaxTree.h"

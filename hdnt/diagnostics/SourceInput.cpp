@@ -1,5 +1,6 @@
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/diagnostics/SourceInput.internal.h"
+#include "hdnt/platform/HUTFile.h"
 #include "hdnt/platform/InputFile.h"
 
 #include <sys/mman.h>
@@ -10,7 +11,33 @@
 
 namespace hdnt::diagnostics {
 
+static thread_local const TextsInPlace* inPlace = nullptr;
+
+static std::string plainPath(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::absolute(path, error).lexically_normal().string();
+}
+
+TextsInPlace::TextsInPlace(const std::map<std::string, std::string>& texts) : before_(inPlace) {
+    for (const auto& [path, text] : texts) byPath_.emplace(plainPath(path), &text);
+    inPlace = byPath_.empty() ? nullptr : this;
+}
+
+TextsInPlace::~TextsInPlace() { inPlace = before_; }
+
+const std::string* TextsInPlace::find(const std::string& path) {
+    if (!inPlace) return nullptr;
+    const auto found = inPlace->byPath_.find(plainPath(path));
+    return found == inPlace->byPath_.end() ? nullptr : found->second;
+}
+
+bool sourceExists(const std::string& path) { return TextsInPlace::find(path) || HUTPathUtils::exists(path); }
+
 bool readSource(const std::string& path, std::string& out, std::string& reason) {
+    if (const std::string* const text = TextsInPlace::find(path)) {
+        copySource(*text, out);
+        return true;
+    }
     const HDNTLimits& limits = HDNTLimits::get();
     return platform::readInput(path, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, out, reason);
 }

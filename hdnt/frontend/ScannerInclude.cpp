@@ -3,7 +3,6 @@
 #include "hdnt/frontend/Keywords.internal.h"
 #include "hdnt/frontend/ScannerState.internal.h"
 #include "hdnt/platform/HSTUniqString.h"
-#include "hdnt/platform/HUTFile.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,6 +11,7 @@ namespace hdnt::frontend {
 
 using diagnostics::isInsideRoot;
 using diagnostics::readSource;
+using diagnostics::sourceExists;
 
 static bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
@@ -21,12 +21,12 @@ void Scanner::notify(HDNTNotice::Kind kind, std::string_view text, std::string_v
 
 std::string Scanner::findFile(const std::string& name) const {
     if (name.find('\0') != name.npos) return {}; // no file has such a name, though one may have its beginning
-    if (!name.empty() && name.front() == '/') return HUTPathUtils::exists(name) ? name : std::string();
+    if (!name.empty() && name.front() == '/') return sourceExists(name) ? name : std::string();
     for (const std::string& directory : files_.searchDirectories) {
         std::string path = directory;
         path.append("/").append(name);
         if (debug_) std::printf("file element: %s\n", path.c_str());
-        if (HUTPathUtils::exists(path)) return path;
+        if (sourceExists(path)) return path;
     }
     return {};
 }

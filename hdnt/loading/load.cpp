@@ -2,6 +2,7 @@
 
 #include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/diagnostics/LineStore.internal.h"
+#include "hdnt/diagnostics/SourceInput.internal.h"
 #include "hdnt/frontend/ScannerState.internal.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/loading/ParseInput.internal.h"
@@ -45,7 +46,7 @@ bool underWay = false;
 class Surroundings {
 public:
     // The destructor puts back also when something in here throws: the other constructor is done by then.
-    Surroundings(const LoadOptions& options, HDNTErrorListener& listener) : Surroundings(options.sharedIncludes) {
+    Surroundings(const LoadOptions& options, HDNTErrorListener& listener) : Surroundings(options) {
         HDNTError::setListener(&listener);
         HDNTError::numErrors = 0;
         HDNTLibraryMgr::m_diagnostics = options.check;
@@ -68,8 +69,11 @@ public:
     Surroundings& operator=(const Surroundings&) = delete;
 
 private:
-    explicit Surroundings(bool shared) : shared_(shared) { underWay = true; }
+    explicit Surroundings(const LoadOptions& options) : texts_(options.texts), shared_(options.sharedIncludes) {
+        underWay = true;
+    }
 
+    diagnostics::TextsInPlace texts_;
     frontend::Scanner& scanner_ = frontend::Scanner::instance();
     frontend::Scanner::Files files_ = scanner_.files();
     std::optional<HDNTLimits::Scope> limits_;
@@ -109,6 +113,7 @@ bool attempt(DiagnosticCode code, const yyltype* at, Step&& step) {
 // The manager takes a path where nothing is for its parent, and fails at names that are shorter than ".btl".
 bool isThere(const std::string& path) {
     struct stat status {};
+    if (diagnostics::TextsInPlace::find(path)) return true;
     if (stat(path.c_str(), &status) != 0) say(DiagnosticCode::cannotOpen, path, std::strerror(errno));
     else if (S_ISDIR(status.st_mode))
         attempt(DiagnosticCode::cannotOpen, nullptr, [&] {

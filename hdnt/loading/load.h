@@ -5,6 +5,7 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/Export.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,6 +22,10 @@ struct LoadOptions {
     bool check = true;
     /// Where INCLUDE and INLINE files are sought, before the directories of NtlAddSearchDirectory; for this load alone.
     std::vector<std::string> searchDirectories;
+    /// What files hold, by their paths, instead of what is on disk, which may lack them: texts that an editor has not
+    /// saved. For INCLUDE and INLINE files, too; not for the names in a folder. "a/../b" is "b", links are not
+    /// followed.
+    std::map<std::string, std::string> texts;
     /// For this load alone; those in force when not given.
     std::optional<HDNTLimits> limits;
     /// With false an INCLUDE brings a file in once a load; with true, once for all loads of the process that share, and

@@ -1,5 +1,6 @@
-#include "author/lint/SettingCover.h"
 #include "author/lint/lint.h"
+
+#include "author/lint/SettingCover.h"
 #include "tests/support/Library.h"
 
 #include <gtest/gtest.h>

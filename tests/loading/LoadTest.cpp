@@ -75,6 +75,25 @@ TEST_F(Load, SaysWhatIsWrongInCharacters) {
     for (const auto& [content, said] : cases) EXPECT_EQ(brief(hdnt::load(library("a.btl", content))), said) << content;
 }
 
+// Texts in place of files, for this load alone: of the input and of what it includes, on disk or not.
+TEST_F(Load, ReadsTextsInPlaceOfFiles) {
+    const std::string main = library("main.btl", "INCLUDE part.inc;\nINCLUDE new.inc;");
+    file("part.inc", "block \"HOLD\" { pin \"A\" input; }");
+    LoadOptions options;
+    options.searchDirectories = {dir.path() + "/folder/.."};
+    options.texts = {{dir.path("part.inc"), "\nblock \"GATE_AND_2\" { pin \"A\" input; pin \"A\" input; }"},
+                     {dir.path("new.inc"), ""}};
+    dir.makeDir("folder");
+    EXPECT_EQ(brief(hdnt::load(main, options)), (Texts{"error pin-redefined 2:37-51 37-51, first declared here 2"}));
+    options.texts = {{dir.path("unsaved.btl"), "library \"l\" { block \"HOLD\" { pin \"Z\" input; } }"}};
+    const Loaded unsaved = hdnt::load(dir.path("./unsaved.btl"), options);
+    ASSERT_TRUE(unsaved);
+    EXPECT_EQ(unsaved.library->getNumTypeBlocks(false), 1U);
+    EXPECT_FALSE(hdnt::load(dir.path("unsaved.btl")));
+    options.texts.clear();
+    EXPECT_EQ(brief(hdnt::load(main, options)), (Texts{"warning include-not-found 3:8-17 39-48"}));
+}
+
 TEST_F(Load, LeavesNothingBehindAndPrintsNothing) {
     const std::string bad = library("bad.btl", "INCLUDE part.inc;\n\"open\nblock 7");
     file("part.inc", "block \"HOLD\" { pin \"A\" input; }");

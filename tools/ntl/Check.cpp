@@ -1,275 +1,140 @@
 #include "author/lint/lint.h"
-#include "hdnt/loading/HDNTLibraryMgr.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/model/HDNTLibrary.h"
-#include "hdnt/platform/HEX.h"
-#include "hdnt/platform/HPAParamMgr.h"
+#include "hdnt/platform/InputFile.h"
 #include "tools/ntl/CheckResult.h"
+#include "tools/ntl/Checker.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
-#include "tools/ntl/Progress.h"
-#include "tools/ntl/Workers.h"
+#include "tools/ntl/SyntaxFaults.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <thread>
+#include <new>
 
 namespace ntl {
 
 namespace {
 
-using hdnt::author::ConfigScope;
-
-/// One library to check: the paths it stands on, then its own, which are more than one for the common library.
-struct Input {
-    std::string name;
-    std::vector<std::string> parents;
-    std::vector<std::string> paths;
-    ConfigScope configuration = ConfigScope::None;
-};
-
-std::vector<Input> inputsOf(const Settings& settings) {
-    std::vector<Input> inputs;
-    const std::vector<std::string> parents = parentPaths(settings.parent);
-    for (const std::string& name : settings.inputs)
-        inputs.push_back({name, parents, {pathOfInput(name)}, ConfigScope::OwnCells});
-    if (!inputs.empty()) return inputs;
-    if (!settings.parent.empty()) throw Failure(Unusable, "--parent needs an INPUT");
-    const std::vector<std::string> common = commonLibraryPaths();
-    try {
-        const std::string simulation = HDNTLibraryMgr::getDataFileName(true);
-        // Without the test features, much of what the configuration speaks of is not there.
-        const bool isWhole = HPAParamMgr::getParamMgr()->getValueAsBool("arch.enableTestFeatures");
-        const ConfigScope withCommon = isWhole ? ConfigScope::None : ConfigScope::OwnCells;
-        const ConfigScope withAll = isWhole ? ConfigScope::Whole : ConfigScope::OwnCells;
-        return {{common.front(), {}, common, withCommon}, {simulation, common, {simulation}, withAll}};
-    } catch (const HEXDataException& error) {
-        throw Failure(Unusable, error.what());
-    }
-}
-
 void append(std::vector<hdnt::Diagnostic>& list, const std::vector<hdnt::Diagnostic>& more) {
     list.insert(list.end(), more.begin(), more.end());
 }
 
-// The work itself, in the worker's process.
-void checkInput(const Input& input, const Settings& settings, Loader& loader, CheckResult& result) {
-    HDNTLibrary* library = nullptr;
-    result.parentFailed = true;
-    for (const std::string& path : input.parents) library = loader.load(path, library);
-    result.parentFailed = false;
-    loader.forget();
-    hdnt::LintOptions options;
-    options.isThorough = settings.isThorough;
-    options.budget = static_cast<size_t>(settings.budget);
-    for (const std::string& path : input.paths) {
-        library = loader.load(path, library);
-        result.blocks += library->getNumTypeBlocks(false);
-        std::vector<hdnt::Diagnostic> findings = hdnt::lint(*library, options);
-        append(findings, loader.diagnostics());
-        hdnt::author::sortByPlace(findings);
-        append(findings, hdnt::author::lintConfiguration(*library, input.configuration));
-        append(result.warnings, findings);
-        result.files.insert(result.files.end(), loader.files().begin(), loader.files().end());
-        loader.forget();
-    }
-}
-
-CheckResult checkedInput(const Input& input, const Settings& settings) {
-    CheckResult result;
-    Loader loader;
-    try {
-        checkInput(input, settings, loader, result);
-    } catch (const Failure& failure) {
-        result.status = failure.status();
-        result.reason = failure.what();
-    } catch (const std::bad_alloc&) {
-        result.status = Faulty;
-        result.reason = input.name + ": out of memory";
-    } catch (const std::exception& error) {
-        result.status = Faulty;
-        result.reason = input.name + ": " + error.what();
-    }
-    if (result.status == Fine) return result;
-    std::vector<hdnt::Diagnostic> warnings;
-    for (const hdnt::Diagnostic& one : loader.diagnostics())
-        (one.severity == hdnt::Severity::error ? result.errors : warnings).push_back(one);
-    hdnt::author::sortByPlace(warnings);
-    append(result.warnings, warnings);
-    result.files.insert(result.files.end(), loader.files().begin(), loader.files().end());
-    return result;
-}
-
-std::uintmax_t sizeOf(const Input& input) {
+// Standard input and pipes can be read once, and their text is wanted again when it has faults.
+void keepTexts(const Input& input, bool isQuiet, Loader& loader) {
     namespace fs = std::filesystem;
-    std::uintmax_t bytes = 1;
-    std::error_code error;
+    std::map<std::string, std::string> texts;
+    const HDNTLimits& limits = HDNTLimits::get();
     for (const std::string& path : input.paths) {
-        const std::uintmax_t size = fs::is_regular_file(path, error) ? fs::file_size(path, error) : 0;
-        bytes += error ? 0 : size;
-        if (!fs::is_directory(path, error)) continue;
-        for (fs::directory_iterator entry(path, error), end; !error && entry != end; entry.increment(error)) {
-            const std::uintmax_t entrySize = entry->is_regular_file(error) ? entry->file_size(error) : 0;
-            bytes += error ? 0 : entrySize;
+        std::error_code error;
+        const fs::file_status status = fs::status(path, error);
+        if (error || fs::is_regular_file(status) || fs::is_directory(status)) continue;
+        std::string text;
+        std::string reason;
+        if (!hdnt::platform::readInput(path, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, text,
+                                       reason)) {
+            if (!isQuiet) HDNTError::BadFileName(path, reason);
+            throw Failure(Unusable, path + ": cannot be opened: " + reason);
         }
+        texts.emplace(path, std::move(text));
     }
-    return bytes;
+    loader.replace(std::move(texts));
 }
 
-/// Carries out a check and writes what comes of it, in the order of the inputs.
-class Checker {
+/// The work itself, in the worker's process.
+class InputJudge {
 public:
-    explicit Checker(const Settings& settings)
-        : settings_(settings), inputs_(inputsOf(settings)), isText_(settings.format == "text"), totalSize_(totalSize()),
-          progress_(totalSize_) {}
+    InputJudge(const Input& input, const hdnt::LintOptions& options, bool isQuiet)
+        : input_(input), options_(options), isQuiet_(isQuiet), loader_(isQuiet) {}
 
-    int run() {
-        if (!settings_.parent.empty() && !parentIsGood()) {
-            inputs_.clear();
-            return finish();
+    CheckResult run() {
+        try {
+            judge();
+        } catch (const Failure& failure) {
+            refuse(failure.status(), failure.what());
+        } catch (const std::bad_alloc&) {
+            refuse(Faulty, input_.name + ": out of memory");
+        } catch (const std::exception& error) {
+            refuse(Faulty, input_.name + ": " + error.what());
         }
-        if (settings_.inputs.empty()) runOneByOne();
-        else runTasks();
-        return finish();
+        return std::move(result_);
     }
 
 private:
-    // A broken parent is reported once, not for each input.
-    bool parentIsGood() {
-        std::vector<Input> wanted = {{settings_.parent, {}, parentPaths(settings_.parent)}};
-        wanted.swap(inputs_);
-        isParent_ = true;
-        runTasks();
-        isParent_ = false;
-        wanted.swap(inputs_);
-        return status_ == Fine;
-    }
-
-    // The shipped libraries stand on each other: a fault of the one below is said once.
-    void runOneByOne() {
-        std::vector<Input> inputs;
-        inputs.swap(inputs_);
-        for (const Input& input : inputs) {
-            inputs_ = {input};
-            if (errorFree_) runTasks();
-            else skip(input);
+    void judge() {
+        keepTexts(input_, isQuiet_, loader_);
+        result_.parentFailed = true;
+        for (const std::string& path : input_.parents) library_ = loader_.load(path, library_);
+        result_.parentFailed = false;
+        loader_.forget();
+        for (const std::string& path : input_.paths) {
+            path_ = path;
+            library_ = loader_.load(path, library_);
+            result_.blocks += library_->getNumTypeBlocks(false);
+            if (input_.isParent) continue;
+            std::vector<hdnt::Diagnostic> findings = hdnt::lint(*library_, options_);
+            append(findings, loader_.diagnostics());
+            hdnt::author::sortByPlace(findings);
+            append(findings, hdnt::author::lintConfiguration(*library_, input_.configuration));
+            for (hdnt::Diagnostic& one : findings)
+                (one.severity == hdnt::Severity::error ? result_.faults : result_.warnings).push_back(std::move(one));
+            result_.files.insert(result_.files.end(), loader_.files().begin(), loader_.files().end());
+            loader_.forget();
         }
-        inputs_.swap(inputs);
+        result_.isLoaded = true;
+        if (result_.faults.empty()) return;
+        result_.status = Faulty;
+        result_.reason = input_.name + ": " + counted(result_.faults.size(), "error");
     }
 
-    void skip(const Input& input) {
-        CheckResult result;
-        result.input = input.name;
-        result.status = Faulty;
-        result.reason = input.name + ": not checked, since the library below it has errors";
-        complain(result.reason);
-        results_.push_back(std::move(result));
-    }
-
-    void runTasks() {
-        WorkerTasks tasks;
-        tasks.count = inputs_.size();
-        const unsigned processors = std::max(std::thread::hardware_concurrency(), 1U);
-        tasks.atOnce = settings_.jobs > 0 ? settings_.jobs : static_cast<int>(processors);
-        tasks.work = [&](size_t i) { return packed(checkedInput(inputs_[i], settings_)); };
-        tasks.said = [&](size_t, std::string_view text) { pass(text); };
-        tasks.done = [&](size_t i, const WorkerResult& worker) { take(i, worker); };
-        tasks.tick = [&](size_t finished) { progress_.show(totalSize_ * finished / inputs_.size()); };
-        runWorkers(tasks);
-        progress_.clear();
-    }
-
-    int finish() const {
-        writeDepfile();
-        if (isText_ && !settings_.quiet && inputs_.size() > 1 && !settings_.inputs.empty())
-            writeOutput(sumLine(inputs_.size(), failed_, warnings_));
-        if (settings_.format == "json") writeOutput(jsonDocument(results_, status_));
-        if (settings_.format == "sarif") writeOutput(sarifDocument(results_));
-        return status_;
-    }
-
-    std::uintmax_t totalSize() const {
-        std::uintmax_t sum = 0;
-        for (const Input& input : inputs_) sum += sizeOf(input);
-        return sum;
-    }
-
-    void pass(std::string_view text) {
-        progress_.clear();
-        writeError(text);
-    }
-
-    void take(size_t i, const WorkerResult& worker) {
-        CheckResult result;
-        if (worker.accident.empty()) {
-            result = unpacked(worker.bytes);
-        } else {
-            result.status = Faulty;
-            result.reason = inputs_[i].name + ": " + worker.accident;
+    void refuse(Status status, const std::string& reason) {
+        result_.status = status;
+        result_.reason = reason;
+        std::vector<hdnt::Diagnostic> warnings;
+        for (const hdnt::Diagnostic& one : loader_.diagnostics())
+            (one.severity == hdnt::Severity::error ? result_.errors : warnings).push_back(one);
+        hdnt::author::sortByPlace(warnings);
+        append(result_.warnings, warnings);
+        result_.files.insert(result_.files.end(), loader_.files().begin(), loader_.files().end());
+        if (result_.parentFailed) return;
+        try {
+            judgeSyntax({path_, library_, loader_, input_.configuration, options_}, result_);
+        } catch (const std::exception& error) {
+            result_.reason += std::string(" (broken off: ") + error.what() + ")";
         }
-        result.input = inputs_[i].name;
-        if (isParent_ && result.status == Fine) return;
-        if (result.parentFailed) result.reason = result.input + ": parent library: " + result.reason;
-        errorFree_ = errorFree_ && result.status == Fine;
-        const bool failed = hasFailed(result, settings_.warningsAreErrors);
-        if (failed && result.status == Fine)
-            result.reason = result.input + ": " + counted(result.warnings.size(), "warning") + " (--werror)";
-        if (failed) ++failed_;
-        warnings_ += result.warnings.size();
-        status_ = std::max<int>(status_, failed ? std::max(result.status, Faulty) : Fine);
-        write(result, failed);
-        if (!settings_.depfile.empty() || !isText_) results_.push_back(std::move(result));
     }
 
-    void write(const CheckResult& result, bool failed) {
-        progress_.clear();
-        std::string lines;
-        for (const hdnt::Diagnostic& warning : result.warnings) lines += warningLine(warning);
-        writeError(lines);
-        if (failed) complain(result.reason);
-        else if (isText_ && !settings_.quiet) writeOutput(textLine(result));
-    }
-
-    void writeDepfile() const {
-        if (settings_.depfile.empty()) return;
-        errno = 0;
-        std::ofstream file(settings_.depfile, std::ios::binary);
-        file << makeRules(settings_.depTarget.empty() ? settings_.depfile : settings_.depTarget, results_);
-        file.close();
-        if (!file) throw Failure(Unusable, "cannot write " + settings_.depfile + ": " + std::strerror(errno));
-    }
-
-    const Settings& settings_;
-    std::vector<Input> inputs_;
-    bool isText_;
-    std::uintmax_t totalSize_;
-    Progress progress_;
-    std::vector<CheckResult> results_;
-    size_t failed_ = 0;
-    size_t warnings_ = 0;
-    int status_ = Fine;
-    bool isParent_ = false;
-    bool errorFree_ = true;
+    const Input& input_;
+    const hdnt::LintOptions& options_;
+    bool isQuiet_;
+    Loader loader_;
+    CheckResult result_;
+    std::string path_; ///< of the load that is under way
+    HDNTLibrary* library_ = nullptr;
 };
 
 } // namespace
 
-int runCheck(const Settings& settings) {
+static int runJudges(const Settings& settings, const hdnt::LintOptions& options) {
     enableByDefault(settings, "ntl.enableDiagnostics");
     enableByDefault(settings, "arch.enableTestFeatures");
-    return Checker(settings).run();
+    const bool isQuiet = settings.format == "short";
+    return Checker(settings, [&](const Input& input) { return InputJudge(input, options, isQuiet).run(); }).run();
+}
+
+int runCheck(const Settings& settings) {
+    hdnt::LintOptions options;
+    options.isThorough = false;
+    return runJudges(settings, options);
 }
 
 int runLint(const Settings& settings) {
     if (settings.listRules) return listRules();
-    Settings thorough = settings;
-    thorough.isThorough = true;
     enableByDefault(settings, "ntl.enableMapLib");
-    return runCheck(thorough);
+    hdnt::LintOptions options;
+    options.budget = static_cast<size_t>(settings.budget);
+    return runJudges(settings, options);
 }
 
 } // namespace ntl

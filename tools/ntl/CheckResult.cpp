@@ -1,8 +1,10 @@
 #include "tools/ntl/CheckResult.h"
 
 #include "tools/ntl/Json.h"
+#include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
 
+#include <algorithm>
 #include <set>
 
 namespace ntl {
@@ -45,8 +47,9 @@ static std::vector<hdnt::Diagnostic> unpackedDiagnostics(const Json& json) {
 }
 
 std::string packed(const CheckResult& result) {
-    const Json json = Json::array({result.status, result.reason, result.parentFailed, result.blocks,
-                                   packed(result.errors), packed(result.warnings), result.files});
+    const Json json =
+        Json::array({result.status, result.reason, result.parentFailed, result.blocks, packed(result.errors),
+                     result.saidBetter, packed(result.faults), packed(result.warnings), result.files, result.isLoaded});
     std::string bytes;
     Json::to_cbor(json, bytes);
     return bytes;
@@ -60,17 +63,36 @@ CheckResult unpacked(const std::string& bytes) {
     result.parentFailed = json[2].get<bool>();
     result.blocks = json[3].get<size_t>();
     result.errors = unpackedDiagnostics(json[4]);
-    result.warnings = unpackedDiagnostics(json[5]);
-    result.files = json[6].get<std::vector<std::string>>();
+    result.saidBetter = json[5].get<std::vector<size_t>>();
+    result.faults = unpackedDiagnostics(json[6]);
+    result.warnings = unpackedDiagnostics(json[7]);
+    result.files = json[8].get<std::vector<std::string>>();
+    result.isLoaded = json[9].get<bool>();
     return result;
 }
 
+std::string faultLines(const CheckResult& result, size_t most) {
+    const size_t number = most == 0 ? result.faults.size() : std::min(most, result.faults.size());
+    std::string lines;
+    for (size_t i = 0; i < number; ++i) lines += errorLines(result.faults[i]);
+    const size_t left = result.faults.size() - number;
+    return left == 0 ? lines
+                     : lines + printable(result.input) + ": " + counted(left, "more error") +
+                           " left out; --max-errors 0 says all\n";
+}
+
+size_t CheckResult::warningCount() const {
+    const auto isWarning = [](const hdnt::Diagnostic& one) { return one.severity == hdnt::Severity::warning; };
+    return static_cast<size_t>(std::count_if(warnings.begin(), warnings.end(), isWarning));
+}
+
 bool hasFailed(const CheckResult& result, bool warningsAreErrors) {
-    return result.status != Fine || (warningsAreErrors && !result.warnings.empty());
+    return result.status != Fine || (warningsAreErrors && result.warningCount() > 0);
 }
 
 std::string textLine(const CheckResult& result) {
-    const std::string warnings = result.warnings.empty() ? "" : ", " + counted(result.warnings.size(), "warning");
+    const size_t count = result.warningCount();
+    const std::string warnings = count == 0 ? "" : ", " + counted(count, "warning");
     return printable(result.input) + ": " + counted(result.blocks, "block") + ", no errors" + warnings + "\n";
 }
 
@@ -82,7 +104,7 @@ std::string sumLine(size_t libraries, size_t failed, size_t warnings) {
 
 static const char* statusName(const CheckResult& result) {
     if (result.status == Unusable) return "unusable";
-    return result.status == Faulty ? "errors" : result.warnings.empty() ? "good" : "warnings";
+    return result.status == Faulty ? "errors" : result.warningCount() == 0 ? "good" : "warnings";
 }
 
 static Json jsonOf(const CheckResult& result) {
@@ -92,7 +114,7 @@ static Json jsonOf(const CheckResult& result) {
     json["reason"] = orNull(result.reason);
     json["blockCount"] = result.status == Fine ? Json(result.blocks) : Json();
     json["diagnostics"] = Json::array();
-    for (const auto* list : {&result.errors, &result.warnings})
+    for (const auto* list : {&result.errors, &result.faults, &result.warnings})
         for (const hdnt::Diagnostic& one : *list) json["diagnostics"].push_back(jsonOf(one));
     json["files"] = result.files;
     return json;

@@ -9,21 +9,32 @@
 
 namespace ntl {
 
+/// Stands for an input that cannot be opened, or whose check was broken off.
+constexpr const char* unusableRule = "unusable-input";
+
 /// What a check found out about one input.
 struct CheckResult {
     std::string input;    ///< as named on the command line; the data's path for a shipped library
     Status status = Fine; ///< without regard to warnings
     std::string reason;   ///< what the one line about a failed input says
     bool parentFailed = false;
+    bool isLoaded = false; ///< whatever its faults, the library is there
     size_t blocks = 0;
-    std::vector<hdnt::Diagnostic> errors;
-    std::vector<hdnt::Diagnostic> warnings;
+    std::vector<hdnt::Diagnostic> errors;   ///< the library's own reports
+    std::vector<size_t> saidBetter;         ///< indices of those that are among the faults in other words, in order
+    std::vector<hdnt::Diagnostic> faults;   ///< errors that the library does not report, or not so well
+    std::vector<hdnt::Diagnostic> warnings; ///< and notes
     std::vector<std::string> files;
+
+    size_t warningCount() const; ///< without notes
 };
 
 // From the worker's process to this one. Texts pass byte for byte.
 std::string packed(const CheckResult& result);
 CheckResult unpacked(const std::string& bytes);
+
+/// The faults as lines for standard error, up to so many of them (0: all), and then how many there are more.
+std::string faultLines(const CheckResult& result, size_t most);
 
 // The forms of standard output.
 std::string textLine(const CheckResult& result);
@@ -31,6 +42,8 @@ std::string textLine(const CheckResult& result);
 std::string sumLine(size_t libraries, size_t failed, size_t warnings);
 std::string jsonDocument(const std::vector<CheckResult>& results, int exitStatus);
 std::string sarifDocument(const std::vector<CheckResult>& results);
+/// A line for each error, warning and note, by place.
+std::string shortLines(const CheckResult& result);
 
 /// Rules for make: the target depends on each input and the files it was read from, one rule an input. An empty rule
 /// for each file keeps make going when the file is gone.

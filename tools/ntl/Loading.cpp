@@ -62,6 +62,7 @@ HDNTLibrary* Loader::load(const std::string& path, HDNTLibrary* parent) {
     options.parent = parent;
     options.check = HPAParamMgr::getParamMgr()->getValueAsBool("ntl.enableDiagnostics");
     options.listener = this;
+    options.texts = texts_;
     hdnt::Loaded loaded = hdnt::load(path, options);
     std::move(loaded.diagnostics.begin(), loaded.diagnostics.end(), std::back_inserter(diagnostics_));
     std::move(loaded.files.begin(), loaded.files.end(), std::back_inserter(files_));
@@ -173,9 +174,20 @@ bool loadMappings(const std::vector<HDNTBlock*>& blocks) {
     return fine;
 }
 
+static std::string lineOf(const hdnt::Diagnostic& one, const std::string& severity) {
+    return printable(describe(one.place)) + ": " + severity + " " + printable(textOf(one)) + " [" + one.code + "]\n";
+}
+
 std::string warningLine(const hdnt::Diagnostic& warning) {
-    return printable(describe(warning.place)) + ": " + colored(Color::Yellow, "warning:", 2) + " " +
-           printable(textOf(warning)) + " [" + warning.code + "]\n";
+    const bool isNote = warning.severity == hdnt::Severity::note;
+    return lineOf(warning, isNote ? std::string("note:") : colored(Color::Yellow, "warning:", 2));
+}
+
+std::string errorLines(const hdnt::Diagnostic& error) {
+    std::string lines = lineOf(error, colored(Color::Red, "error:", 2));
+    for (const hdnt::RelatedPlace& related : error.related)
+        lines += printable(describe(related.place)) + ": note: " + printable(related.message) + "\n";
+    return lines;
 }
 
 void warn(std::vector<hdnt::Diagnostic> warnings) {

@@ -5,7 +5,9 @@
 #include "tools/ntl/Settings.h"
 #include "tools/ntl/Status.h"
 
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 class HDNTBlock;
@@ -14,14 +16,17 @@ class HDNTLibrary;
 namespace ntl {
 
 /// Loads libraries and keeps what is said of them. Errors go to standard error as the library prints them, as they
-/// come.
+/// come, unless it is quiet.
 class Loader : private HDNTErrorListener {
 public:
-    Loader() = default;
+    explicit Loader(bool isQuiet = false) : isQuiet_(isQuiet) {}
 
     /// Never null; lives as long as the process. Whatever is printed goes to standard error. Throws Failure when the
     /// path cannot be opened (Unusable) or the text has errors (Faulty).
     HDNTLibrary* load(const std::string& path, HDNTLibrary* parent);
+    /// Texts to read instead of files, by path.
+    void replace(std::map<std::string, std::string> texts) { texts_ = std::move(texts); }
+    const std::map<std::string, std::string>& texts() const { return texts_; }
     /// Forgets all that was said and read so far.
     void forget();
 
@@ -31,10 +36,12 @@ public:
     const std::vector<std::string>& files() const { return files_; }
 
 private:
-    bool report(const HDNTReport&) override { return false; }
+    bool report(const HDNTReport&) override { return isQuiet_; }
     bool silencesOutput() const override { return true; }
     [[noreturn]] void fail(const std::string& path) const;
 
+    bool isQuiet_;
+    std::map<std::string, std::string> texts_;
     std::vector<hdnt::Diagnostic> diagnostics_;
     std::vector<std::string> files_;
 };
@@ -88,6 +95,8 @@ bool loadMappings(const std::vector<HDNTBlock*>& blocks);
 
 /// "file:line:column: warning: message: detail [code]", for standard error.
 std::string warningLine(const hdnt::Diagnostic& warning);
+/// The same of an error, with "file:line:column: note: message" behind it for each related place.
+std::string errorLines(const hdnt::Diagnostic& error);
 /// Writes them to standard error, by place.
 void warn(std::vector<hdnt::Diagnostic> warnings);
 

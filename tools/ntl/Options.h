@@ -50,7 +50,8 @@ std::string helpText(const CommandSpec* command);
 std::string usageLine(const CommandSpec& command, std::string (*mark)(const std::string& text, bool literal));
 /// docs/lint.md: what each rule says, with its examples.
 std::string rulesDocument();
-/// Makes something from these tables: "man", "bash", "zsh", "fish" or "lint". Throws Failure(Unusable) for another kind.
+/// Makes something from these tables: "man", "bash", "zsh", "fish" or "lint". Throws Failure(Unusable) for another
+/// kind.
 std::string generate(const std::string& kind);
 
 /// Carries out a command line. The result is the exit status; failures of a command come out as exceptions.

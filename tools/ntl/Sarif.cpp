@@ -1,5 +1,6 @@
 // Results of a check as a SARIF 2.1.0 log.
 #include "author/lint/lint.h"
+#include "author/syntax/SyntaxCode.h"
 #include "tools/ntl/CheckResult.h"
 #include "tools/ntl/Json.h"
 
@@ -7,8 +8,6 @@
 #include <utility>
 
 namespace ntl {
-
-static const char* const unusableRule = "unusable-input";
 
 // A path as a URI reference: relative as it stands, absolute with its scheme.
 static std::string uriOf(const std::string& path) {
@@ -37,7 +36,7 @@ static Json rules() {
     Json list = Json::array();
     list.push_back(
         ruleOf({unusableRule, hdnt::Severity::error, "", "The input cannot be opened, or its check was broken off."}));
-    for (const auto* table : {&hdnt::diagnosticRules(), &hdnt::author::lintRules()})
+    for (const auto* table : {&hdnt::diagnosticRules(), &hdnt::author::syntaxRules(), &hdnt::author::lintRules()})
         for (const hdnt::DiagnosticRule& rule : *table)
             if (rule.severity != hdnt::Severity::note) list.push_back(ruleOf(rule));
     return list;
@@ -81,7 +80,8 @@ std::string sarifDocument(const std::vector<CheckResult>& results) {
     run["results"] = Json::array();
     for (const CheckResult& input : results) {
         Json& list = run["results"];
-        for (const hdnt::Diagnostic& error : input.errors) list.push_back(result(ruleList, error, input.input));
+        for (const auto* errors : {&input.errors, &input.faults})
+            for (const hdnt::Diagnostic& error : *errors) list.push_back(result(ruleList, error, input.input));
         if (input.status != Fine && (input.errors.empty() || input.status == Unusable)) {
             hdnt::Diagnostic unusable;
             unusable.code = unusableRule;

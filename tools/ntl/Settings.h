@@ -18,14 +18,14 @@ struct Settings {
     std::vector<std::string> inputs;
     std::vector<std::string> searchDirectories;
     int jobs = 1;
+    int mostErrors = 20; ///< 0: all
     std::string format = "text";
     std::string depfile;
     std::string depTarget; ///< empty: the dependency file itself
     bool warningsAreErrors = false;
     bool quiet = false;
     std::string rootFolder;
-    bool isThorough = false; ///< mappings are tried, too
-    int budget = 2000;       ///< expansions of one mapping
+    int budget = 2000; ///< expansions of one mapping
     bool listRules = false;
 
     std::string parent;  ///< empty: none; "common"; or a path

@@ -18,8 +18,11 @@ Code = Literal["error", "syntax-error", "parser-depth", "unrecognized-character"
                "missing-libraries", "block-without-pins", "invalid-netlist-entity", "string-unterminated",
                "comment-unterminated", "folder-entry", "configuration", "refused", "include-skipped",
                "include-not-found", "include-not-opened", "include-text", "unterminated-string",
-               "unterminated-comment", "dropped-mapping", "map-library-refused", "default-outside", "min-above-max",
-               "text-too-wide", "pin-lower-case", "pin-property-case", "unregistered-block", "config-unknown-key",
+               "unterminated-comment", "dropped-mapping", "map-library-refused", "missing-token", "unexpected-token",
+               "misspelt-word", "wrong-token", "wrong-order", "number-form", "trailing-comma", "unclosed-brace",
+               "stray-brace", "nested-too-deep", "outside-language", "carriage-return", "byte-order-mark",
+               "typographic-quote", "open-string", "open-comment", "open-file-statement", "long-word",
+               "default-outside", "min-above-max", "text-too-wide", "pin-lower-case", "pin-property-case", "unregistered-block", "config-unknown-key",
                "config-wrong-type", "config-unknown-cell", "config-unknown-pin", "config-unknown-property",
                "config-unknown-architecture", "config-unknown-function", "config-unknown-pin-type",
                "config-no-effect", "bit-text-form"]

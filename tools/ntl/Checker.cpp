@@ -1,0 +1,177 @@
+#include "tools/ntl/Checker.h"
+
+#include "hdnt/loading/HDNTLibraryMgr.h"
+#include "hdnt/platform/HEX.h"
+#include "hdnt/platform/HPAParamMgr.h"
+#include "tools/ntl/Loading.h"
+#include "tools/ntl/Output.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+#include <utility>
+
+namespace ntl {
+
+using hdnt::author::ConfigScope;
+
+std::vector<Input> inputsOf(const Settings& settings) {
+    std::vector<Input> inputs;
+    const std::vector<std::string> parents = parentPaths(settings.parent);
+    for (const std::string& name : settings.inputs)
+        inputs.push_back({name, parents, {pathOfInput(name)}, ConfigScope::OwnCells});
+    if (!inputs.empty()) return inputs;
+    if (!settings.parent.empty()) throw Failure(Unusable, "--parent needs an INPUT");
+    const std::vector<std::string> common = commonLibraryPaths();
+    try {
+        const std::string simulation = HDNTLibraryMgr::getDataFileName(true);
+        // Without the test features, much of what the configuration speaks of is not there.
+        const bool isWhole = HPAParamMgr::getParamMgr()->getValueAsBool("arch.enableTestFeatures");
+        const ConfigScope withCommon = isWhole ? ConfigScope::None : ConfigScope::OwnCells;
+        const ConfigScope withAll = isWhole ? ConfigScope::Whole : ConfigScope::OwnCells;
+        return {{common.front(), {}, common, withCommon}, {simulation, common, {simulation}, withAll}};
+    } catch (const HEXDataException& error) {
+        throw Failure(Unusable, error.what());
+    }
+}
+
+static std::uintmax_t sizeOf(const Input& input) {
+    namespace fs = std::filesystem;
+    std::uintmax_t bytes = 1;
+    std::error_code error;
+    for (const std::string& path : input.paths) {
+        const std::uintmax_t size = fs::is_regular_file(path, error) ? fs::file_size(path, error) : 0;
+        bytes += error ? 0 : size;
+        if (!fs::is_directory(path, error)) continue;
+        for (fs::directory_iterator entry(path, error), end; !error && entry != end; entry.increment(error)) {
+            const std::uintmax_t entrySize = entry->is_regular_file(error) ? entry->file_size(error) : 0;
+            bytes += error ? 0 : entrySize;
+        }
+    }
+    return bytes;
+}
+
+static std::uintmax_t sizeOf(const std::vector<Input>& inputs) {
+    std::uintmax_t sum = 0;
+    for (const Input& input : inputs) sum += sizeOf(input);
+    return sum;
+}
+
+Checker::Checker(const Settings& settings, Judge judge)
+    : settings_(settings), judge_(std::move(judge)), inputs_(inputsOf(settings)), isText_(settings.format == "text"),
+      isShort_(settings.format == "short"), totalSize_(sizeOf(inputs_)), progress_(totalSize_) {}
+
+int Checker::run() {
+    if (!settings_.parent.empty() && !parentIsGood()) {
+        inputs_.clear();
+        return finish();
+    }
+    if (settings_.inputs.empty()) runOneByOne();
+    else runTasks();
+    return finish();
+}
+
+// A broken parent is reported once, not for each input.
+bool Checker::parentIsGood() {
+    std::vector<Input> wanted = {{settings_.parent, {}, parentPaths(settings_.parent), ConfigScope::None, true}};
+    wanted.swap(inputs_);
+    isParent_ = true;
+    runTasks();
+    isParent_ = false;
+    wanted.swap(inputs_);
+    return status_ == Fine;
+}
+
+// The shipped libraries stand on each other: a fault of the one below is said once.
+void Checker::runOneByOne() {
+    std::vector<Input> inputs;
+    inputs.swap(inputs_);
+    for (const Input& input : inputs) {
+        inputs_ = {input};
+        if (errorFree_) runTasks();
+        else skip(input);
+    }
+    inputs_.swap(inputs);
+}
+
+void Checker::skip(const Input& input) {
+    CheckResult result;
+    result.input = input.name;
+    result.status = Faulty;
+    result.reason = input.name + ": not checked, since the library below it has errors";
+    write(result, true);
+    results_.push_back(std::move(result));
+}
+
+void Checker::runTasks() {
+    WorkerTasks tasks;
+    tasks.count = inputs_.size();
+    const unsigned processors = std::max(std::thread::hardware_concurrency(), 1U);
+    tasks.atOnce = settings_.jobs > 0 ? settings_.jobs : static_cast<int>(processors);
+    tasks.work = [&](size_t i) { return packed(judge_(inputs_[i])); };
+    tasks.said = [&](size_t, std::string_view text) { pass(text); };
+    tasks.done = [&](size_t i, const WorkerResult& worker) { take(i, worker); };
+    tasks.tick = [&](size_t finished) { progress_.show(totalSize_ * finished / inputs_.size()); };
+    runWorkers(tasks);
+    progress_.clear();
+}
+
+int Checker::finish() const {
+    writeDepfile();
+    if (isText_ && !settings_.quiet && inputs_.size() > 1 && !settings_.inputs.empty())
+        writeOutput(sumLine(inputs_.size(), failed_, warnings_));
+    if (settings_.format == "json") writeOutput(jsonDocument(results_, status_));
+    if (settings_.format == "sarif") writeOutput(sarifDocument(results_));
+    return status_;
+}
+
+void Checker::pass(std::string_view text) {
+    progress_.clear();
+    writeError(text);
+}
+
+void Checker::take(size_t i, const WorkerResult& worker) {
+    CheckResult result;
+    if (worker.accident.empty()) {
+        result = unpacked(worker.bytes);
+    } else {
+        result.status = Faulty;
+        result.reason = inputs_[i].name + ": " + worker.accident;
+    }
+    result.input = inputs_[i].name;
+    if (isParent_ && result.status == Fine) return;
+    if (result.parentFailed) result.reason = result.input + ": parent library: " + result.reason;
+    errorFree_ = errorFree_ && (result.status == Fine || result.isLoaded);
+    const bool failed = hasFailed(result, settings_.warningsAreErrors);
+    if (failed && result.status == Fine)
+        result.reason = result.input + ": " + counted(result.warningCount(), "warning") + " (--werror)";
+    if (failed) ++failed_;
+    warnings_ += result.warningCount();
+    status_ = std::max<int>(status_, failed ? std::max(result.status, Faulty) : Fine);
+    write(result, failed);
+    if (!settings_.depfile.empty() || !isText_) results_.push_back(std::move(result));
+}
+
+void Checker::write(const CheckResult& result, bool failed) {
+    progress_.clear();
+    if (isShort_) return writeOutput(shortLines(result));
+    std::string lines = faultLines(result, static_cast<size_t>(settings_.mostErrors));
+    for (const hdnt::Diagnostic& warning : result.warnings) lines += warningLine(warning);
+    writeError(lines);
+    if (failed) complain(result.reason);
+    else if (isText_ && !settings_.quiet) writeOutput(textLine(result));
+}
+
+void Checker::writeDepfile() const {
+    if (settings_.depfile.empty()) return;
+    errno = 0;
+    std::ofstream file(settings_.depfile, std::ios::binary);
+    file << makeRules(settings_.depTarget.empty() ? settings_.depfile : settings_.depTarget, results_);
+    file.close();
+    if (!file) throw Failure(Unusable, "cannot write " + settings_.depfile + ": " + std::strerror(errno));
+}
+
+} // namespace ntl

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "author/lint/lint.h"
+#include "tools/ntl/CheckResult.h"
+#include "tools/ntl/Progress.h"
+#include "tools/ntl/Settings.h"
+#include "tools/ntl/Workers.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ntl {
+
+/// One library to check: the paths it stands on, then its own, which are more than one for the common library.
+struct Input {
+    std::string name;
+    std::vector<std::string> parents;
+    std::vector<std::string> paths;
+    hdnt::author::ConfigScope configuration = hdnt::author::ConfigScope::None;
+    bool isParent = false; ///< of other inputs: it has to load, what else is said of it is its own affair
+};
+
+/// Those of the command line; without any, the shipped libraries.
+std::vector<Input> inputsOf(const Settings& settings);
+
+/// Judges inputs, each in a process of its own, and writes what comes of it, in the order of the inputs.
+class Checker {
+public:
+    /// Runs in the process of the input. Must not throw.
+    using Judge = std::function<CheckResult(const Input& input)>;
+
+    Checker(const Settings& settings, Judge judge);
+
+    /// The exit status.
+    int run();
+
+private:
+    bool parentIsGood();
+    void runOneByOne();
+    void skip(const Input& input);
+    void runTasks();
+    int finish() const;
+    void pass(std::string_view text);
+    void take(size_t i, const WorkerResult& worker);
+    void write(const CheckResult& result, bool failed);
+    void writeDepfile() const;
+
+    const Settings& settings_;
+    Judge judge_;
+    std::vector<Input> inputs_;
+    bool isText_;
+    bool isShort_;
+    std::uintmax_t totalSize_;
+    Progress progress_;
+    std::vector<CheckResult> results_;
+    size_t failed_ = 0;
+    size_t warnings_ = 0;
+    int status_ = Fine;
+    bool isParent_ = false;
+    bool errorFree_ = true;
+};
+
+} // namespace ntl
