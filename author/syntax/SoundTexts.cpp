@@ -156,19 +156,23 @@ bool SoundTexts::leaveOutIncluding() {
     return more;
 }
 
+// Of what stands outside, only what may be the name of a block or function.
 void SoundTexts::nameLeftOut(const File& file) {
     const SourceItems& items = file.tree.items();
+    const auto kindOf = [&](std::uint32_t item) { return item < items.size() ? items[item].kind : 0; };
     for (const Part& part : file.parts) {
         if (!part.isFaulty) continue;
         const SyntaxNode& node = file.tree.nodes()[part.node];
-        const bool isAnything = node.part == NtlPart::unexpected;
         for (std::uint32_t item = node.begin; item < node.end; ++item) {
-            const int kind = items[item].kind;
-            if (kind != T_StringConstant && kind != T_Identifier) continue;
+            const bool isFunction =
+                kindOf(item) == T_Identifier && (node.part == NtlPart::function || kindOf(item + 1) == '(');
+            const int before = item > 0 ? kindOf(item - 1) : 0;
+            const bool isBlock = kindOf(item) == T_StringConstant && (before == T_Block || before == T_Identifier);
+            if (!isFunction && !isBlock) continue;
             std::string name = HSTStringUtils::to_upper_copy(items.textOf(item));
             std::erase(name, '"');
             leftOut_.insert(std::move(name));
-            if (kind == T_StringConstant && !isAnything) break;
+            break;
         }
     }
 }
@@ -249,12 +253,14 @@ std::optional<std::map<std::string, std::string>> SoundTexts::texts() {
     return texts;
 }
 
+// Names are in quotes, or behind the word.
 bool SoundTexts::speaksOfLeftOut(std::string_view text) const {
     for (std::size_t begin = 0; begin < text.size(); ++begin) {
         std::size_t end = begin;
         while (end < text.size() && isName(text[end])) ++end;
-        if (end > begin && leftOut_.contains(HSTStringUtils::to_upper_copy(text.substr(begin, end - begin))))
-            return true;
+        const std::string_view before = text.substr(0, begin);
+        const bool isNamed = end > begin && (before.ends_with('"') || before.ends_with("Function "));
+        if (isNamed && leftOut_.contains(HSTStringUtils::to_upper_copy(text.substr(begin, end - begin)))) return true;
         begin = end;
     }
     return false;

@@ -118,6 +118,9 @@ TEST_F(CheckSyntaxTest, TheRestIsJudged) {
          "l.btl:2:22: note: first declared here [pin-redefined]\n"
          "l.btl:3:29: error: expected ';' after 'input' [missing-token]\nl.btl:4:1" +
              saidOwn},
+        {"pin \"a\" input;\nblock \"HOLD\" { pin \"a\" input; }",
+         "l.btl:2:1: error: expected block, function or '}' instead of 'pin' [unexpected-token]\n"
+         "l.btl:3:16: warning: pin \"a\" has lower-case letters and cannot be looked up by name [pin-lower-case]\n"},
         // In the line of a faulty one, behind a tab
         {"block \"HOLD\" { pin \"A\" input }\t /* \xc3\xa4\t*/ " + own, saidMissing + "l.btl:2:41" + saidOwn},
         {"pin \"A\" input;\n" + own,
@@ -133,8 +136,8 @@ TEST_F(CheckSyntaxTest, TheRestIsJudged) {
                                         "[open-file-statement]\n"},
         // Only because something is left out
         {missing + "block \"HOLD\" expandsto { }", saidMissing},
-        {"function int ask(;\nblock \"HOLD\" { pin \"A\" input; } expandsto { if (ask() == 1) inst \"a\" \"B\"; }",
-         "l.btl:2:18: error: expected ')' after '(' [missing-token]\n"},
+        {"function int ask;\nblock \"HOLD\" { pin \"A\" input; } expandsto { if (ask() == 1) inst \"a\" \"B\"; }",
+         "l.btl:2:17: error: expected '(' instead of ';' [unexpected-token]\n"},
         // Not only
         {missing + "block \"GATE_AND_2\" expandsto { }",
          saidMissing + "l.btl:3:1: warning: mapping of block \"GATE_AND_2\" is dropped: no block of that name was "
