@@ -17,10 +17,10 @@ bool WiringFault::operator<(const WiringFault& other) const {
 
 using Pins = std::vector<const HDNTPin*>;
 
-static bool isConstant(const std::string& signal) { return signal == "@0" || signal == "@1"; }
+static bool isConstant(std::string_view signal) { return signal == "@0" || signal == "@1"; }
 
-static std::string wordsFor(const std::string& instance, const std::string& pin) {
-    return (instance.empty() ? "" : '"' + instance + "\" ") + '"' + pin + '"';
+static std::string wordsFor(const HDNTExpansion::Connection& connection) {
+    return (connection.instance.empty() ? "" : '"' + connection.instance + "\" ") + '"' + connection.pin + '"';
 }
 
 Wiring::Wiring(const HDNTExpansion::Level& level) : level_(level) {
@@ -31,12 +31,15 @@ Wiring::Wiring(const HDNTExpansion::Level& level) : level_(level) {
     }
     connected_.emplace_back(level.block->pins().size());
     for (const HDNTExpansion::Signal& signal : level.signals) nets_[signal.name].at = signal.origin.location;
-    for (const HDNTExpansion::Connection& connection : level.connections) connect(connection);
-    for (const auto& [name, net] : nets_)
-        if (net.drivers.size() + net.loads + net.both > 1) joining_.insert(name);
+    for (const Connection& connection : level.connections) connect(connection);
 }
 
-void Wiring::connect(const HDNTExpansion::Connection& connection) {
+bool Wiring::joins(const std::string& signal) const {
+    const auto found = nets_.find(signal);
+    return found != nets_.end() && found->second.pins > 1;
+}
+
+void Wiring::connect(const Connection& connection) {
     const auto [at, isNew] = nets_.try_emplace(connection.signal);
     Net& net = at->second;
     if (isNew) net.at = connection.origin.location;
@@ -46,26 +49,29 @@ void Wiring::connect(const HDNTExpansion::Connection& connection) {
     const HDNTBlock* const block = isOwn                       ? level_.block
                                    : found == instances_.end() ? nullptr
                                                                : level_.instances[place].block;
-    const std::vector<const HDNTPin*> pins = block ? NamedPins(*block, connection.pin).pins() : Pins();
+    const Pins pins = block ? NamedPins(*block, connection.pin).pins() : Pins();
     for (const HDNTPin* pin : pins) connected_[place][pin->getPinIndex()] = true;
-    if (isOwn && !pins.empty() && pins.front()->getDirection() == HDNT_PIN_INPUT)
-        usedInputs_.insert(pins.front()->getBaseName());
+    if (isOwn && !pins.empty()) used_.insert(pins.front()->getBus());
     // A pin that is not known may be of any direction; those of a block that stays are connected outside, too.
     const bool isEither = pins.empty() || (isOwn && level_.section == HDNTNetlist::Section::modifiedby);
     join(net, connection, isEither ? HDNT_PIN_BIDIR : pins.front()->getDirection());
 }
 
 // Inside the block its inputs drive and its outputs are driven.
-void Wiring::join(Net& net, const HDNTExpansion::Connection& connection, HDNT_PIN_DIRECTION direction) {
+void Wiring::join(Net& net, const Connection& connection, HDNT_PIN_DIRECTION direction) {
+    const auto isSame = [&](const Connection* other) {
+        return other->instance == connection.instance && other->pin == connection.pin;
+    };
     const bool isInside = connection.instance.empty();
-    const std::string words = wordsFor(connection.instance, connection.pin);
-    if (direction == HDNT_PIN_BIDIR) {
-        ++net.both;
-    } else if (direction == (isInside ? HDNT_PIN_INPUT : HDNT_PIN_OUTPUT)) {
-        if (std::ranges::find(net.drivers, words) == net.drivers.end()) net.drivers.push_back(words);
+    if (direction == (isInside ? HDNT_PIN_INPUT : HDNT_PIN_OUTPUT)) {
+        if (std::ranges::any_of(net.drivers, isSame)) return;
+        net.drivers.push_back(&connection);
     } else if (direction == (isInside ? HDNT_PIN_OUTPUT : HDNT_PIN_INPUT)) {
-        if (net.loads++ == 0) net.firstLoad = words;
+        if (!net.load) net.load = &connection;
+    } else if (direction == HDNT_PIN_BIDIR) {
+        ++net.both;
     }
+    ++net.pins;
 }
 
 std::vector<WiringFault> Wiring::faults(const std::set<std::string>& openPins) const {
@@ -78,14 +84,13 @@ std::vector<WiringFault> Wiring::faults(const std::set<std::string>& openPins) c
 
 void Wiring::addNetFaults(std::vector<WiringFault>& faults) const {
     for (const auto& [name, net] : nets_) {
-        const std::size_t drivers = net.drivers.size() + (isConstant(name) ? 1 : 0);
-        if (drivers > 1) {
-            const std::string& first = net.drivers.front();
-            faults.push_back(
-                {LintCode::twoDrivers, net.at, {name, isConstant(name) ? "the constant" : first, net.drivers.back()}});
+        const bool isTied = isConstant(name);
+        if (net.drivers.size() + (isTied ? 1 : 0) > 1) {
+            const std::string first = isTied ? "the constant" : wordsFor(*net.drivers.front());
+            faults.push_back({LintCode::twoDrivers, net.at, {std::string(name), first, wordsFor(*net.drivers.back())}});
         }
-        if (drivers == 0 && net.both == 0 && net.loads > 0)
-            faults.push_back({LintCode::undrivenSignal, net.at, {name, net.firstLoad}});
+        if (net.drivers.empty() && !isTied && net.both == 0 && net.load)
+            faults.push_back({LintCode::undrivenSignal, net.at, {std::string(name), wordsFor(*net.load)}});
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include <set>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -27,34 +28,34 @@ public:
 
     /// Pins of the block that were asked for and found open need no driver.
     std::vector<WiringFault> faults(const std::set<std::string>& openPins) const;
-    /// Base names of the block's inputs that are connected to something.
-    const std::set<std::string>& usedInputs() const { return usedInputs_; }
-    /// Names of signals that join two pins or more.
-    const std::set<std::string>& joiningSignals() const { return joining_; }
+    /// Whether one of the block's own pins is connected to something.
+    bool uses(const HDNTBus& bus) const { return used_.contains(&bus); }
+    /// Whether a signal joins two pins or more.
+    bool joins(const std::string& signal) const;
 
 private:
+    using Connection = HDNTExpansion::Connection;
     struct Net {
-        std::vector<std::string> drivers; ///< pins in words
-        std::string firstLoad;
-        std::size_t loads = 0;
-        std::size_t both = 0; ///< pins of either direction, or of none that is known
         yyltype at{};
+        std::vector<const Connection*> drivers;
+        const Connection* load = nullptr; ///< the first one
+        std::size_t pins = 0;
+        std::size_t both = 0; ///< pins of either direction, or of none that is known
     };
     /// What is connected of a block: by position of the pin.
     using Connected = std::vector<bool>;
 
-    void connect(const HDNTExpansion::Connection& connection);
-    static void join(Net& net, const HDNTExpansion::Connection& connection, HDNT_PIN_DIRECTION direction);
+    void connect(const Connection& connection);
+    static void join(Net& net, const Connection& connection, HDNT_PIN_DIRECTION direction);
     void addNetFaults(std::vector<WiringFault>& faults) const;
     void addInputFaults(std::vector<WiringFault>& faults) const;
     void addOutputFaults(const std::set<std::string>& openPins, std::vector<WiringFault>& faults) const;
 
     const HDNTExpansion::Level& level_;
-    std::unordered_map<std::string, std::size_t> instances_;
+    std::unordered_map<std::string_view, std::size_t> instances_;
     std::vector<Connected> connected_; ///< of each instance, and behind them of the block itself
-    std::map<std::string, Net> nets_;
-    std::set<std::string> usedInputs_;
-    std::set<std::string> joining_;
+    std::unordered_map<std::string_view, Net> nets_;
+    std::set<const HDNTBus*> used_;
 };
 
 } // namespace hdnt::author

@@ -34,6 +34,10 @@ public:
           graph_(graph), view_(netlist), cover_(block, netlist) {
         for (const auto& stmt : view_.conditions())
             if (const yyltype* const at = stmt.node->getLocation()) branches_[keyOf(*at)];
+        for (const MappingView::Declared& signal : view_.signals())
+            if (signal.name != "@0" && signal.name != "@1") single_.push_back(&signal);
+        for (const HDNTBus& bus : block_.buses())
+            if (isUsual(bus) && !isAskedFor(bus)) unused_.push_back(&bus);
     }
 
     void judge() {
@@ -61,6 +65,18 @@ private:
     };
 
     bool isLeft() const { return tried_ < budget_; }
+
+    static bool isUsual(const HDNTBus& bus) {
+        return bus.getDirection() == HDNT_PIN_INPUT && !bus.isTest() && !bus.isAbstract();
+    }
+
+    // Whether it is connected is all that the mapping may want to know of a pin.
+    bool isAskedFor(const HDNTBus& bus) const {
+        return std::ranges::any_of(cover_.factors(), [&](const SettingFactor& factor) {
+            return factor.kind == SettingFactor::Kind::pin && baseOf(factor.name) == bus.getBaseName();
+        });
+    }
+    static std::string baseOf(const std::string& pin) { return pin.substr(0, pin.find('[')); }
 
     void run(const SettingChoice& choice) {
         if (!tries_.insert(choice).second) return;
@@ -92,8 +108,8 @@ private:
         const HDNTExpansion::Level& level = expansion.levels().front();
         note(level);
         const Wiring wiring(level);
-        used_.insert(wiring.usedInputs().begin(), wiring.usedInputs().end());
-        joining_.insert(wiring.joiningSignals().begin(), wiring.joiningSignals().end());
+        std::erase_if(unused_, [&](const HDNTBus* bus) { return wiring.uses(*bus); });
+        std::erase_if(single_, [&](const MappingView::Declared* signal) { return wiring.joins(signal->name); });
         for (WiringFault& fault : wiring.faults(openPinsOf(choice))) faults.push_back(std::move(fault));
         return faults;
     }
@@ -105,7 +121,7 @@ private:
         }
         for (const HDNTExpansion::Instance& instance : level.instances)
             if (instance.block) graph_.add(block_, *instance.block, instance.origin.location);
-        outcome_ = textOf(level);
+        if (wantsOutcome_) outcome_ = textOf(level);
     }
 
     // A text in which equal outcomes are equal.
@@ -132,8 +148,7 @@ private:
         std::set<std::string> open;
         for (std::size_t i = 0; i < choice.size(); ++i) {
             const SettingFactor& factor = cover_.factors()[i];
-            if (factor.kind == SettingFactor::Kind::pin && choice[i] == 0)
-                open.insert(factor.name.substr(0, factor.name.find('[')));
+            if (factor.kind == SettingFactor::Kind::pin && choice[i] == 0) open.insert(baseOf(factor.name));
         }
         return open;
     }
@@ -155,6 +170,7 @@ private:
 
     // Each property alone, from several settings on, until the outcome is another one.
     void seekEffects() {
+        wantsOutcome_ = true;
         std::vector<SettingChoice> bases = cover_.choices(16);
         for (std::size_t i = 0; i < cover_.factors().size(); ++i) {
             const SettingFactor& factor = cover_.factors()[i];
@@ -243,12 +259,9 @@ private:
 
     void reportSignals() {
         std::set<const HDNTSignal*> reported;
-        for (const auto& signal : view_.signals()) {
-            const bool isConstant = signal.name == "@0" || signal.name == "@1";
-            if (joining_.contains(signal.name) || isConstant || isAtFault(signal.name)) continue;
-            if (reported.insert(signal.node).second)
-                findings_.add(LintCode::singlePinSignal, *signal.node, {signal.name});
-        }
+        for (const MappingView::Declared* signal : single_)
+            if (!isAtFault(signal->name) && reported.insert(signal->node).second)
+                findings_.add(LintCode::singlePinSignal, *signal->node, {signal->name});
     }
 
     // A signal that is spoken of already.
@@ -262,11 +275,8 @@ private:
 
     void reportInputs() {
         if (netlist_.section() == HDNTNetlist::Section::modifiedby) return;
-        for (const HDNTBus& bus : block_.buses()) {
-            const bool isWanted = bus.getDirection() == HDNT_PIN_INPUT && !bus.isTest() && !bus.isAbstract();
-            if (isWanted && !used_.contains(bus.getBaseName()))
-                findings_.add(LintCode::unusedInput, netlist_, {bus.getName(), block_.getName()});
-        }
+        for (const HDNTBus* bus : unused_)
+            findings_.add(LintCode::unusedInput, netlist_, {bus->getName(), block_.getName()});
     }
 
     HDNTBlock& block_;
@@ -280,12 +290,13 @@ private:
 
     std::size_t tried_ = 0; ///< expansions
     std::set<SettingChoice> tries_;
+    bool wantsOutcome_ = false;
     std::string outcome_; ///< of the last expansion
     bool hadProblems_ = false;
     std::map<WiringFault, Seen> faults_;
     std::map<PlaceKey, Ways> branches_;
-    std::set<std::string> used_;    ///< inputs of the block
-    std::set<std::string> joining_; ///< signals
+    std::vector<const HDNTBus*> unused_;               ///< inputs of the block, in each try
+    std::vector<const MappingView::Declared*> single_; ///< signals that join nothing, likewise
     std::vector<std::string> withoutEffect_;
 };
 
