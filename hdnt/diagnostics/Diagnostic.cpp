@@ -95,6 +95,7 @@ Diagnostic diagnosticOf(const HDNTNotice& notice) {
     const DiagnosticCode code = codeOf(notice.kind);
     Diagnostic result = diagnosticOf(code, filledIn(ruleOf(code).wording, {notice.text}), notice.detail);
     result.place = placeWhileRead(notice.location);
+    if (notice.earlier) result.related.push_back({placeWhileRead(*notice.earlier), "first declared here"});
     return result;
 }
 

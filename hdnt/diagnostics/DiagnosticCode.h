@@ -66,6 +66,14 @@ enum class DiagnosticCode : unsigned char {
     unterminatedComment,
     droppedMapping,
     mapLibraryRefused,
+    includeTrailingText,
+    numberOverflow,
+    repeatedOption,
+    ignoredOption,
+    functionRedeclared,
+    mappingReplaced,
+    statementDropped,
+    inversionDropped,
     fileOpened,
 };
 

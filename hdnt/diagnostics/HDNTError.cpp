@@ -36,10 +36,12 @@ void HDNTError::notify(const HDNTNotice& notice) {
 hdnt::DiagnosticCode codeOf(HDNTNotice::Kind kind) {
     using Code = hdnt::DiagnosticCode;
     // In the order of the enumeration.
-    static constexpr std::array<Code, 9> codes = {
-        Code::includeSkipped,     Code::includeNotFound,     Code::includeNotOpened,
-        Code::unterminatedString, Code::unterminatedComment, Code::droppedMapping,
-        Code::includeText,        Code::mapLibraryRefused,   Code::fileOpened};
+    static constexpr std::array<Code, 17> codes = {
+        Code::includeSkipped,      Code::includeNotFound,     Code::includeNotOpened, Code::unterminatedString,
+        Code::unterminatedComment, Code::droppedMapping,      Code::includeText,      Code::mapLibraryRefused,
+        Code::fileOpened,          Code::includeTrailingText, Code::numberOverflow,   Code::repeatedOption,
+        Code::ignoredOption,       Code::functionRedeclared,  Code::mappingReplaced,  Code::statementDropped,
+        Code::inversionDropped};
     return codes.at(static_cast<std::size_t>(kind));
 }
 

@@ -28,11 +28,20 @@ struct HDNTNotice {
         IncludeText,         ///< a line without ";" between INCLUDE or INLINE and its file name
         MapLibraryRefused,   ///< a map library that the root folder or a limit keeps from being read
         FileOpened,          ///< an INCLUDE or INLINE file, before its text
+        IncludeTrailingText, ///< something besides the file name and comments on the line of an INCLUDE or INLINE
+        NumberOverflow,      ///< a number that is read as another one, since it does not fit
+        RepeatedOption,      ///< an option of a property or an attribute of a block that was given before
+        IgnoredOption,       ///< an option of a property that another one makes void
+        FunctionRedeclared, ///< a function that the text, or otherwise a text before it, has declared; the first counts
+        MappingReplaced,    ///< a mapping whose block, of the same library, has one
+        StatementDropped,   ///< a statement block at the top of a mapping
+        InversionDropped,   ///< "~" before a pin whose property is assigned
     };
     Kind kind;
     yyltype location;
-    std::string_view text;   ///< the file name or the text concerned
-    std::string_view detail; ///< as in HDNTReport
+    std::string_view text;            ///< the file name or the text concerned
+    std::string_view detail;          ///< as in HDNTReport
+    const yyltype* earlier = nullptr; ///< what came first, when it was read in the same load; often null
 };
 
 /// The code of a kind of notice.

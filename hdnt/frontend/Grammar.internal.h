@@ -22,6 +22,7 @@
 #include <cstring>
 
 namespace build = hdnt::frontend::build;
+using hdnt::frontend::Option;
 using Section = HDNTNetlist::Section;
 
 // A builder call that throws ends the parse. The builder owns what it was given, and bison frees the rest of its stack

@@ -238,21 +238,21 @@ Property:
 
 IntPropData:
     IntList
-  | IntList ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); };
+  | IntList ',' T_Description '=' T_StringConstant { $$ = build::say($1, Option::description, @3); $$->description = build::take($5); };
 
 DoublePropData:
     DoubleList
-  | DoubleList ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); };
+  | DoubleList ',' T_Description '=' T_StringConstant { $$ = build::say($1, Option::description, @3); $$->description = build::take($5); };
 
-BoolDefault: T_Default '=' T_BoolConstant { BUILD($$ = build::options()); $$->boolDefault = $3; };
+BoolDefault: T_Default '=' T_BoolConstant { BUILD($$ = build::options(Option::byDefault)); $$->boolDefault = $3; };
 
 BoolPropData:
     BoolDefault
-  | BoolPropData ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
-  | BoolPropData ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
-  | BoolPropData ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
-  | BoolPropData ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
-  | BoolPropData ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); };
+  | BoolPropData ',' T_Simulation '=' T_BoolConstant { $$ = build::say($1, Option::simulation, @3); $$->simulation = $5; }
+  | BoolPropData ',' T_Test '=' T_BoolConstant { $$ = build::say($1, Option::test, @3); $$->test = $5; }
+  | BoolPropData ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = build::say($1, Option::constraintsOnly, @3); $$->constraintsOnly = $5; }
+  | BoolPropData ',' T_MuxControl '=' T_BoolConstant { $$ = build::say($1, Option::muxControl, @3); $$->muxControl = $5; }
+  | BoolPropData ',' T_Description '=' T_StringConstant { $$ = build::say($1, Option::description, @3); $$->description = build::take($5); };
 
 IntValues:
     T_IntConstant { BUILD($$ = build::value(nullptr, static_cast<int>($1))); }
@@ -261,18 +261,18 @@ IntValues:
 IntList:
     T_Values '{' IntValues '}' { $$ = $3; }
   | T_Min '=' T_IntConstant { BUILD($$ = build::options()); $$->ints.min = static_cast<int>($3); }
-  | IntList ',' T_Max '=' T_IntConstant { $$ = $1; $$->ints.max = static_cast<int>($5); }
-  | IntList ',' T_Default '=' T_IntConstant { $$ = $1; $$->ints.byDefault = static_cast<int>($5); }
-  | IntList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
-  | IntList ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
-  | IntList ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
-  | IntList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
-  | IntList ',' T_Units '=' T_StringConstant { $$ = $1; $$->units = build::take($5); }
-  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options()); $$->simulation = $3; }
-  | T_MuxControl '=' T_BoolConstant { BUILD($$ = build::options()); $$->muxControl = $3; }
-  | T_Test '=' T_BoolConstant { BUILD($$ = build::options()); $$->test = $3; }
-  | T_ConstraintsOnly '=' T_BoolConstant { BUILD($$ = build::options()); $$->constraintsOnly = $3; }
-  | T_Default '=' T_IntConstant { BUILD($$ = build::options()); $$->ints.byDefault = static_cast<int>($3); };
+  | IntList ',' T_Max '=' T_IntConstant { $$ = build::say($1, Option::max, @3); $$->ints.max = static_cast<int>($5); }
+  | IntList ',' T_Default '=' T_IntConstant { $$ = build::say($1, Option::byDefault, @3); $$->ints.byDefault = static_cast<int>($5); }
+  | IntList ',' T_Simulation '=' T_BoolConstant { $$ = build::say($1, Option::simulation, @3); $$->simulation = $5; }
+  | IntList ',' T_MuxControl '=' T_BoolConstant { $$ = build::say($1, Option::muxControl, @3); $$->muxControl = $5; }
+  | IntList ',' T_Test '=' T_BoolConstant { $$ = build::say($1, Option::test, @3); $$->test = $5; }
+  | IntList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = build::say($1, Option::constraintsOnly, @3); $$->constraintsOnly = $5; }
+  | IntList ',' T_Units '=' T_StringConstant { $$ = build::say($1, Option::units, @3); $$->units = build::take($5); }
+  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options(Option::simulation)); $$->simulation = $3; }
+  | T_MuxControl '=' T_BoolConstant { BUILD($$ = build::options(Option::muxControl)); $$->muxControl = $3; }
+  | T_Test '=' T_BoolConstant { BUILD($$ = build::options(Option::test)); $$->test = $3; }
+  | T_ConstraintsOnly '=' T_BoolConstant { BUILD($$ = build::options(Option::constraintsOnly)); $$->constraintsOnly = $3; }
+  | T_Default '=' T_IntConstant { BUILD($$ = build::options(Option::byDefault)); $$->ints.byDefault = static_cast<int>($3); };
 
 HexValues:
     T_HexConstant { BUILD($$ = build::value(nullptr, $1)); }
@@ -281,17 +281,17 @@ HexValues:
 HexList:
     T_Values '{' HexValues '}' { $$ = $3; }
   | T_Min '=' T_HexConstant { BUILD_TEXT($3, $$ = build::options()); $$->textMin = build::take($3); }
-  | HexList ',' T_Max '=' T_HexConstant { $$ = $1; $$->textMax = build::take($5); }
-  | HexList ',' T_Default '=' T_HexConstant { $$ = $1; $$->textDefault = build::take($5); }
-  | HexList ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); }
-  | HexList ',' T_Units '=' T_StringConstant { $$ = $1; $$->units = build::take($5); }
-  | HexList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
-  | HexList ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
-  | HexList ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
-  | HexList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
-  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options()); $$->simulation = $3; }
-  | T_MuxControl '=' T_BoolConstant { BUILD($$ = build::options()); $$->muxControl = $3; }
-  | T_Default '=' T_HexConstant { BUILD_TEXT($3, $$ = build::options()); $$->textDefault = build::take($3); };
+  | HexList ',' T_Max '=' T_HexConstant { $$ = build::say($1, Option::max, @3); $$->textMax = build::take($5); }
+  | HexList ',' T_Default '=' T_HexConstant { $$ = build::say($1, Option::byDefault, @3); $$->textDefault = build::take($5); }
+  | HexList ',' T_Description '=' T_StringConstant { $$ = build::say($1, Option::description, @3); $$->description = build::take($5); }
+  | HexList ',' T_Units '=' T_StringConstant { $$ = build::say($1, Option::units, @3); $$->units = build::take($5); }
+  | HexList ',' T_Simulation '=' T_BoolConstant { $$ = build::say($1, Option::simulation, @3); $$->simulation = $5; }
+  | HexList ',' T_MuxControl '=' T_BoolConstant { $$ = build::say($1, Option::muxControl, @3); $$->muxControl = $5; }
+  | HexList ',' T_Test '=' T_BoolConstant { $$ = build::say($1, Option::test, @3); $$->test = $5; }
+  | HexList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = build::say($1, Option::constraintsOnly, @3); $$->constraintsOnly = $5; }
+  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options(Option::simulation)); $$->simulation = $3; }
+  | T_MuxControl '=' T_BoolConstant { BUILD($$ = build::options(Option::muxControl)); $$->muxControl = $3; }
+  | T_Default '=' T_HexConstant { BUILD_TEXT($3, $$ = build::options(Option::byDefault)); $$->textDefault = build::take($3); };
 
 BinaryValues:
     T_BinaryConstant { BUILD($$ = build::value(nullptr, $1)); }
@@ -300,16 +300,16 @@ BinaryValues:
 BinaryList:
     T_Values '{' BinaryValues '}' { $$ = $3; }
   | T_Min '=' T_BinaryConstant { BUILD_TEXT($3, $$ = build::options()); $$->textMin = build::take($3); }
-  | BinaryList ',' T_Max '=' T_BinaryConstant { $$ = $1; $$->textMax = build::take($5); }
-  | BinaryList ',' T_Default '=' T_BinaryConstant { $$ = $1; $$->textDefault = build::take($5); }
-  | BinaryList ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); }
-  | BinaryList ',' T_Units '=' T_StringConstant { $$ = $1; $$->units = build::take($5); }
-  | BinaryList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
-  | BinaryList ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
-  | BinaryList ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
-  | BinaryList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
-  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options()); $$->simulation = $3; }
-  | T_Default '=' T_BinaryConstant { BUILD_TEXT($3, $$ = build::options()); $$->textDefault = build::take($3); };
+  | BinaryList ',' T_Max '=' T_BinaryConstant { $$ = build::say($1, Option::max, @3); $$->textMax = build::take($5); }
+  | BinaryList ',' T_Default '=' T_BinaryConstant { $$ = build::say($1, Option::byDefault, @3); $$->textDefault = build::take($5); }
+  | BinaryList ',' T_Description '=' T_StringConstant { $$ = build::say($1, Option::description, @3); $$->description = build::take($5); }
+  | BinaryList ',' T_Units '=' T_StringConstant { $$ = build::say($1, Option::units, @3); $$->units = build::take($5); }
+  | BinaryList ',' T_Simulation '=' T_BoolConstant { $$ = build::say($1, Option::simulation, @3); $$->simulation = $5; }
+  | BinaryList ',' T_MuxControl '=' T_BoolConstant { $$ = build::say($1, Option::muxControl, @3); $$->muxControl = $5; }
+  | BinaryList ',' T_Test '=' T_BoolConstant { $$ = build::say($1, Option::test, @3); $$->test = $5; }
+  | BinaryList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = build::say($1, Option::constraintsOnly, @3); $$->constraintsOnly = $5; }
+  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options(Option::simulation)); $$->simulation = $3; }
+  | T_Default '=' T_BinaryConstant { BUILD_TEXT($3, $$ = build::options(Option::byDefault)); $$->textDefault = build::take($3); };
 
 DoubleValues:
     T_DoubleConstant { BUILD($$ = build::value(nullptr, $1)); }
@@ -318,16 +318,16 @@ DoubleValues:
 DoubleList:
     T_Values '{' DoubleValues '}' { $$ = $3; }
   | T_Min '=' T_DoubleConstant { BUILD($$ = build::options()); $$->doubles.min = $3; }
-  | DoubleList ',' T_Max '=' T_DoubleConstant { $$ = $1; $$->doubles.max = $5; }
-  | DoubleList ',' T_Default '=' T_DoubleConstant { $$ = $1; $$->doubles.byDefault = $5; }
-  | DoubleList ',' T_Precision '=' T_IntConstant { $$ = $1; $$->precision = static_cast<int>($5); }
-  | DoubleList ',' T_Units '=' T_StringConstant { $$ = $1; $$->units = build::take($5); }
-  | DoubleList ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
-  | DoubleList ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
-  | DoubleList ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
-  | DoubleList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
-  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options()); $$->simulation = $3; }
-  | T_Default '=' T_DoubleConstant { BUILD($$ = build::options()); $$->doubles.byDefault = $3; };
+  | DoubleList ',' T_Max '=' T_DoubleConstant { $$ = build::say($1, Option::max, @3); $$->doubles.max = $5; }
+  | DoubleList ',' T_Default '=' T_DoubleConstant { $$ = build::say($1, Option::byDefault, @3); $$->doubles.byDefault = $5; }
+  | DoubleList ',' T_Precision '=' T_IntConstant { $$ = build::say($1, Option::precision, @3); $$->precision = static_cast<int>($5); }
+  | DoubleList ',' T_Units '=' T_StringConstant { $$ = build::say($1, Option::units, @3); $$->units = build::take($5); }
+  | DoubleList ',' T_Simulation '=' T_BoolConstant { $$ = build::say($1, Option::simulation, @3); $$->simulation = $5; }
+  | DoubleList ',' T_MuxControl '=' T_BoolConstant { $$ = build::say($1, Option::muxControl, @3); $$->muxControl = $5; }
+  | DoubleList ',' T_Test '=' T_BoolConstant { $$ = build::say($1, Option::test, @3); $$->test = $5; }
+  | DoubleList ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = build::say($1, Option::constraintsOnly, @3); $$->constraintsOnly = $5; }
+  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options(Option::simulation)); $$->simulation = $3; }
+  | T_Default '=' T_DoubleConstant { BUILD($$ = build::options(Option::byDefault)); $$->doubles.byDefault = $3; };
 
 StringValues:
     T_StringConstant { BUILD($$ = build::value(nullptr, $1)); }
@@ -335,15 +335,15 @@ StringValues:
 
 StringPropData:
     T_Values '{' StringValues '}' { $$ = $3; }
-  | StringPropData ',' T_Default '=' T_StringConstant { $$ = $1; $$->textDefault = build::take($5); }
-  | StringPropData ',' T_Description '=' T_StringConstant { $$ = $1; $$->description = build::take($5); }
-  | StringPropData ',' T_Simulation '=' T_BoolConstant { $$ = $1; $$->simulation = $5; }
-  | StringPropData ',' T_MuxControl '=' T_BoolConstant { $$ = $1; $$->muxControl = $5; }
-  | StringPropData ',' T_Test '=' T_BoolConstant { $$ = $1; $$->test = $5; }
-  | StringPropData ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = $1; $$->constraintsOnly = $5; }
-  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options()); $$->simulation = $3; }
-  | T_MuxControl '=' T_BoolConstant { BUILD($$ = build::options()); $$->muxControl = $3; }
-  | T_Default '=' T_StringConstant { BUILD_TEXT($3, $$ = build::options()); $$->textDefault = build::take($3); };
+  | StringPropData ',' T_Default '=' T_StringConstant { $$ = build::say($1, Option::byDefault, @3); $$->textDefault = build::take($5); }
+  | StringPropData ',' T_Description '=' T_StringConstant { $$ = build::say($1, Option::description, @3); $$->description = build::take($5); }
+  | StringPropData ',' T_Simulation '=' T_BoolConstant { $$ = build::say($1, Option::simulation, @3); $$->simulation = $5; }
+  | StringPropData ',' T_MuxControl '=' T_BoolConstant { $$ = build::say($1, Option::muxControl, @3); $$->muxControl = $5; }
+  | StringPropData ',' T_Test '=' T_BoolConstant { $$ = build::say($1, Option::test, @3); $$->test = $5; }
+  | StringPropData ',' T_ConstraintsOnly '=' T_BoolConstant { $$ = build::say($1, Option::constraintsOnly, @3); $$->constraintsOnly = $5; }
+  | T_Simulation '=' T_BoolConstant { BUILD($$ = build::options(Option::simulation)); $$->simulation = $3; }
+  | T_MuxControl '=' T_BoolConstant { BUILD($$ = build::options(Option::muxControl)); $$->muxControl = $3; }
+  | T_Default '=' T_StringConstant { BUILD_TEXT($3, $$ = build::options(Option::byDefault)); $$->textDefault = build::take($3); };
 
 Pin:
     T_Pin T_StringConstant Direction TestPin AbstractPin PinType RequiredValue ';'

@@ -74,6 +74,10 @@ Node* placed(Node* node, const yyltype& place) {
 
 /// A fresh option record.
 PropertyOptions* options();
+/// The same for a declaration that begins with the option.
+PropertyOptions* options(Option said);
+/// Notes that the option is given, and where, in case it was given before.
+PropertyOptions* say(PropertyOptions* record, Option option, const yyltype& place) noexcept;
 /// Adds an allowed value to a record, to a fresh one when null.
 PropertyOptions* value(PropertyOptions* record, int allowed);
 PropertyOptions* value(PropertyOptions* record, double allowed);

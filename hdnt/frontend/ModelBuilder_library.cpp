@@ -1,5 +1,6 @@
 // The builder's part for whole blocks, mappings and libraries, and what a mapping finds.
 #include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/frontend/Losses.internal.h"
 #include "hdnt/frontend/ModelBuilder.internal.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -33,6 +34,9 @@ bool attach(std::unique_ptr<HDNTNetlist>& netlist, const HDNTLibrary& library, c
     HDNTBlock* block = library.getDeclaredBlock(name);
     HDNTBlock* const pending = block ? nullptr : pendingBlocks().find(name);
     const HDNTLibrary* const parent = library.getParentLibrary();
+    if (block) tellOfReplaced(*block, *netlist, false);
+    if (pending) tellOfReplaced(*pending, *netlist, true);
+    // To map the blocks of its parents anew is what a library may be there for: nothing is told.
     if (!block && !pending && parent) block = parent->getTypeBlockByName(name, true);
     if (block) MappingJournal::attach(*block, netlist.release());
     if (pending) MappingJournal::attachNew(*pending, netlist.release());
@@ -46,6 +50,7 @@ HDNTBlock* block(std::string* name, std::vector<HDNTBlockEntity*>* entities, HDN
     const OwnedList<HDNTBlockEntity> owned(entities);
     std::unique_ptr<HDNTNetlist> ownedNetlist(netlist);
     const TokenText text = take(name);
+    forgetAttributes();
     HDNTLibrary& library = target();
     if (netlist) netlist->setSection(section);
     // From here on the constructor owns the items, whether it succeeds or throws.
@@ -72,13 +77,17 @@ void mapping(std::string* blockName, HDNTNetlist* netlist, HDNTNetlist::Section 
     library.addDroppedMapping({name, reason, place});
 }
 
-void beginParse() noexcept { pendingBlocks().clear(); }
+void beginParse() noexcept {
+    pendingBlocks().clear();
+    forgetAttributes();
+}
 
 void library(std::string* name, std::vector<HDNTDecl*>* decls, const yyltype& place) {
     const OwnedList<HDNTDecl> owned(decls);
     const TokenText text = take(name);
     HDNTLibrary& library = target();
     library.setLocation(place);
+    tellOfFunctions(*decls, library);
     std::vector<HDNTDecl*> items(std::move(*decls));
     library.init(*text, &items);
 }

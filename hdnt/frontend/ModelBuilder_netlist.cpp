@@ -1,4 +1,6 @@
 // The builder's part for what mapping netlists are made of.
+#include "hdnt/diagnostics/HDNTError.h"
+#include "hdnt/frontend/Losses.internal.h"
 #include "hdnt/frontend/ModelBuilder.internal.h"
 #include "hdnt/netlist/HDNTAssignProperty.h"
 #include "hdnt/netlist/HDNTBlockInst.h"
@@ -19,6 +21,8 @@ HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>* entities, const yyltype& p
     OwnedList<HDNTNetlistEntity> owned(entities);
     const auto homeless = std::stable_partition(
         entities->begin(), entities->end(), [](HDNTNetlistEntity* entity) { return !nodeCast<HDNTStmtBlock>(entity); });
+    for (auto entity = homeless; entity != entities->end(); ++entity)
+        HDNTError::notify({HDNTNotice::Kind::StatementDropped, *(*entity)->getLocation(), {}, {}});
     std::for_each(homeless, entities->end(), [](HDNTNetlistEntity* entity) { delete entity; });
     entities->erase(homeless, entities->end());
     auto* const result = new HDNTNetlist(entities);
@@ -40,7 +44,11 @@ HDNTNetlistEntity* assignBlockProperty(std::string* inst, std::string* property,
 HDNTNetlistEntity* assignPinProperty(HDNTBlockPinName* pin, std::string* property, HDNTExpr* value,
                                      const yyltype& place) {
     const std::unique_ptr<HDNTBlockPinName> owned(pin);
-    return placed(new HDNTAssignPinProperty(pin->instName(), pin->pinName(), *take(property), value), place);
+    const TokenText name = take(property);
+    std::unique_ptr<HDNTExpr> ownedValue(value);
+    if (pin->inverted())
+        HDNTError::notify({HDNTNotice::Kind::InversionDropped, *pin->getLocation(), pin->pinName(), {}});
+    return placed(new HDNTAssignPinProperty(pin->instName(), pin->pinName(), *name, ownedValue.release()), place);
 }
 
 HDNTNetlistEntity* ifStmt(HDNTExpr* condition, HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt,
@@ -58,7 +66,10 @@ HDNTNetlistEntity* connect(std::string* signal, std::vector<HDNTPinInst*>* pins,
 
 HDNTNetlistEntity* signal(std::string* name, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
     const TokenText text = take(name);
-    if (!pins && text->find_first_of("[]") != text->npos) return placed(new HDNTSigList(*text), place);
+    if (!pins && text->find_first_of("[]") != text->npos) {
+        tellOfRange(*text, place);
+        return placed(new HDNTSigList(*text), place);
+    }
     auto* const result = placed(new HDNTSignal(*text, pins), place);
     if (result->connect()) result->connect()->setLocation(place);
     return result;

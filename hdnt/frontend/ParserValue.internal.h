@@ -22,6 +22,7 @@ class HDNTProperty;
 namespace hdnt::frontend {
 
 struct PropertyOptions;
+enum class Option : unsigned char;
 
 /// What a symbol on the parser's stack stands for: a token's value (an identifier as a text, too) or what a rule built.
 ///

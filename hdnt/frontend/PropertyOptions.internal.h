@@ -18,6 +18,19 @@ struct NumberOptions {
     std::optional<Number> byDefault;
 };
 
+/// The options that may stand in one declaration more than once.
+enum class Option : unsigned char {
+    max,
+    byDefault,
+    precision,
+    description,
+    units,
+    simulation,
+    test,
+    constraintsOnly,
+    muxControl,
+};
+
 /// What the options of one property declaration said, until the property is built. Only the members of the property's
 /// own type are used; hex and binary values are texts as written. A text that was not given is null.
 struct PropertyOptions {
@@ -35,6 +48,11 @@ struct PropertyOptions {
     bool simulation = false;
     bool constraintsOnly = false;
     bool muxControl = false;
+    unsigned said = 0;     ///< options given so far, a bit each
+    unsigned repeated = 0; ///< those given again
+
+    static constexpr unsigned bitOf(Option option) { return 1U << static_cast<unsigned>(option); }
+    bool hasSaid(Option option) const { return (said & bitOf(option)) != 0; }
 
     /// Back to nothing said; the lists keep their room.
     void reset() noexcept {

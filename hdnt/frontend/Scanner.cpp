@@ -3,12 +3,14 @@
 #include "hdnt/frontend/Keywords.internal.h"
 #include "hdnt/frontend/ScannerState.internal.h"
 #include "hdnt/frontend/TokenText.internal.h"
+#include "hdnt/platform/Text.h"
 
 #include <locale.h>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -47,12 +49,12 @@ const char* skipDigits(const char* p) {
     return p;
 }
 
-// What strtol gives in 64 bits, saturated, cut to its low 32 bits.
-int saturatedValue(const char* start, const char* end) {
+// What strtol gives in 64 bits, saturated.
+long saturatedValue(const char* start, const char* end) {
     long value = 0;
     if (std::from_chars(start, end, value).ec == std::errc::result_out_of_range)
         value = *start == '-' ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
-    return static_cast<int>(static_cast<unsigned long>(value) & 0xffffffffUL);
+    return value;
 }
 
 double doubleValue(const char* start, const char* end) {
@@ -165,7 +167,7 @@ int Scanner::skipComment() {
 }
 
 int Scanner::scanNumber(const char* start, bool negative) {
-    constexpr ptrdiff_t longestExact = 18; // more characters may be more than 64 bits hold
+    constexpr ptrdiff_t longestExact = 9; // more characters may be more than 32 bits hold
     const char* end = negative ? start + 1 : start;
     unsigned long value = 0;
     for (; isDigit(*end); ++end) value = value * 10 + static_cast<unsigned long>(*end - '0');
@@ -179,11 +181,30 @@ int Scanner::scanNumber(const char* start, bool negative) {
     if (*end == '.') {
         end = skipDigits(end + 1);
         HDNTParserlval.doubleValue = doubleValue(start, end);
-        return accept(start, end, T_DoubleConstant);
+        accept(start, end, 0);
+        if (std::isinf(HDNTParserlval.doubleValue)) overflown(start, end, negative ? "-inf" : "inf");
+        return T_DoubleConstant;
     }
-    if (end - start > longestExact) HDNTParserlval.intValue = saturatedValue(start, end);
-    else HDNTParserlval.intValue = static_cast<int>(static_cast<unsigned>(negative ? 0 - value : value));
-    return accept(start, end, T_IntConstant);
+    accept(start, end, 0);
+    if (end - start > longestExact) return scanLongInteger(start, end);
+    HDNTParserlval.intValue = static_cast<int>(static_cast<unsigned>(negative ? 0 - value : value));
+    return T_IntConstant;
+}
+
+// The low 32 bits of what 64 bits hold of it.
+int Scanner::scanLongInteger(const char* start, const char* end) {
+    const long value = saturatedValue(start, end);
+    const int kept = static_cast<int>(static_cast<unsigned long>(value) & 0xffffffffUL);
+    HDNTParserlval.intValue = kept;
+    if (kept != value) overflown(start, end, std::to_string(kept));
+    return T_IntConstant;
+}
+
+// The number that was accepted last is read as another one.
+void Scanner::overflown(const char* start, const char* end, const std::string& readAs) const {
+    constexpr size_t longestShown = 40;
+    const std::string number = platform::clipped({start, static_cast<size_t>(end - start)}, longestShown);
+    if (!pieces_) notify(HDNTNotice::Kind::NumberOverflow, number, "it is read as " + readAs);
 }
 
 int Scanner::scanString(const char* start) {

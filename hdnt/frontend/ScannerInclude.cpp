@@ -51,6 +51,7 @@ int Scanner::fileStatement() {
         while (!isBlank(*end) && *end != ';') ++end;
         const std::string name(start, end);
         const bool once = state_ == State::IncludeFile;
+        if (!pieces_) tellOfTrailingText(end);
         accept(cursor_, lineEnd_ + 1, 0);
         lineEnd_ = nullptr;
         if (pieces_) passOver(once);
@@ -79,10 +80,34 @@ int Scanner::fileStatement() {
 void Scanner::passedOver() {
     const std::string_view line(cursor_, static_cast<size_t>(lineEnd_ - cursor_));
     const size_t first = line.find_first_not_of(" \t");
-    if (first == line.npos) return;
+    if (first != line.npos) notifyAt(cursor_ + first, HDNTNotice::Kind::IncludeText);
+}
+
+// How much of a text's beginning is blank space or a whole comment. One that goes on in the next line is none.
+static size_t ignorable(std::string_view text) {
+    if (isBlank(text.front()) || text.front() == '\r') return 1;
+    if (text.starts_with("//")) return text.size();
+    const size_t end = text.starts_with("/*") ? text.find("*/", 2) : text.npos;
+    return end == text.npos ? 0 : end + 2;
+}
+
+// The line goes with the statement, whatever stands on it.
+void Scanner::tellOfTrailingText(const char* nameEnd) {
+    std::string_view rest(nameEnd, static_cast<size_t>(lineEnd_ - nameEnd));
+    for (bool ended = false; !rest.empty();) {
+        const bool ends = !ended && rest.front() == ';';
+        const size_t skipped = ends ? 1 : ignorable(rest);
+        if (skipped == 0) return notifyAt(rest.data(), HDNTNotice::Kind::IncludeTrailingText);
+        rest.remove_prefix(skipped);
+        ended |= ends;
+    }
+}
+
+// Of the rest of the line from there on, which is no token.
+void Scanner::notifyAt(const char* start, HDNTNotice::Kind kind) {
     const yyltype before = HDNTParserlloc;
-    locate(cursor_ - textBegin_ + static_cast<ptrdiff_t>(first), static_cast<ptrdiff_t>(line.size() - first));
-    notify(HDNTNotice::Kind::IncludeText, line.substr(first));
+    locate(start - textBegin_, lineEnd_ - start);
+    notify(kind, {start, static_cast<size_t>(lineEnd_ - start)});
     HDNTParserlloc = before;
 }
 

@@ -113,6 +113,8 @@ private:
     [[gnu::always_inline]] inline int scanText(); // the loop of next()
     int scanBesideText();
     int scanNumber(const char* start, bool negative);
+    int scanLongInteger(const char* start, const char* end);
+    void overflown(const char* start, const char* end, const std::string& readAs) const;
     int scanString(const char* start);
     int scanWord(const char* start);
     int acceptIdentifier(const char* start, const char* end);
@@ -147,6 +149,8 @@ private:
     bool open(const std::string& path, bool once);
     void passOver(bool once);
     void passedOver();
+    void tellOfTrailingText(const char* nameEnd);
+    void notifyAt(const char* start, HDNTNotice::Kind kind);
     void endStatement(bool once);
     bool endOfInput();
     void notify(HDNTNotice::Kind kind, std::string_view text, std::string_view detail = {}) const;

@@ -40,9 +40,8 @@ private:
         if (!isOfType(value)) return otherType();
         if (bits_) {
             const BitText number = *numberOf(value);
-            if (number.exceedsItsPrefix()) return widerThan(std::to_string(number.width()));
-            if (!number.fits(property_.getAdjustedBitWidth()))
-                return widerThan(std::to_string(property_.getAdjustedBitWidth()));
+            if (number.exceedsItsPrefix()) return widerThan(number.width());
+            if (!number.fits(property_.getAdjustedBitWidth())) return widerThan(property_.getAdjustedBitWidth());
         }
         if (isListed()) {
             const std::vector<Value> allowed = property_.getAllowedValues();
@@ -56,8 +55,8 @@ private:
         return {};
     }
 
-    std::string widerThan(const std::string& width) const {
-        return "wider than " + width + " bits; write " + whatToWrite();
+    std::string widerThan(long bits) const {
+        return "wider than " + std::to_string(bits) + (bits == 1 ? " bit" : " bits") + "; write " + whatToWrite();
     }
 
     bool isListed() const { return property_.getAttrSpec()->isEnumerated(); }

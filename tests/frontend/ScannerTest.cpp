@@ -176,8 +176,8 @@ TEST(Include, SplicesSkipsAndReports) {
                        "\nCould not find INCLUDE file: none . check NTL_PATH\n\t Loading File : " + broken + "\nfile " +
                        broken + " could not be opened\n");
     using Kind = HDNTNotice::Kind;
-    EXPECT_EQ(reports.notices, (std::vector<Kind>{Kind::FileOpened, Kind::IncludeSkipped, Kind::FileOpened,
-                                                  Kind::IncludeNotFound, Kind::IncludeNotOpened}));
+    EXPECT_EQ(reports.notices, (std::vector<Kind>{Kind::FileOpened, Kind::IncludeSkipped, Kind::IncludeTrailingText,
+                                                  Kind::FileOpened, Kind::IncludeNotFound, Kind::IncludeNotOpened}));
     yylex_destroy();
 }
 

@@ -227,6 +227,7 @@ TEST(PropertyValue, StrictRefusals) {
         {least, "10", "4'b10 is below 4'b11; allowed are 4'b11 to 4'b1111"},
         {"5'h \"P\" { default = 5'h0 }", "1F", ""},
         {"5'h \"P\" { default = 5'h0 }", "20", "5'h20 is wider than 5 bits; write 5'h00 to 5'h1F"},
+        {"1'b \"P\" { default = 1'b0 }", "2'b01", "2'b01 is wider than 1 bit; write 1'b0 to 1'b1"},
         {"256'h \"P\" { default = 256'h0 }", "x", "'x' is no 256'h value; write 256'h and up to 64 digits"},
         {number, 64, ""},
         {number, 65, "65 is above 64; allowed are 1 to 64"},

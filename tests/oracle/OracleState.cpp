@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <regex>
 
 namespace oracle {
 
@@ -21,7 +23,9 @@ enum Notice {
     UnterminatedString,
     UnterminatedComment,
     IncludeText = 6,
-    FileOpened = 8
+    FileOpened = 8,
+    IncludeTrailingText = 9,
+    NumberOverflow = 10
 };
 
 OracleState& OracleState::instance() {
@@ -111,9 +115,19 @@ bool OracleState::readFile(const std::string& path, std::string& bytes) const {
     return true;
 }
 
+// The name's line with everything that is lost without harm taken out.
+static bool losesText(const std::string& behindName) {
+    static const std::regex comments(R"(/\*[\s\S]*?\*/|//[\s\S]*)");
+    std::string rest = std::regex_replace(behindName, comments, " ");
+    if (const size_t semicolon = rest.find(';'); semicolon != rest.npos) rest[semicolon] = ' ';
+    return rest.find_first_not_of(" \t\r\n") != rest.npos;
+}
+
 void OracleState::lookForFile(const std::string& statement, bool once) {
     const size_t begin = statement.find_first_not_of(" \t");
-    const std::string name = statement.substr(begin, statement.find_first_of(" \t;", begin) - begin);
+    const size_t end = statement.find_first_of(" \t;", begin);
+    const std::string name = statement.substr(begin, end - begin);
+    if (losesText(statement.substr(end))) result.notices.push_back(IncludeTrailingText);
     const char* const keyword = once ? "INCLUDE" : "INLINE";
     pending_ = true;
     if (once && included_.count(name)) {
@@ -173,12 +187,16 @@ int OracleState::identifier(const char* text, int length) {
 }
 
 int OracleState::integer(const char* text) {
-    token_.bits = static_cast<std::uint32_t>(std::strtol(text, nullptr, 10));
+    const long value = std::strtol(text, nullptr, 10);
+    token_.bits = static_cast<std::uint32_t>(value);
+    if (value != static_cast<std::int32_t>(value)) result.notices.push_back(NumberOverflow);
     return 277;
 }
 
 int OracleState::real(const char* text) {
-    token_.bits = std::bit_cast<std::uint64_t>(std::strtod(text, nullptr));
+    const double value = std::strtod(text, nullptr);
+    token_.bits = std::bit_cast<std::uint64_t>(value);
+    if (std::isinf(value)) result.notices.push_back(NumberOverflow);
     return 278;
 }
 

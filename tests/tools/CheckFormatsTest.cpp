@@ -55,6 +55,15 @@ const std::vector<WarningCase>& warningCases() {
         {"dropped-mapping", open + "}\nblock \"HOLD\" mapsto { }\n block \"GATE_AND_2\" mapsto { }", "5:2",
          "\"GATE_AND_2\" is dropped: no block of that name was declared before"},
         {"dropped-mapping", open + "}\nblock \"hold\" mapsto { }", "4:1", "not a registered cellview type"},
+        {"include-trailing-text", "INCLUDE hold.inc ; block \"AND\" { }", "2:20", ": block \"AND\" { }"},
+        {"number-overflow", open + "property int \"N\" { min = 4294967296 } }", "3:26", "it is read as 0"},
+        {"repeated-option", open + "test = false;\ntest = false; }", "4:1", "\"test\" was given before"},
+        {"ignored-option", open + "property int \"N\" { values { 1 }, max = 1 } }", "3:1", "\"max\" has no effect"},
+        {"function-redeclared", open + "} function int f();\nfunction int f();", "4:1", "\"f\" was declared"},
+        {"mapping-replaced", open + "} mapsto { }\nblock \"HOLD\" mapsto { }", "4:1", "\"HOLD\" replaces"},
+        {"statement-dropped", open + "} mapsto {\n { } }", "4:2", "in braces"},
+        {"inversion-dropped", open + "property bool \"P\" true; } mapsto {\nassign pin property \"~A\", \"P\" true; }",
+         "4:21", "pin \"A\""},
         {"unterminated-comment", open + "} }\n/* and so on", "4:1", "not closed"},
     };
     return cases;

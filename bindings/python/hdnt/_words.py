@@ -25,7 +25,9 @@ Code = Literal["error", "syntax-error", "parser-depth", "unrecognized-character"
                "default-outside", "min-above-max", "text-too-wide", "pin-lower-case", "pin-property-case", "unregistered-block", "config-unknown-key",
                "config-wrong-type", "config-unknown-cell", "config-unknown-pin", "config-unknown-property",
                "config-unknown-architecture", "config-unknown-function", "config-unknown-pin-type",
-               "config-no-effect", "bit-text-form"]
+               "config-no-effect", "bit-text-form", "include-trailing-text", "number-overflow",
+               "repeated-option", "ignored-option", "function-redeclared", "mapping-replaced", "statement-dropped",
+               "inversion-dropped"]
 
 Effect = Literal["breaking", "compatible", "text only"]
 Change = Literal["added", "removed", "changed"]
