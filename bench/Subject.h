@@ -49,6 +49,7 @@ void addPeerSubjects(std::vector<Subject>& subjects);
 void addLookUpSubjects(std::vector<Subject>& subjects);
 void addNetlistSubjects(std::vector<Subject>& subjects);
 void addWriteSubjects(std::vector<Subject>& subjects);
+void addSyntaxSubjects(std::vector<Subject>& subjects);
 
 /// The whole file as a peer of the library reads it, in one piece.
 std::string readFile(const std::string& path);

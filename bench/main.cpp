@@ -103,6 +103,7 @@ std::vector<Subject> allSubjects() {
     addLookUpSubjects(subjects);
     addNetlistSubjects(subjects);
     addWriteSubjects(subjects);
+    addSyntaxSubjects(subjects);
     return subjects;
 }
 

@@ -26,8 +26,9 @@ bool isWord(std::string_view text) {
     return (first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z') || first == '_';
 }
 
-Recovery::Recovery(const SourceItems& items, std::vector<SyntaxNode>& nodes, std::vector<SyntaxMessage>& messages)
-    : items_(items), nodes_(nodes), messages_(messages) {
+Recovery::Recovery(const SourceItems& items, std::vector<SyntaxNode>& nodes, const Said& said, std::size_t begin)
+    : items_(items), nodes_(nodes), messages_(said.messages), faultItems_(said.items), item_(begin),
+      taken_(tokenBefore(begin)), end_(taken_ + 1) {
     look();
 }
 
@@ -338,7 +339,9 @@ void Recovery::say(const Repair& repair) {
     const SyntaxMessage* const last = messages_.empty() ? nullptr : &messages_.back();
     const bool isSame = last && last->code == message.code;
     const bool follows = isSame && retries_ > 0 && message.code == SyntaxCode::wrongOrder;
-    if (!follows && (!isSame || last->offset != message.offset)) messages_.push_back(std::move(message));
+    if (follows || (isSame && last->offset == message.offset)) return;
+    messages_.push_back(std::move(message));
+    faultItems_.push_back(static_cast<std::uint32_t>(fault_.item));
 }
 
 void Recovery::sayLast() { say({}); }

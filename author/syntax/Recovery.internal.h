@@ -61,7 +61,13 @@ struct Repair {
 /// are skipped up to where a statement ends or begins.
 class Recovery {
 public:
-    Recovery(const SourceItems& items, std::vector<SyntaxNode>& nodes, std::vector<SyntaxMessage>& messages);
+    /// Messages come with the item ahead at the fault.
+    struct Said {
+        std::vector<SyntaxMessage>& messages;
+        std::vector<std::uint32_t>& items;
+    };
+    /// From an item on, before which all is well.
+    Recovery(const SourceItems& items, std::vector<SyntaxNode>& nodes, const Said& said, std::size_t begin = 0);
 
     // What the grammar calls
     struct Start {
@@ -93,12 +99,18 @@ public:
     /// To be called when the grammar gave up.
     void sayLast();
 
+    std::size_t item() const { return item_; }
+    /// Nothing is laid over what is ahead.
+    bool isClean() const { return edit_ == edits_.size(); }
+    /// How many faults had trials, of which there are not too many.
+    std::size_t trials() const { return trials_; }
+    static constexpr std::size_t mostTrials = 400; ///< faults with trials; behind them it is only skipped
+
 private:
     static constexpr std::size_t greatestDepth = 4000; ///< no less than the library's parser
     static constexpr int horizon = -1;                 ///< no token: a trial looks no further
     static constexpr std::size_t reach = 7;            ///< tokens that a trial looks at behind the fault
     static constexpr std::size_t enough = 3;
-    static constexpr std::size_t mostTrials = 400; ///< faults with trials; behind them it is only skipped
     using Again = std::function<bool()>;
 
     struct Candidate {
@@ -128,6 +140,7 @@ private:
     const SourceItems& items_;
     std::vector<SyntaxNode>& nodes_;
     std::vector<SyntaxMessage>& messages_;
+    std::vector<std::uint32_t>& faultItems_;
 
     // The tokens ahead: items, with the edits laid over them
     std::size_t item_ = 0;

@@ -134,19 +134,31 @@ static NtlList contentOf(const frontend::SourceItems& items, const Recovery& rec
 bool SyntaxTree::read(std::string text) {
     nodes_.clear();
     messages_.clear();
+    faults_.clear();
+    faultItems_.clear();
     if (!items_.read(std::move(text), refusal_) && items_.size() == 0 && items_.refusals().empty() &&
         refusal_.count > 0)
         return false;
-    messages_ = messagesOfItems(items_);
-    Recovery recovery(items_, nodes_, messages_);
+    parse();
+    return true;
+}
+
+void SyntaxTree::parse() {
+    Recovery recovery(items_, nodes_, {faults_, faultItems_});
     frontend::NtlGrammar grammar(recovery);
     content_ = contentOf(items_, recovery);
     const bool whole = content_ == NtlList::none ? grammar.file() : grammar.fragment(content_);
     if (!whole) recovery.sayLast();
+    trials_ = recovery.trials();
     nodes_.front().end = static_cast<std::uint32_t>(items_.size());
+    collectMessages();
+}
+
+void SyntaxTree::collectMessages() {
+    messages_ = messagesOfItems(items_);
+    messages_.insert(messages_.end(), faults_.begin(), faults_.end());
     std::stable_sort(messages_.begin(), messages_.end(),
                      [](const auto& a, const auto& b) { return a.offset < b.offset; });
-    return true;
 }
 
 std::vector<Diagnostic> SyntaxTree::diagnostics(const std::string& file) const {

@@ -49,6 +49,9 @@ public:
     /// A text whose first token is "library", or begins nothing, is a library; others are what an included file holds.
     /// False, and nothing is there, for an archive or a text of 4 GiB: `refusal` says so.
     bool read(std::string text);
+    /// Replaces a stretch of the text; all is then as if the new text had been read. A change within a block is read
+    /// with that block alone, what goes further with the whole text.
+    bool edit(std::size_t offset, std::size_t length, std::string_view replacement);
     /// What an included file holds: elements, entities or statements. `none`: the text was read as a library.
     NtlList content() const { return content_; }
     const frontend::SourceProblem& refusal() const { return refusal_; }
@@ -65,9 +68,21 @@ public:
     std::string text() const;
 
 private:
+    struct Patch;
+    HDNT_LOCAL void parse();
+    HDNT_LOCAL bool parseChanged(const frontend::SourceItems::Change& change, std::ptrdiff_t shift);
+    HDNT_LOCAL bool isWhole(std::uint32_t node) const;
+    HDNT_LOCAL std::uint32_t startOf(std::size_t item) const;
+    HDNT_LOCAL bool parsePatch(Patch& patch, const frontend::SourceItems::Change& change) const;
+    HDNT_LOCAL void lay(const Patch& patch, std::ptrdiff_t items, std::ptrdiff_t bytes);
+    HDNT_LOCAL void collectMessages();
+
     frontend::SourceItems items_;
     std::vector<SyntaxNode> nodes_;
     std::vector<SyntaxMessage> messages_;
+    std::vector<SyntaxMessage> faults_;     ///< the messages of the grammar, in its order
+    std::vector<std::uint32_t> faultItems_; ///< the item that was ahead at each
+    std::size_t trials_ = 0;
     NtlList content_ = NtlList::none;
     frontend::SourceProblem refusal_;
 };

@@ -60,10 +60,9 @@ public:
     bool file() {
         const Part part(to_, NtlPart::file);
         const auto head = [&] { return need(T_Library) && need(T_StringConstant) && need('{'); };
-        const auto end = [&] { return at(0) || lacks(); };
         if (!unit(head, [&] { return onward(NtlList::elements); })) return false;
         do // more than once where the library seemed to end too early
-            if (!list(NtlList::elements) || !unit(end, [] { return true; })) return false;
+            if (!list(NtlList::elements) || !endOfFile()) return false;
         while (to_.token() != 0);
         return true;
     }
@@ -81,6 +80,15 @@ public:
             if (!all() || !unit(end, all)) return false;
         while (to_.token() != 0);
         return true;
+    }
+
+    /// A step of file() behind the head: the next element, or what is in the way of one. False: the library ends, or
+    /// was given up.
+    bool nextElement() {
+        if (starts(NtlList::elements)) return element(NtlList::elements);
+        bool closed = false;
+        if (!endOrGoOn(NtlList::elements, closed)) return false;
+        return !closed || (endOfFile() && to_.token() != 0);
     }
 
     /// What the tokens of a list begin with.
@@ -167,13 +175,21 @@ private:
             while (starts(which))
                 if (!element(which)) return false;
             bool closed = false;
-            const auto end = [&] {
-                closed = false;
-                return starts(which) || (closed = need('}'));
-            };
-            if (!unit(end, [&] { return closed ? behind(which) : onward(which); })) return false;
+            if (!endOrGoOn(which, closed)) return false;
             if (closed) return true;
         }
+    }
+
+    bool endOfFile() {
+        return unit([&] { return at(0) || lacks(); }, [] { return true; });
+    }
+
+    bool endOrGoOn(NtlList which, bool& closed) {
+        const auto end = [&] {
+            closed = false;
+            return starts(which) || (closed = need('}'));
+        };
+        return unit(end, [&] { return closed ? behind(which) : onward(which); });
     }
 
     // What comes of a repair: only ever tried.

@@ -74,7 +74,7 @@ public:
             push(SourceItem::FileStatement, scanner_.pieceOffset(), text_.size() - scanner_.pieceOffset());
             refuse(scanner_.pieceOffset(), "file statement without a ';' and the end of its line; add what is missing");
         }
-        markLines();
+        out_.markLines({0, 0, out_.items_.size()});
         return problem_.count == 0;
     }
 
@@ -160,20 +160,6 @@ private:
             item.multiLine = true;
             if (text[end + 1] == '#' && isArchDirective(text.substr(end + 1)))
                 refuse(item.offset + end + 1, "directive inside a comment or statement; indent it, or move it out");
-        }
-    }
-
-    void markLines() {
-        std::vector<SourceItem>& items = out_.items_;
-        for (std::size_t i = 0; i < items.size(); ++i) {
-            const SourceItem* const before = i > 0 ? &items[i - 1] : nullptr;
-            items[i].startsLine = !before || items[i].newlines > 0 || before->forcesNewline() ||
-                                  (before->isComment() && before->startsLine);
-        }
-        for (std::size_t i = items.size(); i-- > 0;) {
-            const SourceItem* const after = i + 1 < items.size() ? &items[i + 1] : nullptr;
-            items[i].endsLine = !after || items[i].forcesNewline() || after->newlines > 0 || after->isVerbatim() ||
-                                (after->isComment() && after->endsLine);
         }
     }
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -61,6 +62,16 @@ public:
     /// unrecognized character, an identifier that is too long, a string or comment that does not end, a file statement
     /// without its end of line, an archive. All but an archive is taken apart nevertheless.
     bool read(std::string text, SourceProblem& problem);
+    /// The items from `first` on, up to `oldEnd`, gave way to those up to `newEnd`.
+    struct Change {
+        std::size_t first;
+        std::size_t oldEnd;
+        std::size_t newEnd;
+    };
+    /// Replaces a stretch of the text, and takes only the lines apart that it can change; all is then as if the new
+    /// text had been read. None when more can change, such as by a comment that does not end there: nothing has changed
+    /// then.
+    std::optional<Change> edit(std::size_t offset, std::size_t length, std::string_view replacement);
     /// Where something was refused, in order: the offsets, which are of items or within comments and statements.
     const std::vector<std::uint32_t>& refusals() const { return refusals_; }
 
@@ -76,6 +87,11 @@ public:
 
 private:
     friend class ItemReader;
+    struct Window;
+    HDNT_LOCAL Window windowAround(std::size_t offset, std::size_t length) const;
+    HDNT_LOCAL bool endsInside() const;
+    HDNT_LOCAL void lay(SourceItems& part, const Window& window, std::uint32_t shift);
+    HDNT_LOCAL void markLines(const Change& change);
 
     std::shared_ptr<diagnostics::SourceText> text_;
     std::string_view bytes_; ///< of text_

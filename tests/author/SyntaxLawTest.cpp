@@ -186,6 +186,79 @@ TEST(SyntaxLaw, SameVerdictAndFirstErrorOnMutants) {
     for (int i = 0; i < HDNT_MUTANTS; ++i) ASSERT_NO_FATAL_FAILURE(expectLaw(mutant(tokens, random), i % 20 == 0)) << i;
 }
 
+namespace {
+
+bool operator==(const SyntaxNode& a, const SyntaxNode& b) {
+    return std::tie(a.begin, a.end, a.next, a.token, a.part) == std::tie(b.begin, b.end, b.next, b.token, b.part);
+}
+
+void expectSame(const SyntaxTree& edited, const SyntaxTree& fresh) {
+    ASSERT_EQ(edited.items().text(), fresh.items().text());
+    ASSERT_EQ(edited.items().size(), fresh.items().size());
+    ASSERT_EQ(edited.items().refusals(), fresh.items().refusals());
+    for (std::size_t i = 0; i < fresh.items().size(); ++i) {
+        const auto& a = edited.items()[i];
+        const auto& b = fresh.items()[i];
+        ASSERT_TRUE(a.offset == b.offset && a.length == b.length && a.kind == b.kind && a.newlines == b.newlines &&
+                    a.multiLine == b.multiLine && a.startsLine == b.startsLine && a.endsLine == b.endsLine)
+            << i << " at " << b.offset;
+    }
+    ASSERT_EQ(edited.messages().size(), fresh.messages().size());
+    for (std::size_t i = 0; i < fresh.messages().size(); ++i) {
+        const auto& a = edited.messages()[i];
+        const auto& b = fresh.messages()[i];
+        ASSERT_EQ(std::tie(a.code, a.offset, a.length, a.text, a.relatedText),
+                  std::tie(b.code, b.offset, b.length, b.text, b.relatedText));
+        ASSERT_TRUE(b.relatedText.empty() || a.relatedOffset == b.relatedOffset);
+    }
+    ASSERT_EQ(edited.nodes().size(), fresh.nodes().size());
+    for (std::size_t i = 0; i < fresh.nodes().size(); ++i) ASSERT_TRUE(edited.nodes()[i] == fresh.nodes()[i]) << i;
+    ASSERT_EQ(edited.text(), fresh.text());
+}
+
+} // namespace
+
+// Edits in a row, as they are typed, against a fresh read of each text.
+TEST(SyntaxLaw, AnEditedTreeIsThatOfTheNewText) {
+    std::vector<std::string> texts = textsIn(HDNT_DATA "/tessels");
+    const std::string pieces[] = {"\"",
+                                  "{",
+                                  "}",
+                                  ";",
+                                  "/*",
+                                  "*/",
+                                  "//",
+                                  "\n",
+                                  " ",
+                                  "pin",
+                                  "block \"A\" {\n",
+                                  "#",
+                                  "\r",
+                                  "a",
+                                  "INCLUDE x ;\n",
+                                  "}\n",
+                                  "mapsto {",
+                                  "\n#endif\n",
+                                  "="};
+    std::mt19937 random(9);
+    for (int i = 0; i < HDNT_MUTANTS / 25; ++i) {
+        constexpr int row = 5;
+        static SyntaxTree tree;
+        if (i % row == 0) {
+            ASSERT_TRUE(tree.read(texts[static_cast<std::size_t>(i / row) % texts.size()]));
+        }
+        const std::string text(tree.items().text());
+        const std::size_t offset = random() % text.size();
+        const std::size_t most = random() % 20 == 0 ? 300 : 6;
+        const std::size_t length = std::min(random() % 2 == 0 ? 0 : random() % most, text.size() - offset);
+        const std::string piece = random() % 4 == 0 ? "" : pieces[random() % std::size(pieces)];
+        SyntaxTree fresh;
+        ASSERT_TRUE(fresh.read(std::string(text).replace(offset, length, piece)));
+        ASSERT_TRUE(tree.edit(offset, length, piece));
+        ASSERT_NO_FATAL_FAILURE(expectSame(tree, fresh)) << i << ": " << offset << ' ' << length << ' ' << piece;
+    }
+}
+
 TEST(SyntaxLaw, AnyBytesMakeATree) {
     std::mt19937 random(8);
     const std::string bytes = "\"\"{}();,=<>+-*/%!|&'~ \t\n\r\xef\xbb\xbf\xe2\x80\x9c#08'hbxAZ_pin";
