@@ -102,15 +102,11 @@ std::vector<Value> valuesOf(HATAttrTypes::AttrType result, const std::vector<Val
     return once;
 }
 
-} // namespace
-
 /// Walks the expressions of a mapping and lists what they ask for.
-class SettingCover::Collector {
+class Collector {
 public:
-    Collector(const HDNTBlock& block, const MappingView& view, SettingCover& cover)
-        : block_(block), view_(view), cover_(cover) {}
+    Collector(const HDNTBlock& block, const MappingView& view) : block_(block), view_(view) {
 
-    void collect() {
         for (const auto& stmt : view_.conditions()) {
             note(stmt.node->condition());
             if (!isComparedAnywhere(stmt.node->condition())) compare(*stmt.node->condition(), {0});
@@ -118,9 +114,16 @@ public:
         for (const auto& assign : view_.assigns()) note(assign.node->value());
         for (const auto& call : view_.calls())
             for (const HDNTExpr* actual : call.node->actuals()) note(actual);
-        for (Asked& asked : asked_) cover_.factors_.push_back({asked.kind, asked.name, valuesOfAsked(asked)});
-        for (const auto& stmt : view_.conditions()) cover_.deciders_.push_back(decidersOf(stmt));
+        for (const auto& stmt : view_.conditions()) deciders.push_back(decidersOf(stmt));
     }
+
+    std::vector<SettingFactor> factors() const {
+        std::vector<SettingFactor> list;
+        for (const Asked& asked : asked_) list.push_back({asked.kind, asked.name, valuesOfAsked(asked)});
+        return list;
+    }
+
+    std::vector<std::vector<std::size_t>> deciders; ///< of each if statement
 
 private:
     struct Asked {
@@ -203,17 +206,9 @@ private:
 
     const HDNTBlock& block_;
     const MappingView& view_;
-    SettingCover& cover_;
     std::vector<Asked> asked_;
     std::map<std::pair<SettingFactor::Kind, std::string>, std::size_t> index_;
 };
-
-SettingCover::SettingCover(const HDNTBlock& block, const HDNTNetlist& netlist) {
-    const MappingView view(netlist);
-    Collector(block, view, *this).collect();
-}
-
-namespace {
 
 /// Chooses settings until every value, and every pair of values of factors that belong together, was there.
 class PairCover {
@@ -311,6 +306,13 @@ private:
 };
 
 } // namespace
+
+SettingCover::SettingCover(const HDNTBlock& block, const HDNTNetlist& netlist) {
+    const MappingView view(netlist);
+    Collector collector(block, view);
+    factors_ = collector.factors();
+    deciders_ = std::move(collector.deciders);
+}
 
 std::vector<SettingChoice> SettingCover::choices(std::size_t most) const {
     std::vector<SettingChoice> choices = {SettingChoice(factors_.size())};

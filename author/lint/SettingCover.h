@@ -56,8 +56,6 @@ public:
     std::string textOf(const SettingChoice& choice) const;
 
 private:
-    class Collector;
-
     std::vector<SettingFactor> factors_;
     std::vector<std::vector<std::size_t>> deciders_; ///< of each if statement, in the order of the mapping
 };

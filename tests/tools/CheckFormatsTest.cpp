@@ -62,7 +62,9 @@ const std::vector<WarningCase>& warningCases() {
         {"function-redeclared", open + "} function int f();\nfunction int f();", "4:1", "\"f\" was declared"},
         {"mapping-replaced", open + "} mapsto { }\nblock \"HOLD\" mapsto { }", "4:1", "\"HOLD\" replaces"},
         {"statement-dropped", open + "} mapsto {\n { } }", "4:2", "in braces"},
-        {"inversion-dropped", open + "property bool \"P\" true; } mapsto {\nassign pin property \"~A\", \"P\" true; }",
+        {"inversion-dropped",
+         "block \"HOLD\" { pin \"A\" input {\nproperty bool \"P\" true; } } mapsto {\nassign pin property \"~A\", "
+         "\"P\" true; }",
          "4:21", "pin \"A\""},
         {"unterminated-comment", open + "} }\n/* and so on", "4:1", "not closed"},
     };
@@ -134,8 +136,8 @@ TEST_F(CheckFormatsTest, EveryCodeIsDocumented) {
     directory.write("w.btl", libraryOf("block \"HOLD\" { pin \"A\" input; }"));
     const Json sarif = Json::parse(ntl.run({"check", "--format=sarif", "w.btl"}).out);
     std::set<std::string> documented = codesOfRules();
-    documented.merge(codesIn(readFile(NTL_SOURCE_DIR "/docs/ntl.md"),
-                             std::regex("\n\\| `([a-z-]+)` \\|[^|\n]+\\|[^|\n]+\\|")));
+    documented.merge(
+        codesIn(readFile(NTL_SOURCE_DIR "/docs/ntl.md"), std::regex("\n\\| `([a-z-]+)` \\|[^|\n]+\\|[^|\n]+\\|")));
     for (const Json& rule : sarif["runs"][0]["tool"]["driver"]["rules"])
         EXPECT_TRUE(documented.contains(rule["id"])) << rule["id"];
 }

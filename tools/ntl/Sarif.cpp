@@ -1,6 +1,5 @@
 // Results of a check as a SARIF 2.1.0 log.
 #include "author/lint/lint.h"
-#include "author/syntax/SyntaxCode.h"
 #include "tools/ntl/CheckResult.h"
 #include "tools/ntl/Json.h"
 
@@ -36,9 +35,8 @@ static Json rules() {
     Json list = Json::array();
     list.push_back(
         ruleOf({unusableRule, hdnt::Severity::error, "", "The input cannot be opened, or its check was broken off."}));
-    for (const auto* table : {&hdnt::diagnosticRules(), &hdnt::author::syntaxRules(), &hdnt::author::lintRules()})
-        for (const hdnt::DiagnosticRule& rule : *table)
-            if (rule.severity != hdnt::Severity::note) list.push_back(ruleOf(rule));
+    for (const hdnt::author::RuleGroup& group : hdnt::author::ruleGroups())
+        for (const hdnt::DiagnosticRule* rule : group.rules) list.push_back(ruleOf(*rule));
     return list;
 }
 
@@ -82,7 +80,8 @@ std::string sarifDocument(const std::vector<CheckResult>& results) {
         Json& list = run["results"];
         for (const auto* errors : {&input.errors, &input.faults})
             for (const hdnt::Diagnostic& error : *errors) list.push_back(result(ruleList, error, input.input));
-        if (input.status != Fine && (input.errors.empty() || input.status == Unusable)) {
+        const bool isUnexplained = input.errors.empty() && input.faults.empty();
+        if (input.status != Fine && (isUnexplained || input.status == Unusable)) {
             hdnt::Diagnostic unusable;
             unusable.code = unusableRule;
             unusable.message = input.reason;

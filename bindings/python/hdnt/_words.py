@@ -9,25 +9,31 @@ ValueType = Literal["bool", "int", "double", "string", "bithex", "bitbinary"]
 Section = Literal["mapsto", "expandsto", "modifiedby", "retargetsto"]
 Operator = Literal["+", "-", "*", "/", "%", "&&", "||", "!", ">", "<", "<=", ">=", "!=", "=="]
 
-Severity = Literal["error", "warning"]
+Severity = Literal["error", "warning", "note"]
 Code = Literal["error", "syntax-error", "parser-depth", "unrecognized-character", "long-identifier", "empty-name",
                "invalid-name", "array-name", "invalid-array-name", "range-elements", "pin-bit", "pin-count",
                "pin-redefined", "property-redefined", "block-redefined", "tie-of-output", "default-not-in-list",
                "default-not-in-range", "bit-width", "precision", "connect-without-signal", "invalid-operands",
                "function-missing", "function-argument-count", "function-argument-type", "cannot-open",
                "missing-libraries", "block-without-pins", "invalid-netlist-entity", "string-unterminated",
-               "comment-unterminated", "folder-entry", "configuration", "refused", "include-skipped",
-               "include-not-found", "include-not-opened", "include-text", "unterminated-string",
-               "unterminated-comment", "dropped-mapping", "map-library-refused", "missing-token", "unexpected-token",
+               "comment-unterminated", "folder-entry", "configuration", "refused", "missing-token", "unexpected-token",
                "misspelt-word", "wrong-token", "wrong-order", "number-form", "trailing-comma", "unclosed-brace",
                "stray-brace", "nested-too-deep", "outside-language", "carriage-return", "byte-order-mark",
                "typographic-quote", "open-string", "open-comment", "open-file-statement", "long-word",
-               "default-outside", "min-above-max", "text-too-wide", "pin-lower-case", "pin-property-case", "unregistered-block", "config-unknown-key",
-               "config-wrong-type", "config-unknown-cell", "config-unknown-pin", "config-unknown-property",
-               "config-unknown-architecture", "config-unknown-function", "config-unknown-pin-type",
-               "config-no-effect", "bit-text-form", "include-trailing-text", "number-overflow",
-               "repeated-option", "ignored-option", "function-redeclared", "mapping-replaced", "statement-dropped",
-               "inversion-dropped"]
+               "include-skipped", "include-not-found", "include-not-opened", "include-text", "unterminated-string",
+               "unterminated-comment", "dropped-mapping", "map-library-refused", "include-trailing-text",
+               "number-overflow", "repeated-option", "ignored-option", "function-redeclared", "mapping-replaced",
+               "statement-dropped", "inversion-dropped", "default-outside", "min-above-max", "text-too-wide",
+               "bit-text-form", "needless-bound", "pin-lower-case", "pin-property-case", "similar-names",
+               "unregistered-block", "no-group", "no-description", "similar-group", "unknown-block", "unknown-instance",
+               "unknown-pin", "unknown-property", "property-type", "value-refused", "duplicate-instance",
+               "duplicate-signal", "pin-on-two-signals", "width-mismatch", "opposite-order", "lower-maturity",
+               "deprecated-block", "test-block", "other-architecture", "broken-map-library", "mapping-problem",
+               "two-drivers", "undriven-signal", "single-pin-signal", "open-input", "undriven-output", "unused-input",
+               "branch-never-taken", "condition-always-true", "property-without-effect", "mapping-circle",
+               "config-unknown-key", "config-wrong-type", "config-unknown-cell", "config-unknown-pin",
+               "config-unknown-property", "config-unknown-architecture", "config-unknown-function",
+               "config-unknown-pin-type", "config-no-effect"]
 
 Effect = Literal["breaking", "compatible", "text only"]
 Change = Literal["added", "removed", "changed"]
