@@ -9,6 +9,7 @@
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Progress.h"
+#include "tools/ntl/RuleOptions.h"
 #include "tools/ntl/Workers.h"
 
 #include <algorithm>
@@ -79,7 +80,7 @@ void checkInput(const Input& input, const Settings& settings, Loader& loader, Ch
     }
 }
 
-CheckResult checkedInput(const Input& input, const Settings& settings) {
+CheckResult judgedInput(const Input& input, const Settings& settings) {
     CheckResult result;
     Loader loader;
     try {
@@ -104,6 +105,12 @@ CheckResult checkedInput(const Input& input, const Settings& settings) {
     return result;
 }
 
+CheckResult checkedInput(const Input& input, const Settings& settings, const hdnt::author::RuleControl& rules) {
+    CheckResult result = judgedInput(input, settings);
+    rules.apply(result.warnings);
+    return result;
+}
+
 std::uintmax_t sizeOf(const Input& input) {
     namespace fs = std::filesystem;
     std::uintmax_t bytes = 1;
@@ -124,8 +131,8 @@ std::uintmax_t sizeOf(const Input& input) {
 class Checker {
 public:
     explicit Checker(const Settings& settings)
-        : settings_(settings), inputs_(inputsOf(settings)), isText_(settings.format == "text"), totalSize_(totalSize()),
-          progress_(totalSize_) {}
+        : settings_(settings), rules_(rulesOf(settings)), inputs_(inputsOf(settings)),
+          isText_(settings.format == "text"), totalSize_(totalSize()), progress_(totalSize_) {}
 
     int run() {
         if (!settings_.parent.empty() && !parentIsGood()) {
@@ -175,7 +182,7 @@ private:
         tasks.count = inputs_.size();
         const unsigned processors = std::max(std::thread::hardware_concurrency(), 1U);
         tasks.atOnce = settings_.jobs > 0 ? settings_.jobs : static_cast<int>(processors);
-        tasks.work = [&](size_t i) { return packed(checkedInput(inputs_[i], settings_)); };
+        tasks.work = [&](size_t i) { return packed(checkedInput(inputs_[i], settings_, rules_)); };
         tasks.said = [&](size_t, std::string_view text) { pass(text); };
         tasks.done = [&](size_t i, const WorkerResult& worker) { take(i, worker); };
         tasks.tick = [&](size_t finished) { progress_.show(totalSize_ * finished / inputs_.size()); };
@@ -215,11 +222,10 @@ private:
         if (isParent_ && result.status == Fine) return;
         if (result.parentFailed) result.reason = result.input + ": parent library: " + result.reason;
         errorFree_ = errorFree_ && result.status == Fine;
-        const bool failed = hasFailed(result, settings_.warningsAreErrors);
-        if (failed && result.status == Fine)
-            result.reason = result.input + ": " + counted(result.warnings.size(), "warning") + " (--werror)";
+        const bool failed = hasFailed(result, allWarningsAreErrors(settings_));
+        if (failed && result.status == Fine) result.reason = result.input + ": " + whyFailed(result.warnings);
         if (failed) ++failed_;
-        warnings_ += result.warnings.size();
+        warnings_ += countOf(result.warnings, hdnt::Severity::warning);
         status_ = std::max<int>(status_, failed ? std::max(result.status, Faulty) : Fine);
         write(result, failed);
         if (!settings_.depfile.empty() || !isText_) results_.push_back(std::move(result));
@@ -244,6 +250,7 @@ private:
     }
 
     const Settings& settings_;
+    hdnt::author::RuleControl rules_;
     std::vector<Input> inputs_;
     bool isText_;
     std::uintmax_t totalSize_;

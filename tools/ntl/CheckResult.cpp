@@ -3,6 +3,7 @@
 #include "tools/ntl/Json.h"
 #include "tools/ntl/Output.h"
 
+#include <algorithm>
 #include <set>
 
 namespace ntl {
@@ -65,12 +66,21 @@ CheckResult unpacked(const std::string& bytes) {
     return result;
 }
 
+size_t countOf(const std::vector<hdnt::Diagnostic>& list, hdnt::Severity severity) {
+    const auto isIt = [&](const hdnt::Diagnostic& one) { return one.severity == severity; };
+    return static_cast<size_t>(std::count_if(list.begin(), list.end(), isIt));
+}
+
 bool hasFailed(const CheckResult& result, bool warningsAreErrors) {
-    return result.status != Fine || (warningsAreErrors && !result.warnings.empty());
+    const auto fails = [&](const hdnt::Diagnostic& one) {
+        return one.severity == hdnt::Severity::error || (warningsAreErrors && one.severity == hdnt::Severity::warning);
+    };
+    return result.status != Fine || std::any_of(result.warnings.begin(), result.warnings.end(), fails);
 }
 
 std::string textLine(const CheckResult& result) {
-    const std::string warnings = result.warnings.empty() ? "" : ", " + counted(result.warnings.size(), "warning");
+    const size_t count = countOf(result.warnings, hdnt::Severity::warning);
+    const std::string warnings = count == 0 ? "" : ", " + counted(count, "warning");
     return printable(result.input) + ": " + counted(result.blocks, "block") + ", no errors" + warnings + "\n";
 }
 
@@ -82,7 +92,8 @@ std::string sumLine(size_t libraries, size_t failed, size_t warnings) {
 
 static const char* statusName(const CheckResult& result) {
     if (result.status == Unusable) return "unusable";
-    return result.status == Faulty ? "errors" : result.warnings.empty() ? "good" : "warnings";
+    if (result.status == Faulty || countOf(result.warnings, hdnt::Severity::error) > 0) return "errors";
+    return countOf(result.warnings, hdnt::Severity::warning) > 0 ? "warnings" : "good";
 }
 
 static Json jsonOf(const CheckResult& result) {

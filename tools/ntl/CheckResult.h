@@ -17,7 +17,7 @@ struct CheckResult {
     bool parentFailed = false;
     size_t blocks = 0;
     std::vector<hdnt::Diagnostic> errors;
-    std::vector<hdnt::Diagnostic> warnings;
+    std::vector<hdnt::Diagnostic> warnings; ///< and notes, and rules that are errors
     std::vector<std::string> files;
 };
 
@@ -36,6 +36,7 @@ std::string sarifDocument(const std::vector<CheckResult>& results);
 /// for each file keeps make going when the file is gone.
 std::string makeRules(const std::string& target, const std::vector<CheckResult>& results);
 
+size_t countOf(const std::vector<hdnt::Diagnostic>& list, hdnt::Severity severity);
 /// Whether the input counts as failed.
 bool hasFailed(const CheckResult& result, bool warningsAreErrors);
 

@@ -174,8 +174,11 @@ bool loadMappings(const std::vector<HDNTBlock*>& blocks) {
 }
 
 std::string warningLine(const hdnt::Diagnostic& warning) {
-    return printable(describe(warning.place)) + ": " + colored(Color::Yellow, "warning:", 2) + " " +
-           printable(textOf(warning)) + " [" + warning.code + "]\n";
+    static constexpr Color colors[] = {Color::Red, Color::Yellow, Color::Faint};
+    const std::string severity = std::string(nameOf(warning.severity)) + ":";
+    return printable(describe(warning.place)) + ": " +
+           colored(colors[static_cast<size_t>(warning.severity)], severity, 2) + " " + printable(textOf(warning)) +
+           " [" + warning.code + "]\n";
 }
 
 void warn(std::vector<hdnt::Diagnostic> warnings) {

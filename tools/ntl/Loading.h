@@ -86,7 +86,7 @@ bool loadMapping(HDNTBlock& block);
 /// The same for each of them; true when all went well.
 bool loadMappings(const std::vector<HDNTBlock*>& blocks);
 
-/// "file:line:column: warning: message: detail [code]", for standard error.
+/// "file:line:column: severity: message: detail [code]", for standard error.
 std::string warningLine(const hdnt::Diagnostic& warning);
 /// Writes them to standard error, by place.
 void warn(std::vector<hdnt::Diagnostic> warnings);

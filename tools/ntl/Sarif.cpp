@@ -38,8 +38,7 @@ static Json rules() {
     list.push_back(
         ruleOf({unusableRule, hdnt::Severity::error, "", "The input cannot be opened, or its check was broken off."}));
     for (const auto* table : {&hdnt::diagnosticRules(), &hdnt::author::lintRules()})
-        for (const hdnt::DiagnosticRule& rule : *table)
-            if (rule.severity != hdnt::Severity::note) list.push_back(ruleOf(rule));
+        for (const hdnt::DiagnosticRule& rule : *table) list.push_back(ruleOf(rule));
     return list;
 }
 

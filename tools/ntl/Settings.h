@@ -20,8 +20,11 @@ struct Settings {
     int jobs = 1;
     std::string format = "text";
     std::string depfile;
-    std::string depTarget; ///< empty: the dependency file itself
-    bool warningsAreErrors = false;
+    std::string depTarget;                      ///< empty: the dependency file itself
+    std::vector<std::string> warningsAreErrors; ///< lists of codes; "true": all
+    std::vector<std::string> onlyRules;
+    std::vector<std::string> rulesOff;
+    std::vector<std::string> severities; ///< CODE=SEVERITY
     bool quiet = false;
     std::string rootFolder;
     bool isThorough = false; ///< mappings are tried, too
