@@ -108,13 +108,14 @@ void Recovery::close() {
     node.next = static_cast<std::uint32_t>(nodes_.size());
 }
 
-void Recovery::openAt(std::size_t mark, NtlPart part) {
+void Recovery::openAt(const Mark& mark, NtlPart part) {
     if (trial_) return;
-    const std::uint32_t begin = mark < nodes_.size() ? nodes_[mark].begin : static_cast<std::uint32_t>(item_);
-    const auto at = nodes_.begin() + static_cast<std::ptrdiff_t>(mark);
+    auto begin = static_cast<std::uint32_t>(mark.item);
+    if (mark.node < nodes_.size()) begin = std::min(begin, nodes_[mark.node].begin); // missing, before a comment
+    const auto at = nodes_.begin() + static_cast<std::ptrdiff_t>(mark.node);
     for (auto node = at; node != nodes_.end(); ++node) ++node->next;
     nodes_.insert(at, {begin, begin, 0, 0, part});
-    open_.push_back(mark);
+    open_.push_back(mark.node);
 }
 
 bool Recovery::deeper() {
@@ -318,8 +319,16 @@ bool Recovery::isQuiet() const {
     // The scanner complained of what stands here.
     const std::size_t before = fault_.before == Fault::none ? 0 : fault_.before;
     const std::size_t after = std::min(tokenFrom(fault_.item + 1), items_.size());
-    for (std::size_t item = before; item < after; ++item)
-        if (items_[item].kind == SourceItem::Unrecognized || items_[item].kind == SourceItem::OpenString) return true;
+    // What is missing in front of something that closes may be in the file that is brought in there.
+    constexpr TokenSet closing = {'}', ')', ',', ';', ':'};
+    if (closing.contains(fault_.token))
+        for (std::size_t item = before; item < fault_.item; ++item)
+            if (items_[item].kind == SourceItem::FileStatement) return true;
+    for (std::size_t item = before; item < after; ++item) {
+        if (items_[item].kind == SourceItem::OpenString) return true;
+        const bool isStray = items_[item].kind == SourceItem::Unrecognized;
+        if (isStray && items_.textOf(item).find_first_not_of('\r') != std::string_view::npos) return true;
+    }
     return false;
 }
 

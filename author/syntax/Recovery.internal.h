@@ -75,8 +75,12 @@ public:
     void take(const TokenSet& couldBe);
     void open(NtlPart part);
     void close();
-    std::size_t mark() const { return nodes_.size(); }
-    void openAt(std::size_t mark, NtlPart part);
+    struct Mark {
+        std::size_t node;
+        std::size_t item;
+    };
+    Mark mark() const { return {nodes_.size(), item_}; }
+    void openAt(const Mark& mark, NtlPart part);
     bool lacks(const TokenSet& expected);
     Start start();
     template <typename Again>

@@ -111,6 +111,26 @@ const std::vector<DiagnosticRule>& syntaxRules() {
     return rules;
 }
 
+// What the first token begins. Of a word that is none of the language's, what it is likely to be; a call aside.
+static NtlList contentOf(const frontend::SourceItems& items, const Recovery& recovery) {
+    using Grammar = frontend::NtlGrammar<Recovery>;
+    constexpr std::array lists = {NtlList::elements, NtlList::entities, NtlList::statements};
+    int first = recovery.token();
+    if (first == T_Identifier) {
+        std::size_t item = 0;
+        while (items[item].kind != T_Identifier) ++item;
+        const std::string_view word = items.textOf(item++);
+        while (item < items.size() && !items[item].isToken()) ++item;
+        if (item < items.size() && items[item].kind == '(') return NtlList::statements;
+        TokenSet all = {T_Library};
+        for (const NtlList list : lists) all |= Grammar::firstOf(list);
+        first = likelyToken(word, all);
+    }
+    for (const NtlList list : lists)
+        if (Grammar::firstOf(list).contains(first)) return list;
+    return NtlList::none;
+}
+
 bool SyntaxTree::read(std::string text) {
     nodes_.clear();
     messages_.clear();
@@ -120,13 +140,8 @@ bool SyntaxTree::read(std::string text) {
     messages_ = messagesOfItems(items_);
     Recovery recovery(items_, nodes_, messages_);
     frontend::NtlGrammar grammar(recovery);
-    const int first = recovery.token();
-    using frontend::NtlGrammar;
-    const auto begins = [&](NtlList list) { return NtlGrammar<Recovery>::firstOf(list).contains(first); };
-    const bool whole = begins(NtlList::elements)                              ? grammar.fragment(NtlList::elements)
-                       : begins(NtlList::entities)                            ? grammar.fragment(NtlList::entities)
-                       : begins(NtlList::statements) && first != T_Identifier ? grammar.fragment(NtlList::statements)
-                                                                              : grammar.file();
+    content_ = contentOf(items_, recovery);
+    const bool whole = content_ == NtlList::none ? grammar.file() : grammar.fragment(content_);
     if (!whole) recovery.sayLast();
     nodes_.front().end = static_cast<std::uint32_t>(items_.size());
     std::stable_sort(messages_.begin(), messages_.end(),

@@ -46,9 +46,11 @@ struct SyntaxMessage {
 /// thread.
 class HDNT_API SyntaxTree {
 public:
-    /// A text whose first token is "library" is a library; others are what an included file holds. False, and nothing
-    /// is there, for an archive or a text of 4 GiB: `refusal` says so.
+    /// A text whose first token is "library", or begins nothing, is a library; others are what an included file holds.
+    /// False, and nothing is there, for an archive or a text of 4 GiB: `refusal` says so.
     bool read(std::string text);
+    /// What an included file holds: elements, entities or statements. `none`: the text was read as a library.
+    NtlList content() const { return content_; }
     const frontend::SourceProblem& refusal() const { return refusal_; }
 
     const frontend::SourceItems& items() const { return items_; }
@@ -66,6 +68,7 @@ private:
     frontend::SourceItems items_;
     std::vector<SyntaxNode> nodes_;
     std::vector<SyntaxMessage> messages_;
+    NtlList content_ = NtlList::none;
     frontend::SourceProblem refusal_;
 };
 

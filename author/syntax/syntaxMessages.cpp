@@ -152,9 +152,11 @@ private:
     }
 
     SyntaxMessage misspelt(std::size_t item, const TokenSet& expected) const {
+        const std::string meant = repair_.token == T_BoolConstant ? lower(items_.textOf(item)) : nameOf(repair_.token);
+        const std::string names = namesOf(expected);
         return at(item, SyntaxCode::misspeltWord,
-                  "expected " + namesOf(expected) + "; did you mean " +
-                      (repair_.token == T_BoolConstant ? lower(items_.textOf(item)) : nameOf(repair_.token)) + "?");
+                  names == meant ? "expected " + names + " instead of " + textOf(item)
+                                 : "expected " + names + "; did you mean " + meant + "?");
     }
 
     // All that would do, when it is one of few words.

@@ -105,6 +105,9 @@ TEST(Syntax, UsualSlips) {
          "3:25 wrong-token: '=' does not compare; write '=='"},
         {"pin \"A\" input {\n    property bool \"P\" true;\n  pin \"B\" input;",
          "3:17 unclosed-brace: this '{' is not closed before 'pin' | 4:28 expected '}' here"},
+        {"pin \"A\" input\r\npin \"B\" output;",
+         "3:16 carriage-return: carriage return; lines end with a newline alone\n"
+         "3:16 missing-token: expected ';' after 'input'"},
         {"pin \"B\" output;\n}\n  pin \"C\" input;",
          "4:1 stray-brace: this '}' has no '{', so that 'pin' stands outside | 5:3 what stands outside"},
     };
@@ -132,6 +135,29 @@ TEST(Syntax, PlacesAreInCharacters) {
     EXPECT_EQ(said[1].place.column, 15);
     EXPECT_EQ(said[1].place.endColumn, 15);
     EXPECT_EQ(said[1].place.text, "\tpin \"B\" input");
+}
+
+// A part goes from its first token to its last one.
+TEST(Syntax, PartsHoldTheirTokens) {
+    using hdnt::frontend::NtlPart;
+    SyntaxTree tree;
+    tree.read("library \"L\" { block \"A\" { pin \"P\" input; } mapsto {\n"
+              "  assign block property \"i\" \"N\" 1 + 2 * 3; assign pin property \"i\" \"P\", \"Y\" true;\n"
+              "} block /* c */ \"B\" mapsto { if (f(1)) g(); } blok \"C\" { } }");
+    const auto firstOf = [&](NtlPart part) {
+        std::string all;
+        for (const auto& node : tree.nodes())
+            if (node.part == part)
+                all += std::string(tree.items().textOf(node.begin)) + ".." +
+                       std::string(tree.items().textOf(node.end - 1)) + " ";
+        return all;
+    };
+    EXPECT_EQ(firstOf(NtlPart::block), "block..} blok..} ");
+    EXPECT_EQ(firstOf(NtlPart::mapping), "block..} ");
+    EXPECT_EQ(firstOf(NtlPart::assignBlockProperty), "assign..; ");
+    EXPECT_EQ(firstOf(NtlPart::assignPinProperty), "assign..; ");
+    EXPECT_EQ(firstOf(NtlPart::operation), "1..3 2..3 ");
+    EXPECT_EQ(firstOf(NtlPart::call), "f..) g..; ");
 }
 
 // A text without a library around it is what an included file holds.
