@@ -3,6 +3,7 @@
 // Everything for programs that serve those who write libraries.
 #include "author/format/HDNTFormatter.h"
 #include "author/lint/RuleControl.h"
+#include "author/lint/Waivers.h"
 #include "author/lint/lint.h"
 #include "author/lint/nearestNames.h"
 #include "author/syntax/SyntaxTree.h"

@@ -91,6 +91,10 @@ enum class LintCode : unsigned char {
     configUnknownFunction,
     configUnknownPinType,
     configNoEffect,
+    // Comments that waive findings
+    waiverForm,
+    waiverExpired,
+    waiverUnused,
 };
 
 /// In the order of the enumeration. The examples of rules about the configuration are texts of such files, whose name
@@ -103,6 +107,9 @@ HDNT_API const DiagnosticRule* findRule(std::string_view code);
 HDNT_API std::string explanationOf(const DiagnosticRule& rule);
 /// All of them: first those of the library, then of syntax, then of lint.
 HDNT_API std::vector<const DiagnosticRule*> allRules();
+
+/// Whether a rule, or a warning of the library, comes of a thorough judgement only (LintOptions::isThorough).
+HDNT_API bool isThoroughRule(std::string_view code);
 
 /// Which entries of the configuration are judged.
 enum class ConfigScope {

@@ -10,11 +10,20 @@ namespace hdnt::author {
 const std::vector<DiagnosticRule>& lintRules() {
     static const std::vector<DiagnosticRule> rules = [] {
         std::vector<DiagnosticRule> list;
-        for (const auto& rows : {declarationRows(), referenceRows(), trialRows(), configurationRows()})
+        for (const auto& rows : {declarationRows(), referenceRows(), trialRows(), configurationRows(), waiverRows()})
             for (const LintRow& row : rows) list.push_back(row.rule);
         return list;
     }();
     return rules;
+}
+
+bool isThoroughRule(std::string_view code) {
+    static constexpr LintCode others[] = {LintCode::similarNames,  LintCode::needlessBound, LintCode::noGroup,
+                                          LintCode::noDescription, LintCode::similarGroup,  LintCode::brokenMapLibrary};
+    const auto isOf = [&](const LintRow& row) { return row.rule.name == code; };
+    const auto isOther = [&](LintCode other) { return lintRules()[static_cast<std::size_t>(other)].name == code; };
+    return std::ranges::any_of(trialRows(), isOf) || std::ranges::any_of(others, isOther) ||
+           code == ruleOf(DiagnosticCode::mapLibraryRefused).name;
 }
 
 std::vector<const DiagnosticRule*> allRules() {

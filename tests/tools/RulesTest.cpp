@@ -98,3 +98,20 @@ TEST_F(RulesTest, WhatCannotBeSaidIsRefused) {
         EXPECT_EQ(outcome.err, "ntl: " + each.reason + "\n");
     }
 }
+
+TEST_F(RulesTest, CommentsWaiveFindings) {
+    directory.makeDir("parts");
+    directory.write("parts/a.inc", "// ntl: allow unregistered-block: a part\nblock \"GLUE_2\" { }");
+    directory.write("waived.btl", "// ntl: allow unregistered-block, include-not-found: ours\n" +
+                                      libraryOf("INCLUDE nowhere.inc ;\nblock \"GLUE\" { }\nINCLUDE a.inc ;"));
+    EXPECT_EQ(said(ntl.run({"check", "--werror", "-Iparts", "waived.btl"})), "0");
+    directory.write("parts/a.inc", "// ntl: allow unregistered-block until 2020-01-01: a part\nblock \"GLUE_2\" { }");
+    EXPECT_EQ(said(ntl.run({"check", "-Iparts", "waived.btl"})),
+              "warning unregistered-block, warning waiver-expired, 0");
+    directory.write("unused.btl", "// ntl: allow no-group, min-above-max: none\n" + libraryOf(""));
+    EXPECT_EQ(said(ntl.run({"check", "unused.btl", "--severity=waiver-unused=error"})), "error waiver-unused, 1");
+    EXPECT_EQ(said(ntl.run({"lint", "unused.btl"})), "warning waiver-unused, warning waiver-unused, 0");
+    directory.write("failing.btl", "// ntl: allow include-not-found, no-group: ours\n" +
+                                       libraryOf("INCLUDE nowhere.inc ;\nblock \"A\" { pin \"O\" output tieLow; }"));
+    EXPECT_EQ(said(ntl.run({"check", "failing.btl"})), "1");
+}

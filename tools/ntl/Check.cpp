@@ -1,3 +1,4 @@
+#include "author/lint/Waivers.h"
 #include "author/lint/lint.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTLibrary.h"
@@ -24,6 +25,7 @@ namespace ntl {
 namespace {
 
 using hdnt::author::ConfigScope;
+using hdnt::author::Judged;
 
 /// One library to check: the paths it stands on, then its own, which are more than one for the common library.
 struct Input {
@@ -73,6 +75,9 @@ void checkInput(const Input& input, const Settings& settings, Loader& loader, Ch
         std::vector<hdnt::Diagnostic> findings = hdnt::lint(*library, options);
         append(findings, loader.diagnostics());
         hdnt::author::sortByPlace(findings);
+        hdnt::author::applyWaivers(
+            findings, loader.files(),
+            {hdnt::author::today(), settings.isThorough ? Judged::AllRules : Judged::QuickRules});
         append(findings, hdnt::author::lintConfiguration(*library, input.configuration));
         append(result.warnings, findings);
         result.files.insert(result.files.end(), loader.files().begin(), loader.files().end());
@@ -100,6 +105,7 @@ CheckResult judgedInput(const Input& input, const Settings& settings) {
     for (const hdnt::Diagnostic& one : loader.diagnostics())
         (one.severity == hdnt::Severity::error ? result.errors : warnings).push_back(one);
     hdnt::author::sortByPlace(warnings);
+    hdnt::author::applyWaivers(warnings, loader.files(), {hdnt::author::today(), Judged::Nothing});
     append(result.warnings, warnings);
     result.files.insert(result.files.end(), loader.files().begin(), loader.files().end());
     return result;
