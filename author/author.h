@@ -6,4 +6,5 @@
 #include "author/lint/Waivers.h"
 #include "author/lint/lint.h"
 #include "author/lint/nearestNames.h"
+#include "author/project/Project.h"
 #include "author/syntax/SyntaxTree.h"

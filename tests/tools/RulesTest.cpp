@@ -115,3 +115,67 @@ TEST_F(RulesTest, CommentsWaiveFindings) {
                                        libraryOf("INCLUDE nowhere.inc ;\nblock \"A\" { pin \"O\" output tieLow; }"));
     EXPECT_EQ(said(ntl.run({"check", "failing.btl"})), "1");
 }
+
+TEST_F(RulesTest, ProjectFilesSayWhatHoldsForTheirInputs) {
+    directory.makeDir("project/legacy/parts");
+    directory.write("project/cells.csv", "1800,GLUE\n");
+    directory.write("project/base.btl", libraryOf("block \"HOLD\" { pin \"I\" input; }"));
+    directory.write("project/legacy/parts/a.inc", "block \"GLUE\" { pin \"i\" input; }");
+    directory.write("project/legacy/old.btl",
+                    libraryOf("INCLUDE a.inc ;\nblock \"HOLD\" expandsto { signal \"s\" : \"I\"; }"));
+    directory.write("project/legacy/new.btl", libraryOf("INCLUDE a.inc ;"));
+    const std::string cells = "cells = [ \"cells.csv\" ]; include = [ \"legacy/parts\" ]; ";
+    const std::string exception = "exceptions = ( { path = \"legacy/*.inc\"; off = [ \"pin-lower-case\" ]; } );";
+    const struct {
+        std::string text;
+        std::vector<std::string> arguments;
+        std::string said;
+    } cases[] = {
+        {"", {"legacy/new.btl"}, "warning include-not-found, 0"},
+        {cells, {"legacy/new.btl"}, "warning pin-lower-case, 0"},
+        {cells + exception, {"legacy/new.btl"}, "0"},
+        {cells + exception, {"legacy/new.btl", "--severity=pin-lower-case=note"}, "note pin-lower-case, 0"},
+        {cells + "rules = { off = [ \"pin-lower-case\" ]; };", {"legacy/new.btl"}, "0"},
+        {cells + "rules = { off = [ \"pin-lower-case\" ]; };",
+         {"legacy/new.btl", "--rule=pin-lower-case"},
+         "warning pin-lower-case, 0"},
+        {cells + "rules = { severity = { pin-lower-case = \"error\"; }; };",
+         {"legacy/new.btl"},
+         "error pin-lower-case, 1"},
+        {cells + exception, {"legacy/old.btl"}, "warning dropped-mapping, 0"},
+        {cells + exception + "parents = [ \"base.btl\" ];", {"legacy/old.btl", "--rule=dropped-mapping"}, "0"},
+        {cells + exception + "parents = [ \"base.btl\" ];",
+         {"legacy/old.btl", "--parent=legacy/new.btl"},
+         "warning dropped-mapping, 0"},
+        {"cells = [ \"missing.csv\" ];", {"legacy/new.btl"}, "2"},
+        {"parents = [ \"missing.btl\" ];", {"legacy/new.btl"}, "2"},
+        {"budget = \"much\";", {"legacy/new.btl"}, "2"},
+    };
+    for (const auto& each : cases) {
+        directory.write("project/.ntl.cfg", each.text);
+        std::vector<std::string> arguments = {"check"};
+        for (const std::string& argument : each.arguments) {
+            const bool isParent = argument.starts_with("--parent=");
+            arguments.push_back(isParent             ? "--parent=project/" + argument.substr(9)
+                                : argument[0] == '-' ? argument
+                                                     : "project/" + argument);
+        }
+        const Outcome outcome = ntl.run(arguments);
+        EXPECT_EQ(said(outcome), each.said) << each.text << outcome.err;
+    }
+}
+
+TEST_F(RulesTest, EachInputHasItsOwnProjectFile) {
+    directory.makeDir("a");
+    directory.makeDir("b");
+    for (const std::string folder : {"a", "b"})
+        directory.write(folder + "/x.btl", libraryOf("block \"GLUE\" { pin \"i\" input; }"));
+    directory.write("a/.ntl.cfg", "rules = { only = [ \"pin-lower-case\" ]; };");
+    directory.write("b/.ntl.cfg", "rules = { severity = { pin-lower-case = \"off\"; }; };");
+    EXPECT_EQ(said(ntl.run({"check", "a/x.btl", "b/x.btl"})), "warning pin-lower-case, warning unregistered-block, 0");
+    directory.write("b/.ntl.cfg", "\nrules = 1;");
+    const Outcome refused = ntl.run({"check", "a/x.btl", "b/x.btl"});
+    EXPECT_EQ(refused.err, "ntl: b/.ntl.cfg:2: 'rules' is not a group; write { ... }\n");
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.out, "");
+}

@@ -4,6 +4,7 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
+#include "tools/ntl/CheckPlan.h"
 #include "tools/ntl/CheckResult.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/GlobalOptions.h"
@@ -18,6 +19,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <thread>
 
 namespace ntl {
@@ -60,24 +62,23 @@ void append(std::vector<hdnt::Diagnostic>& list, const std::vector<hdnt::Diagnos
 }
 
 // The work itself, in the worker's process.
-void checkInput(const Input& input, const Settings& settings, Loader& loader, CheckResult& result) {
+void checkInput(const Input& input, const CheckPlan& plan, Loader& loader, CheckResult& result) {
+    plan.enter();
+    result.files = plan.files();
     HDNTLibrary* library = nullptr;
     result.parentFailed = true;
-    for (const std::string& path : input.parents) library = loader.load(path, library);
+    for (const std::string& path : plan.parents(input.parents)) library = loader.load(path, library);
     result.parentFailed = false;
     loader.forget();
-    hdnt::LintOptions options;
-    options.isThorough = settings.isThorough;
-    options.budget = static_cast<size_t>(settings.budget);
+    const hdnt::LintOptions options = plan.lintOptions();
     for (const std::string& path : input.paths) {
         library = loader.load(path, library);
         result.blocks += library->getNumTypeBlocks(false);
         std::vector<hdnt::Diagnostic> findings = hdnt::lint(*library, options);
         append(findings, loader.diagnostics());
         hdnt::author::sortByPlace(findings);
-        hdnt::author::applyWaivers(
-            findings, loader.files(),
-            {hdnt::author::today(), settings.isThorough ? Judged::AllRules : Judged::QuickRules});
+        hdnt::author::applyWaivers(findings, loader.files(),
+                                   {hdnt::author::today(), options.isThorough ? Judged::AllRules : Judged::QuickRules});
         append(findings, hdnt::author::lintConfiguration(*library, input.configuration));
         append(result.warnings, findings);
         result.files.insert(result.files.end(), loader.files().begin(), loader.files().end());
@@ -85,11 +86,11 @@ void checkInput(const Input& input, const Settings& settings, Loader& loader, Ch
     }
 }
 
-CheckResult judgedInput(const Input& input, const Settings& settings) {
+CheckResult judgedInput(const Input& input, const CheckPlan& plan) {
     CheckResult result;
     Loader loader;
     try {
-        checkInput(input, settings, loader, result);
+        checkInput(input, plan, loader, result);
     } catch (const Failure& failure) {
         result.status = failure.status();
         result.reason = failure.what();
@@ -111,9 +112,9 @@ CheckResult judgedInput(const Input& input, const Settings& settings) {
     return result;
 }
 
-CheckResult checkedInput(const Input& input, const Settings& settings, const hdnt::author::RuleControl& rules) {
-    CheckResult result = judgedInput(input, settings);
-    rules.apply(result.warnings);
+CheckResult checkedInput(const Input& input, const CheckPlan& plan) {
+    CheckResult result = judgedInput(input, plan);
+    plan.control(result.warnings);
     return result;
 }
 
@@ -137,8 +138,10 @@ std::uintmax_t sizeOf(const Input& input) {
 class Checker {
 public:
     explicit Checker(const Settings& settings)
-        : settings_(settings), rules_(rulesOf(settings)), inputs_(inputsOf(settings)),
-          isText_(settings.format == "text"), totalSize_(totalSize()), progress_(totalSize_) {}
+        : settings_(settings), plan_(settings), inputs_(inputsOf(settings)), isText_(settings.format == "text"),
+          totalSize_(totalSize()), progress_(totalSize_) {
+        for (const std::string& input : settings.inputs) plans_.try_emplace(input, settings, input);
+    }
 
     int run() {
         if (!settings_.parent.empty() && !parentIsGood()) {
@@ -188,7 +191,7 @@ private:
         tasks.count = inputs_.size();
         const unsigned processors = std::max(std::thread::hardware_concurrency(), 1U);
         tasks.atOnce = settings_.jobs > 0 ? settings_.jobs : static_cast<int>(processors);
-        tasks.work = [&](size_t i) { return packed(checkedInput(inputs_[i], settings_, rules_)); };
+        tasks.work = [&](size_t i) { return packed(checkedInput(inputs_[i], planOf(inputs_[i]))); };
         tasks.said = [&](size_t, std::string_view text) { pass(text); };
         tasks.done = [&](size_t i, const WorkerResult& worker) { take(i, worker); };
         tasks.tick = [&](size_t finished) { progress_.show(totalSize_ * finished / inputs_.size()); };
@@ -255,8 +258,15 @@ private:
         if (!file) throw Failure(Unusable, "cannot write " + settings_.depfile + ": " + std::strerror(errno));
     }
 
+    // The shipped libraries, and a parent of the command line, have no project file.
+    const CheckPlan& planOf(const Input& input) const {
+        const auto found = isParent_ ? plans_.end() : plans_.find(input.name);
+        return found == plans_.end() ? plan_ : found->second;
+    }
+
     const Settings& settings_;
-    hdnt::author::RuleControl rules_;
+    CheckPlan plan_;
+    std::map<std::string, CheckPlan> plans_;
     std::vector<Input> inputs_;
     bool isText_;
     std::uintmax_t totalSize_;

@@ -28,7 +28,7 @@ struct Settings {
     bool quiet = false;
     std::string rootFolder;
     bool isThorough = false; ///< mappings are tried, too
-    int budget = 2000;       ///< expansions of one mapping
+    int budget = -1;         ///< expansions of one mapping; -1: not said
     bool listRules = false;
 
     std::string parent;  ///< empty: none; "common"; or a path
