@@ -16,6 +16,7 @@ std::span<const LintRow> declarationRows();
 std::span<const LintRow> referenceRows();
 std::span<const LintRow> trialRows();
 std::span<const LintRow> configurationRows();
+std::span<const LintRow> waiverRows();
 
 /// Whether the codes of a table are those from its first one on, without a gap, up to `last`.
 constexpr bool areInOrder(std::span<const LintRow> rows, LintCode last) {

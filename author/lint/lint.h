@@ -91,6 +91,10 @@ enum class LintCode : unsigned char {
     configUnknownFunction,
     configUnknownPinType,
     configNoEffect,
+    // Comments that waive findings
+    waiverForm,
+    waiverExpired,
+    waiverUnused,
 };
 
 /// In the order of the enumeration. The examples of rules about the configuration are texts of such files, whose name
@@ -105,10 +109,14 @@ struct RuleGroup {
 };
 /// All codes there are: of the library, of syntax, of lint.
 HDNT_API std::vector<RuleGroup> ruleGroups();
+HDNT_API std::vector<std::string> allCodes();
 /// The rule or message of that code; null when there is none.
 HDNT_API const DiagnosticRule* findRule(std::string_view code);
 /// What it means, with its examples, as Markdown that reads as plain text, too.
 HDNT_API std::string explanationOf(const DiagnosticRule& rule);
+
+/// Whether a rule, or a warning of the library, comes of a thorough judgement only (LintOptions::isThorough).
+HDNT_API bool isThoroughRule(std::string_view code);
 
 /// Which entries of the configuration are judged.
 enum class ConfigScope {

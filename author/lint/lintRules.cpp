@@ -10,7 +10,7 @@ namespace hdnt::author {
 const std::vector<DiagnosticRule>& lintRules() {
     static const std::vector<DiagnosticRule> rules = [] {
         std::vector<DiagnosticRule> list;
-        for (const auto& rows : {declarationRows(), referenceRows(), trialRows(), configurationRows()})
+        for (const auto& rows : {declarationRows(), referenceRows(), trialRows(), configurationRows(), waiverRows()})
             for (const LintRow& row : rows) list.push_back(row.rule);
         return list;
     }();
@@ -37,7 +37,24 @@ std::vector<RuleGroup> ruleGroups() {
             lintGroup("Declarations", declarationRows()),
             lintGroup("References of mappings", referenceRows()),
             lintGroup("By trying mappings", trialRows()),
-            lintGroup("Configuration", configurationRows())};
+            lintGroup("Configuration", configurationRows()),
+            lintGroup("Waivers", waiverRows())};
+}
+
+std::vector<std::string> allCodes() {
+    std::vector<std::string> codes;
+    for (const RuleGroup& group : ruleGroups())
+        for (const DiagnosticRule* rule : group.rules) codes.emplace_back(rule->name);
+    return codes;
+}
+
+bool isThoroughRule(std::string_view code) {
+    static constexpr LintCode others[] = {LintCode::similarNames,  LintCode::needlessBound, LintCode::noGroup,
+                                          LintCode::noDescription, LintCode::similarGroup,  LintCode::brokenMapLibrary};
+    const auto isOf = [&](const LintRow& row) { return row.rule.name == code; };
+    const auto isOther = [&](LintCode other) { return lintRules()[static_cast<std::size_t>(other)].name == code; };
+    return std::ranges::any_of(trialRows(), isOf) || std::ranges::any_of(others, isOther) ||
+           code == ruleOf(DiagnosticCode::mapLibraryRefused).name;
 }
 
 const DiagnosticRule* findRule(std::string_view code) {

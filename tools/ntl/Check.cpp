@@ -1,7 +1,9 @@
+#include "author/lint/Waivers.h"
 #include "author/lint/lint.h"
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/InputFile.h"
+#include "tools/ntl/CheckPlan.h"
 #include "tools/ntl/CheckResult.h"
 #include "tools/ntl/Checker.h"
 #include "tools/ntl/Commands.h"
@@ -11,11 +13,14 @@
 #include "tools/ntl/SyntaxFaults.h"
 
 #include <filesystem>
+#include <map>
 #include <new>
 
 namespace ntl {
 
 namespace {
+
+using hdnt::author::Judged;
 
 void append(std::vector<hdnt::Diagnostic>& list, const std::vector<hdnt::Diagnostic>& more) {
     list.insert(list.end(), more.begin(), more.end());
@@ -45,8 +50,8 @@ void keepTexts(const Input& input, bool isQuiet, Loader& loader) {
 /// The work itself, in the worker's process.
 class InputJudge {
 public:
-    InputJudge(const Input& input, const hdnt::LintOptions& options, bool isQuiet)
-        : input_(input), options_(options), isQuiet_(isQuiet), loader_(isQuiet) {}
+    InputJudge(const Input& input, const CheckPlan& plan, bool isQuiet)
+        : input_(input), plan_(plan), options_(plan.lintOptions()), isQuiet_(isQuiet), loader_(isQuiet) {}
 
     CheckResult run() {
         try {
@@ -58,14 +63,17 @@ public:
         } catch (const std::exception& error) {
             refuse(Faulty, input_.name + ": " + error.what());
         }
+        settle();
         return std::move(result_);
     }
 
 private:
     void judge() {
+        plan_.enter();
+        result_.files = plan_.files();
         keepTexts(input_, isQuiet_, loader_);
         result_.parentFailed = true;
-        for (const std::string& path : input_.parents) library_ = loader_.load(path, library_);
+        for (const std::string& path : plan_.parents(input_.parents)) library_ = loader_.load(path, library_);
         result_.parentFailed = false;
         loader_.forget();
         for (const std::string& path : input_.paths) {
@@ -76,14 +84,29 @@ private:
             std::vector<hdnt::Diagnostic> findings = hdnt::lint(*library_, options_);
             append(findings, loader_.diagnostics());
             hdnt::author::sortByPlace(findings);
+            waive(findings, options_.isThorough ? Judged::AllRules : Judged::QuickRules);
             append(findings, hdnt::author::lintConfiguration(*library_, input_.configuration));
-            for (hdnt::Diagnostic& one : findings)
-                (one.severity == hdnt::Severity::error ? result_.faults : result_.warnings).push_back(std::move(one));
+            append(result_.warnings, findings);
             result_.files.insert(result_.files.end(), loader_.files().begin(), loader_.files().end());
             loader_.forget();
         }
         result_.isLoaded = true;
-        if (result_.faults.empty()) return;
+    }
+
+    void waive(std::vector<hdnt::Diagnostic>& findings, Judged judged) const {
+        hdnt::author::applyWaivers(findings, loader_.files(), {hdnt::author::today(), judged, loader_.texts()});
+    }
+
+    // Which findings are said, and as what, is the author's choice; it decides whether the input is in order.
+    void settle() {
+        std::vector<hdnt::Diagnostic> all = std::move(result_.faults);
+        append(all, result_.warnings);
+        plan_.control(all);
+        result_.faults.clear();
+        result_.warnings.clear();
+        for (hdnt::Diagnostic& one : all)
+            (one.severity == hdnt::Severity::error ? result_.faults : result_.warnings).push_back(std::move(one));
+        if (!result_.isLoaded || result_.faults.empty()) return;
         result_.status = Faulty;
         result_.reason = input_.name + ": " + counted(result_.faults.size(), "error");
     }
@@ -103,10 +126,12 @@ private:
         } catch (const std::exception& error) {
             result_.reason += std::string(" (broken off: ") + error.what() + ")";
         }
+        waive(result_.warnings, Judged::Nothing);
     }
 
     const Input& input_;
-    const hdnt::LintOptions& options_;
+    const CheckPlan& plan_;
+    hdnt::LintOptions options_;
     bool isQuiet_;
     Loader loader_;
     CheckResult result_;
@@ -116,25 +141,29 @@ private:
 
 } // namespace
 
-static int runJudges(const Settings& settings, const hdnt::LintOptions& options) {
+// The shipped libraries, and a parent of the command line, have no project file.
+static int runJudges(const Settings& settings) {
     enableByDefault(settings, "ntl.enableDiagnostics");
     enableByDefault(settings, "arch.enableTestFeatures");
     const bool isQuiet = settings.format == "short";
-    return Checker(settings, [&](const Input& input) { return InputJudge(input, options, isQuiet).run(); }).run();
+    const CheckPlan plan(settings);
+    std::map<std::string, CheckPlan> plans;
+    for (const std::string& input : settings.inputs) plans.try_emplace(input, settings, input);
+    const auto judge = [&](const Input& input) {
+        const auto found = input.isParent ? plans.end() : plans.find(input.name);
+        return InputJudge(input, found == plans.end() ? plan : found->second, isQuiet).run();
+    };
+    return Checker(settings, judge).run();
 }
 
-int runCheck(const Settings& settings) {
-    hdnt::LintOptions options;
-    options.isThorough = false;
-    return runJudges(settings, options);
-}
+int runCheck(const Settings& settings) { return runJudges(settings); }
 
 int runLint(const Settings& settings) {
     if (settings.listRules) return listRules();
     enableByDefault(settings, "ntl.enableMapLib");
-    hdnt::LintOptions options;
-    options.budget = static_cast<size_t>(settings.budget);
-    return runJudges(settings, options);
+    Settings thorough = settings;
+    thorough.isThorough = true;
+    return runJudges(thorough);
 }
 
 } // namespace ntl

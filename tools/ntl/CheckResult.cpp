@@ -81,17 +81,17 @@ std::string faultLines(const CheckResult& result, size_t most) {
                            " left out; --max-errors 0 says all\n";
 }
 
-size_t CheckResult::warningCount() const {
-    const auto isWarning = [](const hdnt::Diagnostic& one) { return one.severity == hdnt::Severity::warning; };
-    return static_cast<size_t>(std::count_if(warnings.begin(), warnings.end(), isWarning));
+size_t countOf(const std::vector<hdnt::Diagnostic>& list, hdnt::Severity severity) {
+    const auto isIt = [&](const hdnt::Diagnostic& one) { return one.severity == severity; };
+    return static_cast<size_t>(std::count_if(list.begin(), list.end(), isIt));
 }
 
 bool hasFailed(const CheckResult& result, bool warningsAreErrors) {
-    return result.status != Fine || (warningsAreErrors && result.warningCount() > 0);
+    return result.status != Fine || (warningsAreErrors && countOf(result.warnings, hdnt::Severity::warning) > 0);
 }
 
 std::string textLine(const CheckResult& result) {
-    const size_t count = result.warningCount();
+    const size_t count = countOf(result.warnings, hdnt::Severity::warning);
     const std::string warnings = count == 0 ? "" : ", " + counted(count, "warning");
     return printable(result.input) + ": " + counted(result.blocks, "block") + ", no errors" + warnings + "\n";
 }
@@ -104,7 +104,9 @@ std::string sumLine(size_t libraries, size_t failed, size_t warnings) {
 
 static const char* statusName(const CheckResult& result) {
     if (result.status == Unusable) return "unusable";
-    return result.status == Faulty ? "errors" : result.warningCount() == 0 ? "good" : "warnings";
+    return result.status == Faulty                                  ? "errors"
+           : countOf(result.warnings, hdnt::Severity::warning) == 0 ? "good"
+                                                                    : "warnings";
 }
 
 static Json jsonOf(const CheckResult& result) {

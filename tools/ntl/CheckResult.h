@@ -25,8 +25,6 @@ struct CheckResult {
     std::vector<hdnt::Diagnostic> faults;   ///< errors that the library does not report, or not so well
     std::vector<hdnt::Diagnostic> warnings; ///< and notes
     std::vector<std::string> files;
-
-    size_t warningCount() const; ///< without notes
 };
 
 // From the worker's process to this one. Texts pass byte for byte.
@@ -49,6 +47,7 @@ std::string shortLines(const CheckResult& result);
 /// for each file keeps make going when the file is gone.
 std::string makeRules(const std::string& target, const std::vector<CheckResult>& results);
 
+size_t countOf(const std::vector<hdnt::Diagnostic>& list, hdnt::Severity severity);
 /// Whether the input counts as failed.
 bool hasFailed(const CheckResult& result, bool warningsAreErrors);
 

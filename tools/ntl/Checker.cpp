@@ -5,6 +5,7 @@
 #include "hdnt/platform/HPAParamMgr.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
+#include "tools/ntl/RuleOptions.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -145,11 +146,12 @@ void Checker::take(size_t i, const WorkerResult& worker) {
     if (isParent_ && result.status == Fine) return;
     if (result.parentFailed) result.reason = result.input + ": parent library: " + result.reason;
     errorFree_ = errorFree_ && (result.status == Fine || result.isLoaded);
-    const bool failed = hasFailed(result, settings_.warningsAreErrors);
+    const bool failed = hasFailed(result, allWarningsAreErrors(settings_));
     if (failed && result.status == Fine)
-        result.reason = result.input + ": " + counted(result.warningCount(), "warning") + " (--werror)";
+        result.reason =
+            result.input + ": " + counted(countOf(result.warnings, hdnt::Severity::warning), "warning") + " (--werror)";
     if (failed) ++failed_;
-    warnings_ += result.warningCount();
+    warnings_ += countOf(result.warnings, hdnt::Severity::warning);
     status_ = std::max<int>(status_, failed ? std::max(result.status, Faulty) : Fine);
     write(result, failed);
     if (!settings_.depfile.empty() || !isText_) results_.push_back(std::move(result));

@@ -18,10 +18,7 @@ int runExplain(const Settings& settings) {
             text += (text.empty() ? "" : "\n") + hdnt::author::explanationOf(*rule);
             continue;
         }
-        std::vector<std::string> known;
-        for (const RuleGroup& group : hdnt::author::ruleGroups())
-            for (const DiagnosticRule* rule : group.rules) known.emplace_back(rule->name);
-        complain("no code '" + code + "'" + suggestion(code, known));
+        complain("no code '" + code + "'" + suggestion(code, hdnt::author::allCodes()));
         status = Faulty;
     }
     writeOutput(text);

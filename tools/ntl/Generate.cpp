@@ -28,7 +28,8 @@ std::string manOption(const OptionSpec& option) {
     for (const std::string& name : option.names())
         names.push_back(option.isPositional() ? "\\fI" + roff(name) + "\\fR" : "\\fB" + roff(name) + "\\fR");
     std::string text = ".TP\n" + joined(names, ", ");
-    if (!option.argument.empty()) text += " \\fI" + roff(option.argument) + "\\fR";
+    const std::string argument = "\\fI" + roff(option.argument) + "\\fR";
+    if (!option.argument.empty()) text += option.isArgumentOptional ? "[=" + argument + "]" : " " + argument;
     return text + "\n" + roff(option.help) + "\n";
 }
 
@@ -90,7 +91,7 @@ std::string bashArguments(const OptionSpec& option) {
 std::string bashCases(const std::string& command, const std::vector<OptionSpec>& options) {
     std::string text;
     for (const OptionSpec& option : options) {
-        if (option.isPositional() || option.argument.empty()) continue;
+        if (option.isPositional() || option.argument.empty() || option.isArgumentOptional) continue;
         std::vector<std::string> patterns = option.names();
         for (std::string& pattern : patterns) pattern.insert(0, command + ",");
         text += "    " + joined(patterns, "|") + ") " + bashArguments(option) + "; return ;;\n";
@@ -148,9 +149,10 @@ std::string zshOptions(const std::vector<OptionSpec>& options) {
             continue;
         }
         for (const std::string& name : option.names()) {
-            text += " \\\n            '" + std::string(option.isRepeatable() ? "*" : "") + name + "[" +
-                    zshText(option.help) + "]";
-            if (!option.argument.empty()) text += ":" + zshText(option.argument) + ":" + zshAction(option);
+            text += " \\\n            '" + std::string(option.isRepeatable() ? "*" : "") + name +
+                    (option.isArgumentOptional ? "=-[" : "[") + zshText(option.help) + "]";
+            if (!option.argument.empty())
+                text += (option.isArgumentOptional ? "::" : ":") + zshText(option.argument) + ":" + zshAction(option);
             text += "'";
         }
     }
@@ -184,7 +186,7 @@ std::string fishOption(const OptionSpec& option, const std::string& condition) {
     for (const std::string& name : option.names())
         text += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
     text += " -d " + fishText(option.help);
-    if (option.argument.empty()) return text + "\n";
+    if (option.argument.empty() || option.isArgumentOptional) return text + "\n";
     if (!option.choices.empty()) return text + " -x -a " + fishText(joined(option.choices, " ")) + "\n";
     if (option.completion == Completion::None) return text + " -x\n";
     return text +

@@ -13,6 +13,7 @@
 #include "hdnt/platform/PartSpec.h"
 #include "hdnt/registry/HDNTCellviewLib.h"
 #include "hdnt/registry/registerCells.h"
+#include "tools/ntl/CheckPlan.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"
 
@@ -132,11 +133,12 @@ static void addSearchDirectories(const Settings& settings) {
         if (!directory.empty()) NtlAddSearchDirectory(directory);
 }
 
-// Asks for the table of cells once, so that a broken one is told apart from a broken library.
+// Asks for the table of cells once, so that a broken one is told apart from a broken library; but a project file may
+// add tables in the process of its input, and nobody may ask before.
 static void registerTables(const Settings& settings) {
     try {
         for (const std::string& path : settings.cellTables) hdnt::registerCells(path);
-        HDNTCellviewLib::getGlobal();
+        if (std::none_of(settings.inputs.begin(), settings.inputs.end(), hasProject)) HDNTCellviewLib::getGlobal();
     } catch (const HEXDataException& error) {
         throw Failure(Unusable, error.what());
     }

@@ -36,9 +36,14 @@ static std::string paragraphs(const std::string& text) {
     return result;
 }
 
+// Behind the name: " N", "[=N]" or nothing.
+static std::string argumentOf(const OptionSpec& option, const std::string& argument) {
+    if (argument.empty()) return "";
+    return option.isArgumentOptional ? "[=" + argument + "]" : " " + argument;
+}
+
 static std::string optionHelp(const OptionSpec& option) {
-    std::string start = "  " + joined(option.names(), ", ");
-    if (!option.argument.empty()) start += " " + option.argument;
+    const std::string start = "  " + joined(option.names(), ", ") + argumentOf(option, option.argument);
     return wrapped(start, option.help, 26);
 }
 
@@ -53,7 +58,7 @@ std::string usageLine(const CommandSpec& command, std::string (*mark)(const std:
     for (const OptionSpec& option : command.options) {
         const std::string more = option.isRepeatable() ? "..." : "";
         const std::string name = mark(option.names()[0], !option.isPositional());
-        const std::string argument = option.argument.empty() ? "" : " " + mark(option.argument, false);
+        const std::string argument = option.argument.empty() ? "" : argumentOf(option, mark(option.argument, false));
         text.append(option.isRequired ? " " : " [").append(name).append(argument);
         if (option.isPositional()) text += more;
         if (!option.isRequired) text += "]";

@@ -179,8 +179,8 @@ static std::string lineOf(const hdnt::Diagnostic& one, const std::string& severi
 }
 
 std::string warningLine(const hdnt::Diagnostic& warning) {
-    const bool isNote = warning.severity == hdnt::Severity::note;
-    return lineOf(warning, isNote ? std::string("note:") : colored(Color::Yellow, "warning:", 2));
+    const Color color = warning.severity == hdnt::Severity::note ? Color::Faint : Color::Yellow;
+    return lineOf(warning, colored(color, std::string(nameOf(warning.severity)) + ":", 2));
 }
 
 std::string errorLines(const hdnt::Diagnostic& error) {

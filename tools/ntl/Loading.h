@@ -93,7 +93,7 @@ bool loadMapping(HDNTBlock& block);
 /// The same for each of them; true when all went well.
 bool loadMappings(const std::vector<HDNTBlock*>& blocks);
 
-/// "file:line:column: warning: message: detail [code]", for standard error.
+/// "file:line:column: severity: message: detail [code]", for standard error.
 std::string warningLine(const hdnt::Diagnostic& warning);
 /// The same of an error, with "file:line:column: note: message" behind it for each related place.
 std::string errorLines(const hdnt::Diagnostic& error);

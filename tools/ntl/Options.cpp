@@ -4,6 +4,7 @@
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Output.h"
+#include "tools/ntl/RuleOptions.h"
 #include "tools/ntl/Status.h"
 
 #include <CLI/CLI.hpp>
@@ -65,7 +66,7 @@ static OptionSpec blockArgument(bool isRequired) {
 static OptionSpec jsonOption() { return {"--json", "", "Write JSON.", &Settings::json}; }
 
 static std::vector<OptionSpec> checkOptions() {
-    return {
+    std::vector<OptionSpec> options = {
         {"INPUT", "", "File or folder of .btl files; - for standard input.", &Settings::inputs, Completion::Library},
         searchOption(),
         {"-j,--jobs", "N", "Check up to N inputs at once; 0: as many as there are processors.", &Settings::jobs},
@@ -84,10 +85,12 @@ static std::vector<OptionSpec> checkOptions() {
         {"--deptarget", "NAME", "What depends on the files in the rules of --depfile; without it, FILE itself.",
          &Settings::depTarget, Completion::File},
         {"-q,--quiet", "", "Write nothing of inputs that are in order, and no sum.", &Settings::quiet},
-        {"--werror", "", "Let warnings count as errors.", &Settings::warningsAreErrors},
         {"--root", "DIR", "Refuse INCLUDE and INLINE files that are not below DIR.", &Settings::rootFolder,
          Completion::Directory},
         parentOption()};
+    const std::vector<OptionSpec> rules = ruleOptions();
+    options.insert(options.end(), rules.begin(), rules.end());
+    return options;
 }
 
 static CommandSpec checkCommand() {
@@ -292,6 +295,9 @@ static void addOption(CLI::App& app, const OptionSpec& spec, Settings& settings)
             app.add_option(spec.flags, settings.*(*number), spec.help)->check(CLI::Range(0, 1000000).description(""));
     } else if (const auto* const text = std::get_if<std::string Settings::*>(&spec.target)) {
         option = app.add_option(spec.flags, settings.*(*text), spec.help);
+    } else if (spec.isArgumentOptional) {
+        option =
+            app.add_flag(spec.flags, settings.*std::get<std::vector<std::string> Settings::*>(spec.target), spec.help);
     } else {
         option = app.add_option(spec.flags, settings.*std::get<std::vector<std::string> Settings::*>(spec.target),
                                 spec.help);

@@ -23,6 +23,7 @@ struct OptionSpec {
     Completion completion = Completion::None;
     std::vector<std::string> choices = {}; ///< when only these are allowed
     bool isRequired = false;
+    bool isArgumentOptional = false; ///< given as "--name=argument" or not at all
 
     bool isPositional() const { return flags.front() != '-'; }
     bool isRepeatable() const { return std::holds_alternative<std::vector<std::string> Settings::*>(target); }

@@ -21,11 +21,15 @@ struct Settings {
     int mostErrors = 20; ///< 0: all
     std::string format = "text";
     std::string depfile;
-    std::string depTarget; ///< empty: the dependency file itself
-    bool warningsAreErrors = false;
+    std::string depTarget;                      ///< empty: the dependency file itself
+    std::vector<std::string> warningsAreErrors; ///< lists of codes; "true": all
+    std::vector<std::string> onlyRules;
+    std::vector<std::string> rulesOff;
+    std::vector<std::string> severities; ///< CODE=SEVERITY
     bool quiet = false;
     std::string rootFolder;
-    int budget = 2000; ///< expansions of one mapping
+    bool isThorough = false; ///< mappings are tried, too
+    int budget = -1;         ///< expansions of one mapping; -1: not said
     bool listRules = false;
 
     std::string parent;  ///< empty: none; "common"; or a path

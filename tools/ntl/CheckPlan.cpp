@@ -1,0 +1,72 @@
+#include "tools/ntl/CheckPlan.h"
+
+#include "hdnt/frontend/SearchPath.h"
+#include "hdnt/platform/HEX.h"
+#include "hdnt/registry/HDNTCellviewLib.h"
+#include "hdnt/registry/registerCells.h"
+#include "tools/ntl/Loading.h"
+#include "tools/ntl/RuleOptions.h"
+#include "tools/ntl/Status.h"
+
+namespace ntl {
+
+// That of standard input is sought from the working directory.
+static std::string projectOf(const std::string& input) { return hdnt::author::findProject(input == "-" ? "." : input); }
+
+bool hasProject(const std::string& input) { return !projectOf(input).empty(); }
+
+CheckPlan::CheckPlan(const Settings& settings)
+    : settings_(settings), commandLine_(rulesOf(settings)), rules_(commandLine_) {}
+
+CheckPlan::CheckPlan(const Settings& settings, const std::string& input) : CheckPlan(settings) {
+    const std::string path = projectOf(input);
+    if (path.empty()) return;
+    try {
+        project_ = hdnt::author::readProject(path);
+    } catch (const HEXDataException& error) {
+        throw Failure(Unusable, error.what());
+    }
+    rules_ = project_->rules;
+    rules_.add(commandLine_);
+}
+
+void CheckPlan::enter() const {
+    if (!project_) return;
+    try {
+        for (const std::string& path : project_->cellTables) hdnt::registerCells(path);
+        HDNTCellviewLib::getGlobal();
+    } catch (const HEXDataException& error) {
+        throw Failure(Unusable, error.what());
+    }
+    for (const std::string& directory : project_->searchDirectories) NtlAddSearchDirectory(directory);
+}
+
+std::vector<std::string> CheckPlan::parents(const std::vector<std::string>& ofCommandLine) const {
+    if (!project_ || !ofCommandLine.empty()) return ofCommandLine;
+    std::vector<std::string> paths;
+    for (const std::string& parent : project_->parents) {
+        const std::vector<std::string> more = parentPaths(parent);
+        paths.insert(paths.end(), more.begin(), more.end());
+    }
+    return paths;
+}
+
+hdnt::LintOptions CheckPlan::lintOptions() const {
+    hdnt::LintOptions options;
+    options.isThorough = settings_.isThorough;
+    if (project_ && project_->budget) options.budget = *project_->budget;
+    if (settings_.budget >= 0) options.budget = static_cast<size_t>(settings_.budget);
+    if (project_) options.architectures = project_->architectures;
+    return options;
+}
+
+std::vector<std::string> CheckPlan::files() const {
+    return project_ ? std::vector{project_->path} : std::vector<std::string>();
+}
+
+void CheckPlan::control(std::vector<hdnt::Diagnostic>& findings) const {
+    if (project_) applyExceptions(*project_, commandLine_, findings);
+    rules_.apply(findings);
+}
+
+} // namespace ntl

@@ -1,0 +1,59 @@
+#include "tools/ntl/RuleOptions.h"
+
+#include "tools/ntl/GlobalOptions.h"
+#include "tools/ntl/Output.h"
+#include "tools/ntl/Status.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace ntl {
+
+std::vector<OptionSpec> ruleOptions() {
+    return {{"--rule", "CODE",
+             "Say only what has this code, and errors of the text. May be repeated; 'ntl lint --list-rules' lists the "
+             "codes.",
+             &Settings::onlyRules},
+            {"--no-rule", "CODE", "Say nothing that has this code. May be repeated.", &Settings::rulesOff},
+            {"--severity", "CODE=SEVERITY",
+             "Say what has this code as error, warning or note, or not at all: off. May be repeated.",
+             &Settings::severities},
+            {"--werror",
+             "CODE,...",
+             "Let warnings count as errors: all, or with codes behind '=' those that have one of them.",
+             &Settings::warningsAreErrors,
+             Completion::None,
+             {},
+             false,
+             true}};
+}
+
+// What --werror gives without an argument.
+static const char* const all = "true";
+
+static void take(const std::string& option, const std::string& refusal) {
+    if (!refusal.empty()) throw Failure(Unusable, option + ": " + refusal);
+}
+
+hdnt::author::RuleControl rulesOf(const Settings& settings) {
+    hdnt::author::RuleControl rules;
+    for (const std::string& codes : settings.warningsAreErrors) {
+        std::istringstream list(codes == all ? "" : codes);
+        for (std::string code; std::getline(list, code, ',');)
+            take("--werror", rules.setSeverity(code, hdnt::Severity::error));
+    }
+    for (const std::string& text : settings.severities) {
+        const auto [code, word] = splitAssignment("--severity", text);
+        take("--severity", rules.set(code, word));
+    }
+    for (const std::string& code : settings.onlyRules) take("--rule", rules.only(code));
+    for (const std::string& code : settings.rulesOff) take("--no-rule", rules.turnOff(code));
+    return rules;
+}
+
+bool allWarningsAreErrors(const Settings& settings) {
+    return std::find(settings.warningsAreErrors.begin(), settings.warningsAreErrors.end(), all) !=
+           settings.warningsAreErrors.end();
+}
+
+} // namespace ntl
