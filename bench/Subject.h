@@ -50,6 +50,7 @@ void addLookUpSubjects(std::vector<Subject>& subjects);
 void addNetlistSubjects(std::vector<Subject>& subjects);
 void addWriteSubjects(std::vector<Subject>& subjects);
 void addSyntaxSubjects(std::vector<Subject>& subjects);
+void addLintSubjects(std::vector<Subject>& subjects);
 
 /// The whole file as a peer of the library reads it, in one piece.
 std::string readFile(const std::string& path);

@@ -104,6 +104,7 @@ std::vector<Subject> allSubjects() {
     addNetlistSubjects(subjects);
     addWriteSubjects(subjects);
     addSyntaxSubjects(subjects);
+    addLintSubjects(subjects);
     return subjects;
 }
 
