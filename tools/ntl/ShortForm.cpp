@@ -31,7 +31,9 @@ std::string shortLines(const CheckResult& result) {
     for (const hdnt::Diagnostic& fault : result.faults) all.push_back(&fault);
     for (const hdnt::Diagnostic& warning : result.warnings)
         if (!isSaidBetter(warning, result)) all.push_back(&warning);
-    const hdnt::Diagnostic whole{hdnt::Severity::error, unusableRule, {}, result.reason, {}, {}};
+    hdnt::Diagnostic whole;
+    whole.code = unusableRule;
+    whole.message = result.reason;
     const auto isError = [](const hdnt::Diagnostic* one) { return one->severity == hdnt::Severity::error; };
     if (result.status != Fine && std::none_of(all.begin(), all.end(), isError)) all.push_back(&whole);
     const auto key = [](const hdnt::Diagnostic* one) {

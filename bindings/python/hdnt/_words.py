@@ -33,7 +33,7 @@ Code = Literal["error", "syntax-error", "parser-depth", "unrecognized-character"
                "branch-never-taken", "condition-always-true", "property-without-effect", "mapping-circle",
                "config-unknown-key", "config-wrong-type", "config-unknown-cell", "config-unknown-pin",
                "config-unknown-property", "config-unknown-architecture", "config-unknown-function",
-               "config-unknown-pin-type", "config-no-effect"]
+               "config-unknown-pin-type", "config-no-effect", "waiver-form", "waiver-expired", "waiver-unused"]
 
 Effect = Literal["breaking", "compatible", "text only"]
 Change = Literal["added", "removed", "changed"]
