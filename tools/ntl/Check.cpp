@@ -4,6 +4,7 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
+#include "tools/ntl/BaselineOptions.h"
 #include "tools/ntl/CheckPlan.h"
 #include "tools/ntl/CheckResult.h"
 #include "tools/ntl/Commands.h"
@@ -138,8 +139,8 @@ std::uintmax_t sizeOf(const Input& input) {
 class Checker {
 public:
     explicit Checker(const Settings& settings)
-        : settings_(settings), plan_(settings), inputs_(inputsOf(settings)), isText_(settings.format == "text"),
-          totalSize_(totalSize()), progress_(totalSize_) {
+        : settings_(settings), plan_(settings), baselines_(settings), inputs_(inputsOf(settings)),
+          isText_(settings.format == "text"), totalSize_(totalSize()), progress_(totalSize_) {
         for (const std::string& input : settings.inputs) plans_.try_emplace(input, settings, input);
     }
 
@@ -199,8 +200,9 @@ private:
         progress_.clear();
     }
 
-    int finish() const {
+    int finish() {
         writeDepfile();
+        baselines_.finish();
         if (isText_ && !settings_.quiet && inputs_.size() > 1 && !settings_.inputs.empty())
             writeOutput(sumLine(inputs_.size(), failed_, warnings_));
         if (settings_.format == "json") writeOutput(jsonDocument(results_, status_));
@@ -231,6 +233,7 @@ private:
         if (isParent_ && result.status == Fine) return;
         if (result.parentFailed) result.reason = result.input + ": parent library: " + result.reason;
         errorFree_ = errorFree_ && result.status == Fine;
+        baselines_.take(result);
         const bool failed = hasFailed(result, allWarningsAreErrors(settings_));
         if (failed && result.status == Fine) result.reason = result.input + ": " + whyFailed(result.warnings);
         if (failed) ++failed_;
@@ -267,6 +270,7 @@ private:
     const Settings& settings_;
     CheckPlan plan_;
     std::map<std::string, CheckPlan> plans_;
+    Baselines baselines_;
     std::vector<Input> inputs_;
     bool isText_;
     std::uintmax_t totalSize_;

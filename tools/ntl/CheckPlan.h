@@ -39,7 +39,7 @@ private:
     std::optional<hdnt::author::Project> project_;
 };
 
-/// Whether the input has a project file.
-bool hasProject(const std::string& input);
+/// Whether an input of the command line has a project file.
+bool haveProject(const Settings& settings);
 
 } // namespace ntl

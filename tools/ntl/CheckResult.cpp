@@ -25,7 +25,7 @@ static Json packed(const std::vector<hdnt::Diagnostic>& diagnostics) {
         Json related = Json::array();
         for (const auto& [place, message] : one.related) related.push_back(Json::array({packed(place), message}));
         list.push_back(Json::array({static_cast<int>(one.severity), one.code, packed(one.place), one.message,
-                                    one.detail, std::move(related)}));
+                                    one.detail, std::move(related), one.element}));
     }
     return list;
 }
@@ -38,7 +38,8 @@ static std::vector<hdnt::Diagnostic> unpackedDiagnostics(const Json& json) {
                         unpackedPlace(one[2]),
                         one[3].get<std::string>(),
                         one[4].get<std::string>(),
-                        {}});
+                        {},
+                        one[6].get<std::string>()});
         for (const Json& related : one[5])
             list.back().related.push_back({unpackedPlace(related[0]), related[1].get<std::string>()});
     }
