@@ -33,12 +33,15 @@ static Json ruleOf(const hdnt::DiagnosticRule& rule) {
     return json;
 }
 
+// Notes of the library are no findings.
 static Json rules() {
     Json list = Json::array();
     list.push_back(
         ruleOf({unusableRule, hdnt::Severity::error, "", "The input cannot be opened, or its check was broken off."}));
     for (const auto* table : {&hdnt::diagnosticRules(), &hdnt::author::lintRules()})
-        for (const hdnt::DiagnosticRule& rule : *table) list.push_back(ruleOf(rule));
+        for (const hdnt::DiagnosticRule& rule : *table)
+            if (table == &hdnt::author::lintRules() || rule.severity != hdnt::Severity::note)
+                list.push_back(ruleOf(rule));
     return list;
 }
 
