@@ -2,6 +2,7 @@
 
 // Everything for programs that serve those who write libraries.
 #include "author/format/HDNTFormatter.h"
+#include "author/lint/Baseline.h"
 #include "author/lint/RuleControl.h"
 #include "author/lint/Waivers.h"
 #include "author/lint/lint.h"

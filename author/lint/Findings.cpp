@@ -54,13 +54,13 @@ std::string question(const std::string& wanted, const std::vector<std::string>& 
 
 // The common library may be missing or broken; then its blocks are unknown.
 HDNTBlock* BlockFinder::blockOf(const HDNTBlockInst& inst) {
-    const auto [found, isNew] = blocks_.emplace(inst.typeName(), nullptr);
-    if (!isNew) return found->second;
+    if (const auto found = blocks_.find(inst.typeName()); found != blocks_.end()) return found->second;
+    HDNTBlock* block = nullptr;
     try {
-        found->second = inst.getTypeBlock(library_);
+        block = inst.getTypeBlock(library_);
     } catch (const HEXAll&) {
     }
-    return found->second;
+    return blocks_[inst.typeName()] = block;
 }
 
 } // namespace hdnt::author

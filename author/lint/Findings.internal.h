@@ -6,6 +6,7 @@
 #include <set>
 #include <span>
 #include <tuple>
+#include <unordered_map>
 
 class HDNTBlock;
 class HDNTBlockInst;
@@ -49,7 +50,7 @@ public:
 
 private:
     HDNTLibrary* library_;
-    std::map<std::string, HDNTBlock*> blocks_;
+    std::unordered_map<std::string, HDNTBlock*> blocks_;
 };
 
 // The judges. Each adds what it finds.

@@ -1,6 +1,9 @@
 #include "author/lint/Statements.internal.h"
+#include "hdnt/diagnostics/HDNTLimits.h"
+#include "hdnt/platform/InputFile.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace hdnt::author {
 
@@ -40,6 +43,18 @@ const SyntaxNode* statementAround(const SyntaxTree& tree, std::size_t item) {
         if (node->end > item && isStatement(node->part)) return &*node;
     }
     return nullptr;
+}
+
+std::string textOfFile(const std::string& file, const std::map<std::string, std::string>& texts) {
+    const auto given = texts.find(file);
+    if (given != texts.end()) return given->second;
+    std::error_code error;
+    std::string text;
+    std::string reason;
+    const HDNTLimits& limits = HDNTLimits::get();
+    if (std::filesystem::is_regular_file(file, error))
+        platform::readInput(file, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, text, reason);
+    return text;
 }
 
 } // namespace hdnt::author

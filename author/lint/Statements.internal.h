@@ -3,6 +3,8 @@
 #include "author/syntax/SyntaxTree.h"
 
 #include <cstddef>
+#include <map>
+#include <string>
 
 namespace hdnt::author {
 
@@ -14,5 +16,8 @@ const SyntaxNode* statementFrom(const SyntaxTree& tree, std::size_t item);
 
 /// The smallest statement that the item is part of; null when it is in none.
 const SyntaxNode* statementAround(const SyntaxTree& tree, std::size_t item);
+
+/// The text of a file, or the one given for it; empty when it cannot be read or is no regular file.
+std::string textOfFile(const std::string& file, const std::map<std::string, std::string>& texts);
 
 } // namespace hdnt::author

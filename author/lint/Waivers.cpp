@@ -3,13 +3,10 @@
 #include "author/lint/Findings.internal.h"
 #include "author/lint/RuleControl.h"
 #include "author/lint/Statements.internal.h"
-#include "hdnt/diagnostics/HDNTLimits.h"
-#include "hdnt/platform/InputFile.h"
 
 #include <algorithm>
 #include <charconv>
 #include <ctime>
-#include <filesystem>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -216,18 +213,6 @@ private:
     std::vector<Waiver> waivers_;
 };
 
-std::string textOf(const std::string& file, const WaiverOptions& options) {
-    const auto given = options.texts.find(file);
-    if (given != options.texts.end()) return given->second;
-    std::error_code error;
-    std::string text;
-    std::string reason;
-    const HDNTLimits& limits = HDNTLimits::get();
-    if (std::filesystem::is_regular_file(file, error))
-        platform::readInput(file, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, text, reason);
-    return text;
-}
-
 } // namespace
 
 void applyWaivers(std::vector<Diagnostic>& findings, const std::vector<std::string>& files,
@@ -236,7 +221,7 @@ void applyWaivers(std::vector<Diagnostic>& findings, const std::vector<std::stri
     for (const Diagnostic& one : findings) all.insert(one.place.file);
     for (const std::string& name : all) {
         WaivedFile file;
-        if (!file.read(name, textOf(name, options))) continue;
+        if (!file.read(name, textOfFile(name, options.texts))) continue;
         file.end(options.today);
         std::erase_if(findings, [&](const Diagnostic& one) { return one.place.file == name && file.waives(one); });
         file.judge(findings, options.judged);

@@ -63,6 +63,11 @@ private:
         bool held = false;
         bool failed = false;
     };
+    /// A setting, and which way each if statement went; those that were not reached are left out.
+    struct Try {
+        SettingChoice choice;
+        std::map<PlaceKey, bool> ways;
+    };
 
     bool isLeft() const { return tried_ < budget_; }
 
@@ -79,8 +84,9 @@ private:
     static std::string baseOf(const std::string& pin) { return pin.substr(0, pin.find('[')); }
 
     void run(const SettingChoice& choice) {
-        if (!tries_.insert(choice).second) return;
+        if (!chosen_.insert(choice).second) return;
         const std::vector<WiringFault> faults = tryOut(choice);
+        tries_.push_back({choice, std::move(ways_)});
         for (const WiringFault& fault : faults) {
             Seen& seen = faults_[fault];
             if (seen.count == 0 || sizeOf(choice) < sizeOf(seen.smallest)) seen.smallest = choice;
@@ -94,6 +100,7 @@ private:
 
     std::vector<WiringFault> tryOut(const SettingChoice& choice) {
         ++tried_;
+        ways_.clear();
         HDNTExpansion expansion(block_, architecture_);
         cover_.apply(choice, expansion);
         HDNTFunctionTable functions;
@@ -118,6 +125,7 @@ private:
         for (const HDNTExpansion::Branch& branch : level.branches) {
             Ways& ways = branches_[keyOf(branch.origin.location)];
             (branch.taken ? ways.held : ways.failed) = true;
+            ways_.emplace(keyOf(branch.origin.location), branch.taken);
         }
         for (const HDNTExpansion::Instance& instance : level.instances)
             if (instance.block) graph_.add(block_, *instance.block, instance.origin.location);
@@ -168,17 +176,38 @@ private:
         }
     }
 
-    // Each property alone, from several settings on, until the outcome is another one.
+    // Each property alone, from several settings on, until the outcome is another one; but for those of which it is
+    // known that they turn a condition.
     void seekEffects() {
         wantsOutcome_ = true;
         std::vector<SettingChoice> bases = cover_.choices(16);
         for (std::size_t i = 0; i < cover_.factors().size(); ++i) {
             const SettingFactor& factor = cover_.factors()[i];
             if (factor.kind != SettingFactor::Kind::property || factor.values.size() < 2) continue;
-            const bool hasEffect =
-                std::ranges::any_of(bases, [&](const SettingChoice& base) { return tells(base, i); });
+            const bool hasEffect = turnsCondition(i) || std::ranges::any_of(bases, [&](const SettingChoice& base) {
+                                       return tells(base, i);
+                                   });
             if (!hasEffect && isLeft()) withoutEffect_.push_back(factor.name);
         }
+    }
+
+    // Whether an if statement went both ways while all else that decides about it was the same.
+    bool turnsCondition(std::size_t factor) const {
+        for (std::size_t i = 0; i < view_.conditions().size(); ++i) {
+            const std::vector<std::size_t>& deciders = cover_.deciders()[i];
+            const yyltype* const at = view_.conditions()[i].node->getLocation();
+            if (!at || std::ranges::find(deciders, factor) == deciders.end()) continue;
+            std::map<SettingChoice, bool> waysByOthers;
+            for (const Try& one : tries_) {
+                const auto way = one.ways.find(keyOf(*at));
+                if (way == one.ways.end()) continue;
+                SettingChoice others;
+                for (const std::size_t other : deciders)
+                    if (other != factor) others.push_back(one.choice[other]);
+                if (waysByOthers.emplace(std::move(others), way->second).first->second != way->second) return true;
+            }
+        }
+        return false;
     }
 
     bool tells(SettingChoice choice, std::size_t factor) {
@@ -289,7 +318,9 @@ private:
     SettingCover cover_;
 
     std::size_t tried_ = 0; ///< expansions
-    std::set<SettingChoice> tries_;
+    std::set<SettingChoice> chosen_;
+    std::vector<Try> tries_;
+    std::map<PlaceKey, bool> ways_; ///< of the last expansion
     bool wantsOutcome_ = false;
     std::string outcome_; ///< of the last expansion
     bool hadProblems_ = false;

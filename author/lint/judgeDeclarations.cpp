@@ -28,10 +28,9 @@ std::string textOrNone(const std::optional<Value>& bound) { return bound ? textO
 // One property under judgement. Texts name it, and the pin it belongs to.
 class PropertyJudge {
 public:
-    PropertyJudge(const HDNTProperty& property, const std::string& owner, Findings& findings)
-        : property_(property), findings_(findings) {
-        name_ = "property \"" + property.getName() + "\"" + owner;
-    }
+    /// The bus is null for a property of the block itself.
+    PropertyJudge(const HDNTProperty& property, const HDNTBus* bus, Findings& findings)
+        : property_(property), bus_(bus), findings_(findings) {}
 
     void judge() const {
         if (HATAttrTypes::isBitVector(property_.getType())) judgeBits();
@@ -39,20 +38,23 @@ public:
     }
 
 private:
+    std::string name() const {
+        return "property \"" + property_.getName() + '"' + (bus_ ? " of pin \"" + bus_->getName() + '"' : "");
+    }
     bool isListed() const { return property_.getAttrSpec()->isEnumerated(); }
 
     void warnOutside(const std::string& value) const {
         findings_.add(LintCode::defaultOutside, property_,
-                      {value, name_, isListed() ? "not one of its values" : "outside its range"});
+                      {value, name(), isListed() ? "not one of its values" : "outside its range"});
     }
     void warnSwapped(const std::string& low, const std::string& high) const {
-        findings_.add(LintCode::minAboveMax, property_, {low, name_, high});
+        findings_.add(LintCode::minAboveMax, property_, {low, name(), high});
     }
 
     void judgeValue() const {
         const Value value = property_.getDefaultValue();
-        const std::optional<Value> low = property_.getMinValue();
-        const std::optional<Value> high = property_.getMaxValue();
+        const std::optional<Value> low = isListed() ? std::nullopt : property_.getMinValue();
+        const std::optional<Value> high = isListed() ? std::nullopt : property_.getMaxValue();
         if (low && high && *high < *low) warnSwapped(valueText(*low), valueText(*high));
         else if (!property_.refusalOf(value).empty()) warnOutside(valueText(value));
     }
@@ -64,8 +66,8 @@ private:
         const int width = property_.getAdjustedBitWidth();
         if (number && number->fits(width) && !number->exceedsItsPrefix()) return number;
         const long bits = number && number->fits(width) ? number->width() : width;
-        if (number) findings_.add(LintCode::textTooWide, property_, {what, text, name_, std::to_string(bits)});
-        else findings_.add(LintCode::bitTextForm, property_, {what, text, name_});
+        if (number) findings_.add(LintCode::textTooWide, property_, {what, text, name(), std::to_string(bits)});
+        else findings_.add(LintCode::bitTextForm, property_, {what, text, name()});
         return std::nullopt;
     }
 
@@ -85,7 +87,7 @@ private:
     }
 
     const HDNTProperty& property_;
-    std::string name_;
+    const HDNTBus* bus_;
     Findings& findings_;
 };
 
@@ -94,15 +96,15 @@ bool hasLowerCase(const std::string& text) {
 }
 
 void judgeBus(const HDNTBus& bus, Findings& findings) {
-    const std::string name = "pin \"" + bus.getName() + "\"";
-    if (hasLowerCase(bus.getBaseName())) findings.add(LintCode::pinLowerCase, bus, {name});
+    const auto name = [&] { return "pin \"" + bus.getName() + '"'; };
+    if (hasLowerCase(bus.getBaseName())) findings.add(LintCode::pinLowerCase, bus, {name()});
     std::unordered_map<std::string, std::string> earlier; // by upper-cased name
     for (const HDNTProperty& property : bus.properties()) {
         const std::string upper = HSTStringUtils::to_upper_copy(property.getName());
         const auto [first, isNew] = earlier.emplace(upper, property.getName());
         if (!isNew && first->second != property.getName())
-            findings.add(LintCode::pinPropertyCase, property, {first->second, property.getName(), name});
-        PropertyJudge(property, " of " + name, findings).judge();
+            findings.add(LintCode::pinPropertyCase, property, {first->second, property.getName(), name()});
+        PropertyJudge(property, &bus, findings).judge();
     }
 }
 
@@ -113,7 +115,7 @@ void judgeDeclarations(const HDNTLibrary& library, Findings& findings) {
         if (block.getType() >= HDNTCellviewLib::UNKNOWN)
             findings.add(LintCode::unregisteredBlock, block, {block.getName()});
         for (const HDNTBus& bus : block.buses()) judgeBus(bus, findings);
-        for (const HDNTProperty& property : block.properties()) PropertyJudge(property, "", findings).judge();
+        for (const HDNTProperty& property : block.properties()) PropertyJudge(property, nullptr, findings).judge();
     }
 }
 

@@ -16,7 +16,6 @@
 #include "hdnt/platform/HSTStringUtils.h"
 
 #include <algorithm>
-#include <map>
 #include <unordered_map>
 
 namespace hdnt::author {
@@ -62,7 +61,7 @@ private:
     using Instance = MappingView::In<HDNTBlockInst>;
 
     void judgeInstance(const Instance& inst) {
-        auto& named = instances_[inst.node->instName()];
+        auto& named = instances_[&inst.node->instName()];
         for (const Instance& other : named) {
             if (!isAlways(inst.scope, other.scope)) continue;
             findings_.add(LintCode::duplicateInstance, *inst.node, {inst.node->instName()});
@@ -112,40 +111,37 @@ private:
     }
 
     void judgeSignals() {
-        std::unordered_map<std::string, std::vector<const MappingView::Declared*>> declared;
+        std::vector<const MappingView::Declared*> sorted;
+        for (const auto& signal : view_.signals()) sorted.push_back(&signal);
+        std::ranges::stable_sort(sorted, {}, [](const auto* signal) -> const std::string& { return signal->name; });
         const HDNTSignal* last = nullptr;
-        for (const auto& signal : view_.signals()) {
-            auto& named = declared[signal.name];
-            for (const auto* other : named) {
-                if (!isAlways(signal.scope, other->scope) || signal.node == last) continue;
-                findings_.add(LintCode::duplicateSignal, *signal.node, {signal.name});
-                findings_.relate(*other->node, "first declared here");
-                last = signal.node;
+        for (std::size_t i = 1; i < sorted.size(); ++i) {
+            for (std::size_t other = i; other-- > 0 && sorted[other]->name == sorted[i]->name;) {
+                if (!isAlways(sorted[i]->scope, sorted[other]->scope) || sorted[i]->node == last) continue;
+                findings_.add(LintCode::duplicateSignal, *sorted[i]->node, {sorted[i]->name});
+                findings_.relate(*sorted[other]->node, "first declared here");
+                last = sorted[i]->node;
+                break;
             }
-            named.push_back(&signal);
         }
     }
 
-    /// The instances that a reference may mean, and what it finds there.
-    struct Target {
-        std::string name; ///< of the block, for messages
-        const HDNTBlock* block = nullptr;
-    };
-
-    // Nothing when the instance is unknown, which is said, or its block is.
-    std::vector<Target> targetsOf(const HDNTNode& at, const std::string& instance, std::size_t scope) {
-        if (instance.empty()) return {{block_.getName(), &block_}};
-        std::vector<Target> targets;
-        const auto found = instances_.find(instance);
+    /// The blocks that a reference may mean: those of the instances of that name in branches that can be taken
+    /// together with its own. None when the instance is unknown, which is said, or its block is.
+    std::vector<const HDNTBlock*> targetsOf(const HDNTNode& at, const std::string& instance, std::size_t scope) {
+        if (instance.empty()) return {&block_};
+        std::vector<const HDNTBlock*> targets;
+        const auto found = instances_.find(&instance);
         bool isHere = false;
-        for (const Instance& inst : found == instances_.end() ? std::vector<Instance>() : found->second) {
+        for (std::size_t i = 0; found != instances_.end() && i < found->second.size(); ++i) {
+            const Instance& inst = found->second[i];
             if (view_.areExclusive(inst.scope, scope)) continue;
             isHere = true;
-            if (const HDNTBlock* const type = finder_.blockOf(*inst.node)) targets.push_back({type->getName(), type});
+            if (const HDNTBlock* const type = finder_.blockOf(*inst.node)) targets.push_back(type);
         }
         if (isHere) return targets;
         Names known;
-        for (const auto& [name, list] : instances_) known.push_back(name);
+        for (const auto& inst : view_.instances()) known.push_back(inst.node->instName());
         const bool isElsewhere = found != instances_.end();
         findings_.add(LintCode::unknownInstance, at,
                       {instance, isElsewhere ? " in this branch: it is in another one" : question(instance, known)});
@@ -159,7 +155,7 @@ private:
             if (!pin) continue;
             const HDNTNode& at = pin->getLocation() ? static_cast<const HDNTNode&>(*pin) : *connect.node;
             const NamedPins named = pinsOf(at, pin->instName(), pin->pinName(), connect.scope);
-            for (const HDNTPin* one : named.pins()) noteUse(at, *pin, one->getName(false), connect);
+            for (const HDNTPin* one : named.pins()) noteUse(at, *pin, *one, connect);
             if (named.wholeBus()) buses.push_back({&at, named.wholeBus()});
         }
         judgeWidths(*connect.node, buses);
@@ -167,10 +163,10 @@ private:
 
     // The pins of the first target that has them; when none has, that is said.
     NamedPins pinsOf(const HDNTNode& at, const std::string& instance, const std::string& pin, std::size_t scope) {
-        const std::vector<Target> targets = targetsOf(at, instance, scope);
-        for (const Target& target : targets)
-            if (const NamedPins pins(*target.block, pin); pins) return pins;
-        if (!targets.empty()) reportPin(at, *targets.front().block, pin);
+        const std::vector<const HDNTBlock*> targets = targetsOf(at, instance, scope);
+        for (const HDNTBlock* target : targets)
+            if (const NamedPins pins(*target, pin); pins) return pins;
+        if (!targets.empty()) reportPin(at, *targets.front(), pin);
         return {};
     }
 
@@ -183,18 +179,20 @@ private:
     }
 
     // A pin on two signals joins them, which a signal says better.
-    void noteUse(const HDNTNode& at, const HDNTBlockPinName& pin, const std::string& name,
+    void noteUse(const HDNTNode& at, const HDNTBlockPinName& reference, const HDNTPin& pin,
                  const MappingView::In<HDNTConnect>& connect) {
-        auto& uses = uses_[{pin.instName(), name}];
-        for (const Use& other : uses) {
-            if (other.signal == connect.node->signalName() || !isAlways(other.scope, connect.scope)) continue;
-            const std::string where =
-                pin.instName().empty() ? quoted(name) : quoted(pin.instName()) + ' ' + quoted(name);
-            findings_.add(LintCode::pinOnTwoSignals, at, {where, other.signal, connect.node->signalName()});
-            findings_.relate(*other.at, "first connected here");
-            break;
+        const std::string& signal = connect.node->signalName();
+        const auto [first, last] = uses_.equal_range({&reference.instName(), &pin});
+        const auto other = std::find_if(first, last, [&](const auto& use) {
+            return *use.second.signal != signal && isAlways(use.second.scope, connect.scope);
+        });
+        if (other != last) {
+            const std::string instance = reference.instName().empty() ? "" : quoted(reference.instName()) + ' ';
+            findings_.add(LintCode::pinOnTwoSignals, at,
+                          {instance + quoted(pin.getName(false)), *other->second.signal, signal});
+            findings_.relate(*other->second.at, "first connected here");
         }
-        uses.push_back({connect.node->signalName(), connect.scope, &at});
+        uses_.emplace(PinOfInstance(&reference.instName(), &pin), Use{&signal, connect.scope, &at});
     }
 
     static std::string rangeText(const HDNTBus& bus) {
@@ -224,17 +222,17 @@ private:
     void judgeAssign(const MappingView::In<HDNTAssignProperty>& assign) {
         judgeExpr(assign.node->value(), *assign.node);
         const auto* const pinAssign = nodeCast<HDNTAssignPinProperty>(assign.node);
-        const std::vector<Target> targets = targetsOf(*assign.node, assign.node->instName(), assign.scope);
+        const auto targets = targetsOf(*assign.node, assign.node->instName(), assign.scope);
         const std::string pin = pinAssign ? pinAssign->pinName() : std::string();
-        for (const Target& target : targets) {
-            const NamedPins pins = pinAssign ? NamedPins(*target.block, pin) : NamedPins();
-            if (pinAssign && !pins) return reportPin(*assign.node, *target.block, pin);
+        for (const HDNTBlock* target : targets) {
+            const NamedPins pins = pinAssign ? NamedPins(*target, pin) : NamedPins();
+            if (pinAssign && !pins) return reportPin(*assign.node, *target, pin);
             const HDNTProperty* const property = pins ? pins.declaration()->findProperty(assign.node->propName())
-                                                      : target.block->findProperty(assign.node->propName());
+                                                      : target->findProperty(assign.node->propName());
             if (property) return judgeValue(*assign.node, *property);
         }
         if (targets.empty()) return;
-        const HDNTBlock& block = *targets.front().block;
+        const HDNTBlock& block = *targets.front();
         const Names known = pinAssign ? propertyNamesOf(*NamedPins(block, pin).declaration()) : propertyNamesOf(block);
         reportProperty(*assign.node, block, pin, assign.node->propName(), known);
     }
@@ -290,9 +288,17 @@ private:
     }
 
     struct Use {
-        std::string signal;
+        const std::string* signal;
         std::size_t scope;
         const HDNTNode* at;
+    };
+    /// Equal names are one text in the pool of names, so that their addresses tell them apart.
+    using Name = const std::string*;
+    using PinOfInstance = std::pair<Name, const HDNTPin*>;
+    struct PinHash {
+        std::size_t operator()(const PinOfInstance& pin) const {
+            return std::hash<Name>()(pin.first) * 31 + std::hash<const HDNTPin*>()(pin.second);
+        }
     };
 
     HDNTBlock& block_;
@@ -300,8 +306,8 @@ private:
     std::string architecture_;
     BlockFinder& finder_;
     Findings& findings_;
-    std::map<std::string, std::vector<Instance>> instances_;
-    std::map<std::pair<std::string, std::string>, std::vector<Use>> uses_; ///< by instance and pin
+    std::unordered_map<Name, std::vector<Instance>> instances_;
+    std::unordered_multimap<PinOfInstance, Use, PinHash> uses_;
 };
 
 } // namespace

@@ -190,6 +190,7 @@ private:
         place.file = fileOf(setting);
         place.line = static_cast<int>(setting.getSourceLine());
         findings_.push_back(finding(code, place, std::vector<std::string>{setting.getPath(), others...}));
+        findings_.back().element = setting.getPath();
     }
 
     // libconfig names included files as the statement does; they are sought beside the file that is read.

@@ -82,10 +82,11 @@ py::tuple diagnosticsOf(const std::vector<Diagnostic>& all) {
     py::tuple diagnostics(all.size());
     const py::object make = dataClass("Diagnostic");
     for (size_t i = 0; i < all.size(); ++i) {
-        const auto& [severity, code, place, message, detail, related] = all[i];
-        diagnostics[i] = make(textObject(nameOf(severity)), textObject(code), orNone(place.file), orNone(place.line),
-                              orNone(place.column), orNone(place.endColumn), textObject(message), textObject(detail),
-                              textObject(place.text), relatedTo(all[i]));
+        const Diagnostic& one = all[i];
+        const Place& place = one.place;
+        diagnostics[i] = make(textObject(nameOf(one.severity)), textObject(one.code), orNone(place.file),
+                              orNone(place.line), orNone(place.column), orNone(place.endColumn),
+                              textObject(one.message), textObject(one.detail), textObject(place.text), relatedTo(one));
     }
     return diagnostics;
 }

@@ -53,6 +53,8 @@ struct Diagnostic {
     std::string message;
     std::string detail; ///< what lies behind a fixed message, e.g. why a file could not be opened; often empty
     std::vector<RelatedPlace> related;
+    /// What the place is part of, such as "block GATE/pin I"; empty where nobody found out.
+    std::string element = {};
 };
 
 /// "message: detail", or the message alone.

@@ -33,9 +33,10 @@ std::string left(std::string text, const std::string& code = "no-group", Judged 
     std::vector<Diagnostic> findings = marked(text, code);
     hdnt::author::applyWaivers(findings, {"t.btl"}, {day, judged, {{"t.btl", text}}});
     std::string all;
-    for (const auto& [severity, left, place, message, detail, related] : findings)
-        all += std::to_string(place.line) + ':' + std::to_string(place.column) + '-' + std::to_string(place.endColumn) +
-               ' ' + left + (message.empty() ? "" : ": ") + message + '\n';
+    for (const Diagnostic& one : findings)
+        all += std::to_string(one.place.line) + ':' + std::to_string(one.place.column) + '-' +
+               std::to_string(one.place.endColumn) + ' ' + one.code + (one.message.empty() ? "" : ": ") + one.message +
+               '\n';
     return all;
 }
 

@@ -133,6 +133,7 @@ TEST_F(RulesTest, ProjectFilesSayWhatHoldsForTheirInputs) {
     } cases[] = {
         {"", {"legacy/new.btl"}, "warning include-not-found, 0"},
         {cells, {"legacy/new.btl"}, "warning pin-lower-case, 0"},
+        {"budget = \"much\";" + cells, {"legacy/new.btl", "--no-project"}, "warning include-not-found, 0"},
         {cells + exception, {"legacy/new.btl"}, "0"},
         {cells + exception, {"legacy/new.btl", "--severity=pin-lower-case=note"}, "note pin-lower-case, 0"},
         {cells + "rules = { off = [ \"pin-lower-case\" ]; };", {"legacy/new.btl"}, "0"},
@@ -178,4 +179,62 @@ TEST_F(RulesTest, EachInputHasItsOwnProjectFile) {
     EXPECT_EQ(refused.err, "ntl: b/.ntl.cfg:2: 'rules' is not a group; write { ... }\n");
     EXPECT_EQ(refused.status, 2);
     EXPECT_EQ(refused.out, "");
+}
+
+TEST_F(RulesTest, BaselinesHideWhatIsKnownWhereverItMoves) {
+    const auto block = [](const std::string& name, const std::string& pins) {
+        return "block \"" + name + "\" { " + pins + "}\n";
+    };
+    const std::string low = "pin \"i\" input; ";
+    directory.makeDir("lib");
+    directory.write("lib/a.btl", libraryOf(block("GLUE", low) + block("HOLD", "pin \"j\" input; pin \"k\" input; ")));
+    const std::vector<std::string> known = {"check", "lib/a.btl", "--baseline=lib/known"};
+    EXPECT_EQ(said(ntl.run(known)), "2");
+    const Outcome written = ntl.run({"check", "lib/a.btl", "--werror", "--write-baseline=lib/known"});
+    EXPECT_EQ(written.status, 0);
+    EXPECT_EQ(written.err, "ntl: lib/known: 4 entries written\n");
+    EXPECT_EQ(readFile(directory.path("lib/known")), "# ntl baseline 1: code, file, element, count\n"
+                                                     "unregistered-block\ta.btl\tblock GLUE\t1\n"
+                                                     "pin-lower-case\ta.btl\tblock GLUE/pin i\t1\n"
+                                                     "pin-lower-case\ta.btl\tblock HOLD/pin j\t1\n"
+                                                     "pin-lower-case\ta.btl\tblock HOLD/pin k\t1\n");
+    EXPECT_EQ(ntl.run(known).err, "");
+
+    directory.write("lib/a.btl",
+                    libraryOf("\n\n" + block("HOLD", "pin \"k\" input; pin \"l\" input; ") + block("GLUE", low)));
+    const Outcome moved = ntl.run(known);
+    EXPECT_EQ(said(moved), "warning pin-lower-case, 0");
+    EXPECT_NE(moved.err.find("pin \"l\""), std::string::npos);
+    EXPECT_EQ(linesOf(moved.err).back(),
+              "ntl: lib/known: 1 entry no longer occurs; --write-baseline writes it without");
+    EXPECT_EQ(ntl.run({"check", "own.btl", "--baseline=lib/known", "--rule=no-group"}).err, "");
+
+    directory.write("lib/a.btl", libraryOf(block("GLUE", "pin \"O\" output tieLow; ")));
+    EXPECT_EQ(linesOf(ntl.run({"check", "lib/a.btl", "--write-baseline=lib/known"}).err).back(),
+              "ntl: lib/known: not written, since an input has errors");
+    EXPECT_EQ(ntl.run({"check", "own.btl", "--write-baseline=missing/known"}).status, 2);
+}
+
+TEST_F(RulesTest, WhatIsAlikeIsCounted) {
+    const std::string pins =
+        "block \"HOLD\" { pin \"I\" input; pin \"O\" output; } block \"GATE_INVERT\" { pin \"I\" input; "
+        "pin \"O\" output; }\nblock \"HOLD\" expandsto { inst \"a\" \"GATE_INVERT\"; signal \"s\" : ";
+    const auto library = [&](int times) {
+        std::string list = "\"I\"";
+        for (int i = 0; i < times; ++i) list += ", \"a\" \"P\"";
+        return libraryOf(pins + list + "; }");
+    };
+    const auto checked = [&](const std::string& option) {
+        return said(ntl.run({"check", "a.btl", "--rule=unknown-pin", option + "=known"}));
+    };
+    directory.write("a.btl", library(2));
+    ASSERT_EQ(checked("--write-baseline"), "0");
+    EXPECT_EQ(linesOf(readFile(directory.path("known"))).back(), "unknown-pin\ta.btl\tblock HOLD/signal s\t2");
+    EXPECT_EQ(checked("--baseline"), "0");
+    directory.write("a.btl", library(3));
+    EXPECT_EQ(checked("--baseline"), "error unknown-pin, 1");
+    for (const std::string text : {"", "library\n", "# ntl baseline 1: code, file, element, count\nno-group\ta\tb\n"}) {
+        directory.write("known", text);
+        EXPECT_EQ(checked("--baseline"), "2") << text;
+    }
 }

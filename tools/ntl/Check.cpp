@@ -54,6 +54,7 @@ public:
         : input_(input), plan_(plan), options_(plan.lintOptions()), isQuiet_(isQuiet), loader_(isQuiet) {}
 
     CheckResult run() {
+        result_.input = input_.name;
         try {
             judge();
         } catch (const Failure& failure) {
@@ -99,16 +100,9 @@ private:
 
     // Which findings are said, and as what, is the author's choice; it decides whether the input is in order.
     void settle() {
-        std::vector<hdnt::Diagnostic> all = std::move(result_.faults);
-        append(all, result_.warnings);
-        plan_.control(all);
-        result_.faults.clear();
-        result_.warnings.clear();
-        for (hdnt::Diagnostic& one : all)
-            (one.severity == hdnt::Severity::error ? result_.faults : result_.warnings).push_back(std::move(one));
-        if (!result_.isLoaded || result_.faults.empty()) return;
-        result_.status = Faulty;
-        result_.reason = input_.name + ": " + counted(result_.faults.size(), "error");
+        std::vector<hdnt::Diagnostic> findings = result_.findings();
+        plan_.control(findings, loader_.texts());
+        result_.take(std::move(findings));
     }
 
     void refuse(Status status, const std::string& reason) {

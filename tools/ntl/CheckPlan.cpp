@@ -1,25 +1,34 @@
 #include "tools/ntl/CheckPlan.h"
 
+#include "author/lint/Baseline.h"
 #include "hdnt/frontend/SearchPath.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/registry/HDNTCellviewLib.h"
 #include "hdnt/registry/registerCells.h"
+#include "tools/ntl/BaselineOptions.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/RuleOptions.h"
 #include "tools/ntl/Status.h"
 
+#include <algorithm>
+
 namespace ntl {
 
 // That of standard input is sought from the working directory.
-static std::string projectOf(const std::string& input) { return hdnt::author::findProject(input == "-" ? "." : input); }
+static std::string projectOf(const Settings& settings, const std::string& input) {
+    return settings.noProject ? "" : hdnt::author::findProject(input == "-" ? "." : input);
+}
 
-bool hasProject(const std::string& input) { return !projectOf(input).empty(); }
+bool haveProject(const Settings& settings) {
+    const auto hasOne = [&](const std::string& input) { return !projectOf(settings, input).empty(); };
+    return std::any_of(settings.inputs.begin(), settings.inputs.end(), hasOne);
+}
 
 CheckPlan::CheckPlan(const Settings& settings)
     : settings_(settings), commandLine_(rulesOf(settings)), rules_(commandLine_) {}
 
 CheckPlan::CheckPlan(const Settings& settings, const std::string& input) : CheckPlan(settings) {
-    const std::string path = projectOf(input);
+    const std::string path = projectOf(settings, input);
     if (path.empty()) return;
     try {
         project_ = hdnt::author::readProject(path);
@@ -64,9 +73,11 @@ std::vector<std::string> CheckPlan::files() const {
     return project_ ? std::vector{project_->path} : std::vector<std::string>();
 }
 
-void CheckPlan::control(std::vector<hdnt::Diagnostic>& findings) const {
+void CheckPlan::control(std::vector<hdnt::Diagnostic>& findings,
+                        const std::map<std::string, std::string>& texts) const {
     if (project_) applyExceptions(*project_, commandLine_, findings);
     rules_.apply(findings);
+    if (usesBaseline(settings_)) hdnt::author::nameElements(findings, texts);
 }
 
 } // namespace ntl

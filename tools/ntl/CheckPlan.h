@@ -4,6 +4,7 @@
 #include "author/project/Project.h"
 #include "tools/ntl/Settings.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,8 +30,9 @@ public:
     /// The project file, if there is one.
     std::vector<std::string> files() const;
 
-    /// Takes out of the findings what is not to be said, and gives the rest its severity.
-    void control(std::vector<hdnt::Diagnostic>& findings) const;
+    /// Takes out of the findings what is not to be said, and gives the rest its severity. The texts are those of files
+    /// that cannot be read again.
+    void control(std::vector<hdnt::Diagnostic>& findings, const std::map<std::string, std::string>& texts) const;
 
 private:
     const Settings& settings_;
@@ -39,7 +41,7 @@ private:
     std::optional<hdnt::author::Project> project_;
 };
 
-/// Whether the input has a project file.
-bool hasProject(const std::string& input);
+/// Whether an input of the command line has a project file.
+bool haveProject(const Settings& settings);
 
 } // namespace ntl

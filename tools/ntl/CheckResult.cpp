@@ -26,7 +26,7 @@ static Json packed(const std::vector<hdnt::Diagnostic>& diagnostics) {
         Json related = Json::array();
         for (const auto& [place, message] : one.related) related.push_back(Json::array({packed(place), message}));
         list.push_back(Json::array({static_cast<int>(one.severity), one.code, packed(one.place), one.message,
-                                    one.detail, std::move(related)}));
+                                    one.detail, std::move(related), one.element}));
     }
     return list;
 }
@@ -39,7 +39,8 @@ static std::vector<hdnt::Diagnostic> unpackedDiagnostics(const Json& json) {
                         unpackedPlace(one[2]),
                         one[3].get<std::string>(),
                         one[4].get<std::string>(),
-                        {}});
+                        {},
+                        one[6].get<std::string>()});
         for (const Json& related : one[5])
             list.back().related.push_back({unpackedPlace(related[0]), related[1].get<std::string>()});
     }
@@ -69,6 +70,22 @@ CheckResult unpacked(const std::string& bytes) {
     result.files = json[8].get<std::vector<std::string>>();
     result.isLoaded = json[9].get<bool>();
     return result;
+}
+
+std::vector<hdnt::Diagnostic> CheckResult::findings() const {
+    std::vector<hdnt::Diagnostic> all = faults;
+    all.insert(all.end(), warnings.begin(), warnings.end());
+    return all;
+}
+
+void CheckResult::take(std::vector<hdnt::Diagnostic> findings) {
+    faults.clear();
+    warnings.clear();
+    for (hdnt::Diagnostic& one : findings)
+        (one.severity == hdnt::Severity::error ? faults : warnings).push_back(std::move(one));
+    if (!isLoaded) return;
+    status = faults.empty() ? Fine : Faulty;
+    reason = faults.empty() ? "" : input + ": " + counted(faults.size(), "error");
 }
 
 std::string faultLines(const CheckResult& result, size_t most) {

@@ -25,6 +25,11 @@ struct CheckResult {
     std::vector<hdnt::Diagnostic> faults;   ///< errors that the library does not report, or not so well
     std::vector<hdnt::Diagnostic> warnings; ///< and notes
     std::vector<std::string> files;
+
+    /// Faults and warnings.
+    std::vector<hdnt::Diagnostic> findings() const;
+    /// Puts others in their place. They decide about the status of a library that was loaded.
+    void take(std::vector<hdnt::Diagnostic> findings);
 };
 
 // From the worker's process to this one. Texts pass byte for byte.

@@ -62,8 +62,9 @@ static std::uintmax_t sizeOf(const std::vector<Input>& inputs) {
 }
 
 Checker::Checker(const Settings& settings, Judge judge)
-    : settings_(settings), judge_(std::move(judge)), inputs_(inputsOf(settings)), isText_(settings.format == "text"),
-      isShort_(settings.format == "short"), totalSize_(sizeOf(inputs_)), progress_(totalSize_) {}
+    : settings_(settings), judge_(std::move(judge)), baselines_(settings), inputs_(inputsOf(settings)),
+      isText_(settings.format == "text"), isShort_(settings.format == "short"), totalSize_(sizeOf(inputs_)),
+      progress_(totalSize_) {}
 
 int Checker::run() {
     if (!settings_.parent.empty() && !parentIsGood()) {
@@ -120,8 +121,9 @@ void Checker::runTasks() {
     progress_.clear();
 }
 
-int Checker::finish() const {
+int Checker::finish() {
     writeDepfile();
+    baselines_.finish();
     if (isText_ && !settings_.quiet && inputs_.size() > 1 && !settings_.inputs.empty())
         writeOutput(sumLine(inputs_.size(), failed_, warnings_));
     if (settings_.format == "json") writeOutput(jsonDocument(results_, status_));
@@ -146,6 +148,7 @@ void Checker::take(size_t i, const WorkerResult& worker) {
     if (isParent_ && result.status == Fine) return;
     if (result.parentFailed) result.reason = result.input + ": parent library: " + result.reason;
     errorFree_ = errorFree_ && (result.status == Fine || result.isLoaded);
+    baselines_.take(result);
     const bool failed = hasFailed(result, allWarningsAreErrors(settings_));
     if (failed && result.status == Fine)
         result.reason =

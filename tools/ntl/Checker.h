@@ -1,6 +1,7 @@
 #pragma once
 
 #include "author/lint/lint.h"
+#include "tools/ntl/BaselineOptions.h"
 #include "tools/ntl/CheckResult.h"
 #include "tools/ntl/Progress.h"
 #include "tools/ntl/Settings.h"
@@ -42,7 +43,7 @@ private:
     void runOneByOne();
     void skip(const Input& input);
     void runTasks();
-    int finish() const;
+    int finish();
     void pass(std::string_view text);
     void take(size_t i, const WorkerResult& worker);
     void write(const CheckResult& result, bool failed);
@@ -50,6 +51,7 @@ private:
 
     const Settings& settings_;
     Judge judge_;
+    Baselines baselines_;
     std::vector<Input> inputs_;
     bool isText_;
     bool isShort_;

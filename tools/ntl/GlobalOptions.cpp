@@ -138,7 +138,7 @@ static void addSearchDirectories(const Settings& settings) {
 static void registerTables(const Settings& settings) {
     try {
         for (const std::string& path : settings.cellTables) hdnt::registerCells(path);
-        if (std::none_of(settings.inputs.begin(), settings.inputs.end(), hasProject)) HDNTCellviewLib::getGlobal();
+        if (!haveProject(settings)) HDNTCellviewLib::getGlobal();
     } catch (const HEXDataException& error) {
         throw Failure(Unusable, error.what());
     }

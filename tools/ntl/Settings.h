@@ -26,6 +26,9 @@ struct Settings {
     std::vector<std::string> onlyRules;
     std::vector<std::string> rulesOff;
     std::vector<std::string> severities; ///< CODE=SEVERITY
+    bool noProject = false;
+    std::string baseline;
+    std::string newBaseline; ///< to be written
     bool quiet = false;
     std::string rootFolder;
     bool isThorough = false; ///< mappings are tried, too
