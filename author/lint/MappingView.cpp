@@ -14,6 +14,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cstdlib>
 #include <string_view>
 
 namespace hdnt::author {
@@ -79,19 +81,38 @@ bool MappingView::areExclusive(std::size_t a, std::size_t b) const {
     return false;
 }
 
-// As HDNTExpansion finds them: a bus by its base name alone, upper-cased.
-NamedPins::NamedPins(const HDNTBlock& block, const std::string& name) : pin_(block.findPin(name)) {
-    const HDNTBus* const bus = pin_ ? nullptr : block.findBus(name);
-    if (bus && HSTStringUtils::to_upper_copy(name) == bus->getBaseName()) bus_ = bus;
+// As HDNTExpansion finds them: names upper-cased, a bus by its base name alone.
+NamedPins::NamedPins(const HDNTBlock& block, const std::string& name) {
+    const std::size_t bracket = name.find('[');
+    const HDNTBus* const bus = bracket == name.npos ? block.findBus(name) : nullptr;
+    if (bracket != name.npos) takeBit(block, name, bracket);
+    if (!bus || HSTStringUtils::to_upper_copy(name) != bus->getBaseName()) return;
+    isBus_ = bus->getFirstIndex() >= 0;
+    take(*bus, 0, bus->pinCount());
 }
 
-const HDNTBus* NamedPins::declaration() const { return bus_ || !pin_ ? bus_ : pin_->getBus(); }
+void NamedPins::take(const HDNTBus& bus, std::size_t offset, std::size_t count) {
+    if (bus.getFirstPinIndex() < 0) return;
+    bus_ = &bus;
+    first_ = static_cast<std::size_t>(bus.getFirstPinIndex()) + offset;
+    count_ = count;
+}
 
-std::vector<const HDNTPin*> NamedPins::pins() const {
-    std::vector<const HDNTPin*> pins;
-    if (pin_) pins.push_back(pin_);
-    for (std::size_t i = 0; bus_ && i < bus_->pinCount(); ++i) pins.push_back(&bus_->pins()[i]);
-    return pins;
+// A bus whose parts are declared one by one has several declarations of one base name.
+void NamedPins::takeBit(const HDNTBlock& block, const std::string& name, std::size_t bracket) {
+    const char* const end = name.data() + name.size();
+    int bit = 0;
+    const std::from_chars_result read = std::from_chars(name.data() + bracket + 1, end, bit);
+    const bool isPlain = read.ec == std::errc() && read.ptr + 1 == end && *read.ptr == ']' &&
+                         (bit == 0 ? read.ptr == name.data() + bracket + 2 : name[bracket + 1] != '0');
+    if (!isPlain || bit < 0) return;
+    const HDNTBus* const bus = block.findBus(std::string_view(name).substr(0, bracket));
+    const auto [least, greatest] = bus ? std::minmax({bus->getFirstIndex(), bus->getLastIndex()}) : std::pair(0, -1);
+    const bool isBase = bus && HSTStringUtils::to_upper_copy(name.substr(0, bracket)) == bus->getBaseName();
+    if (isBase && least >= 0 && bit >= least && bit <= greatest)
+        return take(*bus, static_cast<std::size_t>(std::abs(bit - bus->getFirstIndex())), 1);
+    const HDNTPin* const pin = block.findPin(name);
+    if (pin) take(*pin->getBus(), pin->getPinIndex() - static_cast<std::size_t>(pin->getBus()->getFirstPinIndex()), 1);
 }
 
 void forEachExpr(const HDNTExpr* outermost, const std::function<void(const HDNTExpr&)>& visit) {

@@ -15,7 +15,6 @@ class HDNTConnect;
 class HDNTFunctionCall;
 class HDNTIfStmt;
 class HDNTNetlist;
-class HDNTPin;
 class HDNTSignal;
 
 namespace hdnt::author {
@@ -70,21 +69,29 @@ private:
     std::vector<In<HDNTFunctionCall>> calls_;
 };
 
-/// The pins that a reference means: one by its full name, or all of a bus by its base name.
+/// The pins that a reference means: one by its full name, or all of a bus by its base name. Looks at declarations, so
+/// that the pins of the block need not be made for it.
 class NamedPins {
 public:
     NamedPins() = default;
     NamedPins(const HDNTBlock& block, const std::string& name);
 
-    explicit operator bool() const { return pin_ || bus_; }
-    /// Null for a single pin or bit.
-    const HDNTBus* wholeBus() const { return bus_; }
-    const HDNTBus* declaration() const;
-    std::vector<const HDNTPin*> pins() const;
+    explicit operator bool() const { return count_ > 0; }
+    /// Null when there are none.
+    const HDNTBus* declaration() const { return bus_; }
+    bool isWholeBus() const { return count_ > 0 && isBus_; }
+    /// Positions in the block's list of all pins, one after the other.
+    std::size_t first() const { return first_; }
+    std::size_t count() const { return count_; }
 
 private:
-    const HDNTPin* pin_ = nullptr;
+    void take(const HDNTBus& bus, std::size_t offset, std::size_t count);
+    void takeBit(const HDNTBlock& block, const std::string& name, std::size_t bracket);
+
     const HDNTBus* bus_ = nullptr;
+    std::size_t first_ = 0;
+    std::size_t count_ = 0;
+    bool isBus_ = false;
 };
 
 /// Calls back for an expression and all in it, the outer ones first; of any depth.

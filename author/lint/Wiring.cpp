@@ -15,21 +15,26 @@ bool WiringFault::operator<(const WiringFault& other) const {
     return key(*this) < key(other);
 }
 
-using Pins = std::vector<const HDNTPin*>;
-
 static bool isConstant(std::string_view signal) { return signal == "@0" || signal == "@1"; }
 
 static std::string wordsFor(const HDNTExpansion::Connection& connection) {
     return (connection.instance.empty() ? "" : '"' + connection.instance + "\" ") + '"' + connection.pin + '"';
 }
 
+// Asked of the declarations, so that pins need not be made.
+static std::size_t pinCountOf(const HDNTBlock& block) {
+    std::size_t count = 0;
+    for (const HDNTBus& bus : block.buses()) count += bus.pinCount();
+    return count;
+}
+
 Wiring::Wiring(const HDNTExpansion::Level& level) : level_(level) {
     for (std::size_t i = 0; i < level.instances.size(); ++i) {
         instances_.emplace(level.instances[i].name, i);
         const HDNTBlock* const block = level.instances[i].block;
-        connected_.emplace_back(block ? block->pins().size() : 0);
+        connected_.emplace_back(block ? pinCountOf(*block) : 0);
     }
-    connected_.emplace_back(level.block->pins().size());
+    connected_.emplace_back(pinCountOf(*level.block));
     for (const HDNTExpansion::Signal& signal : level.signals) nets_[signal.name].at = signal.origin.location;
     for (const Connection& connection : level.connections) connect(connection);
 }
@@ -49,12 +54,12 @@ void Wiring::connect(const Connection& connection) {
     const HDNTBlock* const block = isOwn                       ? level_.block
                                    : found == instances_.end() ? nullptr
                                                                : level_.instances[place].block;
-    const Pins pins = block ? NamedPins(*block, connection.pin).pins() : Pins();
-    for (const HDNTPin* pin : pins) connected_[place][pin->getPinIndex()] = true;
-    if (isOwn && !pins.empty()) used_.insert(pins.front()->getBus());
+    const NamedPins pins = block ? NamedPins(*block, connection.pin) : NamedPins();
+    std::fill_n(connected_[place].begin() + static_cast<std::ptrdiff_t>(pins.first()), pins.count(), true);
+    if (isOwn && pins) used_.insert(pins.declaration());
     // A pin that is not known may be of any direction; those of a block that stays are connected outside, too.
-    const bool isEither = pins.empty() || (isOwn && level_.section == HDNTNetlist::Section::modifiedby);
-    join(net, connection, isEither ? HDNT_PIN_BIDIR : pins.front()->getDirection());
+    const bool isEither = !pins || (isOwn && level_.section == HDNTNetlist::Section::modifiedby);
+    join(net, connection, isEither ? HDNT_PIN_BIDIR : pins.declaration()->getDirection());
 }
 
 // Inside the block its inputs drive and its outputs are driven.
@@ -96,15 +101,16 @@ void Wiring::addNetFaults(std::vector<WiringFault>& faults) const {
 
 // Open bits of a bus, or the bus when all are.
 static std::string openPart(const HDNTBus& bus, const std::vector<bool>& connected) {
+    const auto first = connected.begin() + std::max(bus.getFirstPinIndex(), 0);
+    const auto last = first + static_cast<std::ptrdiff_t>(bus.pinCount());
+    const auto count = static_cast<std::size_t>(std::count(first, last, false));
+    if (count == 0 || count == bus.pinCount()) return count == 0 ? "" : bus.getName();
     std::string open;
-    std::size_t count = 0;
-    for (const HDNTPin& pin : bus.pins()) {
-        if (connected[pin.getPinIndex()]) continue;
-        ++count;
-        if (count <= 4) open += (open.empty() ? "" : ", ") + pin.getName(false);
-    }
-    if (count > 4) open += ", ...";
-    return count == bus.pinCount() && count > 0 ? bus.getName() : open;
+    std::size_t said = 0;
+    for (auto bit = first; bit != last && said < 4; ++bit)
+        if (!*bit && ++said > 0)
+            open += (said > 1 ? ", " : "") + bus.pins()[static_cast<std::size_t>(bit - first)].getName(false);
+    return open + (count > said ? ", ..." : "");
 }
 
 static bool mayStayOpen(const HDNTBus& bus) {

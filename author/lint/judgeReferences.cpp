@@ -155,8 +155,8 @@ private:
             if (!pin) continue;
             const HDNTNode& at = pin->getLocation() ? static_cast<const HDNTNode&>(*pin) : *connect.node;
             const NamedPins named = pinsOf(at, pin->instName(), pin->pinName(), connect.scope);
-            for (const HDNTPin* one : named.pins()) noteUse(at, *pin, *one, connect);
-            if (named.wholeBus()) buses.push_back({&at, named.wholeBus()});
+            for (std::size_t i = 0; i < named.count(); ++i) noteUse(at, *pin, named, i, connect);
+            if (named.isWholeBus()) buses.push_back({&at, named.declaration()});
         }
         judgeWidths(*connect.node, buses);
     }
@@ -179,20 +179,23 @@ private:
     }
 
     // A pin on two signals joins them, which a signal says better.
-    void noteUse(const HDNTNode& at, const HDNTBlockPinName& reference, const HDNTPin& pin,
+    void noteUse(const HDNTNode& at, const HDNTBlockPinName& reference, const NamedPins& pins, std::size_t index,
                  const MappingView::In<HDNTConnect>& connect) {
+        const PinOfInstance pin(&reference.instName(), pins.first() + index);
         const std::string& signal = connect.node->signalName();
-        const auto [first, last] = uses_.equal_range({&reference.instName(), &pin});
+        const auto [first, last] = uses_.equal_range(pin);
         const auto other = std::find_if(first, last, [&](const auto& use) {
             return *use.second.signal != signal && isAlways(use.second.scope, connect.scope);
         });
         if (other != last) {
             const std::string instance = reference.instName().empty() ? "" : quoted(reference.instName()) + ' ';
+            const HDNTBus& bus = *pins.declaration();
+            const std::size_t bit = pin.second - static_cast<std::size_t>(bus.getFirstPinIndex());
             findings_.add(LintCode::pinOnTwoSignals, at,
-                          {instance + quoted(pin.getName(false)), *other->second.signal, signal});
+                          {instance + quoted(bus.pins()[bit].getName(false)), *other->second.signal, signal});
             findings_.relate(*other->second.at, "first connected here");
         }
-        uses_.emplace(PinOfInstance(&reference.instName(), &pin), Use{&signal, connect.scope, &at});
+        uses_.emplace(pin, Use{&signal, connect.scope, &at});
     }
 
     static std::string rangeText(const HDNTBus& bus) {
@@ -294,10 +297,10 @@ private:
     };
     /// Equal names are one text in the pool of names, so that their addresses tell them apart.
     using Name = const std::string*;
-    using PinOfInstance = std::pair<Name, const HDNTPin*>;
+    using PinOfInstance = std::pair<Name, std::size_t>; ///< and its position in the block
     struct PinHash {
         std::size_t operator()(const PinOfInstance& pin) const {
-            return std::hash<Name>()(pin.first) * 31 + std::hash<const HDNTPin*>()(pin.second);
+            return std::hash<Name>()(pin.first) * 31 + pin.second;
         }
     };
 

@@ -1,7 +1,7 @@
-#include "author/lint/Waivers.h"
 #include "author/lint/lint.h"
 
 #include "author/lint/SettingCover.h"
+#include "author/lint/Waivers.h"
 #include "tests/support/Library.h"
 
 #include <gtest/gtest.h>

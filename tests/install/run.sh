@@ -55,7 +55,7 @@ int main() {
     std::string neat;
     HDNTFormatProblem problem;
     const hdnt::Loaded loaded = hdnt::load(ConfigBase::getDataLocation("examples") + "/unregistered.btl");
-    for (const hdnt::Diagnostic& said : hdnt::author::lintLibrary(*loaded.library)) std::puts(said.code.c_str());
+    for (const hdnt::Diagnostic& said : hdnt::lint(*loaded.library)) std::puts(said.code.c_str());
     return HDNTFormatter::format("library \"l\"{}", neat, problem) ? 0 : 1;
 }
 END

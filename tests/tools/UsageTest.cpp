@@ -107,7 +107,8 @@ TEST_F(UsageTest, HelpAndVersion) {
     EXPECT_EQ(ntl.run({"--version"}).out.find("ntl "), 0U);
     const Outcome help = ntl.run({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* const command : {"check", "lint", "list", "show", "expand", "print", "format", "diff", "explain", "help"}) {
+    for (const char* const command :
+         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "explain", "help"}) {
         EXPECT_NE(help.out.find(std::string("\n  ") + command + " "), std::string::npos);
         const Outcome own = ntl.run({command, "--help"});
         EXPECT_EQ(own.status, 0);
