@@ -64,7 +64,6 @@ public:
         } catch (const std::exception& error) {
             refuse(Faulty, input_.name + ": " + error.what());
         }
-        settle();
         return std::move(result_);
     }
 
@@ -92,6 +91,7 @@ private:
             loader_.forget();
         }
         result_.isLoaded = true;
+        settle();
     }
 
     void waive(std::vector<hdnt::Diagnostic>& findings, Judged judged) const {
@@ -106,6 +106,7 @@ private:
     }
 
     void refuse(Status status, const std::string& reason) {
+        result_.isLoaded = false;
         result_.status = status;
         result_.reason = reason;
         std::vector<hdnt::Diagnostic> warnings;
@@ -117,10 +118,11 @@ private:
         if (result_.parentFailed) return;
         try {
             judgeSyntax({path_, library_, loader_, input_.configuration, options_}, result_);
+            waive(result_.warnings, Judged::Nothing);
+            settle();
         } catch (const std::exception& error) {
             result_.reason += std::string(" (broken off: ") + error.what() + ")";
         }
-        waive(result_.warnings, Judged::Nothing);
     }
 
     const Input& input_;
