@@ -1,4 +1,4 @@
-
+#include "author/lint/lint.h"
 #include "tools/ntl/Options.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"
@@ -35,6 +35,30 @@ std::string manOption(const OptionSpec& option) {
 
 std::string manMark(const std::string& text, bool literal) { return (literal ? "\\fB" : "\\fI") + roff(text) + "\\fR"; }
 
+std::string manCodes() {
+    std::string text =
+        ".SH CODES\nWhat stands in brackets behind reports, warnings and findings; 'ntl explain' says more.\n";
+    for (const hdnt::author::RuleGroup& group : hdnt::author::ruleGroups()) {
+        text += ".SS " + roff(std::string(group.title)) + "\n";
+        for (const hdnt::DiagnosticRule* rule : group.rules)
+            text +=
+                ".TP\n\\fB" + roff(std::string(rule->name)) + "\\fR\n" + roff(std::string(rule->explanation)) + "\n";
+    }
+    return text;
+}
+
+const char* const manExamples =
+    ".SH EXAMPLES\n"
+    ".TP\n\\fBntl check own.btl\\fR\nSay what is wrong in a library.\n"
+    ".TP\n\\fBntl lint \\-\\-werror \\-\\-format short libraries/*.btl\\fR\nTry all mappings too, and fail on any "
+    "warning, with a line for each that editors and build logs understand.\n"
+    ".TP\n\\fBntl explain open\\-input\\fR\nSay what a code means, with an example.\n"
+    ".TP\n\\fBntl list \\-\\-group LOGIC\\fR\nList blocks of the common library.\n"
+    ".TP\n\\fBntl expand ADD_CHAIN_16 \\-\\-deep \\-\\-format dot | dot \\-Tsvg\\fR\nDraw what a block becomes.\n"
+    ".TP\n\\fBntl diff old new \\-\\-fail\\-on breaking\\fR\nCompare two releases of a library.\n"
+    ".SH SEE ALSO\n\\fBdot\\fR(1), \\fBmake\\fR(1)\n.PP\nThe manual, the language and the rules are in ntl.md, "
+    "language.md and lint.md of the documentation that is installed with the tool.\n";
+
 std::string manPage() {
     std::string text =
         ".TH NTL 1 \"\" \"ntl " + std::string(NTL_VERSION) +
@@ -49,19 +73,21 @@ std::string manPage() {
         text += ".SS " + command.name + " \\- " + roff(command.summary) + "\n" + roff(command.description) + "\n";
         for (const OptionSpec& option : command.options) text += manOption(option);
     }
-    return text + ".SH EXIT STATUS\n"
-                  ".TP\n0\nFine.\n.TP\n1\nThe input has errors, or what was asked for does not exist or is refused; "
-                  "for format, a layout would change; for diff, the libraries differ.\n"
-                  ".TP\n2\nWrong usage, an input that cannot be opened (for diff, or has errors), or output that "
-                  "cannot be written.\n"
-                  ".SH ENVIRONMENT\n"
-                  ".TP\nNTL_PATH\nDirectories for INCLUDE and INLINE files, separated by colons, after those of \\-I.\n"
-                  ".TP\nHDNT_DATA_PATH\nDirectories where data files are looked for first.\n"
-                  ".TP\nHDNT_CELLVIEWS\nTables of cells, separated by colons, behind those of \\-\\-cells.\n"
-                  ".TP\nHDNT_CONFIG_PATH\nThe same for configuration files.\n"
-                  ".TP\nHDNT_PARAM_*\nParameters that \\-\\-param does not set, with underscores for dots.\n"
-                  ".TP\nNO_COLOR\nNo colours with \\-\\-color auto, when not empty.\n"
-                  ".TP\nTERM\nWhen it is dumb, neither such colours nor a bar.\n";
+    return text +
+           ".SH EXIT STATUS\n"
+           ".TP\n0\nFine.\n.TP\n1\nThe input has errors, or what was asked for does not exist or is refused; "
+           "for format, a layout would change; for diff, the libraries differ.\n"
+           ".TP\n2\nWrong usage, an input that cannot be opened (for diff, or has errors), or output that "
+           "cannot be written.\n"
+           ".SH ENVIRONMENT\n"
+           ".TP\nNTL_PATH\nDirectories for INCLUDE and INLINE files, separated by colons, after those of \\-I.\n"
+           ".TP\nHDNT_DATA_PATH\nDirectories where data files are looked for first.\n"
+           ".TP\nHDNT_CELLVIEWS\nTables of cells, separated by colons, behind those of \\-\\-cells.\n"
+           ".TP\nHDNT_CONFIG_PATH\nThe same for configuration files.\n"
+           ".TP\nHDNT_PARAM_*\nParameters that \\-\\-param does not set, with underscores for dots.\n"
+           ".TP\nNO_COLOR\nNo colours with \\-\\-color auto, when not empty.\n"
+           ".TP\nTERM\nWhen it is dumb, neither such colours nor a bar.\n" +
+           manCodes() + manExamples;
 }
 
 // --- completions
