@@ -55,6 +55,8 @@ void Wiring::connect(const Connection& connection) {
                                    : found == instances_.end() ? nullptr
                                                                : level_.instances[place].block;
     const NamedPins pins = block ? NamedPins(*block, connection.pin) : NamedPins();
+    // A name that stands for no pin was meant for one of them, which is not open then.
+    if (block && !pins) std::fill(connected_[place].begin(), connected_[place].end(), true);
     std::fill_n(connected_[place].begin() + static_cast<std::ptrdiff_t>(pins.first()), pins.count(), true);
     if (isOwn && pins) used_.insert(pins.declaration());
     // A pin that is not known may be of any direction; those of a block that stays are connected outside, too.
