@@ -32,7 +32,8 @@ struct LintOptions {
 /// lintRules(). Reads the library's files again for the places.
 ///
 /// An instance whose block is nowhere else is sought in the common library, which is loaded for that; map libraries are
-/// loaded, and leave the mapping for the last architecture attached. The loading thread's, then, outside of a load.
+/// loaded, and leave the mapping for the last architecture attached. What they report is among the findings, and
+/// HDNTError::numErrors is afterwards as before. The loading thread's, outside of a load.
 HDNT_API std::vector<Diagnostic> lint(const HDNTLibrary& library, const LintOptions& options = {});
 
 namespace author {

@@ -182,6 +182,16 @@ py::object managed(HDNTLibrary* (*get)(), const char* name) {
     return result;
 }
 
+py::tuple lint(const py::object& self, bool thorough, size_t budget,
+               const std::optional<std::vector<std::string>>& architectures) {
+    const HandleInUse use(libraryAt(self));
+    LintOptions options;
+    options.isThorough = thorough;
+    options.budget = budget;
+    options.architectures = architectures;
+    return diagnosticsOf(scripts::lintOf(interpreterLock(), libraryOf(use), options));
+}
+
 void releaseManaged() {
     bool released = true;
     {
@@ -230,6 +240,12 @@ void addFunctions(py::module_& module) {
         [](const py::object& path) { hdnt::registerCells(pathOf(path)); }, py::arg("path"));
     define(module, "load", "Loads without Python warnings.", load, py::arg("path"), py::arg("parent") = py::none(),
            py::kw_only(), py::arg("check") = false);
+    define(
+        module, "lint",
+        "Tuple of what is wrong or doubtful in a library's own blocks and mappings. Without `thorough`, no mapping is "
+        "tried; `architectures` are those whose map libraries are judged, all of the configuration when it is None.",
+        lint, py::arg("library"), py::kw_only(), py::arg("thorough") = true, py::arg("budget") = LintOptions().budget,
+        py::arg("architectures") = py::none());
     define(module, "common", "The common library, which belongs to the manager; loaded once.",
            [] { return managed(HDNTLibraryMgr::getCommonLibrary, "common"); });
     define(module, "simulation",

@@ -1,5 +1,6 @@
 #include "bindings/shared/LoadSection.h"
 
+#include "author/lint/Waivers.h"
 #include "bindings/shared/Places.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/loading/load.h"
@@ -96,6 +97,18 @@ std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* pare
     if (!loaded) throw LoadFailure(path, "the library has errors", std::move(loaded.diagnostics));
     warnings = std::move(loaded.diagnostics);
     return std::move(loaded.library);
+}
+
+std::vector<Diagnostic> lintOf(ScriptLock& lock, const HDNTLibrary& library, const LintOptions& options) {
+    if (readers > 0)
+        throw std::runtime_error(library.getName() + ": no library is judged from a visitor or a function");
+    std::vector<Diagnostic> said;
+    inSection(lock, LoadSection::Changes, library.getName(), [&] {
+        said = hdnt::lint(library, options);
+        author::applyWaivers(
+            said, {}, {author::today(), options.isThorough ? author::Judged::AllRules : author::Judged::QuickRules});
+    });
+    return said;
 }
 
 // Seen from the library, since the package may stand elsewhere.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "author/lint/lint.h"
 #include "hdnt/diagnostics/Diagnostic.h"
 #include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/netlist/HDNTFunctionTable.h"
@@ -141,6 +142,10 @@ HDNTNetlist* netlistOf(ScriptLock& lock, HDNTBlock& block, const std::string* ar
 /// replaced. What is said of a good library goes to `warnings`.
 std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check,
                                       std::vector<Diagnostic>& warnings);
+
+/// What hdnt::lint says of a library, without what its text waives. In a section. Throws runtime_error while the thread
+/// is Reading, since map libraries may replace mappings.
+std::vector<Diagnostic> lintOf(ScriptLock& lock, const HDNTLibrary& library, const LintOptions& options);
 
 /// Where the command-line tool is, seen from the library; empty when that is not known.
 std::string toolPath();

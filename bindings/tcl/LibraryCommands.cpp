@@ -9,6 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -152,6 +153,29 @@ Tcl_Obj* diff(const Command& command) {
     return differences(before, after);
 }
 
+Tcl_Obj* lint(const Command& command) {
+    static const char* const usage = "library ?-architectures list? ?-budget number? ?-thorough boolean?";
+    static const std::array<const char*, 4> names = {"-architectures", "-budget", "-thorough", nullptr};
+    command.check(1, 7, usage);
+    if (command.arguments() % 2 == 0) command.check(0, 0, usage);
+    LintOptions options;
+    std::vector<std::string> architectures;
+    for (int i = 1; i < command.arguments(); i += 2) {
+        int which = 0;
+        Tcl_Obj* const value = command.argument(i + 1);
+        if (Tcl_GetIndexFromObj(command.interp, command.argument(i), names.data(), "option", TCL_EXACT, &which) !=
+            TCL_OK)
+            throw ResultIsSet();
+        if (which == 2) options.isThorough = boolOf(value);
+        else if (which == 1) options.budget = static_cast<size_t>(std::max(intOf(value), 1));
+        else
+            for (Tcl_Obj* const name : wordsOf(command.interp, value)) architectures.push_back(textOf(name));
+        if (which == 0) options.architectures = architectures;
+    }
+    const HandleInUse use(handleOf(command.session, command.argument(0), HDNTNodeKind::Library));
+    return toTcl(scripts::lintOf(scriptLock(), *use.life()->library(), options));
+}
+
 Tcl_Obj* alive(const Command& command) {
     command.check(1, 1, "handle");
     const Handle* const handle = handleAt(command.interp, command.argument(0));
@@ -289,6 +313,7 @@ void addCommands(Tcl_Interp* interp) {
     add("simulation", runCommand<simulation>);
     add("release", runCommand<release>);
     add("diff", runCommand<diff>);
+    add("lint", runCommand<lint>);
     add("alive", runCommand<alive>);
     add("libraries", runCommand<libraries>);
     add("parameter", runCommand<parameter>);

@@ -258,6 +258,21 @@ class Operations(unittest.TestCase):
             block.print(out)
             self.assertIn('block "%s"' % block.name, out.getvalue())
 
+    def test_lint_as_the_tool_does(self):
+        found = hdnt.lint(self.library)
+        inputs = json.loads(tool("lint", self.path, "--format", "json"))["inputs"]
+        expected = [d for d in inputs[0]["diagnostics"] if not d["code"].startswith("config-")]
+        self.assertEqual([(d.severity, d.code, d.line, d.column, d.message) for d in found],
+                         [(d["severity"], d["code"], d["location"]["line"], d["location"]["column"], d["message"])
+                          for d in expected])
+        self.assertIn("open-input", {d.code for d in found})
+        self.assertEqual(hdnt.lint(self.library, thorough=False, budget=1, architectures=["none"]), ())
+        waived = self.folder / "waived.btl"
+        waived.write_text("// ntl: allow open-input: a sketch\n" + TEXT)
+        self.assertNotIn("open-input", {d.code for d in hdnt.lint(hdnt.load(waived))})
+        with self.assertRaises(TypeError):
+            hdnt.lint(self.block)
+
     def test_diff_as_the_tool_does(self):
         changed = self.folder / "changed.btl"
         changed.write_text(TEXT.replace("max = 9", "max = 8").replace('pin "Q" output; property int', "property int"))

@@ -484,6 +484,13 @@ def check_all(
     include: Iterable[str | PathLike[str]] = ...,
     tool: str | PathLike[str] | None = ...,
 ) -> list[CheckResult]: ...
+def lint(
+    library: Library,
+    *,
+    thorough: bool = ...,
+    budget: int = ...,
+    architectures: Sequence[str] | None = ...,
+) -> tuple[Diagnostic, ...]: ...
 @overload
 def diff(old: Library, new: Library) -> list[Difference]: ...
 @overload
