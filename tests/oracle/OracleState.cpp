@@ -9,7 +9,6 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <regex>
 
 namespace oracle {
 
@@ -115,10 +114,19 @@ bool OracleState::readFile(const std::string& path, std::string& bytes) const {
     return true;
 }
 
-// The name's line with everything that is lost without harm taken out.
+static std::string withoutComments(std::string text) {
+    for (size_t at = text.find('/'); at != text.npos; at = text.find('/', at + 1)) {
+        if (text.compare(at, 2, "//") == 0) text.erase(at);
+        const size_t end = text.compare(at, 2, "/*") == 0 ? text.find("*/", at + 2) : text.npos;
+        if (end != text.npos) text.replace(at, end + 2 - at, " ");
+        if (at >= text.size()) break;
+    }
+    return text;
+}
+
+// Whether the line of a name has more than what is lost without harm.
 static bool losesText(const std::string& behindName) {
-    static const std::regex comments(R"(/\*[\s\S]*?\*/|//[\s\S]*)");
-    std::string rest = std::regex_replace(behindName, comments, " ");
+    std::string rest = withoutComments(behindName);
     if (const size_t semicolon = rest.find(';'); semicolon != rest.npos) rest[semicolon] = ' ';
     return rest.find_first_not_of(" \t\r\n") != rest.npos;
 }
