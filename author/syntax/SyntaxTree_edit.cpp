@@ -51,7 +51,11 @@ std::uint32_t SyntaxTree::startOf(std::size_t item) const {
     std::vector<std::uint32_t> before;
     for (std::uint32_t node = 1; node < nodes_.size() && nodes_[node].begin < item; node = nodes_[node].next)
         before.push_back(node);
-    while (before.size() > 1 && !isWhole(before[before.size() - 2])) before.pop_back();
+    // What may stand in place of a faulty first token, the element before it says.
+    const auto beginsWrong = [&](std::uint32_t node) {
+        return std::find(faultItems_.begin(), faultItems_.end(), nodes_[node].begin) != faultItems_.end();
+    };
+    while (before.size() > 1 && (!isWhole(before[before.size() - 2]) || beginsWrong(before.back()))) before.pop_back();
     const auto isElement = [&](std::uint32_t node) {
         const NtlPart part = nodes_[node].part;
         return part == NtlPart::block || part == NtlPart::mapping || part == NtlPart::function;
@@ -100,18 +104,19 @@ void SyntaxTree::lay(const Patch& patch, std::ptrdiff_t items, std::ptrdiff_t by
         faults.push_back(fault);
         faultItems.push_back(item);
     };
-    const auto takeOld = [&](std::size_t from, std::size_t to, std::ptrdiff_t byItems, std::ptrdiff_t byBytes) {
+    const auto takeOld = [&](auto&& isKept, std::ptrdiff_t byItems, std::ptrdiff_t byBytes) {
         for (std::size_t i = 0; i < faults_.size(); ++i) {
-            if (faultItems_[i] <= from || faultItems_[i] > to) continue;
+            if (!isKept(faultItems_[i])) continue;
             SyntaxMessage fault = faults_[i];
             fault.offset = moved(fault.offset, byBytes);
             if (!fault.relatedText.empty()) fault.relatedOffset = moved(fault.relatedOffset, byBytes);
             take(fault, moved(faultItems_[i], byItems));
         }
     };
-    takeOld(0, patch.firstItem, 0, 0);
+    // What went wrong at the first item went wrong in what is replaced, since all is well before it.
+    takeOld([&](std::uint32_t item) { return item < patch.firstItem; }, 0, 0);
     for (std::size_t i = 0; i < patch.faults.size(); ++i) take(patch.faults[i], patch.faultItems[i]);
-    takeOld(patch.oldItem, static_cast<std::uint32_t>(-1), items, bytes);
+    takeOld([&](std::uint32_t item) { return item > patch.oldItem; }, items, bytes);
     faults_ = std::move(faults);
     faultItems_ = std::move(faultItems);
 
