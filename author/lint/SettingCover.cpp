@@ -2,7 +2,6 @@
 
 #include "author/lint/MappingView.internal.h"
 #include "hdnt/model/HDNTBlock.h"
-#include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTAssignProperty.h"
 #include "hdnt/netlist/HDNTCompoundExpr.h"

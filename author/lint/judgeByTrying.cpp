@@ -6,11 +6,9 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTAssignProperty.h"
-#include "hdnt/netlist/HDNTConnect.h"
 #include "hdnt/netlist/HDNTFunctionTable.h"
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
-#include "hdnt/platform/HEX.h"
 
 #include <algorithm>
 #include <map>
@@ -43,7 +41,7 @@ public:
     void judge() {
         for (const SettingChoice& choice : cover_.choices(budget_)) run(choice);
         seekBranches();
-        const bool isCertain = !hadProblems_;
+        const bool isCertain = !hadProblems_ && isLeft(); // what was seen nowhere is nowhere
         if (isCertain) seekEffects();
         for (const auto& [fault, seen] : faults_) report(fault, seen);
         if (!isCertain) return;
@@ -229,6 +227,10 @@ private:
                std::to_string(tries_.size()) + " settings)";
     }
 
+    std::string settingsText(const std::string& which) const {
+        return tries_.size() == 1 ? "the only setting" : which + " of " + std::to_string(tries_.size()) + " settings";
+    }
+
     void report(const WiringFault& fault, Seen seen) {
         if (fault.code == LintCode::mappingProblem && findings_.speakOf(fault.at)) return;
         shrink(fault, seen.smallest);
@@ -258,11 +260,11 @@ private:
             const Ways ways = branches_[keyOf(*at)];
             if (ways.held == ways.failed) continue; // both, or in a branch that is not taken itself
             excuse(stmt, i, excused);
-            const std::string settings = std::to_string(tries_.size());
-            if (ways.failed) findings_.add(LintCode::branchNeverTaken, *at, {"the branch", "holds", settings});
+            if (ways.failed)
+                findings_.add(LintCode::branchNeverTaken, *at, {"the branch", "holds", settingsText("any")});
             else if (stmt.elseStmt())
-                findings_.add(LintCode::branchNeverTaken, *at, {"the else branch", "fails", settings});
-            else findings_.add(LintCode::conditionAlwaysTrue, *at, {settings});
+                findings_.add(LintCode::branchNeverTaken, *at, {"the else branch", "fails", settingsText("any")});
+            else findings_.add(LintCode::conditionAlwaysTrue, *at, {settingsText("each")});
         }
         for (const std::string& name : withoutEffect_)
             if (const HDNTProperty* const property = block_.findProperty(name); property && !excused.contains(name))

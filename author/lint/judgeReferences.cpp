@@ -13,7 +13,6 @@
 #include "hdnt/netlist/HDNTSignal.h"
 #include "hdnt/netlist/HDNTStmt.h"
 #include "hdnt/netlist/HDNTValue.h"
-#include "hdnt/platform/HSTStringUtils.h"
 
 #include <algorithm>
 #include <unordered_map>

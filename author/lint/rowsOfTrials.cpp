@@ -214,7 +214,7 @@ static constexpr LintRow rows[] = {
   }
 })"}},
     {C::branchNeverTaken,
-     {"branch-never-taken", W, "% is never taken: the condition never % in % settings",
+     {"branch-never-taken", W, "% is never taken: the condition never % in %",
       "A branch of a mapping is not reached in any setting that was tried.",
       R"(library "example" {
   function int intProperty(string);
@@ -247,7 +247,7 @@ static constexpr LintRow rows[] = {
   }
 })"}},
     {C::conditionAlwaysTrue,
-     {"condition-always-true", W, "the condition holds in each of % settings",
+     {"condition-always-true", W, "the condition holds in %",
       "A condition without an else branch holds in every setting that was tried: it decides nothing.",
       R"(library "example" {
   function int intProperty(string);

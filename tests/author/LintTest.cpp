@@ -134,6 +134,15 @@ TEST_F(LintTest, ChecksWithoutTryingSayNothingOfOutcomes) {
     EXPECT_FALSE(few.contains("two-drivers") || few.contains("similar-names"));
 }
 
+TEST_F(LintTest, NothingIsSaidOfAllSettingsWhenNotAllWereTried) {
+    hdnt::LintOptions small;
+    small.budget = 1;
+    const std::set<std::string> codes = codesOf(saidOf(HDNT_AUTHOR_TESTS "/faulty.btl", small));
+    EXPECT_TRUE(codes.contains("undriven-output"));
+    for (const char* const code : {"branch-never-taken", "condition-always-true", "property-without-effect"})
+        EXPECT_FALSE(codes.contains(code)) << code;
+}
+
 TEST_F(LintTest, ShippedDataIsClean) {
     for (const Diagnostic& one : saidOf(HDNT_DATA "/tessels")) ADD_FAILURE() << one.message << " [" << one.code << ']';
 }
