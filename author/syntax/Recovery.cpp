@@ -182,7 +182,6 @@ bool Recovery::repair(const Start& begin, const Again& again) {
     retries_ = retriedAt_ == begin.item ? retries_ + 1 : 0;
     retriedAt_ = begin.item;
     Repair best;
-    constexpr std::size_t mostRetries = 8;
     if (!fault_.tooDeep && retries_ < mostRetries && trials_ < mostTrials) {
         ++trials_;
         int bestScore = std::numeric_limits<int>::min();
@@ -198,8 +197,9 @@ bool Recovery::repair(const Start& begin, const Again& again) {
     say(best);
     insertEdits(best.edits, begin.edit);
     rewind(begin);
-    forced_ = skips;
-    if (skips) skippedTo_ = best.edits.empty() ? fault_.item : tokenFrom(best.edits.back().item + 1);
+    const bool statement = skips && skippedStatement(best);
+    forced_ = skips && !statement;
+    if (forced_) skippedTo_ = best.edits.empty() ? fault_.item : tokenFrom(best.edits.back().item + 1);
     return true;
 }
 
@@ -305,14 +305,23 @@ Repair Recovery::skip() const {
         const int token = tokenAt(item);
         const bool first = item == fault_.item;
         if (!(first && again) && braces == 0) {
-            if (fault_.expected.contains(token) || token == '}' || token == ';') break;
+            if (fault_.expected.contains(token) || token == '}' || (token == ';' && !isInList())) break;
             if (beginners.contains(token) && items_[item].newlines > 0) break;
         }
         if (token == '{') ++braces;
         if (token == '}' && braces > 0) --braces;
         repair.edits.push_back({item, Edit::Kind::drop});
+        if (token == ';' && braces == 0 && retries_ < mostRetries) break; // each step begins at the list again
     }
     return repair;
+}
+
+// Where the next element of a list could stand, or its closing brace.
+bool Recovery::isInList() const { return fault_.expected.contains('}') && !fault_.expected.contains(';'); }
+
+// The list goes on behind it.
+bool Recovery::skippedStatement(const Repair& repair) const {
+    return isInList() && !repair.edits.empty() && tokenAt(repair.edits.back().item) == ';';
 }
 
 bool Recovery::isQuiet() const {

@@ -111,6 +111,7 @@ private:
     static constexpr int horizon = -1;                 ///< no token: a trial looks no further
     static constexpr std::size_t reach = 7;            ///< tokens that a trial looks at behind the fault
     static constexpr std::size_t enough = 3;
+    static constexpr std::size_t mostRetries = 8; ///< of what is one unit of the grammar
     using Again = std::function<bool()>;
 
     struct Candidate {
@@ -123,6 +124,8 @@ private:
     void addReplacements(std::vector<Candidate>& all, bool hasBefore) const;
     int score(const Start& begin, const Candidate& candidate, const Again& again);
     Repair skip() const;
+    bool isInList() const;
+    bool skippedStatement(const Repair& repair) const;
     void rewind(const Start& begin);
     void say(const Repair& repair);
     bool isQuiet() const;

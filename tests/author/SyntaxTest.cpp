@@ -99,6 +99,9 @@ TEST(Syntax, UsualSlips) {
         {"property int \"A\" { max = 3, min = 1 }",
          "3:22 wrong-order: 'max' stands behind 'min': write min = ..., max = ..."},
         {"property bool \"A\" TRUE;", "3:21 misspelt-word: expected true or false or '{'; did you mean true?"},
+        {"attribute \"A\" integer default 1 min 1;\n  attribute \"B\" integer default 1 min 1;\n  pin \"C\" input;",
+         "3:3 unexpected-token: expected a declaration or '}' instead of 'attribute'\n"
+         "4:3 unexpected-token: expected a declaration or '}' instead of 'attribute'"},
         {"maturityLevel = released;",
          "3:19 misspelt-word: expected early, beta, production or deprecated; did you mean production?"},
         {"} mapsto { if (f(\"N\") = 1) inst \"a\" \"B\"; } block \"X\" {",
