@@ -3,72 +3,48 @@
 #include "tools/ntl/Json.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
+#include "tools/ntl/Packing.h"
 
 #include <algorithm>
 #include <set>
 
+namespace hdnt {
+
+template <typename Archive>
+static void fields(Archive& archive, Place& place) {
+    archive(place.file, place.line, place.column, place.endColumn, place.offset, place.endOffset, place.textLine,
+            place.order, place.text);
+}
+
+template <typename Archive>
+static void fields(Archive& archive, RelatedPlace& related) {
+    archive(related.place, related.message);
+}
+
+template <typename Archive>
+static void fields(Archive& archive, Diagnostic& one) {
+    archive(one.severity, one.code, one.place, one.message, one.detail, one.related, one.element);
+}
+
+} // namespace hdnt
+
 namespace ntl {
 
-static Json packed(const hdnt::Place& place) {
-    return Json::array({place.file, place.line, place.column, place.endColumn, place.offset, place.endOffset,
-                        place.textLine, place.order, place.text});
-}
-
-static hdnt::Place unpackedPlace(const Json& json) {
-    return {json[0].get<std::string>(), json[1].get<int>(),    json[2].get<int>(),
-            json[3].get<int>(),         json[4].get<size_t>(), json[5].get<size_t>(),
-            json[6].get<int>(),         json[7].get<int>(),    json[8].get<std::string>()};
-}
-
-static Json packed(const std::vector<hdnt::Diagnostic>& diagnostics) {
-    Json list = Json::array();
-    for (const hdnt::Diagnostic& one : diagnostics) {
-        Json related = Json::array();
-        for (const auto& [place, message] : one.related) related.push_back(Json::array({packed(place), message}));
-        list.push_back(Json::array({static_cast<int>(one.severity), one.code, packed(one.place), one.message,
-                                    one.detail, std::move(related), one.element}));
-    }
-    return list;
-}
-
-static std::vector<hdnt::Diagnostic> unpackedDiagnostics(const Json& json) {
-    std::vector<hdnt::Diagnostic> list;
-    for (const Json& one : json) {
-        list.push_back({static_cast<hdnt::Severity>(one[0].get<int>()),
-                        one[1].get<std::string>(),
-                        unpackedPlace(one[2]),
-                        one[3].get<std::string>(),
-                        one[4].get<std::string>(),
-                        {},
-                        one[6].get<std::string>()});
-        for (const Json& related : one[5])
-            list.back().related.push_back({unpackedPlace(related[0]), related[1].get<std::string>()});
-    }
-    return list;
+template <typename Archive>
+static void fields(Archive& archive, CheckResult& result) {
+    archive(result.input, result.status, result.reason, result.parentFailed, result.isLoaded, result.blocks,
+            result.errors, result.saidBetter, result.faults, result.warnings, result.files);
 }
 
 std::string packed(const CheckResult& result) {
-    const Json json =
-        Json::array({result.status, result.reason, result.parentFailed, result.blocks, packed(result.errors),
-                     result.saidBetter, packed(result.faults), packed(result.warnings), result.files, result.isLoaded});
-    std::string bytes;
-    Json::to_cbor(json, bytes);
-    return bytes;
+    Packer packer;
+    packer(result);
+    return std::move(packer.bytes);
 }
 
 CheckResult unpacked(const std::string& bytes) {
-    const Json json = Json::from_cbor(bytes);
     CheckResult result;
-    result.status = json[0].get<Status>();
-    result.reason = json[1].get<std::string>();
-    result.parentFailed = json[2].get<bool>();
-    result.blocks = json[3].get<size_t>();
-    result.errors = unpackedDiagnostics(json[4]);
-    result.saidBetter = json[5].get<std::vector<size_t>>();
-    result.faults = unpackedDiagnostics(json[6]);
-    result.warnings = unpackedDiagnostics(json[7]);
-    result.files = json[8].get<std::vector<std::string>>();
-    result.isLoaded = json[9].get<bool>();
+    Unpacker{bytes}(result);
     return result;
 }
 
