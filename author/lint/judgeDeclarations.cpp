@@ -75,9 +75,11 @@ private:
     void judgeBits() const {
         const std::string value = textOf(property_.getDefaultValue());
         const std::optional<BitText> chosen = judgeText("default", value);
-        for (const Value& listed : property_.getAllowedValues())
-            if (textOf(listed) != value) judgeText("value", textOf(listed));
-        if (isListed()) return;
+        if (isListed()) {
+            for (const Value& listed : property_.getAllowedValues())
+                if (textOf(listed) != value) judgeText("value", textOf(listed));
+            return;
+        }
         const std::string low = textOrNone(property_.getMinValue());
         const std::string high = textOrNone(property_.getMaxValue());
         const std::optional<BitText> least = judgeText("minimum", low);

@@ -139,12 +139,6 @@ bool isMixed(const HDNTBlock& block, const std::string& plainName) {
     return false;
 }
 
-Names pinTypes() {
-    Names names;
-    for (const auto& [type, word] : hdnt::words::pinTypes) names.emplace_back(word);
-    return names;
-}
-
 // The host's libraries, but the configuration that came with the tool.
 bool isFromElsewhere(const std::string& fileName) {
     const auto isHosts = [](const char* variable, const std::string& name) {
@@ -157,22 +151,23 @@ bool isFromElsewhere(const std::string& fileName) {
 class ConfigJudge {
 public:
     ConfigJudge(const HDNTLibrary& library, bool isWhole) : isWhole_(isWhole) {
-        std::set<std::string> properties;
         for (size_t i = 0; i < library.getNumTypeBlocks(isWhole); ++i) {
             const HDNTBlock* const block = library.getTypeBlock(i);
-            names_[Kind::Cell].push_back(block->getName());
+            names_[Kind::Cell].insert(block->getName());
             cells_.emplace(block->getName(), block);
-            for (const HDNTProperty& property : block->properties()) properties.insert(property.getName());
+            for (const HDNTProperty& property : block->properties()) names_[Kind::Property].insert(property.getName());
         }
-        names_[Kind::Property].assign(properties.begin(), properties.end());
-        names_[Kind::PinType] = pinTypes();
+        for (const auto& [type, word] : words::pinTypes) names_[Kind::PinType].emplace(word);
         for (const HDNTLibrary* declaring = &library; declaring; declaring = declaring->getParentLibrary())
             for (const HDNTFunctionDecl& function : declaring->functions())
-                names_[Kind::Function].push_back(function.getName());
+                names_[Kind::Function].insert(function.getName());
     }
 
     void judge(ConfigBase& config, const Rule& rules, const std::string& fileName) {
-        if (config.exists("ARCHITECTURES")) names_[Kind::Architecture] = architecturesIn(config);
+        if (config.exists("ARCHITECTURES")) {
+            const Names listed = architecturesIn(config);
+            names_[Kind::Architecture] = {listed.begin(), listed.end()};
+        }
         const HCTLock lock(config.mutex());
         fileName_ = fileName;
         speaksOfOthers_ = !isWhole_ || isFromElsewhere(fileName);
@@ -206,27 +201,37 @@ private:
         return kind != Kind::Anything && (kind != Kind::Architecture || names_.count(kind) > 0);
     }
 
+    static bool isOfCell(Kind kind) { return kind == Kind::Pin || kind == Kind::BaseName || kind == Kind::PinBit; }
+
+    // Outside of a cell, its own names are those of any.
     Names known(Kind kind, const HDNTBlock* cell) const {
-        if (kind == Kind::Pin || kind == Kind::BaseName || kind == Kind::PinBit) return pinNamesOf(*cell, kind);
+        if (isOfCell(kind)) return pinNamesOf(*cell, kind);
         Names names;
-        if (kind != Kind::Property || !cell) {
-            const auto found = names_.find(kind);
-            return found == names_.end() ? names : found->second;
+        if (kind == Kind::Property && cell) {
+            for (const HDNTProperty& property : cell->properties()) names.push_back(property.getName());
+        } else if (const auto found = names_.find(kind); found != names_.end()) {
+            names.assign(found->second.begin(), found->second.end());
         }
-        for (const HDNTProperty& property : cell->properties()) names.push_back(property.getName());
         return names;
+    }
+
+    bool isKnown(Kind kind, const HDNTBlock* cell, const std::string& name) const {
+        if (!cell || !(isOfCell(kind) || kind == Kind::Property))
+            return names_.count(kind) > 0 && names_.at(kind).count(name) > 0;
+        const Names names = known(kind, cell);
+        return std::find(names.begin(), names.end(), name) != names.end();
     }
 
     // False for a name that nothing has. Other names of the same level are suggested, too.
     bool judgeName(const Setting& setting, Kind kind, const std::string& name, const HDNTBlock* cell,
                    const Names& others = {}) {
         if (!isJudged(kind)) return true;
-        Names names = known(kind, cell);
-        if (std::find(names.begin(), names.end(), name) != names.end()) {
+        if (isKnown(kind, cell, name)) {
             if (kind == Kind::PinBit && !isMixed(*cell, name)) warn(LintCode::configNoEffect, setting, cell);
             return true;
         }
         if (speaksOfOthers_ && !cell) return false;
+        Names names = known(kind, cell);
         names.insert(names.end(), others.begin(), others.end());
         const bool ofCell = cell && kind != Kind::Architecture && kind != Kind::PinType;
         const std::string where = ofCell ? " in block \"" + cell->getName() + "\"" : "";
@@ -268,7 +273,7 @@ private:
     bool speaksOfOthers_ = true; ///< of blocks, properties and functions that are not there and need not be
     std::string fileName_;
     std::map<std::string, const HDNTBlock*> cells_;
-    std::map<Kind, Names> names_;
+    std::map<Kind, std::set<std::string>> names_;
     std::vector<Diagnostic> findings_;
 };
 

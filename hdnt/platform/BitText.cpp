@@ -1,6 +1,7 @@
 #include "hdnt/platform/BitText.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <climits>
 
@@ -30,16 +31,24 @@ std::optional<BitText> BitText::of(std::string_view text, bool hex) {
     return result.readDigits(text, hex) ? std::optional(result) : std::nullopt;
 }
 
+// Binary digits make nibbles from their end.
 bool BitText::readDigits(std::string_view digits, bool hex) {
-    for (const char c : digits) {
-        const unsigned value = digitValue(c);
-        if (value >= (hex ? 16U : 2U)) return false;
-        for (int bit = hex ? 3 : 0; bit >= 0; --bit) {
-            const bool one = (value >> static_cast<unsigned>(bit) & 1U) != 0;
-            if (one || !bits_.empty()) bits_ += one ? '1' : '0';
-        }
+    const unsigned radix = hex ? 16 : 2;
+    const size_t perNibble = hex ? 1 : 4;
+    unsigned nibble = 0;
+    for (size_t left = digits.size(); left-- > 0;) {
+        const unsigned value = digitValue(digits[digits.size() - left - 1]);
+        if (value >= radix) return false;
+        nibble = nibble * radix + value;
+        if (left % perNibble != 0) continue;
+        if (nibble != 0 || !nibbles_.empty()) nibbles_ += static_cast<char>(nibble);
+        nibble = 0;
     }
     return !digits.empty();
+}
+
+size_t BitText::significantBits() const {
+    return nibbles_.empty() ? 0 : (nibbles_.size() - 1) * 4 + std::bit_width(static_cast<unsigned char>(nibbles_[0]));
 }
 
 std::string BitText::greatest(int width, bool hex) {

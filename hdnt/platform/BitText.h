@@ -22,13 +22,14 @@ public:
     /// As the prefix says; 0 without one.
     long width() const { return width_; }
     /// Bits without leading zeros; 0 for the number 0.
-    size_t significantBits() const { return bits_.size(); }
+    size_t significantBits() const;
     /// Whether the number has more bits than its own prefix says.
     bool exceedsItsPrefix() const { return hasPrefix_ && significantBits() > static_cast<size_t>(width_); }
     /// Whether a bit vector of that many bits holds the number, and the width before it is no greater.
     bool fits(int width) const;
     bool operator<(const BitText& other) const {
-        return bits_.size() != other.bits_.size() ? bits_.size() < other.bits_.size() : bits_ < other.bits_;
+        return nibbles_.size() != other.nibbles_.size() ? nibbles_.size() < other.nibbles_.size()
+                                                        : nibbles_ < other.nibbles_;
     }
 
 private:
@@ -37,7 +38,7 @@ private:
 
     long width_ = 0;
     bool hasPrefix_ = false;
-    std::string bits_; ///< binary digits, from the first 1 on
+    std::string nibbles_; ///< four bits each, from the first that is not 0 on
 };
 
 } // namespace hdnt::platform
