@@ -122,12 +122,17 @@ bool isThere(const std::string& path) {
     return HDNTError::numErrors == 0;
 }
 
+std::unique_ptr<HDNTLibrary> newLibrary(const LoadOptions& options) {
+    if (!options.parent && options.configuredLike) return HDNTLibrary::configuredLike(*options.configuredLike);
+    return std::make_unique<HDNTLibrary>(options.parent);
+}
+
 void loadInto(Loaded& loaded, const std::string& path, const LoadOptions& options) {
     if (!isThere(path)) return;
     netlist::MappingJournal journal;
     std::unique_ptr<HDNTLibrary>& library = loaded.library;
     bool parsed = false;
-    const auto make = [&] { library = std::make_unique<HDNTLibrary>(options.parent); };
+    const auto make = [&] { library = newLibrary(options); };
     const auto parse = [&] { parsed = loading::parseInput(*library, path); };
     const auto finish = [&] {
         if (parsed) library->finalize();

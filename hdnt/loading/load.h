@@ -16,8 +16,10 @@ class HDNTErrorListener;
 namespace hdnt {
 
 struct LoadOptions {
-    /// The library to build over; not owned, must outlive the result. Null: none, and the configuration is read.
+    /// The library to build over; not owned, must outlive the result. Null: none.
     HDNTLibrary* parent = nullptr;
+    /// For a library without parent: whose configuration it shares (HDNTLibrary::configuredLike). Null: it is read.
+    const HDNTLibrary* configuredLike = nullptr;
     /// Whether the finished library is checked and declared names are judged, as with "ntl.enableDiagnostics".
     bool check = true;
     /// Where INCLUDE and INLINE files are sought, before the directories of NtlAddSearchDirectory; for this load alone.

@@ -1,7 +1,6 @@
 #include "hdnt/model/ConfigurationFacts.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
-#include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HCTMutex.h"
 
 #include <libconfig.h++>
@@ -12,15 +11,17 @@ namespace {
 
 using libconfig::Setting;
 
+// Asked first: looking up what is not there costs an exception.
+const Setting* memberOf(const Setting& group, const char* name) { return group.exists(name) ? &group[name] : nullptr; }
+
 bool flagIn(const Setting& group, const char* name) {
-    bool value = false;
-    return group.lookupValue(name, value) && value;
+    const Setting* const flag = memberOf(group, name);
+    return flag && flag->getType() == Setting::TypeBoolean && static_cast<bool>(*flag);
 }
 
 std::string textIn(const Setting& group, const char* name) {
-    std::string value;
-    group.lookupValue(name, value);
-    return value;
+    const Setting* const text = memberOf(group, name);
+    return text && text->getType() == Setting::TypeString ? text->c_str() : "";
 }
 
 std::vector<std::string> textsOf(const Setting* list) {
@@ -30,8 +31,6 @@ std::vector<std::string> textsOf(const Setting* list) {
         if ((*list)[i].getType() == Setting::TypeString) texts.emplace_back((*list)[i].c_str());
     return texts;
 }
-
-const Setting* memberOf(const Setting& group, const char* name) { return group.exists(name) ? &group[name] : nullptr; }
 
 // Calls visit(name, setting) for each member of a group; of anything else for none.
 template <typename Visit>
@@ -57,28 +56,42 @@ CellFacts cellOf(const Setting& group) {
     return cell;
 }
 
-} // namespace
-
-std::unique_ptr<const ConfigurationFacts> readConfigurationFacts(ConfigBase& config) {
+ConfigurationFacts factsOf(ConfigBase& config) {
     const HCTLock lock(config.mutex());
-    auto tables = std::make_unique<ConfigurationFacts>();
+    ConfigurationFacts tables;
     forEachMember(config.lookup("READ_ONLY_ATTRIBUTES"),
-                  [&](const std::string& name, const Setting&) { tables->attributes[name].readOnly = true; });
+                  [&](const std::string& name, const Setting&) { tables.attributes[name].readOnly = true; });
     forEachMember(config.lookup("IO_PIN_CONSTRAINTS"), [&](const std::string& name, const Setting& on) {
         if (on.getType() == Setting::TypeBoolean && static_cast<bool>(on))
-            tables->attributes[name].ioPinConstraint = true;
+            tables.attributes[name].ioPinConstraint = true;
     });
     forEachMember(config.lookup("ARCHITECTURES"), [&](const std::string& name, const Setting& entry) {
         if (entry.isGroup())
-            tables->architectures[name] = {textIn(entry, "simDevice"), textIn(entry, "master"),
-                                           flagIn(entry, "internalPins")};
+            tables.architectures[name] = {textIn(entry, "simDevice"), textIn(entry, "master"),
+                                          flagIn(entry, "internalPins")};
     });
     forEachMember(config.lookup("CELLS"), [&](const std::string& name, const Setting& entry) {
-        if (entry.isGroup()) tables->cells[name] = cellOf(entry);
+        if (entry.isGroup()) tables.cells[name] = cellOf(entry);
     });
-    tables->masterDriverTypes = textsOf(config.lookup("MASTER_DRIVER_TYPES"));
-    tables->pseudoDifferentialFunctions = textsOf(config.lookup("PSEUDO_DIFFERENTIAL_FUNCTIONS"));
+    tables.masterDriverTypes = textsOf(config.lookup("MASTER_DRIVER_TYPES"));
+    tables.pseudoDifferentialFunctions = textsOf(config.lookup("PSEUDO_DIFFERENTIAL_FUNCTIONS"));
     return tables;
+}
+
+} // namespace
+
+Configuration::Configuration() {
+    application_.readFile("HDNTApplicationData.cfg", "");
+    facts_ = factsOf(application_);
+}
+
+ConfigBase& Configuration::descriptions() {
+    const std::lock_guard lock(mutex_);
+    if (descriptions_) return *descriptions_;
+    auto fresh = std::make_unique<ConfigBase>();
+    fresh->readFile("tessel.desc.cfg", "");
+    descriptions_ = std::move(fresh);
+    return *descriptions_;
 }
 
 AttributeFacts attributeFacts(const ConfigurationFacts& tables, std::string_view name) {

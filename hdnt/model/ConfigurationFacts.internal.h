@@ -1,18 +1,19 @@
 #pragma once
 
+#include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/TextHash.internal.h"
 
 #include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
-class ConfigBase;
 class HDNTBlock;
 class HDNTLibrary;
 
@@ -59,8 +60,23 @@ struct ConfigurationFacts {
 /// Neutral for a name of which nothing is said.
 AttributeFacts attributeFacts(const ConfigurationFacts& tables, std::string_view name);
 
-/// Takes the configuration's lock.
-std::unique_ptr<const ConfigurationFacts> readConfigurationFacts(ConfigBase& config);
+/// What a root library reads. Any thread, where ConfigBase says nothing else.
+class Configuration {
+public:
+    /// Reads the application configuration. A malformed file throws HEXDataException.
+    Configuration();
+
+    ConfigBase& application() { return application_; }
+    const ConfigurationFacts& facts() const { return facts_; }
+    /// Read on first use. A malformed file throws HEXDataException, and the next call reads it again.
+    ConfigBase& descriptions();
+
+private:
+    ConfigBase application_;
+    ConfigurationFacts facts_;
+    std::unique_ptr<ConfigBase> descriptions_;
+    std::mutex mutex_; ///< not std::call_once, which a throw must not use up
+};
 
 /// Null when the configuration has no entry for the block, or the block no library.
 const CellFacts* cellFacts(const HDNTBlock& block);

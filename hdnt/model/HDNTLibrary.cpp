@@ -3,7 +3,6 @@
 #include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/model/ConfigurationFacts.internal.h"
 #include "hdnt/model/HDNTBlock.h"
-#include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
 #include "hdnt/platform/HSTStringUtils.h"
@@ -12,14 +11,17 @@
 #include <algorithm>
 #include <numeric>
 
-HDNTLibrary::HDNTLibrary(HDNTLibrary* parent) : parentLibrary_(parent) {
+HDNTLibrary::HDNTLibrary(HDNTLibrary* parent)
+    : HDNTLibrary(parent, parent ? nullptr : std::make_shared<hdnt::model::Configuration>()) {}
+
+HDNTLibrary::HDNTLibrary(HDNTLibrary* parent, std::shared_ptr<hdnt::model::Configuration> configuration)
+    : configuration_(std::move(configuration)), parentLibrary_(parent) {
     setKind(HDNTNodeKind::Library);
-    if (!parent) {
-        config_ = std::make_unique<ConfigBase>(nullptr);
-        config_->readFile("HDNTApplicationData.cfg", "");
-        facts_ = hdnt::model::readConfigurationFacts(*config_);
-    }
     enterParser();
+}
+
+std::unique_ptr<HDNTLibrary> HDNTLibrary::configuredLike(const HDNTLibrary& other) {
+    return std::unique_ptr<HDNTLibrary>(new HDNTLibrary(nullptr, other.root().configuration_));
 }
 
 HDNTLibrary::~HDNTLibrary() {
@@ -185,18 +187,10 @@ const HDNTLibrary& HDNTLibrary::root() const {
     return *library;
 }
 
-ConfigBase* HDNTLibrary::getConfig() const { return root().config_.get(); }
-const hdnt::model::ConfigurationFacts& HDNTLibrary::getConfigurationFacts() const { return *root().facts_; }
-
-ConfigBase* HDNTLibrary::getDescConfig() const {
-    const HDNTLibrary& owner = root();
-    const std::lock_guard lock(owner.descConfigMutex_);
-    if (!owner.descConfig_) {
-        auto config = std::make_unique<ConfigBase>(nullptr);
-        config->readFile("tessel.desc.cfg", "");
-        owner.descConfig_ = std::move(config);
-    }
-    return owner.descConfig_.get();
+ConfigBase* HDNTLibrary::getConfig() const { return &root().configuration_->application(); }
+ConfigBase* HDNTLibrary::getDescConfig() const { return &root().configuration_->descriptions(); }
+const hdnt::model::ConfigurationFacts& HDNTLibrary::getConfigurationFacts() const {
+    return root().configuration_->facts();
 }
 
 static const hdnt::model::ArchFacts& archFacts(const HDNTLibrary& library, const std::string& arch) {

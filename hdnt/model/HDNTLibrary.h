@@ -20,8 +20,9 @@ class HDNTFunctionDecl;
 class HDNTVisitor;
 
 namespace hdnt::model {
+class Configuration;
 struct ConfigurationFacts;
-}
+} // namespace hdnt::model
 namespace hdnt::frontend {
 struct MapLibrary;
 }
@@ -40,6 +41,9 @@ public:
     /// target of the parser (myTopLib). A library without parent reads "HDNTApplicationData.cfg": a malformed file
     /// throws HEXDataException with its name and line.
     explicit HDNTLibrary(HDNTLibrary* parent);
+    /// The same without parent, with the configuration of another library as that one has read it, and shared with it:
+    /// nothing is read again. The other one may go first.
+    static std::unique_ptr<HDNTLibrary> configuredLike(const HDNTLibrary& other);
     /// Deletes blocks and function declarations; what a child library still refers to is gone then.
     ~HDNTLibrary() override;
     HDNTLibrary(const HDNTLibrary&) = delete;
@@ -170,6 +174,7 @@ public:
     const hdnt::model::ConfigurationFacts& getConfigurationFacts() const;
 
 private:
+    HDNT_LOCAL HDNTLibrary(HDNTLibrary* parent, std::shared_ptr<hdnt::model::Configuration> configuration);
     HDNT_LOCAL const HDNTLibrary& root() const;
     HDNT_LOCAL HDNTBlock* lookUpBlock(std::string_view name, bool searchParents) const;
     HDNT_LOCAL HDNTFunctionDecl* lookUpFunction(std::string_view name) const;
@@ -194,9 +199,6 @@ private:
     std::vector<DroppedMapping> droppedMappings_;
     std::set<std::tuple<std::string, const char*, int, int>> droppedPlaces_;
     std::deque<std::string> groupAbbrevs_;
-    std::unique_ptr<ConfigBase> config_;
-    std::unique_ptr<const hdnt::model::ConfigurationFacts> facts_;
-    mutable std::unique_ptr<ConfigBase> descConfig_;
-    mutable std::mutex descConfigMutex_; ///< not std::call_once: a malformed file throws and is read again later
+    std::shared_ptr<hdnt::model::Configuration> configuration_; ///< of a root
     HDNTLibrary* parentLibrary_;
 };

@@ -324,6 +324,28 @@ TEST_F(Load, AnExceptionOfTheListenerPassesThrough) {
     EXPECT_EQ(myTopLib, &target);
 }
 
+// A configuration that changed meanwhile, or became malformed, makes no difference then.
+TEST_F(Load, SharesAConfiguration) {
+    setenv("HDNT_CONFIG_PATH", dir.path("").c_str(), 1);
+    dir.write("HDNTApplicationData.cfg", "MASTER_DRIVER_TYPES = [\"FIRST\"];");
+    dir.write("tessel.desc.cfg", "HOLD = { N = \"a number\"; };");
+    const std::string text = library("a.btl", "block \"HOLD\" { property int \"N\" { default = 1 } }");
+    LoadOptions options;
+    Loaded other = hdnt::load(text);
+    dir.write("HDNTApplicationData.cfg", "}");
+    dir.write("tessel.desc.cfg", "}");
+    options.configuredLike = other.library.get();
+    const Loaded like = hdnt::load(text, options);
+    EXPECT_EQ(brief(hdnt::load(text)), (Texts{"error configuration"}));
+    ASSERT_TRUE(like);
+    EXPECT_EQ(like.library->getConfig(), other.library->getConfig());
+    other.library.reset();
+    Texts types;
+    like.library->getMasterDriverTypes(types);
+    EXPECT_EQ(types, (Texts{"FIRST"}));
+    EXPECT_EQ(like.library->getTypeBlock(0)->getProperty(0)->getAttrSpec()->getDescription(), "a number");
+}
+
 TEST_F(Load, IsRefusedInsideALoad) {
     struct Nested : HDNTErrorListener {
         bool report(const HDNTReport&) override {

@@ -14,6 +14,7 @@
 #include "hdnt/registry/HDNTCellviewLib.h"
 #include "hdnt/registry/registerCells.h"
 #include "tools/ntl/CheckPlan.h"
+#include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"
 
@@ -154,9 +155,8 @@ static void requireKnown(const std::string& architecture, ConfigBase& config) {
 
 static void probeConfiguration(const std::string& architecture) {
     try {
-        const HDNTLibrary probe(nullptr);
-        probe.getDescConfig();
-        if (!architecture.empty()) requireKnown(architecture, *probe.getConfig());
+        const HDNTLibrary& configured = configuredLibrary();
+        if (!architecture.empty()) requireKnown(architecture, *configured.getConfig());
     } catch (const HEXDataException& error) {
         throw Failure(Unusable, error.what());
     }

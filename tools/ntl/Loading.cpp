@@ -55,11 +55,21 @@ static HDNTLibrary* kept(std::unique_ptr<HDNTLibrary> library) {
     return all->back().get();
 }
 
+const HDNTLibrary& configuredLibrary() {
+    static const HDNTLibrary* const library = [] {
+        HDNTLibrary* const fresh = kept(std::make_unique<HDNTLibrary>(nullptr));
+        fresh->getDescConfig();
+        return fresh;
+    }();
+    return *library;
+}
+
 HDNTLibrary* Loader::load(const std::string& path, HDNTLibrary* parent) {
     requireReadable(path);
     const OutputToError redirect;
     hdnt::LoadOptions options;
     options.parent = parent;
+    options.configuredLike = &configuredLibrary();
     options.check = HPAParamMgr::getParamMgr()->getValueAsBool("ntl.enableDiagnostics");
     options.listener = this;
     options.texts = texts_;

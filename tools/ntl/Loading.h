@@ -15,6 +15,10 @@ class HDNTLibrary;
 
 namespace ntl {
 
+/// An empty library that read the configuration, once for all loads and worker processes. Throws HEXDataException when
+/// the configuration is malformed.
+const HDNTLibrary& configuredLibrary();
+
 /// Loads libraries and keeps what is said of them. Errors go to standard error as the library prints them, as they
 /// come, unless it is quiet.
 class Loader : private HDNTErrorListener {
