@@ -62,7 +62,7 @@ private:
     // The number, when the text is one and nothing is said of it.
     std::optional<BitText> judgeText(const std::string& what, const std::string& text) const {
         if (text.empty()) return std::nullopt;
-        const std::optional<BitText> number = BitText::of(text, property_.getType() == Type::TypeBitHex);
+        std::optional<BitText> number = BitText::of(text, property_.getType() == Type::TypeBitHex);
         const int width = property_.getAdjustedBitWidth();
         if (number && number->fits(width) && !number->exceedsItsPrefix()) return number;
         const long bits = number && number->fits(width) ? number->width() : width;
