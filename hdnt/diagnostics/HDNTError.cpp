@@ -47,22 +47,30 @@ hdnt::DiagnosticCode codeOf(HDNTNotice::Kind kind) {
 
 bool HDNTError::printsOutput() { return !listener || !listener->silencesOutput(); }
 
+static std::string underlined(std::string_view text, const yyltype* loc) {
+    std::string lines(text);
+    lines += '\n';
+    for (int column = 1; loc && column <= loc->last_column; ++column) lines += column >= loc->first_column ? '^' : ' ';
+    return lines += '\n';
+}
+
+// In one piece: the stream has no buffer, and a text may have a fault in each of its lines.
 static void print(const yyltype* loc, std::string_view message) {
     std::cout.flush();
     std::fflush(stdout);
-    std::cerr << std::endl;
+    std::string text = "\n";
     if (loc) {
-        std::cerr << "*** Error line " << loc->first_line << "." << std::endl
-                  << "file: " << (loc->fileName ? loc->fileName : "unknown file name") << " line: " << loc->fileLine
-                  << "." << std::endl;
+        const std::string fileName = loc->fileName ? loc->fileName : "unknown file name";
+        text += "*** Error line " + std::to_string(loc->first_line) + ".\nfile: " + fileName +
+                " line: " + std::to_string(loc->fileLine) + ".\n";
         const int line = loc->first_line > 0 ? loc->first_line + std::max(loc->storeOffset, 0) : 0;
-        const std::string text(hdnt::diagnostics::LineStore::instance().line(static_cast<size_t>(line)));
-        yyltype place = *loc;
-        HDNTError::UnderlineErrorInLine(text.c_str(), &place);
+        const std::string_view source = hdnt::diagnostics::LineStore::instance().line(static_cast<size_t>(line));
+        text += underlined(source.substr(0, source.find('\0')), loc);
     } else {
-        std::cerr << "*** Error." << std::endl;
+        text += "*** Error.\n";
     }
-    std::cerr << "*** " << message << std::endl << std::endl;
+    text.append("*** ").append(message).append("\n\n");
+    std::cerr << text;
 }
 
 bool HDNTError::report(const HDNTReport& report) {
@@ -81,11 +89,7 @@ void HDNTError::report(Code code, const yyltype* loc, std::initializer_list<std:
 void HDNTError::OutputError(yyltype* loc, const std::string& message) { report({loc, message, {}}); }
 
 void HDNTError::UnderlineErrorInLine(const char* text, yyltype* loc) {
-    if (!text) return;
-    std::cerr << text << std::endl;
-    std::string carets;
-    for (int column = 1; loc && column <= loc->last_column; ++column) carets += column >= loc->first_column ? '^' : ' ';
-    std::cerr << carets << std::endl;
+    if (text) std::cerr << underlined(text, loc);
 }
 
 void HDNTError::ParserFailed(const std::string& message) { OutputError(nullptr, message); }

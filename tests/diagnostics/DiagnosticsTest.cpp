@@ -56,6 +56,22 @@ TEST(Report, KeepsItsPlaceAmongStandardOutput) {
     EXPECT_TRUE(out.find("first ") < out.find("third") && out.find("second") < out.find("third")) << out;
 }
 
+// Standard error has no buffer, and a text may have a fault in each of its lines.
+TEST(Report, IsWrittenInOnePiece) {
+    struct Pieces : std::streambuf {
+        std::streamsize xsputn(const char*, std::streamsize count) override { return ++number, count; }
+        int_type overflow(int_type character) override { return ++number, character; }
+        int number = 0;
+    } pieces;
+    std::streambuf* const before = std::cerr.rdbuf(&pieces);
+    yyltype at = place("f", 1, 0, 1, 1);
+    HDNTError::OutputError(&at, "one");
+    HDNTError::OutputError(nullptr, "two");
+    HDNTError::UnderlineErrorInLine("three", &at);
+    std::cerr.rdbuf(before);
+    EXPECT_EQ(pieces.number, 3);
+}
+
 TEST(Report, NamedErrorsHaveTheirTexts) {
     const support::Reports reports;
     yyltype at = place("f", 1, 7, 1, 1);

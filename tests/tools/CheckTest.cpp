@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace {
@@ -190,6 +191,27 @@ TEST_F(CheckTest, ReadsStandardInput) {
     EXPECT_EQ(bad.status, 1);
     EXPECT_NE(bad.err.find("file: /dev/stdin line: 2."), std::string::npos) << bad.err;
     EXPECT_EQ(linesOf(bad.out).front(), "good.btl: 1 block, no errors");
+}
+
+// A file from elsewhere has a fault in each line: all are reported, in order, before the tool's own lines.
+TEST_F(CheckTest, ReportsOfEachLineOfALongFile) {
+    constexpr int lines = 5000;
+    std::string text = "library \"l\" {\r\n";
+    for (int i = 2; i < lines; ++i) text += "\r\n";
+    directory.write("returns.btl", text + "}\r\n");
+    const std::string err = ntl.run({"check", "returns.btl"}).err;
+    size_t at = 0;
+    for (int line = 1; line <= lines; ++line) {
+        const std::string report = "\n*** Error line " + std::to_string(line) + ".\nfile: returns.btl line: ";
+        at = err.find("\n*** Error line", at);
+        ASSERT_EQ(err.compare(std::min(at, err.size()), report.size(), report), 0) << line;
+        ++at;
+    }
+    EXPECT_EQ(linesOf(err).back(), "ntl: returns.btl: 1 error");
+    EXPECT_GT(err.find("[carriage-return]"), at);
+    EXPECT_EQ(countOf(ntl.run({"check", "--format", "short", "returns.btl"}).out, "\n"), 1U);
+    const Json json = Json::parse(ntl.run({"check", "--format", "json", "returns.btl"}).out);
+    EXPECT_EQ(json["inputs"][0]["diagnostics"].size(), lines + 1U);
 }
 
 TEST_F(CheckTest, AFolderWithoutLibrariesIsSaidToBeEmpty) {

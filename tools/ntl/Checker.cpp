@@ -108,12 +108,25 @@ void Checker::skip(const Input& input) {
     results_.push_back(std::move(result));
 }
 
+// Of the library's own reports, those that no form of output says here: in text they were printed as they came, and the
+// short form has better words for some. They may be as many as the text has lines.
+std::string Checker::pack(CheckResult result) const {
+    if (isText_) result.errors.clear();
+    size_t index = 0;
+    if (isShort_)
+        std::erase_if(result.errors, [&](const hdnt::Diagnostic&) {
+            return std::binary_search(result.saidBetter.begin(), result.saidBetter.end(), index++);
+        });
+    if (isText_ || isShort_) result.saidBetter.clear();
+    return packed(result);
+}
+
 void Checker::runTasks() {
     WorkerTasks tasks;
     tasks.count = inputs_.size();
     const unsigned processors = std::max(std::thread::hardware_concurrency(), 1U);
     tasks.atOnce = settings_.jobs > 0 ? settings_.jobs : static_cast<int>(processors);
-    tasks.work = [&](size_t i) { return packed(judge_(inputs_[i])); };
+    tasks.work = [&](size_t i) { return pack(judge_(inputs_[i])); };
     tasks.said = [&](size_t, std::string_view text) { pass(text); };
     tasks.done = [&](size_t i, const WorkerResult& worker) { take(i, worker); };
     tasks.tick = [&](size_t finished) { progress_.show(totalSize_ * finished / inputs_.size()); };

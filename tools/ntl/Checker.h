@@ -42,6 +42,7 @@ private:
     bool parentIsGood();
     void runOneByOne();
     void skip(const Input& input);
+    std::string pack(CheckResult result) const;
     void runTasks();
     int finish();
     void pass(std::string_view text);

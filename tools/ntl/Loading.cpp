@@ -10,7 +10,6 @@
 #include "hdnt/platform/HPAParamMgr.h"
 #include "hdnt/platform/HUTFile.h"
 #include "hdnt/registry/HDNTCellviewLib.h"
-#include "tools/ntl/Output.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -70,6 +69,9 @@ HDNTLibrary* Loader::load(const std::string& path, HDNTLibrary* parent) {
     hdnt::LoadOptions options;
     options.parent = parent;
     options.configuredLike = &configuredLibrary();
+    ErrorStream stream;
+    stream_ = &stream;
+    reports_ = 0;
     options.check = HPAParamMgr::getParamMgr()->getValueAsBool("ntl.enableDiagnostics");
     options.listener = this;
     options.texts = texts_;
@@ -82,6 +84,13 @@ HDNTLibrary* Loader::load(const std::string& path, HDNTLibrary* parent) {
 
 void Loader::fail(const std::string& path) const {
     using hdnt::Diagnostic;
+// A text may have a fault in each of its lines. The first ones are seen also when the process does not come to its end.
+bool Loader::report(const HDNTReport&) {
+    constexpr size_t many = 1000;
+    if (++reports_ == many) stream_->gather();
+    return isQuiet_;
+}
+
     using hdnt::DiagnosticCode;
     std::vector<const Diagnostic*> errors;
     for (const Diagnostic& one : diagnostics_)

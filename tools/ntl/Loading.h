@@ -2,6 +2,7 @@
 
 #include "hdnt/diagnostics/Diagnostic.h"
 #include "hdnt/diagnostics/HDNTError.h"
+#include "tools/ntl/Output.h"
 #include "tools/ntl/Settings.h"
 #include "tools/ntl/Status.h"
 
@@ -40,11 +41,13 @@ public:
     const std::vector<std::string>& files() const { return files_; }
 
 private:
-    bool report(const HDNTReport&) override { return isQuiet_; }
+    bool report(const HDNTReport&) override;
     bool silencesOutput() const override { return true; }
     [[noreturn]] void fail(const std::string& path) const;
 
     bool isQuiet_;
+    ErrorStream* stream_ = nullptr; ///< of the load that is under way
+    size_t reports_ = 0;            ///< of that load
     std::map<std::string, std::string> texts_;
     std::vector<hdnt::Diagnostic> diagnostics_;
     std::vector<std::string> files_;

@@ -143,6 +143,20 @@ OutputToError::~OutputToError() {
     dup2(saved_, STDOUT_FILENO);
     close(saved_);
 }
+void ErrorStream::gather() {
+    constexpr size_t bufferSize = 65536;
+    buffer_.resize(bufferSize);
+    std::setvbuf(stderr, buffer_.data(), _IOFBF, buffer_.size());
+    std::cerr.unsetf(std::ios::unitbuf);
+}
+
+ErrorStream::~ErrorStream() {
+    if (buffer_.empty()) return;
+    std::fflush(stderr);
+    std::setvbuf(stderr, nullptr, _IONBF, 0);
+    std::cerr.setf(std::ios::unitbuf);
+}
+
 
 Table::Table(std::vector<std::string> header, std::string indent) : indent_(std::move(indent)) {
     lines_.push_back({std::move(header), false});

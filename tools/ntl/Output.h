@@ -46,6 +46,21 @@ private:
     int saved_;
 };
 
+/// Standard error of the C and C++ streams, which writes each piece at once. From gather() on and for the lifetime of
+/// the object it writes many at a time, which a process that is killed may lose.
+class ErrorStream {
+public:
+    ErrorStream() = default;
+    ~ErrorStream();
+    ErrorStream(const ErrorStream&) = delete;
+    ErrorStream& operator=(const ErrorStream&) = delete;
+
+    void gather();
+
+private:
+    std::vector<char> buffer_;
+};
+
 /// A stream for a long result on standard output. While it lives, whatever else is printed there goes to standard
 /// error, as with OutputToError.
 class ResultStream {

@@ -34,16 +34,21 @@ bool isSyntactic(const Diagnostic& one) {
 /// What was said already, to be told from what is new.
 class Said {
 public:
-    explicit Said(const std::vector<Diagnostic>& list) {
-        for (const Diagnostic& one : list) keys_.insert(keyOf(one));
+    explicit Said(const std::vector<Diagnostic>& list) : list_(list), size_(list.size()) {}
+    // Mostly little is asked, and the list may be long. What came to it since does not count.
+    bool contains(const Diagnostic& one) {
+        for (; read_ < size_; ++read_) keys_.insert(keyOf(list_[read_]));
+        return keys_.contains(keyOf(one));
     }
-    bool contains(const Diagnostic& one) const { return keys_.contains(keyOf(one)); }
 
 private:
     using Key = std::tuple<std::string, int, int, std::string, std::string>;
     static Key keyOf(const Diagnostic& one) {
         return {one.place.file, one.place.line, one.place.column, one.code, one.message};
     }
+    const std::vector<Diagnostic>& list_;
+    size_t size_;
+    size_t read_ = 0;
     std::set<Key> keys_;
 };
 
@@ -159,10 +164,12 @@ private:
         return one;
     }
 
-    bool hasWarningAt(const hdnt::Place& place) const {
-        return std::any_of(result_.warnings.begin(), result_.warnings.end(), [&](const Diagnostic& one) {
-            return one.place.file == place.file && one.place.line == place.line;
-        });
+    bool hasWarningAt(const hdnt::Place& place) {
+        for (; seen_ < result_.warnings.size(); ++seen_) {
+            const hdnt::Place& at = result_.warnings[seen_].place;
+            warned_.emplace(at.file, at.line);
+        }
+        return warned_.contains({place.file, place.line});
     }
 
     // Loads without what is faulty, and leaves out more until there is a library. An error that only says that
@@ -197,6 +204,8 @@ private:
         std::erase_if(result_.warnings, [&](const Diagnostic& one) {
             return one.code == dropped && sound_.speaksOfLeftOut(one.message);
         });
+        warned_.clear();
+        seen_ = 0;
     }
 
     void noteFiles(const std::vector<std::string>& files) {
@@ -206,7 +215,7 @@ private:
     }
 
     void addErrors(const std::vector<Diagnostic>& said) {
-        const Said before(result_.errors);
+        Said before(result_.errors);
         for (const Diagnostic& one : said)
             if (one.severity == hdnt::Severity::error && !before.contains(one) && !sound_.speaksOfLeftOut(one.message))
                 result_.faults.push_back(placed(one));
@@ -226,7 +235,7 @@ private:
     }
 
     void addWarnings(const std::vector<Diagnostic>& said) {
-        const Said before(result_.warnings);
+        Said before(result_.warnings);
         for (const Diagnostic& one : said)
             if (one.severity != hdnt::Severity::error && !before.contains(one) && !sound_.speaksOfLeftOut(one.message))
                 result_.warnings.push_back(placed(one));
@@ -238,6 +247,8 @@ private:
     hdnt::author::SoundTexts sound_;
     std::vector<Unit> units_; ///< of the last load
     std::map<std::string, size_t> order_;
+    std::set<std::pair<std::string, int>> warned_; ///< lines of the first so many warnings
+    size_t seen_ = 0;
 };
 
 } // namespace
