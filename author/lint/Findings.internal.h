@@ -22,6 +22,7 @@ Diagnostic finding(LintCode code, Place place, std::span<const std::string> argu
 /// What judges collect.
 class Findings {
 public:
+    explicit Findings(const std::map<std::string, std::string>& texts) : sources_(texts) {}
     void add(LintCode code, const HDNTNode& node, const std::vector<std::string>& arguments);
     void add(LintCode code, const yyltype& location, const std::vector<std::string>& arguments);
     /// Something is said of the node.

@@ -118,7 +118,7 @@ private:
 
 std::vector<Diagnostic> lint(const HDNTLibrary& library, const LintOptions& options) {
     const CountKept kept;
-    Findings findings;
+    Findings findings(options.texts);
     judgeDeclarations(library, findings);
     if (options.isThorough) {
         for (const HDNTBlock& block : library.blocks()) judgeNames(block, findings);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,12 +25,14 @@ struct LintOptions {
     /// Architectures whose map libraries are judged, when the parameter "ntl.enableMapLib" is on; those of the
     /// configuration when not given.
     std::optional<std::vector<std::string>> architectures;
+    /// What the library was read from instead of files, as LoadOptions::texts; for the places of what is found.
+    std::map<std::string, std::string> texts;
     /// Called now and then, with the number of blocks that are done, and that of all.
     std::function<void(std::size_t done, std::size_t all)> progress;
 };
 
 /// What is wrong or doubtful in a finished library's own blocks and their mappings, in the order of the text; see
-/// lintRules(). Reads the library's files again for the places.
+/// lintRules(). Reads the library's files again for the places, but for those among the texts.
 ///
 /// An instance whose block is nowhere else is sought in the common library, which is loaded for that; map libraries are
 /// loaded, and leave the mapping for the last architecture attached. What they report is among the findings, and

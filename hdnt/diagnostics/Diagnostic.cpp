@@ -7,6 +7,8 @@
 #include "hdnt/diagnostics/SourceLine.internal.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace hdnt {
 
@@ -112,6 +114,7 @@ struct SourcePlaces::File {
 };
 
 SourcePlaces::SourcePlaces() = default;
+SourcePlaces::SourcePlaces(std::map<std::string, std::string> texts) : texts_(std::move(texts)) {}
 SourcePlaces::~SourcePlaces() = default;
 
 SourcePlaces::File& SourcePlaces::fileAt(const std::string& path) {
@@ -119,6 +122,8 @@ SourcePlaces::File& SourcePlaces::fileAt(const std::string& path) {
     if (file) return *file;
     file = std::make_unique<File>();
     std::string reason;
+    std::optional<diagnostics::TextsInPlace> inPlace;
+    if (!texts_.empty()) inPlace.emplace(texts_);
     if (!diagnostics::readSource(path, file->bytes, reason)) return *file;
     const std::string& bytes = file->bytes;
     for (std::size_t start = 0; start < bytes.size(); start = std::min(bytes.find('\n', start), bytes.size()) + 1)

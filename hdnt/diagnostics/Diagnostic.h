@@ -70,6 +70,8 @@ HDNT_API Diagnostic diagnosticOf(const HDNTNotice& notice);
 class HDNT_API SourcePlaces {
 public:
     SourcePlaces();
+    /// Counts in these texts instead of the files at their paths, as LoadOptions::texts has them. Copies them.
+    explicit SourcePlaces(std::map<std::string, std::string> texts);
     ~SourcePlaces();
     SourcePlaces(const SourcePlaces&) = delete;
     SourcePlaces& operator=(const SourcePlaces&) = delete;
@@ -80,6 +82,7 @@ private:
     struct File;
     HDNT_LOCAL File& fileAt(const std::string& path);
 
+    std::map<std::string, std::string> texts_;
     std::map<std::string, std::unique_ptr<File>> files_;
 };
 

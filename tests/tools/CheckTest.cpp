@@ -1,9 +1,11 @@
 #include "tests/tools/NtlTool.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <regex>
 
 namespace {
 
@@ -191,6 +193,28 @@ TEST_F(CheckTest, ReadsStandardInput) {
     EXPECT_EQ(bad.status, 1);
     EXPECT_NE(bad.err.find("file: /dev/stdin line: 2."), std::string::npos) << bad.err;
     EXPECT_EQ(linesOf(bad.out).front(), "good.btl: 1 block, no errors");
+}
+
+// What comes through a pipe can be read once only, but has the same places.
+TEST_F(CheckTest, FindingsOfAPipeHaveColumns) {
+    const std::string text = libraryOf("\tblock \"MY_GLUE\" { pin \"A\" input;\n  pin \"a\" input; }");
+    directory.write("warns.btl", text);
+    const auto saidOf = [&](const std::string& format, const std::string& name) {
+        const Outcome outcome = ntl.run({"lint", "--format", format, name});
+        return std::regex_replace(outcome.out + outcome.err, std::regex("/dev/stdin|warns\\.btl|(^|\")-(?=[:\"])"),
+                                  "$1X");
+    };
+    for (const char* const format : {"text", "short", "json"}) {
+        const std::string ofFile = saidOf(format, "warns.btl");
+        int ends[2];
+        ASSERT_EQ(pipe(ends), 0);
+        ASSERT_EQ(write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        close(ends[1]);
+        ntl.standardInput = "/dev/fd/" + std::to_string(ends[0]);
+        EXPECT_EQ(saidOf(format, "-"), ofFile);
+        EXPECT_NE(ofFile.find("unregistered-block"), ofFile.npos);
+        close(ends[0]);
+    }
 }
 
 // A file from elsewhere has a fault in each line: all are reported, in order, before the tool's own lines.

@@ -77,6 +77,7 @@ private:
         result_.parentFailed = false;
         loader_.forget();
         for (const std::string& path : input_.paths) {
+        options_.texts = loader_.texts();
             path_ = path;
             library_ = loader_.load(path, library_);
             result_.blocks += library_->getNumTypeBlocks(false);
