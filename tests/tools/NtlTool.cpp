@@ -17,6 +17,7 @@ void NtlTool::become(const std::vector<std::string>& arguments) const {
     redirect(directory_.path(".err"), STDERR_FILENO);
     if (standardOutput >= 0) dup2(standardOutput, STDOUT_FILENO);
     if (standardOutput == -2) close(STDOUT_FILENO);
+    if (standardError >= 0) dup2(standardError, STDERR_FILENO);
     for (const char* name :
          {"NTL_PATH", "NTL_DEBUG", "NTL_YY_DEBUG", "HDNT_DATA_PATH", "HDNT_CONFIG_PATH", "HDNT_CELLVIEWS", "NO_COLOR"})
         unsetenv(name);

@@ -30,6 +30,7 @@ public:
 
     std::map<std::string, std::string> environment;
     int standardOutput = -1;   ///< a descriptor to use instead; -2: closed
+    int standardError = -1;    ///< likewise
     std::string standardInput; ///< a file to read instead
     size_t addressSpace = 0;   ///< bytes; 0: no limit
     size_t fileSize = 0;       ///< likewise

@@ -3,9 +3,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <thread>
@@ -73,6 +76,48 @@ TEST_F(ProcessTest, OutputThatCannotBeWritten) {
             EXPECT_EQ(outcome.status, 2) << command[0];
             EXPECT_EQ(outcome.err.find("ntl: cannot write to standard output: "), 0U) << outcome.err;
         }
+    }
+}
+
+// The process of the input is killed as soon as the terminal says how far it is.
+TEST_F(ProcessTest, ALongLintSaysHowFarItIs) {
+    std::string text = "function int intProperty(string);\n";
+    for (int i = 0; i < 1000; ++i) {
+        text += "block \"B" + std::to_string(i) + "\" { pin \"I\" input; pin \"O\" output;\n";
+        std::string tests;
+        for (int property = 0; property < 40; ++property) {
+            const std::string name = "P" + std::to_string(property);
+            text += "property int \"" + name + "\" { min = 0, max = 9 }\n";
+            tests += "if (intProperty(\"" + name + "\") > 4) signal \"s" + name + "\" : \"I\", \"O\";\n";
+        }
+        text += "} mapsto { signal \"s\" : \"I\", \"O\";\n" + tests;
+        text += "}\n";
+    }
+    directory.write("long.btl", libraryOf(text));
+    for (const char* const kind : {"xterm", "dumb"}) {
+        const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+        ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+        ntl.environment["TERM"] = kind;
+        ntl.standardError = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+        const pid_t tool = ntl.start({"lint", "--budget", "1000000", "long.btl"});
+        close(ntl.standardError);
+        const pid_t worker = waitForChildOf(tool);
+        ASSERT_GT(worker, 0); // any other number is not of one process
+        const std::string wanted = " of 1,000 blocks";
+        std::string written;
+        pollfd waiting = {terminal, POLLIN, 0};
+        for (int i = 0; i < (kind == std::string("dumb") ? 30 : 300) && written.find(wanted) == written.npos; ++i) {
+            std::array<char, 4096> buffer;
+            if (poll(&waiting, 1, 100) <= 0) continue;
+            const ssize_t count = read(terminal, buffer.data(), buffer.size());
+            written.append(buffer.data(), static_cast<size_t>(std::max<ssize_t>(count, 0)));
+        }
+        kill(worker, SIGKILL);
+        EXPECT_EQ(ntl.finish(tool).status, 1);
+        EXPECT_EQ(written.find("% long.btl: ") != written.npos && written.find(wanted) != written.npos,
+                  kind == std::string("xterm"))
+            << written;
+        close(terminal);
     }
 }
 

@@ -13,8 +13,10 @@
 #include "tools/ntl/SyntaxFaults.h"
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <new>
+#include <utility>
 
 namespace ntl {
 
@@ -50,8 +52,11 @@ void keepTexts(const Input& input, bool isQuiet, Loader& loader) {
 /// The work itself, in the worker's process.
 class InputJudge {
 public:
-    InputJudge(const Input& input, const CheckPlan& plan, bool isQuiet)
-        : input_(input), plan_(plan), options_(plan.lintOptions()), isQuiet_(isQuiet), loader_(isQuiet) {}
+    InputJudge(const Input& input, const CheckPlan& plan, bool isQuiet,
+               std::function<void(size_t done, size_t all)> progress)
+        : input_(input), plan_(plan), options_(plan.lintOptions()), isQuiet_(isQuiet), loader_(isQuiet) {
+        options_.progress = std::move(progress);
+    }
 
     CheckResult run() {
         result_.input = input_.name;
@@ -72,12 +77,12 @@ private:
         plan_.enter();
         result_.files = plan_.files();
         keepTexts(input_, isQuiet_, loader_);
+        options_.texts = loader_.texts();
         result_.parentFailed = true;
         for (const std::string& path : plan_.parents(input_.parents)) library_ = loader_.load(path, library_);
         result_.parentFailed = false;
         loader_.forget();
         for (const std::string& path : input_.paths) {
-        options_.texts = loader_.texts();
             path_ = path;
             library_ = loader_.load(path, library_);
             result_.blocks += library_->getNumTypeBlocks(false);
@@ -146,9 +151,9 @@ static int runJudges(const Settings& settings) {
     const CheckPlan plan(settings);
     std::map<std::string, CheckPlan> plans;
     for (const std::string& input : settings.inputs) plans.try_emplace(input, settings, input);
-    const auto judge = [&](const Input& input) {
+    const auto judge = [&](const Input& input, std::function<void(size_t done, size_t all)> progress) {
         const auto found = input.isParent ? plans.end() : plans.find(input.name);
-        return InputJudge(input, found == plans.end() ? plan : found->second, isQuiet).run();
+        return InputJudge(input, found == plans.end() ? plan : found->second, isQuiet, std::move(progress)).run();
     };
     return Checker(settings, judge).run();
 }

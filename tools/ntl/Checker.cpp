@@ -126,12 +126,31 @@ void Checker::runTasks() {
     tasks.count = inputs_.size();
     const unsigned processors = std::max(std::thread::hardware_concurrency(), 1U);
     tasks.atOnce = settings_.jobs > 0 ? settings_.jobs : static_cast<int>(processors);
-    tasks.work = [&](size_t i) { return pack(judge_(inputs_[i])); };
+    BlocksDone blocks(inputs_.size());
+    tasks.work = [&](size_t i) {
+        return pack(judge_(inputs_[i], [&blocks, i](size_t done, size_t all) { blocks.set(i, {done, all}); }));
+    };
     tasks.said = [&](size_t, std::string_view text) { pass(text); };
     tasks.done = [&](size_t i, const WorkerResult& worker) { take(i, worker); };
-    tasks.tick = [&](size_t finished) { progress_.show(totalSize_ * finished / inputs_.size()); };
+    tasks.tick = [&](size_t finished) { showProgress(finished, blocks); };
     runWorkers(tasks);
     progress_.clear();
+}
+
+// Of those that are not finished, the first one that has begun is named.
+void Checker::showProgress(size_t finished, const BlocksDone& blocks) {
+    double inputs = 0;
+    std::string what;
+    for (size_t i = 0; i < inputs_.size(); ++i) {
+        const BlocksDone::Count count = blocks.of(i);
+        if (count.all == 0) continue;
+        inputs += static_cast<double>(count.done) / static_cast<double>(count.all);
+        if (what.empty() && count.done < count.all)
+            what = printable(inputs_[i].name) + ": " + grouped(count.done) + " of " + grouped(count.all) +
+                   (count.all == 1 ? " block" : " blocks");
+    }
+    const double part = std::max(inputs, static_cast<double>(finished)) / static_cast<double>(inputs_.size());
+    progress_.show(static_cast<std::uintmax_t>(static_cast<double>(totalSize_) * part), what);
 }
 
 int Checker::finish() {

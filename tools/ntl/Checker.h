@@ -30,8 +30,8 @@ std::vector<Input> inputsOf(const Settings& settings);
 /// Judges inputs, each in a process of its own, and writes what comes of it, in the order of the inputs.
 class Checker {
 public:
-    /// Runs in the process of the input. Must not throw.
-    using Judge = std::function<CheckResult(const Input& input)>;
+    /// Runs in the process of the input, and tells how many of its blocks are done. Must not throw.
+    using Judge = std::function<CheckResult(const Input& input, std::function<void(size_t done, size_t all)> progress)>;
 
     Checker(const Settings& settings, Judge judge);
 
@@ -44,6 +44,7 @@ private:
     void skip(const Input& input);
     std::string pack(CheckResult result) const;
     void runTasks();
+    void showProgress(size_t finished, const BlocksDone& blocks);
     int finish();
     void pass(std::string_view text);
     void take(size_t i, const WorkerResult& worker);
