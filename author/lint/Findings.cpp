@@ -1,5 +1,4 @@
 #include "author/lint/Findings.internal.h"
-#include "author/lint/nearestNames.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/netlist/HDNTBlockInst.h"
 #include "hdnt/platform/HEX.h"
@@ -44,12 +43,6 @@ bool Findings::speakOf(const yyltype& location) const {
 void Findings::relate(const HDNTNode& node, std::string message) {
     if (const yyltype* const location = node.getLocation())
         list.back().related.push_back({sources_.placeOf(*location), std::move(message)});
-}
-
-std::string question(const std::string& wanted, const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& one : nearestNames(wanted, names)) text += (text.empty() ? "; did you mean " : ", ") + one;
-    return text.empty() ? text : text + "?";
 }
 
 // The common library may be missing or broken; then its blocks are unknown.

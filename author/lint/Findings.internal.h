@@ -39,9 +39,6 @@ private:
     std::set<std::tuple<int, int, int>> places_; ///< that something is said of
 };
 
-/// "; did you mean A, B?" of those of the names that are near; empty when none is.
-std::string question(const std::string& wanted, const std::vector<std::string>& names);
-
 /// Blocks of instances, as HDNTBlockInst::getTypeBlock finds them, each sought once.
 class BlockFinder {
 public:

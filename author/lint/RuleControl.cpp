@@ -1,6 +1,7 @@
 #include "author/lint/RuleControl.h"
 
-#include "author/lint/Findings.internal.h"
+#include "author/lint/lint.h"
+#include "author/lint/nearestNames.h"
 
 #include <algorithm>
 

@@ -1,6 +1,7 @@
 // Names in mappings that stand for nothing, or for something of another kind.
 #include "author/lint/Findings.internal.h"
 #include "author/lint/MappingView.internal.h"
+#include "author/lint/nearestNames.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"

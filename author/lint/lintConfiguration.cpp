@@ -1,4 +1,5 @@
 #include "author/lint/Findings.internal.h"
+#include "author/lint/nearestNames.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/model/HDNTPin.h"

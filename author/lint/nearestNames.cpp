@@ -44,4 +44,14 @@ std::vector<std::string> nearestNames(const std::string& wanted, const std::vect
     return result;
 }
 
+std::string questionOf(const std::vector<std::string>& near) {
+    std::string text;
+    for (const std::string& name : near) text += (text.empty() ? "; did you mean " : ", ") + name;
+    return text.empty() ? text : text + "?";
+}
+
+std::string question(const std::string& wanted, const std::vector<std::string>& names) {
+    return questionOf(nearestNames(wanted, names));
+}
+
 } // namespace hdnt::author

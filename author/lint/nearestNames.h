@@ -16,4 +16,9 @@ HDNT_API std::size_t editDistance(std::string_view a, std::string_view b);
 /// near ones by name.
 HDNT_API std::vector<std::string> nearestNames(const std::string& wanted, const std::vector<std::string>& names);
 
+/// "; did you mean A, B?" of those of the names that are near, for the end of a line; empty when none is.
+HDNT_API std::string question(const std::string& wanted, const std::vector<std::string>& names);
+/// The same of names that were found near.
+HDNT_API std::string questionOf(const std::vector<std::string>& near);
+
 } // namespace hdnt::author

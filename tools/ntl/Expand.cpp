@@ -1,3 +1,4 @@
+#include "author/lint/nearestNames.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
@@ -37,8 +38,8 @@ std::vector<std::string> listedTexts(const HDNTProperty& property) {
 }
 
 // Behind a sentence.
-std::string question(const std::string& wanted, const std::vector<std::string>& names) {
-    const std::string text = suggestion(wanted, names);
+std::string sentence(const std::string& wanted, const std::vector<std::string>& names) {
+    const std::string text = hdnt::author::question(wanted, names);
     return text.empty() ? text : " D" + text.substr(text.find('d') + 1);
 }
 
@@ -115,11 +116,12 @@ private:
             if (expansion.setPropertyText(name, value, reason)) continue;
             const HDNTProperty* const property = block.getPropertyByName(name);
             refuse("--set " + joined({name, value}, "="), reason,
-                   property ? suggestion(value, listedTexts(*property)) : question(name, propertyNames(block)));
+                   property ? hdnt::author::question(value, listedTexts(*property))
+                            : sentence(name, propertyNames(block)));
         }
         for (const std::string& pin : settings_.connectedPins) {
             std::string reason;
-            if (!expansion.connect(pin, reason)) refuse("--connect " + pin, reason, question(pin, pinNames(block)));
+            if (!expansion.connect(pin, reason)) refuse("--connect " + pin, reason, sentence(pin, pinNames(block)));
         }
         return fine;
     }

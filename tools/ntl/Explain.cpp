@@ -1,5 +1,6 @@
 // What codes mean: `ntl explain`, `ntl lint --list-rules` and docs/lint.md.
 #include "author/lint/lint.h"
+#include "author/lint/nearestNames.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/Options.h"
 #include "tools/ntl/Output.h"
@@ -18,7 +19,7 @@ int runExplain(const Settings& settings) {
             text += (text.empty() ? "" : "\n") + hdnt::author::explanationOf(*rule);
             continue;
         }
-        complain("no code '" + code + "'" + suggestion(code, hdnt::author::allCodes()));
+        complain("no code '" + code + "'" + hdnt::author::question(code, hdnt::author::allCodes()));
         status = Faulty;
     }
     writeOutput(text);

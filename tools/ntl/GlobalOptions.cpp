@@ -1,6 +1,7 @@
 #include "tools/ntl/GlobalOptions.h"
 
 #include "author/lint/lint.h"
+#include "author/lint/nearestNames.h"
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/frontend/SearchPath.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
@@ -149,8 +150,8 @@ static void registerTables(const Settings& settings) {
 static void requireKnown(const std::string& architecture, ConfigBase& config) {
     const std::vector<std::string> names = hdnt::author::architecturesIn(config);
     if (names.empty() || std::find(names.begin(), names.end(), architecture) != names.end()) return;
-    throw Failure(Unusable, "--arch: no architecture '" + architecture + "'" + suggestion(architecture, names) +
-                                "; there are " + joined(names, ", "));
+    throw Failure(Unusable, "--arch: no architecture '" + architecture + "'" +
+                                hdnt::author::question(architecture, names) + "; there are " + joined(names, ", "));
 }
 
 static void probeConfiguration(const std::string& architecture) {

@@ -1,3 +1,4 @@
+#include "author/lint/nearestNames.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
@@ -58,7 +59,7 @@ static std::vector<HDNTBlock*> chosenBlocks(const OpenedLibrary& opened, const S
         const size_t colon = settings.group.find(':');
         const std::string group = settings.group.substr(0, colon);
         const std::string subGroup = colon == std::string::npos ? "" : settings.group.substr(colon + 1);
-        const std::string near = suggestion(settings.group, groupsOf(blocks));
+        const std::string near = hdnt::author::question(settings.group, groupsOf(blocks));
         keep(blocks, "is in the group '" + settings.group + "'" + near, [&](const HDNTBlock& block) {
             return equalsIgnoringCase(block.getPrimGroupType(false), group) &&
                    (subGroup.empty() || equalsIgnoringCase(block.getPrimSubGroupType(false), subGroup));

@@ -1,6 +1,7 @@
 #include "tools/ntl/Loading.h"
 
 #include "author/lint/lint.h"
+#include "author/lint/nearestNames.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/loading/load.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -162,7 +163,7 @@ HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name) {
     if (HDNTBlock* const block = opened.library->getTypeBlockByName(name, true)) return block;
     std::vector<std::string> known;
     for (const HDNTBlock* block : blocksOf(*opened.library, true)) known.push_back(block->getName());
-    complain("no block '" + name + "'" + suggestion(name, known));
+    complain("no block '" + name + "'" + hdnt::author::question(name, known));
     return nullptr;
 }
 

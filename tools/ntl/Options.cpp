@@ -281,7 +281,8 @@ int runHelp(const Settings& settings) {
     const auto isMeant = [&](const CommandSpec& command) { return command.name == settings.topic; };
     const auto found = std::find_if(commands().begin(), commands().end(), isMeant);
     if (found == commands().end() && !settings.topic.empty())
-        throw Failure(Unusable, "no command '" + settings.topic + "'" + suggestion(settings.topic, commandNames()));
+        throw Failure(Unusable,
+                      "no command '" + settings.topic + "'" + hdnt::author::question(settings.topic, commandNames()));
     writeOutput(helpText(settings.topic.empty() ? nullptr : &*found));
     return Fine;
 }
@@ -323,7 +324,7 @@ static std::string optionSuggestion(const std::string& wanted, const CommandSpec
                 if (name.compare(0, 2, "--") == 0) names.push_back(name.substr(2));
     std::vector<std::string> near = hdnt::author::nearestNames(wanted, names);
     for (std::string& name : near) name.insert(0, "--");
-    return asQuestion(near);
+    return hdnt::author::questionOf(near);
 }
 
 // What nothing takes is mostly a slip of the pen, in the first word of these.
@@ -334,7 +335,7 @@ static std::string strangerError(const CLI::App& app, const std::string& text) {
     const CommandSpec* const command = chosen(app);
     if (first.size() > 1 && first[0] == '-')
         return "no option '" + first + "'" + optionSuggestion(first.substr(2, first.find('=') - 2), command);
-    return command ? text : "no command '" + first + "'" + suggestion(first, commandNames());
+    return command ? text : "no command '" + first + "'" + hdnt::author::question(first, commandNames());
 }
 
 // One line that says what was wrong and where to read on.

@@ -1,6 +1,5 @@
 #include "tools/ntl/Output.h"
 
-#include "author/lint/nearestNames.h"
 #include "hdnt/platform/Text.h"
 #include "tools/ntl/Status.h"
 
@@ -143,6 +142,7 @@ OutputToError::~OutputToError() {
     dup2(saved_, STDOUT_FILENO);
     close(saved_);
 }
+
 void ErrorStream::gather() {
     constexpr size_t bufferSize = 65536;
     buffer_.resize(bufferSize);
@@ -156,7 +156,6 @@ ErrorStream::~ErrorStream() {
     std::setvbuf(stderr, nullptr, _IONBF, 0);
     std::cerr.setf(std::ios::unitbuf);
 }
-
 
 Table::Table(std::vector<std::string> header, std::string indent) : indent_(std::move(indent)) {
     lines_.push_back({std::move(header), false});
@@ -200,14 +199,6 @@ std::string grouped(size_t count) {
     std::string digits = std::to_string(count);
     for (size_t at = digits.size(); at > 3; at -= 3) digits.insert(at - 3, ",");
     return digits;
-}
-
-std::string asQuestion(const std::vector<std::string>& names) {
-    return names.empty() ? "" : "; did you mean " + joined(names, ", ") + "?";
-}
-
-std::string suggestion(const std::string& wanted, const std::vector<std::string>& known) {
-    return asQuestion(hdnt::author::nearestNames(wanted, known));
 }
 
 std::string joined(const std::vector<std::string>& items, const std::string& separator) {

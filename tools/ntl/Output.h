@@ -106,11 +106,6 @@ std::string counted(size_t count, const std::string& noun);
 /// "12,345"
 std::string grouped(size_t count);
 
-/// "; did you mean A, B?"; empty when there are none.
-std::string asQuestion(const std::vector<std::string>& names);
-/// The same for those of the known names that are near to the wanted one.
-std::string suggestion(const std::string& wanted, const std::vector<std::string>& known);
-
 /// Whether the terminal takes no control sequences: TERM is "dumb".
 bool isDumbTerminal();
 
