@@ -90,157 +90,82 @@ std::string manPage() {
            manCodes() + manExamples;
 }
 
-// --- completions
+// --- completions: the shells ask the tool what may stand there, and offer files themselves
 
-std::vector<std::string> optionNames(const std::vector<OptionSpec>& options) {
-    std::vector<std::string> names;
-    for (const OptionSpec& option : options)
-        if (!option.isPositional())
-            for (const std::string& name : option.names()) names.push_back(name);
-    return names;
+// Bash takes "NAME=VALUE" and "GROUP:SUBGROUP" apart, and wants back what stands behind the sign. Words come with their
+// backslashes.
+const char* const bashCompletion = R"(# bash completion for ntl
+_ntl() {
+    local cur=${COMP_WORDS[COMP_CWORD]//\\/} word line i
+    local -a words=()
+    for ((i = 1; i <= COMP_CWORD; ++i)); do
+        word=${COMP_WORDS[i]//\\/}
+        if ((${#words[@]})) && [[ $word == [=:]* || ($i -gt 1 && ${COMP_WORDS[i-1]} == [=:]) ]]; then
+            words[-1]+=$word
+        else
+            words+=("$word")
+        fi
+    done
+    [[ $cur == [=:] ]] && cur=
+    word=${words[-1]}
+    local before=${word%"$cur"}
+    COMPREPLY=()
+    while IFS= read -r line; do
+        case $line in
+        :files | :directories)
+            compopt -o filenames 2>/dev/null
+            while IFS= read -r word; do COMPREPLY+=("$word"); done < <(compgen -"${line:1:1}" -- "$cur")
+            ;;
+        *)
+            line=${line%%$'\t'*}
+            [[ $line == *= ]] && compopt -o nospace 2>/dev/null
+            printf -v line %q "${line:${#before}}"
+            COMPREPLY+=("$line")
+            ;;
+        esac
+    done < <("${COMP_WORDS[0]/#\~/$HOME}" --complete -- "${words[@]}" 2>/dev/null)
 }
+complete -F _ntl ntl
+)";
 
-const char* const blockNames = "ntl list 2>/dev/null | awk 'NR > 1 { print $1 }'";
-
-std::string bashArguments(const OptionSpec& option) {
-    if (!option.choices.empty()) return "COMPREPLY=($(compgen -W '" + joined(option.choices, " ") + "' -- \"$cur\"))";
-    if (option.completion == Completion::Directory) return "COMPREPLY=($(compgen -d -- \"$cur\"))";
-    if (option.completion == Completion::Block)
-        return "COMPREPLY=($(compgen -W \"$(" + std::string(blockNames) + ")\" -- \"${cur^^}\"))";
-    if (option.completion == Completion::Command)
-        return "COMPREPLY=($(compgen -W '" + joined(commandNames(), " ") + "' -- \"$cur\"))";
-    if (option.completion == Completion::None) return "COMPREPLY=()";
-    return "COMPREPLY=($(compgen -f -- \"$cur\"))";
+const char* const zshCompletion = R"(#compdef ntl
+_ntl() {
+    local line
+    local -a plain open described
+    for line in "${(@f)$(${~words[1]} --complete -- "${(@Q)words[2,CURRENT-1]}" "${(Q)PREFIX}" 2>/dev/null)}"; do
+        case $line in
+        :files) _files ;;
+        :directories) _files -/ ;;
+        *$'\t'*) described+=("${${line%%$'\t'*}//:/\\:}:${line#*$'\t'}") ;;
+        *=) open+=("$line") ;;
+        ?*) plain+=("$line") ;;
+        esac
+    done
+    (( $#described )) && _describe ntl described
+    (( $#open )) && compadd -M 'm:{a-z}={A-Z}' -S '' -a open
+    (( $#plain )) && compadd -M 'm:{a-z}={A-Z}' -a plain
 }
+_ntl "$@"
+)";
 
-// Options with an argument: what may follow them, in a case on "command,option".
-std::string bashCases(const std::string& command, const std::vector<OptionSpec>& options) {
-    std::string text;
-    for (const OptionSpec& option : options) {
-        if (option.isPositional() || option.argument.empty() || option.isArgumentOptional) continue;
-        std::vector<std::string> patterns = option.names();
-        for (std::string& pattern : patterns) pattern.insert(0, command + ",");
-        text += "    " + joined(patterns, "|") + ") " + bashArguments(option) + "; return ;;\n";
-    }
-    return text;
-}
-
-// The others take the same.
-const OptionSpec* firstPositional(const CommandSpec& command) {
-    for (const OptionSpec& option : command.options)
-        if (option.isPositional()) return &option;
-    return nullptr;
-}
-
-std::string bashCompletion() {
-    std::string text = "# bash completion for ntl\n_ntl() {\n    local cur=${COMP_WORDS[COMP_CWORD]} "
-                       "prev=${COMP_WORDS[COMP_CWORD-1]} command= word\n    COMPREPLY=()\n"
-                       "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n        case $word in " +
-                       joined(commandNames(), "|") +
-                       ") command=$word; break ;; esac\n    done\n    case $command,$prev in\n" +
-                       bashCases("*", globalOptions());
-    for (const CommandSpec& command : commands()) text += bashCases(command.name, command.options);
-    text += "    esac\n    case $command,$cur in\n";
-    for (const CommandSpec& command : commands()) {
-        text += "    " + command.name + ",-*) COMPREPLY=($(compgen -W '" + joined(optionNames(command.options), " ") +
-                " " + joined(optionNames(globalOptions()), " ") + " --help' -- \"$cur\")) ;;\n";
-        if (const OptionSpec* const option = firstPositional(command))
-            text += "    " + command.name + ",*) " + bashArguments(*option) + " ;;\n";
-    }
-    return text + "    ,-*) COMPREPLY=($(compgen -W '" + joined(optionNames(globalOptions()), " ") +
-           " --help --version' -- \"$cur\")) ;;\n    ,*) COMPREPLY=($(compgen -W '" + joined(commandNames(), " ") +
-           "' -- \"$cur\")) ;;\n    esac\n}\ncomplete -o filenames -F _ntl ntl\n";
-}
-
-// Inside single quotes and a zsh specification.
-std::string zshText(const std::string& text) {
-    return replaced(replaced(replaced(replaced(text, "'", "'\\''"), "[", "\\["), "]", "\\]"), ":", "\\:");
-}
-
-std::string zshAction(const OptionSpec& option) {
-    if (!option.choices.empty()) return "(" + joined(option.choices, " ") + ")";
-    if (option.completion == Completion::Directory) return "_files -/";
-    if (option.completion == Completion::Block) return "_ntl_blocks";
-    if (option.completion == Completion::Command) return "(" + joined(commandNames(), " ") + ")";
-    return option.completion == Completion::None ? "" : "_files";
-}
-
-std::string zshOptions(const std::vector<OptionSpec>& options) {
-    std::string text;
-    int position = 0;
-    for (const OptionSpec& option : options) {
-        if (option.isPositional()) {
-            const std::string place = option.isRepeatable() ? "*" : std::to_string(++position);
-            text += " \\\n            '" + place + ":" + zshText(option.flags) + ":" + zshAction(option) + "'";
-            continue;
-        }
-        for (const std::string& name : option.names()) {
-            text += " \\\n            '" + std::string(option.isRepeatable() ? "*" : "") + name +
-                    (option.isArgumentOptional ? "=-[" : "[") + zshText(option.help) + "]";
-            if (!option.argument.empty())
-                text += (option.isArgumentOptional ? "::" : ":") + zshText(option.argument) + ":" + zshAction(option);
-            text += "'";
-        }
-    }
-    return text;
-}
-
-std::string zshCompletion() {
-    std::string text = "#compdef ntl\n_ntl_blocks() { local -a names; names=(${(f)\"$(" + std::string(blockNames) +
-                       ")\"}); compadd -M 'm:{a-z}={A-Z}' -a names }\n_ntl() {\n    local state\n    local -a "
-                       "commands\n    commands=(";
-    for (const CommandSpec& command : commands()) text += "'" + command.name + ":" + zshText(command.summary) + "' ";
-    text += ")\n    _arguments -C '(- *)--help[Print help and exit]' '(- *)--version[Print the version and exit]'" +
-            zshOptions(globalOptions()) +
-            " \\\n            '1:command:->command' '*::argument:->argument'\n    case $state in\n    command) "
-            "_describe command commands ;;\n    argument)\n        case $words[1] in\n";
-    for (const CommandSpec& command : commands())
-        text += "        " + command.name + ") _arguments '--help[Print help and exit]'" + zshOptions(command.options) +
-                zshOptions(globalOptions()) + " ;;\n";
-    return text + "        esac ;;\n    esac\n}\n_ntl \"$@\"\n";
-}
-
-std::string fishText(const std::string& text) { return "'" + replaced(replaced(text, "\\", "\\\\"), "'", "\\'") + "'"; }
-
-std::string fishOption(const OptionSpec& option, const std::string& condition) {
-    std::string text = "complete -c ntl" + condition;
-    if (option.isPositional())
-        return option.completion == Completion::Command ? text + " -f -a '" + joined(commandNames(), " ") + "'\n"
-               : option.completion == Completion::Block
-                   ? text + " -f -a \"(" + replaced(blockNames, "$1", "\\$1") + ")\"\n"
-                   : text + " -F\n";
-    for (const std::string& name : option.names())
-        text += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
-    text += " -d " + fishText(option.help);
-    if (option.argument.empty() || option.isArgumentOptional) return text + "\n";
-    if (!option.choices.empty()) return text + " -x -a " + fishText(joined(option.choices, " ")) + "\n";
-    if (option.completion == Completion::None) return text + " -x\n";
-    return text +
-           (option.completion == Completion::Directory ? " -x -a '(__fish_complete_directories)'\n" : " -r -F\n");
-}
-
-std::string fishCompletion() {
-    const std::string noCommand = " -n __fish_use_subcommand";
-    std::string text = "# fish completion for ntl\ncomplete -c ntl -f\n";
-    for (const OptionSpec& option : globalOptions()) text += fishOption(option, "");
-    text += "complete -c ntl -s h -l help -d 'Print help and exit.'\n";
-    text += "complete -c ntl" + noCommand + " -l version -d 'Print the version and exit.'\n";
-    for (const CommandSpec& command : commands())
-        text += "complete -c ntl" + noCommand + " -a " + command.name + " -d " + fishText(command.summary) + "\n";
-    for (const CommandSpec& command : commands())
-        for (const OptionSpec& option : command.options)
-            if (!option.isPositional() || &option == firstPositional(command))
-                text += fishOption(option, " -n '__fish_seen_subcommand_from " + command.name + "'");
-    return text;
-}
+const char* const fishCompletion = R"(# fish completion for ntl
+function __ntl_complete
+    set -l words (commandline -opc) (commandline -ct)
+    set -l found ($words[1] --complete -- $words[2..-1] 2>/dev/null)
+    string match -v ':*' -- $found
+    contains -- :files $found; and __fish_complete_path (commandline -ct)
+    contains -- :directories $found; and __fish_complete_directories (commandline -ct)
+end
+complete -c ntl -f -a '(__ntl_complete)'
+)";
 
 } // namespace
 
 std::string generate(const std::string& kind) {
     if (kind == "man") return manPage();
-    if (kind == "bash") return bashCompletion();
-    if (kind == "zsh") return zshCompletion();
-    if (kind == "fish") return fishCompletion();
+    if (kind == "bash") return bashCompletion;
+    if (kind == "zsh") return zshCompletion;
+    if (kind == "fish") return fishCompletion;
     if (kind == "lint") return rulesDocument();
     throw Failure(Unusable, "--generate: '" + kind + "' is none of man, bash, zsh, fish, lint");
 }

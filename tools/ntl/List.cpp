@@ -12,7 +12,6 @@
 #include "tools/ntl/Output.h"
 
 #include <algorithm>
-#include <set>
 
 namespace ntl {
 
@@ -33,23 +32,6 @@ static std::vector<HDNTBlock*> blocksWithPrefix(const OpenedLibrary& opened, con
     opened.library->getTypeBlocksBeginWith(prefix, blocks, opened.withParents);
     if (blocks.empty()) throw Failure(Faulty, "no block has a name that begins with '" + prefix + "'");
     return blocks;
-}
-
-// "GROUP:SUBGROUP" or "GROUP"
-static std::string groupOf(const HDNTBlock& block) {
-    const char* const group = block.getPrimGroupType(false);
-    const char* const subGroup = block.getPrimSubGroupType(false);
-    return (group ? group : "") + (subGroup ? std::string(":") + subGroup : "");
-}
-
-// All that --group takes.
-static std::vector<std::string> groupsOf(const std::vector<HDNTBlock*>& blocks) {
-    std::set<std::string> groups;
-    for (const HDNTBlock* block : blocks) {
-        groups.insert(groupOf(*block));
-        groups.insert(groupOf(*block).substr(0, groupOf(*block).find(':')));
-    }
-    return {groups.begin(), groups.end()};
 }
 
 static std::vector<HDNTBlock*> chosenBlocks(const OpenedLibrary& opened, const Settings& settings) {

@@ -20,6 +20,7 @@
 #include <cstring>
 #include <iterator>
 #include <memory>
+#include <set>
 #include <utility>
 
 namespace ntl {
@@ -67,12 +68,12 @@ const HDNTLibrary& configuredLibrary() {
 HDNTLibrary* Loader::load(const std::string& path, HDNTLibrary* parent) {
     requireReadable(path);
     const OutputToError redirect;
-    hdnt::LoadOptions options;
-    options.parent = parent;
-    options.configuredLike = &configuredLibrary();
     ErrorStream stream;
     stream_ = &stream;
     reports_ = 0;
+    hdnt::LoadOptions options;
+    options.parent = parent;
+    options.configuredLike = &configuredLibrary();
     options.check = HPAParamMgr::getParamMgr()->getValueAsBool("ntl.enableDiagnostics");
     options.listener = this;
     options.texts = texts_;
@@ -83,8 +84,6 @@ HDNTLibrary* Loader::load(const std::string& path, HDNTLibrary* parent) {
     return kept(std::move(loaded.library));
 }
 
-void Loader::fail(const std::string& path) const {
-    using hdnt::Diagnostic;
 // A text may have a fault in each of its lines. The first ones are seen also when the process does not come to its end.
 bool Loader::report(const HDNTReport&) {
     constexpr size_t many = 1000;
@@ -92,6 +91,8 @@ bool Loader::report(const HDNTReport&) {
     return isQuiet_;
 }
 
+void Loader::fail(const std::string& path) const {
+    using hdnt::Diagnostic;
     using hdnt::DiagnosticCode;
     std::vector<const Diagnostic*> errors;
     for (const Diagnostic& one : diagnostics_)
@@ -157,6 +158,23 @@ bool isRegistered(const HDNTBlock& block) { return block.getType() < HDNTCellvie
 bool isInArchitecture(const HDNTBlock& block, const std::string& architecture) {
     const std::vector<std::string> named = block.getCellArchesCfg();
     return named.empty() || std::find(named.begin(), named.end(), architecture) != named.end();
+}
+
+std::string groupOf(const HDNTBlock& block) {
+    const char* const group = block.getPrimGroupType(false);
+    const char* const subGroup = block.getPrimSubGroupType(false);
+    return (group ? group : "") + (subGroup ? std::string(":") + subGroup : "");
+}
+
+std::vector<std::string> groupsOf(const std::vector<HDNTBlock*>& blocks) {
+    std::set<std::string> groups;
+    for (const HDNTBlock* block : blocks) {
+        const std::string group = groupOf(*block);
+        groups.insert(group);
+        groups.insert(group.substr(0, group.find(':')));
+    }
+    groups.erase("");
+    return {groups.begin(), groups.end()};
 }
 
 HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name) {

@@ -92,6 +92,10 @@ std::vector<HDNTBlock*> blocksOf(const HDNTLibrary& library, bool withParents);
 bool isRegistered(const HDNTBlock& block);
 /// Whether the configuration lets the block be there in an architecture: it does unless it names others only.
 bool isInArchitecture(const HDNTBlock& block, const std::string& architecture);
+/// "GROUP:SUBGROUP" or "GROUP"; empty without one.
+std::string groupOf(const HDNTBlock& block);
+/// The groups of the blocks, with and without subgroups, by name.
+std::vector<std::string> groupsOf(const std::vector<HDNTBlock*>& blocks);
 /// A block of it or its parents, case aside; null when there is none, which is then said with the names near to it.
 HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name);
 /// Attaches the mapping for the architecture in force, which may be in a map library. False when that library is

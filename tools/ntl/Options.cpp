@@ -2,6 +2,7 @@
 
 #include "author/lint/nearestNames.h"
 #include "tools/ntl/Commands.h"
+#include "tools/ntl/Complete.h"
 #include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/RuleOptions.h"
@@ -30,7 +31,7 @@ const std::vector<OptionSpec>& globalOptions() {
          &Settings::cellTables, Completion::File},
         {"--param", "NAME=BOOL", "Set a parameter, e.g. arch.enableTestFeatures=true. May be repeated.",
          &Settings::parameters},
-        {"--arch", "NAME", "Answer for this architecture.", &Settings::architecture},
+        {"--arch", "NAME", "Answer for this architecture.", &Settings::architecture, Completion::Architecture},
         {"--limit", "NAME=VALUE", "Set a bound on what is read, e.g. includeDepth=16. May be repeated.",
          &Settings::limits},
         {"--color",
@@ -51,7 +52,7 @@ static OptionSpec searchOption() {
 
 static OptionSpec parentOption() {
     return {"--parent", "PATH|common", "Build the library over the one at PATH, or over the common library.",
-            &Settings::parent, Completion::Library};
+            &Settings::parent, Completion::Parent};
 }
 
 static OptionSpec libraryOption() {
@@ -122,24 +123,25 @@ static CommandSpec explainCommand() {
             "explain the code of a report, warning or rule",
             "Writes what each CODE means, with an example and the same example mended. The codes stand in brackets at "
             "the end of the lines of check and lint; 'ntl lint --list-rules' lists them.",
-            {{"CODE", "", "A code, such as unknown-pin.", &Settings::codes, Completion::None, {}, true}},
+            {{"CODE", "", "A code, such as unknown-pin.", &Settings::codes, Completion::Code, {}, true}},
             &runExplain,
             false};
 }
 
 static CommandSpec listCommand() {
-    return {"list",
-            "list the blocks of a library",
-            "Writes a line for each block: name, group, number of pins, buses and properties, maturity, kind of "
-            "mapping, flags, and where it is declared.",
-            {libraryOption(),
-             parentOption(),
-             searchOption(),
-             {"--group", "GROUP[:SUBGROUP]", "Only blocks of this group, case aside.", &Settings::group},
-             {"--prefix", "TEXT", "Only blocks whose names begin with TEXT, case aside, in order of name.",
-              &Settings::prefix},
-             jsonOption()},
-            &runList};
+    return {
+        "list",
+        "list the blocks of a library",
+        "Writes a line for each block: name, group, number of pins, buses and properties, maturity, kind of "
+        "mapping, flags, and where it is declared.",
+        {libraryOption(),
+         parentOption(),
+         searchOption(),
+         {"--group", "GROUP[:SUBGROUP]", "Only blocks of this group, case aside.", &Settings::group, Completion::Group},
+         {"--prefix", "TEXT", "Only blocks whose names begin with TEXT, case aside, in order of name.",
+          &Settings::prefix},
+         jsonOption()},
+        &runList};
 }
 
 static CommandSpec showCommand() {
@@ -163,7 +165,7 @@ static CommandSpec expandCommand() {
              parentOption(),
              searchOption(),
              {"--set", "NAME=VALUE", "Give a property of BLOCK a value other than its default. May be repeated.",
-              &Settings::propertyValues},
+              &Settings::propertyValues, Completion::Assignment},
              {"--connect", "PIN",
               "Take a pin of BLOCK, or all pins of a bus, for connected. Others are not. May be repeated.",
               &Settings::connectedPins},
@@ -362,6 +364,7 @@ static void refuseEmpty(const Settings& settings) {
 }
 
 int runCommandLine(int argc, char** argv) {
+    if (complete(argc, argv)) return Fine;
     Settings settings;
     CLI::App app("Reads NTL libraries.", "ntl");
     app.set_version_flag("--version", std::string("ntl ") + NTL_VERSION, "Print the version and exit.");

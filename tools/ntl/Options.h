@@ -9,7 +9,22 @@
 namespace ntl {
 
 /// What a shell should offer as an option's argument.
-enum class Completion { None, File, Directory, Library, Block, Command };
+enum class Completion {
+    None,
+    File,
+    Directory,
+    Library,
+    Parent, ///< a library, or "common"
+    Block,
+    Command,
+    Architecture,
+    Group,
+    Assignment,   ///< NAME=VALUE, of a property of the blocks on the line
+    Rule,         ///< a code that can be turned off
+    RuleList,     ///< several, with commas
+    RuleSeverity, ///< CODE=SEVERITY
+    Code,         ///< any
+};
 
 using Target =
     std::variant<bool Settings::*, int Settings::*, std::string Settings::*, std::vector<std::string> Settings::*>;
