@@ -9,7 +9,11 @@
 #include <mutex>
 #include <vector>
 
+using hdnt::platform::equalTexts;
+using hdnt::platform::isOnlyThread;
 using hdnt::platform::textHash;
+
+static constexpr std::memory_order relaxed = std::memory_order_relaxed;
 
 // A cache line for each: what a look-up in a large pool costs is the lines that it touches.
 static constexpr std::size_t entryBytes = 64;
@@ -25,47 +29,76 @@ void HSTUniqString::Entry::operator delete(void* entry, std::size_t size) noexce
 // Shards keep threads apart. An entry's count falls from one to zero only under its shard's lock, where look-ups raise
 // it too, so an entry that is found is never one that another thread is about to erase.
 struct HSTUniqString::Pool {
-    /// A table of chains: entries stay where they are, and keep their hash for the table to grow.
+    /// A table of slots; a text is sought from the slot on that its hash says, up to an empty one. A slot is an entry's
+    /// address and, in the bits that no address has, part of its hash: what is not sought is hardly ever looked at.
     class Shard {
     public:
         hdnt::platform::SpinLock lock;
 
         std::size_t size() const { return size_; }
 
-        const Entry& findOrAdd(std::string_view text, std::uint64_t hash) {
-            for (Entry* entry = *chainOf(hash); entry; entry = entry->next)
-                if (entry->hash == hash && entry->text == text) return *entry;
-            if (size_ == chains_.size()) grow();
-            Entry*& chain = *chainOf(hash);
-            chain = new Entry(text, hash, chain);
+        /// Null when there is none.
+        const Entry* find(std::string_view text, std::uint64_t hash) const {
+            const std::uint64_t* const slots = slots_.data();
+            const std::uint64_t mask = mask_;
+            for (std::uint64_t at = hash & mask; slots[at] != 0; at = (at + 1) & mask) {
+                if (tagIn(slots[at]) != tagOf(hash)) continue;
+                const Entry* const entry = entryIn(slots[at]);
+                if (equalTexts(entry->text, text)) return entry;
+            }
+            return nullptr;
+        }
+
+        [[gnu::noinline]] const Entry* add(std::string_view text, std::uint64_t hash) {
+            if (4 * (size_ + 1) > 3 * slots_.size()) grow();
+            std::uint64_t at = hash & mask_;
+            while (slots_[at] != 0) at = (at + 1) & mask_;
+            const Entry* const entry = new Entry(text, hash);
+            slots_[at] = slotOf(entry);
             ++size_;
-            return *chain;
+            return entry;
         }
 
         void erase(const Entry* entry) noexcept {
-            Entry** link = chainOf(entry->hash);
-            while (*link != entry) link = &(*link)->next;
-            *link = entry->next;
+            std::uint64_t at = entry->hash & mask_;
+            while (entryIn(slots_[at]) != entry) at = (at + 1) & mask_;
+            // What stands behind would not be found any more across an empty slot, so it moves up.
+            for (std::uint64_t next = (at + 1) & mask_; slots_[next] != 0; next = (next + 1) & mask_) {
+                const std::uint64_t from = entryIn(slots_[next])->hash & mask_;
+                if (((next - from) & mask_) < ((next - at) & mask_)) continue;
+                slots_[std::exchange(at, next)] = slots_[next];
+            }
+            slots_[at] = 0;
             --size_;
             delete entry;
         }
 
     private:
-        Entry** chainOf(std::uint64_t hash) { return &chains_[hash & (chains_.size() - 1)]; }
+        static constexpr unsigned addressBits = 48; ///< as systems give them to whoever does not ask for more
+        static_assert(sizeof(Entry*) == sizeof(std::uint64_t));
+        static std::uint64_t tagIn(std::uint64_t slot) { return slot >> addressBits; }
+        static std::uint64_t tagOf(std::uint64_t hash) { return hash >> 32 & 0xffff; }
+        static Entry* entryIn(std::uint64_t slot) {
+            return reinterpret_cast<Entry*>(slot & ((std::uint64_t{1} << addressBits) - 1));
+        }
+        static std::uint64_t slotOf(const Entry* entry) {
+            return reinterpret_cast<std::uintptr_t>(entry) | tagOf(entry->hash) << addressBits;
+        }
 
         void grow() {
-            std::vector<Entry*> old(chains_.size() * 2);
-            old.swap(chains_);
-            for (Entry* chain : old) {
-                while (chain) {
-                    Entry* const entry = std::exchange(chain, chain->next);
-                    Entry** const link = chainOf(entry->hash);
-                    entry->next = std::exchange(*link, entry);
-                }
+            std::vector<std::uint64_t> old(slots_.size() * 2);
+            old.swap(slots_);
+            mask_ = slots_.size() - 1;
+            for (const std::uint64_t slot : old) {
+                if (slot == 0) continue;
+                std::uint64_t at = entryIn(slot)->hash & mask_;
+                while (slots_[at] != 0) at = (at + 1) & mask_;
+                slots_[at] = slot;
             }
         }
 
-        std::vector<Entry*> chains_ = std::vector<Entry*>(64); ///< their number is a power of two
+        std::vector<std::uint64_t> slots_ = std::vector<std::uint64_t>(64); ///< their number is a power of two
+        std::uint64_t mask_ = slots_.size() - 1;
         std::size_t size_ = 0;
     };
 
@@ -80,21 +113,23 @@ struct HSTUniqString::Pool {
     }
 };
 
-HSTUniqString::HSTUniqString(std::string_view text) {
+HSTUniqString::HSTUniqString(std::string_view text) : HSTUniqString(text, textHash(text)) {}
+
+HSTUniqString::HSTUniqString(std::string_view text, std::uint64_t hash) {
     if (text.empty()) return;
-    const std::uint64_t hash = textHash(text);
     Pool::Shard& shard = Pool::instance().shardOf(hash);
     const std::lock_guard lock(shard.lock);
-    entry_ = &shard.findOrAdd(text, hash);
-    entry_->references.fetch_add(1, std::memory_order_relaxed);
+    entry_ = shard.find(text, hash);
+    if (!entry_) entry_ = shard.add(text, hash);
+    if (isOnlyThread()) entry_->references.store(entry_->references.load(relaxed) + 1, relaxed);
+    else entry_->references.fetch_add(1, relaxed);
 }
 
 void HSTUniqString::drop(const Entry* entry) noexcept {
-    std::uint64_t count = entry->references.load(std::memory_order_relaxed);
+    std::uint64_t count = entry->references.load(relaxed);
+    if (isOnlyThread() && count > 1) return entry->references.store(count - 1, relaxed);
     while (count > 1) {
-        if (entry->references.compare_exchange_weak(count, count - 1, std::memory_order_release,
-                                                    std::memory_order_relaxed))
-            return;
+        if (entry->references.compare_exchange_weak(count, count - 1, std::memory_order_release, relaxed)) return;
     }
     Pool::Shard& shard = Pool::instance().shardOf(entry->hash);
     const std::lock_guard lock(shard.lock);

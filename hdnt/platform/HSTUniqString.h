@@ -17,6 +17,8 @@ class HDNT_API HSTUniqString {
 public:
     constexpr HSTUniqString() noexcept = default;
     explicit HSTUniqString(std::string_view text);
+    /// For this library alone: with its platform::textHash(text), which is another one in every library and program.
+    HSTUniqString(std::string_view text, std::uint64_t hash);
     /// Null is the null string.
     explicit HSTUniqString(const char* text) : HSTUniqString(text ? std::string_view(text) : std::string_view()) {}
     HSTUniqString(const HSTUniqString& other) noexcept : entry_(other.entry_) {
@@ -62,12 +64,11 @@ public:
 
 private:
     struct Entry {
-        Entry(std::string_view t, std::uint64_t h, Entry* n) : text(t), next(n), hash(h) {}
+        Entry(std::string_view t, std::uint64_t h) : text(t), hash(h) {}
         HDNT_LOCAL static void* operator new(std::size_t size);
         HDNT_LOCAL static void operator delete(void* entry, std::size_t size) noexcept;
 
         const std::string text;
-        Entry* next; ///< the pool's
         const std::uint64_t hash;
         mutable std::atomic<std::uint64_t> references{0};
     };

@@ -30,56 +30,84 @@ inline std::uint64_t mixed(std::uint64_t hash, std::uint64_t bytes) {
     return hash ^ hash >> 32;
 }
 
-/// `fold` is applied to every eight bytes first. The last bytes of a text may be taken twice.
-template <typename Fold>
-std::uint64_t hashOf(std::string_view text, Fold&& fold) {
+template <typename Number>
+std::uint64_t numberAt(const char* p) {
+    Number number = 0;
+    std::memcpy(&number, p, sizeof number);
+    return number;
+}
+inline std::uint64_t eightAt(const char* p) { return numberAt<std::uint64_t>(p); }
+inline std::uint64_t fourAt(const char* p) { return numberAt<std::uint32_t>(p); }
+inline std::uint64_t byteAt(const char* p) { return numberAt<std::uint8_t>(p); }
+
+/// One to eight bytes of a text as a number, the first one lowest.
+inline std::uint64_t shortText(std::string_view text) {
+    const char* const p = text.data();
+    const std::size_t last = text.size() - 1;
+    if (text.size() == 8) return eightAt(p);
+    if (text.size() >= 4) return fourAt(p) | fourAt(p + last - 3) << 8 * (last - 3);
+    const std::size_t middle = text.size() / 2;
+    return byteAt(p) | byteAt(p + middle) << 8 * middle | byteAt(p + last) << 8 * last;
+}
+
+/// `fold` is applied to every eight bytes first; `shortOne` gives those of a text that has no more. The last bytes of a
+/// longer text may be taken twice.
+template <typename Fold, typename Short>
+std::uint64_t hashOf(std::string_view text, Fold&& fold, Short&& shortOne) {
     if (text.empty()) return 0;
-    const char* p = text.data();
-    const char* const end = p + text.size();
     std::uint64_t hash = hashSeed() ^ text.size();
     std::uint64_t bytes = 0;
-    for (; end - p > 8; p += 8) {
-        std::memcpy(&bytes, p, sizeof bytes);
-        hash = mixed(hash, fold(bytes));
-    }
-    if (text.size() >= 8) {
-        std::memcpy(&bytes, end - 8, sizeof bytes);
-    } else if (text.size() >= 4) {
-        std::uint32_t first = 0;
-        std::uint32_t last = 0;
-        std::memcpy(&first, p, sizeof first);
-        std::memcpy(&last, end - 4, sizeof last);
-        bytes = first | static_cast<std::uint64_t>(last) << 32;
+    if (text.size() <= 8) {
+        bytes = shortOne(text);
     } else {
-        for (; p != end; ++p) bytes = bytes << 8 | static_cast<unsigned char>(*p);
+        const char* p = text.data();
+        const char* const last = p + text.size() - 8;
+        for (; p < last; p += 8) hash = mixed(hash, fold(eightAt(p)));
+        bytes = eightAt(last);
     }
     hash = mixed(hash, fold(bytes));
     return mixed(hash, hash >> 29);
 }
 
-inline std::uint64_t textHash(std::string_view text) {
-    return hashOf(text, [](std::uint64_t bytes) { return bytes; });
+// Objects and not functions, whose calls through a parameter the compiler keeps.
+inline constexpr auto asItIs = [](std::uint64_t bytes) { return bytes; };
+inline constexpr auto inUpperCase = [](std::uint64_t bytes) { return upperCased(bytes); };
+inline constexpr auto withinText = [](std::string_view text) { return shortText(text); };
+
+inline std::uint64_t textHash(std::string_view text) { return hashOf(text, asItIs, withinText); }
+
+/// The same for a text that can be read on for eight bytes from its beginning, however short it is.
+inline std::uint64_t textHashReadingOn(std::string_view text) {
+    return hashOf(text, asItIs, [](std::string_view shortOne) {
+        if constexpr (std::endian::native != std::endian::little) return shortText(shortOne);
+        return eightAt(shortOne.data()) & ~std::uint64_t{0} >> 8 * (8 - shortOne.size());
+    });
+}
+
+/// Whether two texts are the same when `fold` is applied to every eight bytes. Inline: a call to compare a name costs
+/// as much as the comparison.
+template <typename Fold>
+bool equalFolded(std::string_view a, std::string_view b, Fold&& fold) {
+    if (a.size() != b.size() || a.empty()) return a.size() == b.size();
+    const char* const p = a.data();
+    const char* const q = b.data();
+    const std::size_t size = a.size();
+    const auto same = [&](std::uint64_t x, std::uint64_t y) { return fold(x) == fold(y); };
+    if (size >= 8) {
+        for (std::size_t at = 0; at < size - 8; at += 8)
+            if (!same(eightAt(p + at), eightAt(q + at))) return false;
+        return same(eightAt(p + size - 8), eightAt(q + size - 8));
+    }
+    if (size >= 4) return same(fourAt(p), fourAt(q)) && same(fourAt(p + size - 4), fourAt(q + size - 4));
+    return same(byteAt(p), byteAt(q)) && same(byteAt(p + size / 2), byteAt(q + size / 2)) &&
+           same(byteAt(p + size - 1), byteAt(q + size - 1));
 }
 
 /// Whether two texts are the same but for the case of ASCII letters.
-inline bool equalCaseless(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    const auto same = [&](std::size_t at, std::size_t count) {
-        std::uint64_t x = 0;
-        std::uint64_t y = 0;
-        std::memcpy(&x, a.data() + at, count);
-        std::memcpy(&y, b.data() + at, count);
-        return upperCased(x) == upperCased(y);
-    };
-    constexpr std::size_t step = sizeof(std::uint64_t);
-    std::size_t at = 0;
-    for (; a.size() - at >= step; at += step)
-        if (!same(at, step)) return false;
-    if (at == a.size()) return true;
-    return a.size() >= step ? same(a.size() - step, step) : same(0, a.size());
-}
+inline bool equalCaseless(std::string_view a, std::string_view b) { return equalFolded(a, b, inUpperCase); }
+inline bool equalTexts(std::string_view a, std::string_view b) { return equalFolded(a, b, asItIs); }
 
 /// The same hash for texts that differ in the case of ASCII letters alone.
-inline std::uint64_t caselessHash(std::string_view text) { return hashOf(text, upperCased); }
+inline std::uint64_t caselessHash(std::string_view text) { return hashOf(text, inUpperCase, withinText); }
 
 } // namespace hdnt::platform

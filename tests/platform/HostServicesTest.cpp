@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <thread>
@@ -20,7 +21,9 @@ namespace {
 
 using hdnt::platform::caselessHash;
 using hdnt::platform::equalCaseless;
+using hdnt::platform::equalTexts;
 using hdnt::platform::textHash;
+using hdnt::platform::textHashReadingOn;
 
 TEST(HUTConvert, FitsDigitsToTheWidth) {
     struct Case {
@@ -116,6 +119,49 @@ TEST(HSTUniqString, SharesOneCopyUntilTheLastHandleGoes) {
     EXPECT_EQ(HSTUniqString::internCString(std::string("kept")), kept);
     EXPECT_STREQ(kept, "kept");
     EXPECT_STREQ(HSTUniqString::internCString(""), "");
+}
+
+// Texts come and go in any order, and those that stay are found.
+TEST(HSTUniqString, FindsWhatIsLeftOfManyTexts) {
+    constexpr std::size_t count = 50000;
+    const std::size_t before = HSTUniqString::numTexts();
+    const auto text = [](std::size_t i) { return std::string(i % 40, 'x') + std::to_string(i); };
+    std::vector<HSTUniqString> handles(count);
+    for (std::size_t step = 0; step < 4 * count; ++step) {
+        const std::size_t i = step * 7919 % count;
+        const bool keep = step < count || step % 3 == 0;
+        handles[i] = keep ? HSTUniqString(text(i)) : HSTUniqString();
+    }
+    const auto held = [&] {
+        return static_cast<std::size_t>(std::ranges::count(handles, false, &HSTUniqString::empty));
+    };
+    EXPECT_GT(held(), count / 10);
+    EXPECT_EQ(HSTUniqString::numTexts(), before + held());
+    for (std::size_t i = 0; i < count; ++i) {
+        const HSTUniqString again(text(i));
+        EXPECT_TRUE(handles[i].empty() || handles[i] == again) << text(i);
+        EXPECT_EQ(again.str(), text(i));
+    }
+    EXPECT_EQ(HSTUniqString::numTexts(), before + held());
+}
+
+TEST(TextHash, IsThatOfTheTextAlone) {
+    const std::string text = "A_name\xff of many letters";
+    for (std::size_t at = 0; at < 8; ++at) {
+        for (std::size_t size = 0; at + std::max<std::size_t>(size, 8) <= text.size(); ++size) {
+            const std::string_view part = std::string_view(text).substr(at, size);
+            const std::string alone(part);
+            EXPECT_EQ(textHash(part), textHash(alone));
+            EXPECT_EQ(textHashReadingOn(part), textHash(alone));
+            EXPECT_TRUE(equalTexts(part, alone));
+            for (std::size_t i = 0; i < size; ++i) {
+                std::string other = alone;
+                other[i] = static_cast<char>(other[i] ^ 0x20);
+                EXPECT_FALSE(equalTexts(part, other)) << other;
+                EXPECT_NE(textHash(part), textHash(other)) << other;
+            }
+        }
+    }
 }
 
 TEST(HSTUniqString, SurvivesThreadsThatMakeAndDropTheSameTexts) {
