@@ -44,6 +44,16 @@ void populate([[maybe_unused]] const char* part, [[maybe_unused]] std::size_t si
 #endif
 }
 
+// A large text stands in large pages, where the system has them.
+void adviseLargePages([[maybe_unused]] const std::string& text) {
+#ifdef MADV_HUGEPAGE
+    constexpr std::uintptr_t page = std::uintptr_t{1} << 21;
+    const auto begin = (reinterpret_cast<std::uintptr_t>(text.data()) + page - 1) & ~(page - 1);
+    const auto end = (reinterpret_cast<std::uintptr_t>(text.data()) + text.capacity()) & ~(page - 1);
+    if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+#endif
+}
+
 bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, std::string& why) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
     struct stat status {};
@@ -54,6 +64,7 @@ bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, st
     // One byte more than expected, so that the end of an unchanged file shows without growing the buffer. Part by part,
     // for what is cleared to be in the cache when it is read.
     out.reserve(expected + 1);
+    adviseLargePages(out);
     for (std::size_t size = 0;;) {
         const std::size_t room = expected >= size ? std::min(expected + 1 - size, ChunkBytes) : ChunkBytes;
         if (room == ChunkBytes && size + room <= out.capacity()) populate(out.data() + size, room);

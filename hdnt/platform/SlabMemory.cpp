@@ -3,12 +3,15 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
+#include <iterator>
 #include <mutex>
 #include <new>
-#include <set>
 #include <utility>
+#include <vector>
 
 #if defined(__has_feature)
 #define HDNT_HAS_FEATURE(name) __has_feature(name)
@@ -44,11 +47,13 @@ struct alignas(64) Slab {
     char* untouched = reinterpret_cast<char*>(this);  ///< from here on the system has given no pages so far
     std::size_t objects = 0;
     std::size_t objectSize;
+    bool linked = false; ///< among those of its size that may have room
 
     explicit Slab(std::size_t size) : objectSize(size) {}
     bool isFull(std::size_t size) const {
         return !freed && unused + size > reinterpret_cast<const char*>(this) + slabBytes;
     }
+    // The slab has room.
     void* take(std::size_t size) {
         ++objects;
         if (freed) return std::exchange(freed, freed->next);
@@ -56,7 +61,7 @@ struct alignas(64) Slab {
         return std::exchange(unused, unused + size);
     }
     // One page fault at a time costs more than a page's worth of objects; so pages come some at once.
-    void touchMore() {
+    [[gnu::noinline]] void touchMore() {
         constexpr std::size_t step = slabBytes / 8;
 #ifdef MADV_POPULATE_WRITE
         madvise(untouched, step, MADV_POPULATE_WRITE);
@@ -72,76 +77,137 @@ struct alignas(64) Slab {
     }
 };
 
-// Where slabs are, for an object of unknown size. Never destroyed, as they.
-struct AllSlabs {
-    SpinLock lock;
-    std::set<const Slab*> places;
+/// Where slabs come from: regions of the size of a large page, which stand at such addresses.
+class Regions {
+public:
+    char* takeSlab() {
+        const std::lock_guard lock(lock_);
+        Region& region = regionWithRoom();
+        const auto at = static_cast<unsigned>(std::countr_one(region.slabs));
+        region.slabs = static_cast<std::uint8_t>(region.slabs | 1U << at);
+        --free_;
+        return region.place + at * slabBytes;
+    }
+
+    // Its memory goes back to the system, with the region when that was its last slab.
+    void giveBack(void* slab) noexcept {
+        const std::lock_guard lock(lock_);
+        Region& region = *find(slab);
+        region.slabs = static_cast<std::uint8_t>(region.slabs & ~bitOf(slab));
+        ++free_;
+        if (region.slabs != 0) {
+#ifdef MADV_NOHUGEPAGE
+            madvise(slab, slabBytes, MADV_NOHUGEPAGE); // or the system makes the region a large page again, unasked
+#endif
+            madvise(slab, slabBytes, MADV_DONTNEED);
+            return;
+        }
+        munmap(region.place, regionBytes);
+        free_ -= slabsInRegion;
+        regions_.erase(regions_.begin() + (&region - regions_.data()));
+    }
+
+    bool isSlab(const void* place) noexcept {
+        const std::lock_guard lock(lock_);
+        const Region* const region = find(place);
+        return region && (region->slabs & bitOf(place)) != 0;
+    }
+
+private:
+    static constexpr std::size_t regionBytes = std::size_t{1} << 21;
+    static constexpr std::size_t slabsInRegion = regionBytes / slabBytes;
+    // Small libraries get small pages: slabs of each size begin with little in them.
+    static constexpr std::size_t regionsOfSmallPages = 3;
+
+    struct Region {
+        char* place;
+        std::uint8_t slabs; ///< a bit for each that is in use
+    };
+    static_assert(slabsInRegion == 8);
+
+    static unsigned bitOf(const void* slab) {
+        return 1U << (reinterpret_cast<std::uintptr_t>(slab) % regionBytes / slabBytes);
+    }
+
+    /// Null when it is in none.
+    Region* find(const void* place) noexcept {
+        const auto found = std::upper_bound(regions_.begin(), regions_.end(), place,
+                                            [](const void* p, const Region& region) { return p < region.place; });
+        if (found == regions_.begin()) return nullptr;
+        Region& region = *std::prev(found);
+        return static_cast<std::size_t>(static_cast<const char*>(place) - region.place) < regionBytes ? &region
+                                                                                                      : nullptr;
+    }
+
+    Region& regionWithRoom() {
+        if (free_ == 0) return addRegion();
+        return *std::find_if(regions_.begin(), regions_.end(),
+                             [](const Region& region) { return region.slabs != 0xff; });
+    }
+
+    // The system gives pages, so a range of twice the size is asked for and what stands over at both ends given back.
+    Region& addRegion() {
+        regions_.reserve(regions_.size() + 1);
+        void* const range = mmap(nullptr, 2 * regionBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (range == MAP_FAILED) throw std::bad_alloc();
+        char* const begin = static_cast<char*>(range);
+        const std::size_t before = -reinterpret_cast<std::uintptr_t>(begin) & (regionBytes - 1);
+        if (before > 0) munmap(begin, before);
+        char* const place = begin + before;
+        munmap(place + regionBytes, regionBytes - before);
+#ifdef MADV_HUGEPAGE
+        if (regions_.size() >= regionsOfSmallPages) madvise(place, regionBytes, MADV_HUGEPAGE);
+#endif
+        free_ += slabsInRegion;
+        const auto behind =
+            std::find_if(regions_.begin(), regions_.end(), [&](const Region& region) { return region.place > place; });
+        return *regions_.insert(behind, {place, 0});
+    }
+
+    SpinLock lock_;
+    std::vector<Region> regions_; ///< by address
+    std::size_t free_ = 0;        ///< slabs in them
 };
-AllSlabs& allSlabs() {
-    static auto* const all = new AllSlabs;
+
+// Never destroyed, as slabs are not.
+Regions& regions() {
+    static auto* const all = new Regions;
     return *all;
 }
-void enter(const Slab* slab) {
-    const std::lock_guard lock(allSlabs().lock);
-    allSlabs().places.insert(slab);
-}
-void leave(const Slab* slab) noexcept {
-    const std::lock_guard lock(allSlabs().lock);
-    allSlabs().places.erase(slab);
-}
-bool isSlab(const Slab* place) noexcept {
-    const std::lock_guard lock(allSlabs().lock);
-    return allSlabs().places.contains(place);
-}
 
-// The system gives pages, so a range of twice the size is asked for and what stands over at both ends given back.
-Slab* newSlab(std::size_t objectSize) {
-    void* const range = mmap(nullptr, 2 * slabBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (range == MAP_FAILED) throw std::bad_alloc();
-    char* const begin = static_cast<char*>(range);
-    const std::size_t before = -reinterpret_cast<std::uintptr_t>(begin) & (slabBytes - 1);
-    if (before > 0) munmap(begin, before);
-    munmap(begin + before + slabBytes, slabBytes - before);
-    auto* const slab = reinterpret_cast<Slab*>(begin + before);
-    try {
-        enter(slab);
-    } catch (...) {
-        munmap(slab, slabBytes);
-        throw;
-    }
-    return new (slab) Slab(objectSize);
-}
-
-/// The slabs of one size that are not full.
+/// The slabs of one size that may have room.
 class Slabs {
 public:
     void* allocate(std::size_t size) {
         const std::lock_guard lock(lock_);
-        if (!first_) link(newSlab(size));
-        Slab* const slab = first_;
-        void* const object = slab->take(size);
-        if (slab->isFull(size)) unlink(slab);
-        return object;
+        if (!first_ || first_->isFull(size)) [[unlikely]]
+            findRoom(size);
+        return first_->take(size);
     }
 
-    void free(void* object, std::size_t size) noexcept {
+    void free(void* object) noexcept {
         const std::lock_guard lock(lock_);
         Slab* const slab = Slab::of(object);
-        if (slab->isFull(size)) link(slab);
+        if (!slab->linked) link(slab);
         slab->put(object);
         if (slab->objects > 0 || (slab == first_ && !slab->next)) return;
         unlink(slab);
-        leave(slab);
-        munmap(slab, slabBytes);
+        regions().giveBack(slab);
     }
 
 private:
+    [[gnu::noinline]] void findRoom(std::size_t size) {
+        while (first_ && first_->isFull(size)) unlink(first_);
+        if (!first_) link(new (regions().takeSlab()) Slab(size));
+    }
     void link(Slab* slab) noexcept {
+        slab->linked = true;
         slab->previous = nullptr;
         slab->next = std::exchange(first_, slab);
         if (slab->next) slab->next->previous = slab;
     }
     void unlink(Slab* slab) noexcept {
+        slab->linked = false;
         (slab->previous ? slab->previous->next : first_) = slab->next;
         if (slab->next) slab->next->previous = slab->previous;
     }
@@ -165,14 +231,13 @@ void* allocateObject(std::size_t size) {
 
 void freeObject(void* object, std::size_t size) noexcept {
     if (size > greatestSize) return ::operator delete(object);
-    const std::size_t rounded = roundedUp(size);
-    slabsBySize[rounded / granule].free(object, rounded);
+    slabsBySize[roundedUp(size) / granule].free(object);
 }
 
 void freeObject(void* object) noexcept {
     if (!object) return;
     const Slab* const slab = Slab::of(object);
-    if (greatestSize == 0 || !isSlab(slab)) return ::operator delete(object);
+    if (greatestSize == 0 || !regions().isSlab(slab)) return ::operator delete(object);
     freeObject(object, slab->objectSize);
 }
 
