@@ -21,7 +21,7 @@ Diagnostic finding(LintCode code, Place place, std::span<const std::string> argu
 }
 
 void Findings::add(LintCode code, const HDNTNode& node, const std::vector<std::string>& arguments) {
-    const yyltype* const location = node.getLocation();
+    const auto location = node.copyOfLocation();
     if (location) add(code, *location, arguments);
     else list.push_back(finding(code, {}, arguments));
 }
@@ -32,8 +32,7 @@ void Findings::add(LintCode code, const yyltype& location, const std::vector<std
 }
 
 void Findings::note(const HDNTNode& node) {
-    if (const yyltype* const at = node.getLocation())
-        places_.insert({at->first_line, at->first_column, at->storeOffset});
+    if (const auto at = node.copyOfLocation()) places_.insert({at->first_line, at->first_column, at->storeOffset});
 }
 
 bool Findings::speakOf(const yyltype& location) const {
@@ -41,7 +40,7 @@ bool Findings::speakOf(const yyltype& location) const {
 }
 
 void Findings::relate(const HDNTNode& node, std::string message) {
-    if (const yyltype* const location = node.getLocation())
+    if (const auto location = node.copyOfLocation())
         list.back().related.push_back({sources_.placeOf(*location), std::move(message)});
 }
 

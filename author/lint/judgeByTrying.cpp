@@ -31,7 +31,7 @@ public:
         : block_(block), netlist_(netlist), architecture_(architecture), budget_(budget), findings_(findings),
           graph_(graph), view_(netlist), cover_(block, netlist) {
         for (const auto& stmt : view_.conditions())
-            if (const yyltype* const at = stmt.node->getLocation()) branches_[keyOf(*at)];
+            if (const auto at = stmt.node->copyOfLocation()) branches_[keyOf(*at)];
         for (const MappingView::Declared& signal : view_.signals())
             if (signal.name != "@0" && signal.name != "@1") single_.push_back(&signal);
         for (const HDNTBus& bus : block_.buses())
@@ -162,7 +162,7 @@ private:
     // Pairs of values may miss a branch that takes three: its own factors are tried in all combinations.
     void seekBranches() {
         for (std::size_t i = 0; i < view_.conditions().size(); ++i) {
-            const yyltype* const at = view_.conditions()[i].node->getLocation();
+            const auto at = view_.conditions()[i].node->copyOfLocation();
             if (!at) continue;
             const Ways& ways = branches_[keyOf(*at)];
             for (const SettingChoice& choice :
@@ -193,7 +193,7 @@ private:
     bool turnsCondition(std::size_t factor) const {
         for (std::size_t i = 0; i < view_.conditions().size(); ++i) {
             const std::vector<std::size_t>& deciders = cover_.deciders()[i];
-            const yyltype* const at = view_.conditions()[i].node->getLocation();
+            const auto at = view_.conditions()[i].node->copyOfLocation();
             if (!at || std::ranges::find(deciders, factor) == deciders.end()) continue;
             std::map<SettingChoice, bool> waysByOthers;
             for (const Try& one : tries_) {
@@ -255,7 +255,7 @@ private:
         std::set<std::string> excused;
         for (std::size_t i = 0; i < view_.conditions().size(); ++i) {
             const HDNTIfStmt& stmt = *view_.conditions()[i].node;
-            const yyltype* const at = stmt.getLocation();
+            const auto at = stmt.copyOfLocation();
             if (!at) continue;
             const Ways ways = branches_[keyOf(*at)];
             if (ways.held == ways.failed) continue; // both, or in a branch that is not taken itself

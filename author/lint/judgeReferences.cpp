@@ -153,7 +153,7 @@ private:
         for (const HDNTPinInst* reference : connect.node->pins()) {
             const auto* const pin = nodeCast<HDNTBlockPinName>(reference);
             if (!pin) continue;
-            const HDNTNode& at = pin->getLocation() ? static_cast<const HDNTNode&>(*pin) : *connect.node;
+            const HDNTNode& at = pin->hasLocation() ? static_cast<const HDNTNode&>(*pin) : *connect.node;
             const NamedPins named = pinsOf(at, pin->instName(), pin->pinName(), connect.scope);
             for (std::size_t i = 0; i < named.count(); ++i) noteUse(at, *pin, named, i, connect);
             if (named.isWholeBus()) buses.push_back({&at, named.declaration()});

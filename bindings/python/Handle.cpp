@@ -176,7 +176,7 @@ static PyObject* getLibrary(PyObject* self, void*) noexcept {
 static PyObject* getLocation(PyObject* self, void*) noexcept {
     return guarded([&] {
         const HandleInUse use(self);
-        const yyltype* const location = use.node()->getLocation();
+        const auto location = use.node()->copyOfLocation();
         return location ? toPython(*location) : Py_NewRef(Py_None);
     });
 }

@@ -24,7 +24,7 @@ inline Word section(HDNTNetlist& netlist) { return {words::sections.wordOf(netli
 inline OrNone referencedInstance(HDNTNetlist& netlist) { return {netlist.getReferencedInstanceName()}; }
 /// A mapping of a map library has no file: its text was put together for an architecture.
 inline bool isMapLibrary(HDNTNetlist& netlist) {
-    const yyltype* const location = netlist.getLocation();
+    const auto location = netlist.copyOfLocation();
     return location && !location->fileName;
 }
 inline OrNone refInstance(HDNTBlockPinName& pin) { return {pin.instName()}; }

@@ -12,7 +12,7 @@ const std::vector<Subcommand>& tableOf(HDNTNodeKind kind);
 Tcl_Obj* library(const Call& call) { return call.session.wrap(call.life->node(), call.life); }
 
 Tcl_Obj* location(const Call& call) {
-    const yyltype* const place = call.node.getLocation();
+    const auto place = call.node.copyOfLocation();
     return place ? toTcl(*place) : Tcl_NewObj();
 }
 

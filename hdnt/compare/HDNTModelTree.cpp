@@ -23,7 +23,7 @@ HDNTModelTree::Text TreeBuilder::keep(std::string_view text) {
 void TreeBuilder::open(HDNTElementKind kind, std::string_view name, const HDNTNode& node) {
     open_.push_back(tree_.elements_.size());
     HDNTModelTree::Element element{kind, keep(name), tree_.facets_.size(), 0, 0, {}, 0, 0};
-    if (const yyltype* const location = node.getLocation()) {
+    if (const auto location = node.copyOfLocation()) {
         if (const char* const file = location->fileName) {
             const auto found = files_.find(file);
             element.file = found != files_.end() ? found->second : files_.emplace(file, keep(file)).first->second;

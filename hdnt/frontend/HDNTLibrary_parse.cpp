@@ -117,7 +117,7 @@ void HDNTLibrary::parseMapLibrary(MapLibrary& text, const std::string& name) {
     struct Before {
         HDNTLibrary& library;
         std::string name = library.name_;
-        yyltype location = library.getLocation() ? *library.getLocation() : yyltype{};
+        yyltype location = library.copyOfLocation().value_or(yyltype{});
         size_t blocks = library.blocks_.size();
         size_t functions = library.functions_.size();
         size_t dropped = library.droppedMappings_.size();

@@ -63,13 +63,12 @@ size_t HDNTBus::pinCount() const {
 }
 
 void HDNTBus::makePins(std::vector<HDNTPin*>& pins) {
-    const yyltype* const location = getLocation();
     const int step = firstIndex_ > lastIndex_ ? -1 : 1;
     int bit = firstIndex_;
     for (size_t count = pinCount(); count > 0; --count, bit += step) {
         auto pin = std::make_unique<HDNTPin>(static_cast<short>(bit), static_cast<unsigned short>(pins.size()));
         pin->setParent(this);
-        if (location) pin->setLocation(*location);
+        pin->takeLocation(*this);
         pins.push_back(pin.get());
         pin.release(); // NOLINT(bugprone-unused-return-value): the list has it
     }

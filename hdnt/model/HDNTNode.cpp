@@ -82,11 +82,6 @@ HDNTNode::~HDNTNode() {
 void HDNTNode::check() {}
 void HDNTNode::finalize() {}
 
-void HDNTNode::setLocation(const yyltype& location) {
-    location_ = location;
-    hasLocation_ = true;
-}
-
 bool HDNTNode::isMultipleInstances(const std::string& name) const {
     return std::any_of(name.begin(), name.end(), [](char c) { return c == '[' || c == ']'; });
 }

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "hdnt/diagnostics/yyltype.h"
+#include "hdnt/model/NodePlace.h"
 #include "hdnt/platform/Export.h"
 
 #include <atomic>
 #include <cstddef>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -72,9 +74,16 @@ public:
     HDNTNodeKind getKind() const { return kind_; }
     HDNTNode* getParent() const { return parent_; }
     void setParent(HDNTNode* parent) { parent_ = parent; }
-    /// Null when none was set. Owned by the node and valid as long as it; takes part in no comparison.
-    yyltype* getLocation() const { return hasLocation_ ? &location_ : nullptr; }
-    void setLocation(const yyltype& location);
+    /// Null when none was set. Owned by the node and valid as long as it, and setLocation() changes what it points to;
+    /// takes part in no comparison. A node gets this record when it is first asked for it, in any thread, and keeps it:
+    /// 32 bytes, for which std::bad_alloc may come.
+    yyltype* getLocation() const { return place_.record(); }
+    /// The same as a copy, without a record: what to ask many nodes for.
+    std::optional<yyltype> copyOfLocation() const { return place_.read(); }
+    bool hasLocation() const { return place_.isSet(); }
+    void setLocation(const yyltype& location) { place_.set(location); }
+    /// As setLocation() with the other node's; does nothing when that has none.
+    void takeLocation(const HDNTNode& other) { place_.take(other.place_); }
 
     // Names. Faults are reported at this node's location.
 
@@ -125,8 +134,7 @@ private:
     HDNT_LOCAL void tellOfDeath() const noexcept;
 
     HDNTNode* parent_ = nullptr;
-    mutable yyltype location_{};
-    bool hasLocation_ = false;
+    [[no_unique_address]] hdnt::model::NodePlace place_; ///< leaves room for what follows
     HDNTNodeKind kind_ = HDNTNodeKind::Other;
     WatchFlag watched_;
 };

@@ -130,7 +130,7 @@ void ExpansionBuilder::connectPin(const HDNTConnect& connect, const HDNTBlockPin
     if (!inst && !pin.instName().empty()) problem(pin, "There is no instance " + pin.instName() + ".");
     else if (block && pinsNamed(*block, pin.pinName()).empty())
         problem(pin, "Block " + block->getName() + " has no pin " + pin.pinName() + ".");
-    const HDNTNode& at = pin.getLocation() ? static_cast<const HDNTNode&>(pin) : connect;
+    const HDNTNode& at = pin.hasLocation() ? static_cast<const HDNTNode&>(pin) : connect;
     level_.connections.push_back(
         {connect.signalName(), pin.instName(), pin.pinName(), pin.inverted(), originOf(at, branch)});
 }
@@ -194,8 +194,7 @@ void ExpansionBuilder::problem(const HDNTNode& entity, std::string message) {
 }
 
 HDNTExpansion::Origin ExpansionBuilder::originOf(const HDNTNode& entity, size_t branch) const {
-    const yyltype* const location = entity.getLocation();
-    return {location ? *location : yyltype{}, branch};
+    return {entity.copyOfLocation().value_or(yyltype{}), branch};
 }
 
 HDNTExpansion::Instance* ExpansionBuilder::findInstance(const std::string& name) {

@@ -83,7 +83,7 @@ bool HDNTExpansion::expand(bool deep) {
 // Nothing is loaded while a netlist is read, which a load could replace; afterwards it is not referred to.
 void HDNTExpansion::addLevel(Level level, const HDNTNetlist& netlist, const hdnt::netlist::MappedValues& values) {
     level.section = netlist.section();
-    if (const yyltype* const location = netlist.getLocation()) level.location = *location;
+    if (const auto location = netlist.copyOfLocation()) level.location = *location;
     levels_.push_back(std::move(level));
     const auto before = static_cast<std::ptrdiff_t>(problems_.size());
     hdnt::netlist::ExpansionBuilder(levels_.back(), values, problems_).build(netlist);

@@ -30,7 +30,7 @@ HDNTBlock* HDNTSignal::getBlock() {
 bool HDNTSigList::expand(std::vector<HDNTSignal*>& out) {
     const auto append = [&](const std::string& name, HDNTSigList* list) {
         auto signal = std::make_unique<HDNTSignal>(name, list);
-        if (const yyltype* const location = getLocation()) signal->setLocation(*location);
+        signal->takeLocation(*this);
         out.push_back(signal.get());
         return signal.release();
     };

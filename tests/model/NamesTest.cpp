@@ -114,12 +114,3 @@ TEST(Names, RangesAreLimited) {
     }
     EXPECT_EQ(reports.take(), Texts{"Range \"A[4:0]\" has 5 elements, more than 4 (limit rangeElements)."});
 }
-
-TEST(Names, NodesCopyTheirLocation) {
-    HDNTNode node;
-    EXPECT_EQ(node.getLocation(), nullptr);
-    node.setLocation({"f", 1, 2, 3, 0, 4});
-    const HDNTNode copy(node);
-    EXPECT_NE(copy.getLocation(), node.getLocation());
-    EXPECT_EQ(copy.getLocation()->first_column, 3);
-}

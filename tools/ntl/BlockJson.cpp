@@ -18,7 +18,7 @@
 namespace ntl {
 
 Json locationOf(const HDNTNode& node) {
-    const yyltype* const location = node.getLocation();
+    const auto location = node.copyOfLocation();
     if (!location) return nullptr;
     Json json;
     json["file"] = orNull(location->fileName);
@@ -175,7 +175,7 @@ Json netlistOf(HDNTBlock& block) {
     const HDNTNetlist* const netlist = block.getAttachedNetlist();
     if (!netlist) return nullptr;
     hdnt::SourcePlaces places;
-    const yyltype* const location = netlist->getLocation();
+    const auto location = netlist->copyOfLocation();
     const hdnt::Place place = location ? places.placeOf(*location) : hdnt::Place();
     const unsigned short kind = block.getNetlistKind();
     const bool isForAll =

@@ -62,7 +62,7 @@ static std::string flagsOf(const HDNTBlock& block) {
 }
 
 static std::string placeText(const HDNTBlock& block) {
-    const yyltype* const location = block.getLocation();
+    const auto location = block.copyOfLocation();
     if (!location || !location->fileName) return "";
     return std::string(location->fileName) + ":" + std::to_string(location->fileLine);
 }
