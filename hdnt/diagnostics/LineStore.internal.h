@@ -9,7 +9,8 @@
 namespace hdnt::diagnostics {
 
 /// A text that is being scanned. Shared by the scanner's buffer and the line store, so that lines can be quoted after
-/// the scan without having been copied. Texts that come from a stream grow at the end while they are scanned.
+/// the scan without having been copied. Texts that come from a stream grow at the end while they are scanned. The
+/// scanner looks past the end: a text without the room for it, platform::hasRoom(), is moved when its scan begins.
 struct SourceText {
     std::string bytes;
 };
@@ -21,10 +22,10 @@ class LineStore {
 public:
     static LineStore& instance();
 
-    /// Adds the line from `start` to its end in `text`, where its newline or the end of the text is. Keeps the text.
-    void add(const std::shared_ptr<SourceText>& text, size_t start, size_t end) {
-        if (size_ % interval == 0 || start != next_ || texts_.back() != text) mark(text, start);
-        next_ = end + 1;
+    /// Adds the line from `start` to its end in `text`, where its newline or the end of the text is; nobody has looked
+    /// for it yet. `follows`: it is the one behind the line that was added last, in the same text. Keeps the text.
+    void add(const std::shared_ptr<SourceText>& text, size_t start, bool follows) {
+        if (!follows || size_ % interval == 0) mark(text, start);
         ++size_;
     }
     /// Forgets every line and lets go of the texts.
@@ -58,7 +59,6 @@ private:
     std::vector<std::shared_ptr<SourceText>> texts_;
     std::vector<Mark> marks_;
     size_t size_ = 0;
-    size_t next_ = 0; ///< where the next line begins if it follows the last one
     size_t generation_ = 1;
 };
 

@@ -1,5 +1,6 @@
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/diagnostics/SourceInput.internal.h"
+#include "hdnt/platform/Bytes16.internal.h"
 #include "hdnt/platform/HUTFile.h"
 #include "hdnt/platform/InputFile.h"
 
@@ -47,7 +48,7 @@ bool readSource(const std::string& path, std::string& out, std::string& reason) 
 void copySource(std::string_view text, std::string& out) {
     constexpr size_t largePage = size_t{1} << 21;
     out.clear();
-    out.reserve(text.size());
+    out.reserve(text.size() + platform::bytes16Room);
     if (text.size() >= 4 * largePage) {
         const auto begin = reinterpret_cast<std::uintptr_t>(out.data());
         const size_t toLargePage = (largePage - begin % largePage) % largePage;

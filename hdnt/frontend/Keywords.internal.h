@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -86,58 +88,82 @@ inline constexpr Keyword keywords[] = {
     {"INLINE", InlineKeyword},
 };
 
-/// The last eight characters of a word, put together while it is read: what tells words apart in one comparison.
-/// A word of up to eight characters is the only one of its length with its key.
+/// The first eight characters of a word in a number, the first one lowest, zeros behind a shorter one: what tells words
+/// apart in one comparison.
 using WordKey = std::uint64_t;
-
-/// The key of a word with one character more.
-constexpr WordKey keyWith(WordKey key, char c) { return key << 8 | static_cast<unsigned char>(c); }
 
 constexpr WordKey keyOf(std::string_view word) {
     WordKey key = 0;
-    for (const char c : word) key = keyWith(key, c);
+    for (std::size_t i = 0; i < word.size() && i < sizeof key; ++i)
+        key |= static_cast<WordKey>(static_cast<unsigned char>(word[i])) << (8 * i);
     return key;
+}
+
+/// The key of eight characters at once.
+inline WordKey keyAt(const char* characters) {
+    WordKey key = 0;
+    std::memcpy(&key, characters, sizeof key);
+    return std::endian::native == std::endian::big ? __builtin_bswap64(key) : key;
 }
 
 namespace detail {
 
+constexpr std::size_t keywordSlots = 256;
+constexpr std::size_t longestKeyword = 2 * sizeof(WordKey) - 1;
+
 struct KeywordSlot {
-    WordKey key = 0;
-    char head[sizeof(WordKey)] = {}; ///< the first eight characters
+    WordKey head = 0; ///< key of the word
     int token = 0;
     unsigned length = 0;
 };
 
-constexpr size_t keywordSlots = 256;
+struct KeywordTable {
+    std::array<KeywordSlot, keywordSlots> slots{};
+    std::array<WordKey, keywordSlots> tails{};       ///< keys of the last eight characters of words that have more
+    std::array<WordKey, longestKeyword + 1> masks{}; ///< what belongs to a word of so many characters in a key
+};
 
 // The factor was found by trial: no two keywords meet in a slot. Another one is due when a new keyword does not
 // compile.
-constexpr size_t slotOf(WordKey key) { return (key * 0xc4c89b9bdb31f2dfU) >> 56; }
+constexpr std::size_t slotOf(WordKey key) { return (key * 0x5be4667e71e6e809U) >> 56; }
 
-consteval std::array<KeywordSlot, keywordSlots> makeKeywordTable() {
-    std::array<KeywordSlot, keywordSlots> table{};
+consteval KeywordTable makeKeywordTable() {
+    KeywordTable table;
+    for (std::size_t length = 1; length < table.masks.size(); ++length)
+        table.masks[length] = ~WordKey{0} >> (64 - 8 * std::min(length, sizeof(WordKey)));
     for (const auto& [spelling, token] : keywords) {
-        KeywordSlot& slot = table[slotOf(keyOf(spelling))];
-        if (slot.key || spelling.size() > 2 * sizeof slot.key) throw "two keywords in a slot, or one that is too long";
-        slot.key = keyOf(spelling);
-        slot.token = token;
-        slot.length = static_cast<unsigned>(spelling.size());
-        std::copy_n(spelling.begin(), std::min(spelling.size(), sizeof slot.head), slot.head);
+        const std::size_t length = spelling.size();
+        const WordKey key = keyOf(spelling);
+        KeywordSlot& slot = table.slots[slotOf(key)];
+        if (slot.head || length > longestKeyword) throw "two keywords in a slot, or one that is too long";
+        slot = {key, token, static_cast<unsigned>(length)};
+        if (length > sizeof key) table.tails[slotOf(key)] = keyOf(spelling.substr(length - sizeof key));
     }
     return table;
 }
 
-inline constexpr auto keywordTable = makeKeywordTable();
+inline constexpr KeywordTable keywordTable = makeKeywordTable();
 
 } // namespace detail
 
-/// The token of a reserved word, or its FileKeyword; 0 for any other text. `word` is not empty, and `key` is its key.
-inline int keywordToken(WordKey key, std::string_view word) {
-    const detail::KeywordSlot& slot = detail::keywordTable[detail::slotOf(key)];
-    if (slot.key != key || slot.length != word.size()) return 0;
-    return word.size() <= sizeof key || std::memcmp(slot.head, word.data(), sizeof key) == 0 ? slot.token : 0;
+/// The token of a reserved word, or its FileKeyword; 0 for any other text. The word has from 1 to 15 characters, and
+/// eight bytes may be read from its beginning on, whatever its length is.
+inline int keywordTokenAt(const char* word, std::size_t length) {
+    const detail::KeywordTable& table = detail::keywordTable;
+    const WordKey key = keyAt(word) & table.masks[length];
+    const std::size_t slot = detail::slotOf(key);
+    if (table.slots[slot].head != key) return 0;
+    if (length < sizeof key) return table.slots[slot].token; // no other word has its key
+    if (table.slots[slot].length != length) return 0;
+    return length == sizeof key || table.tails[slot] == keyAt(word + length - sizeof key) ? table.slots[slot].token : 0;
 }
 
-inline int keywordToken(std::string_view word) { return keywordToken(keyOf(word), word); }
+/// The same for a text that has no room behind it.
+inline int keywordToken(std::string_view word) {
+    char room[detail::longestKeyword + 1] = {};
+    if (word.empty() || word.size() > detail::longestKeyword) return 0;
+    std::copy(word.begin(), word.end(), room);
+    return keywordTokenAt(room, word.size());
+}
 
 } // namespace hdnt::frontend

@@ -3,6 +3,7 @@
 #include "hdnt/frontend/Keywords.internal.h"
 #include "hdnt/frontend/ScannerState.internal.h"
 #include "hdnt/frontend/TokenText.internal.h"
+#include "hdnt/platform/Bytes16.internal.h"
 #include "hdnt/platform/Text.h"
 
 #include <locale.h>
@@ -17,10 +18,15 @@
 
 namespace hdnt::frontend {
 
+using platform::blanksEnd;
+using platform::Bytes16;
+using platform::findAny;
+using platform::wordEnd;
+
 namespace {
 
 // What a token may begin with; the kinds that words are made of come first.
-enum class Kind : unsigned char { Letter, Digit, Quote, Punctuation, Operator, Newline, Tab, Nul, Other };
+enum class Kind : unsigned char { Letter, Digit, Quote, Punctuation, Operator, Newline, Tab, Other };
 
 constexpr std::array<Kind, 256> makeKinds() {
     std::array<Kind, 256> kinds{};
@@ -30,7 +36,6 @@ constexpr std::array<Kind, 256> makeKinds() {
     kinds['_'] = Kind::Letter;
     kinds['\t'] = Kind::Tab;
     kinds['\n'] = Kind::Newline;
-    kinds['\0'] = Kind::Nul;
     kinds['"'] = Kind::Quote;
     for (const char c : std::string_view("$%()*+,.:;[]{}")) kinds[static_cast<unsigned char>(c)] = Kind::Punctuation;
     for (const char c : std::string_view("-/<>=!&|")) kinds[static_cast<unsigned char>(c)] = Kind::Operator;
@@ -79,21 +84,20 @@ void Scanner::popState() {
     states_.pop_back();
 }
 
-// The place of what begins at the offset.
-void Scanner::locate(ptrdiff_t offset, ptrdiff_t length) {
-    yyltype& location = HDNTParserlloc;
-    const int column = static_cast<int>(offset - columnZero_);
-    location = {fileName_,   line_, globalLine_, column, location.last_line, column + static_cast<int>(length) - 1,
-                storeOffset_};
+void Scanner::locate(const char* begin, const char* end) {
+    const int lastLine = HDNTParserlloc.last_line;
+    HDNTParserlloc = placeOf(begin, end);
+    HDNTParserlloc.last_line = lastLine;
+    placed_ = true;
 }
 
 void Scanner::newline() {
-    locate(cursor_ - textBegin_, 1);
+    locate(cursor_, cursor_ + 1);
     ++cursor_;
-    lineEnd_ = nullptr;
+    lineRead_ = wholeText_;
     ++line_;
     ++globalLine_;
-    setColumn(1);
+    setColumn(cursor_, 1);
 }
 
 // The newline behind a line's last token; the next line is captured before its first.
@@ -103,67 +107,88 @@ void Scanner::endLine() {
     captureLine();
 }
 
-// One column further than usual tab stops after a tab in column 8, 16, ...: the columns that reports underline.
-void Scanner::tab() {
-    locate(cursor_ - textBegin_, 1);
-    ++cursor_;
-    setColumn(column() - column() % 8 + 9);
+// The same where a text is there in full. What is behind it will have the place of the last match, if there is
+// anything.
+const char* Scanner::passNewline(const char* newline) {
+    if (!wholeText_) {
+        cursor_ = newline;
+        endLine();
+        return cursor_;
+    }
+    const char* const next = newline + 1;
+    pendingCapture_ = next == textEnd_;
+    if (pendingCapture_) locate(newline, next);
+    ++line_;
+    ++globalLine_;
+    setColumn(next, 1);
+    if (!pendingCapture_) storeLine(next);
+    return next;
 }
 
-int Scanner::accept(const char* start, const char* end, int token) {
-    matchLength_ = static_cast<size_t>(end - start);
-    matchStart_ = static_cast<size_t>(start - textBegin_);
-    locate(start - textBegin_, end - start);
-    cursor_ = end;
+// One column further than usual tab stops after a tab in column 8, 16, ...: the columns that reports underline.
+const char* Scanner::passTab(const char* tab) {
+    locate(tab, tab + 1);
+    cursor_ = tab + 1;
+    const int column = columnOf(cursor_);
+    setColumn(cursor_, column - column % 8 + 9);
+    return cursor_;
+}
+
+int Scanner::acceptPlaced(const char* start, const char* end, int token) {
+    accept(start, end, token);
+    locate(start, end);
     return token;
 }
 
 // The match grows back to where the comment or statement began.
 int Scanner::endPiece(Piece piece) {
     if (!pieces_) return StateChanged;
-    matchLength_ += matchStart_ - pieceStart_;
-    matchStart_ = pieceStart_;
+    matchBegin_ = pieceBegin_;
     return piece;
+}
+
+void Scanner::storeLine(const char* start) {
+    if (pieces_) return;
+    lines_.add(buffers_.back()->text, static_cast<size_t>(start - textBegin_), follows_);
+    follows_ = true;
 }
 
 // Stores the coming line, and the empty ones before it.
 void Scanner::captureLine() {
     for (;;) {
-        if (!lineEnd_) findLineEnd();
+        if (!lineRead_) readLine();
         if (atEnd()) return;
-        if (!pieces_) {
-            lines_.add(buffers_.back()->text, static_cast<size_t>(cursor_ - textBegin_),
-                       static_cast<size_t>(lineEnd_ - textBegin_));
-        }
-        if (cursor_ != lineEnd_) break;
+        storeLine(cursor_);
+        if (*cursor_ != '\n') break;
         newline();
     }
     pendingCapture_ = false;
-    setColumn(1);
+    setColumn(cursor_, 1);
 }
 
 int Scanner::skipComment() {
-    if (!lineEnd_) findLineEnd();
-    while (cursor_ != lineEnd_) {
+    if (!lineRead_) readLine();
+    while (!atEnd()) {
+        cursor_ = findAny<Bytes16, '*', '\t', '\n'>(cursor_, textEnd_);
+        if (*cursor_ == '\n') {
+            endLine();
+            return StateChanged;
+        }
         if (*cursor_ == '*' && cursor_[1] == '/') {
-            accept(cursor_, cursor_ + 2, 0);
+            acceptPlaced(cursor_, cursor_ + 2, 0);
             state_ = State::Normal;
             return endPiece(BlockComment);
         }
         if (*cursor_ == '\t') {
-            tab();
-        } else {
-            if (cursor_ + 1 == textEnd_) locate(cursor_ - textBegin_, 1);
-            ++cursor_;
+            passTab(cursor_);
+            continue;
         }
+        if (!atEnd()) ++cursor_;
+        if (atEnd()) locate(cursor_ - 1, cursor_);
     }
-    if (atEnd()) {
-        if (prints()) std::puts("Unterminated comment");
-        HDNTError::notify({HDNTNotice::Kind::UnterminatedComment, commentStart_, {}, {}});
-        return 0;
-    }
-    endLine();
-    return StateChanged;
+    if (prints()) std::puts("Unterminated comment");
+    HDNTError::notify({HDNTNotice::Kind::UnterminatedComment, commentStart_, {}, {}});
+    return 0;
 }
 
 int Scanner::scanNumber(const char* start, bool negative) {
@@ -175,47 +200,45 @@ int Scanner::scanNumber(const char* start, bool negative) {
         const bool hex = end[1] == 'h';
         end += 2;
         while (hex ? isHexDigit(*end) : *end == '0' || *end == '1') ++end;
-        HDNTParserlval.text = TokenTexts::make(start, end);
         return accept(start, end, hex ? T_HexConstant : T_BinaryConstant);
     }
-    if (*end == '.') {
-        end = skipDigits(end + 1);
-        HDNTParserlval.doubleValue = doubleValue(start, end);
-        accept(start, end, 0);
-        if (std::isinf(HDNTParserlval.doubleValue)) overflown(start, end, negative ? "-inf" : "inf");
-        return T_DoubleConstant;
-    }
-    accept(start, end, 0);
-    if (end - start > longestExact) return scanLongInteger(start, end);
-    HDNTParserlval.intValue = static_cast<int>(static_cast<unsigned>(negative ? 0 - value : value));
+    accept(start, end, T_IntConstant);
+    if (*end == '.') return scanFraction(negative);
+    if (end - start > longestExact) return scanLongInteger();
+    value_.intValue = static_cast<int>(static_cast<unsigned>(negative ? 0 - value : value));
     return T_IntConstant;
 }
 
+// Behind the digits that were accepted is a point.
+int Scanner::scanFraction(bool negative) {
+    const char* const end = skipDigits(matchEnd_ + 1);
+    accept(matchBegin_, end, T_DoubleConstant);
+    value_.doubleValue = doubleValue(matchBegin_, end);
+    if (std::isinf(value_.doubleValue)) overflown(negative ? "-inf" : "inf");
+    return T_DoubleConstant;
+}
+
 // The low 32 bits of what 64 bits hold of it.
-int Scanner::scanLongInteger(const char* start, const char* end) {
-    const long value = saturatedValue(start, end);
-    const int kept = static_cast<int>(static_cast<unsigned long>(value) & 0xffffffffUL);
-    HDNTParserlval.intValue = kept;
-    if (kept != value) overflown(start, end, std::to_string(kept));
+int Scanner::scanLongInteger() {
+    const long value = saturatedValue(matchBegin_, matchEnd_);
+    value_.intValue = static_cast<int>(static_cast<unsigned long>(value) & 0xffffffffUL);
+    if (value_.intValue != value) overflown(std::to_string(value_.intValue));
     return T_IntConstant;
 }
 
 // The number that was accepted last is read as another one.
-void Scanner::overflown(const char* start, const char* end, const std::string& readAs) const {
+void Scanner::overflown(const std::string& readAs) {
     constexpr size_t longestShown = 40;
-    const std::string number = platform::clipped({start, static_cast<size_t>(end - start)}, longestShown);
-    if (!pieces_) notify(HDNTNotice::Kind::NumberOverflow, number, "it is read as " + readAs);
+    if (pieces_) return;
+    syncPlace();
+    notify(HDNTNotice::Kind::NumberOverflow, platform::clipped(tokenText(), longestShown), "it is read as " + readAs);
 }
 
 int Scanner::scanString(const char* start) {
-    const size_t rest = static_cast<size_t>(lineEnd_ - start - 1);
-    if (const void* quote = std::memchr(start + 1, '"', rest)) {
-        const char* const end = static_cast<const char*>(quote);
-        HDNTParserlval.text = TokenTexts::make(start + 1, end);
-        return accept(start, end + 1, T_StringConstant);
-    }
-    accept(start, lineEnd_, 0);
-    const std::string text(start, lineEnd_);
+    const char* const end = findAny<Bytes16, '"', '\n'>(start + 1, textEnd_);
+    if (end != textEnd_ && *end == '"') return accept(start, end + 1, T_StringConstant);
+    acceptPlaced(start, end, 0);
+    const std::string text(start, end);
     if (prints()) {
         std::puts(text.c_str());
         std::puts("Unterminated string constant");
@@ -225,27 +248,16 @@ int Scanner::scanString(const char* start) {
 }
 
 int Scanner::scanWord(const char* start) {
-    const char* end = start;
-    WordKey key = 0;
-    do key = keyWith(key, *end);
-    while (isWordPart(*++end));
-    const int token = keywordToken(key, {start, static_cast<size_t>(end - start)});
-    if (token == 0) return acceptIdentifier(start, end);
-    accept(start, end, token);
-    if (token < 0) return beginFileStatement(token);
-    if (token == T_BoolConstant) HDNTParserlval.boolValue = *start == 't';
-    return token;
-}
-
-int Scanner::acceptIdentifier(const char* start, const char* end) {
+    const char* const end = wordEnd(start);
     const std::string_view word(start, static_cast<size_t>(end - start));
-    accept(start, end, T_Identifier);
-    constexpr size_t room = sizeof HDNTParserlval.identifier;
-    if (word.size() >= room) HDNTError::LongIdentifier(&HDNTParserlloc, std::string(word).c_str());
-    const size_t length = std::min(word.size(), room - 1);
-    std::memcpy(HDNTParserlval.identifier, start, length);
-    HDNTParserlval.identifier[length] = '\0';
-    return T_Identifier;
+    const int token = keywordToken(word);
+    if (token < 0) return beginFileStatement(acceptPlaced(start, end, token));
+    accept(start, end, token == 0 ? +T_Identifier : token);
+    if (word.size() >= sizeof HDNTParserlval.identifier) {
+        syncPlace();
+        HDNTError::LongIdentifier(&HDNTParserlloc, std::string(word).c_str());
+    }
+    return token == 0 ? +T_Identifier : token;
 }
 
 // The token of an operator of two characters; 0 when these are none.
@@ -263,51 +275,73 @@ int Scanner::scanOperator(const char* start) {
     const char first = start[0];
     const char second = start[1];
     if (first == '-' && isDigit(second)) return scanNumber(start, true);
-    if (first == '/' && second == '/') return accept(start, lineEnd_, pieces_ ? LineComment : StateChanged);
+    if (first == '/' && second == '/') return acceptPlaced(start, lineEnd(start), pieces_ ? LineComment : StateChanged);
     if (first == '/' && second == '*') {
         state_ = State::Comment;
-        accept(start, start + 2, StateChanged);
+        acceptPlaced(start, start + 2, StateChanged);
         commentStart_ = HDNTParserlloc;
-        pieceStart_ = matchStart_;
+        pieceBegin_ = start;
         return StateChanged;
     }
     if (const int token = pairToken(first, second)) return accept(start, start + 2, token);
-    if (first != '!' && first != '|') return accept(start, start + 1, first);
-    accept(start, start + 1, 0);
-    HDNTError::UnrecogChar(&HDNTParserlloc, first);
+    return first == '!' || first == '|' ? unrecognized(start) : accept(start, start + 1, first);
+}
+
+int Scanner::unrecognized(const char* start) {
+    acceptPlaced(start, start + 1, 0);
+    HDNTError::UnrecogChar(&HDNTParserlloc, *start);
     return StateChanged;
+}
+
+// Blanks have a place only where nothing follows them.
+int Scanner::endOfText(const char* gap, const char* end) {
+    cursor_ = end;
+    if (gap != end) acceptPlaced(gap, end, 0);
+    else syncPlace();
+    return endOfInput() ? StateChanged : 0;
+}
+
+static const char* behindBlanks(const char* start) {
+    if (*start == ' ' && *++start == ' ') start = blanksEnd(start);
+    return start;
+}
+
+// Most tokens; `otherwise`, when nothing has happened, what needs another look.
+template <typename Otherwise>
+int Scanner::scanHere(const char* start, Otherwise otherwise) {
+    switch (kindOf(*start)) {
+    case Kind::Letter: {
+        const size_t length = Bytes16(start).letters().firstUnset();
+        if (length == 16 || isWordPart(start[length])) return otherwise();
+        const int token = keywordTokenAt(start, length);
+        return token <= 0 ? otherwise() : accept(start, start + length, token);
+    }
+    case Kind::Quote: {
+        const Bytes16 bytes(start + 1);
+        const size_t length = (bytes.equal('"') | bytes.equal('\n')).first();
+        const char* const end = start + 1 + length;
+        return length == 16 || *end != '"' ? otherwise() : accept(start, end + 1, T_StringConstant);
+    }
+    case Kind::Punctuation: return accept(start, start + 1, *start);
+    case Kind::Digit: return scanNumber(start, false);
+    default: return *start == '=' && start[1] != '=' ? accept(start, start + 1, '=') : otherwise();
+    }
 }
 
 // One token, or StateChanged when the caller has to look at the state again. Every text has a zero behind its end.
 int Scanner::scanText() {
-    if (!lineEnd_) findLineEnd();
+    if (!lineRead_) readLine();
+    const char* gap = cursor_;
     for (;;) {
-        const char* start = cursor_;
-        while (*start == ' ') ++start;
+        const char* const start = behindBlanks(gap);
+        if (const int token = scanHere(start, [] { return +StateChanged; }); token != StateChanged) return token;
         switch (kindOf(*start)) {
+        case Kind::Newline: gap = passNewline(start); break;
+        case Kind::Tab: gap = passTab(start); break;
         case Kind::Letter: return scanWord(start);
-        case Kind::Digit: return scanNumber(start, false);
         case Kind::Quote: return scanString(start);
-        case Kind::Punctuation: return accept(start, start + 1, *start);
         case Kind::Operator: return scanOperator(start);
-        case Kind::Newline:
-            cursor_ = start;
-            endLine();
-            break;
-        case Kind::Tab:
-            cursor_ = start;
-            tab();
-            break;
-        case Kind::Nul:
-            if (start == textEnd_) {
-                if (start != cursor_) accept(cursor_, start, 0); // blanks have a place only where nothing follows them
-                return endOfInput() ? StateChanged : 0;
-            }
-            [[fallthrough]];
-        case Kind::Other:
-            accept(start, start + 1, 0);
-            HDNTError::UnrecogChar(&HDNTParserlloc, *start);
-            break;
+        default: return start == textEnd_ ? endOfText(gap, start) : unrecognized(start);
         }
     }
 }
@@ -320,13 +354,50 @@ int Scanner::scanBesideText() {
     return StateChanged;
 }
 
-int Scanner::next() {
-    if (!cursor_) load();
+int Scanner::scanOn() {
     for (;;) {
+        if (!cursor_) load();
         const bool inText = state_ == State::Normal || state_ == State::Initial;
         const int token = inText ? scanText() : scanBesideText();
         if (token != StateChanged) return token;
     }
+}
+
+// The first token of a line.
+int Scanner::scanNextLine(const char* newline) {
+    cursor_ = passNewline(newline);
+    return scanHere(behindBlanks(cursor_), [this] { return scanOn(); });
+}
+
+int Scanner::scan() {
+    if (!cursor_ || state_ != State::Normal || !lineRead_) return scanOn();
+    const char* const start = behindBlanks(cursor_);
+    if (*start == '\n') return scanNextLine(start);
+    return scanHere(start, [this] { return scanOn(); });
+}
+
+static std::string* copied(std::string_view text) { return TokenTexts::make(text.data(), text.data() + text.size()); }
+
+void Scanner::giveValue(int token) {
+    switch (token) {
+    case T_IntConstant: HDNTParserlval.intValue = value_.intValue; break;
+    case T_DoubleConstant: HDNTParserlval.doubleValue = value_.doubleValue; break;
+    case T_BoolConstant: HDNTParserlval.boolValue = tokenBool(); break;
+    case T_StringConstant: HDNTParserlval.text = copied(stringText()); break;
+    case T_Identifier: {
+        const std::string_view read = tokenText().substr(0, sizeof HDNTParserlval.identifier - 1);
+        *std::copy(read.begin(), read.end(), HDNTParserlval.identifier) = '\0';
+        break;
+    }
+    default: HDNTParserlval.text = copied(tokenText());
+    }
+}
+
+int Scanner::next() {
+    const int token = scan();
+    syncPlace();
+    if (token >= T_Identifier && token <= T_BoolConstant) giveValue(token);
+    return token;
 }
 
 } // namespace hdnt::frontend

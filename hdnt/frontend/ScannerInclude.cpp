@@ -33,7 +33,7 @@ std::string Scanner::findFile(const std::string& name) const {
 
 // Behind INCLUDE or INLINE: what follows is read in a file-name state.
 int Scanner::beginFileStatement(int keyword) {
-    pieceStart_ = matchStart_;
+    pieceBegin_ = matchBegin_;
     if (keyword == InlineKeyword) pushState(State::InlineFile);
     else state_ = State::IncludeFile;
     return StateChanged;
@@ -42,33 +42,24 @@ int Scanner::beginFileStatement(int keyword) {
 // In a file-name state: a line that holds a ";" is the file-name line and is taken with its newline. Of any other line,
 // blank space is passed over and the rest echoed, and the next line is tried.
 int Scanner::fileStatement() {
-    if (!lineEnd_) findLineEnd();
-    const size_t length = static_cast<size_t>(lineEnd_ - cursor_);
-    if (lineEnd_ != textEnd_ && std::memchr(cursor_, ';', length)) {
-        const char* start = cursor_;
-        while (isBlank(*start)) ++start;
-        const char* end = start;
-        while (!isBlank(*end) && *end != ';') ++end;
-        const std::string name(start, end);
-        const bool once = state_ == State::IncludeFile;
-        if (!pieces_) tellOfTrailingText(end);
-        accept(cursor_, lineEnd_ + 1, 0);
-        lineEnd_ = nullptr;
-        if (pieces_) passOver(once);
-        else include(name, once);
+    if (!lineRead_) readLine();
+    const char* const lineEnd = this->lineEnd(cursor_);
+    const std::string_view line(cursor_, static_cast<size_t>(lineEnd - cursor_));
+    if (lineEnd != textEnd_ && line.find(';') != line.npos) {
+        takeFileName(lineEnd);
         return endPiece(FileStatement);
     }
-    if (!pieces_) passedOver();
-    while (cursor_ != lineEnd_) {
+    if (!pieces_) passedOver(line);
+    while (cursor_ != lineEnd) {
         const char* end = cursor_;
         while (isBlank(*end)) ++end;
         if (end == cursor_) {
             if (prints() || (output_ && !pieces_)) std::fputc(*cursor_, output());
-            accept(cursor_, cursor_ + 1, 0);
+            acceptPlaced(cursor_, cursor_ + 1, 0);
         } else if (end == cursor_ + 1 && *cursor_ == '\t') {
-            tab();
+            passTab(cursor_);
         } else {
-            accept(cursor_, end, 0);
+            acceptPlaced(cursor_, end, 0);
         }
     }
     if (atEnd()) return endOfInput() ? StateChanged : 0;
@@ -76,11 +67,25 @@ int Scanner::fileStatement() {
     return StateChanged;
 }
 
+// The coming line has a ";".
+void Scanner::takeFileName(const char* lineEnd) {
+    const char* start = cursor_;
+    while (isBlank(*start)) ++start;
+    const char* end = start;
+    while (!isBlank(*end) && *end != ';') ++end;
+    const std::string name(start, end);
+    const bool once = state_ == State::IncludeFile;
+    if (!pieces_) tellOfTrailingText({end, static_cast<size_t>(lineEnd - end)});
+    acceptPlaced(cursor_, lineEnd + 1, 0);
+    lineRead_ = wholeText_;
+    if (pieces_) passOver(once);
+    else include(name, once);
+}
+
 // The coming line is no file-name line.
-void Scanner::passedOver() {
-    const std::string_view line(cursor_, static_cast<size_t>(lineEnd_ - cursor_));
+void Scanner::passedOver(std::string_view line) {
     const size_t first = line.find_first_not_of(" \t");
-    if (first != line.npos) notifyAt(cursor_ + first, HDNTNotice::Kind::IncludeText);
+    if (first != line.npos) notifyAt(line.substr(first), HDNTNotice::Kind::IncludeText);
 }
 
 // How much of a text's beginning is blank space or a whole comment. One that goes on in the next line is none.
@@ -92,22 +97,21 @@ static size_t ignorable(std::string_view text) {
 }
 
 // The line goes with the statement, whatever stands on it.
-void Scanner::tellOfTrailingText(const char* nameEnd) {
-    std::string_view rest(nameEnd, static_cast<size_t>(lineEnd_ - nameEnd));
+void Scanner::tellOfTrailingText(std::string_view rest) {
     for (bool ended = false; !rest.empty();) {
         const bool ends = !ended && rest.front() == ';';
         const size_t skipped = ends ? 1 : ignorable(rest);
-        if (skipped == 0) return notifyAt(rest.data(), HDNTNotice::Kind::IncludeTrailingText);
+        if (skipped == 0) return notifyAt(rest, HDNTNotice::Kind::IncludeTrailingText);
         rest.remove_prefix(skipped);
         ended |= ends;
     }
 }
 
 // Of the rest of the line from there on, which is no token.
-void Scanner::notifyAt(const char* start, HDNTNotice::Kind kind) {
+void Scanner::notifyAt(std::string_view restOfLine, HDNTNotice::Kind kind) {
     const yyltype before = HDNTParserlloc;
-    locate(start - textBegin_, lineEnd_ - start);
-    notify(kind, {start, static_cast<size_t>(lineEnd_ - start)});
+    HDNTParserlloc = placeOf(restOfLine.data(), restOfLine.data() + restOfLine.size());
+    notify(kind, restOfLine);
     HDNTParserlloc = before;
 }
 
@@ -119,7 +123,7 @@ void Scanner::passOver(bool once) {
 // The statement's line is done with: back to the state around it, and on to the next line.
 void Scanner::endStatement(bool once) {
     ++globalLine_;
-    setColumn(1);
+    setColumn(cursor_, 1);
     if (once) state_ = State::Normal;
     else popState();
     pendingCapture_ = true;
@@ -172,11 +176,12 @@ bool Scanner::open(const std::string& path, bool once) {
     return true;
 }
 
-// True when an including file goes on.
+// True when an including file goes on. Tokens of the one that ended may still be looked at.
 bool Scanner::endOfInput() {
     if (debug_) std::puts("FILE ENDED");
     if (saved_.empty()) return false;
     unload();
+    if (buffers_.back()) kept_.push_back(buffers_.back()->text);
     delete buffers_.back();
     const SavedInput saved = saved_.back();
     saved_.pop_back();
@@ -187,7 +192,7 @@ bool Scanner::endOfInput() {
     pushState(State::LineCapture);
     if (!pendingCapture_) {
         ++globalLine_;
-        setColumn(1);
+        setColumn(cursor_, 1);
     }
     pendingCapture_ = true;
     return true;

@@ -1,9 +1,12 @@
 #include "hdnt/frontend/ScannerState.internal.h"
+#include "hdnt/platform/Bytes16.internal.h"
 #include "hdnt/platform/HSTUniqString.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <utility>
 
 namespace hdnt::frontend {
 
@@ -12,7 +15,7 @@ void fatal(const char* text) {
     std::exit(2);
 }
 
-// cursor_, lineEnd_, textBegin_ and textEnd_ point into the current buffer between load() and unload().
+// cursor_, textBegin_ and textEnd_ point into the current buffer between load() and unload().
 void Scanner::load() {
     if (buffers_.empty()) buffers_.push_back(nullptr);
     if (!buffers_.back()) {
@@ -21,18 +24,21 @@ void Scanner::load() {
         buffers_.back()->ownedByScanner = true;
     }
     const yy_buffer_state& buffer = *buffers_.back();
-    const std::string& bytes = buffer.text->bytes;
+    std::string& bytes = buffer.text->bytes;
+    platform::makeRoom(bytes);
     textBegin_ = bytes.data();
     cursor_ = textBegin_ + buffer.position;
     textEnd_ = bytes.data() + bytes.size();
-    lineEnd_ = nullptr;
-    setColumn(column_);
+    wholeText_ = lineRead_ = !buffer.input;
+    follows_ = false;
+    setColumn(cursor_, column_);
 }
 
 // To be called before another input becomes current, and before position and column are read or set.
 void Scanner::unload() {
     if (!cursor_) return;
-    column_ = column();
+    syncPlace();
+    column_ = columnOf(cursor_);
     buffers_.back()->position = static_cast<size_t>(cursor_ - textBegin_);
     cursor_ = nullptr;
 }
@@ -44,41 +50,73 @@ bool Scanner::refill(size_t& scanned) {
     constexpr size_t chunk = 8192;
     std::string& bytes = buffer.text->bytes;
     const size_t position = static_cast<size_t>(cursor_ - textBegin_);
+    const int column = columnOf(cursor_);
     scanned = bytes.size();
-    if (bytes.capacity() < scanned + chunk) bytes.reserve(std::max(bytes.capacity() * 2, scanned + chunk));
-    bytes.resize(scanned + chunk);
+    grow(bytes, scanned + chunk + platform::bytes16Room);
     buffer.input->read(bytes.data() + scanned, chunk);
     bytes.resize(scanned + static_cast<size_t>(buffer.input->gcount()));
     if (buffer.input->bad()) fatal("input in flex scanner failed");
-    if (textBegin_ != bytes.data()) lines_.textMoved();
     textBegin_ = bytes.data();
     cursor_ = textBegin_ + position;
     textEnd_ = textBegin_ + bytes.size();
+    setColumn(cursor_, column);
     return bytes.size() > scanned;
 }
 
-void Scanner::findLineEnd() {
+// What the text grows out of stays, for tokens may still be looked at there.
+void Scanner::grow(std::string& bytes, size_t size) {
+    if (bytes.capacity() < size) {
+        std::string left;
+        left.reserve(std::max(bytes.capacity() * 2, size));
+        bytes.swap(left.assign(bytes));
+        if (!left.empty()) kept_.push_back(std::make_shared<SourceText>(SourceText{std::move(left)}));
+        lines_.textMoved();
+    }
+    bytes.resize(size);
+}
+
+// The newline behind a byte of a line that was read; the end of the text when there is none.
+const char* Scanner::lineEnd(const char* from) const {
+    const void* const found = std::memchr(from, '\n', static_cast<size_t>(textEnd_ - from));
+    return found ? static_cast<const char*>(found) : textEnd_;
+}
+
+void Scanner::readLine() {
     size_t scanned = static_cast<size_t>(cursor_ - textBegin_);
-    do {
-        const char* const from = textBegin_ + scanned;
-        if (const void* found = std::memchr(from, '\n', static_cast<size_t>(textEnd_ - from))) {
-            lineEnd_ = static_cast<const char*>(found);
-            return;
-        }
-    } while (refill(scanned));
-    lineEnd_ = textEnd_;
+    while (lineEnd(textBegin_ + scanned) == textEnd_ && refill(scanned)) continue;
+    lineRead_ = true;
 }
 
 char* Scanner::matchText() {
-    const yy_buffer_state* const buffer = buffers_.empty() ? nullptr : buffers_.back();
-    matchText_.clear();
-    if (buffer && matchStart_ + matchLength_ <= buffer->text->bytes.size())
-        matchText_.assign(buffer->text->bytes, matchStart_, matchLength_);
+    matchText_.assign(tokenText());
     return matchText_.data();
+}
+
+// The text of a buffer that is no longer scanned. A parse may still look at tokens in it.
+void Scanner::release(std::shared_ptr<SourceText> text) {
+    if (!keptBefore_.empty()) return kept_.push_back(std::move(text));
+    const std::string& bytes = text->bytes;
+    const std::less<> before;
+    if (!before(matchBegin_, bytes.data()) && !before(bytes.data() + bytes.size(), matchBegin_))
+        matchBegin_ = matchEnd_ = nullptr;
+}
+
+void Scanner::discard(yy_buffer_state* buffer) {
+    if (!buffer) return;
+    release(std::move(buffer->text));
+    delete buffer;
+}
+
+// Tokens of what was kept in the innermost open text, or outside of all, are no longer looked at.
+void Scanner::letGo() {
+    const size_t before = keptBefore_.empty() ? 0 : keptBefore_.back();
+    if (kept_.size() > before) matchBegin_ = matchEnd_ = nullptr;
+    kept_.resize(before);
 }
 
 void Scanner::init() {
     unload();
+    if (keptBefore_.empty()) letGo();
     debug_ = !pieces_ && std::getenv("NTL_DEBUG") != nullptr;
     states_.clear();
     state_ = State::Normal;
@@ -93,22 +131,23 @@ void Scanner::init() {
     if (fileName_) files_.opened.emplace_back(fileName_);
     HDNTParserlloc = {};
     HDNTParserlloc.fileName = fileName_;
+    placed_ = true;
 }
 
 // Back to the input that the open INCLUDE and INLINE statements stand in.
 void Scanner::closeIncludes() {
     if (saved_.empty()) return;
     unload();
-    delete buffers_.back();
+    discard(buffers_.back());
     buffers_.back() = saved_.front().buffer;
-    for (size_t i = 1; i < saved_.size(); ++i) delete saved_[i].buffer;
+    for (size_t i = 1; i < saved_.size(); ++i) discard(saved_[i].buffer);
     saved_.clear();
 }
 
 // Forgets the inputs around the current one, whose scan was given up. Those a host made are the host's to delete.
 void Scanner::dropSaved() {
     for (const SavedInput& saved : saved_)
-        if (saved.buffer && saved.buffer->ownedByScanner) delete saved.buffer;
+        if (saved.buffer && saved.buffer->ownedByScanner) discard(saved.buffer);
     saved_.clear();
 }
 
@@ -117,11 +156,14 @@ void Scanner::beginText(std::shared_ptr<SourceText> text) {
     dropSaved();
     buffers_.push_back(new yy_buffer_state);
     buffers_.back()->text = std::move(text);
+    keptBefore_.push_back(kept_.size());
 }
 
 void Scanner::endText() {
     closeIncludes();
     pop();
+    letGo();
+    keptBefore_.pop_back();
     states_.clear();
     state_ = State::Initial;
 }
@@ -136,12 +178,14 @@ void Scanner::destroy() {
     fileName_ = nullptr;
     input_ = nullptr;
     output_ = nullptr;
-    matchStart_ = matchLength_ = 0;
+    if (keptBefore_.empty()) letGo();
+    matchBegin_ = matchEnd_ = nullptr;
 }
 
 void Scanner::setInputOf(yy_buffer_state& buffer, std::istream* input) {
     unload();
-    buffer.text = std::make_shared<SourceText>();
+    release(std::exchange(buffer.text, std::make_shared<SourceText>()));
+    if (keptBefore_.empty()) letGo();
     buffer.position = 0;
     buffer.input = input;
 }
@@ -162,7 +206,7 @@ void Scanner::setInput(std::istream* input) {
 void Scanner::switchTo(yy_buffer_state* buffer) {
     unload();
     if (buffers_.empty()) buffers_.push_back(nullptr);
-    if (buffers_.back() && buffers_.back()->ownedByScanner) delete buffers_.back();
+    if (buffers_.back() && buffers_.back()->ownedByScanner) discard(buffers_.back());
     buffers_.back() = buffer;
 }
 
@@ -176,7 +220,7 @@ void Scanner::push(yy_buffer_state* buffer) {
 void Scanner::pop() {
     if (buffers_.empty()) return;
     unload();
-    delete buffers_.back();
+    discard(buffers_.back());
     buffers_.pop_back();
 }
 
@@ -185,7 +229,7 @@ void Scanner::forget(yy_buffer_state* buffer) {
     std::replace(buffers_.begin(), buffers_.end(), buffer, static_cast<yy_buffer_state*>(nullptr));
     for (SavedInput& saved : saved_)
         if (saved.buffer == buffer) saved.buffer = nullptr;
-    delete buffer;
+    discard(buffer);
 }
 
 void Scanner::flush(yy_buffer_state* buffer) {

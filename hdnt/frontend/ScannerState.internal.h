@@ -4,6 +4,7 @@
 #include "hdnt/diagnostics/LineStore.internal.h"
 #include "hdnt/frontend/Scanner.h"
 
+#include <cstdint>
 #include <istream>
 #include <memory>
 #include <string>
@@ -29,9 +30,8 @@ using diagnostics::SourceText;
 
 /// The scanner behind HDNTParserlex. Internal; one instance, never destroyed.
 ///
-/// It works line by line: LINE_CAPTURE finds the end of the coming line, stores the line, and the tokens of the line
-/// are then read between two pointers. So each byte is looked at a fixed number of times, however long a line is, and
-/// a stream never has to be refilled inside a token.
+/// Of a stream, whole lines are read before their tokens are, so that it never has to be refilled inside a token.
+/// Texts have room behind their end, for words, strings and blanks are looked at sixteen bytes at a time.
 class Scanner {
 public:
     static Scanner& instance() {
@@ -40,13 +40,48 @@ public:
         return *scanner;
     }
 
+    /// The next token with its value in HDNTParserlval and its place in HDNTParserlloc; 0 at the end.
     int next();
+
+    // For the parser, which reads tokens where they stand: nothing is copied, and only places that count are made.
+
+    /// The next token; 0 at the end, where HDNTParserlloc is the place of the last match. Of other tokens it need not
+    /// be, and HDNTParserlval stays as it was. Listeners that are called meanwhile find HDNTParserlloc as after next().
+    int scan();
+    /// Takes the coming token if it is that mark, one of $%()*+,.:;[]{} or =, with at most blanks before it. Else it is
+    /// false and nothing has happened, though the mark may be the next token.
+    bool scanExpected(char mark) {
+        if (!cursor_) return false;
+        const char* start = cursor_;
+        while (*start == ' ') ++start;
+        if (*start != mark || (mark == '=' && start[1] == '=')) return false;
+        accept(start, start + 1, mark);
+        return true;
+    }
+    /// The last token as written: with its quotes, and an identifier in full. It holds until endText(), also when it
+    /// came from an included file; without beginText(), as long as its input or until the next init().
+    std::string_view tokenText() const { return {matchBegin_, static_cast<size_t>(matchEnd_ - matchBegin_)}; }
+    /// The same of a T_StringConstant, without its quotes.
+    std::string_view stringText() const { return {matchBegin_ + 1, static_cast<size_t>(matchEnd_ - matchBegin_ - 2)}; }
+    /// The value of a T_IntConstant, T_DoubleConstant, T_BoolConstant.
+    int tokenInt() const { return value_.intValue; }
+    double tokenDouble() const { return value_.doubleValue; }
+    bool tokenBool() const { return *matchBegin_ == 't'; }
+    /// The place of the last token; at the end that of the last match. The others are of its members, of tokens only.
+    yyltype tokenPlace() const { return placed_ ? HDNTParserlloc : placeOf(matchBegin_, matchEnd_); }
+    int tokenLine() const { return globalLine_; }
+    int tokenLastColumn() const { return columnOf(matchEnd_) - 1; }
+    const char* fileName() const { return fileName_; }
+    /// Makes HDNTParserlloc what next() would have left in it.
+    void syncPlace() {
+        if (!placed_) locate(matchBegin_, matchEnd_);
+    }
 
     void init();
     void destroy();
 
-    /// Lays a complete text over the current input; endText drops it with all that it opened. File names, line store
-    /// and included names stay.
+    /// Lays a complete text over the current input; endText drops it with all that it opened, and what tokenText()
+    /// gave. File names, line store and included names stay.
     void beginText(std::shared_ptr<SourceText> text);
     void endText();
     /// Replaces the input of the current buffer.
@@ -63,7 +98,7 @@ public:
 
     FILE* output() const { return output_ ? output_ : stdout; }
     void setOutput(FILE* output) { output_ = output; }
-    int matchLength() const { return static_cast<int>(matchLength_); }
+    int matchLength() const { return static_cast<int>(matchEnd_ - matchBegin_); }
     char* matchText();
     bool debug() const { return debug_; }
     void setDebug(bool on) { debug_ = on; }
@@ -85,15 +120,15 @@ public:
     };
     Files& files() { return files_; }
 
-    /// What next() returns beside tokens while pieces are wanted.
+    /// What scan() returns beside tokens while pieces are wanted.
     enum Piece : int { LineComment = -2, BlockComment = -3, FileStatement = -4 };
     /// While on, a text is taken apart instead of read: comments, and INCLUDE and INLINE statements with their newline,
     /// come out like tokens, no file is opened, nothing is printed, and no line is stored. To be set before init().
     void setPieces(bool on) { pieces_ = on; }
     /// Where the match behind the last token or piece begins in its text.
-    size_t matchOffset() const { return matchStart_; }
+    size_t matchOffset() const { return static_cast<size_t>(matchBegin_ - textBegin_); }
     /// Where the last comment or statement began, and whether the text ended inside a statement.
-    size_t pieceOffset() const { return pieceStart_; }
+    size_t pieceOffset() const { return static_cast<size_t>(pieceBegin_ - textBegin_); }
     bool endedInStatement() const { return state_ == State::IncludeFile || state_ == State::InlineFile; }
 
     std::string findFile(const std::string& name) const;
@@ -110,25 +145,45 @@ private:
     static constexpr int StateChanged = -1;
 
     // Scanner.cpp
-    [[gnu::always_inline]] inline int scanText(); // the loop of next()
+    template <typename Otherwise>
+    [[gnu::always_inline]] inline int scanHere(const char* start, Otherwise otherwise); // the way of most tokens
+    int scanNextLine(const char* newline);
+    [[gnu::noinline]] int scanOn();
+    int scanText();
     int scanBesideText();
     int scanNumber(const char* start, bool negative);
-    int scanLongInteger(const char* start, const char* end);
-    void overflown(const char* start, const char* end, const std::string& readAs) const;
+    int scanFraction(bool negative);
+    int scanLongInteger();
+    void overflown(const std::string& readAs);
     int scanString(const char* start);
     int scanWord(const char* start);
-    int acceptIdentifier(const char* start, const char* end);
     int scanOperator(const char* start);
+    int unrecognized(const char* start);
+    void giveValue(int token);
+    int endOfText(const char* gap, const char* end);
+    void storeLine(const char* start);
     void captureLine();
     int skipComment();
-    int accept(const char* start, const char* end, int token);
+    int accept(const char* start, const char* end, int token) {
+        matchBegin_ = start;
+        matchEnd_ = cursor_ = end;
+        placed_ = false;
+        return token;
+    }
+    int acceptPlaced(const char* start, const char* end, int token);
     int endPiece(Piece piece);
-    void locate(ptrdiff_t offset, ptrdiff_t length);
-    int column() const { return static_cast<int>(cursor_ - textBegin_ - columnZero_); }
-    void setColumn(int column) { columnZero_ = cursor_ - textBegin_ - column; }
+    yyltype placeOf(const char* begin, const char* end) const {
+        return {fileName_, line_, globalLine_, columnOf(begin), 0, columnOf(end) - 1, storeOffset_};
+    }
+    void locate(const char* begin, const char* end);
+    int columnOf(const char* byte) const {
+        return static_cast<int>(reinterpret_cast<std::intptr_t>(byte) - columnZero_);
+    }
+    void setColumn(const char* byte, int column) { columnZero_ = reinterpret_cast<std::intptr_t>(byte) - column; }
     void newline();
     void endLine();
-    void tab();
+    const char* passNewline(const char* newline);
+    const char* passTab(const char* tab);
     void pushState(State state);
     void popState();
 
@@ -138,8 +193,13 @@ private:
     void closeIncludes();
     void dropSaved();
     void setInputOf(yy_buffer_state& buffer, std::istream* input);
-    void findLineEnd();
+    void discard(yy_buffer_state* buffer);
+    void release(std::shared_ptr<SourceText> text);
+    void letGo();
+    void readLine();
     bool refill(size_t& scanned);
+    void grow(std::string& bytes, size_t size);
+    const char* lineEnd(const char* from) const;
     bool atEnd() const { return cursor_ == textEnd_; }
 
     // ScannerInclude.cpp
@@ -148,9 +208,10 @@ private:
     void include(const std::string& name, bool once);
     bool open(const std::string& path, bool once);
     void passOver(bool once);
-    void passedOver();
-    void tellOfTrailingText(const char* nameEnd);
-    void notifyAt(const char* start, HDNTNotice::Kind kind);
+    void takeFileName(const char* lineEnd);
+    void passedOver(std::string_view line);
+    void tellOfTrailingText(std::string_view rest);
+    void notifyAt(std::string_view restOfLine, HDNTNotice::Kind kind);
     void endStatement(bool once);
     bool endOfInput();
     void notify(HDNTNotice::Kind kind, std::string_view text, std::string_view detail = {}) const;
@@ -160,6 +221,10 @@ private:
     std::vector<State> states_;
     yyltype commentStart_{};
     bool pendingCapture_ = false;
+    bool placed_ = true;     ///< HDNTParserlloc is the place of the last match
+    bool wholeText_ = false; ///< nothing of the current text is still to be read
+    bool lineRead_ = false;  ///< nor of the line at the cursor
+    bool follows_ = false;   ///< the next line to store is behind the one that was stored last
     bool debug_ = false;
     bool folderMode_ = false;
     bool pieces_ = false;
@@ -170,18 +235,20 @@ private:
     int filteredText_ = 0;
     const char* fileName_ = nullptr;
 
-    const char* cursor_ = nullptr;  ///< next byte; null: the current buffer is not loaded
-    const char* lineEnd_ = nullptr; ///< newline or end of text behind cursor_; null when not looked for yet
+    const char* cursor_ = nullptr; ///< next byte; null: the current buffer is not loaded
     const char* textBegin_ = nullptr;
     const char* textEnd_ = nullptr;
-    ptrdiff_t columnZero_ = 0; ///< the column of a byte is its offset less this: nothing has to count along
-    size_t matchStart_ = 0;
-    size_t matchLength_ = 0;
-    size_t pieceStart_ = 0;
+    std::intptr_t columnZero_ = 0; ///< the column of a byte is its address less this: nothing has to count along
+    const char* matchBegin_ = nullptr;
+    const char* matchEnd_ = nullptr;
+    const char* pieceBegin_ = nullptr;
+    NtlTokenValue value_{}; ///< of a number
     std::string matchText_;
 
-    std::vector<yy_buffer_state*> buffers_; ///< the last one is current; null where a buffer was deleted
-    std::vector<SavedInput> saved_;         ///< one for each open INCLUDE or INLINE
+    std::vector<yy_buffer_state*> buffers_;         ///< the last one is current; null where a buffer was deleted
+    std::vector<SavedInput> saved_;                 ///< one for each open INCLUDE or INLINE
+    std::vector<std::shared_ptr<SourceText>> kept_; ///< texts that were left, and may still be looked at
+    std::vector<size_t> keptBefore_;                ///< how many there were when each open text began
     Files files_;
     std::istream* input_ = nullptr;
     FILE* output_ = nullptr;

@@ -6,6 +6,7 @@
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/frontend/ScannerState.internal.h"
 #include "hdnt/frontend/TokenSet.h"
+#include "hdnt/platform/Bytes16.internal.h"
 #include "hdnt/platform/Decoder.internal.h"
 #include "hdnt/platform/Text.h"
 
@@ -65,11 +66,8 @@ public:
     ItemReader& operator=(const ItemReader&) = delete;
 
     bool read() {
-        while (const int kind = scanner_.next()) {
-            if (kind == T_StringConstant || kind == T_HexConstant || kind == T_BinaryConstant)
-                delete HDNTParserlval.text;
+        while (const int kind = scanner_.scan())
             add(kind, scanner_.matchOffset(), static_cast<std::size_t>(scanner_.matchLength()));
-        }
         if (scanner_.endedInStatement()) {
             push(SourceItem::FileStatement, scanner_.pieceOffset(), text_.size() - scanner_.pieceOffset());
             refuse(scanner_.pieceOffset(), "file statement without a ';' and the end of its line; add what is missing");
@@ -177,6 +175,7 @@ bool SourceItems::read(std::string text, SourceProblem& problem) {
     problem = SourceProblem();
     items_.clear();
     refusals_.clear();
+    platform::makeRoom(text); // the items are views, so that the text must not move any more
     text_ = std::make_shared<SourceText>(SourceText{std::move(text)});
     bytes_ = text_->bytes;
     if (platform::Decoder::forArchive(bytes_)) problem = problemAt(bytes_, 0, "compressed; expand it first");

@@ -1,5 +1,6 @@
 #include "hdnt/platform/InputFile.h"
 
+#include "hdnt/platform/Bytes16.internal.h"
 #include "hdnt/platform/Decoder.internal.h"
 
 #include <fcntl.h>
@@ -61,9 +62,9 @@ bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, st
     if (S_ISDIR(status.st_mode)) return why = systemReason(EISDIR), false;
     std::size_t expected = S_ISREG(status.st_mode) && status.st_size > 0 ? static_cast<std::size_t>(status.st_size) : 0;
     if (expected > maxBytes) return why = sizeReason(maxBytes), false;
-    // One byte more than expected, so that the end of an unchanged file shows without growing the buffer. Part by part,
-    // for what is cleared to be in the cache when it is read.
-    out.reserve(expected + 1);
+    // One byte more than expected, so that the end of an unchanged file shows without growing the buffer, and room for
+    // the scanner. Part by part, for what is cleared to be in the cache when it is read.
+    out.reserve(expected + 1 + bytes16Room);
     adviseLargePages(out);
     for (std::size_t size = 0;;) {
         const std::size_t room = expected >= size ? std::min(expected + 1 - size, ChunkBytes) : ChunkBytes;
