@@ -100,7 +100,7 @@ void Recovery::open(NtlPart part) {
     addNode(part, item_, item_, 0);
 }
 
-void Recovery::close() {
+void Recovery::close(NtlPart) {
     if (trial_) return;
     SyntaxNode& node = nodes_[open_.back()];
     open_.pop_back();

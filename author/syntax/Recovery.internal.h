@@ -70,6 +70,7 @@ public:
     Recovery(const SourceItems& items, std::vector<SyntaxNode>& nodes, const Said& said, std::size_t begin = 0);
 
     // What the grammar calls
+    static constexpr bool recovers = true;
     struct Start {
         std::size_t item;
         std::size_t edit;
@@ -80,12 +81,23 @@ public:
     int token() const { return ahead_; }
     void take(const TokenSet& couldBe);
     void open(NtlPart part);
-    void close();
+    void close(NtlPart);
+    void begin(NtlList) {}
+    void listed(NtlList) {}
+    void end(NtlList) {}
+    void listed(NtlPart) {}
+    void expressionBegins() {}
+    void callBegins() {}
+    void noArguments() {}
+    void callEnds() {}
+    void elseBegins() {}
+    void noElse() {}
     struct Mark {
         std::size_t node;
         std::size_t item;
     };
     Mark mark() const { return {nodes_.size(), item_}; }
+    Mark operandMark() const { return mark(); }
     void openAt(const Mark& mark, NtlPart part);
     bool lacks(const TokenSet& expected);
     Start start();

@@ -2,8 +2,10 @@
 
 #include "hdnt/frontend/TokenSet.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
+#include <vector>
 
 namespace hdnt::frontend {
 
@@ -38,23 +40,34 @@ enum class NtlPart : std::uint8_t {
 enum class NtlList : std::uint8_t { none, elements, entities, properties, statements };
 
 /// The grammar of NTL as a recursive descent that looks one token ahead, over whatever delivers tokens and receives the
-/// parts. It accepts what the library's parser accepts, and stops at the same token where that reports its first error.
+/// parts. It accepts what the law of the language accepts (tests/oracle), and stops at the same token where that has
+/// its first error. It looks ahead only where it has to, and nests without recursion.
 ///
 /// A Receiver has
-///   int token()                the number of the token ahead; 0 at the end
-///   void take(const TokenSet&) the token ahead, one of these, becomes part of what is open; the next one is ahead
-///   void open(NtlPart), void close()
+///   int token()                     the number of the token ahead; 0 at the end
+///   void take(const TokenSet&)      the token ahead, one of these, becomes part of what is open; the next one is ahead
+///   void open(NtlPart), void close(NtlPart)   also where a parse ends in the middle
 ///   Mark mark(), void openAt(Mark, NtlPart)   opens a part that began at the mark: an operation is known by its
-///   operator bool lacks(const TokenSet& expected)      one of these should be ahead; true when it stands in for the
-///   token bool recover(begin, again)                a unit failed that began at start(); true: parse it again Start
-///   start() bool deeper(), void shallower()           around what nests; false when that is too deep
+///   operator void begin(NtlList), void listed(NtlList), void end(NtlList)   behind the opening brace, behind each
+///   element of the
+///                                   list, behind the closing brace
+///   void listed(NtlPart)            behind a formal, a value of a list, or an argument of a call
+///   void expressionBegins()         with its first token ahead
+///   void callBegins(), void noArguments(), void callEnds()    behind "(", with ")" ahead, behind ")"
+///   void elseBegins(), void noElse()                          behind "else"; with what is there instead ahead
+///   bool lacks(const TokenSet& expected)      one of these should be ahead; true when it stands in for the token
+///   static constexpr bool recovers  when false, the sets are empty, there are no units, and the parse ends at a fault
+/// and one that recovers
+///   Start start(), bool recover(begin, again)      a unit failed that began at start(); true: parse it again
+///   bool deeper(), void shallower()           around what nests; false when that is too deep
 ///
 /// A unit is a stretch without a list in it; `again` parses it and goes on behind it, which lets a receiver that
-/// recovers try out what would come of a repair. A receiver that does not recover answers false, and the parse ends.
+/// recovers try out what would come of a repair.
 template <typename Receiver>
 class NtlGrammar {
 public:
     explicit NtlGrammar(Receiver& receiver) : to_(receiver) {}
+    NtlGrammar(const NtlGrammar&) = delete;
 
     /// One library and the end of the text. False: refused.
     bool file() {
@@ -104,20 +117,21 @@ public:
 private:
     /// Open as long as it lives: a parse that ends in the middle leaves nothing open.
     struct Part {
-        Part(Receiver& to, NtlPart part) : receiver(to) { to.open(part); }
-        ~Part() { receiver.close(); }
+        Part(Receiver& to, NtlPart opened) : receiver(to), part(opened) { to.open(opened); }
+        ~Part() { receiver.close(part); }
         Part(const Part&) = delete;
         Part& operator=(const Part&) = delete;
         Receiver& receiver;
+        const NtlPart part;
     };
 
     // What is asked of the token ahead adds up to what may stand there.
     bool at(int token) {
-        expected_.add(token);
+        if constexpr (Receiver::recovers) expected_.add(token);
         return to_.token() == token;
     }
     bool at(const TokenSet& tokens) {
-        expected_ |= tokens;
+        if constexpr (Receiver::recovers) expected_ |= tokens;
         return tokens.contains(to_.token());
     }
     bool take() {
@@ -137,6 +151,11 @@ private:
 
     template <typename Body, typename Rest>
     bool unit(Body&& body, Rest&& rest) {
+        if constexpr (!Receiver::recovers) return body();
+        else return repairedUnit(body, rest);
+    }
+    template <typename Body, typename Rest>
+    bool repairedUnit(Body&& body, Rest&& rest) {
         const auto begin = to_.start();
         expected_ = TokenSet();
         while (!body()) {
@@ -161,19 +180,23 @@ private:
         }
     }
 
-    /// The elements that are ahead, and the closing brace.
+    /// What is behind the opening brace: elements, and the closing one.
     bool list(NtlList which) {
         const bool nests = which == NtlList::statements;
         nesting_ += nests ? 1 : 0;
+        to_.begin(which);
         const bool done = restOf(which);
+        if (done) to_.end(which);
         nesting_ -= nests ? 1 : 0;
         return done;
     }
 
     bool restOf(NtlList which) {
         for (;;) {
-            while (starts(which))
+            while (starts(which)) {
                 if (!element(which)) return false;
+                to_.listed(which);
+            }
             bool closed = false;
             if (!endOrGoOn(which, closed)) return false;
             if (closed) return true;
@@ -185,6 +208,7 @@ private:
     }
 
     bool endOrGoOn(NtlList which, bool& closed) {
+        if constexpr (!Receiver::recovers) return closed = need('}');
         const auto end = [&] {
             closed = false;
             return starts(which) || (closed = need('}'));
@@ -200,7 +224,7 @@ private:
         case NtlList::elements: return at(0);
         case NtlList::properties: return onward(NtlList::entities);
         case NtlList::statements:
-            if (nesting_ > 1) return (!may(T_Else) || branch()) && onward(NtlList::statements);
+            if (nesting_ > 1) return may(T_Else) ? onwardFromBranch() : onward(NtlList::statements);
             [[fallthrough]];
         default: return (!at(sections) || section()) && onward(NtlList::elements);
         }
@@ -221,9 +245,10 @@ private:
 
     bool formals() {
         if (may(')')) return true;
-        do
+        do {
             if (!need(types)) return false;
-        while (may(','));
+            to_.listed(NtlPart::function);
+        } while (may(','));
         return need(')');
     }
 
@@ -235,13 +260,16 @@ private:
         };
         if (!unit(head, [&] { return declared ? onward(NtlList::entities) : section() && onward(NtlList::elements); }))
             return false;
-        to_.openAt(begin, declared ? NtlPart::block : NtlPart::mapping);
+        const NtlPart part = declared ? NtlPart::block : NtlPart::mapping;
+        to_.openAt(begin, part);
         const bool done = declared ? list(NtlList::entities) && optionalSection() : section();
-        to_.close();
+        to_.close(part);
         return done;
     }
 
+    // Without one the block is whole, whatever comes.
     bool optionalSection() {
+        if constexpr (!Receiver::recovers) return !at(sections) || section();
         const auto decide = [&] {
             return at(sections) || at(firstOf(NtlList::elements)) || at('}') || at(0) || lacks();
         };
@@ -311,25 +339,105 @@ private:
         if (!need(names)) return false;
         if (name != T_Values) return need('=') && need(form.valueOf(name));
         if (!need('{')) return false;
-        do
+        do {
             if (!need(form.value)) return false;
-        while (may(','));
+            to_.listed(NtlPart::option);
+        } while (may(','));
         return need('}');
     }
 
-    // Mappings
+    // Mappings. Statements nest in braces and branches; what is open around the one at hand is in around_.
+    enum class Around : std::uint8_t { braces, condition, thenBranch, elseBranch };
+    enum class Step : std::uint8_t { failed, inside, done };
+
     bool statement() {
-        if (!to_.deeper()) return lacks();
-        const bool done = undeepStatement();
-        to_.shallower();
-        return done;
+        const std::size_t outside = around_.size();
+        for (Step step = beginStatement(); step != Step::failed; step = goOn(step))
+            if (step == Step::done && around_.size() == outside) return true;
+        while (around_.size() > outside) leave();
+        return false;
     }
 
-    bool undeepStatement() {
+    Step beginStatement() {
+        switch (to_.token()) {
+        case '{':
+            if (!enter(Around::braces, NtlPart::statements)) return stepOf(lacks());
+            take();
+            ++nesting_;
+            to_.begin(NtlList::statements);
+            return Step::inside;
+        case T_If: return ifHead();
+        default: return stepOf(leafStatement());
+        }
+    }
+
+    /// Inside of what is open, or behind a statement in it.
+    Step goOn(Step step) {
+        const bool behindStatement = step == Step::done;
+        switch (around_.back()) {
+        case Around::braces: return restOfBraces(behindStatement);
+        case Around::condition: around_.back() = Around::thenBranch; return branch();
+        case Around::thenBranch:
+            if (at(T_Else)) return elseHead();
+            to_.noElse();
+            [[fallthrough]];
+        default: return leave();
+        }
+    }
+
+    Step restOfBraces(bool behindStatement) {
+        if (behindStatement) to_.listed(NtlList::statements);
+        if (starts(NtlList::statements)) return beginStatement();
+        bool closed = false;
+        if (!endOrGoOn(NtlList::statements, closed)) return Step::failed;
+        if (!closed) return Step::inside;
+        to_.end(NtlList::statements);
+        return leave();
+    }
+
+    Step ifHead() {
+        if (!enter(Around::condition, NtlPart::ifStatement)) return stepOf(lacks());
+        const auto head = [&] {
+            return need(T_If) && need('(') && expression() && need(')') && (starts(NtlList::statements) || lacks());
+        };
+        return unit(head, [&] { return onwardFromBranch(); }) ? Step::inside : Step::failed;
+    }
+
+    Step elseHead() {
+        take();
+        to_.elseBegins();
+        around_.back() = Around::elseBranch;
+        const auto begins = [&] { return starts(NtlList::statements) || lacks(); };
+        return unit(begins, [&] { return onwardFromBranch(); }) ? branch() : Step::failed;
+    }
+
+    // Not there when it was stood in for.
+    Step branch() { return starts(NtlList::statements) ? beginStatement() : Step::done; }
+
+    bool enter(Around around, NtlPart part) {
+        if constexpr (Receiver::recovers)
+            if (!to_.deeper()) return false;
+        to_.open(part);
+        around_.push_back(around);
+        return true;
+    }
+
+    Step leave() {
+        const bool isBraces = around_.back() == Around::braces;
+        around_.pop_back();
+        if (isBraces) --nesting_;
+        to_.close(isBraces ? NtlPart::statements : NtlPart::ifStatement);
+        if constexpr (Receiver::recovers) to_.shallower();
+        return Step::done;
+    }
+
+    static Step stepOf(bool done) { return done ? Step::done : Step::failed; }
+
+    bool onwardFromBranch() { return (!starts(NtlList::statements) || statement()) && onward(NtlList::statements); }
+
+    bool leafStatement() {
         const auto leafOf = [&](NtlPart kind, auto&& body) { return leaf(kind, NtlList::statements, body); };
         switch (to_.token()) {
-        case T_If: return ifStatement();
-        case '{': return braces();
         case T_Inst:
             return leafOf(NtlPart::inst, [&] {
                 return need(T_Inst) && need(T_StringConstant) && need(T_StringConstant) && need(';');
@@ -347,27 +455,6 @@ private:
         }
     }
 
-    bool braces() {
-        const Part part(to_, NtlPart::statements);
-        take();
-        return list(NtlList::statements);
-    }
-
-    bool ifStatement() {
-        const Part part(to_, NtlPart::ifStatement);
-        const auto head = [&] {
-            return need(T_If) && need('(') && expression() && need(')') && (starts(NtlList::statements) || lacks());
-        };
-        const auto rest = [&] { return branch() && onward(NtlList::statements); };
-        if (!unit(head, rest) || !branch()) return false;
-        if (!may(T_Else)) return true;
-        const auto begins = [&] { return starts(NtlList::statements) || lacks(); };
-        return unit(begins, rest) && branch();
-    }
-
-    // Not there when it was stood in for.
-    bool branch() { return !starts(NtlList::statements) || statement(); }
-
     bool assign() {
         const auto begin = to_.mark();
         NtlPart kind = NtlPart::assignBlockProperty;
@@ -383,7 +470,7 @@ private:
         };
         const bool done = unit(body, [&] { return onward(NtlList::statements); });
         to_.openAt(begin, kind);
-        to_.close();
+        to_.close(kind);
         return done;
     }
 
@@ -401,58 +488,119 @@ private:
         return true;
     }
 
-    // Expressions. Operators bind by level, the weakest is 1, and those of one level from the left.
-    bool expression(int level = 1) {
-        if (!to_.deeper()) return lacks();
-        const bool done = undeepExpression(level);
-        to_.shallower();
-        return done;
+    // Expressions. Operators bind by level, the weakest is 1, and those of one level from the left. What is open around
+    // the operand at hand is in operations_.
+    struct Operation {
+        enum Kind : std::uint8_t { parentheses, call, operation } kind;
+        int level;                     ///< 0 for what ends at a parenthesis
+        typename Receiver::Mark begin; ///< of its first operand
+        bool isPart = true;            ///< not the call that is a statement
+    };
+
+    bool expression() {
+        to_.expressionBegins();
+        const std::size_t outside = operations_.size();
+        if (operands(outside, false)) return true;
+        while (operations_.size() > outside) leaveOperation();
+        return false;
     }
 
-    bool undeepExpression(int level) {
-        const auto begin = to_.mark();
-        if (!operand()) return false;
-        for (;;) {
-            const int ahead = levelOf(to_.token());
-            expected_ |= operators;
-            if (ahead < level) return true;
-            to_.openAt(begin, NtlPart::operation);
-            take();
-            const bool done = expression(ahead + 1);
-            to_.close();
-            if (!done) return false;
-        }
-    }
-
-    bool operand() {
-        if (at('(')) {
-            const Part part(to_, NtlPart::parentheses);
-            return take() && expression() && need(')');
-        }
-        if (at('-') || at('!')) {
-            const Part part(to_, NtlPart::operation);
-            return take() && expression(strongestLevel + 1);
-        }
-        if (at(T_Identifier)) {
-            const Part part(to_, NtlPart::call);
-            return call();
-        }
-        const Part part(to_, NtlPart::constant);
-        return need(constants);
-    }
-
+    /// A call that is a statement, which the statement's part has.
     bool call() {
+        const std::size_t outside = operations_.size();
+        if (operands(outside, true)) return true;
+        while (operations_.size() > outside) leaveOperation();
+        return false;
+    }
+
+    bool operands(std::size_t outside, bool isStatement) {
+        for (;;) {
+            typename Receiver::Mark begin = to_.operandMark();
+            bool whole = true;
+            if (!operand(begin, isStatement && operations_.size() == outside, whole)) return false;
+            if (!whole) continue;
+            if (isStatement && operations_.size() == outside) return true;
+            const Step step = behindOperand(begin, outside, isStatement);
+            if (step != Step::inside) return step == Step::done;
+        }
+    }
+
+    /// An operand, or what stands before one: that is not whole.
+    bool operand(typename Receiver::Mark& begin, bool isStatement, bool& whole) {
+        if (!isStatement) {
+            if (at('(')) return opens({Operation::parentheses, 0, begin}, NtlPart::parentheses, whole);
+            if (at('-') || at('!'))
+                return opens({Operation::operation, strongestLevel + 1, begin}, NtlPart::operation, whole);
+            if (!at(T_Identifier)) {
+                const Part part(to_, NtlPart::constant);
+                return need(constants);
+            }
+        }
+        if (!enterOperation({Operation::call, 0, begin, !isStatement}, NtlPart::call)) return lacks();
         if (!need(T_Identifier) || !need('(')) return false;
-        if (may(')')) return true;
-        do
-            if (!expression()) return false;
-        while (may(','));
-        return need(')');
+        to_.callBegins();
+        if (!at(')')) return !(whole = false);
+        to_.noArguments();
+        take();
+        to_.callEnds();
+        begin = leaveOperation();
+        return true;
+    }
+
+    bool opens(Operation&& operation, NtlPart part, bool& whole) {
+        if (!enterOperation(std::move(operation), part)) return lacks();
+        whole = false;
+        return take();
+    }
+
+    /// Done: the expression ends. Inside: an operand comes.
+    Step behindOperand(typename Receiver::Mark begin, std::size_t outside, bool isStatement) {
+        for (;;) {
+            const int level = levelOf(to_.token());
+            if constexpr (Receiver::recovers) expected_ |= operators;
+            while (operations_.size() > outside && operations_.back().level >= std::max(level, 1))
+                begin = leaveOperation();
+            if (level > 0) {
+                if (!enterOperation({Operation::operation, level, begin}, NtlPart::operation)) return stepOf(lacks());
+                take();
+                return Step::inside;
+            }
+            if (operations_.size() == outside) return Step::done;
+            if (operations_.back().kind == Operation::call) {
+                to_.listed(NtlPart::call);
+                if (may(',')) return Step::inside;
+            }
+            if (!need(')')) return Step::failed;
+            if (operations_.back().kind == Operation::call) to_.callEnds();
+            begin = leaveOperation();
+            if (isStatement && operations_.size() == outside) return Step::done;
+        }
+    }
+
+    bool enterOperation(Operation&& operation, NtlPart part) {
+        if constexpr (Receiver::recovers)
+            if (!to_.deeper()) return false;
+        const bool isBehindOperand = operation.level > 0 && operation.level <= strongestLevel;
+        if (isBehindOperand) to_.openAt(operation.begin, part);
+        else if (operation.isPart) to_.open(part);
+        operations_.push_back(operation);
+        return true;
+    }
+
+    typename Receiver::Mark leaveOperation() {
+        constexpr NtlPart parts[] = {NtlPart::parentheses, NtlPart::call, NtlPart::operation};
+        const Operation done = operations_.back();
+        operations_.pop_back();
+        if (done.isPart) to_.close(parts[done.kind]);
+        if constexpr (Receiver::recovers) to_.shallower();
+        return done.begin;
     }
 
     Receiver& to_;
     TokenSet expected_;
     int nesting_ = 0; ///< lists of statements in each other
+    std::vector<Around> around_;
+    std::vector<Operation> operations_;
 };
 
 } // namespace hdnt::frontend

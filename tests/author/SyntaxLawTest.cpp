@@ -15,6 +15,7 @@ namespace {
 using hdnt::author::SyntaxNode;
 using hdnt::author::SyntaxTree;
 using hdnt::frontend::NtlGrammar;
+using hdnt::frontend::NtlList;
 using hdnt::frontend::NtlPart;
 using hdnt::frontend::SourceItems;
 using hdnt::frontend::TokenSet;
@@ -29,10 +30,23 @@ public:
         ++item_;
         skip();
     }
+    static constexpr bool recovers = true;
+    using Mark = int;
     void open(NtlPart) {}
-    void close() {}
-    int mark() const { return 0; }
-    void openAt(int, NtlPart) {}
+    void close(NtlPart) {}
+    void begin(NtlList) {}
+    void listed(NtlList) {}
+    void end(NtlList) {}
+    void listed(NtlPart) {}
+    void expressionBegins() {}
+    void callBegins() {}
+    void noArguments() {}
+    void callEnds() {}
+    void elseBegins() {}
+    void noElse() {}
+    Mark mark() const { return 0; }
+    Mark operandMark() const { return 0; }
+    void openAt(Mark, NtlPart) {}
     bool lacks(const TokenSet& expected) {
         allowed_ &= !expected.contains(token());
         return false;
