@@ -87,6 +87,7 @@ public:
     void end(NtlList) {}
     void listed(NtlPart) {}
     void expressionBegins() {}
+    void expressionEnds() {}
     void callBegins() {}
     void noArguments() {}
     void callEnds() {}

@@ -24,6 +24,7 @@ using hdnt::diagnostics::isInsideRoot;
 using hdnt::diagnostics::readSource;
 
 HDNTLibrary* myTopLib = nullptr;
+ParserState ParserState::instance_;
 
 void NtlInitParser() { HDNTParserdebug = std::getenv("NTL_YY_DEBUG") != nullptr; }
 

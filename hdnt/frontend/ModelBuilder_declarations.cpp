@@ -24,12 +24,7 @@ int limited(long value, int limit, DiagnosticCode code, const yyltype& place) {
     return value < 0 ? 0 : limit;
 }
 
-const std::string& textOf(const TokenText& text) {
-    static const auto* const none = new std::string;
-    return text ? *text : *none;
-}
-
-long widthOf(const std::string& constant) {
+long widthOf(std::string_view constant) {
     long width = 0;
     const std::from_chars_result result = std::from_chars(constant.data(), constant.data() + constant.size(), width);
     return result.ec == std::errc::result_out_of_range ? LONG_MAX : width;
@@ -43,20 +38,20 @@ void draftNumbers(HATAttrSpec::Draft& draft, const NumberOptions<Number>& said) 
 }
 
 void draftTexts(HATAttrSpec::Draft& draft, HATAttrTypes::AttrType type, const PropertyOptions& options) {
-    const bool fromList = !options.textDefault && !options.texts.empty();
-    draft.setTextDefault(type, fromList ? *options.texts.front() : textOf(options.textDefault));
+    const bool fromList = !options.textDefault.data() && !options.texts.empty();
+    draft.setTextDefault(type, fromList ? options.texts.front() : options.textDefault);
     if (type != HATAttrTypes::TypeString && options.texts.empty())
-        draft.setTextRange(type, textOf(options.textMin), textOf(options.textMax));
-    for (const TokenText& value : options.texts) draft.listText(type, *value);
+        draft.setTextRange(type, options.textMin, options.textMax);
+    for (const std::string_view value : options.texts) draft.listText(type, value);
 }
 
-HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, const std::string& name,
+HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, std::string_view name,
                            const PropertyOptions& options, const yyltype& place) {
     static const std::string* const noUnits = new std::string;
     static auto* const draft = new HATAttrSpec::Draft;
     tellOfOptions(options, place);
     draft->clear(); // a property that could not be made may have left something
-    auto property = std::make_unique<HDNTProperty>(name, type, options.test, options.simulation,
+    auto property = std::make_unique<HDNTProperty>(std::string(name), type, options.test, options.simulation,
                                                    options.constraintsOnly, options.muxControl, *noUnits);
     property->setLocation(place);
     HATAttrSpec& spec = *property->getAttrSpec();
@@ -70,10 +65,10 @@ HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, const std:
     spec.setDiscreteInt(!options.ints.values.empty());
     spec.setDiscreteDouble(!options.doubles.values.empty());
     draft->setBitWidth(bitWidth);
-    if (options.description) draft->setDescription(*options.description);
-    if (const std::string& unit = textOf(options.units); !unit.empty()) {
+    if (options.description.data()) draft->setDescription(options.description);
+    if (!options.units.empty()) {
         spec.setHasUnit(true);
-        draft->setUnit(unit);
+        draft->setUnit(options.units);
     }
     draft->giveTo(spec);
     return property.release();
@@ -81,92 +76,29 @@ HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, const std:
 
 } // namespace
 
-std::vector<HATAttrTypes::AttrType>* append(std::vector<HATAttrTypes::AttrType>* list, int type) {
-    std::unique_ptr<std::vector<HATAttrTypes::AttrType>> owned(list);
-    if (!owned) owned.reset(emptyList<HATAttrTypes::AttrType>());
-    owned->push_back(static_cast<HATAttrTypes::AttrType>(type));
-    return owned.release();
+HDNTProperty* property(HATAttrTypes::AttrType type, std::string_view name, const PropertyOptions& said,
+                       const yyltype& place) {
+    return makeProperty(type, 0, name, said, place);
 }
 
-// One record serves one property after the other, so that its lists keep their room.
-static constinit PropertyOptions* spareOptions = nullptr;
-
-PropertyOptions* options() { return spareOptions ? std::exchange(spareOptions, nullptr) : new PropertyOptions; }
-
-PropertyOptions* options(Option said) {
-    PropertyOptions* const record = options();
-    record->said = PropertyOptions::bitOf(said);
-    return record;
-}
-
-// Not inline: the parser's loop takes one instruction in a hundred more with it.
-PropertyOptions* say(PropertyOptions* record, Option option, const yyltype& place) noexcept {
-    if (record->hasSaid(option)) noteRepeat(*record, option, place);
-    record->said |= PropertyOptions::bitOf(option);
-    return record;
-}
-
-void deleteOptions(PropertyOptions* record) noexcept {
-    if (!record || spareOptions) {
-        delete record;
-    } else {
-        record->reset();
-        spareOptions = record;
-    }
-}
-
-struct DeleteOptions {
-    void operator()(PropertyOptions* record) const noexcept { deleteOptions(record); }
-};
-using OptionsOwner = std::unique_ptr<PropertyOptions, DeleteOptions>;
-
-template <typename Add>
-static PropertyOptions* withRecord(PropertyOptions* record, Add&& add) {
-    OptionsOwner owned(record ? record : options());
-    add(*owned);
-    return owned.release();
-}
-
-PropertyOptions* value(PropertyOptions* record, int allowed) {
-    return withRecord(record, [=](PropertyOptions& said) { said.ints.values.push_back(allowed); });
-}
-
-PropertyOptions* value(PropertyOptions* record, double allowed) {
-    return withRecord(record, [=](PropertyOptions& said) { said.doubles.values.push_back(allowed); });
-}
-
-PropertyOptions* value(PropertyOptions* record, std::string* allowed) {
-    TokenText text = take(allowed);
-    return withRecord(record, [&](PropertyOptions& said) { said.texts.push_back(std::move(text)); });
-}
-
-HDNTProperty* property(HATAttrTypes::AttrType type, std::string* name, PropertyOptions* record, const yyltype& place) {
-    const OptionsOwner options(record);
-    return makeProperty(type, 0, *take(name), *options, place);
-}
-
-HDNTProperty* bitProperty(HATAttrTypes::AttrType type, std::string* width, std::string* name, PropertyOptions* record,
-                          const yyltype& place) {
-    const OptionsOwner options(record);
-    const TokenText nameText = take(name);
+HDNTProperty* bitProperty(HATAttrTypes::AttrType type, std::string_view width, std::string_view name,
+                          const PropertyOptions& said, const yyltype& place) {
     const int limit = HDNTLimits::get().bitWidth;
-    return makeProperty(type, limited(widthOf(*take(width)), limit, DiagnosticCode::bitWidth, place), *nameText,
-                        *options, place);
+    return makeProperty(type, limited(widthOf(width), limit, DiagnosticCode::bitWidth, place), name, said, place);
 }
 
-HDNTProperty* shortBoolProperty(std::string* name, bool value, const yyltype& place) {
-    const TokenText text = take(name);
+HDNTProperty* shortBoolProperty(std::string_view name, bool value, const yyltype& place) {
     PropertyOptions options;
     options.boolDefault = value;
-    return makeProperty(HATAttrTypes::TypeBool, 0, *text, options, place);
+    return makeProperty(HATAttrTypes::TypeBool, 0, name, options, place);
 }
 
-HDNTBus* bus(std::string* name, int direction, bool test, bool abstract, int type, int required,
+HDNTBus* bus(std::string_view name, int direction, bool test, bool abstract, int type, int required,
              std::vector<HDNTProperty*>* properties, const yyltype& place) {
     OwnedList<HDNTProperty> owned(properties);
-    const TokenText text = take(name);
+    std::string text(name);
     auto* const result =
-        new HDNTBus(*text, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract, static_cast<HDNT_PIN_TYPE>(type),
+        new HDNTBus(text, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract, static_cast<HDNT_PIN_TYPE>(type),
                     static_cast<HDNT_PIN_REQUIREDVALUE>(required), properties);
     owned.releaseItems();
     return placed(result, place);
@@ -184,16 +116,15 @@ HDNTBlockEntity* maturityLevel(int level, const yyltype& place) {
     noteAttribute(Attribute::MaturityLevel, place);
     return placed(new HDNTMaturityLevel(level), place);
 }
-HDNTBlockEntity* primGroup(std::string* text, const yyltype& place) {
-    const TokenText group = take(text);
+HDNTBlockEntity* primGroup(std::string_view text, const yyltype& place) {
     noteAttribute(Attribute::PrimGroup, place);
-    return placed(new HDNTPrimGroup(*group), place);
+    return placed(new HDNTPrimGroup(std::string(text)), place);
 }
 
-HDNTFunctionDecl* function(int type, std::string* name, std::vector<HATAttrTypes::AttrType>* formals,
+HDNTFunctionDecl* function(int type, std::string_view name, std::vector<HATAttrTypes::AttrType>* formals,
                            const yyltype& place) {
     const std::unique_ptr<std::vector<HATAttrTypes::AttrType>> owned(formals);
-    return placed(new HDNTFunctionDecl(*take(name), static_cast<HATAttrTypes::AttrType>(type), formals), place);
+    return placed(new HDNTFunctionDecl(std::string(name), static_cast<HATAttrTypes::AttrType>(type), formals), place);
 }
 
 } // namespace hdnt::frontend::build

@@ -45,26 +45,24 @@ bool attach(std::unique_ptr<HDNTNetlist>& netlist, const HDNTLibrary& library, c
 
 } // namespace
 
-HDNTBlock* block(std::string* name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist,
+HDNTBlock* block(std::string_view name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist,
                  HDNTNetlist::Section section, const yyltype& place) {
     const OwnedList<HDNTBlockEntity> owned(entities);
     std::unique_ptr<HDNTNetlist> ownedNetlist(netlist);
-    const TokenText text = take(name);
     forgetAttributes();
     HDNTLibrary& library = target();
     if (netlist) netlist->setSection(section);
     // From here on the constructor owns the items, whether it succeeds or throws.
     std::vector<HDNTBlockEntity*> items(std::move(*entities));
-    std::unique_ptr<HDNTBlock> result(new HDNTBlock(*text, &items, ownedNetlist.release(), &library));
+    std::unique_ptr<HDNTBlock> result(new HDNTBlock(std::string(name), &items, ownedNetlist.release(), &library));
     result->setLocation(place);
     pendingBlocks().add(result.get());
     return result.release();
 }
 
-void mapping(std::string* blockName, HDNTNetlist* netlist, HDNTNetlist::Section section, const yyltype& place) {
+void mapping(std::string_view blockName, HDNTNetlist* netlist, HDNTNetlist::Section section, const yyltype& place) {
     std::unique_ptr<HDNTNetlist> owned(netlist);
-    const TokenText nameText = take(blockName);
-    const std::string& name = *nameText;
+    const std::string name(blockName);
     HDNTLibrary& library = target();
     netlist->setSection(section);
     netlist->setLocation(place);
@@ -82,14 +80,13 @@ void beginParse() noexcept {
     forgetAttributes();
 }
 
-void library(std::string* name, std::vector<HDNTDecl*>* decls, const yyltype& place) {
+void library(std::string_view name, std::vector<HDNTDecl*>* decls, const yyltype& place) {
     const OwnedList<HDNTDecl> owned(decls);
-    const TokenText text = take(name);
     HDNTLibrary& library = target();
     library.setLocation(place);
     tellOfFunctions(*decls, library);
     std::vector<HDNTDecl*> items(std::move(*decls));
-    library.init(*text, &items);
+    library.init(std::string(name), &items);
 }
 
 } // namespace hdnt::frontend::build

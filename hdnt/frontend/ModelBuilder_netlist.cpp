@@ -30,25 +30,26 @@ HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>* entities, const yyltype& p
     return placed(result, place);
 }
 
-HDNTNetlistEntity* inst(std::string* name, std::string* type, const yyltype& place) {
-    const TokenText nameText = take(name);
-    return placed(new HDNTBlockInst(*nameText, *take(type)), place);
+HDNTNetlistEntity* inst(std::string_view name, std::string_view type, const yyltype& place) {
+    return placed(new HDNTBlockInst(std::string(name), std::string(type)), place);
 }
 
-HDNTNetlistEntity* assignBlockProperty(std::string* inst, std::string* property, HDNTExpr* value,
+HDNTNetlistEntity* assignBlockProperty(std::string_view inst, std::string_view property, HDNTExpr* value,
                                        const yyltype& place) {
-    const TokenText instText = take(inst);
-    return placed(new HDNTAssignBlockProperty(*instText, *take(property), value), place);
+    std::unique_ptr<HDNTExpr> owned(value);
+    const std::string instName(inst);
+    const std::string propertyName(property);
+    return placed(new HDNTAssignBlockProperty(instName, propertyName, owned.release()), place);
 }
 
-HDNTNetlistEntity* assignPinProperty(HDNTBlockPinName* pin, std::string* property, HDNTExpr* value,
+HDNTNetlistEntity* assignPinProperty(HDNTBlockPinName* pin, std::string_view property, HDNTExpr* value,
                                      const yyltype& place) {
     const std::unique_ptr<HDNTBlockPinName> owned(pin);
-    const TokenText name = take(property);
     std::unique_ptr<HDNTExpr> ownedValue(value);
+    const std::string name(property);
     if (pin->inverted())
         HDNTError::notify({HDNTNotice::Kind::InversionDropped, *pin->getLocation(), pin->pinName(), {}});
-    return placed(new HDNTAssignPinProperty(pin->instName(), pin->pinName(), *name, ownedValue.release()), place);
+    return placed(new HDNTAssignPinProperty(pin->instName(), pin->pinName(), name, ownedValue.release()), place);
 }
 
 HDNTNetlistEntity* ifStmt(HDNTExpr* condition, HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt,
@@ -60,24 +61,26 @@ HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>* statements, const 
     return placed(new HDNTStmtBlock(statements), place);
 }
 
-HDNTNetlistEntity* connect(std::string* signal, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    return placed(new HDNTConnect(*take(signal), pins), place);
+HDNTNetlistEntity* connect(std::string_view signal, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
+    OwnedList<HDNTPinInst> owned(pins);
+    const std::string name(signal);
+    return placed(new HDNTConnect(name, owned.release()), place);
 }
 
-HDNTNetlistEntity* signal(std::string* name, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    const TokenText text = take(name);
-    if (!pins && text->find_first_of("[]") != text->npos) {
-        tellOfRange(*text, place);
-        return placed(new HDNTSigList(*text), place);
+HDNTNetlistEntity* signal(std::string_view name, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
+    OwnedList<HDNTPinInst> owned(pins);
+    const std::string text(name);
+    if (!pins && text.find_first_of("[]") != text.npos) {
+        tellOfRange(text, place);
+        return placed(new HDNTSigList(text), place);
     }
-    auto* const result = placed(new HDNTSignal(*text, pins), place);
+    auto* const result = placed(new HDNTSignal(text, owned.release()), place);
     if (result->connect()) result->connect()->setLocation(place);
     return result;
 }
 
-HDNTBlockPinName* pinInst(std::string* inst, std::string* pin, const yyltype& place) {
-    const TokenText instText = take(inst);
-    return placed(new HDNTBlockPinName(inst ? *instText : std::string(), *take(pin)), place);
+HDNTBlockPinName* pinInst(std::string_view inst, std::string_view pin, const yyltype& place) {
+    return placed(new HDNTBlockPinName(std::string(inst), std::string(pin)), place);
 }
 
 HDNTExpr* compound(HDNTExpr* lhs, HDNTExpr::FOPERATOR op, HDNTExpr* rhs, const yyltype& place) {
@@ -87,12 +90,14 @@ HDNTExpr* compound(HDNTExpr* lhs, HDNTExpr::FOPERATOR op, HDNTExpr* rhs, const y
 HDNTExpr* constant(int value, const yyltype& place) { return placed(new HDNTIntConstant(value), place); }
 HDNTExpr* constant(double value, const yyltype& place) { return placed(new HDNTDoubleConstant(value), place); }
 HDNTExpr* constant(bool value, const yyltype& place) { return placed(new HDNTBoolConstant(value), place); }
-HDNTExpr* constant(std::string* value, const yyltype& place) {
-    return placed(new HDNTStringConstant(*take(value)), place);
+HDNTExpr* constant(std::string_view value, const yyltype& place) {
+    return placed(new HDNTStringConstant(std::string(value)), place);
 }
 
-HDNTFunctionCall* call(std::string* name, std::vector<HDNTExpr*>* actuals, const yyltype& place) {
-    return placed(new HDNTFunctionCall(*take(name), actuals), place);
+HDNTFunctionCall* call(std::string_view name, std::vector<HDNTExpr*>* actuals, const yyltype& place) {
+    OwnedList<HDNTExpr> owned(actuals);
+    const std::string text(name);
+    return placed(new HDNTFunctionCall(text, owned.release()), place);
 }
 
 } // namespace hdnt::frontend::build

@@ -52,7 +52,7 @@ enum class NtlList : std::uint8_t { none, elements, entities, properties, statem
 ///   element of the
 ///                                   list, behind the closing brace
 ///   void listed(NtlPart)            behind a formal, a value of a list, or an argument of a call
-///   void expressionBegins()         with its first token ahead
+///   void expressionBegins(), void expressionEnds()            with its first token ahead; behind its last one
 ///   void callBegins(), void noArguments(), void callEnds()    behind "(", with ")" ahead, behind ")"
 ///   void elseBegins(), void noElse()                          behind "else"; with what is there instead ahead
 ///   bool lacks(const TokenSet& expected)      one of these should be ahead; true when it stands in for the token
@@ -500,7 +500,10 @@ private:
     bool expression() {
         to_.expressionBegins();
         const std::size_t outside = operations_.size();
-        if (operands(outside, false)) return true;
+        if (operands(outside, false)) {
+            to_.expressionEnds();
+            return true;
+        }
         while (operations_.size() > outside) leaveOperation();
         return false;
     }
@@ -541,7 +544,7 @@ private:
         to_.callBegins();
         if (!at(')')) return !(whole = false);
         to_.noArguments();
-        take();
+        if (!need(')')) return false; // too deep
         to_.callEnds();
         begin = leaveOperation();
         return true;

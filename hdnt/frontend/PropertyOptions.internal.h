@@ -1,9 +1,8 @@
 #pragma once
 
-#include "hdnt/frontend/TokenText.internal.h"
-
 #include <limits>
 #include <optional>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -32,18 +31,18 @@ enum class Option : unsigned char {
 };
 
 /// What the options of one property declaration said, until the property is built. Only the members of the property's
-/// own type are used; hex and binary values are texts as written. A text that was not given is null.
+/// own type are used; hex and binary values are texts as written. A text that was not given has no data.
 struct PropertyOptions {
     NumberOptions<int> ints;
     NumberOptions<double> doubles;
-    std::vector<TokenText> texts;
-    TokenText textMin;
-    TokenText textMax;
-    TokenText textDefault;
+    std::vector<std::string_view> texts;
+    std::string_view textMin;
+    std::string_view textMax;
+    std::string_view textDefault;
     bool boolDefault = false;
     int precision = 6;
-    TokenText description;
-    TokenText units;
+    std::string_view description;
+    std::string_view units;
     bool test = false;
     bool simulation = false;
     bool constraintsOnly = false;

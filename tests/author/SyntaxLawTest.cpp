@@ -1,6 +1,6 @@
 #include "author/syntax/SyntaxTree.h"
 #include "tests/support/Library.h"
-#include "tests/support/Tokens.h"
+#include "tests/support/Mutant.h"
 
 #include <gtest/gtest.h>
 
@@ -39,6 +39,7 @@ public:
     void end(NtlList) {}
     void listed(NtlPart) {}
     void expressionBegins() {}
+    void expressionEnds() {}
     void callBegins() {}
     void noArguments() {}
     void callEnds() {}
@@ -145,59 +146,19 @@ std::vector<std::string> textsIn(const std::string& folder) {
     return texts;
 }
 
-/// Every construct of the language, in a text that is small enough to be parsed very often.
-const char* const everything = R"(library "L" {
-function int intProperty(string, int, double, bool, 8'h, 4'b);
-block "A" { internal = false; test = true; maturityLevel = beta; primgroup = "G:S";
-  pin "P[1:0]" input test abstract clock tieLow { property bool "X" true; property int "Y" { default = 3 } }
-  pin "O" output; pin "B" bidir data mustConnect; pin "I" internal;
-  property int "N" { min = -1, max = 3, default = 2, units = "ps", test = true, description = "d" }
-  property int "V" { values { 1, 2 }, default = 1, simulation = true, muxControl = false, constraintsOnly = true }
-  property double "D" { min = 0.5, max = 1.0, default = 0.75, precision = 3, description = "d" }
-  property string "S" { values { "A", "B" }, default = "A", description = "d" }
-  property 8'h "H" { min = 8'h00, max = 8'hFF, default = 8'h1, units = "u" }
-  property 4'b "Q" { values { 4'b0, 4'b1 }, default = 4'b0 }
-  property bool "T" { default = true, test = false, description = "d" }
-} expandsto {
-  inst "i" "A"; connect "P[0]" : "i" "P[0]", "O", "i" "~B"; signal "s"; signal "t" : "O";
-  assign block property "i" "N" 1 + intProperty("N") * -(2 - 3) / 4 % 5;
-  assign pin property "i" "P[0]", "Y" 3; note("x", true, 1.5);
-  if (isConnected("P") && 1 < 2 || "A" == "B") { inst "j" "A"; } else if (2 >= 1) inst "k" "A"; else { { signal "u"; } }
-}
-block "A" mapsto { } block "A" modifiedby { note(); }
-})";
-
-/// One to three tokens dropped, doubled, swapped, or replaced by those of another place.
-std::string mutant(support::Tokens tokens, std::mt19937& random) {
-    for (std::size_t changes = 1 + random() % 3; changes > 0 && tokens.size() > 1; --changes) {
-        const std::size_t at = random() % tokens.size();
-        const auto place = tokens.begin() + static_cast<std::ptrdiff_t>(at);
-        const auto other = tokens[random() % tokens.size()];
-        switch (random() % 5) {
-        case 0: tokens.erase(place); break;
-        case 1: tokens.insert(place, *place); break;
-        case 2: std::swap(*place, tokens[(at + 1) % tokens.size()]); break;
-        case 3: *place = other; break;
-        default: tokens.insert(place, other); break;
-        }
-    }
-    std::string text;
-    for (const auto& [number, token] : tokens) text += token + (random() % 8 == 0 ? "\n" : " ");
-    return text;
-}
-
 } // namespace
 
 TEST(SyntaxLaw, SameVerdictAndFirstErrorOnTexts) {
     for (const char* const folder : {HDNT_DATA, HDNT_TEST_CORPUS})
         for (const std::string& text : textsIn(folder)) ASSERT_NO_FATAL_FAILURE(expectLaw(text));
-    ASSERT_NO_FATAL_FAILURE(expectLaw(everything));
+    ASSERT_NO_FATAL_FAILURE(expectLaw(support::everything));
 }
 
 TEST(SyntaxLaw, SameVerdictAndFirstErrorOnMutants) {
-    const support::Tokens tokens = support::tokensOf(everything);
+    const support::Tokens tokens = support::tokensOf(support::everything);
     std::mt19937 random(7);
-    for (int i = 0; i < HDNT_MUTANTS; ++i) ASSERT_NO_FATAL_FAILURE(expectLaw(mutant(tokens, random), i % 20 == 0)) << i;
+    for (int i = 0; i < HDNT_MUTANTS; ++i)
+        ASSERT_NO_FATAL_FAILURE(expectLaw(support::mutant(tokens, random), i % 20 == 0)) << i;
 }
 
 namespace {
@@ -277,7 +238,7 @@ TEST(SyntaxLaw, AnyBytesMakeATree) {
     std::mt19937 random(8);
     const std::string bytes = "\"\"{}();,=<>+-*/%!|&'~ \t\n\r\xef\xbb\xbf\xe2\x80\x9c#08'hbxAZ_pin";
     for (int i = 0; i < HDNT_MUTANTS / 20; ++i) {
-        std::string text = everything;
+        std::string text = support::everything;
         for (std::size_t changes = random() % 20; changes > 0; --changes)
             text[random() % text.size()] = bytes[random() % bytes.size()];
         text.resize(random() % 4 == 0 ? random() % text.size() : text.size());

@@ -1,0 +1,267 @@
+#pragma once
+
+#include "hdnt/frontend/ModelBuilder.internal.h"
+#include "hdnt/frontend/NtlGrammar.h"
+#include "hdnt/frontend/ParserState.internal.h"
+#include "hdnt/frontend/PropertyOptions.internal.h"
+#include "hdnt/frontend/ScannerState.internal.h"
+
+#include <array>
+#include <climits>
+#include <string_view>
+#include <vector>
+
+namespace hdnt::frontend {
+
+/// Receives the parts of a text for the model: has each built as soon as its last token is read. For one parse; stops
+/// at the first fault, which it reports. Internal.
+///
+/// What a generated parser would do is kept, since hosts see it: when it looks ahead, in which order things are built,
+/// and how much is on its stack when mappings nest, for which there is a limit.
+class ModelReceiver {
+public:
+    static constexpr bool recovers = false;
+    struct Mark {};
+
+    ModelReceiver() = default;
+    ~ModelReceiver();
+    ModelReceiver(const ModelReceiver&) = delete;
+    ModelReceiver& operator=(const ModelReceiver&) = delete;
+
+    // What the grammar calls
+    int token() {
+        if (token_ == none) scan();
+        return token_;
+    }
+    void take(const TokenSet&) {
+        Taken& taken = taken_[count_++ % taken_.size()];
+        taken = {scanner_.tokenText(), token_};
+        if (token_ == T_IntConstant) taken.number.asInt = scanner_.tokenInt();
+        else if (token_ == T_BoolConstant) taken.number.asBool = scanner_.tokenBool();
+        else if (token_ == T_DoubleConstant) taken.number.asDouble = scanner_.tokenDouble();
+        last_ = {scanner_.fileName(), scanner_.tokenLine(), scanner_.tokenLastColumn()};
+        token_ = none;
+        deepen();
+    }
+    bool lacks(const TokenSet&) {
+        if (!failed_) fail("syntax error", true);
+        return false;
+    }
+    Mark mark() {
+        count_ = 0;
+        place_ = scanner_.tokenPlace();
+        return {};
+    }
+    Mark operandMark() const { return {}; }
+    void open(NtlPart part);
+    void openAt(Mark, NtlPart part);
+    void close(NtlPart part);
+    void begin(NtlList which);
+    void listed(NtlList which);
+    void end(NtlList which);
+    void listed(NtlPart part);
+    void expressionBegins();
+    void expressionEnds() { inExpression_ = false; }
+    void callBegins();
+    void noArguments() {
+        if (!failed_) deepen();
+    }
+    void callEnds();
+    void elseBegins();
+    void noElse() {
+        if (!failed_) deepen();
+    }
+
+private:
+    static constexpr int none = -2;    ///< no token is ahead
+    static constexpr int stopped = -3; ///< none will be
+
+    struct Taken {
+        std::string_view text; ///< as written
+        int token = 0;
+        union {
+            int asInt;
+            double asDouble;
+            bool asBool;
+        } number{};
+    };
+    /// Where the token taken last ends.
+    struct Last {
+        const char* fileName;
+        int line;
+        int column;
+    };
+    struct Operand {
+        HDNTExpr* expr;
+        yyltype place;
+    };
+    struct Operator {
+        HDNTExpr::FOPERATOR op;
+        bool isPrefix;
+        int rule;
+        yyltype place; ///< of a prefix or a parenthesis
+    };
+    struct Call {
+        std::string_view name;
+        std::size_t begin; ///< of its arguments
+        yyltype place;
+    };
+    struct Braces {
+        std::size_t begin; ///< of the statements in them
+        yyltype place;
+    };
+    struct If {
+        yyltype place;
+        HDNTNetlistEntity* thenStmt = nullptr; ///< with an "else" behind it
+        yyltype elsePlace{};
+        bool hasElse = false;
+    };
+
+    // Tokens
+    void scan();
+    void fail(const char* message, bool isSyntax);
+    void stop();
+    /// Runs the builder's step of a numbered rule of the language; what it throws ends the parse.
+    template <typename Step>
+    void build(int rule, Step&& step) {
+        if (failed_) return;
+        if (HDNTParserdebug != 0) traceRule(rule);
+        if (!ParserState::instance().guard(std::forward<Step>(step))) stop();
+    }
+    void traceRule(int rule) const;
+    const Taken& taken(std::size_t index) const { return taken_[index]; }
+    const Taken& lastTaken() const { return taken_[(count_ - 1) % taken_.size()]; }
+    std::string_view textOf(std::size_t index) const { return unquoted(taken_[index]); }
+    static std::string_view unquoted(const Taken& string) { return string.text.substr(1, string.text.size() - 2); }
+    /// An identifier is told apart by its first characters.
+    static std::string_view shortened(std::string_view word) {
+        return word.substr(0, sizeof(NtlTokenValue::identifier) - 1);
+    }
+    /// A part's place begins at its first token. It ends at its last one when both stand on one line of one file.
+    yyltype upToLast(yyltype place) const {
+        if (last_.line == place.first_line && last_.fileName == place.fileName) place.last_column = last_.column;
+        return place;
+    }
+
+    /// The same for one that ends with a part.
+    static yyltype extended(yyltype place, const yyltype& last) {
+        if (last.first_line == place.first_line && last.fileName == place.fileName)
+            place.last_column = last.last_column;
+        return place;
+    }
+
+    template <typename List, typename Item>
+    void add(std::vector<List*>& list, Item*& item) {
+        if (!ParserState::instance().guard([&] { list.push_back(item); })) return stop();
+        item = nullptr;
+    }
+    /// The end of a list for the builder, which takes it over.
+    template <typename T>
+    static std::vector<T*>* given(std::vector<T*>& list, std::size_t begin = 0) {
+        auto* const part = new std::vector<T*>(list.begin() + static_cast<std::ptrdiff_t>(begin), list.end());
+        list.resize(begin);
+        return part;
+    }
+
+    // The stack of a parser with tables: what is on it counts in mappings, elsewhere it is never deep.
+    void deepen() {
+        if (++depth_ >= capacity_) grow();
+    }
+    void grow();
+
+    // Declarations
+    void closeFunction();
+    void closeFlag();
+    void closePin();
+    void closeProperty();
+    void openOption();
+    void closeOption();
+    void listValue();
+    void closeBlock();
+    void closeMapping();
+    void endLibrary();
+
+    // Mappings
+    void openInMapping(NtlPart part);
+    void openOperation();
+    void closeInMapping(NtlPart part);
+    void listArgument();
+    void beginStatements();
+    void endNetlist();
+    void closeStatements();
+    void closeIf();
+    void closePinRef();
+    void closeConstant();
+    void closeOperation();
+    void closeParentheses();
+    void closeCallStatement();
+    void closeInst();
+    void closeConnect();
+    void closeSignal();
+    void closeAssignBlock();
+    void closeAssignPin();
+    /// A statement that was so many symbols is one.
+    void reduce(int symbols) {
+        statementPlace_ = upToLast(place_);
+        depth_ -= symbols - 1;
+    }
+    HDNTExpr* takeOperand() {
+        HDNTExpr* const operand = operands_.back().expr;
+        operands_.pop_back();
+        return operand;
+    }
+
+    Scanner& scanner_ = Scanner::instance();
+    int token_ = none;
+    bool failed_ = false;
+    Last last_{};
+    yyltype place_{}; ///< of the flag, function, property or statement being read
+    std::array<Taken, 32> taken_;
+    std::size_t count_ = 0; ///< of what is being read; operands of expressions count no longer than they are read
+
+    int depth_ = 0; ///< symbols on the stack, and one
+    int capacity_ = INT_MAX;
+    int capacityOfMappings_ = 200;
+
+    yyltype libraryPlace_{};
+    std::string_view libraryName_;
+    std::vector<HDNTDecl*> decls_;
+    HDNTDecl* decl_ = nullptr; ///< null for a mapping that stands by itself
+    std::vector<HATAttrTypes::AttrType> formals_;
+
+    yyltype blockPlace_{};
+    std::string_view blockName_;
+    bool isDeclared_ = false; ///< the block; else it is a mapping that stands by itself
+    HDNTNetlist::Section section_ = HDNTNetlist::Section::mapsto;
+    std::vector<HDNTBlockEntity*> entities_;
+    HDNTBlockEntity* entity_ = nullptr;
+    yyltype pinPlace_{};
+    std::size_t pinEnd_ = 0; ///< tokens of a pin up to the brace that is open; 0: none is
+    std::vector<HDNTProperty*> properties_;
+    HDNTProperty* property_ = nullptr;
+    std::size_t propertyBegin_ = 0;
+    std::size_t optionBegin_ = 0;
+    PropertyOptions options_;
+
+    yyltype netlistPlace_{};
+    HDNTNetlist* netlist_ = nullptr;
+    std::vector<HDNTNetlistEntity*> statements_;
+    HDNTNetlistEntity* statement_ = nullptr;
+    yyltype statementPlace_{}; ///< of the statement
+    std::vector<Braces> braces_;
+    std::vector<If> ifs_;
+    yyltype pinRefPlace_{};
+    HDNTBlockPinName* pin_ = nullptr;
+    std::vector<HDNTPinInst*> pins_;
+    std::string_view assigned_; ///< property of a pin
+    std::vector<Operand> operands_;
+    std::vector<Operator> operators_;
+    std::vector<Call> calls_;
+    std::vector<HDNTExpr*> arguments_;
+    std::size_t operandBegin_ = 0; ///< tokens before an expression
+    bool inExpression_ = false;    ///< not in a call that is a statement
+    yyltype callPlace_{};
+    yyltype constantPlace_{};
+};
+
+} // namespace hdnt::frontend
