@@ -54,6 +54,18 @@ TEST(Parser, SyntaxErrors) {
     }
 }
 
+// What is built, by the numbers of the language's rules.
+TEST(Parser, Trace) {
+    setenv("NTL_YY_DEBUG", "", 1);
+    const std::string err = support::printedBy([] { parsed("library \"L\" { block \"A\" { test = true; } }"); }).err;
+    EXPECT_TRUE(err.starts_with("Starting parse\nReading a token: Next token is token 258 (line 1)\n")) << err;
+    std::string rules;
+    for (size_t at = 0; (at = err.find("by rule ", at)) != err.npos; ++at)
+        rules += err.substr(at + 8, err.find(' ', at + 8) - at - 8) + " ";
+    EXPECT_EQ(rules, "83 23 2 ");
+    EXPECT_TRUE(err.ends_with("Now at end of input.\n")) << err;
+}
+
 TEST(Parser, ASyntaxErrorPrintsTheLastLines) {
     const support::Printed printed = support::printedBy([] { parsed("library \"L\" {\n  oops\n}\n", 1); });
     EXPECT_EQ(printed.err,
