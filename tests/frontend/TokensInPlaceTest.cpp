@@ -70,6 +70,7 @@ std::vector<Token> tokensInPlace() {
         }
         if (tokens.size() % 50 == 0) NtlFreeScannerMem();
     }
+    NtlFreeScannerMem(); // lets go of the texts
     for (size_t i = 0; i < texts.size(); ++i) tokens[i].text = texts[i];
     return tokens;
 }
