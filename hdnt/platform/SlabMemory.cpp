@@ -13,21 +13,11 @@
 #include <utility>
 #include <vector>
 
-#if defined(__has_feature)
-#define HDNT_HAS_FEATURE(name) __has_feature(name)
-#else
-#define HDNT_HAS_FEATURE(name) 0
-#endif
-
 namespace hdnt::platform {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || HDNT_HAS_FEATURE(address_sanitizer)
-constexpr std::size_t greatestSize = 0;
-#else
-constexpr std::size_t greatestSize = 512;
-#endif
+constexpr std::size_t greatestSize = usesGeneralHeap ? 0 : 512;
 
 // Slabs are aligned to their size, so that an object's address leads to its slab.
 constexpr std::size_t slabBytes = std::size_t{1} << 18;

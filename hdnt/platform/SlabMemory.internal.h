@@ -2,12 +2,24 @@
 
 #include <cstddef>
 
+#if defined(__has_feature)
+#define HDNT_HAS_FEATURE(name) __has_feature(name)
+#else
+#define HDNT_HAS_FEATURE(name) 0
+#endif
+
 // Memory for many small objects of few sizes that are made together and deleted together: model objects, shared texts.
 //
 // Each size has slabs of its own, in which objects stand side by side without a header. A slab goes back to the system
 // with its last object, so that a host which loads and drops libraries for days keeps nothing of them. Any thread may
 // allocate and free. Under an address sanitizer the general heap is used, for it to see each object.
 namespace hdnt::platform {
+
+#if defined(__SANITIZE_ADDRESS__) || HDNT_HAS_FEATURE(address_sanitizer)
+inline constexpr bool usesGeneralHeap = true;
+#else
+inline constexpr bool usesGeneralHeap = false;
+#endif
 
 /// Aligned as for operator new. Throws std::bad_alloc.
 void* allocateObject(std::size_t size);
