@@ -42,7 +42,7 @@ void keepTexts(const Input& input, bool isQuiet, Loader& loader) {
         if (!hdnt::platform::readInput(path, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, text,
                                        reason)) {
             if (!isQuiet) HDNTError::BadFileName(path, reason);
-            throw Failure(Unusable, path + ": cannot be opened: " + reason);
+            throw Failure(Unusable, std::string(path).append(": cannot be opened: ").append(reason));
         }
         texts.emplace(path, std::move(text));
     }

@@ -26,13 +26,13 @@ struct Settings {
     std::vector<std::string> onlyRules;
     std::vector<std::string> rulesOff;
     std::vector<std::string> severities; ///< CODE=SEVERITY
-    bool noProject = false;
     std::string baseline;
     std::string newBaseline; ///< to be written
-    bool quiet = false;
     std::string rootFolder;
+    int budget = -1; ///< expansions of one mapping; -1: not said
+    bool noProject = false;
+    bool quiet = false;
     bool isThorough = false; ///< mappings are tried, too
-    int budget = -1;         ///< expansions of one mapping; -1: not said
     bool listRules = false;
 
     std::string parent;  ///< empty: none; "common"; or a path
