@@ -388,7 +388,8 @@ int HDNTParserparse() {
     HDNTParserchar = -2; // no token is ahead
     if (HDNTParserdebug != 0) std::fputs("Starting parse\n", stderr);
     ModelReceiver receiver;
-    if (!NtlGrammar(receiver).file()) return 1;
+    bool whole = false;
+    if (!ParserState::instance().guard([&] { whole = NtlGrammar(receiver).file(); }) || !whole) return 1;
     HDNTParserchar = -2;
     return 0;
 }

@@ -47,10 +47,10 @@ enum class NtlList : std::uint8_t { none, elements, entities, properties, statem
 ///   int token()                     the number of the token ahead; 0 at the end
 ///   void take(const TokenSet&)      the token ahead, one of these, becomes part of what is open; the next one is ahead
 ///   void open(NtlPart), void close(NtlPart)   also where a parse ends in the middle
-///   Mark mark(), void openAt(Mark, NtlPart)   opens a part that began at the mark: an operation is known by its
-///   operator void begin(NtlList), void listed(NtlList), void end(NtlList)   behind the opening brace, behind each
-///   element of the
-///                                   list, behind the closing brace
+///   Mark mark(), void openAt(Mark, NtlPart)   opens a part that began at the mark: its kind shows only later
+///   Mark operandMark()                        the same mark for an operand, which an operator may follow
+///   void begin(NtlList), void listed(NtlList), void end(NtlList)
+///                                   behind the opening brace, behind each element, behind the closing brace
 ///   void listed(NtlPart)            behind a formal, a value of a list, or an argument of a call
 ///   void expressionBegins(), void expressionEnds()            with its first token ahead; behind its last one
 ///   void callBegins(), void noArguments(), void callEnds()    behind "(", with ")" ahead, behind ")"
