@@ -27,6 +27,14 @@ LibraryPointer loadFile(const std::string& path, HDNTLibrary* parent) {
     return library;
 }
 
+LibraryPointer loadFolder(const std::string& path) {
+    hdnt::LoadOptions options;
+    options.check = false;
+    hdnt::Loaded loaded = hdnt::load(path, options);
+    if (!loaded || !loaded.diagnostics.empty()) fail("cannot load " + path);
+    return std::move(loaded.library);
+}
+
 LibraryPointer loadText(const std::string& text) {
     LibraryPointer library = parseText(text);
     library->finalize();

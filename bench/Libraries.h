@@ -14,6 +14,7 @@ LibraryPointer parseFile(const std::string& path, HDNTLibrary* parent = nullptr)
 LibraryPointer parseText(const std::string& text);
 /// Text to finalized library.
 LibraryPointer loadFile(const std::string& path, HDNTLibrary* parent = nullptr);
+LibraryPointer loadFolder(const std::string& path);
 LibraryPointer loadText(const std::string& text);
 /// Ends the program when there was any report.
 void expectNoReports();

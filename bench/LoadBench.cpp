@@ -53,11 +53,17 @@ std::string wires() {
 
 void addLoadSubjects(std::vector<Subject>& subjects) {
     using Sizes = Subject::Sizes;
-    subjects.push_back({"load", Sizes::All, [](const Corpus& corpus) { return load(corpus.path("btl")); }});
+    subjects.push_back({"load", Sizes::UpToThousand, [](const Corpus& corpus) { return load(corpus.path("btl")); }});
     subjects.push_back(
         {"load-lines", Sizes::UpToTen, [](const Corpus& corpus) { return load(corpus.path("lines.btl")); }});
     subjects.push_back(
         {"load-oneline", Sizes::UpToTen, [](const Corpus& corpus) { return load(corpus.path("one-line.btl")); }});
+    subjects.push_back({"load-folder", Sizes::Ten, [](const Corpus& corpus) {
+                            auto held = std::make_shared<Held>();
+                            return Work{
+                                .run = [held, path = corpus.path("parts")] { held->library = loadFolder(path); },
+                                .drop = [held] { held->drop(); }};
+                        }});
     subjects.push_back({"load-described", Sizes::UpToTen, [](const Corpus& corpus) {
                             setenv("HDNT_CONFIG_PATH", corpus.path("described").c_str(), 1);
                             auto root = std::make_shared<HDNTLibrary>(nullptr);

@@ -4,6 +4,7 @@
 #include <libconfig.h++>
 #include <nlohmann/json.hpp>
 #include <rapidjson/document.h>
+#include <simdjson.h>
 
 #include <memory>
 
@@ -29,6 +30,19 @@ Work rapidjsonDom(const Corpus& corpus) {
             .drop = [held] { held->reset(); }};
 }
 
+/// The parser has the tree.
+Work simdjsonDom(const Corpus& corpus) {
+    auto held = std::make_shared<std::unique_ptr<simdjson::dom::parser>>();
+    return {.run =
+                [held, path = corpus.path("json")] {
+                    simdjson::padded_string text;
+                    if (simdjson::padded_string::load(path).get(text)) fail("cannot read " + path);
+                    *held = std::make_unique<simdjson::dom::parser>();
+                    if ((*held)->parse(text).error()) fail("simdjson cannot parse " + path);
+                },
+            .drop = [held] { held->reset(); }};
+}
+
 Work libconfigTree(const Corpus& corpus) {
     auto held = std::make_shared<std::unique_ptr<libconfig::Config>>();
     return {.run =
@@ -44,6 +58,7 @@ Work libconfigTree(const Corpus& corpus) {
 void addPeerSubjects(std::vector<Subject>& subjects) {
     subjects.push_back({"load-nlohmann", Subject::Sizes::All, nlohmannDom});
     subjects.push_back({"load-rapidjson", Subject::Sizes::All, rapidjsonDom});
+    subjects.push_back({"load-simdjson", Subject::Sizes::All, simdjsonDom});
     subjects.push_back({"load-libconfig", Subject::Sizes::All, libconfigTree});
 }
 

@@ -22,7 +22,7 @@ public:
     explicit Corpus(int megabytes) : megabytes_(megabytes) {}
 
     /// The file of a form: "btl", "lines.btl", "one-line.btl", "json" or "cfg"; or the folder "described", whose
-    /// description configuration has an entry for every property.
+    /// description configuration has an entry for every property, or "parts", the NTL text in a thousand files.
     std::string path(const std::string& form) const;
     bool exists() const;
     std::string text(const std::string& form) const;
@@ -34,7 +34,7 @@ private:
 };
 
 struct Subject {
-    enum class Sizes { All, UpToTen, One };
+    enum class Sizes { UpToThousand, All, UpToTen, Ten, One };
 
     std::string name;
     Sizes sizes = Sizes::All;
@@ -42,6 +42,8 @@ struct Subject {
     std::function<Work(const Corpus&)> make;
 };
 
+/// Those of the program.
+std::vector<Subject> allSubjects();
 /// Each appends its subjects. A name with a hyphen is a variant or a peer of the name in front of it.
 void addScanSubjects(std::vector<Subject>& subjects);
 void addLoadSubjects(std::vector<Subject>& subjects);
@@ -51,6 +53,8 @@ void addNetlistSubjects(std::vector<Subject>& subjects);
 void addWriteSubjects(std::vector<Subject>& subjects);
 void addSyntaxSubjects(std::vector<Subject>& subjects);
 void addLintSubjects(std::vector<Subject>& subjects);
+void addCompareSubjects(std::vector<Subject>& subjects);
+void addPageSubjects(std::vector<Subject>& subjects);
 
 /// The whole file as a peer of the library reads it, in one piece.
 std::string readFile(const std::string& path);

@@ -63,6 +63,16 @@ Work format(const Corpus& corpus, const char* form) {
     }};
 }
 
+/// A text with as many tokens, and as deep, as there can be in so many bytes. Whether it can be laid out is not asked.
+Work formatBraces(const Corpus& corpus) {
+    auto text = std::make_shared<const std::string>(corpus.bytes(), '{');
+    auto out = std::make_shared<std::string>();
+    return {.run = [text, out] {
+        HDNTFormatProblem problem;
+        HDNTFormatter::format(*text, *out, problem);
+    }};
+}
+
 } // namespace
 
 void addWriteSubjects(std::vector<Subject>& subjects) {
@@ -74,6 +84,7 @@ void addWriteSubjects(std::vector<Subject>& subjects) {
     subjects.push_back({"format", Sizes::UpToTen, [](const Corpus& corpus) { return format(corpus, "btl"); }});
     subjects.push_back(
         {"format-oneline", Sizes::UpToTen, [](const Corpus& corpus) { return format(corpus, "one-line.btl"); }});
+    subjects.push_back({"format-braces", Sizes::Ten, formatBraces});
 }
 
 } // namespace bench

@@ -1,7 +1,9 @@
 // Writes a generated library to a file:
 //   hdnt_corpus FORM SIZE SEED FILE
+//   hdnt_corpus parts|files SIZE SEED FOLDER
 // FORM is ntl, lines, one-line, json, config or descriptions; SIZE is in bytes of the NTL text (the form "ntl") that
-// has the content, with M for millions: texts of one size and seed have the same blocks in every form.
+// has the content, with M for millions: texts of one size and seed have the same blocks in every form. A folder gets a
+// thousand files of that size together.
 #include "bench/Generator.h"
 #include "bench/Writers.h"
 
@@ -10,6 +12,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -48,60 +53,117 @@ struct Counts {
     }
 };
 
-bool writeCorpus(bench::Form form, size_t size, unsigned long long seed, FILE* file) {
-    bench::Generator generator(seed);
-    const auto writer = bench::makeWriter(form);
-    const auto measure = bench::makeWriter(bench::Form::Ntl);
-    Counts counts;
-    std::string text;
-    std::string ntl;
-    size_t ntlSize = 0;
-    bool good = true;
-    const auto flush = [&] {
-        if (form == bench::Form::NtlOneLine) std::replace(text.begin(), text.end(), '\n', ' ');
-        good = good && std::fwrite(text.data(), 1, text.size(), file) == text.size();
-        text.clear();
-    };
-    writer->begin(text, bench::Generator::functions());
-    measure->begin(ntl, bench::Generator::functions());
-    while (ntlSize + ntl.size() < size) {
-        ntlSize += ntl.size();
-        ntl.clear();
-        const bench::Block block = generator.next();
-        counts.add(block);
-        measure->write(ntl, block);
-        writer->write(text, block);
-        flush();
+/// Blocks of one library after another. Their size is that of the NTL text, whatever is written.
+class Composer {
+public:
+    explicit Composer(bench::Form form)
+        : form_(form), writer_(bench::makeWriter(form)), measure_(bench::makeWriter(bench::Form::Ntl)) {}
+
+    /// A library, or a part of one, with the next blocks: as many as are needed to have composed `size` bytes.
+    bool compose(bench::Generator& generator, const std::vector<bench::Function>& functions, size_t size, FILE* file) {
+        writer_->begin(text_, functions);
+        measure_->begin(measured_, functions);
+        while (size_ + measured_.size() < size) {
+            size_ += measured_.size();
+            measured_.clear();
+            const bench::Block block = generator.next();
+            counts_.add(block);
+            measure_->write(measured_, block);
+            writer_->write(text_, block);
+            flush(file);
+        }
+        writer_->end(text_);
+        measure_->end(measured_);
+        flush(file);
+        size_ += measured_.size();
+        measured_.clear();
+        return good_;
     }
-    writer->end(text);
-    measure->end(ntl);
-    flush();
-    std::printf("%zu bytes of NTL: %zu blocks, %zu pins, %zu pin bits, %zu properties, %zu statements\n",
-                ntlSize + ntl.size(), counts.blocks, counts.pins, counts.bits, counts.properties, counts.statements);
+    void tell() const {
+        std::printf("%zu bytes of NTL: %zu blocks, %zu pins, %zu pin bits, %zu properties, %zu statements\n", size_,
+                    counts_.blocks, counts_.pins, counts_.bits, counts_.properties, counts_.statements);
+    }
+
+private:
+    void flush(FILE* file) {
+        if (form_ == bench::Form::NtlOneLine) std::replace(text_.begin(), text_.end(), '\n', ' ');
+        good_ = good_ && std::fwrite(text_.data(), 1, text_.size(), file) == text_.size();
+        text_.clear();
+    }
+
+    bench::Form form_;
+    std::unique_ptr<bench::Writer> writer_;
+    std::unique_ptr<bench::Writer> measure_;
+    Counts counts_;
+    std::string text_;
+    std::string measured_;
+    size_t size_ = 0;
+    bool good_ = true;
+};
+
+template <typename Write>
+bool writeFile(const std::string& path, const Write& write) {
+    FILE* const file = std::fopen(path.c_str(), "wb");
+    const bool good = file && write(file);
+    if (file && std::fclose(file) == 0 && good) return true;
+    std::perror(path.c_str());
+    return false;
+}
+
+bool writeCorpus(bench::Form form, size_t size, unsigned long long seed, const std::string& path) {
+    bench::Generator generator(seed);
+    Composer composer(form);
+    const auto compose = [&](FILE* file) {
+        return composer.compose(generator, bench::Generator::functions(), size, file);
+    };
+    const bool good = writeFile(path, compose);
+    composer.tell();
     return good;
+}
+
+/// A thousand files in a folder. In parts, they are one library together, with its functions in the first file; else
+/// each is a library by itself.
+bool writeFolder(bool inParts, size_t size, unsigned long long seed, const std::string& folder) {
+    constexpr size_t files = 1000;
+    bench::Generator whole(seed);
+    Composer composer(bench::Form::Ntl);
+    for (size_t i = 0; i < files; ++i) {
+        bench::Generator own(seed + i);
+        const bool declares = !inParts || i == 0;
+        const auto compose = [&](FILE* file) {
+            return composer.compose(inParts ? whole : own,
+                                    declares ? bench::Generator::functions() : std::vector<bench::Function>(),
+                                    size / files * (i + 1), file);
+        };
+        char name[16];
+        std::snprintf(name, sizeof name, "/%03zu.btl", i);
+        if (!writeFile(folder + name, compose)) return false;
+    }
+    composer.tell();
+    return true;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    const auto* const form = argc == 5 ? std::find_if(std::begin(formNames), std::end(formNames),
-                                                      [&](const FormName& f) { return !std::strcmp(f.name, argv[1]); })
-                                       : std::end(formNames);
+    const std::string form = argc == 5 ? argv[1] : "";
+    const auto* const known = std::find_if(std::begin(formNames), std::end(formNames),
+                                           [&](const FormName& name) { return form == name.name; });
+    const bool isFolder = form == "parts" || form == "files";
     char* rest = nullptr;
     size_t size = argc == 5 ? std::strtoull(argv[2], &rest, 10) : 0;
     if (rest && *rest == 'M') {
         size *= 1000000;
         ++rest;
     }
-    if (form == std::end(formNames) || *rest || size == 0) {
-        std::fputs("usage: hdnt_corpus ntl|lines|one-line|json|config|descriptions SIZE[M] SEED FILE\n", stderr);
+    if ((known == std::end(formNames) && !isFolder) || *rest || size == 0) {
+        std::fputs("usage: hdnt_corpus ntl|lines|one-line|json|config|descriptions SIZE[M] SEED FILE\n"
+                   "       hdnt_corpus parts|files SIZE[M] SEED FOLDER\n",
+                   stderr);
         return 2;
     }
-    FILE* const file = std::fopen(argv[4], "wb");
-    const bool good = file && writeCorpus(form->form, size, std::strtoull(argv[3], nullptr, 10), file);
-    if (!file || std::fclose(file) != 0 || !good) {
-        std::perror(argv[4]);
-        return 1;
-    }
-    return 0;
+    const unsigned long long seed = std::strtoull(argv[3], nullptr, 10);
+    const bool good =
+        isFolder ? writeFolder(form == "parts", size, seed, argv[4]) : writeCorpus(known->form, size, seed, argv[4]);
+    return good ? 0 : 1;
 }

@@ -1,5 +1,5 @@
-// The benchmark program. By itself it is a Google Benchmark program; with --once, it runs one subject in a process of
-// its own and prints times, peak memory and allocations as a line of JSON:
+// The benchmark programs' main function. By itself such a program is one of Google Benchmark; with --once, it runs one
+// subject in a process of its own and prints times, peak memory and allocations as a line of JSON:
 //   hdnt_bench --once SUBJECT [REPEAT]     such as load/10: the subject and the megabytes
 //   hdnt_bench --subjects                  the names there are
 #include "bench/Subject.h"
@@ -95,23 +95,12 @@ Run runOnce(const Work& work) {
     return run;
 }
 
-std::vector<Subject> allSubjects() {
-    std::vector<Subject> subjects;
-    addScanSubjects(subjects);
-    addLoadSubjects(subjects);
-    addPeerSubjects(subjects);
-    addLookUpSubjects(subjects);
-    addNetlistSubjects(subjects);
-    addWriteSubjects(subjects);
-    addSyntaxSubjects(subjects);
-    addLintSubjects(subjects);
-    return subjects;
-}
-
 std::vector<int> sizesOf(const Subject& subject) {
     switch (subject.sizes) {
+    case Subject::Sizes::UpToThousand: return {1, 10, 100, 1000};
     case Subject::Sizes::All: return {1, 10, 100};
     case Subject::Sizes::UpToTen: return {1, 10};
+    case Subject::Sizes::Ten: return {10};
     case Subject::Sizes::One: return {1};
     }
     return {};
