@@ -185,6 +185,21 @@ TEST_F(ListShowTest, MappingsAreShownForTheirArchitecture) {
     EXPECT_EQ(namesIn(broken.out), std::vector<std::string>{"HOLD"});
 }
 
+// What is said of one block does not come behind what is said of the next.
+TEST_F(ListShowTest, BrokenMappingsAreSaidInTurn) {
+    directory.makeDir("data/maplib");
+    for (const char* const name : {"HOLD", "KEEP"})
+        directory.write(std::string("data/maplib/") + name + ".btl", "library \"l\" { block 7 }");
+    directory.write("data/HDNTApplicationData.cfg", "CELLS = { };");
+    directory.write("own.btl", libraryOf("block \"HOLD\" { } block \"KEEP\" { }"));
+    const Outcome broken = ntl.run({"list", "--data", "data", "-l", "own.btl"});
+    const std::string line = "1: library \"l\" { block 7 }"; // through standard output's buffer
+    std::vector<std::string> said = linesOf(broken.err);
+    std::erase_if(said, [&](const std::string& text) { return text != line && text.find("ntl: ") != 0; });
+    EXPECT_EQ(said, (std::vector<std::string>{line, "ntl: HOLD: Invalid maplib ntl file: HOLD", line,
+                                              "ntl: KEEP: Invalid maplib ntl file: KEEP"}));
+}
+
 TEST_F(ListShowTest, UnknownBlocksSuggestOthers) {
     const struct {
         std::string name;

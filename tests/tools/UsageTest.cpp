@@ -131,6 +131,7 @@ TEST_F(UsageTest, MisspelledWordsSuggestOthers) {
         {{"check", "--frmat=json"}, "no option '--frmat=json'; did you mean --format?; see 'ntl check --help'"},
         {{"--colour", "never", "list"}, "no option '--colour'; did you mean --color?; see 'ntl list --help'"},
         {{"list", "-x"}, "no option '-x'; see 'ntl list --help'"},
+        {{"list", "--prefix", "show", "--deep"}, "no option '--deep'; see 'ntl list --help'"},
         {{"list", "--arch", "coper"},
          "--arch: no architecture 'coper'; did you mean copper?; there are meadow, harbor, copper"},
         {{"list", "--group", "LOGC"}, "no block is in the group 'LOGC'; did you mean LOGIC?", 1},

@@ -194,23 +194,23 @@ void WarningsShown::notice(const HDNTNotice& notice) {
     if (said.severity == hdnt::Severity::warning) writeError(warningLine(said));
 }
 
-bool loadMapping(HDNTBlock& block) {
-    try {
-        const OutputToError redirect;
-        const WarningsShown shown;
-        block.getNetlist(HDNTLibraryMgr::getLibraryMgr()->m_architecture);
-        return true;
-    } catch (const HEXAll& error) {
-        complain(block.getName() + ": " + error.what());
-        return false;
-    }
-}
-
 bool loadMappings(const std::vector<HDNTBlock*>& blocks) {
+    const OutputToError redirect;
+    const WarningsShown shown;
     bool fine = true;
-    for (HDNTBlock* block : blocks) fine = loadMapping(*block) && fine;
+    for (HDNTBlock* block : blocks) {
+        try {
+            block->getNetlist(HDNTLibraryMgr::getLibraryMgr()->m_architecture);
+        } catch (const HEXAll& error) {
+            flushOutput();
+            complain(block->getName() + ": " + error.what());
+            fine = false;
+        }
+    }
     return fine;
 }
+
+bool loadMapping(HDNTBlock& block) { return loadMappings({&block}); }
 
 static std::string lineOf(const hdnt::Diagnostic& one, const std::string& severity) {
     return printable(describe(one.place)) + ": " + severity + " " + printable(textOf(one)) + " [" + one.code + "]\n";

@@ -313,8 +313,9 @@ static void addOption(CLI::App& app, const OptionSpec& spec, Settings& settings)
 }
 
 static const CommandSpec* chosen(const CLI::App& app) {
-    for (const CommandSpec& command : commands())
-        if (app.got_subcommand(command.name)) return &command;
+    for (const CLI::App* sub : app.get_subcommands())
+        for (const CommandSpec& command : commands())
+            if (command.name == sub->get_name()) return &command;
     return nullptr;
 }
 
@@ -372,6 +373,8 @@ int runCommandLine(int argc, char** argv) {
     for (const OptionSpec& option : globalOptions()) addOption(app, option, settings);
     app.add_option("--generate", settings.generate)->group("");
     for (const CommandSpec& command : commands()) {
+        // The others cannot be meant, and making their options takes longer than many a command.
+        if (std::find(argv, argv + argc, command.name) == argv + argc) continue;
         CLI::App* const sub = app.add_subcommand(command.name, command.summary)->fallthrough();
         for (const OptionSpec& option : command.options) addOption(*sub, option, settings);
     }

@@ -88,10 +88,13 @@ static size_t printableLength(std::string_view text) {
     return overlong || outside || control ? 0 : length;
 }
 
+static bool isPlain(char c) { return c >= ' ' && c <= '~'; }
+
 std::string printable(std::string_view text) {
     std::string result;
     while (!text.empty()) {
-        const size_t length = printableLength(text);
+        const auto plain = static_cast<size_t>(std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
+        const size_t length = plain > 0 ? plain : printableLength(text);
         if (length > 0) {
             result += text.substr(0, length);
         } else if (text[0] == '\n' || text[0] == '\t') {
@@ -125,20 +128,20 @@ std::string colored(Color color, const std::string& text, int descriptor) {
     return codes[static_cast<size_t>(color)] + text + "\033[0m";
 }
 
-static void flushStreams() {
+void flushOutput() {
     std::cout.flush();
     std::fflush(stdout);
 }
 
 OutputToError::OutputToError() {
-    flushStreams();
+    flushOutput();
     saved_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
     if (saved_ == -1 || dup2(STDERR_FILENO, STDOUT_FILENO) == -1)
         throw Failure(Unusable, std::string("cannot redirect standard output: ") + std::strerror(errno));
 }
 
 OutputToError::~OutputToError() {
-    flushStreams();
+    flushOutput();
     dup2(saved_, STDOUT_FILENO);
     close(saved_);
 }

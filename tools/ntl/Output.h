@@ -33,6 +33,9 @@ void setColors(const std::string& when);
 /// The text in that colour, if the stream of that descriptor is to be coloured.
 std::string colored(Color color, const std::string& text, int descriptor);
 
+/// Writes what the C and C++ streams of standard output hold.
+void flushOutput();
+
 /// Standard output goes where standard error goes for the lifetime of the object. What the C and C++ streams hold is
 /// written before the switch and before the switch back.
 class OutputToError {
