@@ -9,7 +9,7 @@ namespace hdnt::loading {
 
 static const std::string suffix = ".btl";
 
-static std::vector<std::string> entriesOf(const std::string& folder) {
+std::vector<std::string> entriesOf(const std::string& folder) {
     const std::unique_ptr<HUTFileIter> entries(HUTFile(folder).createFileIter());
     std::vector<std::string> paths;
     while (entries->hasNext()) {
@@ -19,23 +19,22 @@ static std::vector<std::string> entriesOf(const std::string& folder) {
     return paths;
 }
 
-bool parseInput(HDNTLibrary& library, const std::string& path) {
-    if (!HUTFile(path).isDir()) return library.parseFile(path) == 0;
+bool parseFolder(HDNTLibrary& library, const std::vector<std::string>& entries) {
     struct FolderMode {
         FolderMode() { frontend::Scanner::instance().setFolderMode(true); }
         ~FolderMode() { frontend::Scanner::instance().setFolderMode(false); }
     };
     const FolderMode mode;
     bool parsed = true;
-    for (const std::string& entry : entriesOf(path))
+    for (const std::string& entry : entries)
         if (entry.substr(entry.size() - suffix.size()) == suffix) parsed &= library.parseFile(entry) == 0;
     return parsed;
 }
 
-std::vector<std::string> shortEntries(const std::string& folder) {
-    std::vector<std::string> entries = entriesOf(folder);
-    std::erase_if(entries, [](const std::string& entry) { return entry.size() >= suffix.size(); });
-    return entries;
+bool parseInput(HDNTLibrary& library, const std::string& path) {
+    return HUTFile(path).isDir() ? parseFolder(library, entriesOf(path)) : library.parseFile(path) == 0;
 }
+
+bool isShort(const std::string& entry) { return entry.size() < suffix.size(); }
 
 } // namespace hdnt::loading

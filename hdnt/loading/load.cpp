@@ -110,14 +110,19 @@ bool attempt(DiagnosticCode code, const yyltype* at, Step&& step) {
     }
 }
 
+/// What is in a folder; none for a file.
+using Entries = std::optional<std::vector<std::string>>;
+
 // The manager takes a path where nothing is for its parent, and fails at names that are shorter than ".btl".
-bool isThere(const std::string& path) {
+bool isThere(const std::string& path, Entries& entries) {
     struct stat status {};
     if (diagnostics::TextsInPlace::find(path)) return true;
     if (stat(path.c_str(), &status) != 0) say(DiagnosticCode::cannotOpen, path, std::strerror(errno));
     else if (S_ISDIR(status.st_mode))
         attempt(DiagnosticCode::cannotOpen, nullptr, [&] {
-            for (const std::string& entry : loading::shortEntries(path)) say(DiagnosticCode::folderEntry, entry);
+            entries = loading::entriesOf(path);
+            for (const std::string& entry : *entries)
+                if (loading::isShort(entry)) say(DiagnosticCode::folderEntry, entry);
         });
     return HDNTError::numErrors == 0;
 }
@@ -128,12 +133,15 @@ std::unique_ptr<HDNTLibrary> newLibrary(const LoadOptions& options) {
 }
 
 void loadInto(Loaded& loaded, const std::string& path, const LoadOptions& options) {
-    if (!isThere(path)) return;
+    Entries entries;
+    if (!isThere(path, entries)) return;
     netlist::MappingJournal journal;
     std::unique_ptr<HDNTLibrary>& library = loaded.library;
     bool parsed = false;
     const auto make = [&] { library = newLibrary(options); };
-    const auto parse = [&] { parsed = loading::parseInput(*library, path); };
+    const auto parse = [&] {
+        parsed = entries ? loading::parseFolder(*library, *entries) : loading::parseInput(*library, path);
+    };
     const auto finish = [&] {
         if (parsed) library->finalize();
         if (parsed && options.check) library->check();
