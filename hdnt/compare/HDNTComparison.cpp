@@ -1,6 +1,8 @@
 #include "hdnt/compare/HDNTComparison.h"
 
 #include "hdnt/compare/ComparisonRules.internal.h"
+#include "hdnt/compare/EqualElements.internal.h"
+#include "hdnt/compare/TreeBuilder.internal.h"
 
 #include <algorithm>
 #include <tuple>
@@ -163,26 +165,7 @@ private:
         }
     }
 
-    // Elements with all below them, except for where they stand.
-    bool areEqual(size_t before, size_t after) const {
-        const auto& old = before_.elements();
-        const auto& now = after_.elements();
-        const size_t count = old[before].numDescendants;
-        if (now[after].numDescendants != count) return false;
-        for (size_t i = 0; i <= count; ++i) {
-            const HDNTModelTree::Element& a = old[before + i];
-            const HDNTModelTree::Element& b = now[after + i];
-            if (a.kind != b.kind || a.numDescendants != b.numDescendants || a.numFacets != b.numFacets ||
-                before_.text(a.name) != after_.text(b.name))
-                return false;
-            for (size_t k = 0; k < a.numFacets; ++k) {
-                const HDNTModelTree::Facet& facetA = before_.facets()[a.firstFacet + k];
-                const HDNTModelTree::Facet& facetB = after_.facets()[b.firstFacet + k];
-                if (facetA.facet != facetB.facet || before_.text(facetA.text) != after_.text(facetB.text)) return false;
-            }
-        }
-        return true;
-    }
+    bool areEqual(size_t before, size_t after) const { return compare::areEqual(before_, before, after_, after); }
 
     void match(List& old, List& now, bool withSaid) const {
         const std::vector<Key> oldKeys = sortedKeys(before_, old, withSaid);
@@ -300,7 +283,15 @@ std::vector<HDNTDifference> HDNTComparison::compare(const HDNTModelTree& before,
 }
 
 std::vector<HDNTDifference> HDNTComparison::compare(const HDNTLibrary& before, const HDNTLibrary& after) {
-    return compare(HDNTModelTree(before), HDNTModelTree(after));
+    using hdnt::compare::TreeBuilder;
+    const auto equal = hdnt::compare::equalBlocks(before, after);
+    HDNTModelTree old = TreeBuilder::emptyTree();
+    HDNTModelTree now = TreeBuilder::emptyTree();
+    TreeBuilder oldBuilder(old);
+    TreeBuilder newBuilder(now);
+    hdnt::compare::describeLibrary(oldBuilder, before, equal);
+    hdnt::compare::describeLibrary(newBuilder, after, equal);
+    return compare(old, now);
 }
 
 std::vector<HDNTDifference> HDNTComparison::compare(const HDNTBlock& before, const HDNTBlock& after) {

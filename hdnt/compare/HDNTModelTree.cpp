@@ -20,18 +20,29 @@ HDNTModelTree::Text TreeBuilder::keep(std::string_view text) {
     return piece;
 }
 
+void TreeBuilder::restart() {
+    tree_.elements_.clear();
+    tree_.facets_.clear();
+    tree_.texts_.clear();
+    files_.clear();
+}
+
 void TreeBuilder::open(HDNTElementKind kind, std::string_view name, const HDNTNode& node) {
     open_.push_back(tree_.elements_.size());
     HDNTModelTree::Element element{kind, keep(name), tree_.facets_.size(), 0, 0, {}, 0, 0};
-    if (const auto location = node.copyOfLocation()) {
-        if (const char* const file = location->fileName) {
-            const auto found = files_.find(file);
-            element.file = found != files_.end() ? found->second : files_.emplace(file, keep(file)).first->second;
-        }
-        element.line = location->fileLine;
-        element.column = location->first_column;
-    }
+    if (places_ == Places::Kept) place(element, node);
     tree_.elements_.push_back(element);
+}
+
+void TreeBuilder::place(HDNTModelTree::Element& element, const HDNTNode& node) {
+    const auto location = node.copyOfLocation();
+    if (!location) return;
+    if (const char* const file = location->fileName) {
+        const auto found = files_.find(file);
+        element.file = found != files_.end() ? found->second : files_.emplace(file, keep(file)).first->second;
+    }
+    element.line = location->fileLine;
+    element.column = location->first_column;
 }
 
 void TreeBuilder::facet(HDNTElementFacet facet, std::string_view text) {
@@ -48,19 +59,38 @@ void TreeBuilder::close() {
     open_.pop_back();
 }
 
-static std::string escaped(std::string_view text, std::string_view special) {
-    std::string result;
-    result.reserve(text.size() + 2);
-    for (const char c : text) {
-        if (special.find(c) != special.npos) result += '\\';
-        result += c;
+template <char... special>
+static void addEscaped(std::string& out, std::string_view text) {
+    bool isPlain = true;
+    for (const char c : text) isPlain &= ((c != special) && ...); // to the end: many are compared at once
+    if (isPlain) {
+        out += text;
+        return;
     }
-    return result;
+    for (const char c : text) {
+        if (((c == special) || ...)) out += '\\';
+        out += c;
+    }
 }
 
-std::string pathPart(std::string_view name) { return escaped(name, "/#\\"); }
+std::string pathPart(std::string_view name) {
+    std::string part;
+    addEscaped<'/', '#', '\\'>(part, name);
+    return part;
+}
 
-std::string quoted(std::string_view text) { return '"' + escaped(text, "\"\\") + '"'; }
+void addQuoted(std::string& out, std::string_view text) {
+    out += '"';
+    addEscaped<'"', '\\'>(out, text);
+    out += '"';
+}
+
+std::string quoted(std::string_view text) {
+    std::string result;
+    result.reserve(text.size() + 2);
+    addQuoted(result, text);
+    return result;
+}
 
 static std::string numberText(double value) {
     if (std::isnan(value)) {

@@ -22,10 +22,16 @@ std::string pinTexts(const HDNTConnect& connect) {
     for (const HDNTPinInst* item : connect.pins()) {
         if (!text.empty()) text += ", ";
         const auto* const pin = nodeCast<HDNTBlockPinName>(item);
-        if (!pin) text += "unknown";
-        else
-            text += (pin->instName().empty() ? "" : quoted(pin->instName()) + ' ') +
-                    quoted((pin->inverted() ? "~" : "") + pin->pinName());
+        if (!pin) {
+            text += "unknown";
+            continue;
+        }
+        if (!pin->instName().empty()) {
+            addQuoted(text, pin->instName());
+            text += ' ';
+        }
+        if (pin->inverted()) addQuoted(text, "~" + pin->pinName());
+        else addQuoted(text, pin->pinName());
     }
     return text;
 }

@@ -118,23 +118,38 @@ private:
 
 } // namespace
 
-HDNTModelTree::HDNTModelTree(const HDNTLibrary& library) {
-    TreeBuilder builder(*this);
+void hdnt::compare::describeBlock(TreeBuilder& builder, const HDNTBlock& block) {
+    BlockDescription(builder).describe(block);
+}
+
+void hdnt::compare::describeLibrary(TreeBuilder& builder, const HDNTLibrary& library,
+                                    const std::unordered_set<const HDNTBlock*>& namesOnly) {
     builder.open(Kind::library, pathPart(library.getName()), library);
     for (const HDNTFunctionDecl& function : library.functions()) {
         std::vector<Type> formals;
         for (size_t k = 0; k < function.getNumFormals(); ++k) formals.push_back(function.getFormal(k));
         builder.open(Kind::function, pathPart(function.getName()), function);
-        builder.facet(HDNTElementFacet::type, HDNTProperty::getTypeName(function.getType()));
-        builder.facet(HDNTElementFacet::formals, listText(formals, HDNTProperty::getTypeName));
+        builder.facet(Facet::type, HDNTProperty::getTypeName(function.getType()));
+        builder.facet(Facet::formals, listText(formals, HDNTProperty::getTypeName));
         builder.close();
     }
-    BlockDescription blocks(builder);
-    for (const HDNTBlock& block : library.blocks()) blocks.describe(block);
+    for (const HDNTBlock& block : library.blocks()) {
+        if (!namesOnly.contains(&block)) {
+            describeBlock(builder, block);
+            continue;
+        }
+        builder.open(Kind::block, pathPart(block.getName()), block);
+        builder.close();
+    }
     builder.close();
+}
+
+HDNTModelTree::HDNTModelTree(const HDNTLibrary& library) {
+    TreeBuilder builder(*this);
+    hdnt::compare::describeLibrary(builder, library);
 }
 
 HDNTModelTree::HDNTModelTree(const HDNTBlock& block) {
     TreeBuilder builder(*this);
-    BlockDescription(builder).describe(block);
+    hdnt::compare::describeBlock(builder, block);
 }

@@ -79,7 +79,10 @@ std::unique_ptr<HDNTLibrary> finished(const std::string& text) {
 std::string compared(const std::string& before, const std::string& after) {
     const auto a = finished(before);
     const auto b = finished(after);
-    return a && b ? linesOf(HDNTComparison::compare(*a, *b)) : "does not parse";
+    if (!a || !b) return "does not parse";
+    const std::string lines = linesOf(HDNTComparison::compare(*a, *b));
+    EXPECT_EQ(linesOf(HDNTComparison::compare(HDNTModelTree(*a), HDNTModelTree(*b))), lines);
+    return lines;
 }
 
 } // namespace
@@ -278,6 +281,10 @@ TEST(Comparison, DamagedModels) {
     other = damaged;
     EXPECT_EQ(compared(damaged, other.replace(other.find("\"A\" { }"), 7, "\"A\" { test = false; internal = true; }")),
               "breaking changed block/internal A#2: false -> true");
+    const std::string twice = "library \"L\" { block \"A\" { pin \"D\" input; } block \"A\" { } }";
+    const std::string swapped = "library \"L\" { block \"A\" { } block \"A\" { pin \"D\" input; } }";
+    EXPECT_EQ(compared(twice, swapped), "breaking removed pin/whole A/D: direction input, type data -> \n"
+                                        "breaking added pin/whole A#2/D:  -> direction input, type data");
 }
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
