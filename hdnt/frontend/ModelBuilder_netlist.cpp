@@ -31,25 +31,21 @@ HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>* entities, const yyltype& p
 }
 
 HDNTNetlistEntity* inst(std::string_view name, std::string_view type, const yyltype& place) {
-    return placed(new HDNTBlockInst(std::string(name), std::string(type)), place);
+    return placed(new HDNTBlockInst(name, type), place);
 }
 
 HDNTNetlistEntity* assignBlockProperty(std::string_view inst, std::string_view property, HDNTExpr* value,
                                        const yyltype& place) {
-    std::unique_ptr<HDNTExpr> owned(value);
-    const std::string instName(inst);
-    const std::string propertyName(property);
-    return placed(new HDNTAssignBlockProperty(instName, propertyName, owned.release()), place);
+    return placed(new HDNTAssignBlockProperty(inst, property, value), place);
 }
 
 HDNTNetlistEntity* assignPinProperty(HDNTBlockPinName* pin, std::string_view property, HDNTExpr* value,
                                      const yyltype& place) {
     const std::unique_ptr<HDNTBlockPinName> owned(pin);
     std::unique_ptr<HDNTExpr> ownedValue(value);
-    const std::string name(property);
     if (pin->inverted())
         HDNTError::notify({HDNTNotice::Kind::InversionDropped, *pin->getLocation(), pin->pinName(), {}});
-    return placed(new HDNTAssignPinProperty(pin->instName(), pin->pinName(), name, ownedValue.release()), place);
+    return placed(new HDNTAssignPinProperty(pin->instName(), pin->pinName(), property, ownedValue.release()), place);
 }
 
 HDNTNetlistEntity* ifStmt(HDNTExpr* condition, HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt,
@@ -62,25 +58,21 @@ HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>* statements, const 
 }
 
 HDNTNetlistEntity* connect(std::string_view signal, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    OwnedList<HDNTPinInst> owned(pins);
-    const std::string name(signal);
-    return placed(new HDNTConnect(name, owned.release()), place);
+    return placed(new HDNTConnect(signal, pins), place);
 }
 
 HDNTNetlistEntity* signal(std::string_view name, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    OwnedList<HDNTPinInst> owned(pins);
-    const std::string text(name);
-    if (!pins && text.find_first_of("[]") != text.npos) {
-        tellOfRange(text, place);
-        return placed(new HDNTSigList(text), place);
+    if (!pins && name.find_first_of("[]") != name.npos) {
+        tellOfRange(std::string(name), place);
+        return placed(new HDNTSigList(name), place);
     }
-    auto* const result = placed(new HDNTSignal(text, owned.release()), place);
+    auto* const result = placed(new HDNTSignal(name, pins), place);
     if (result->connect()) result->connect()->setLocation(place);
     return result;
 }
 
 HDNTBlockPinName* pinInst(std::string_view inst, std::string_view pin, const yyltype& place) {
-    return placed(new HDNTBlockPinName(std::string(inst), std::string(pin)), place);
+    return placed(new HDNTBlockPinName(inst, pin), place);
 }
 
 HDNTExpr* compound(HDNTExpr* lhs, HDNTExpr::FOPERATOR op, HDNTExpr* rhs, const yyltype& place) {
@@ -91,13 +83,11 @@ HDNTExpr* constant(int value, const yyltype& place) { return placed(new HDNTIntC
 HDNTExpr* constant(double value, const yyltype& place) { return placed(new HDNTDoubleConstant(value), place); }
 HDNTExpr* constant(bool value, const yyltype& place) { return placed(new HDNTBoolConstant(value), place); }
 HDNTExpr* constant(std::string_view value, const yyltype& place) {
-    return placed(new HDNTStringConstant(std::string(value)), place);
+    return placed(new HDNTStringConstant(value), place);
 }
 
 HDNTFunctionCall* call(std::string_view name, std::vector<HDNTExpr*>* actuals, const yyltype& place) {
-    OwnedList<HDNTExpr> owned(actuals);
-    const std::string text(name);
-    return placed(new HDNTFunctionCall(text, owned.release()), place);
+    return placed(new HDNTFunctionCall(name, actuals), place);
 }
 
 } // namespace hdnt::frontend::build

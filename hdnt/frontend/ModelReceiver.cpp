@@ -65,15 +65,17 @@ ModelReceiver::~ModelReceiver() {
 
 void ModelReceiver::scan() {
     constexpr int reported = 257; // an error that was told of
-    if (HDNTParserdebug != 0) std::fputs("Reading a token: ", stderr);
     if (!ParserState::instance().guard([this] { token_ = scanner_.scan(); })) {
         HDNTParserchar = reported;
         token_ = stopped;
         failed_ = true;
     }
-    if (HDNTParserdebug == 0) return;
-    if (token_ == 0) std::fputs("Now at end of input.\n", stderr);
-    else std::fprintf(stderr, "Next token is token %d (line %d)\n", token_, scanner_.tokenLine());
+    if (HDNTParserdebug != 0) traceToken();
+}
+
+void ModelReceiver::traceToken() const {
+    if (token_ == 0) std::fputs("Reading a token: Now at end of input.\n", stderr);
+    else std::fprintf(stderr, "Reading a token: Next token is token %d (line %d)\n", token_, scanner_.tokenLine());
 }
 
 void ModelReceiver::fail(const char* message, bool isSyntax) {

@@ -43,6 +43,13 @@ public:
         token_ = none;
         deepen();
     }
+    bool takes(int mark) {
+        if (mark >= T_Library || token_ != none || !scanner_.scanExpected(static_cast<char>(mark))) return false;
+        token_ = mark;
+        if (HDNTParserdebug != 0) traceToken();
+        take({});
+        return true;
+    }
     bool lacks(const TokenSet&) {
         if (!failed_) fail("syntax error", true);
         return false;
@@ -129,6 +136,7 @@ private:
         if (!ParserState::instance().guard(std::forward<Step>(step))) stop();
     }
     void traceRule(int rule) const;
+    void traceToken() const;
     const Taken& taken(std::size_t index) const { return taken_[index]; }
     const Taken& lastTaken() const { return taken_[(count_ - 1) % taken_.size()]; }
     std::string_view textOf(std::size_t index) const { return unquoted(taken_[index]); }

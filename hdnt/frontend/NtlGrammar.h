@@ -57,6 +57,7 @@ enum class NtlList : std::uint8_t { none, elements, entities, properties, statem
 ///   void elseBegins(), void noElse()                          behind "else"; with what is there instead ahead
 ///   bool lacks(const TokenSet& expected)      one of these should be ahead; true when it stands in for the token
 ///   static constexpr bool recovers  when false, the sets are empty, there are no units, and the parse ends at a fault
+///   bool takes(int token)           such a one: takes the token, if it is seen at once that it is this one
 /// and one that recovers
 ///   Start start(), bool recover(begin, again)      a unit failed that began at start(); true: parse it again
 ///   bool deeper(), void shallower()           around what nests; false when that is too deep
@@ -139,9 +140,14 @@ private:
         expected_ = TokenSet();
         return true;
     }
-    bool need(int token) { return at(token) ? take() : lacks(); }
+    [[gnu::always_inline]] bool need(int token) { return takes(token) || (at(token) ? take() : lacks()); }
     bool need(const TokenSet& tokens) { return at(tokens) ? take() : lacks(); }
-    bool may(int token) { return at(token) && take(); }
+    [[gnu::always_inline]] bool may(int token) { return takes(token) || (at(token) && take()); }
+    // What only this token can be need not be told apart from others first.
+    [[gnu::always_inline]] bool takes(int token) {
+        if constexpr (Receiver::recovers) return false;
+        else return to_.takes(token);
+    }
     bool may(const TokenSet& tokens) { return at(tokens) && take(); }
     bool lacks() {
         if (!to_.lacks(expected_)) return false;

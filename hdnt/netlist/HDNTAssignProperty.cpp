@@ -1,6 +1,6 @@
 #include "hdnt/netlist/HDNTAssignProperty.h"
 
-HDNTAssignProperty::HDNTAssignProperty(const std::string& instName, const std::string& propName, HDNTExpr* value)
+HDNTAssignProperty::HDNTAssignProperty(std::string_view instName, std::string_view propName, HDNTExpr* value)
     : instName_(instName), propName_(propName), value_(value) {
     if (value) value->setParent(this);
 }
@@ -15,8 +15,8 @@ void HDNTAssignProperty::finalize() {
     if (value_) value_->finalize();
 }
 
-HDNTAssignPinProperty::HDNTAssignPinProperty(const std::string& instName, const std::string& pinName,
-                                             const std::string& propName, HDNTExpr* value)
+HDNTAssignPinProperty::HDNTAssignPinProperty(std::string_view instName, std::string_view pinName,
+                                             std::string_view propName, HDNTExpr* value)
     : HDNTAssignProperty(instName, propName, value), pinName_(pinName) {
     setKind(HDNTNodeKind::AssignPinProperty);
 }

@@ -4,6 +4,7 @@
 #include "hdnt/platform/HSTUniqString.h"
 
 #include <memory>
+#include <string_view>
 
 /// Gives a property of an instance, or of a pin of one, a value.
 class HDNT_API HDNTAssignProperty : public HDNTNetlistEntity {
@@ -12,7 +13,7 @@ public:
                                   lastKind = HDNTNodeKind::AssignPinProperty;
 
     /// Takes over the value, which gets this as parent and may be null.
-    HDNTAssignProperty(const std::string& instName, const std::string& propName, HDNTExpr* value);
+    HDNTAssignProperty(std::string_view instName, std::string_view propName, HDNTExpr* value);
     ~HDNTAssignProperty() override;
     void check() override;
     void finalize() override;
@@ -32,7 +33,7 @@ class HDNT_API HDNTAssignBlockProperty : public HDNTAssignProperty {
 public:
     static constexpr HDNTNodeKind firstKind = HDNTNodeKind::AssignBlockProperty, lastKind = firstKind;
 
-    HDNTAssignBlockProperty(const std::string& instName, const std::string& propName, HDNTExpr* value)
+    HDNTAssignBlockProperty(std::string_view instName, std::string_view propName, HDNTExpr* value)
         : HDNTAssignProperty(instName, propName, value) {
         setKind(HDNTNodeKind::AssignBlockProperty);
     }
@@ -44,7 +45,7 @@ class HDNT_API HDNTAssignPinProperty : public HDNTAssignProperty {
 public:
     static constexpr HDNTNodeKind firstKind = HDNTNodeKind::AssignPinProperty, lastKind = firstKind;
 
-    HDNTAssignPinProperty(const std::string& instName, const std::string& pinName, const std::string& propName,
+    HDNTAssignPinProperty(std::string_view instName, std::string_view pinName, std::string_view propName,
                           HDNTExpr* value);
     void accept(HDNTVisitor& visitor) override;
 

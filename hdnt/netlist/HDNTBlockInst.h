@@ -3,6 +3,8 @@
 #include "hdnt/netlist/HDNTNetlistEntity.h"
 #include "hdnt/platform/HSTUniqString.h"
 
+#include <string_view>
+
 class HDNTBlock;
 class HDNTLibrary;
 
@@ -11,7 +13,7 @@ class HDNT_API HDNTBlockInst : public HDNTNetlistEntity {
 public:
     static constexpr HDNTNodeKind firstKind = HDNTNodeKind::BlockInst, lastKind = firstKind;
 
-    HDNTBlockInst(const std::string& instName, const std::string& typeName) : instName_(instName), typeName_(typeName) {
+    HDNTBlockInst(std::string_view instName, std::string_view typeName) : instName_(instName), typeName_(typeName) {
         setKind(HDNTNodeKind::BlockInst);
     }
     void accept(HDNTVisitor& visitor) override;

@@ -7,13 +7,13 @@
 #include <memory>
 #include <string_view>
 
-HDNTBlockPinName::HDNTBlockPinName(const std::string& instName, const std::string& pinName)
+HDNTBlockPinName::HDNTBlockPinName(std::string_view instName, std::string_view pinName)
     : instName_(instName), inverted_(pinName.starts_with('~')) {
     setKind(HDNTNodeKind::BlockPinName);
-    pinName_ = HSTUniqString(std::string_view(pinName).substr(inverted_ ? 1 : 0));
+    pinName_ = HSTUniqString(pinName.substr(inverted_ ? 1 : 0));
 }
 
-HDNTConnect::HDNTConnect(const std::string& signalName, std::vector<HDNTPinInst*>* pins) : signalName_(signalName) {
+HDNTConnect::HDNTConnect(std::string_view signalName, std::vector<HDNTPinInst*>* pins) : signalName_(signalName) {
     setKind(HDNTNodeKind::Connect);
     const std::unique_ptr<std::vector<HDNTPinInst*>> owned(pins);
     if (pins) pins_ = std::move(*pins);

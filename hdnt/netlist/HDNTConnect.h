@@ -3,6 +3,8 @@
 #include "hdnt/netlist/HDNTNetlistEntity.h"
 #include "hdnt/platform/HSTUniqString.h"
 
+#include <string_view>
+
 class HDNTSignal;
 
 /// A reference to a pin in a netlist.
@@ -22,7 +24,7 @@ public:
     static constexpr HDNTNodeKind firstKind = HDNTNodeKind::BlockPinName, lastKind = firstKind;
 
     /// A pin name that begins with "~" means the pin inverted.
-    HDNTBlockPinName(const std::string& instName, const std::string& pinName);
+    HDNTBlockPinName(std::string_view instName, std::string_view pinName);
     void check() override {}
     void accept(HDNTVisitor& visitor) override;
 
@@ -43,7 +45,7 @@ public:
     static constexpr HDNTNodeKind firstKind = HDNTNodeKind::Connect, lastKind = firstKind;
 
     /// Takes over the pins and deletes the vector, which may be null.
-    HDNTConnect(const std::string& signalName, std::vector<HDNTPinInst*>* pins);
+    HDNTConnect(std::string_view signalName, std::vector<HDNTPinInst*>* pins);
     ~HDNTConnect() override;
     /// Reports a signal that is not declared.
     void check() override;

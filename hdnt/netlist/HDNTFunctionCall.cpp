@@ -7,7 +7,7 @@
 #include "hdnt/netlist/HDNTValue.h"
 #include "hdnt/platform/HEX.h"
 
-HDNTFunctionCall::HDNTFunctionCall(const std::string& name, std::vector<HDNTExpr*>* actuals) : name_(name) {
+HDNTFunctionCall::HDNTFunctionCall(std::string_view name, std::vector<HDNTExpr*>* actuals) : name_(name) {
     setKind(HDNTNodeKind::FunctionCall);
     const std::unique_ptr<std::vector<HDNTExpr*>> owned(actuals);
     if (actuals) actuals_ = std::move(*actuals);

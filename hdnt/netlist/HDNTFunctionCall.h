@@ -3,6 +3,8 @@
 #include "hdnt/netlist/HDNTExpr.h"
 #include "hdnt/platform/HSTUniqString.h"
 
+#include <string_view>
+
 class HDNTFunctionDecl;
 class HDNTLibrary;
 
@@ -12,7 +14,7 @@ public:
     static constexpr HDNTNodeKind firstKind = HDNTNodeKind::FunctionCall, lastKind = firstKind;
 
     /// Takes over the arguments, which get this as parent, and deletes the vector, which may be null.
-    HDNTFunctionCall(const std::string& name, std::vector<HDNTExpr*>* actuals);
+    HDNTFunctionCall(std::string_view name, std::vector<HDNTExpr*>* actuals);
     ~HDNTFunctionCall() override;
     /// Reports a function that the library and its parents do not declare, or arguments that do not match its
     /// declaration; then checks the arguments.

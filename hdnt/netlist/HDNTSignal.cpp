@@ -3,14 +3,14 @@
 #include "hdnt/netlist/HDNTConnect.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 
-HDNTSignal::HDNTSignal(const std::string& name, std::vector<HDNTPinInst*>* pins) : name_(name) {
+HDNTSignal::HDNTSignal(std::string_view name, std::vector<HDNTPinInst*>* pins) : name_(name) {
     setKind(HDNTNodeKind::Signal);
     if (pins) connect_ = std::make_unique<HDNTConnect>(name, pins);
 }
 
-HDNTSignal::HDNTSignal(const std::string& name, std::nullptr_t) : name_(name) { setKind(HDNTNodeKind::Signal); }
+HDNTSignal::HDNTSignal(std::string_view name, std::nullptr_t) : name_(name) { setKind(HDNTNodeKind::Signal); }
 
-HDNTSignal::HDNTSignal(const std::string& name, HDNTSigList* sigList) : name_(name), sigList_(sigList) {
+HDNTSignal::HDNTSignal(std::string_view name, HDNTSigList* sigList) : name_(name), sigList_(sigList) {
     setKind(HDNTNodeKind::Signal);
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string_view>
 
 class HDNTBlock;
 class HDNTConnect;
@@ -18,10 +19,10 @@ public:
 
     /// A declaration with pins makes a connect of its own. Takes over the pins and deletes the vector; null: no
     /// connect.
-    HDNTSignal(const std::string& name, std::vector<HDNTPinInst*>* pins);
-    HDNTSignal(const std::string& name, std::nullptr_t);
+    HDNTSignal(std::string_view name, std::vector<HDNTPinInst*>* pins);
+    HDNTSignal(std::string_view name, std::nullptr_t);
     /// One of the signals that a list stands for; the list is not owned and may be null.
-    HDNTSignal(const std::string& name, HDNTSigList* sigList);
+    HDNTSignal(std::string_view name, HDNTSigList* sigList);
     ~HDNTSignal() override;
     /// Recognises the constants.
     void finalize() override;
@@ -51,7 +52,7 @@ class HDNT_API HDNTSigList : public HDNTSignal {
 public:
     static constexpr HDNTNodeKind firstKind = HDNTNodeKind::SigList, lastKind = firstKind;
 
-    explicit HDNTSigList(const std::string& name) : HDNTSignal(name, nullptr) { setKind(HDNTNodeKind::SigList); }
+    explicit HDNTSigList(std::string_view name) : HDNTSignal(name, nullptr) { setKind(HDNTNodeKind::SigList); }
     /// Appends a new signal for each element of the name, owned by the caller. False when the name has no brackets:
     /// then it is one signal, and the list is the caller's to delete. A malformed name is reported and appends nothing.
     bool expand(std::vector<HDNTSignal*>& out);

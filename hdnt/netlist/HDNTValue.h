@@ -4,6 +4,8 @@
 #include "hdnt/netlist/HDNTExpr.h"
 #include "hdnt/platform/HSTUniqString.h"
 
+#include <string_view>
+
 /// A constant. It is its own value.
 class HDNT_API HDNTValue : public HDNTExpr {
 public:
@@ -75,7 +77,7 @@ class HDNT_API HDNTStringConstant : public HDNTValue {
 public:
     static constexpr HDNTNodeKind firstKind = HDNTNodeKind::StringConstant, lastKind = firstKind;
 
-    explicit HDNTStringConstant(const std::string& value) : value_(value) {
+    explicit HDNTStringConstant(std::string_view value) : value_(value) {
         setKind(HDNTNodeKind::StringConstant);
         setExprType(HATAttrTypes::TypeString);
     }
