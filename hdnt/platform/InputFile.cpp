@@ -55,6 +55,23 @@ void adviseLargePages([[maybe_unused]] const std::string& text) {
 #endif
 }
 
+// Appends up to `room` bytes of the file, as read() would.
+ssize_t readOn(int file, std::string& text, std::size_t room) {
+    const std::size_t size = text.size();
+    ssize_t got = 0;
+    const auto readInto = [&](char* bytes, std::size_t) {
+        got = read(file, bytes + size, room);
+        return size + static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+    };
+#ifdef __cpp_lib_string_resize_and_overwrite
+    text.resize_and_overwrite(size + room, readInto);
+#else // clears what is written next
+    text.resize(size + room);
+    text.resize(readInto(text.data(), room));
+#endif
+    return got;
+}
+
 bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, std::string& why) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
     struct stat status {};
@@ -62,20 +79,20 @@ bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, st
     if (S_ISDIR(status.st_mode)) return why = systemReason(EISDIR), false;
     std::size_t expected = S_ISREG(status.st_mode) && status.st_size > 0 ? static_cast<std::size_t>(status.st_size) : 0;
     if (expected > maxBytes) return why = sizeReason(maxBytes), false;
+    out.clear();
     // One byte more than expected, so that the end of an unchanged file shows without growing the buffer, and room for
-    // the scanner. Part by part, for what is cleared to be in the cache when it is read.
+    // the scanner.
     out.reserve(expected + 1 + bytes16Room);
     adviseLargePages(out);
-    for (std::size_t size = 0;;) {
+    for (;;) {
+        const std::size_t size = out.size();
         const std::size_t room = expected >= size ? std::min(expected + 1 - size, ChunkBytes) : ChunkBytes;
         if (room == ChunkBytes && size + room <= out.capacity()) populate(out.data() + size, room);
-        out.resize(size + room);
-        const ssize_t got = read(file.value, out.data() + size, room);
+        const ssize_t got = readOn(file.value, out, room);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) return why = systemReason(errno), false;
-        size += static_cast<std::size_t>(got);
-        if (size > maxBytes) return why = sizeReason(maxBytes), false;
-        if (got == 0) return out.resize(size), true;
+        if (out.size() > maxBytes) return why = sizeReason(maxBytes), false;
+        if (got == 0) return true;
     }
 }
 
