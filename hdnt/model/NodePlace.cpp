@@ -19,7 +19,7 @@ constexpr unsigned sectionFrom = 1;
 constexpr unsigned columnFrom = sectionFrom + sectionBits;
 constexpr unsigned lengthFrom = columnFrom + columnBits;
 static_assert(lengthFrom + lengthBits == 64);
-constexpr std::int64_t lengthBias = std::int64_t{1} << (lengthBits - 1);
+constexpr int lengthBias = 1 << (lengthBits - 1);
 
 constexpr std::uint64_t ones(unsigned bits) { return (std::uint64_t{1} << bits) - 1; }
 constexpr std::uint64_t fieldOf(std::uint64_t word, unsigned from, unsigned bits) { return word >> from & ones(bits); }
@@ -32,7 +32,7 @@ struct Section {
     const char* fileName;
     int lineOffset; ///< of first_line over fileLine
     int storeOffset;
-    std::uint32_t number;
+    std::uint64_t bits; ///< the number where a packed word has it, and the mark
 
     bool isSame(const char* file, int line, int store) const {
         return fileName == file && lineOffset == line && storeOffset == store;
@@ -48,8 +48,8 @@ constinit std::atomic<const Section*> latest = nullptr;
 
 const Section& sectionAt(std::uint64_t number) { return pieces[number / pieceSize][number % pieceSize]; }
 
-// The limit when there is no number left.
-[[gnu::noinline]] std::uint32_t searchNumber(const char* fileName, int lineOffset, int storeOffset) {
+// Zero when there is no number left.
+[[gnu::noinline]] std::uint64_t searchBits(const char* fileName, int lineOffset, int storeOffset) {
     using Numbers = std::map<std::tuple<std::uintptr_t, int, int>, std::uint32_t>;
     static auto* const numbers = new Numbers; // never destroyed: objects may be made while the process exits
     static auto* const mutex = new std::mutex;
@@ -58,34 +58,34 @@ const Section& sectionAt(std::uint64_t number) { return pieces[number / pieceSiz
     auto found = numbers->find(key);
     if (found == numbers->end()) {
         const auto next = static_cast<std::uint32_t>(numbers->size());
-        if (next == sectionLimit) return sectionLimit;
+        if (next == sectionLimit) return 0;
         Section*& piece = pieces[next / pieceSize];
         if (!piece) piece = new Section[pieceSize];
         found = numbers->emplace(key, next).first;
-        piece[next % pieceSize] = {fileName, lineOffset, storeOffset, next};
+        piece[next % pieceSize] = {fileName, lineOffset, storeOffset,
+                                   std::uint64_t{1} | std::uint64_t{next} << sectionFrom};
     }
-    latest.store(&sectionAt(found->second), std::memory_order_release);
-    return found->second;
+    const Section& section = sectionAt(found->second);
+    latest.store(&section, std::memory_order_release);
+    return section.bits;
 }
 
-std::uint32_t numberOf(const char* fileName, int lineOffset, int storeOffset) {
-    const Section* const last = latest.load(std::memory_order_acquire);
-    if (last && last->isSame(fileName, lineOffset, storeOffset)) return last->number;
-    return searchNumber(fileName, lineOffset, storeOffset);
+// What belongs behind the bits of a section; `isPossible` becomes false when it cannot be packed.
+std::uint64_t columnsOf(const yyltype& location, bool& isPossible) {
+    const auto column = static_cast<unsigned>(location.first_column); // of one below 0 it is too large
+    const unsigned length = static_cast<unsigned>(location.last_column) - column + lengthBias;
+    isPossible = location.last_line == 0 && column <= ones(columnBits) && length <= ones(lengthBits);
+    return std::uint64_t{column} << columnFrom | std::uint64_t{length} << lengthFrom;
 }
 
 // Zero when it cannot be done.
 std::uint64_t packed(const yyltype& location) {
-    const std::int64_t length = std::int64_t{location.last_column} - location.first_column + lengthBias;
-    if (location.last_line != 0 || location.first_column < 0 ||
-        static_cast<std::uint64_t>(location.first_column) > ones(columnBits) || length < 0 ||
-        static_cast<std::uint64_t>(length) > ones(lengthBits))
-        return 0;
-    const std::uint64_t section =
-        numberOf(location.fileName, difference(location.first_line, location.fileLine), location.storeOffset);
-    if (section == sectionLimit) return 0;
-    return std::uint64_t{1} | section << sectionFrom | static_cast<std::uint64_t>(location.first_column) << columnFrom |
-           static_cast<std::uint64_t>(length) << lengthFrom;
+    bool isPossible = false;
+    const std::uint64_t columns = columnsOf(location, isPossible);
+    if (!isPossible) return 0;
+    const std::uint64_t bits =
+        searchBits(location.fileName, difference(location.first_line, location.fileLine), location.storeOffset);
+    return bits == 0 ? 0 : bits | columns;
 }
 
 [[gnu::noinline]] yyltype* newRecord(const yyltype& location) {
@@ -99,7 +99,7 @@ std::uint64_t wordOf(const yyltype* record) { return reinterpret_cast<std::uintp
 yyltype NodePlace::unpacked(std::uint64_t word) const {
     const Section& section = sectionAt(fieldOf(word, sectionFrom, sectionBits));
     const auto column = static_cast<int>(fieldOf(word, columnFrom, columnBits));
-    const auto length = static_cast<int>(static_cast<std::int64_t>(fieldOf(word, lengthFrom, lengthBits)) - lengthBias);
+    const int length = static_cast<int>(fieldOf(word, lengthFrom, lengthBits)) - lengthBias;
     return {section.fileName,   difference(line_, section.lineOffset), line_, column, 0, column + length,
             section.storeOffset};
 }
@@ -120,7 +120,19 @@ std::optional<yyltype> NodePlace::read() const {
     return word & packedBit ? unpacked(word) : *recordIn(word);
 }
 
+// Most are in the section of the one before.
 void NodePlace::set(const yyltype& location) {
+    const Section* const last = latest.load(std::memory_order_acquire);
+    bool isPossible = false;
+    const std::uint64_t columns = columnsOf(location, isPossible);
+    if (!isPossible || !last || isSet() ||
+        !last->isSame(location.fileName, difference(location.first_line, location.fileLine), location.storeOffset))
+        return setAnew(location);
+    line_ = location.first_line;
+    word_.store(last->bits | columns, std::memory_order_release);
+}
+
+[[gnu::noinline]] void NodePlace::setAnew(const yyltype& location) {
     if (yyltype* const record = recordIn(word_.load(std::memory_order_relaxed))) {
         *record = location;
         return;

@@ -44,6 +44,7 @@ private:
     }
     HDNT_API yyltype* makeRecord(std::uint64_t word) const;
     HDNT_API static void drop(yyltype* record) noexcept;
+    HDNT_LOCAL void setAnew(const yyltype& location);
     HDNT_LOCAL yyltype unpacked(std::uint64_t word) const;
 
     // Zero, or the address of a record, or all of a location but its line. One word, so that threads which ask at once

@@ -71,7 +71,9 @@ private:
         slots_[facet] = value;
         present_ |= 1U << facet;
     }
-    void putText(Facet facet, std::string_view text) { put(facet, bitsOf(HSTUniqString(text).detach()), 0); }
+    void putText(Facet facet, std::string_view text) {
+        if (!text.empty()) put(facet, bitsOf(HSTUniqString(text).detach()), 0);
+    }
     void append(Facet list, std::uint64_t value) {
         items_.push_back(value);
         list_ = list;

@@ -116,16 +116,31 @@ struct HSTUniqString::Pool {
     }
 };
 
-HSTUniqString::HSTUniqString(std::string_view text) : HSTUniqString(text, textHash(text)) {}
+HSTUniqString::HSTUniqString(std::string_view text) {
+    if (!text.empty()) entry_ = taken(text, textHash(text));
+}
 
 HSTUniqString::HSTUniqString(std::string_view text, std::uint64_t hash) {
-    if (text.empty()) return;
-    Pool::Shard& shard = Pool::instance().shardOf(hash);
+    if (!text.empty()) entry_ = taken(text, hash);
+}
+
+// Most names are there already.
+inline const HSTUniqString::Entry* HSTUniqString::taken(std::string_view text, std::uint64_t hash) {
+    Pool& pool = Pool::instance();
+    const Entry* const entry = isOnlyThread() ? pool.shardOf(hash).find(text, hash) : nullptr;
+    if (!entry) return takenLocked(pool, text, hash);
+    entry->references.store(entry->references.load(relaxed) + 1, relaxed);
+    return entry;
+}
+
+[[gnu::noinline]] const HSTUniqString::Entry* HSTUniqString::takenLocked(Pool& pool, std::string_view text,
+                                                                         std::uint64_t hash) {
+    Pool::Shard& shard = pool.shardOf(hash);
     const std::lock_guard lock(shard.lock);
-    entry_ = shard.find(text, hash);
-    if (!entry_) entry_ = shard.add(text, hash);
-    if (isOnlyThread()) entry_->references.store(entry_->references.load(relaxed) + 1, relaxed);
-    else entry_->references.fetch_add(1, relaxed);
+    const Entry* entry = shard.find(text, hash);
+    if (!entry) entry = shard.add(text, hash);
+    entry->references.fetch_add(1, relaxed);
+    return entry;
 }
 
 void HSTUniqString::drop(const Entry* entry) noexcept {

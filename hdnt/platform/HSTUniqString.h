@@ -74,6 +74,9 @@ private:
     };
     struct HDNT_LOCAL Pool;
 
+    /// With one reference more; of a text that is not empty.
+    HDNT_LOCAL static const Entry* taken(std::string_view text, std::uint64_t hash);
+    HDNT_LOCAL static const Entry* takenLocked(Pool& pool, std::string_view text, std::uint64_t hash);
     HDNT_API static const std::string& emptyText();
     HDNT_API static void drop(const Entry* entry) noexcept;
 

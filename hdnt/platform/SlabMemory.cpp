@@ -43,12 +43,18 @@ struct alignas(64) Slab {
     bool isFull(std::size_t size) const {
         return !freed && unused + size > reinterpret_cast<const char*>(this) + slabBytes;
     }
+    bool hasFresh(std::size_t size) const { return !freed && unused + size <= untouched; }
+    // It has a fresh one.
+    void* takeFresh(std::size_t size) {
+        ++objects;
+        return std::exchange(unused, unused + size);
+    }
     // The slab has room.
     void* take(std::size_t size) {
+        if (!freed && unused + size > untouched) touchMore();
+        if (!freed) return takeFresh(size);
         ++objects;
-        if (freed) return std::exchange(freed, freed->next);
-        if (unused + size > untouched) touchMore();
-        return std::exchange(unused, unused + size);
+        return std::exchange(freed, freed->next);
     }
     // One page fault at a time costs more than a page's worth of objects; so pages come some at once.
     [[gnu::noinline]] void touchMore() {
@@ -169,10 +175,9 @@ Regions& regions() {
 class Slabs {
 public:
     void* allocate(std::size_t size) {
-        const std::lock_guard lock(lock_);
-        if (!first_ || first_->isFull(size)) [[unlikely]]
-            findRoom(size);
-        return first_->take(size);
+        if (isOnlyThread() && first_ && first_->hasFresh(size)) [[likely]]
+            return first_->takeFresh(size);
+        return allocateLocked(size);
     }
 
     void free(void* object) noexcept {
@@ -186,7 +191,12 @@ public:
     }
 
 private:
-    [[gnu::noinline]] void findRoom(std::size_t size) {
+    [[gnu::noinline]] void* allocateLocked(std::size_t size) {
+        const std::lock_guard lock(lock_);
+        if (!first_ || first_->isFull(size)) findRoom(size);
+        return first_->take(size);
+    }
+    void findRoom(std::size_t size) {
         while (first_ && first_->isFull(size)) unlink(first_);
         if (!first_) link(new (regions().takeSlab()) Slab(size));
     }
