@@ -47,24 +47,27 @@ void draftTexts(HATAttrSpec::Draft& draft, HATAttrTypes::AttrType type, const Pr
 
 HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, std::string_view name,
                            const PropertyOptions& options, const yyltype& place) {
-    static const std::string* const noUnits = new std::string;
     static auto* const draft = new HATAttrSpec::Draft;
     tellOfOptions(options, place);
     draft->clear(); // a property that could not be made may have left something
-    auto property = std::make_unique<HDNTProperty>(std::string(name), type, options.test, options.simulation,
-                                                   options.constraintsOnly, options.muxControl, *noUnits);
+    auto property = std::make_unique<HDNTProperty>(name, type, options.test, options.simulation,
+                                                   options.constraintsOnly, options.muxControl, std::string_view());
     property->setLocation(place);
     HATAttrSpec& spec = *property->getAttrSpec();
-    // Nothing was said of the other types, which leaves their facets as they are.
-    spec.setBoolDefault(options.boolDefault);
-    draftNumbers(*draft, options.ints);
-    draftNumbers(*draft, options.doubles);
-    draftTexts(*draft, type, options);
-    if (type == HATAttrTypes::TypeDouble)
+    // Nothing was said of the other types.
+    if (type == HATAttrTypes::TypeInt) {
+        draftNumbers(*draft, options.ints);
+        spec.setDiscreteInt(!options.ints.values.empty());
+    } else if (type == HATAttrTypes::TypeDouble) {
+        draftNumbers(*draft, options.doubles);
+        spec.setDiscreteDouble(!options.doubles.values.empty());
         draft->setPrecision(limited(options.precision, HDNTLimits::get().precision, DiagnosticCode::precision, place));
-    spec.setDiscreteInt(!options.ints.values.empty());
-    spec.setDiscreteDouble(!options.doubles.values.empty());
-    draft->setBitWidth(bitWidth);
+    } else if (type == HATAttrTypes::TypeBool) {
+        spec.setBoolDefault(options.boolDefault);
+    } else {
+        draftTexts(*draft, type, options);
+        draft->setBitWidth(bitWidth);
+    }
     if (options.description.data()) draft->setDescription(options.description);
     if (!options.units.empty()) {
         spec.setHasUnit(true);
@@ -96,9 +99,8 @@ HDNTProperty* shortBoolProperty(std::string_view name, bool value, const yyltype
 HDNTBus* bus(std::string_view name, int direction, bool test, bool abstract, int type, int required,
              std::vector<HDNTProperty*>* properties, const yyltype& place) {
     OwnedList<HDNTProperty> owned(properties);
-    std::string text(name);
     auto* const result =
-        new HDNTBus(text, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract, static_cast<HDNT_PIN_TYPE>(type),
+        new HDNTBus(name, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract, static_cast<HDNT_PIN_TYPE>(type),
                     static_cast<HDNT_PIN_REQUIREDVALUE>(required), properties);
     owned.releaseItems();
     return placed(result, place);

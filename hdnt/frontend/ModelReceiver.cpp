@@ -64,28 +64,33 @@ ModelReceiver::~ModelReceiver() {
 // --- tokens
 
 void ModelReceiver::scan() {
-    constexpr int reported = 257; // an error that was told of
-    if (!ParserState::instance().guard([this] { token_ = scanner_.scan(); })) {
-        HDNTParserchar = reported;
-        token_ = stopped;
-        failed_ = true;
-    }
-    if (HDNTParserdebug != 0) traceToken();
+    token_ = stopped; // in case it throws
+    token_ = scanner_.scan();
+    if (HDNTParserdebug != 0) [[unlikely]]
+        traceToken(token_);
 }
 
-void ModelReceiver::traceToken() const {
-    if (token_ == 0) std::fputs("Reading a token: Now at end of input.\n", stderr);
-    else std::fprintf(stderr, "Reading a token: Next token is token %d (line %d)\n", token_, scanner_.tokenLine());
+bool ModelReceiver::takesString() {
+    if (token_ != none || !scanner_.scanExpectedString()) return false;
+    if (HDNTParserdebug != 0) [[unlikely]]
+        traceToken(T_StringConstant);
+    taken_[count_++ % taken_.size()] = {scanner_.tokenText(), T_StringConstant, {}};
+    deepen();
+    return true;
+}
+
+void ModelReceiver::traceToken(int token) const {
+    if (token == 0) std::fputs("Reading a token: Now at end of input.\n", stderr);
+    else std::fprintf(stderr, "Reading a token: Next token is token %d (line %d)\n", token, scanner_.tokenLine());
 }
 
 void ModelReceiver::fail(const char* message, bool isSyntax) {
-    if (failed_) return;
+    if (hasFailed()) return;
     scanner_.syncPlace();
     HDNTParserchar = token_;
     if (isSyntax) ++HDNTParsernerrs;
     ParserState::instance().guard([&] { HDNTParsererror(message); });
     token_ = stopped;
-    failed_ = true;
 }
 
 // Whoever hears of it may ask where.
@@ -93,7 +98,6 @@ void ModelReceiver::stop() {
     scanner_.syncPlace();
     HDNTParserchar = token_;
     token_ = stopped;
-    failed_ = true;
 }
 
 // The stack is as large as it will be after it has grown once.
@@ -107,39 +111,24 @@ void ModelReceiver::grow() {
 }
 
 void ModelReceiver::traceRule(int rule) const {
-    std::fprintf(stderr, "Reducing stack by rule %d (line %d):\nEntering state %d\n", rule - 1, last_.line, depth_);
+    std::fprintf(stderr, "Reducing stack by rule %d (line %d):\nEntering state %d\n", rule - 1, scanner_.tokenLine(),
+                 depth_);
 }
 
 // --- parts
 
-void ModelReceiver::open(NtlPart part) {
-    token(); // a part begins at it
-    switch (part) {
-    case NtlPart::file: libraryPlace_ = scanner_.tokenPlace(); break;
-    case NtlPart::section:
-        section_ = token_ == T_MapTo        ? Section::mapsto
-                   : token_ == T_ExpandTo   ? Section::expandsto
-                   : token_ == T_ModifiedBy ? Section::modifiedby
-                                            : Section::retargetsto;
-        break;
-    case NtlPart::pin:
-        count_ = 0;
-        pinPlace_ = scanner_.tokenPlace();
-        break;
-    case NtlPart::property:
-        propertyBegin_ = pinEnd_;
-        count_ = propertyBegin_;
-        place_ = scanner_.tokenPlace();
-        options_.reset();
-        break;
-    case NtlPart::option: openOption(); break;
-    case NtlPart::function:
-    case NtlPart::flag:
-    case NtlPart::inst:
-    case NtlPart::connect:
-    case NtlPart::signal: mark(); break;
-    default: openInMapping(part); break;
-    }
+void ModelReceiver::openSection() {
+    section_ = token_ == T_MapTo        ? Section::mapsto
+               : token_ == T_ExpandTo   ? Section::expandsto
+               : token_ == T_ModifiedBy ? Section::modifiedby
+                                        : Section::retargetsto;
+}
+
+void ModelReceiver::openProperty() {
+    propertyBegin_ = pinEnd_;
+    count_ = propertyBegin_;
+    place_ = scanner_.tokenPlace();
+    options_.reset();
 }
 
 void ModelReceiver::openAt(Mark, NtlPart part) {
@@ -152,20 +141,6 @@ void ModelReceiver::openAt(Mark, NtlPart part) {
     }
 }
 
-void ModelReceiver::close(NtlPart part) {
-    if (failed_) return;
-    switch (part) {
-    case NtlPart::function: return closeFunction();
-    case NtlPart::flag: return closeFlag();
-    case NtlPart::pin: return closePin();
-    case NtlPart::property: return closeProperty();
-    case NtlPart::option: return closeOption();
-    case NtlPart::block: return closeBlock();
-    case NtlPart::mapping: return closeMapping();
-    default: return closeInMapping(part);
-    }
-}
-
 void ModelReceiver::begin(NtlList which) {
     if (which == NtlList::elements) libraryName_ = textOf(1);
     else if (which == NtlList::properties) pinEnd_ = count_;
@@ -173,7 +148,7 @@ void ModelReceiver::begin(NtlList which) {
 }
 
 void ModelReceiver::listed(NtlList which) {
-    if (failed_) return;
+    if (hasFailed()) return;
     switch (which) {
     case NtlList::elements:
         depth_ = 0;
@@ -192,14 +167,15 @@ void ModelReceiver::listed(NtlList which) {
 }
 
 void ModelReceiver::end(NtlList which) {
-    if (failed_) return;
+    if (hasFailed()) return;
     if (which == NtlList::elements) endLibrary();
+    else if (which == NtlList::entities) declaredPlace_ = upToLast(blockPlace_);
     else if (which == NtlList::properties) pinEnd_ = 0;
     else if (which == NtlList::statements && braces_.empty()) endNetlist();
 }
 
 void ModelReceiver::listed(NtlPart part) {
-    if (failed_) return;
+    if (hasFailed()) return;
     if (part == NtlPart::function) {
         build(13, [&] { formals_.push_back(typeOf(lastTaken().token)); });
         count_ = 4;
@@ -226,7 +202,7 @@ void ModelReceiver::closeFunction() {
 
 void ModelReceiver::closeBlock() {
     const bool hasMapping = netlist_ != nullptr;
-    const yyltype place = hasMapping ? extended(blockPlace_, netlistPlace_) : upToLast(blockPlace_);
+    const yyltype place = hasMapping ? extended(blockPlace_, netlistPlace_) : declaredPlace_;
     build(hasMapping ? 20 : 24, [&] {
         auto* const entities = given(entities_);
         decl_ = build::block(blockName_, entities, std::exchange(netlist_, nullptr), section_, place);
@@ -242,8 +218,8 @@ void ModelReceiver::closeFlag() {
     const yyltype place = upToLast(place_);
     const Taken& value = taken(2);
     switch (taken(0).token) {
-    case T_Internal: return build(83, [&] { entity_ = build::internalFlag(value.number.asBool, place); });
-    case T_Test: return build(84, [&] { entity_ = build::testFlag(value.number.asBool, place); });
+    case T_Internal: return build(83, [&] { entity_ = build::internalFlag(value.isTrue(), place); });
+    case T_Test: return build(84, [&] { entity_ = build::testFlag(value.isTrue(), place); });
     case T_MaturityLevel: return build(85, [&] { entity_ = build::maturityLevel(value.token - T_Early, place); });
     default: return build(90, [&] { entity_ = build::primGroup(unquoted(value), place); });
     }
@@ -309,7 +285,7 @@ void ModelReceiver::closeProperty() {
     const std::string_view name = textOf(propertyBegin_ + 2);
     const Taken& third = taken(propertyBegin_ + 3);
     if (third.token == T_BoolConstant)
-        return build(102, [&] { property_ = build::shortBoolProperty(name, third.number.asBool, place); });
+        return build(102, [&] { property_ = build::shortBoolProperty(name, third.isTrue(), place); });
     if (type.token == T_HexConstant || type.token == T_BinaryConstant)
         return build(104,
                      [&] { property_ = build::bitProperty(typeOf(type.token), type.text, name, options_, place); });
@@ -358,16 +334,16 @@ void ModelReceiver::closeOption() {
     case T_Default:
         if (isInt) options_.ints.byDefault = value.number.asInt;
         else if (isDouble) options_.doubles.byDefault = value.number.asDouble;
-        else if (value.token == T_BoolConstant) options_.boolDefault = value.number.asBool;
+        else if (value.token == T_BoolConstant) options_.boolDefault = value.isTrue();
         else options_.textDefault = text;
         break;
     case T_Precision: options_.precision = value.number.asInt; break;
     case T_Description: options_.description = text; break;
     case T_Units: options_.units = text; break;
-    case T_Simulation: options_.simulation = value.number.asBool; break;
-    case T_Test: options_.test = value.number.asBool; break;
-    case T_ConstraintsOnly: options_.constraintsOnly = value.number.asBool; break;
-    case T_MuxControl: options_.muxControl = value.number.asBool; break;
+    case T_Simulation: options_.simulation = value.isTrue(); break;
+    case T_Test: options_.test = value.isTrue(); break;
+    case T_ConstraintsOnly: options_.constraintsOnly = value.isTrue(); break;
+    case T_MuxControl: options_.muxControl = value.isTrue(); break;
     default: break;
     }
 }
@@ -391,7 +367,8 @@ int HDNTParserparse() {
     if (HDNTParserdebug != 0) std::fputs("Starting parse\n", stderr);
     ModelReceiver receiver;
     bool whole = false;
-    if (!ParserState::instance().guard([&] { whole = NtlGrammar(receiver).file(); }) || !whole) return 1;
-    HDNTParserchar = -2;
-    return 0;
+    if (!ParserState::instance().guard([&] { whole = NtlGrammar(receiver).file(); }))
+        HDNTParserchar = 257; // an error that was told of
+    if (whole) HDNTParserchar = -2;
+    return whole ? 0 : 1;
 }

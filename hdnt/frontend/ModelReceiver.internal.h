@@ -34,24 +34,21 @@ public:
         return token_;
     }
     void take(const TokenSet&) {
-        Taken& taken = taken_[count_++ % taken_.size()];
-        taken = {scanner_.tokenText(), token_};
-        if (token_ == T_IntConstant) taken.number.asInt = scanner_.tokenInt();
-        else if (token_ == T_BoolConstant) taken.number.asBool = scanner_.tokenBool();
-        else if (token_ == T_DoubleConstant) taken.number.asDouble = scanner_.tokenDouble();
-        last_ = {scanner_.fileName(), scanner_.tokenLine(), scanner_.tokenLastColumn()};
+        taken_[count_++ % taken_.size()] = {scanner_.tokenText(), token_, scanner_.tokenNumber()};
         token_ = none;
         deepen();
     }
-    bool takes(int mark) {
+    [[gnu::always_inline]] bool takes(int mark) {
+        if (mark == T_StringConstant) return takesString();
         if (mark >= T_Library || token_ != none || !scanner_.scanExpected(static_cast<char>(mark))) return false;
-        token_ = mark;
-        if (HDNTParserdebug != 0) traceToken();
-        take({});
+        if (HDNTParserdebug != 0) [[unlikely]]
+            traceToken(mark);
+        taken_[count_++ % taken_.size()].token = mark; // nobody reads its text
+        deepen();
         return true;
     }
     bool lacks(const TokenSet&) {
-        if (!failed_) fail("syntax error", true);
+        if (!hasFailed()) fail("syntax error", true);
         return false;
     }
     Mark mark() {
@@ -60,9 +57,62 @@ public:
         return {};
     }
     Mark operandMark() const { return {}; }
-    void open(NtlPart part);
+    // Here, since the part is known where they are called.
+    [[gnu::always_inline]] void open(NtlPart part) {
+        token(); // a part begins at it
+        switch (part) {
+        case NtlPart::file: libraryPlace_ = scanner_.tokenPlace(); break;
+        case NtlPart::section: return openSection();
+        case NtlPart::pin:
+            count_ = 0;
+            pinPlace_ = scanner_.tokenPlace();
+            break;
+        case NtlPart::property: return openProperty();
+        case NtlPart::option: return openOption();
+        case NtlPart::function:
+        case NtlPart::flag:
+        case NtlPart::inst:
+        case NtlPart::connect:
+        case NtlPart::signal: mark(); break;
+        case NtlPart::pinRef:
+            count_ = 3;
+            pinRefPlace_ = scanner_.tokenPlace();
+            break;
+        case NtlPart::constant:
+            constantPlace_ = scanner_.tokenPlace();
+            count_ = operandBegin_;
+            break;
+        default: return openInMapping(part);
+        }
+    }
     void openAt(Mark, NtlPart part);
-    void close(NtlPart part);
+    [[gnu::always_inline]] void close(NtlPart part) {
+        if (hasFailed()) return;
+        switch (part) {
+        case NtlPart::function: return closeFunction();
+        case NtlPart::flag: return closeFlag();
+        case NtlPart::pin: return closePin();
+        case NtlPart::property: return closeProperty();
+        case NtlPart::option: return closeOption();
+        case NtlPart::block: return closeBlock();
+        case NtlPart::mapping: return closeMapping();
+        case NtlPart::inst: return closeInst();
+        case NtlPart::connect: return closeConnect();
+        case NtlPart::signal: return closeSignal();
+        case NtlPart::assignBlockProperty: return closeAssignBlock();
+        case NtlPart::assignPinProperty: return closeAssignPin();
+        case NtlPart::ifStatement: return closeIf();
+        case NtlPart::statements: return closeStatements();
+        case NtlPart::pinRef: return closePinRef();
+        case NtlPart::constant: return closeConstant();
+        case NtlPart::operation: return closeOperation();
+        case NtlPart::parentheses: return closeParentheses();
+        case NtlPart::call:
+            if (lastTaken().token == ';') closeCallStatement();
+            break;
+        default: break;
+        }
+    }
     void begin(NtlList which);
     void listed(NtlList which);
     void end(NtlList which);
@@ -71,32 +121,24 @@ public:
     void expressionEnds() { inExpression_ = false; }
     void callBegins();
     void noArguments() {
-        if (!failed_) deepen();
+        if (!hasFailed()) deepen();
     }
     void callEnds();
     void elseBegins();
     void noElse() {
-        if (!failed_) deepen();
+        if (!hasFailed()) deepen();
     }
 
 private:
     static constexpr int none = -2;    ///< no token is ahead
     static constexpr int stopped = -3; ///< none will be
+    bool hasFailed() const { return token_ == stopped; }
 
     struct Taken {
         std::string_view text; ///< as written
         int token = 0;
-        union {
-            int asInt;
-            double asDouble;
-            bool asBool;
-        } number{};
-    };
-    /// Where the token taken last ends.
-    struct Last {
-        const char* fileName;
-        int line;
-        int column;
+        Scanner::Number number{};
+        bool isTrue() const { return text.front() == 't'; }
     };
     struct Operand {
         HDNTExpr* expr;
@@ -126,17 +168,19 @@ private:
 
     // Tokens
     void scan();
-    void fail(const char* message, bool isSyntax);
-    void stop();
+    bool takesString();
+    [[gnu::noinline]] void fail(const char* message, bool isSyntax);
+    [[gnu::noinline]] void stop();
     /// Runs the builder's step of a numbered rule of the language; what it throws ends the parse.
     template <typename Step>
     void build(int rule, Step&& step) {
-        if (failed_) return;
-        if (HDNTParserdebug != 0) traceRule(rule);
+        if (hasFailed()) return;
+        if (HDNTParserdebug != 0) [[unlikely]]
+            traceRule(rule);
         if (!ParserState::instance().guard(std::forward<Step>(step))) stop();
     }
-    void traceRule(int rule) const;
-    void traceToken() const;
+    [[gnu::noinline]] void traceRule(int rule) const;
+    [[gnu::noinline]] void traceToken(int token) const;
     const Taken& taken(std::size_t index) const { return taken_[index]; }
     const Taken& lastTaken() const { return taken_[(count_ - 1) % taken_.size()]; }
     std::string_view textOf(std::size_t index) const { return unquoted(taken_[index]); }
@@ -145,9 +189,11 @@ private:
     static std::string_view shortened(std::string_view word) {
         return word.substr(0, sizeof(NtlTokenValue::identifier) - 1);
     }
-    /// A part's place begins at its first token. It ends at its last one when both stand on one line of one file.
+    /// A part's place begins at its first token. It ends at its last one when both stand on one line of one file. For
+    /// when that was taken and none is ahead.
     yyltype upToLast(yyltype place) const {
-        if (last_.line == place.first_line && last_.fileName == place.fileName) place.last_column = last_.column;
+        if (scanner_.tokenLine() == place.first_line && scanner_.fileName() == place.fileName)
+            place.last_column = scanner_.tokenLastColumn();
         return place;
     }
 
@@ -173,11 +219,14 @@ private:
 
     // The stack of a parser with tables: what is on it counts in mappings, elsewhere it is never deep.
     void deepen() {
-        if (++depth_ >= capacity_) grow();
+        if (++depth_ >= capacity_) [[unlikely]]
+            grow();
     }
-    void grow();
+    [[gnu::noinline]] void grow();
 
     // Declarations
+    void openSection();
+    void openProperty();
     void closeFunction();
     void closeFlag();
     void closePin();
@@ -192,7 +241,6 @@ private:
     // Mappings
     void openInMapping(NtlPart part);
     void openOperation();
-    void closeInMapping(NtlPart part);
     void listArgument();
     void beginStatements();
     void endNetlist();
@@ -221,8 +269,6 @@ private:
 
     Scanner& scanner_ = Scanner::instance();
     int token_ = none;
-    bool failed_ = false;
-    Last last_{};
     yyltype place_{}; ///< of the flag, function, property or statement being read
     std::array<Taken, 32> taken_;
     std::size_t count_ = 0; ///< of what is being read; operands of expressions count no longer than they are read
@@ -238,6 +284,7 @@ private:
     std::vector<HATAttrTypes::AttrType> formals_;
 
     yyltype blockPlace_{};
+    yyltype declaredPlace_{}; ///< of the block, without the mapping behind it
     std::string_view blockName_;
     bool isDeclared_ = false; ///< the block; else it is a mapping that stands by itself
     HDNTNetlist::Section section_ = HDNTNetlist::Section::mapsto;

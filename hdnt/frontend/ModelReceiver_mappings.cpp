@@ -45,20 +45,12 @@ void ModelReceiver::openInMapping(NtlPart part) {
         count_ = 0;
         ifs_.push_back({scanner_.tokenPlace()});
         break;
-    case NtlPart::pinRef:
-        count_ = 3;
-        pinRefPlace_ = scanner_.tokenPlace();
-        break;
     case NtlPart::call: // a statement, or an operand
         callPlace_ = scanner_.tokenPlace();
         if (!inExpression_ && calls_.empty()) {
             mark();
             operandBegin_ = 0;
         }
-        count_ = operandBegin_;
-        break;
-    case NtlPart::constant:
-        constantPlace_ = scanner_.tokenPlace();
         count_ = operandBegin_;
         break;
     case NtlPart::parentheses:
@@ -78,26 +70,6 @@ void ModelReceiver::openOperation() {
     count_ = operandBegin_;
     const auto [op, rule] = binaryOperator(token_);
     operators_.push_back({op, false, rule, {}});
-}
-
-void ModelReceiver::closeInMapping(NtlPart part) {
-    switch (part) {
-    case NtlPart::inst: return closeInst();
-    case NtlPart::connect: return closeConnect();
-    case NtlPart::signal: return closeSignal();
-    case NtlPart::assignBlockProperty: return closeAssignBlock();
-    case NtlPart::assignPinProperty: return closeAssignPin();
-    case NtlPart::ifStatement: return closeIf();
-    case NtlPart::statements: return closeStatements();
-    case NtlPart::pinRef: return closePinRef();
-    case NtlPart::constant: return closeConstant();
-    case NtlPart::operation: return closeOperation();
-    case NtlPart::parentheses: return closeParentheses();
-    case NtlPart::call:
-        if (lastTaken().token == ';') closeCallStatement();
-        break;
-    default: break;
-    }
 }
 
 // --- statements
@@ -130,7 +102,7 @@ void ModelReceiver::closeStatements() {
 }
 
 void ModelReceiver::elseBegins() {
-    if (failed_) return;
+    if (hasFailed()) return;
     If& one = ifs_.back();
     one.hasElse = true;
     one.elsePlace = scanner_.tokenPlace();
@@ -189,12 +161,12 @@ void ModelReceiver::closeCallStatement() {
 
 void ModelReceiver::closePinRef() {
     const bool hasInst = count_ == 5;
-    const yyltype place = upToLast(pinRefPlace_);
+    const yyltype place = hasInst ? upToLast(pinRefPlace_) : pinRefPlace_;
     if (hasInst) --depth_;
     if (!pins_.empty()) depth_ -= 2;
     build(hasInst ? 79 : 80,
           [&] { pin_ = build::pinInst(hasInst ? textOf(3) : std::string_view(), textOf(hasInst ? 4 : 3), place); });
-    if (taken(0).token != T_Assign && !failed_) add(pins_, pin_);
+    if (taken(0).token != T_Assign && !hasFailed()) add(pins_, pin_);
 }
 
 // --- expressions
@@ -214,7 +186,7 @@ void ModelReceiver::closeConstant() {
         HDNTExpr*& made = operands_.back().expr;
         if (value.token == T_IntConstant) made = build::constant(value.number.asInt, place);
         else if (value.token == T_DoubleConstant) made = build::constant(value.number.asDouble, place);
-        else if (value.token == T_BoolConstant) made = build::constant(value.number.asBool, place);
+        else if (value.token == T_BoolConstant) made = build::constant(value.isTrue(), place);
         else made = build::constant(unquoted(value), place);
     });
 }
@@ -240,7 +212,7 @@ void ModelReceiver::closeParentheses() {
 }
 
 void ModelReceiver::callBegins() {
-    if (failed_) return;
+    if (hasFailed()) return;
     const std::string_view name = taken(count_ - 2).text;
     build(69, [&] { calls_.push_back({shortened(name), arguments_.size(), callPlace_}); });
 }
@@ -254,7 +226,7 @@ void ModelReceiver::listArgument() {
 }
 
 void ModelReceiver::callEnds() {
-    if (failed_) return;
+    if (hasFailed()) return;
     const Call one = calls_.back();
     calls_.pop_back();
     const yyltype place = upToLast(one.place);

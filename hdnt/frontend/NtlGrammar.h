@@ -72,28 +72,30 @@ public:
 
     /// One library and the end of the text. False: refused.
     bool file() {
-        const Part part(to_, NtlPart::file);
         const auto head = [&] { return need(T_Library) && need(T_StringConstant) && need('{'); };
-        if (!unit(head, [&] { return onward(NtlList::elements); })) return false;
-        do // more than once where the library seemed to end too early
-            if (!list(NtlList::elements) || !endOfFile()) return false;
-        while (to_.token() != 0);
-        return true;
+        return within<NtlPart::file>([&] {
+            if (!unit(head, [&] { return onward(NtlList::elements); })) return false;
+            do // more than once where the library seemed to end too early
+                if (!list(NtlList::elements) || !endOfFile()) return false;
+            while (to_.token() != 0);
+            return true;
+        });
     }
 
     /// What an included file holds: elements, entities or statements, and the end of the text.
     bool fragment(NtlList which) {
-        const Part part(to_, NtlPart::file);
         const auto all = [&] {
             while (starts(which))
                 if (!element(which)) return false;
             return true;
         };
         const auto end = [&] { return starts(which) || at(0) || lacks(); };
-        do
-            if (!all() || !unit(end, all)) return false;
-        while (to_.token() != 0);
-        return true;
+        return within<NtlPart::file>([&] {
+            do
+                if (!all() || !unit(end, all)) return false;
+            while (to_.token() != 0);
+            return true;
+        });
     }
 
     /// A step of file() behind the head: the next element, or what is in the way of one. False: the library ends, or
@@ -116,39 +118,38 @@ public:
     }
 
 private:
-    /// Open as long as it lives: a parse that ends in the middle leaves nothing open.
-    struct Part {
-        Part(Receiver& to, NtlPart opened) : receiver(to), part(opened) { to.open(opened); }
-        ~Part() { receiver.close(part); }
-        Part(const Part&) = delete;
-        Part& operator=(const Part&) = delete;
-        Receiver& receiver;
-        const NtlPart part;
-    };
+    /// What the body parses is the part. A parse that ends in it leaves nothing open where that matters.
+    template <NtlPart part, typename Body>
+    [[gnu::always_inline]] bool within(Body&& body) {
+        to_.open(part);
+        const bool whole = body();
+        if (whole || Receiver::recovers) to_.close(part);
+        return whole;
+    }
 
     // What is asked of the token ahead adds up to what may stand there.
     bool at(int token) {
         if constexpr (Receiver::recovers) expected_.add(token);
         return to_.token() == token;
     }
-    bool at(const TokenSet& tokens) {
+    [[gnu::always_inline]] bool at(const TokenSet& tokens) {
         if constexpr (Receiver::recovers) expected_ |= tokens;
         return tokens.contains(to_.token());
     }
     bool take() {
         to_.take(expected_);
-        expected_ = TokenSet();
+        if constexpr (Receiver::recovers) expected_ = TokenSet();
         return true;
     }
     [[gnu::always_inline]] bool need(int token) { return takes(token) || (at(token) ? take() : lacks()); }
-    bool need(const TokenSet& tokens) { return at(tokens) ? take() : lacks(); }
+    [[gnu::always_inline]] bool need(const TokenSet& tokens) { return at(tokens) ? take() : lacks(); }
     [[gnu::always_inline]] bool may(int token) { return takes(token) || (at(token) && take()); }
     // What only this token can be need not be told apart from others first.
     [[gnu::always_inline]] bool takes(int token) {
         if constexpr (Receiver::recovers) return false;
         else return to_.takes(token);
     }
-    bool may(const TokenSet& tokens) { return at(tokens) && take(); }
+    [[gnu::always_inline]] bool may(const TokenSet& tokens) { return at(tokens) && take(); }
     bool lacks() {
         if (!to_.lacks(expected_)) return false;
         expected_ = TokenSet();
@@ -236,15 +237,14 @@ private:
         }
     }
 
-    template <typename Body>
-    bool leaf(NtlPart kind, NtlList around, Body&& body) {
-        const Part part(to_, kind);
-        return unit(std::forward<Body>(body), [&] { return onward(around); });
+    template <NtlPart kind, typename Body>
+    bool leaf(NtlList around, Body&& body) {
+        return within<kind>([&] { return unit(body, [&] { return onward(around); }); });
     }
 
     // Declarations
     bool function() {
-        return leaf(NtlPart::function, NtlList::elements, [&] {
+        return leaf<NtlPart::function>(NtlList::elements, [&] {
             return need(T_Function) && need(types) && need(T_Identifier) && need('(') && formals() && need(';');
         });
     }
@@ -284,9 +284,9 @@ private:
     }
 
     bool section() {
-        const Part part(to_, NtlPart::section);
         const auto head = [&] { return need(sections) && need('{'); };
-        return unit(head, [&] { return onward(NtlList::statements); }) && list(NtlList::statements);
+        return within<NtlPart::section>(
+            [&] { return unit(head, [&] { return onward(NtlList::statements); }) && list(NtlList::statements); });
     }
 
     bool entity() {
@@ -295,7 +295,7 @@ private:
     }
 
     bool flag() {
-        return leaf(NtlPart::flag, NtlList::entities, [&] {
+        return leaf<NtlPart::flag>(NtlList::entities, [&] {
             const int which = to_.token();
             if (!need(flags) || !need('=')) return false;
             if (which == T_MaturityLevel) return need(maturities) && need(';');
@@ -304,7 +304,6 @@ private:
     }
 
     bool pin() {
-        const Part part(to_, NtlPart::pin);
         bool properties = false;
         const auto head = [&] {
             if (!need(T_Pin) || !need(T_StringConstant) || !need(directions)) return false;
@@ -315,11 +314,11 @@ private:
             return (properties = may('{')) || need(';');
         };
         const auto rest = [&] { return onward(properties ? NtlList::properties : NtlList::entities); };
-        return unit(head, rest) && (!properties || list(NtlList::properties));
+        return within<NtlPart::pin>([&] { return unit(head, rest) && (!properties || list(NtlList::properties)); });
     }
 
     bool property(NtlList around) {
-        return leaf(NtlPart::property, around, [&] {
+        return leaf<NtlPart::property>(around, [&] {
             if (!need(T_Property)) return false;
             const PropertyForm* form = formOf(to_.token());
             if (!need(types) || !need(T_StringConstant)) return false;
@@ -340,13 +339,17 @@ private:
     }
 
     bool option(const PropertyForm& form, const TokenSet& names) {
-        const Part part(to_, NtlPart::option);
-        const int name = to_.token();
-        if (!need(names)) return false;
-        if (name != T_Values) return need('=') && need(form.valueOf(name));
+        return within<NtlPart::option>([&] {
+            const int name = to_.token();
+            if (!need(names)) return false;
+            return name == T_Values ? values(form.value) : need('=') && need(form.valueOf(name));
+        });
+    }
+
+    bool values(int value) {
         if (!need('{')) return false;
         do {
-            if (!need(form.value)) return false;
+            if (!need(value)) return false;
             to_.listed(NtlPart::option);
         } while (may(','));
         return need('}');
@@ -442,22 +445,21 @@ private:
     bool onwardFromBranch() { return (!starts(NtlList::statements) || statement()) && onward(NtlList::statements); }
 
     bool leafStatement() {
-        const auto leafOf = [&](NtlPart kind, auto&& body) { return leaf(kind, NtlList::statements, body); };
+        const NtlList around = NtlList::statements;
         switch (to_.token()) {
         case T_Inst:
-            return leafOf(NtlPart::inst, [&] {
-                return need(T_Inst) && need(T_StringConstant) && need(T_StringConstant) && need(';');
-            });
+            return leaf<NtlPart::inst>(
+                around, [&] { return need(T_Inst) && need(T_StringConstant) && need(T_StringConstant) && need(';'); });
         case T_Connect:
-            return leafOf(NtlPart::connect, [&] {
+            return leaf<NtlPart::connect>(around, [&] {
                 return need(T_Connect) && need(T_StringConstant) && need(':') && pinRefs() && need(';');
             });
         case T_Signal:
-            return leafOf(NtlPart::signal, [&] {
+            return leaf<NtlPart::signal>(around, [&] {
                 return need(T_Signal) && need(T_StringConstant) && (!may(':') || pinRefs()) && need(';');
             });
         case T_Assign: return assign();
-        default: return leafOf(NtlPart::call, [&] { return call() && need(';'); });
+        default: return leaf<NtlPart::call>(around, [&] { return call() && need(';'); });
         }
     }
 
@@ -488,10 +490,11 @@ private:
     }
 
     bool pinRef() {
-        const Part part(to_, NtlPart::pinRef);
-        if (!need(T_StringConstant)) return false;
-        may(T_StringConstant);
-        return true;
+        return within<NtlPart::pinRef>([&] {
+            if (!need(T_StringConstant)) return false;
+            may(T_StringConstant);
+            return true;
+        });
     }
 
     // Expressions. Operators bind by level, the weakest is 1, and those of one level from the left. What is open around
@@ -540,10 +543,7 @@ private:
             if (at('(')) return opens({Operation::parentheses, 0, begin}, NtlPart::parentheses, whole);
             if (at('-') || at('!'))
                 return opens({Operation::operation, strongestLevel + 1, begin}, NtlPart::operation, whole);
-            if (!at(T_Identifier)) {
-                const Part part(to_, NtlPart::constant);
-                return need(constants);
-            }
+            if (!at(T_Identifier)) return within<NtlPart::constant>([&] { return need(constants); });
         }
         if (!enterOperation({Operation::call, 0, begin, !isStatement}, NtlPart::call)) return lacks();
         if (!need(T_Identifier) || !need('(')) return false;

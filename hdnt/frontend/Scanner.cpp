@@ -205,7 +205,7 @@ int Scanner::scanNumber(const char* start, bool negative) {
     accept(start, end, T_IntConstant);
     if (*end == '.') return scanFraction(negative);
     if (end - start > longestExact) return scanLongInteger();
-    value_.intValue = static_cast<int>(static_cast<unsigned>(negative ? 0 - value : value));
+    number_.asInt = static_cast<int>(static_cast<unsigned>(negative ? 0 - value : value));
     return T_IntConstant;
 }
 
@@ -213,16 +213,16 @@ int Scanner::scanNumber(const char* start, bool negative) {
 int Scanner::scanFraction(bool negative) {
     const char* const end = skipDigits(matchEnd_ + 1);
     accept(matchBegin_, end, T_DoubleConstant);
-    value_.doubleValue = doubleValue(matchBegin_, end);
-    if (std::isinf(value_.doubleValue)) overflown(negative ? "-inf" : "inf");
+    number_.asDouble = doubleValue(matchBegin_, end);
+    if (std::isinf(number_.asDouble)) overflown(negative ? "-inf" : "inf");
     return T_DoubleConstant;
 }
 
 // The low 32 bits of what 64 bits hold of it.
 int Scanner::scanLongInteger() {
     const long value = saturatedValue(matchBegin_, matchEnd_);
-    value_.intValue = static_cast<int>(static_cast<unsigned long>(value) & 0xffffffffUL);
-    if (value_.intValue != value) overflown(std::to_string(value_.intValue));
+    number_.asInt = static_cast<int>(static_cast<unsigned long>(value) & 0xffffffffUL);
+    if (number_.asInt != value) overflown(std::to_string(number_.asInt));
     return T_IntConstant;
 }
 
@@ -380,9 +380,9 @@ static std::string* copied(std::string_view text) { return TokenTexts::make(text
 
 void Scanner::giveValue(int token) {
     switch (token) {
-    case T_IntConstant: HDNTParserlval.intValue = value_.intValue; break;
-    case T_DoubleConstant: HDNTParserlval.doubleValue = value_.doubleValue; break;
-    case T_BoolConstant: HDNTParserlval.boolValue = tokenBool(); break;
+    case T_IntConstant: HDNTParserlval.intValue = number_.asInt; break;
+    case T_DoubleConstant: HDNTParserlval.doubleValue = number_.asDouble; break;
+    case T_BoolConstant: HDNTParserlval.boolValue = *matchBegin_ == 't'; break;
     case T_StringConstant: HDNTParserlval.text = copied(stringText()); break;
     case T_Identifier: {
         const std::string_view read = tokenText().substr(0, sizeof HDNTParserlval.identifier - 1);

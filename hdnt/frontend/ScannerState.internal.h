@@ -3,6 +3,7 @@
 #include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/diagnostics/LineStore.internal.h"
 #include "hdnt/frontend/Scanner.h"
+#include "hdnt/platform/Bytes16.internal.h"
 
 #include <cstdint>
 #include <istream>
@@ -58,15 +59,30 @@ public:
         accept(start, start + 1, mark);
         return true;
     }
+    /// The same for a T_StringConstant, which it need not see when it is long.
+    bool scanExpectedString() {
+        if (!cursor_) return false;
+        const char* start = cursor_;
+        while (*start == ' ') ++start;
+        if (*start != '"') return false;
+        const platform::Bytes16 bytes(start + 1);
+        const unsigned length = (bytes.equal('"') | bytes.equal('\n')).first();
+        const char* const end = start + 1 + length;
+        if (length == 16 || *end != '"') return false;
+        accept(start, end + 1, T_StringConstant);
+        return true;
+    }
     /// The last token as written: with its quotes, and an identifier in full. It holds until endText(), also when it
     /// came from an included file; without beginText(), as long as its input or until the next init().
     std::string_view tokenText() const { return {matchBegin_, static_cast<size_t>(matchEnd_ - matchBegin_)}; }
     /// The same of a T_StringConstant, without its quotes.
     std::string_view stringText() const { return {matchBegin_ + 1, static_cast<size_t>(matchEnd_ - matchBegin_ - 2)}; }
-    /// The value of a T_IntConstant, T_DoubleConstant, T_BoolConstant.
-    int tokenInt() const { return value_.intValue; }
-    double tokenDouble() const { return value_.doubleValue; }
-    bool tokenBool() const { return *matchBegin_ == 't'; }
+    union Number {
+        int asInt;
+        double asDouble;
+    };
+    /// The value of a T_IntConstant or T_DoubleConstant; of other tokens it is that of a number before.
+    Number tokenNumber() const { return number_; }
     /// The place of the last token; at the end that of the last match. The others are of its members, of tokens only.
     yyltype tokenPlace() const { return placed_ ? HDNTParserlloc : placeOf(matchBegin_, matchEnd_); }
     int tokenLine() const { return globalLine_; }
@@ -242,7 +258,7 @@ private:
     const char* matchBegin_ = nullptr;
     const char* matchEnd_ = nullptr;
     const char* pieceBegin_ = nullptr;
-    NtlTokenValue value_{}; ///< of a number
+    Number number_{};
     std::string matchText_;
 
     std::vector<yy_buffer_state*> buffers_;         ///< the last one is current; null where a buffer was deleted

@@ -9,6 +9,27 @@
 
 namespace hdnt::frontend {
 
+namespace detail {
+
+/// The bit of each token in a set; `count` for what is in none.
+struct TokenBits {
+    static constexpr std::string_view characters{"\0{}();:,=<>+-*/%!", 17};
+    static constexpr unsigned count = characters.size() + T_Abstract - T_Library + 1;
+    static_assert(count <= 128);
+
+    static constexpr int tokenOf(unsigned bit) {
+        return bit < characters.size() ? characters[bit] : static_cast<int>(bit - characters.size()) + T_Library;
+    }
+    consteval TokenBits() {
+        for (std::uint8_t& bit : of) bit = count;
+        for (unsigned bit = 0; bit < count; ++bit) of[tokenOf(bit)] = static_cast<std::uint8_t>(bit);
+    }
+    std::uint8_t of[T_Abstract + 1]{};
+};
+inline constexpr TokenBits tokenBits;
+
+} // namespace detail
+
 /// A set of the grammar's tokens: token numbers, single characters, and 0 for the end. Any other number is in no set.
 class TokenSet {
 public:
@@ -37,23 +58,14 @@ public:
     void forEach(Visit&& visit) const {
         for (unsigned word = 0; word < 2; ++word)
             for (std::uint64_t left = words_[word]; left; left &= left - 1)
-                visit(tokenOf(word * 64 + static_cast<unsigned>(std::countr_zero(left))));
+                visit(detail::TokenBits::tokenOf(word * 64 + static_cast<unsigned>(std::countr_zero(left))));
     }
 
 private:
-    static constexpr std::string_view characters{"\0{}();:,=<>+-*/%!", 17};
-    static constexpr unsigned bits = characters.size() + T_Abstract - T_Library + 1;
-    static_assert(bits <= 128);
-
+    static constexpr unsigned bits = detail::TokenBits::count;
     static constexpr unsigned bitOf(int token) {
-        if (token >= T_Library) return static_cast<unsigned>(token - T_Library) + characters.size();
-        const std::size_t at = token < 0 ? characters.npos : characters.find(static_cast<char>(token));
-        return at == characters.npos || token > 0x7f ? bits : static_cast<unsigned>(at);
+        return static_cast<unsigned>(token) <= T_Abstract ? detail::tokenBits.of[token] : bits;
     }
-    static constexpr int tokenOf(unsigned bit) {
-        return bit < characters.size() ? characters[bit] : static_cast<int>(bit - characters.size()) + T_Library;
-    }
-
     std::uint64_t words_[2] = {0, 0};
 };
 

@@ -14,7 +14,7 @@
 static constexpr int greatestBit = 32767;
 static constexpr size_t greatestPinCount = 65536;
 
-HDNTBus::HDNTBus(std::string& name, HDNT_PIN_DIRECTION dir, bool test, bool abstract, HDNT_PIN_TYPE type,
+HDNTBus::HDNTBus(std::string_view name, HDNT_PIN_DIRECTION dir, bool test, bool abstract, HDNT_PIN_TYPE type,
                  HDNT_PIN_REQUIREDVALUE required, std::vector<HDNTProperty*>* props)
     : name_(name), direction_(dir), type_(type), required_(required), test_(test), abstract_(abstract) {
     setKind(HDNTNodeKind::Bus);

@@ -50,7 +50,7 @@ public:
 
     /// The name is as declared, range included. Takes over the properties, which get the bus as parent; the vector
     /// stays the caller's and may be null.
-    HDNTBus(std::string& name, HDNT_PIN_DIRECTION dir, bool test, bool abstract, HDNT_PIN_TYPE type,
+    HDNTBus(std::string_view name, HDNT_PIN_DIRECTION dir, bool test, bool abstract, HDNT_PIN_TYPE type,
             HDNT_PIN_REQUIREDVALUE required, std::vector<HDNTProperty*>* props);
     ~HDNTBus() override;
     HDNTBus(const HDNTBus&) = delete;

@@ -16,8 +16,8 @@
 using hdnt::model::withValues;
 using Type = HATAttrTypes::AttrType;
 
-HDNTProperty::HDNTProperty(const std::string& name, Type type, bool test, bool simulation, bool constraintsOnly,
-                           bool muxControl, const std::string& units)
+HDNTProperty::HDNTProperty(std::string_view name, Type type, bool test, bool simulation, bool constraintsOnly,
+                           bool muxControl, std::string_view units)
     : spec_(type, 0), muxControl_(muxControl) {
     setKind(HDNTNodeKind::Property);
     spec_.setName(name);

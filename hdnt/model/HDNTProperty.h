@@ -24,8 +24,8 @@ public:
     static constexpr HDNTNodeKind firstKind = HDNTNodeKind::Property, lastKind = firstKind;
 
     /// A constraints-only property is not visible. An empty unit means none.
-    HDNTProperty(const std::string& name, HATAttrTypes::AttrType type, bool test, bool simulation, bool constraintsOnly,
-                 bool muxControl, const std::string& units);
+    HDNTProperty(std::string_view name, HATAttrTypes::AttrType type, bool test, bool simulation, bool constraintsOnly,
+                 bool muxControl, std::string_view units);
     ~HDNTProperty() override;
     HDNTProperty(const HDNTProperty&) = delete;
 

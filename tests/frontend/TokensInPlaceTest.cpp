@@ -128,11 +128,11 @@ TEST(TokensInPlace, HaveValues) {
     scanner.beginText(std::make_shared<SourceText>(SourceText{"-12 2.5 true false 4294967297"}));
     scanner.init();
     HDNTParserlval.intValue = 77;
-    EXPECT_EQ((scanner.scan(), scanner.tokenInt()), -12);
-    EXPECT_EQ((scanner.scan(), scanner.tokenDouble()), 2.5);
-    EXPECT_TRUE((scanner.scan(), scanner.tokenBool()));
-    EXPECT_FALSE((scanner.scan(), scanner.tokenBool()));
-    EXPECT_EQ((scanner.scan(), scanner.tokenInt()), 1);
+    EXPECT_EQ((scanner.scan(), scanner.tokenNumber().asInt), -12);
+    EXPECT_EQ((scanner.scan(), scanner.tokenNumber().asDouble), 2.5);
+    EXPECT_EQ((scanner.scan(), scanner.tokenText()), "true");
+    EXPECT_EQ((scanner.scan(), scanner.tokenText()), "false");
+    EXPECT_EQ((scanner.scan(), scanner.tokenNumber().asInt), 1);
     EXPECT_EQ(HDNTParserlval.intValue, 77);
     scanner.endText();
 }
