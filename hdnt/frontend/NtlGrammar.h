@@ -1,79 +1,28 @@
 #pragma once
 
-#include "hdnt/frontend/TokenSet.h"
+#include "hdnt/frontend/GrammarExpressions.h"
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 namespace hdnt::frontend {
 
-/// What a stretch of text is. The last two are only in faulty texts.
-enum class NtlPart : std::uint8_t {
-    file,
-    function,
-    block,   ///< a declaration, with its mapping when it has one
-    mapping, ///< the mapping of a block that is declared elsewhere
-    section, ///< "mapsto", "expandsto", "modifiedby" or "retargetsto" and the netlist behind it
-    pin,
-    property,
-    option, ///< of a property, such as "min = 0"
-    flag,   ///< internal, test, primgroup or maturityLevel
-    inst,
-    connect,
-    signal,
-    pinRef, ///< a pin of an instance or of the block, in a list
-    assignBlockProperty,
-    assignPinProperty,
-    ifStatement,
-    statements, ///< in braces of their own
-    call,
-    operation,
-    parentheses,
-    constant,
-    missing,
-    unexpected,
-};
-
-/// What repeats until a closing brace.
-enum class NtlList : std::uint8_t { none, elements, entities, properties, statements };
-
 /// The grammar of NTL as a recursive descent that looks one token ahead, over whatever delivers tokens and receives the
 /// parts. It accepts what the law of the language accepts (tests/oracle), and stops at the same token where that has
 /// its first error. It looks ahead only where it has to, and nests without recursion.
-///
-/// A Receiver has
-///   int token()                     the number of the token ahead; 0 at the end
-///   void take(const TokenSet&)      the token ahead, one of these, becomes part of what is open; the next one is ahead
-///   void open(NtlPart), void close(NtlPart)   also where a parse ends in the middle
-///   Mark mark(), void openAt(Mark, NtlPart)   opens a part that began at the mark: its kind shows only later
-///   Mark operandMark()                        the same mark for an operand, which an operator may follow
-///   void begin(NtlList), void listed(NtlList), void end(NtlList)
-///                                   behind the opening brace, behind each element, behind the closing brace
-///   void listed(NtlPart)            behind a formal, a value of a list, or an argument of a call
-///   void expressionBegins(), void expressionEnds()            with its first token ahead; behind its last one
-///   void callBegins(), void noArguments(), void callEnds()    behind "(", with ")" ahead, behind ")"
-///   void elseBegins(), void noElse()                          behind "else"; with what is there instead ahead
-///   bool lacks(const TokenSet& expected)      one of these should be ahead; true when it stands in for the token
-///   static constexpr bool recovers  when false, the sets are empty, there are no units, and the parse ends at a fault
-///   bool takes(int token)           such a one: takes the token, if it is seen at once that it is this one
-/// and one that recovers
-///   Start start(), bool recover(begin, again)      a unit failed that began at start(); true: parse it again
-///   bool deeper(), void shallower()           around what nests; false when that is too deep
-///
-/// A unit is a stretch without a list in it; `again` parses it and goes on behind it, which lets a receiver that
-/// recovers try out what would come of a repair.
 template <typename Receiver>
-class NtlGrammar {
+class NtlGrammar : private GrammarExpressions<Receiver> {
+    using Expressions = GrammarExpressions<Receiver>;
+
 public:
-    explicit NtlGrammar(Receiver& receiver) : to_(receiver) {}
+    explicit NtlGrammar(Receiver& receiver) : Expressions(receiver) {}
     NtlGrammar(const NtlGrammar&) = delete;
 
     /// One library and the end of the text. False: refused.
     bool file() {
         const auto head = [&] { return need(T_Library) && need(T_StringConstant) && need('{'); };
-        return within<NtlPart::file>([&] {
+        return this->template within<NtlPart::file>([&] {
             if (!unit(head, [&] { return onward(NtlList::elements); })) return false;
             do // more than once where the library seemed to end too early
                 if (!list(NtlList::elements) || !endOfFile()) return false;
@@ -90,7 +39,7 @@ public:
             return true;
         };
         const auto end = [&] { return starts(which) || at(0) || lacks(); };
-        return within<NtlPart::file>([&] {
+        return this->template within<NtlPart::file>([&] {
             do
                 if (!all() || !unit(end, all)) return false;
             while (to_.token() != 0);
@@ -118,63 +67,10 @@ public:
     }
 
 private:
-    /// What the body parses is the part. A parse that ends in it leaves nothing open where that matters.
-    template <NtlPart part, typename Body>
-    [[gnu::always_inline]] bool within(Body&& body) {
-        to_.open(part);
-        const bool whole = body();
-        if (whole || Receiver::recovers) to_.close(part);
-        return whole;
-    }
-
-    // What is asked of the token ahead adds up to what may stand there.
-    bool at(int token) {
-        if constexpr (Receiver::recovers) expected_.add(token);
-        return to_.token() == token;
-    }
-    [[gnu::always_inline]] bool at(const TokenSet& tokens) {
-        if constexpr (Receiver::recovers) expected_ |= tokens;
-        return tokens.contains(to_.token());
-    }
-    bool take() {
-        to_.take(expected_);
-        if constexpr (Receiver::recovers) expected_ = TokenSet();
-        return true;
-    }
-    [[gnu::always_inline]] bool need(int token) { return takes(token) || (at(token) ? take() : lacks()); }
-    [[gnu::always_inline]] bool need(const TokenSet& tokens) { return at(tokens) ? take() : lacks(); }
-    [[gnu::always_inline]] bool may(int token) { return takes(token) || (at(token) && take()); }
-    // What only this token can be need not be told apart from others first.
-    [[gnu::always_inline]] bool takes(int token) {
-        if constexpr (Receiver::recovers) return false;
-        else return to_.takes(token);
-    }
-    [[gnu::always_inline]] bool may(const TokenSet& tokens) { return at(tokens) && take(); }
-    bool lacks() {
-        if (!to_.lacks(expected_)) return false;
-        expected_ = TokenSet();
-        return true;
-    }
-
-    template <typename Body, typename Rest>
-    bool unit(Body&& body, Rest&& rest) {
-        if constexpr (!Receiver::recovers) return body();
-        else return repairedUnit(body, rest);
-    }
-    template <typename Body, typename Rest>
-    bool repairedUnit(Body&& body, Rest&& rest) {
-        const auto begin = to_.start();
-        expected_ = TokenSet();
-        while (!body()) {
-            const auto again = [&] {
-                expected_ = TokenSet();
-                return body() && rest();
-            };
-            if (!to_.recover(begin, again)) return false;
-            expected_ = TokenSet();
-        }
-        return true;
-    }
+    using Tokens = GrammarTokens<Receiver>;
+    using Expressions::expression, Expressions::call;
+    using Tokens::at, Tokens::need, Tokens::may, Tokens::take, Tokens::lacks, Tokens::unit, Tokens::to_;
+    using typename Tokens::Step;
 
     bool starts(NtlList which) { return at(firstOf(which)); }
 
@@ -239,7 +135,7 @@ private:
 
     template <NtlPart kind, typename Body>
     bool leaf(NtlList around, Body&& body) {
-        return within<kind>([&] { return unit(body, [&] { return onward(around); }); });
+        return this->template within<kind>([&] { return unit(body, [&] { return onward(around); }); });
     }
 
     // Declarations
@@ -285,7 +181,7 @@ private:
 
     bool section() {
         const auto head = [&] { return need(sections) && need('{'); };
-        return within<NtlPart::section>(
+        return this->template within<NtlPart::section>(
             [&] { return unit(head, [&] { return onward(NtlList::statements); }) && list(NtlList::statements); });
     }
 
@@ -314,7 +210,8 @@ private:
             return (properties = may('{')) || need(';');
         };
         const auto rest = [&] { return onward(properties ? NtlList::properties : NtlList::entities); };
-        return within<NtlPart::pin>([&] { return unit(head, rest) && (!properties || list(NtlList::properties)); });
+        return this->template within<NtlPart::pin>(
+            [&] { return unit(head, rest) && (!properties || list(NtlList::properties)); });
     }
 
     bool property(NtlList around) {
@@ -339,7 +236,7 @@ private:
     }
 
     bool option(const PropertyForm& form, const TokenSet& names) {
-        return within<NtlPart::option>([&] {
+        return this->template within<NtlPart::option>([&] {
             const int name = to_.token();
             if (!need(names)) return false;
             return name == T_Values ? values(form.value) : need('=') && need(form.valueOf(name));
@@ -357,7 +254,6 @@ private:
 
     // Mappings. Statements nest in braces and branches; what is open around the one at hand is in around_.
     enum class Around : std::uint8_t { braces, condition, thenBranch, elseBranch };
-    enum class Step : std::uint8_t { failed, inside, done };
 
     bool statement() {
         const std::size_t outside = around_.size();
@@ -370,13 +266,13 @@ private:
     Step beginStatement() {
         switch (to_.token()) {
         case '{':
-            if (!enter(Around::braces, NtlPart::statements)) return stepOf(lacks());
+            if (!enter(Around::braces, NtlPart::statements)) return Tokens::stepOf(lacks());
             take();
             ++nesting_;
             to_.begin(NtlList::statements);
             return Step::inside;
         case T_If: return ifHead();
-        default: return stepOf(leafStatement());
+        default: return Tokens::stepOf(leafStatement());
         }
     }
 
@@ -405,7 +301,7 @@ private:
     }
 
     Step ifHead() {
-        if (!enter(Around::condition, NtlPart::ifStatement)) return stepOf(lacks());
+        if (!enter(Around::condition, NtlPart::ifStatement)) return Tokens::stepOf(lacks());
         const auto head = [&] {
             return need(T_If) && need('(') && expression() && need(')') && (starts(NtlList::statements) || lacks());
         };
@@ -439,8 +335,6 @@ private:
         if constexpr (Receiver::recovers) to_.shallower();
         return Step::done;
     }
-
-    static Step stepOf(bool done) { return done ? Step::done : Step::failed; }
 
     bool onwardFromBranch() { return (!starts(NtlList::statements) || statement()) && onward(NtlList::statements); }
 
@@ -490,126 +384,15 @@ private:
     }
 
     bool pinRef() {
-        return within<NtlPart::pinRef>([&] {
+        return this->template within<NtlPart::pinRef>([&] {
             if (!need(T_StringConstant)) return false;
             may(T_StringConstant);
             return true;
         });
     }
 
-    // Expressions. Operators bind by level, the weakest is 1, and those of one level from the left. What is open around
-    // the operand at hand is in operations_.
-    struct Operation {
-        enum Kind : std::uint8_t { parentheses, call, operation } kind;
-        int level;                     ///< 0 for what ends at a parenthesis
-        typename Receiver::Mark begin; ///< of its first operand
-        bool isPart = true;            ///< not the call that is a statement
-    };
-
-    bool expression() {
-        to_.expressionBegins();
-        const std::size_t outside = operations_.size();
-        if (operands(outside, false)) {
-            to_.expressionEnds();
-            return true;
-        }
-        while (operations_.size() > outside) leaveOperation();
-        return false;
-    }
-
-    /// A call that is a statement, which the statement's part has.
-    bool call() {
-        const std::size_t outside = operations_.size();
-        if (operands(outside, true)) return true;
-        while (operations_.size() > outside) leaveOperation();
-        return false;
-    }
-
-    bool operands(std::size_t outside, bool isStatement) {
-        for (;;) {
-            typename Receiver::Mark begin = to_.operandMark();
-            bool whole = true;
-            if (!operand(begin, isStatement && operations_.size() == outside, whole)) return false;
-            if (!whole) continue;
-            if (isStatement && operations_.size() == outside) return true;
-            const Step step = behindOperand(begin, outside, isStatement);
-            if (step != Step::inside) return step == Step::done;
-        }
-    }
-
-    /// An operand, or what stands before one: that is not whole.
-    bool operand(typename Receiver::Mark& begin, bool isStatement, bool& whole) {
-        if (!isStatement) {
-            if (at('(')) return opens({Operation::parentheses, 0, begin}, NtlPart::parentheses, whole);
-            if (at('-') || at('!'))
-                return opens({Operation::operation, strongestLevel + 1, begin}, NtlPart::operation, whole);
-            if (!at(T_Identifier)) return within<NtlPart::constant>([&] { return need(constants); });
-        }
-        if (!enterOperation({Operation::call, 0, begin, !isStatement}, NtlPart::call)) return lacks();
-        if (!need(T_Identifier) || !need('(')) return false;
-        to_.callBegins();
-        if (!at(')')) return !(whole = false);
-        to_.noArguments();
-        if (!need(')')) return false; // too deep
-        to_.callEnds();
-        begin = leaveOperation();
-        return true;
-    }
-
-    bool opens(Operation&& operation, NtlPart part, bool& whole) {
-        if (!enterOperation(std::move(operation), part)) return lacks();
-        whole = false;
-        return take();
-    }
-
-    /// Done: the expression ends. Inside: an operand comes.
-    Step behindOperand(typename Receiver::Mark begin, std::size_t outside, bool isStatement) {
-        for (;;) {
-            const int level = levelOf(to_.token());
-            if constexpr (Receiver::recovers) expected_ |= operators;
-            while (operations_.size() > outside && operations_.back().level >= std::max(level, 1))
-                begin = leaveOperation();
-            if (level > 0) {
-                if (!enterOperation({Operation::operation, level, begin}, NtlPart::operation)) return stepOf(lacks());
-                take();
-                return Step::inside;
-            }
-            if (operations_.size() == outside) return Step::done;
-            if (operations_.back().kind == Operation::call) {
-                to_.listed(NtlPart::call);
-                if (may(',')) return Step::inside;
-            }
-            if (!need(')')) return Step::failed;
-            if (operations_.back().kind == Operation::call) to_.callEnds();
-            begin = leaveOperation();
-            if (isStatement && operations_.size() == outside) return Step::done;
-        }
-    }
-
-    bool enterOperation(Operation&& operation, NtlPart part) {
-        if constexpr (Receiver::recovers)
-            if (!to_.deeper()) return false;
-        const bool isBehindOperand = operation.level > 0 && operation.level <= strongestLevel;
-        if (isBehindOperand) to_.openAt(operation.begin, part);
-        else if (operation.isPart) to_.open(part);
-        operations_.push_back(operation);
-        return true;
-    }
-
-    typename Receiver::Mark leaveOperation() {
-        constexpr NtlPart parts[] = {NtlPart::parentheses, NtlPart::call, NtlPart::operation};
-        const Operation done = operations_.back();
-        operations_.pop_back();
-        if (done.isPart) to_.close(parts[done.kind]);
-        if constexpr (Receiver::recovers) to_.shallower();
-        return done.begin;
-    }
-
-    Receiver& to_;
-    TokenSet expected_;
     int nesting_ = 0; ///< lists of statements in each other
     std::vector<Around> around_;
-    std::vector<Operation> operations_;
 };
 
 } // namespace hdnt::frontend
