@@ -1,10 +1,9 @@
+// From items to statements.
 #include "author/format/HDNTFormatter.h"
 #include "author/format/Layout.internal.h"
 #include "hdnt/frontend/Scanner.h"
-#include "hdnt/platform/Text.h"
 
 #include <algorithm>
-#include <string_view>
 
 namespace hdnt::author {
 
@@ -15,22 +14,24 @@ static bool isSection(int kind) {
     return kind == T_MapTo || kind == T_ExpandTo || kind == T_ModifiedBy || kind == T_RetargetTo;
 }
 
-static bool isLogical(int kind) { return kind == T_AndAnd || kind == T_OrOr; }
-
-static bool isOperator(int kind) {
-    constexpr std::string_view single = "=:+-*/%<>";
-    if (kind > 0 && kind < T_Library) return single.find(static_cast<char>(kind)) != single.npos;
-    return kind == T_GreaterEqual || kind == T_LessEqual || kind == T_EqualTo || kind == T_NotEqual || isLogical(kind);
+void Layout::run() {
+    while (readMore())
+        for (; item_ != waiting_; ++item_) take();
+    if (!isAtEnd_) return;
+    flush(false);
+    lines_.finish();
 }
 
-void Layout::run() {
-    for (std::size_t i = 0; i < items_.size(); ++i) {
-        const SourceItem& item = items_[i];
-        if (item.isToken()) take(i);
-        else if (pieces_.empty() && (item.endsLine || item.isVerbatim())) standAlone(i);
-        else append(i);
-    }
-    flush(false);
+// The last item waits until what is behind it is known, the comments before that included.
+bool Layout::readMore() {
+    if (isAtEnd_) return false;
+    const std::ptrdiff_t taken = item_ - items_.data();
+    if (taken > 1) items_.erase(items_.begin(), items_.begin() + (taken - 1));
+    isAtEnd_ = !reader_.more(items_);
+    item_ = items_.data() + std::min<std::ptrdiff_t>(taken, 1);
+    itemsEnd_ = items_.data() + items_.size();
+    waiting_ = isAtEnd_ ? itemsEnd_ : itemsEnd_ - 1;
+    return reader_.problem().count == 0;
 }
 
 void Layout::push(Frame frame) {
@@ -45,113 +46,132 @@ void Layout::pop() {
 
 int Layout::indent() const { return std::min(level_, DeepestLevel) * HDNTFormatter::Indent; }
 
-// Of the token behind item i and its comments; 0 when there is none, or something else comes first.
-int Layout::nextToken(std::size_t i) const {
-    do ++i;
-    while (i < items_.size() && items_[i].isComment());
-    return i < items_.size() && items_[i].isToken() ? items_[i].kind : 0;
+// The token behind the item and its comments; 0 when there is none, or something else comes first.
+int Layout::nextToken() const {
+    const SourceItem* next = item_;
+    do ++next;
+    while (next != itemsEnd_ && next->isComment());
+    return next != itemsEnd_ && next->isToken() ? next->kind : 0;
 }
 
-// Of the token behind item i in its line; 0 when something else comes first.
-int Layout::joinedToken(std::size_t i) const {
-    do ++i;
-    while (i < items_.size() && items_[i].isComment() && !items_[i].endsLine);
-    return i < items_.size() && items_[i].isToken() ? items_[i].kind : 0;
+// The token behind the item in its line; 0 when something else comes first.
+int Layout::joinedToken() const {
+    const SourceItem* next = item_;
+    do ++next;
+    while (next != itemsEnd_ && next->isComment() && !next->endsLine);
+    return next != itemsEnd_ && next->isToken() ? next->kind : 0;
 }
 
-void Layout::take(std::size_t& i) {
-    switch (items_[i].kind) {
-    case '{': openBrace(i); break;
-    case '}': closeBrace(i); break;
+// Whether the item is a comment that goes behind what stands before it in its line.
+bool Layout::follows() const {
+    return item_ != items_.data() && item_->isComment() && item_->newlines == 0 && !item_[-1].forcesNewline();
+}
+
+void Layout::take() {
+    if (item_->isToken()) takeToken();
+    else if (statement_.lastKind == 0 && (item_->endsLine || item_->isVerbatim())) standAlone();
+    else append();
+}
+
+void Layout::takeToken() {
+    switch (item_->kind) {
+    case '{': openBrace(); break;
+    case '}': closeBrace(); break;
     case ';':
-        append(i);
-        if (!isInline()) closeStatement(i);
+        append();
+        if (!isInline()) closeStatement();
         break;
-    case T_If: takeIf(i); break;
-    case T_Else: takeElse(i); break;
+    case T_If: takeIf(); break;
+    case T_Else: takeElse(); break;
     case '(':
-        append(i);
-        ++parentheses_;
+        append();
+        ++statement_.parentheses;
         break;
-    case ')': takeClosingParenthesis(i); break;
-    default: append(i);
+    case ')': takeClosingParenthesis(); break;
+    default: append();
     }
 }
 
-void Layout::takeIf(std::size_t i) {
-    const bool isStatement = !isInline() && (tokens_ == 0 || lastToken_ == T_Else);
-    append(i);
+void Layout::takeIf() {
+    const bool isStatement = !isInline() && (statement_.tokens == 0 || statement_.lastToken == T_Else);
+    append();
     if (!isStatement) return;
-    inCondition_ = true;
-    parentheses_ = 0;
+    statement_.inCondition = true;
+    statement_.parentheses = 0;
 }
 
-void Layout::takeElse(std::size_t i) {
-    const bool isBranch = !isInline() && (tokens_ == 0 || (goesOn_ && lastToken_ == '}'));
-    append(i);
+void Layout::takeElse() {
+    const bool goesOn = statement_.goesOn && statement_.lastToken == '}';
+    const bool isBranch = !isInline() && (statement_.tokens == 0 || goesOn);
+    append();
     if (!isBranch) return;
-    const int next = nextToken(i);
+    const int next = nextToken();
     if (next == T_If || next == '{') return push(Frame::ElseBraced);
     flush(true);
     push(Frame::Else);
 }
 
-void Layout::takeClosingParenthesis(std::size_t i) {
-    append(i);
-    --parentheses_;
-    if (!inCondition_ || parentheses_ > 0) return;
-    inCondition_ = false;
-    if (nextToken(i) == '{') return push(Frame::ThenBraced);
+void Layout::takeClosingParenthesis() {
+    append();
+    --statement_.parentheses;
+    if (!statement_.inCondition || statement_.parentheses > 0) return;
+    statement_.inCondition = false;
+    if (nextToken() == '{') return push(Frame::ThenBraced);
     flush(true);
     push(Frame::Then);
 }
 
-void Layout::openBrace(std::size_t& i) {
-    const bool isProperty = !isInline() && firstToken_ == T_Property;
-    const bool inside = isInline() || (!isProperty && lastToken_ == T_Values);
-    append(i);
-    if (isProperty) propertyOpen_ = pieces_.size() - 1;
+void Layout::openBrace() {
+    const bool isProperty = !isInline() && statement_.firstToken == T_Property;
+    const bool inside = isInline() || (!isProperty && statement_.lastToken == T_Values);
+    append();
+    if (isProperty && statement_.isFilled) filler_.openProperty();
+    else if (isProperty) statement_.propertyOpen = pieces_.size() - 1;
     if (isProperty || inside) return push(isProperty ? Frame::Property : Frame::Inline);
-    if (i + 1 < items_.size() && items_[i + 1].kind == '}') {
-        append(++i);
-        return endBraces(i);
-    }
+    statement_.closesAtOnce = item_ + 1 != itemsEnd_ && item_[1].kind == '}';
+    if (statement_.closesAtOnce) return;
     flush(true);
     push(Frame::Braces);
 }
 
-void Layout::closeBrace(std::size_t i) {
+void Layout::closeBrace() {
+    if (statement_.closesAtOnce) {
+        statement_.closesAtOnce = false;
+        append();
+        return endBraces();
+    }
     if (isInline()) {
-        append(i);
+        append();
         const bool isProperty = frames_.back() == Frame::Property;
         pop();
-        if (isProperty) closeStatement(i);
+        if (isProperty) closeStatement();
         return;
     }
     flush(false);
     while (!frames_.empty() && frames_.back() != Frame::Braces) pop();
     if (!frames_.empty()) pop();
-    append(i);
-    endBraces(i);
+    append();
+    endBraces();
 }
 
 // The line of a closing brace goes on with the else of its own if, and with the section of its block.
-void Layout::endBraces(std::size_t i) {
-    const bool hasElse = complete(i);
-    const int next = joinedToken(i);
-    goesOn_ = next == T_Else ? hasElse : isSection(next);
-    if (!goesOn_) flush(false);
+void Layout::endBraces() {
+    const bool hasElse = complete();
+    const int next = joinedToken();
+    statement_.goesOn = next == T_Else ? hasElse : isSection(next);
+    if (!statement_.goesOn) flush(false);
 }
 
-void Layout::closeStatement(std::size_t i) {
+void Layout::closeStatement() {
     flush(false);
-    complete(i);
+    complete();
 }
 
 // A statement ends, and with it those that hang on it, up to an if whose else comes next. True when that is the
 // innermost one.
-bool Layout::complete(std::size_t i) {
-    const bool elseFollows = nextToken(i) == T_Else;
+bool Layout::complete() {
+    if (frames_.empty() || frames_.back() == Frame::Braces) return false; // as nearly always
+    const bool elseFollows = nextToken() == T_Else;
     for (bool innermost = true; !frames_.empty(); innermost = false) {
         const Frame frame = frames_.back();
         const bool isThen = frame == Frame::Then || frame == Frame::ThenBraced;
@@ -162,50 +182,18 @@ bool Layout::complete(std::size_t i) {
     return false;
 }
 
-// A minus that has no left operand. The last string of an assign statement's head is none.
-bool Layout::isPrefix(std::size_t i) const {
-    if (items_[i].kind != '-') return false;
-    if (tokens_ == 0 || lastToken_ == '(' || lastToken_ == ',' || isOperator(lastToken_)) return true;
-    return firstToken_ == T_Assign && lastToken_ == T_StringConstant &&
-           (tokens_ == 5 || (beforeLastToken_ == ',' && parentheses_ == 0));
-}
-
-// "- 1" is two tokens and "-1" one, so a minus stands close to names and parentheses only.
-bool Layout::needsBlank(std::size_t i) const {
-    const int kind = items_[i].kind;
-    if (pieces_.empty() || kind == ',' || kind == ';' || kind == ')') return false;
-    const int before = kindOf(pieces_.back());
-    if (before == '(') return false;
-    if (before == '-' && lastIsPrefix_) return kind != '(' && kind != T_Identifier;
-    return kind != '(' || before != T_Identifier;
-}
-
-Layout::Break Layout::breakAfter(std::size_t i) const {
-    const int kind = items_[i].kind;
-    if (kind == ',' || isLogical(kind)) return Break::Comma;
-    return isOperator(kind) && !isPrefix(i) ? Break::Operator : Break::None;
-}
-
-void Layout::append(std::size_t i) {
-    if (pieces_.empty()) statementIndent_ = indent();
-    pieces_.push_back({static_cast<std::uint32_t>(i), needsBlank(i), breakAfter(i),
-                       static_cast<std::uint32_t>(platform::characters(items_.textOf(i)))});
-    if (!items_[i].isToken()) return;
-    lastIsPrefix_ = isPrefix(i);
-    beforeLastToken_ = lastToken_;
-    lastToken_ = items_[i].kind;
-    if (tokens_++ == 0) firstToken_ = lastToken_;
-}
-
 // A comment, file statement or directive between statements.
-void Layout::standAlone(std::size_t i) {
-    const SourceItem& item = items_[i];
-    if (item.isComment() && follows(i)) return lines_.addComment(i);
-    FormattedLine& line = lines_.begin(item.kind == SourceItem::Directive ? 0 : indent());
-    line.blankBefore = item.newlines > 1 && !afterOpening_;
+void Layout::standAlone() {
+    const bool follows = this->follows();
+    const std::size_t number = record_.next();
+    record_.add(*item_, ItemRecord::flagsOf(*item_, follows));
+    if (follows) return lines_.addComment(item_->offset, item_->length);
+    const bool belowBlank = item_->newlines > 1 && !afterOpening_;
+    if (belowBlank) record_.setBelowBlank(number);
+    lines_.begin(item_->kind == SourceItem::Directive ? 0 : indent(), belowBlank);
     afterOpening_ = false;
-    if (item.isComment()) lines_.addComment(i);
-    else lines_.append(items_.textOf(item));
+    if (item_->isComment()) lines_.addComment(item_->offset, item_->length);
+    else lines_.append(item_->offset, item_->length, false);
 }
 
 } // namespace hdnt::author

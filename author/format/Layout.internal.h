@@ -1,96 +1,109 @@
 #pragma once
 
+#include "author/format/ItemRecord.internal.h"
+#include "author/format/LineFiller.internal.h"
 #include "author/format/LineTable.internal.h"
-#include "hdnt/frontend/SourceItems.h"
+#include "author/format/Piece.internal.h"
+#include "hdnt/frontend/SourceReader.h"
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 namespace hdnt::author {
 
 /// Divides a text into statements by its brackets and keywords, without a parse, and each statement into lines. What
-/// is decided depends on the items, where comments stand in their lines, and where blank lines are: all that the new
-/// text has again, so that laying it out once more gives the same.
+/// is decided depends on the items, where comments stand in their lines, and where blank lines are, and all of that is
+/// recorded: a text that has the same of it again gives the same lines.
 class Layout {
 public:
-    Layout(const SourceItems& items, LineTable& lines) : items_(items), lines_(lines) {}
+    Layout(frontend::SourceReader& reader, ItemRecord& record, LineSink& sink)
+        : reader_(reader), record_(record), text_(reader.text()), lines_(text_, sink), filler_(lines_) {}
+
+    /// Gives the new text to the sink, until something is refused, which is in the reader's problem then.
     void run();
 
 private:
     /// What is open: braces around statements; those of a property body and within one; and statements that hang on an
     /// if or else, with a level of their own unless they are in braces.
     enum class Frame : std::uint8_t { Braces, Property, Inline, Then, ThenBraced, Else, ElseBraced };
-    enum class Break : std::uint8_t { None, Operator, Comma };
-    struct Piece {
-        std::uint32_t item;
-        bool blankBefore;
-        Break after;
-        std::uint32_t width;
+
+    /// What is collected of one.
+    struct Statement {
+        bool isFilled = false; ///< it fits no line, and its pieces are the filler's
+        bool startsBelowBlank = false;
+        bool lastIsPrefix = false;
+        bool inCondition = false;
+        bool goesOn = false;       ///< behind a closing brace
+        bool closesAtOnce = false; ///< the brace that was opened last
+        int indent = 0;
+        int lastKind = 0; ///< of pieces, below of tokens; 0: there is none
+        int firstToken = 0;
+        int lastToken = 0;
+        int beforeLastToken = 0;
+        long parentheses = 0;
+        std::size_t tokens = 0;
+        std::size_t width = 0;        ///< if it is one line
+        std::size_t propertyOpen = 0; ///< index of the piece; 0: none
+        std::size_t record = 0;       ///< number of the first item
     };
 
+    // Items
+    bool readMore();
+    int nextToken() const;
+    int joinedToken() const;
+    bool follows() const;
+
     // Statements
-    void take(std::size_t& i);
-    void takeIf(std::size_t i);
-    void takeElse(std::size_t i);
-    void takeClosingParenthesis(std::size_t i);
-    void openBrace(std::size_t& i);
-    void closeBrace(std::size_t i);
-    void closeStatement(std::size_t i);
-    void append(std::size_t i);
-    bool complete(std::size_t i);
-    void endBraces(std::size_t i);
+    void take();
+    void takeToken();
+    void takeIf();
+    void takeElse();
+    void takeClosingParenthesis();
+    void openBrace();
+    void closeBrace();
+    void closeStatement();
+    bool complete();
+    void endBraces();
     bool isInline() const { return !frames_.empty() && isInline(frames_.back()); }
     static bool isInline(Frame frame) { return frame == Frame::Property || frame == Frame::Inline; }
     static bool hasLevel(Frame frame) { return frame == Frame::Braces || frame == Frame::Then || frame == Frame::Else; }
     void push(Frame frame);
     void pop();
     int indent() const;
-    int nextToken(std::size_t i) const;
-    int joinedToken(std::size_t i) const;
-    bool isPrefix(std::size_t i) const;
-    bool needsBlank(std::size_t i) const;
-    Break breakAfter(std::size_t i) const;
-    void standAlone(std::size_t i);
+    void standAlone();
 
-    // Lines
+    // Layout_pieces.cpp: the pieces of a statement
+    void append();
+    void begin();
+    void describeOther(Piece& piece) const;
+    void addToken(Piece& piece);
+    bool isPrefixMinus() const;
+    bool needsBlank(int kind) const;
+    void fill();
     void flush(bool opens);
-    bool fitsOneLine() const;
+    bool beginsBelowBlank();
     void layOutOneLine();
-    void layOutProperty();
-    void fill(std::size_t begin, std::size_t end, int indent);
-    void place(std::size_t begin, std::size_t end, int indent);
-    void setStyle(FormattedLine& line);
-    bool isForced(const Piece& piece) const {
-        return !items_[piece.item].isToken() && (items_[piece.item].endsLine || items_[piece.item].isVerbatim());
-    }
-    bool isTrailing(const Piece& piece) const { return isForced(piece) && follows(piece.item); }
-    bool follows(std::size_t item) const;
-    size_t behindTrailing(size_t at, size_t end) const;
-    int kindOf(const Piece& piece) const { return items_[piece.item].kind; }
+    void setStyle(FormattedLine& line) const;
 
-    const SourceItems& items_;
-    LineTable& lines_;
+    frontend::SourceReader& reader_;
+    ItemRecord& record_;
+    std::string_view text_;
+    LineTable lines_;
+    LineFiller filler_;
+
+    std::vector<SourceItem> items_;       ///< some: from the one before the one that is taken on, to one that waits
+    const SourceItem* item_ = nullptr;    ///< the one that is taken
+    const SourceItem* waiting_ = nullptr; ///< the first that waits for what is behind it
+    const SourceItem* itemsEnd_ = nullptr;
+    bool isAtEnd_ = false;
+
     std::vector<Frame> frames_;
     int level_ = 0;
     bool afterOpening_ = true; ///< the next line gets no blank line before it
 
-    // The statement that is being collected
-    std::vector<Piece> pieces_;
-    std::size_t tokens_ = 0;
-    int firstToken_ = 0;
-    int lastToken_ = 0;
-    int beforeLastToken_ = 0;
-    bool lastIsPrefix_ = false;
-    int statementIndent_ = 0;
-    long parentheses_ = 0;
-    bool inCondition_ = false;
-    bool goesOn_ = false;          ///< behind a closing brace
-    std::size_t propertyOpen_ = 0; ///< index of the piece; 0: none
-
-    // The line that is being filled
-    bool lineOpen_ = false;
-    bool anyCode_ = false;
-    std::size_t lineWidth_ = 0;
+    Statement statement_;
+    std::vector<Piece> pieces_; ///< of the statement, while it may fit one line
 };
 
 } // namespace hdnt::author

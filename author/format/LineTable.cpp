@@ -14,15 +14,25 @@ namespace {
 // long name does not push all others far to the right. The same for code with comments behind it.
 constexpr std::size_t CellSpread = 16;
 constexpr std::size_t CommentSpread = 32;
+// Finished lines are handed on by then, so that a long run of them is not there twice.
+constexpr std::size_t LongestOut = 1 << 16;
 
-std::size_t commonWidth(const std::vector<std::size_t>& widths, std::size_t spread) {
-    if (widths.empty()) return 0;
-    const std::size_t limit = *std::min_element(widths.begin(), widths.end()) + spread;
-    std::size_t common = 0;
-    for (const std::size_t width : widths)
-        if (width <= limit) common = std::max(common, width);
-    return common;
-}
+/// The width that a column gets.
+class CommonWidth {
+public:
+    explicit CommonWidth(std::size_t spread) : spread_(spread) {}
+    // First all widths, then all again.
+    void see(std::size_t width) { least_ = std::min(least_, width); }
+    void fit(std::size_t width) {
+        if (width <= least_ + spread_) common_ = std::max(common_, width);
+    }
+    std::size_t get() const { return common_; }
+
+private:
+    std::size_t spread_;
+    std::size_t least_ = std::numeric_limits<std::uint32_t>::max();
+    std::size_t common_ = 0;
+};
 
 // The column behind a text that begins in column 0, with tab stops every eight columns.
 std::size_t columnBehind(std::string_view text) {
@@ -39,162 +49,208 @@ std::size_t columnOf(std::string_view text, std::size_t offset) {
     return columnBehind(text.substr(lineStart, offset - lineStart));
 }
 
-using CellWidths = std::array<std::size_t, FormattedLine::MaxCells>;
-
-CellWidths cellWidths(const FormattedLine& line, std::string_view code) {
-    CellWidths widths{};
-    std::size_t cell = 0;
-    std::size_t start = 0;
-    for (std::size_t i = 0; i < line.cells.size(); ++i) {
-        if (line.cells[i] == 0) continue;
-        widths[cell] = platform::characters(code.substr(start, line.cells[i] - 1 - start));
-        start = line.cells[i];
-        cell = i + 1;
-    }
-    widths[cell] = platform::characters(code.substr(start));
-    return widths;
-}
+} // namespace
 
 // Whether something follows the cell, so that its width matters.
-bool isFollowed(const FormattedLine& line, std::size_t cell) {
-    return std::any_of(line.cells.begin() + static_cast<long>(cell), line.cells.end(),
+bool FormattedLine::isFollowed(std::size_t cell) const {
+    return std::any_of(cells.begin() + static_cast<long>(cell), cells.end(),
                        [](std::uint16_t start) { return start > 0; });
 }
 
-} // namespace
-
-FormattedLine& LineTable::begin(int indent) {
+// What is below a blank line, or a line that is aligned with no other, is aligned with nothing above.
+FormattedLine& LineTable::begin(int indent, bool blankBefore) {
+    if (!lines_.empty()) {
+        const bool joins = last().style != FormattedLine::Style::Plain || last().hasCodeAndComment();
+        if (blankBefore || !joins) finishBlock();
+    }
+    if (lines_.empty()) blankBefore_ = blankBefore;
     FormattedLine& line = lines_.emplace_back();
-    line.codeStart = code_.size();
-    line.indent = static_cast<std::uint16_t>(indent);
+    line.codeStart = static_cast<std::uint32_t>(code_.size());
+    line.indent = static_cast<std::uint8_t>(indent);
     return line;
 }
 
-void LineTable::append(std::string_view code) {
-    code_ += code;
-    last().codeLength += static_cast<std::uint32_t>(code.size());
-}
-
-void LineTable::addComment(std::size_t item) {
+void LineTable::append(const std::vector<Piece>& pieces) {
     FormattedLine& line = last();
-    if (line.commentCount++ == 0) line.firstComment = static_cast<std::uint32_t>(item);
+    const std::size_t before = code_.size();
+    for (const Piece& piece : pieces) {
+        if (piece.blankBefore) code_.append(' ');
+        code_.append(text_.data() + piece.offset, piece.length);
+        if (!piece.isAscii) line.isAscii = false;
+    }
+    line.codeLength += static_cast<std::uint32_t>(code_.size() - before);
 }
 
-// Runs are lines below each other, without a blank line in between, that belong together.
+void LineTable::addComment(std::size_t offset, std::size_t length) {
+    FormattedLine& line = last();
+    ++line.commentCount;
+    line.endsInBlock = text_.substr(offset, length).find('\n') != text_.npos;
+    comments_.push_back({static_cast<std::uint32_t>(offset), static_cast<std::uint32_t>(length)});
+}
+
+// Runs are lines below each other that belong together.
 template <typename InRun, typename Align>
 void LineTable::forRuns(InRun&& inRun, Align&& align) {
-    for (std::size_t begin = 0; begin < lines_.size();) {
-        std::size_t end = begin + 1;
-        if (inRun(lines_[begin], lines_[begin])) {
-            while (end < lines_.size() && !lines_[end].blankBefore && inRun(lines_[begin], lines_[end])) ++end;
-            if (end > begin + 1) align(begin, end);
+    for (auto begin = lines_.begin(); begin != lines_.end();) {
+        auto end = std::next(begin);
+        if (inRun(*begin, *begin)) {
+            end = std::find_if_not(end, lines_.end(), [&](const FormattedLine& line) { return inRun(*begin, line); });
+            if (end - begin > 1) align(begin, end);
         }
         begin = end;
     }
 }
 
-void LineTable::alignCells(std::size_t begin, std::size_t end) {
-    std::array<std::vector<std::size_t>, FormattedLine::MaxCells> columns;
-    std::vector<CellWidths> all;
-    for (std::size_t i = begin; i < end; ++i) {
-        all.push_back(cellWidths(lines_[i], codeOf(lines_[i])));
-        for (std::size_t cell = 0; cell + 1 < columns.size(); ++cell)
-            if (all.back()[cell] > 0 && isFollowed(lines_[i], cell)) columns[cell].push_back(all.back()[cell]);
+std::size_t LineTable::widthOf(const FormattedLine& line, std::size_t begin, std::size_t end) const {
+    if (line.isAscii) return end - begin;
+    return platform::characters(codeOf(line).substr(begin, end - begin));
+}
+
+LineTable::CellWidths LineTable::cellWidths(const FormattedLine& line) const {
+    CellWidths widths{};
+    std::size_t cell = 0;
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < line.cells.size(); ++i) {
+        if (line.cells[i] == 0) continue;
+        // One that stands before those it belongs behind has no end.
+        widths[cell] = widthOf(line, start, line.cells[i] > start ? line.cells[i] - std::size_t{1} : line.codeLength);
+        start = line.cells[i];
+        cell = i + 1;
     }
-    CellWidths starts{};
-    for (std::size_t cell = 0; cell + 1 < columns.size(); ++cell) {
-        const std::size_t width = commonWidth(columns[cell], CellSpread);
-        starts[cell + 1] = starts[cell] + (width > 0 ? width + 1 : 0);
-    }
-    for (std::size_t i = begin; i < end; ++i) {
-        FormattedLine& line = lines_[i];
-        std::size_t column = all[i - begin][0];
-        for (std::size_t cell = 1; cell < starts.size(); ++cell) {
-            if (line.cells[cell - 1] == 0) continue;
-            const std::size_t blanks = std::max(starts[cell], column + 1) - column;
-            line.padding[cell - 1] = static_cast<std::uint8_t>(blanks - 1);
-            column += blanks + all[i - begin][cell];
+    widths[cell] = widthOf(line, start, line.codeLength);
+    return widths;
+}
+
+void LineTable::alignCells(Lines::iterator begin, Lines::iterator end) {
+    constexpr std::size_t count = FormattedLine::MaxCells;
+    std::array<CommonWidth, count - 1> columns{CommonWidth(CellSpread), CommonWidth(CellSpread),
+                                               CommonWidth(CellSpread)};
+    const auto forCells = [&](auto&& take) {
+        for (auto line = begin; line != end; ++line) {
+            const CellWidths widths = cellWidths(*line);
+            for (std::size_t cell = 0; cell + 1 < count; ++cell)
+                if (widths[cell] > 0 && line->isFollowed(cell)) take(columns[cell], widths[cell]);
         }
-        if (line.indent + column > static_cast<std::size_t>(HDNTFormatter::Width)) line.padding = {};
+    };
+    forCells([](CommonWidth& column, std::size_t width) { column.see(width); });
+    forCells([](CommonWidth& column, std::size_t width) { column.fit(width); });
+    CellWidths starts{};
+    for (std::size_t cell = 0; cell + 1 < count; ++cell)
+        starts[cell + 1] = starts[cell] + (columns[cell].get() > 0 ? columns[cell].get() + 1 : 0);
+    for (auto line = begin; line != end; ++line) {
+        const CellWidths widths = cellWidths(*line);
+        std::size_t column = widths[0];
+        for (std::size_t cell = 1; cell < count; ++cell) {
+            if (line->cells[cell - 1] == 0) continue;
+            const std::size_t blanks = std::max(starts[cell], column + 1) - column;
+            line->padding[cell - 1] = static_cast<std::uint8_t>(blanks - 1);
+            column += blanks + widths[cell];
+        }
+        const bool isMixedUp = line->cells[2] > 0 && line->cells[2] < line->cells[1];
+        if (line->indent + column > static_cast<std::size_t>(HDNTFormatter::Width) ||
+            (isMixedUp && line->padding[1] > 0 && line->padding[2] > 0))
+            line->padding = {};
     }
 }
 
 std::size_t LineTable::widthOfCode(const FormattedLine& line) const {
-    std::size_t width = line.indent + platform::characters(codeOf(line));
+    std::size_t width = line.indent + widthOf(line, 0, line.codeLength);
     for (const std::uint8_t blanks : line.padding) width += blanks;
     return width;
 }
 
-void LineTable::alignComments(std::size_t begin, std::size_t end) {
-    std::vector<std::size_t> widths;
-    for (std::size_t i = begin; i < end; ++i) widths.push_back(widthOfCode(lines_[i]));
-    const std::size_t common = commonWidth(widths, CommentSpread);
-    for (std::size_t i = begin; i < end; ++i) {
-        const std::size_t width = widths[i - begin];
-        lines_[i].commentPadding = static_cast<std::uint8_t>(width < common ? common - width : 0);
+void LineTable::alignComments(Lines::iterator begin, Lines::iterator end) {
+    CommonWidth common(CommentSpread);
+    for (auto line = begin; line != end; ++line) common.see(widthOfCode(*line));
+    for (auto line = begin; line != end; ++line) common.fit(widthOfCode(*line));
+    for (auto line = begin; line != end; ++line) {
+        const std::size_t width = widthOfCode(*line);
+        line->commentPadding = static_cast<std::uint8_t>(width < common.get() ? common.get() - width : 0);
     }
 }
 
 // The further lines of a block comment move with its first one.
-void LineTable::renderComment(const SourceItem& item) {
-    std::string_view text = items_.textOf(item);
-    const std::size_t newColumn = item.multiLine ? columnOf(out_, out_.size()) : 0;
-    const std::size_t oldColumn = item.multiLine ? columnOf(items_.text(), item.offset) : 0;
-    if (newColumn == oldColumn) {
-        out_ += text;
-        return;
+void LineTable::renderComment(const Comment& comment, std::size_t lineStart) {
+    const std::string_view text = text_.substr(comment.offset, comment.length);
+    if (text.find('\n') != text.npos) {
+        const std::size_t newColumn = columnOf(out_.view().substr(lineStart), out_.size() - lineStart);
+        const std::size_t oldColumn = columnOf(text_, comment.offset);
+        if (newColumn != oldColumn) return renderShifted(text, oldColumn, newColumn);
     }
+    out_.append(text.data(), text.size());
+}
+
+void LineTable::renderShifted(std::string_view text, std::size_t oldColumn, std::size_t newColumn) {
     std::size_t end = text.find('\n');
-    out_ += text.substr(0, end);
+    out_.append(text.data(), end);
     while (end != text.npos) {
         text.remove_prefix(end + 1);
         end = text.find('\n');
-        const std::string_view line = text.substr(0, end);
+        std::string_view line = text.substr(0, end);
         const std::size_t blanks = std::min(line.find_first_not_of(" \t"), line.size());
         const std::size_t column = columnBehind(line.substr(0, blanks)) + newColumn;
-        out_ += '\n';
+        out_.append('\n');
         if (blanks == line.size()) continue;
+        line.remove_prefix(blanks);
         // No line of a comment may become a directive.
-        const std::size_t least = frontend::isArchDirective(line.substr(blanks)) ? 1 : 0;
-        out_.append(std::max(column, oldColumn + least) - oldColumn, ' ').append(line.substr(blanks));
+        const std::size_t least = frontend::isArchDirective(line) ? 1 : 0;
+        out_.append(std::max(column, oldColumn + least) - oldColumn, ' ');
+        out_.append(line.data(), line.size());
     }
 }
 
-void LineTable::render(const FormattedLine& line) {
-    if (line.blankBefore) out_ += '\n';
+void LineTable::render(const FormattedLine& line, std::size_t firstComment) {
+    const std::size_t lineStart = out_.size();
     out_.append(line.indent, ' ');
     const std::string_view code = codeOf(line);
     std::size_t done = 0;
     for (std::size_t i = 0; i < line.cells.size(); ++i) {
         if (line.padding[i] == 0) continue;
-        out_.append(code.substr(done, line.cells[i] - done)).append(line.padding[i], ' ');
+        out_.append(code.data() + done, line.cells[i] - done);
+        out_.append(line.padding[i], ' ');
         done = line.cells[i];
     }
-    out_ += code.substr(done);
-    for (std::uint32_t i = 0; i < line.commentCount; ++i) {
-        if (i > 0) out_ += ' ';
-        else if (line.codeLength > 0) out_.append(2 + line.commentPadding, ' ');
-        renderComment(items_[line.firstComment + i]);
+    out_.append(code.data() + done, code.size() - done);
+    for (std::size_t i = 0; i < line.commentCount; ++i) {
+        if (i > 0) out_.append(' ');
+        else if (line.codeLength > 0) out_.append(std::size_t{2} + line.commentPadding, ' ');
+        renderComment(comments_[firstComment + i], lineStart);
     }
-    out_ += '\n';
+    out_.append('\n');
 }
 
-std::string LineTable::finish() {
+void LineTable::finishBlock() {
     using Style = FormattedLine::Style;
-    forRuns(
-        [](const FormattedLine& first, const FormattedLine& line) {
-            return line.style != Style::Plain && line.style == first.style && line.indent == first.indent;
-        },
-        [this](std::size_t begin, std::size_t end) { alignCells(begin, end); });
-    forRuns(
-        [this](const FormattedLine& first, const FormattedLine& line) {
-            return line.commentCount > 0 && line.codeLength > 0 && line.indent == first.indent &&
-                   !items_[line.firstComment + line.commentCount - 1].multiLine;
-        },
-        [this](std::size_t begin, std::size_t end) { alignComments(begin, end); });
-    out_.reserve(code_.size() + code_.size() / 2);
-    for (const FormattedLine& line : lines_) render(line);
-    return std::move(out_);
+    if (lines_.size() > 1) {
+        forRuns(
+            [](const FormattedLine& first, const FormattedLine& line) {
+                return line.style != Style::Plain && line.style == first.style && line.indent == first.indent;
+            },
+            [this](auto begin, auto end) { alignCells(begin, end); });
+        forRuns(
+            [](const FormattedLine& first, const FormattedLine& line) {
+                return line.hasCodeAndComment() && line.indent == first.indent && !line.endsInBlock;
+            },
+            [this](auto begin, auto end) { alignComments(begin, end); });
+    }
+    if (blankBefore_) out_.append('\n');
+    std::size_t comment = 0;
+    for (const FormattedLine& line : lines_) {
+        render(line, comment);
+        comment += line.commentCount;
+        if (out_.size() < LongestOut) continue;
+        sink_.take(out_.view());
+        out_.clear();
+    }
+    lines_.clear();
+    code_.clear();
+    comments_.clear();
+}
+
+void LineTable::finish() {
+    finishBlock();
+    sink_.take(out_.view());
+    out_.clear();
 }
 
 } // namespace hdnt::author

@@ -1,71 +1,104 @@
 #pragma once
 
-#include "hdnt/frontend/SourceItems.h"
+#include "author/format/Bytes.internal.h"
+#include "author/format/Piece.internal.h"
 
 #include <array>
 #include <cstdint>
-#include <string>
+#include <deque>
+#include <string_view>
 #include <vector>
 
 namespace hdnt::author {
-
-using frontend::SourceItem;
-using frontend::SourceItems;
 
 /// One line of the new text: code, comments behind it, or both.
 struct FormattedLine {
     enum class Style : std::uint8_t { Plain, Pin, Inst, Connect, Signal };
     static constexpr std::size_t MaxCells = 4;
 
-    std::size_t codeStart = 0; ///< in the table's text
+    std::uint32_t codeStart = 0; ///< in the table's code
     std::uint32_t codeLength = 0;
-    std::uint32_t firstComment = 0; ///< items one after the other
     std::uint32_t commentCount = 0;
-    std::uint16_t indent = 0;
-    Style style = Style::Plain;
-    bool blankBefore = false;
+    std::uint8_t indent = 0;
+    Style style : 3 = Style::Plain;
+    bool isAscii : 1 = true;      ///< as far as the code is known
+    bool endsInBlock : 1 = false; ///< the last comment is one of several lines
+    /// Blanks before the comments, beyond those that are always there, and before the second to fourth cell.
+    std::uint8_t commentPadding = 0;
+    std::array<std::uint8_t, MaxCells - 1> padding{};
     /// Where the second to fourth cell of a line with a style begin in its code; 0: there is no such cell.
     std::array<std::uint16_t, MaxCells - 1> cells{};
-    /// Blanks before those cells beyond the first one, and before the comments.
-    std::array<std::uint8_t, MaxCells - 1> padding{};
-    std::uint8_t commentPadding = 0;
+
+    bool hasCodeAndComment() const { return codeLength > 0 && commentCount > 0; }
+    bool isFollowed(std::size_t cell) const;
 };
 
-/// The lines of a text while it is laid out, and how they become one text.
+/// Takes lines that are finished.
+class LineSink {
+public:
+    LineSink() = default;
+    virtual ~LineSink() = default;
+    LineSink(const LineSink&) = delete;
+    LineSink& operator=(const LineSink&) = delete;
+    virtual void take(std::string_view lines) = 0;
+};
+
+/// The last lines of a text while it is laid out: those that may still be aligned with what comes.
 class LineTable {
 public:
-    explicit LineTable(const SourceItems& items) : items_(items) { code_.reserve(items.text().size()); }
+    /// Of the text, sixteen bytes behind its end must be there to be read.
+    LineTable(std::string_view text, LineSink& sink) : text_(text), sink_(sink) {}
 
-    bool empty() const { return lines_.empty(); }
     FormattedLine& last() { return lines_.back(); }
-    std::size_t size() const { return lines_.size(); }
-    FormattedLine& operator[](std::size_t i) { return lines_[i]; }
 
     /// Begins a line; what is appended to it follows.
-    FormattedLine& begin(int indent);
-    void append(std::string_view code);
+    FormattedLine& begin(int indent, bool blankBefore);
+    /// Bytes of the text, as code of the last line.
+    void append(std::size_t offset, std::size_t length, bool isAscii) {
+        code_.append(text_.data() + offset, length);
+        last().codeLength += static_cast<std::uint32_t>(length);
+        if (!isAscii) last().isAscii = false;
+    }
+    void append(const std::vector<Piece>& pieces);
+    void appendBlank() {
+        code_.append(' ');
+        ++last().codeLength;
+    }
     /// Behind what the last line has.
-    void addComment(std::size_t item);
-
-    /// Aligns what stands below each other, and joins the lines.
-    std::string finish();
+    void addComment(std::size_t offset, std::size_t length);
+    /// No more lines come.
+    void finish();
 
 private:
+    struct Comment {
+        std::uint32_t offset;
+        std::uint32_t length;
+    };
+    using Lines = std::deque<FormattedLine>;
+    using CellWidths = std::array<std::size_t, FormattedLine::MaxCells>;
+
     std::string_view codeOf(const FormattedLine& line) const {
-        return std::string_view(code_).substr(line.codeStart, line.codeLength);
+        return code_.view().substr(line.codeStart, line.codeLength);
     }
+    void finishBlock();
     template <typename InRun, typename Align>
     void forRuns(InRun&& inRun, Align&& align);
-    void alignCells(std::size_t begin, std::size_t end);
-    void alignComments(std::size_t begin, std::size_t end);
+    std::size_t widthOf(const FormattedLine& line, std::size_t begin, std::size_t end) const;
+    CellWidths cellWidths(const FormattedLine& line) const;
+    void alignCells(Lines::iterator begin, Lines::iterator end);
+    void alignComments(Lines::iterator begin, Lines::iterator end);
     std::size_t widthOfCode(const FormattedLine& line) const;
-    void render(const FormattedLine& line);
-    void renderComment(const SourceItem& item);
+    void render(const FormattedLine& line, std::size_t firstComment);
+    void renderComment(const Comment& comment, std::size_t lineStart);
+    void renderShifted(std::string_view text, std::size_t oldColumn, std::size_t newColumn);
 
-    const SourceItems& items_;
-    std::string code_;
-    std::vector<FormattedLine> lines_;
-    std::string out_;
+    std::string_view text_;
+    LineSink& sink_;
+    Lines lines_;
+    Bytes code_;
+    std::deque<Comment> comments_;
+    Bytes out_;
+    bool blankBefore_ = false; ///< the first of the lines
 };
 
 } // namespace hdnt::author

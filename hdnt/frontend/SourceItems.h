@@ -81,12 +81,7 @@ public:
     std::string_view textOf(const SourceItem& item) const { return bytes_.substr(item.offset, item.length); }
     std::string_view textOf(std::size_t i) const { return textOf(items_[i]); }
 
-    /// The same items with the same texts, blank space aside that a layout may change: behind a line comment, and
-    /// before the further lines of a block comment. Else the index of the first that differs.
-    bool equals(const SourceItems& other, std::size_t& difference) const;
-
 private:
-    friend class ItemReader;
     struct Window;
     HDNT_LOCAL Window windowAround(std::size_t offset, std::size_t length) const;
     HDNT_LOCAL bool endsInside() const;

@@ -83,6 +83,9 @@ TEST(FormatterTest, Layout) {
          "pin \"B\"         output data       active;  /* y */\n"},
         {"pin \"A\" input;\n\npin \"BBB\" input;\n// x\npin \"CC\" input;\npin \"" + wide + "\" output;",
          "pin \"A\" input;\n\npin \"BBB\" input;\n// x\npin \"CC\" input;\npin \"" + wide + "\" output;\n"},
+        {"pin \"B\" bidir active data;\npin \"CC\" output active enable active clock; pin \"C\" input active enable;",
+         "pin \"B\" bidir active data;\npin \"CC\" output active enable active clock;\n"
+         "pin \"C\" input active enable;\n"},
         {"inst \"a\" \"B\"; inst \"aaa\" \"C\";\nsignal \"s\"; signal \"t\":\"x\",\"y\" \"z\"; signal \"tt\" : \"x\";",
          "inst \"a\"   \"B\";\ninst \"aaa\" \"C\";\nsignal \"s\";\nsignal \"t\"  : \"x\", \"y\" \"z\";\nsignal \"tt\" "
          ": \"x\";\n"},

@@ -1,0 +1,121 @@
+#include "author/format/ItemRecord.internal.h"
+#include "hdnt/frontend/Scanner.h"
+#include "hdnt/frontend/SourceReader.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace hdnt::author {
+
+namespace {
+
+std::string_view trimmedLeft(std::string_view line) {
+    return line.substr(std::min(line.find_first_not_of(" \t"), line.size()));
+}
+
+bool sameLines(std::string_view a, std::string_view b) {
+    for (bool first = true;; first = false) {
+        const std::size_t endA = std::min(a.find('\n'), a.size());
+        const std::size_t endB = std::min(b.find('\n'), b.size());
+        const std::string_view lineA = a.substr(0, endA);
+        const std::string_view lineB = b.substr(0, endB);
+        if (first ? lineA != lineB : trimmedLeft(lineA) != trimmedLeft(lineB)) return false;
+        if (endA == a.size() || endB == b.size()) return endA == a.size() && endB == b.size();
+        a.remove_prefix(endA + 1);
+        b.remove_prefix(endB + 1);
+    }
+}
+
+std::uint64_t wordAt(const char* bytes) {
+    std::uint64_t word;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+// There are one or more bytes, and eight that may be read.
+bool sameBytes(const char* a, const char* b, std::size_t size) {
+    for (; size > 8; size -= 8, a += 8, b += 8)
+        if (wordAt(a) != wordAt(b)) return false;
+    const std::uint64_t difference = wordAt(a) ^ wordAt(b);
+    const std::size_t unused = 64 - 8 * size;
+    return (std::endian::native == std::endian::little ? difference << unused : difference >> unused) == 0;
+}
+
+} // namespace
+
+static_assert(T_Library == 258 && T_Abstract - T_Library + 128 < 256 + SourceItem::OpenString);
+
+void ItemRecord::addLong(const SourceItem& item, unsigned flags, std::uint32_t gap) {
+    marks_.push_back(codeOf(item.kind) | tooLong << lengthShift | flags << flagShift);
+    marks_.push_back(item.length);
+    marks_.push_back(gap);
+}
+
+/// One walk over what was recorded, with the items of the other text.
+class ItemRecord::Comparison {
+public:
+    Comparison(const ItemRecord& record, std::string_view text)
+        : at_(record.marks_.begin()), end_(record.marks_.end()), oldText_(record.text_.data()), text_(text.data()) {}
+
+    bool isAtEnd() const { return at_ == end_; }
+    bool hasSameFlags() const { return hasSameFlags_; }
+    std::size_t offset() const { return offset_; }
+
+    bool take(const SourceItem* item, const SourceItem* itemsEnd) {
+        while (item != itemsEnd && take(*item)) ++item;
+        return item == itemsEnd;
+    }
+
+private:
+    bool take(const SourceItem& item) {
+        if (isAtEnd()) return false;
+        const std::uint32_t mark = *at_++;
+        std::uint32_t length = mark >> lengthShift & 255;
+        std::uint32_t gap = mark >> gapShift & 255;
+        if (length == tooLong) {
+            length = *at_++;
+            gap = *at_++;
+        }
+        offset_ += gap;
+        const bool follows = item.isComment() && item.newlines == 0 && mayFollow_;
+        const unsigned flags = flagsOf(item, follows);
+        const unsigned belowBlank = item.newlines > 1 ? +BelowBlank : 0;
+        mayFollow_ = !item.forcesNewline();
+        if (mark >> flagShift != (flags | belowBlank)) hasSameFlags_ = false;
+        if ((mark & 255) != codeOf(item.kind) || !isSame(item, length)) return false;
+        offset_ += length;
+        return true;
+    }
+
+    bool isSame(const SourceItem& item, std::uint32_t length) const {
+        const char* const oldText = oldText_ + offset_;
+        const char* const text = text_ + item.offset;
+        if (item.kind == SourceItem::BlockComment && item.multiLine)
+            return sameLines({oldText, length}, {text, item.length});
+        return length == item.length && sameBytes(oldText, text, length);
+    }
+
+    std::deque<std::uint32_t>::const_iterator at_;
+    const std::deque<std::uint32_t>::const_iterator end_;
+    const char* oldText_;
+    const char* text_;
+    std::size_t offset_ = 0;
+    bool hasSameFlags_ = true;
+    bool mayFollow_ = false; ///< nothing does at the beginning
+};
+
+ItemRecord::Likeness ItemRecord::likeness(frontend::SourceReader& reader, std::size_t& difference) const {
+    Comparison comparison(*this, reader.text());
+    std::vector<SourceItem> items;
+    bool same = true;
+    for (; same && reader.more(items); items.clear()) same = comparison.take(items.data(), items.data() + items.size());
+    difference = comparison.offset();
+    if (!same || reader.problem().count > 0 || !comparison.isAtEnd()) return Likeness::None;
+    return comparison.hasSameFlags() ? Likeness::All : Likeness::Items;
+}
+
+} // namespace hdnt::author
