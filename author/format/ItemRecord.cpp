@@ -50,18 +50,24 @@ bool sameBytes(const char* a, const char* b, std::size_t size) {
 static_assert(T_Library == 258 && T_Abstract - T_Library + 128 < 256 + SourceItem::OpenString);
 
 void ItemRecord::addLong(const SourceItem& item, unsigned flags, std::uint32_t gap) {
-    marks_.push_back(codeOf(item.kind) | tooLong << lengthShift | flags << flagShift);
-    marks_.push_back(item.length);
-    marks_.push_back(gap);
+    push(codeOf(item.kind) | tooLong << lengthShift | flags << flagShift);
+    push(item.length);
+    push(gap);
+}
+
+void ItemRecord::addChunk() {
+    chunks_.push_back(std::make_unique<std::uint32_t[]>(chunkSize));
+    next_ = chunks_.back().get();
+    chunkEnd_ = next_ + chunkSize;
 }
 
 /// One walk over what was recorded, with the items of the other text.
 class ItemRecord::Comparison {
 public:
     Comparison(const ItemRecord& record, std::string_view text)
-        : at_(record.marks_.begin()), end_(record.marks_.end()), oldText_(record.text_.data()), text_(text.data()) {}
+        : record_(record), oldText_(record.text_.data()), text_(text.data()) {}
 
-    bool isAtEnd() const { return at_ == end_; }
+    bool isAtEnd() const { return taken_ == record_.next(); }
     bool hasSameFlags() const { return hasSameFlags_; }
     std::size_t offset() const { return offset_; }
 
@@ -71,22 +77,45 @@ public:
     }
 
 private:
+    std::uint32_t next() {
+        if (taken_ % chunkSize == 0) at_ = record_.chunks_[taken_ / chunkSize].get();
+        ++taken_;
+        return *at_++;
+    }
+
     bool take(const SourceItem& item) {
         if (isAtEnd()) return false;
-        const std::uint32_t mark = *at_++;
+        const std::uint32_t mark = next();
+        const std::uint32_t length = mark >> lengthShift & 255;
+        const std::uint32_t gap = mark >> gapShift & 255;
+        const unsigned flags = item.newlines > 1 ? +BelowBlank : 0;
+        if (!item.isToken() || length == tooLong) return takeOther(item, mark, flags);
+        mayFollow_ = true;
+        if (mark != (markOf(item, flags) | gap << gapShift)) return takeUnlike(item, mark);
+        offset_ += gap;
+        if (!sameBytes(oldText_ + offset_, text_ + item.offset, length)) return false;
+        offset_ += length;
+        return true;
+    }
+
+    bool takeOther(const SourceItem& item, std::uint32_t mark, unsigned flags) {
+        const bool follows = item.isComment() && item.newlines == 0 && mayFollow_;
+        if (mark >> flagShift != (flags | flagsOf(item, follows))) hasSameFlags_ = false;
+        mayFollow_ = !item.forcesNewline();
+        return takeUnlike(item, mark);
+    }
+
+    // Of flags that are the same, or not.
+    bool takeUnlike(const SourceItem& item, std::uint32_t mark) {
         std::uint32_t length = mark >> lengthShift & 255;
         std::uint32_t gap = mark >> gapShift & 255;
         if (length == tooLong) {
-            length = *at_++;
-            gap = *at_++;
+            length = next();
+            gap = next();
         }
         offset_ += gap;
-        const bool follows = item.isComment() && item.newlines == 0 && mayFollow_;
-        const unsigned flags = flagsOf(item, follows);
-        const unsigned belowBlank = item.newlines > 1 ? +BelowBlank : 0;
-        mayFollow_ = !item.forcesNewline();
-        if (mark >> flagShift != (flags | belowBlank)) hasSameFlags_ = false;
         if ((mark & 255) != codeOf(item.kind) || !isSame(item, length)) return false;
+        if (item.isToken() && (mark >> flagShift != 0) != (item.newlines > 1)) hasSameFlags_ = false;
         offset_ += length;
         return true;
     }
@@ -99,8 +128,9 @@ private:
         return length == item.length && sameBytes(oldText, text, length);
     }
 
-    std::deque<std::uint32_t>::const_iterator at_;
-    const std::deque<std::uint32_t>::const_iterator end_;
+    const ItemRecord& record_;
+    const std::uint32_t* at_ = nullptr;
+    std::size_t taken_ = 0;
     const char* oldText_;
     const char* text_;
     std::size_t offset_ = 0;

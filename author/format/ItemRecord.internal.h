@@ -4,8 +4,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <string_view>
+#include <vector>
 
 namespace hdnt::frontend {
 class SourceReader;
@@ -29,15 +30,17 @@ public:
     void add(const SourceItem& item, unsigned flags) {
         const std::uint32_t gap = item.offset - end_;
         end_ = item.offset + item.length;
-        if (item.length < tooLong && gap < tooLong) marks_.push_back(markOf(item, flags) | gap << gapShift);
+        if (item.length < tooLong && gap < tooLong) push(markOf(item, flags) | gap << gapShift);
         else addLong(item, flags, gap);
     }
     static unsigned flagsOf(const SourceItem& item, bool follows) {
         return (item.isComment() && item.endsLine ? +EndsLine : 0U) | (follows ? +Follows : 0U);
     }
     /// A number for the item that is added next, to say that a blank line comes before it.
-    std::size_t next() const { return marks_.size(); }
-    void setBelowBlank(std::size_t number) { marks_[number] |= std::uint32_t{BelowBlank} << flagShift; }
+    std::size_t next() const { return chunks_.size() * chunkSize - static_cast<std::size_t>(chunkEnd_ - next_); }
+    void setBelowBlank(std::size_t number) {
+        chunks_[number / chunkSize][number % chunkSize] |= std::uint32_t{BelowBlank} << flagShift;
+    }
 
     enum class Likeness { None, Items, All };
     /// Holds this against the items of another text, which is read to its end if it has the same: as many, of the same
@@ -62,10 +65,19 @@ private:
     static constexpr int firstWord = 258;
     static constexpr int wordShift = firstWord - 128;
 
+    void push(std::uint32_t mark) {
+        if (next_ == chunkEnd_) addChunk();
+        *next_++ = mark;
+    }
+    void addChunk();
     void addLong(const SourceItem& item, unsigned flags, std::uint32_t gap);
 
     std::string_view text_;
-    std::deque<std::uint32_t> marks_; ///< code, length, gap before it, flags; longer ones are in the two behind
+    static constexpr std::size_t chunkSize = 4096;
+    using Chunk = std::unique_ptr<std::uint32_t[]>;
+    std::vector<Chunk> chunks_;     ///< marks: code, length, gap before it, flags; longer ones are in the two behind
+    std::uint32_t* next_ = nullptr; ///< in the last chunk, which may be full
+    std::uint32_t* chunkEnd_ = nullptr;
     std::uint32_t end_ = 0;
 };
 

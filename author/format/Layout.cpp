@@ -70,7 +70,7 @@ bool Layout::follows() const {
 void Layout::take() {
     if (item_->isToken()) takeToken();
     else if (statement_.lastKind == 0 && (item_->endsLine || item_->isVerbatim())) standAlone();
-    else append();
+    else appendOther();
 }
 
 void Layout::takeToken() {
@@ -78,23 +78,23 @@ void Layout::takeToken() {
     case '{': openBrace(); break;
     case '}': closeBrace(); break;
     case ';':
-        append();
+        appendToken();
         if (!isInline()) closeStatement();
         break;
     case T_If: takeIf(); break;
     case T_Else: takeElse(); break;
     case '(':
-        append();
+        appendToken();
         ++statement_.parentheses;
         break;
     case ')': takeClosingParenthesis(); break;
-    default: append();
+    default: appendToken();
     }
 }
 
 void Layout::takeIf() {
     const bool isStatement = !isInline() && (statement_.tokens == 0 || statement_.lastToken == T_Else);
-    append();
+    appendToken();
     if (!isStatement) return;
     statement_.inCondition = true;
     statement_.parentheses = 0;
@@ -103,7 +103,7 @@ void Layout::takeIf() {
 void Layout::takeElse() {
     const bool goesOn = statement_.goesOn && statement_.lastToken == '}';
     const bool isBranch = !isInline() && (statement_.tokens == 0 || goesOn);
-    append();
+    appendToken();
     if (!isBranch) return;
     const int next = nextToken();
     if (next == T_If || next == '{') return push(Frame::ElseBraced);
@@ -112,7 +112,7 @@ void Layout::takeElse() {
 }
 
 void Layout::takeClosingParenthesis() {
-    append();
+    appendToken();
     --statement_.parentheses;
     if (!statement_.inCondition || statement_.parentheses > 0) return;
     statement_.inCondition = false;
@@ -124,7 +124,7 @@ void Layout::takeClosingParenthesis() {
 void Layout::openBrace() {
     const bool isProperty = !isInline() && statement_.firstToken == T_Property;
     const bool inside = isInline() || (!isProperty && statement_.lastToken == T_Values);
-    append();
+    appendToken();
     if (isProperty && statement_.isFilled) filler_.openProperty();
     else if (isProperty) statement_.propertyOpen = pieces_.size() - 1;
     if (isProperty || inside) return push(isProperty ? Frame::Property : Frame::Inline);
@@ -137,11 +137,11 @@ void Layout::openBrace() {
 void Layout::closeBrace() {
     if (statement_.closesAtOnce) {
         statement_.closesAtOnce = false;
-        append();
+        appendToken();
         return endBraces();
     }
     if (isInline()) {
-        append();
+        appendToken();
         const bool isProperty = frames_.back() == Frame::Property;
         pop();
         if (isProperty) closeStatement();
@@ -150,7 +150,7 @@ void Layout::closeBrace() {
     flush(false);
     while (!frames_.empty() && frames_.back() != Frame::Braces) pop();
     if (!frames_.empty()) pop();
-    append();
+    appendToken();
     endBraces();
 }
 

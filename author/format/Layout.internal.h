@@ -74,10 +74,10 @@ private:
     void standAlone();
 
     // Layout_pieces.cpp: the pieces of a statement
-    void append();
+    void appendToken();
+    void appendOther();
+    void add(const Piece& piece, std::size_t width);
     void begin();
-    void describeOther(Piece& piece) const;
-    void addToken(Piece& piece);
     bool isPrefixMinus() const;
     bool needsBlank(int kind) const;
     void fill();

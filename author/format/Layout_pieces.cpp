@@ -21,27 +21,26 @@ bool isRequiredValue(int kind) {
            kind == T_MustConnect;
 }
 
+/// What there is to know of a token's kind.
 struct Traits {
-    Piece::Break after = Piece::Break::None;
+    std::uint8_t flags = 0; ///< of its pieces
     bool isOperator = false;
     bool isTight = false; ///< no blank before it
 };
 
 constexpr auto traitsOfTokens = [] {
     std::array<Traits, T_Abstract + 1> traits{};
-    const auto setOperator = [&](int kind) {
-        traits[static_cast<std::size_t>(kind)].isOperator = true;
-        traits[static_cast<std::size_t>(kind)].after = Piece::Break::Operator;
-    };
-    for (const char c : std::string_view("=:+-*/%<>")) setOperator(c);
-    for (const int kind : {T_GreaterEqual, T_LessEqual, T_EqualTo, T_NotEqual, T_AndAnd, T_OrOr}) setOperator(kind);
-    for (const int kind : {+T_AndAnd, +T_OrOr, +','})
-        traits[static_cast<std::size_t>(kind)].after = Piece::Break::Comma;
-    for (const char c : std::string_view(",;)")) traits[static_cast<unsigned char>(c)].isTight = true;
+    const auto of = [&](int kind) -> Traits& { return traits[static_cast<std::size_t>(kind)]; };
+    for (const char c : std::string_view("=:+-*/%<>")) of(c).isOperator = true;
+    for (const int kind : {T_GreaterEqual, T_LessEqual, T_EqualTo, T_NotEqual, T_AndAnd, T_OrOr})
+        of(kind).isOperator = true;
+    for (Traits& one : traits) one.flags = one.isOperator ? Piece::BreaksAfter : 0;
+    for (const int kind : {+T_AndAnd, +T_OrOr, +','}) of(kind).flags = Piece::BreaksAfter | Piece::BreaksAtComma;
+    for (const char c : std::string_view(",;)")) of(c).isTight = true;
     return traits;
 }();
 
-// Of what is no token, all are false.
+// Of what is no token, there is nothing to know.
 const Traits& traitsOf(int kind) { return traitsOfTokens[static_cast<std::size_t>(std::max(kind, 0))]; }
 
 // Looks at eight bytes at a time, and so at some behind the text, which may not be ASCII.
@@ -56,6 +55,12 @@ bool isAscii(std::string_view text) {
 }
 
 } // namespace
+
+static Piece pieceOf(const SourceItem& item, unsigned flags) {
+    return {item.offset, item.length, item.kind,
+            static_cast<std::uint8_t>(std::min<std::uint32_t>(item.length, Piece::widest)),
+            static_cast<std::uint8_t>(flags)};
+}
 
 // A minus that has no left operand. The last string of an assign statement's head is none.
 bool Layout::isPrefixMinus() const {
@@ -73,41 +78,45 @@ bool Layout::needsBlank(int kind) const {
     return kind != '(' || before != T_Identifier;
 }
 
-void Layout::addToken(Piece& piece) {
-    const int kind = piece.kind;
-    piece.after = traitsOf(kind).after;
-    const bool isPrefix = kind == '-' && isPrefixMinus();
-    if (isPrefix) piece.after = Piece::Break::None;
-    statement_.lastIsPrefix = isPrefix;
+static void measure(Piece& piece, std::string_view text) {
+    if (isAscii(text)) return;
+    piece.flags |= Piece::NotAscii;
+    piece.width = static_cast<std::uint8_t>(std::min<std::size_t>(platform::characters(text), Piece::widest));
+}
+
+void Layout::appendToken() {
+    const int kind = item_->kind;
+    const Traits& traits = traitsOfTokens[static_cast<std::size_t>(kind)];
+    Piece piece = pieceOf(*item_, traits.flags);
+    if (statement_.lastKind == 0) begin();
+    else if (needsBlank(kind)) piece.flags |= Piece::BlankBefore;
+    if (kind == T_StringConstant) measure(piece, {text_.data() + piece.offset, piece.length});
+    statement_.lastIsPrefix = kind == '-' && isPrefixMinus();
+    if (statement_.lastIsPrefix) piece.flags &= static_cast<std::uint8_t>(~Piece::BreaksAfter);
+    statement_.lastKind = kind;
     statement_.beforeLastToken = statement_.lastToken;
     statement_.lastToken = kind;
     if (statement_.tokens++ == 0) statement_.firstToken = kind;
+    record_.add(*item_, 0);
+    add(piece, piece.widthBehind());
 }
 
-void Layout::describeOther(Piece& piece) const {
-    piece.isForced = item_->endsLine || item_->isVerbatim();
-    piece.follows = follows();
-    piece.isTrailing = piece.isForced && piece.follows;
-}
-
-static void measure(Piece& piece, std::string_view text) {
-    piece.isAscii = isAscii(text);
-    const std::size_t width = piece.isAscii ? text.size() : platform::characters(text);
-    piece.width = static_cast<std::uint8_t>(std::min<std::size_t>(width, Piece::widest));
-}
-
-void Layout::append() {
-    Piece piece(*item_);
+void Layout::appendOther() {
+    const bool follows = this->follows();
+    const bool isForced = item_->endsLine || item_->isVerbatim();
+    Piece piece = pieceOf(*item_, (follows ? +Piece::Follows : 0U) | (isForced ? +Piece::Forced : 0U));
     if (statement_.lastKind == 0) begin();
-    else piece.blankBefore = needsBlank(piece.kind);
-    if (piece.kind == T_StringConstant || !piece.isToken()) measure(piece, {text_.data() + piece.offset, piece.length});
+    else if (needsBlank(piece.kind)) piece.flags |= Piece::BlankBefore;
+    measure(piece, {text_.data() + piece.offset, piece.length});
     statement_.lastKind = piece.kind;
-    if (piece.isToken()) addToken(piece);
-    else describeOther(piece);
-    record_.add(*item_, piece.isToken() ? 0 : ItemRecord::flagsOf(*item_, piece.follows));
+    record_.add(*item_, ItemRecord::flagsOf(*item_, follows));
+    add(piece, isForced ? Width + 1 : piece.widthBehind());
+}
+
+void Layout::add(const Piece& piece, std::size_t width) {
     if (statement_.isFilled) return filler_.add(piece);
     pieces_.push_back(piece);
-    statement_.width += piece.isForced ? Width + 1 : piece.widthBehind();
+    statement_.width += width;
     if (statement_.width > Width && statement_.tokens > 0) fill();
 }
 
@@ -151,7 +160,7 @@ bool Layout::beginsBelowBlank() {
 
 void Layout::layOutOneLine() {
     FormattedLine& line = lines_.begin(statement_.indent, beginsBelowBlank());
-    lines_.append(pieces_);
+    lines_.append(pieces_, false);
     if (line.codeLength < LongestAligned && statement_.tokens == pieces_.size() && statement_.lastToken == ';')
         setStyle(line);
 }
@@ -169,7 +178,7 @@ void Layout::setStyle(FormattedLine& line) const {
     std::size_t at = 0;
     for (std::size_t i = 0; i < pieces_.size(); ++i) {
         const Piece& piece = pieces_[i];
-        at += piece.blankBefore;
+        at += piece.is(Piece::BlankBefore);
         const auto startCell = [&](std::size_t cell) {
             if (line.cells[cell] == 0) line.cells[cell] = static_cast<std::uint16_t>(at);
         };

@@ -41,7 +41,7 @@ void LineFiller::add(const Piece& piece) {
 
 // The head, one line for each option.
 void LineFiller::addToBody(const Piece& piece) {
-    if (optionEnds_ && !piece.isTrailing) {
+    if (optionEnds_ && !piece.isTrailing()) {
         endRange();
         beginRange(statementIndent_ + HDNTFormatter::Indent);
         optionEnds_ = false;
@@ -64,7 +64,7 @@ void LineFiller::endRange() {
 }
 
 void LineFiller::addToRange(const Piece& piece) {
-    if (piece.isForced) {
+    if (piece.is(Piece::Forced)) {
         endChunk();
         putComment(piece);
     } else if (piece.isToken()) {
@@ -78,7 +78,7 @@ void LineFiller::addToken(const Piece& piece) {
     for (const Piece& comment : comments_) addToChunk(comment);
     comments_.clear();
     addToChunk(piece);
-    if (piece.after == Piece::Break::Comma) endChunk();
+    if (piece.is(Piece::BreaksAtComma)) endChunk();
 }
 
 void LineFiller::addToChunk(const Piece& piece) {
@@ -93,7 +93,7 @@ void LineFiller::addToChunk(const Piece& piece) {
 void LineFiller::addToPart(const Piece& piece) {
     if (isWide_) append(piece);
     else part_.add(piece);
-    const bool ends = piece.after != Piece::Break::None;
+    const bool ends = piece.is(Piece::BreaksAfter);
     if (!isWide_ && (ends || part_.width > Width)) {
         put(part_);
         isWide_ = true;
@@ -111,30 +111,28 @@ void LineFiller::endChunk() {
 void LineFiller::put(Chunk& chunk) {
     const Piece& first = chunk.pieces.front();
     const bool isBrace = chunk.pieces.size() == 1 && first.kind == '{';
-    const bool blank = lineOpen_ && first.blankBefore;
+    bool blank = lineOpen_ && first.is(Piece::BlankBefore);
     if (!lineOpen_ || (lineWidth_ + blank + chunk.width > Width && !isBrace)) {
         const int own = isBrace ? indent_ : ownIndent();
         beginLine(own);
         lineWidth_ = static_cast<std::size_t>(own);
-    } else if (blank) {
-        lines_.appendBlank();
-        ++lineWidth_;
+        blank = false;
     }
-    lines_.append(first.offset, first.length, first.isAscii);
-    for (std::size_t i = 1; i < chunk.pieces.size(); ++i) append(chunk.pieces[i]);
+    lines_.append(chunk.pieces, blank);
+    lineWidth_ += blank;
     lineWidth_ += chunk.width;
     lineOpen_ = anyCode_ = true;
     chunk.clear();
 }
 
 void LineFiller::append(const Piece& piece) {
-    if (piece.blankBefore) lines_.appendBlank();
-    lines_.append(piece.offset, piece.length, piece.isAscii);
+    if (piece.is(Piece::BlankBefore)) lines_.appendBlank();
+    lines_.append(piece.offset, piece.length, !piece.is(Piece::NotAscii));
 }
 
 // A comment behind the code, or what has a line of its own.
 void LineFiller::putComment(const Piece& piece) {
-    if (!piece.follows) beginLine(piece.kind == SourceItem::Directive ? 0 : ownIndent());
+    if (!piece.is(Piece::Follows)) beginLine(piece.kind == SourceItem::Directive ? 0 : ownIndent());
     if (piece.isComment()) lines_.addComment(piece.offset, piece.length);
     else lines_.append(piece.offset, piece.length, false);
     lineOpen_ = false;

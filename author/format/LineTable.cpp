@@ -16,6 +16,7 @@ constexpr std::size_t CellSpread = 16;
 constexpr std::size_t CommentSpread = 32;
 // Finished lines are handed on by then, so that a long run of them is not there twice.
 constexpr std::size_t LongestOut = 1 << 16;
+constexpr std::size_t ManyLines = 1000;
 
 /// The width that a column gets.
 class CommonWidth {
@@ -70,14 +71,19 @@ FormattedLine& LineTable::begin(int indent, bool blankBefore) {
     return line;
 }
 
-void LineTable::append(const std::vector<Piece>& pieces) {
+// Whether there is a blank before the first one depends on the line.
+void LineTable::append(const std::vector<Piece>& pieces, bool blankBefore) {
     FormattedLine& line = last();
     const std::size_t before = code_.size();
+    unsigned flags = 0;
+    bool blank = blankBefore;
     for (const Piece& piece : pieces) {
-        if (piece.blankBefore) code_.append(' ');
+        if (blank || (&piece != pieces.data() && piece.is(Piece::BlankBefore))) code_.append(' ');
         code_.append(text_.data() + piece.offset, piece.length);
-        if (!piece.isAscii) line.isAscii = false;
+        flags |= piece.flags;
+        blank = false;
     }
+    if (flags & Piece::NotAscii) line.isAscii = false;
     line.codeLength += static_cast<std::uint32_t>(code_.size() - before);
 }
 
@@ -210,6 +216,11 @@ void LineTable::render(const FormattedLine& line, std::size_t firstComment) {
         out_.append(line.padding[i], ' ');
         done = line.cells[i];
     }
+    if (code.size() >= LongestOut && line.commentCount == 0) {
+        handOn();
+        sink_.take(code.substr(done));
+        done = code.size();
+    }
     out_.append(code.data() + done, code.size() - done);
     for (std::size_t i = 0; i < line.commentCount; ++i) {
         if (i > 0) out_.append(' ');
@@ -217,6 +228,12 @@ void LineTable::render(const FormattedLine& line, std::size_t firstComment) {
         renderComment(comments_[firstComment + i], lineStart);
     }
     out_.append('\n');
+    if (out_.size() >= LongestOut) handOn();
+}
+
+void LineTable::handOn() {
+    sink_.take(out_.view());
+    out_.clear();
 }
 
 void LineTable::finishBlock() {
@@ -234,23 +251,27 @@ void LineTable::finishBlock() {
             [this](auto begin, auto end) { alignComments(begin, end); });
     }
     if (blankBefore_) out_.append('\n');
+    while (lines_.size() > ManyLines) renderFirst(); // what they take goes as the new text comes
     std::size_t comment = 0;
     for (const FormattedLine& line : lines_) {
         render(line, comment);
         comment += line.commentCount;
-        if (out_.size() < LongestOut) continue;
-        sink_.take(out_.view());
-        out_.clear();
     }
     lines_.clear();
     code_.clear();
     comments_.clear();
 }
 
+void LineTable::renderFirst() {
+    const FormattedLine& line = lines_.front();
+    render(line, 0);
+    comments_.erase(comments_.begin(), comments_.begin() + line.commentCount);
+    lines_.pop_front();
+}
+
 void LineTable::finish() {
     finishBlock();
-    sink_.take(out_.view());
-    out_.clear();
+    handOn();
 }
 
 } // namespace hdnt::author

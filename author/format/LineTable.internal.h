@@ -59,7 +59,7 @@ public:
         last().codeLength += static_cast<std::uint32_t>(length);
         if (!isAscii) last().isAscii = false;
     }
-    void append(const std::vector<Piece>& pieces);
+    void append(const std::vector<Piece>& pieces, bool blankBefore);
     void appendBlank() {
         code_.append(' ');
         ++last().codeLength;
@@ -81,6 +81,8 @@ private:
         return code_.view().substr(line.codeStart, line.codeLength);
     }
     void finishBlock();
+    void renderFirst();
+    void handOn();
     template <typename InRun, typename Align>
     void forRuns(InRun&& inRun, Align&& align);
     std::size_t widthOf(const FormattedLine& line, std::size_t begin, std::size_t end) const;

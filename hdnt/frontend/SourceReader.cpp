@@ -48,22 +48,35 @@ public:
     /// False at the end of the text; something may have been appended all the same.
     bool readSome(std::vector<SourceItem>& items) {
         items_ = &items;
-        const std::size_t enough = items.size() + 500;
-        while (const int kind = scanner_.scan()) {
-            const auto length = static_cast<std::size_t>(scanner_.matchLength());
-            if (kind > 0 && scanner_.matchOffset() >= directiveEnd_) push(kind, scanner_.matchOffset(), length);
-            else add(kind, scanner_.matchOffset(), length);
-            if (items.size() >= enough && !items.back().isComment()) return true;
+        const bool more = scan(items);
+        settleComments(true);
+        return more;
+    }
+
+private:
+    bool scan(std::vector<SourceItem>& items) {
+        const std::size_t begin = items.size();
+        Scanner& scanner = scanner_;
+        for (int left = 500; const int kind = scanner.scan(); --left) {
+            const std::size_t offset = scanner.matchOffset();
+            const auto length = static_cast<std::size_t>(scanner.matchLength());
+            if (kind > 0 && offset >= directiveEnd_) pushToken(items, kind, offset, length);
+            else add(kind, offset, length);
+            if (left <= 0 && kind > 0 && items.size() > begin) return true;
         }
-        if (scanner_.endedInStatement()) {
-            push(SourceItem::FileStatement, scanner_.pieceOffset(), text_.size() - scanner_.pieceOffset());
-            refuse(scanner_.pieceOffset(),
+        if (scanner.endedInStatement()) {
+            push(SourceItem::FileStatement, scanner.pieceOffset(), text_.size() - scanner.pieceOffset());
+            refuse(scanner.pieceOffset(),
                    [] { return "file statement without a ';' and the end of its line; add what is missing"; });
         }
         return false;
     }
 
-private:
+    // Tells the last items, which are comments of one line, whether it ends behind them.
+    void settleComments(bool lineEnds) {
+        for (; openComments_ > 0; --openComments_) (*items_)[items_->size() - openComments_].endsLine = lineEnds;
+    }
+
     bool report(const HDNTReport&) override {
         const std::size_t offset = scanner_.matchOffset();
         if (offset < directiveEnd_) return true;
@@ -127,39 +140,61 @@ private:
         while (kind == Scanner::LineComment &&
                (text_[offset + length - 1] == ' ' || text_[offset + length - 1] == '\t'))
             --length;
-        push(kind, offset, length);
-        checkLines(items_->back());
+        const std::string_view text = std::string_view(text_).substr(offset, length);
+        const bool multiLine = kind != Scanner::LineComment && text.find('\n') != text.npos;
+        push(kind, offset, length, multiLine);
+        if (multiLine) checkLines(text, offset);
     }
 
-    void push(int kind, std::size_t offset, std::size_t length) {
+    void pushToken(std::vector<SourceItem>& items, int kind, std::size_t offset, std::size_t length) {
+        // The scanner has counted the newlines; other pieces may have some inside.
+        const int line = scanner_.tokenLine();
+        const int newlines = line == tokenLine_ ? 0 : tokenLine_ > 0 ? line - tokenLine_ : newlinesBefore(offset);
+        tokenLine_ = line;
+        gapStart_ = offset + length;
+        if (openComments_ > 0) settleComments(newlines > 0);
+        SourceItem& item = items.emplace_back();
+        item.offset = static_cast<std::uint32_t>(offset);
+        item.length = static_cast<std::uint32_t>(length);
+        item.kind = static_cast<std::int16_t>(kind);
+        item.newlines = static_cast<std::uint8_t>(std::min(newlines, 2));
+    }
+
+    void push(int kind, std::size_t offset, std::size_t length, bool multiLine = false) {
         SourceItem item;
         item.offset = static_cast<std::uint32_t>(offset);
         item.length = static_cast<std::uint32_t>(length);
         item.kind = static_cast<std::int16_t>(kind);
-        item.newlines = newlinesBefore(kind, offset);
+        item.newlines = newlinesBefore(offset);
+        tokenLine_ = 0;
         gapStart_ = offset + length;
+        item.multiLine = multiLine;
+        if (item.newlines > 0 || item.forcesNewline()) settleComments(true);
+        else if (!item.isComment()) settleComments(false);
+        growSlowly();
         items_->push_back(item);
+        if (item.isComment() && !item.forcesNewline()) ++openComments_;
+        else items_->back().endsLine = item.isComment();
     }
 
-    // Between two tokens the scanner has counted them; other pieces may have some inside.
-    std::uint8_t newlinesBefore(int kind, std::size_t offset) {
-        const int line = scanner_.tokenLine();
-        const int lastLine = std::exchange(tokenLine_, kind > 0 ? line : 0);
-        if (kind > 0 && lastLine > 0) return static_cast<std::uint8_t>(std::min(line - lastLine, 2));
+    // A text may be all comments, which are read until something else comes.
+    void growSlowly() {
+        constexpr std::size_t many = 10000;
+        if (items_->size() == items_->capacity() && items_->size() > many)
+            items_->reserve(items_->size() + items_->size() / 4);
+    }
+
+    std::uint8_t newlinesBefore(std::size_t offset) const {
         std::uint8_t newlines = 0;
         for (std::size_t at = gapStart_; at < offset && newlines < 2; ++at) newlines += text_[at] == '\n';
         return newlines;
     }
 
-    void checkLines(SourceItem& item) {
-        if (item.kind != SourceItem::BlockComment && item.kind != SourceItem::FileStatement) return;
-        const std::string_view text = std::string_view(text_).substr(item.offset, item.length);
-        for (std::size_t end = text.find('\n'); end != text.npos; end = text.find('\n', end + 1)) {
-            item.multiLine = true;
+    void checkLines(std::string_view text, std::size_t offset) {
+        for (std::size_t end = text.find('\n'); end != text.npos; end = text.find('\n', end + 1))
             if (text[end + 1] == '#' && isArchDirective(text.substr(end + 1)))
-                refuse(item.offset + end + 1,
+                refuse(offset + end + 1,
                        [] { return "directive inside a comment or statement; indent it, or move it out"; });
-        }
     }
 
     const std::string& text_;
@@ -171,7 +206,8 @@ private:
     std::vector<SourceItem>* items_ = nullptr; ///< while some are read
     std::size_t directiveEnd_ = 0;
     std::size_t gapStart_ = 0;
-    int tokenLine_ = 0; ///< of the last item; 0 when it is no token
+    int tokenLine_ = 0;            ///< of the last item; 0 when it is no token
+    std::size_t openComments_ = 0; ///< the last items, while it is not known whether they end their line
 };
 
 SourceReader::SourceReader(std::string text, std::vector<std::uint32_t>* refusals) {
@@ -190,12 +226,6 @@ bool SourceReader::more(std::vector<SourceItem>& items) {
     if (!session_) return false;
     const std::size_t begin = items.size();
     if (!session_->readSome(items)) session_.reset();
-    bool ends = true;
-    for (std::size_t i = items.size(); i-- > begin;) {
-        SourceItem& item = items[i];
-        if (item.isComment()) item.endsLine = ends || item.forcesNewline();
-        ends = item.newlines > 0 || item.isVerbatim() || (item.isComment() && item.endsLine);
-    }
     return items.size() > begin;
 }
 
