@@ -30,6 +30,34 @@ bool lacksDefault(const HDNTProperty& property) {
 
 void appendBool(Line& line, bool value) { line.add(value ? std::string_view("true") : "false"); }
 
+bool isDigit(char c, bool hex) {
+    if (!hex) return c == '0' || c == '1';
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+// What HDNTProperty::formatValue gives without leading zeros, put together in place where the value has the radix of
+// its type: as many digits as the width has, of which one zero stays where there are any.
+void appendBits(Line& line, const HDNTProperty& property, const std::string& value) {
+    if (value.empty()) return;
+    const bool hex = isHex(property);
+    const size_t quote = value.find('\'');
+    const std::string_view digits = quote < value.size() ? std::string_view(value).substr(quote + 1) : "";
+    const bool isPlain = digits.size() > 1 && digits[0] == radixOf(property)[1] &&
+                         std::all_of(digits.begin() + 1, digits.end(), [=](char c) { return isDigit(c, hex); });
+    if (!isPlain) {
+        line.add(property.formatValue(value, false));
+        return;
+    }
+    const auto width = static_cast<size_t>(std::max(property.getBitWidth(), 0));
+    const size_t room = hex ? (width + 3) / 4 : width;
+    std::string_view shown = digits.substr(room > 0 && digits.size() - 1 > room ? digits.size() - room : 1);
+    const size_t shownSize = shown.size();
+    shown.remove_prefix(std::min(shown.find_first_not_of('0'), shownSize));
+    const bool hasZeros = room > 0 && shown.size() < room;
+    if (hasZeros || shown.empty()) line.add('0');
+    for (const char c : shown) line.add(c >= 'a' ? static_cast<char>(c - 'a' + 'A') : c);
+}
+
 // How values look in the two forms, and which of them are there.
 
 struct Printed {
@@ -42,7 +70,7 @@ struct Printed {
     void append(Line& line, int value) const { line.add(value); }
     void append(Line& line, double value) const { line.fixed(value, property.getPrecision()); }
     void append(Line& line, const std::string& value) const {
-        if (isBits(property)) line.add(property.formatValue(value, false));
+        if (isBits(property)) appendBits(line, property, value);
         else line.quoted(value);
     }
     void appendEmptyList(Line& line) const { line.add(" }"); }
