@@ -6,6 +6,7 @@
 #include "hdnt/writer/PropertyText.internal.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <memory>
 #include <utility>
@@ -30,32 +31,45 @@ bool lacksDefault(const HDNTProperty& property) {
 
 void appendBool(Line& line, bool value) { line.add(value ? std::string_view("true") : "false"); }
 
-bool isDigit(char c, bool hex) {
-    if (!hex) return c == '0' || c == '1';
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+/// What a character may be in a value of bits.
+enum Digit : unsigned char { Binary = 1, Hex = 2, Capital = 4 };
+
+constexpr auto digitTable = [] {
+    std::array<unsigned char, 256> table{};
+    for (const char c : std::string_view("01")) table[static_cast<unsigned char>(c)] = Binary;
+    for (const char c : std::string_view("0123456789ABCDEF")) table[static_cast<unsigned char>(c)] |= Hex | Capital;
+    for (const char c : std::string_view("abcdef")) table[static_cast<unsigned char>(c)] = Hex;
+    return table;
+}();
+
+// What all of them are.
+unsigned kindOf(std::string_view digits) {
+    unsigned kind = Binary | Hex | Capital;
+    for (const char c : digits) kind &= digitTable[static_cast<unsigned char>(c)];
+    return kind;
 }
 
 // What HDNTProperty::formatValue gives without leading zeros, put together in place where the value has the radix of
-// its type: as many digits as the width has, of which one zero stays where there are any.
+// its type or none: as many digits as the width has, of which one zero stays where there are any.
 void appendBits(Line& line, const HDNTProperty& property, const std::string& value) {
     if (value.empty()) return;
     const bool hex = isHex(property);
+    std::string_view digits = value;
     const size_t quote = value.find('\'');
-    const std::string_view digits = quote < value.size() ? std::string_view(value).substr(quote + 1) : "";
-    const bool isPlain = digits.size() > 1 && digits[0] == radixOf(property)[1] &&
-                         std::all_of(digits.begin() + 1, digits.end(), [=](char c) { return isDigit(c, hex); });
-    if (!isPlain) {
+    if (quote < value.size() - 1 && value[quote + 1] == radixOf(property)[1]) digits.remove_prefix(quote + 2);
+    const unsigned kind = kindOf(digits);
+    if ((kind & (hex ? Hex : Binary)) == 0) {
         line.add(property.formatValue(value, false));
         return;
     }
     const auto width = static_cast<size_t>(std::max(property.getBitWidth(), 0));
     const size_t room = hex ? (width + 3) / 4 : width;
-    std::string_view shown = digits.substr(room > 0 && digits.size() - 1 > room ? digits.size() - room : 1);
-    const size_t shownSize = shown.size();
-    shown.remove_prefix(std::min(shown.find_first_not_of('0'), shownSize));
-    const bool hasZeros = room > 0 && shown.size() < room;
-    if (hasZeros || shown.empty()) line.add('0');
-    for (const char c : shown) line.add(c >= 'a' ? static_cast<char>(c - 'a' + 'A') : c);
+    if (room > 0 && digits.size() > room) digits.remove_prefix(digits.size() - room);
+    while (!digits.empty() && digits.front() == '0') digits.remove_prefix(1);
+    if (digits.size() < room || digits.empty()) line.add('0');
+    if ((kind & Capital) != 0) line.add(digits);
+    else
+        for (const char c : digits) line.add(c >= 'a' ? static_cast<char>(c - 'a' + 'A') : c);
 }
 
 // How values look in the two forms, and which of them are there.
