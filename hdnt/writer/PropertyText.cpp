@@ -56,7 +56,8 @@ void appendBits(Line& line, const HDNTProperty& property, const std::string& val
     const bool hex = isHex(property);
     std::string_view digits = value;
     const size_t quote = value.find('\'');
-    if (quote < value.size() - 1 && value[quote + 1] == radixOf(property)[1]) digits.remove_prefix(quote + 2);
+    const bool hasDigits = quote < value.size() && quote + 2 < value.size();
+    if (hasDigits && value[quote + 1] == radixOf(property)[1]) digits.remove_prefix(quote + 2);
     const unsigned kind = kindOf(digits);
     if ((kind & (hex ? Hex : Binary)) == 0) {
         line.add(property.formatValue(value, false));

@@ -188,6 +188,27 @@ TEST(FormatterTest, ScrambledDataComesBack) {
     }
 }
 
+// Items come some hundred at a time, and statements and lines go as soon as they can.
+TEST(FormatterTest, LengthChangesNothing) {
+    const auto repeated = [](const std::string& piece, std::size_t count) {
+        std::string text;
+        for (; count > 0; --count) text += piece;
+        return text;
+    };
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"#ifArch " + repeated("a ", 3000) + "\na;", "#ifArch " + repeated("a ", 3000) + "\na;\n"},
+        {repeated("a;// b\n", 9000), repeated("a;  // b\n", 9000)},
+        {repeated("a; // b\n", 9000) + "cc;// d", repeated("a;   // b\n", 9000) + "cc;  // d\n"},
+        {repeated("pin \"A\" input;", 9000) + "pin \"AA\" output;",
+         repeated("pin \"A\"  input;\n", 9000) + "pin \"AA\" output;\n"},
+        {"if (a) b; /* c */" + repeated("\n// d", 3000) + "\nelse e;",
+         "if (a)\n  b;  /* c */\n" + repeated("// d\n", 3000) + "else\n  e;\n"},
+        {repeated("a ", 40000), repeated("a ", 39999) + "a\n"},
+    };
+    for (const auto& [text, expected] : cases)
+        EXPECT_TRUE(formatted(text) == expected) << text.substr(0, 40) << "\n" << formatted(text).substr(0, 400);
+}
+
 TEST(FormatterTest, DepthCostsNeitherStackNorSpace) {
     for (const std::string piece : {"{ ", "} ", "( ", "if (a) ", "else if (a) { } ", "if (a) { } else ", "values { ",
                                     "property int \"N\" { ", "/* x */ ", "a, ", "- ", "/* x\n */"}) {

@@ -8,8 +8,10 @@
 
 #include <clocale>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <limits>
 #include <sstream>
 
 namespace {
@@ -50,6 +52,43 @@ TEST(PrintedForm, IsThisText) {
     const std::string toOutput = support::printedBy([&] { library->print(); }).out;
     EXPECT_EQ(toOutput, contents("every_construct.printed"));
     EXPECT_EQ(support::printed(*support::loaded("library \"%s\" { }")), "library \"%s\"\n{\n}\n");
+}
+
+// The ways that are taken for speed, held against the ways for any value.
+TEST(PrintedForm, OfValuesIsThatOfOtherWays) {
+    const auto shown = [](const std::string& declaration, const auto& expected) {
+        const auto library = support::loaded("library \"L\" { block \"A\" { property " + declaration + " } }\n");
+        const HDNTProperty& property = *library->getTypeBlock(0)->getProperty(0);
+        const std::string text = support::printed(*library);
+        EXPECT_NE(text.find("default = " + expected(property)), text.npos) << declaration << "\n" << text;
+    };
+    for (const std::string type : {"1'h", "4'h", "13'h", "64'h", "1'b", "5'b", "64'b"}) {
+        for (const std::string digits : {"", "0", "1", "000", "0010", "10000000000000000", "aBcDeF09", "00F", "Ffff"}) {
+            const bool isText = type.back() == 'b' && digits.find_first_not_of("01") != digits.npos;
+            if (!isText)
+                shown(type + " \"P\" { default = " + type + digits + " }", [](const HDNTProperty& property) {
+                    const auto value = std::get<std::string>(property.getDefaultValue());
+                    return property.formatValue(value, false) + " }";
+                });
+        }
+    }
+    for (const char* const number :
+         {"0.0", "-0.0", "0.5", "1.5", "2.5", "-0.4", "0.000000499999999", "0.0000005", "123456.789", "0.125", "8.345",
+          "999999999999999.5", "1234567890123456789.25", "-99.9999999"}) {
+        for (const int precision : {0, 1, 2, 6, 9, 10, 20}) {
+            char expected[80];
+            std::snprintf(expected, sizeof expected, "%.*f, precision", precision, std::strtod(number, nullptr));
+            shown("double \"P\" { default = " + std::string(number) + ", precision = " + std::to_string(precision) +
+                      " }",
+                  [&](const HDNTProperty&) { return std::string(expected); });
+        }
+    }
+    const std::string most = support::printed(
+        *support::loaded("library \"L\" { block \"A\" { property double \"P\" { default = 1.0, precision = 3 } } }\n"));
+    char bounds[800];
+    constexpr double greatest = std::numeric_limits<double>::max();
+    std::snprintf(bounds, sizeof bounds, "{ min = %.3f, max = %.3f, ", -greatest, greatest);
+    EXPECT_NE(most.find(bounds), most.npos) << most;
 }
 
 // Both directions in a host whose numbers have a decimal comma.
