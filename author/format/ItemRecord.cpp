@@ -56,7 +56,7 @@ void ItemRecord::addLong(const SourceItem& item, unsigned flags, std::uint32_t g
 }
 
 void ItemRecord::addChunk() {
-    chunks_.push_back(std::make_unique<std::uint32_t[]>(chunkSize));
+    chunks_.push_back(std::make_unique_for_overwrite<std::uint32_t[]>(chunkSize));
     next_ = chunks_.back().get();
     chunkEnd_ = next_ + chunkSize;
 }
@@ -67,7 +67,7 @@ public:
     Comparison(const ItemRecord& record, std::string_view text)
         : record_(record), oldText_(record.text_.data()), text_(text.data()) {}
 
-    bool isAtEnd() const { return taken_ == record_.next(); }
+    bool isAtEnd() const { return at_ == record_.next_; }
     bool hasSameFlags() const { return hasSameFlags_; }
     std::size_t offset() const { return offset_; }
 
@@ -78,8 +78,10 @@ public:
 
 private:
     std::uint32_t next() {
-        if (taken_ % chunkSize == 0) at_ = record_.chunks_[taken_ / chunkSize].get();
-        ++taken_;
+        if (at_ == chunkEnd_) {
+            at_ = record_.chunks_[chunk_++].get();
+            chunkEnd_ = at_ + chunkSize;
+        }
         return *at_++;
     }
 
@@ -130,7 +132,8 @@ private:
 
     const ItemRecord& record_;
     const std::uint32_t* at_ = nullptr;
-    std::size_t taken_ = 0;
+    const std::uint32_t* chunkEnd_ = nullptr;
+    std::size_t chunk_ = 0; ///< the next one
     const char* oldText_;
     const char* text_;
     std::size_t offset_ = 0;

@@ -79,7 +79,7 @@ private:
     void add(const Piece& piece, std::size_t width);
     void begin();
     bool isPrefixMinus() const;
-    bool needsBlank(int kind) const;
+    bool needsBlank(int kind, bool isTight) const;
     void fill();
     void flush(bool opens);
     bool beginsBelowBlank();

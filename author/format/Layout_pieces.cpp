@@ -71,9 +71,9 @@ bool Layout::isPrefixMinus() const {
 }
 
 // "- 1" is two tokens and "-1" one, so a minus stands close to names and parentheses only.
-bool Layout::needsBlank(int kind) const {
+inline bool Layout::needsBlank(int kind, bool isTight) const {
     const int before = statement_.lastKind;
-    if (traitsOf(kind).isTight || before == '(') return false;
+    if (isTight || before == '(') return false;
     if (before == '-' && statement_.lastIsPrefix) return kind != '(' && kind != T_Identifier;
     return kind != '(' || before != T_Identifier;
 }
@@ -84,12 +84,19 @@ static void measure(Piece& piece, std::string_view text) {
     piece.width = static_cast<std::uint8_t>(std::min<std::size_t>(platform::characters(text), Piece::widest));
 }
 
+inline void Layout::add(const Piece& piece, std::size_t width) {
+    if (statement_.isFilled) return filler_.add(piece);
+    pieces_.push_back(piece);
+    statement_.width += width;
+    if (statement_.width > Width && statement_.tokens > 0) fill();
+}
+
 void Layout::appendToken() {
     const int kind = item_->kind;
     const Traits& traits = traitsOfTokens[static_cast<std::size_t>(kind)];
     Piece piece = pieceOf(*item_, traits.flags);
     if (statement_.lastKind == 0) begin();
-    else if (needsBlank(kind)) piece.flags |= Piece::BlankBefore;
+    else if (needsBlank(kind, traits.isTight)) piece.flags |= Piece::BlankBefore;
     if (kind == T_StringConstant) measure(piece, {text_.data() + piece.offset, piece.length});
     statement_.lastIsPrefix = kind == '-' && isPrefixMinus();
     if (statement_.lastIsPrefix) piece.flags &= static_cast<std::uint8_t>(~Piece::BreaksAfter);
@@ -106,18 +113,11 @@ void Layout::appendOther() {
     const bool isForced = item_->endsLine || item_->isVerbatim();
     Piece piece = pieceOf(*item_, (follows ? +Piece::Follows : 0U) | (isForced ? +Piece::Forced : 0U));
     if (statement_.lastKind == 0) begin();
-    else if (needsBlank(piece.kind)) piece.flags |= Piece::BlankBefore;
+    else if (needsBlank(piece.kind, false)) piece.flags |= Piece::BlankBefore;
     measure(piece, {text_.data() + piece.offset, piece.length});
     statement_.lastKind = piece.kind;
     record_.add(*item_, ItemRecord::flagsOf(*item_, follows));
     add(piece, isForced ? Width + 1 : piece.widthBehind());
-}
-
-void Layout::add(const Piece& piece, std::size_t width) {
-    if (statement_.isFilled) return filler_.add(piece);
-    pieces_.push_back(piece);
-    statement_.width += width;
-    if (statement_.width > Width && statement_.tokens > 0) fill();
 }
 
 void Layout::begin() {
