@@ -16,22 +16,27 @@ static bool isSection(int kind) {
 
 void Layout::run() {
     while (readMore())
-        for (; item_ != waiting_; ++item_) take();
-    if (!isAtEnd_) return;
+        for (; item_ != itemsEnd_; ++item_) take();
+    if (reader_.problem().count > 0) return;
     flush(false);
     lines_.finish();
 }
 
-// The last item waits until what is behind it is known, the comments before that included.
+// More items behind those there are; of the others, the one before the item stays.
 bool Layout::readMore() {
-    if (isAtEnd_) return false;
     const std::ptrdiff_t taken = item_ - items_.data();
     if (taken > 1) items_.erase(items_.begin(), items_.begin() + (taken - 1));
-    isAtEnd_ = !reader_.more(items_);
+    const bool more = reader_.more(items_);
     item_ = items_.data() + std::min<std::ptrdiff_t>(taken, 1);
     itemsEnd_ = items_.data() + items_.size();
-    waiting_ = isAtEnd_ ? itemsEnd_ : itemsEnd_ - 1;
-    return reader_.problem().count == 0;
+    return more && reader_.problem().count == 0;
+}
+
+// The item that is so many behind the one that is taken; null behind the last one.
+const SourceItem* Layout::behind(std::ptrdiff_t count) {
+    while (itemsEnd_ - item_ <= count)
+        if (!readMore()) return nullptr;
+    return item_ + count;
 }
 
 void Layout::push(Frame frame) {
@@ -47,19 +52,19 @@ void Layout::pop() {
 int Layout::indent() const { return std::min(level_, DeepestLevel) * HDNTFormatter::Indent; }
 
 // The token behind the item and its comments; 0 when there is none, or something else comes first.
-int Layout::nextToken() const {
-    const SourceItem* next = item_;
-    do ++next;
-    while (next != itemsEnd_ && next->isComment());
-    return next != itemsEnd_ && next->isToken() ? next->kind : 0;
+int Layout::nextToken() {
+    std::ptrdiff_t count = 1;
+    const SourceItem* next = behind(count);
+    while (next && next->isComment()) next = behind(++count);
+    return next && next->isToken() ? next->kind : 0;
 }
 
 // The token behind the item in its line; 0 when something else comes first.
-int Layout::joinedToken() const {
-    const SourceItem* next = item_;
-    do ++next;
-    while (next != itemsEnd_ && next->isComment() && !next->endsLine);
-    return next != itemsEnd_ && next->isToken() ? next->kind : 0;
+int Layout::joinedToken() {
+    std::ptrdiff_t count = 1;
+    const SourceItem* next = behind(count);
+    while (next && next->isComment() && !next->endsLine) next = behind(++count);
+    return next && next->isToken() ? next->kind : 0;
 }
 
 // Whether the item is a comment that goes behind what stands before it in its line.
@@ -128,7 +133,8 @@ void Layout::openBrace() {
     if (isProperty && statement_.isFilled) filler_.openProperty();
     else if (isProperty) statement_.propertyOpen = pieces_.size() - 1;
     if (isProperty || inside) return push(isProperty ? Frame::Property : Frame::Inline);
-    statement_.closesAtOnce = item_ + 1 != itemsEnd_ && item_[1].kind == '}';
+    const SourceItem* const next = behind(1);
+    statement_.closesAtOnce = next && next->kind == '}';
     if (statement_.closesAtOnce) return;
     flush(true);
     push(Frame::Braces);

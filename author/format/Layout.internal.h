@@ -50,8 +50,9 @@ private:
 
     // Items
     bool readMore();
-    int nextToken() const;
-    int joinedToken() const;
+    const SourceItem* behind(std::ptrdiff_t count);
+    int nextToken();
+    int joinedToken();
     bool follows() const;
 
     // Statements
@@ -92,11 +93,9 @@ private:
     LineTable lines_;
     LineFiller filler_;
 
-    std::vector<SourceItem> items_;       ///< some: from the one before the one that is taken on, to one that waits
-    const SourceItem* item_ = nullptr;    ///< the one that is taken
-    const SourceItem* waiting_ = nullptr; ///< the first that waits for what is behind it
+    std::vector<SourceItem> items_;    ///< some, from the one before the one that is taken on
+    const SourceItem* item_ = nullptr; ///< the one that is taken
     const SourceItem* itemsEnd_ = nullptr;
-    bool isAtEnd_ = false;
 
     std::vector<Frame> frames_;
     int level_ = 0;

@@ -62,7 +62,7 @@ private:
             const auto length = static_cast<std::size_t>(scanner.matchLength());
             if (kind > 0 && offset >= directiveEnd_) pushToken(items, kind, offset, length);
             else add(kind, offset, length);
-            if (left <= 0 && kind > 0 && items.size() > begin) return true;
+            if (left <= 0 && openComments_ == 0 && items.size() > begin) return true;
         }
         if (scanner.endedInStatement()) {
             push(SourceItem::FileStatement, scanner.pieceOffset(), text_.size() - scanner.pieceOffset());

@@ -25,8 +25,8 @@ public:
 
     /// The text, with sixteen bytes behind its end that may be read.
     std::string_view text() const { return bytes_; }
-    /// Appends some items, of which the last is no comment unless the text ends there. Of comments, endsLine is set; of
-    /// other items neither that nor startsLine. False when there were no more, or none at all can be read.
+    /// Appends some items. Of comments, endsLine is set; of other items neither that nor startsLine. False when there
+    /// were no more, or none at all can be read.
     bool more(std::vector<SourceItem>& items);
     /// What was refused so far.
     const SourceProblem& problem() const { return problem_; }
