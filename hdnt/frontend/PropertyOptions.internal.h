@@ -3,7 +3,6 @@
 #include <limits>
 #include <optional>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace hdnt::frontend {
@@ -15,6 +14,13 @@ struct NumberOptions {
     Number min = std::numeric_limits<Number>::lowest();
     Number max = std::numeric_limits<Number>::max();
     std::optional<Number> byDefault;
+
+    void reset() noexcept {
+        values.clear();
+        min = std::numeric_limits<Number>::lowest();
+        max = std::numeric_limits<Number>::max();
+        byDefault.reset();
+    }
 };
 
 /// The options that may stand in one declaration more than once.
@@ -40,7 +46,8 @@ struct PropertyOptions {
     std::string_view textMax;
     std::string_view textDefault;
     bool boolDefault = false;
-    int precision = 6;
+    static constexpr int defaultPrecision = 6;
+    int precision = defaultPrecision;
     std::string_view description;
     std::string_view units;
     bool test = false;
@@ -55,15 +62,13 @@ struct PropertyOptions {
 
     /// Back to nothing said; the lists keep their room.
     void reset() noexcept {
-        PropertyOptions fresh;
-        const auto keepRoom = [](auto& from, auto& to) {
-            from.clear();
-            to.swap(from);
-        };
-        keepRoom(ints.values, fresh.ints.values);
-        keepRoom(doubles.values, fresh.doubles.values);
-        keepRoom(texts, fresh.texts);
-        *this = std::move(fresh);
+        ints.reset();
+        doubles.reset();
+        texts.clear();
+        textMin = textMax = textDefault = description = units = {};
+        boolDefault = test = simulation = constraintsOnly = muxControl = false;
+        precision = defaultPrecision;
+        said = repeated = 0;
     }
 };
 

@@ -65,6 +65,14 @@ template class HATValueIter<int>;
 template class HATValueIter<double>;
 template class HATValueIter<const std::string&>;
 
+// The standard library's is a call on every processor that need not have an instruction for it.
+static constexpr std::size_t bitsIn(std::uint32_t word) {
+    word -= word >> 1 & 0x55555555;
+    word = (word & 0x33333333) + (word >> 2 & 0x33333333);
+    return ((word + (word >> 4)) & 0x0f0f0f0f) * 0x01010101 >> 24;
+}
+static_assert(bitsIn(0) == 0 && bitsIn(0x80010110) == 4 && bitsIn(~0U) == 32);
+
 HATAttrSpec::HATAttrSpec(HATAttrTypes::AttrType type, int kind)
     : type_(static_cast<std::uint8_t>(type)), kind_(static_cast<std::uint8_t>(kind)) {
     static_assert(NumFacets <= 32);
@@ -78,12 +86,10 @@ HATAttrSpec::~HATAttrSpec() {
     freeSlots(slots_, capacityFor(numSlots()));
 }
 
-std::size_t HATAttrSpec::indexOf(unsigned facet) const {
-    return static_cast<std::size_t>(std::popcount(present_ & ((1U << facet) - 1)));
-}
+std::size_t HATAttrSpec::indexOf(unsigned facet) const { return bitsIn(present_ & ((1U << facet) - 1)); }
 
 std::size_t HATAttrSpec::listBegin(unsigned list) const {
-    std::size_t begin = static_cast<std::size_t>(std::popcount(present_));
+    std::size_t begin = bitsIn(present_);
     for (unsigned earlier = FirstList; earlier < list; ++earlier) begin += listLength(earlier);
     return begin;
 }
@@ -202,7 +208,7 @@ void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
     put(WidthAndPrecision, pack(width_, precision_), pack(0, DefaultPrecision));
     if (!items_.empty()) present_ |= 1U << list_;
     if (!unit_.empty()) present_ |= 1U << UnitList;
-    const std::size_t count = static_cast<std::size_t>(std::popcount(present_)) + items_.size() + !unit_.empty();
+    const std::size_t count = bitsIn(present_) + items_.size() + !unit_.empty();
     if (count == 0) return clear();
     std::uint64_t* const packed = allocateSlots(capacityFor(count));
     std::uint64_t* next = packed;
