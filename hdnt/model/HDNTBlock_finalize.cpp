@@ -13,7 +13,17 @@ using hdnt::platform::caselessHash;
 using hdnt::platform::NameIndex;
 using hdnt::platform::textHash;
 
+// In a large library they have left the caches since they were read; so they are called for side by side.
+template <typename T>
+static void fetch(const std::vector<T*>& list) {
+    for (const T* item : list) __builtin_prefetch(item);
+}
+
 void HDNTBlock::finalize() {
+    if (!indexed_) {
+        fetch(buses_);
+        fetch(properties_);
+    }
     finalizeNetlist();
     if (indexed_) return;
     indexed_ = true;
