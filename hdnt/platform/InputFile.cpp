@@ -55,21 +55,26 @@ void adviseLargePages([[maybe_unused]] const std::string& text) {
 #endif
 }
 
-// Appends up to `room` bytes of the file, as read() would.
-ssize_t readOn(int file, std::string& text, std::size_t room) {
+// Appends what `write` puts at the place that it is given, up to `room` bytes; it returns how many.
+template <typename Write>
+void appendWritten(std::string& text, std::size_t room, Write&& write) {
     const std::size_t size = text.size();
-    ssize_t got = 0;
-    const auto readInto = [&](char* bytes, std::size_t) {
-        got = read(file, bytes + size, room);
-        return size + static_cast<std::size_t>(std::max<ssize_t>(got, 0));
-    };
+    const auto behind = [&](char* bytes, std::size_t) { return size + write(bytes + size); };
 #ifdef __cpp_lib_string_resize_and_overwrite
-    text.resize_and_overwrite(size + room, readInto);
+    text.resize_and_overwrite(size + room, behind);
 #else // clears what is written next
     text.resize(size + room);
-    text.resize(readInto(text.data(), room));
+    text.resize(behind(text.data(), room));
 #endif
-    return got;
+}
+
+// Makes room for a part more, in pages that are there.
+void makeRoomBehind(std::string& text, std::size_t room) {
+    if (text.capacity() - text.size() < room) {
+        text.reserve(std::max(2 * text.capacity(), text.size() + room));
+        adviseLargePages(text);
+    }
+    populate(text.data() + text.size(), room);
 }
 
 bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, std::string& why) {
@@ -88,7 +93,11 @@ bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, st
         const std::size_t size = out.size();
         const std::size_t room = expected >= size ? std::min(expected + 1 - size, ChunkBytes) : ChunkBytes;
         if (room == ChunkBytes && size + room <= out.capacity()) populate(out.data() + size, room);
-        const ssize_t got = readOn(file.value, out, room);
+        ssize_t got = 0;
+        appendWritten(out, room, [&](char* part) {
+            got = read(file.value, part, room);
+            return static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+        });
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) return why = systemReason(errno), false;
         if (out.size() > maxBytes) return why = sizeReason(maxBytes), false;
@@ -105,7 +114,7 @@ bool withinLimits(std::size_t textBytes, std::size_t fileBytes, const InputLimit
 }
 
 bool expand(Decoder& decoder, std::string_view archive, const InputLimits& limits, std::string& out, std::string& why) {
-    const auto chunk = std::make_unique<char[]>(ChunkBytes);
+    const std::size_t room = std::clamp(8 * archive.size(), std::size_t{4096}, ChunkBytes); // texts pack to a fifth
     std::string_view rest = archive;
     for (;;) {
         if (!decoder.recognises(rest)) return why = "bytes after the end of the archive", false;
@@ -113,11 +122,15 @@ bool expand(Decoder& decoder, std::string_view archive, const InputLimits& limit
         Decoder::Status status = Decoder::Status::More;
         while (status == Decoder::Status::More) {
             const std::size_t before = rest.size();
-            char* end = chunk.get();
-            status = decoder.step(rest, end, chunk.get() + ChunkBytes);
-            out.append(chunk.get(), end);
+            const std::size_t size = out.size();
+            makeRoomBehind(out, room);
+            appendWritten(out, room, [&](char* part) {
+                char* end = part;
+                status = decoder.step(rest, end, part + room);
+                return static_cast<std::size_t>(end - part);
+            });
             if (!withinLimits(out.size(), archive.size(), limits, why)) return false;
-            if (status == Decoder::Status::More && rest.size() == before && end == chunk.get())
+            if (status == Decoder::Status::More && rest.size() == before && out.size() == size)
                 return why = "archive is cut short", false;
         }
         if (status == Decoder::Status::Damaged) return why = "archive is damaged", false;
