@@ -86,9 +86,11 @@ HDNTNetlistEntity* assignPinProperty(HDNTBlockPinName* pin, std::string_view pro
 HDNTNetlistEntity* ifStmt(HDNTExpr* condition, HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt,
                           const yyltype& place);
 HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>* statements, const yyltype& place);
-HDNTNetlistEntity* connect(std::string_view signal, std::vector<HDNTPinInst*>* pins, const yyltype& place);
-/// Without pins, a name with brackets declares a list of signals.
-HDNTNetlistEntity* signal(std::string_view name, std::vector<HDNTPinInst*>* pins, const yyltype& place);
+/// Takes the pins out of the list, which keeps its room; here and below.
+HDNTNetlistEntity* connect(std::string_view signal, std::vector<HDNTPinInst*>& pins, const yyltype& place);
+HDNTNetlistEntity* signal(std::string_view name, std::vector<HDNTPinInst*>& pins, const yyltype& place);
+/// A name with brackets declares a list of signals.
+HDNTNetlistEntity* signal(std::string_view name, const yyltype& place);
 /// A null instance means a pin of the mapped block.
 HDNTBlockPinName* pinInst(std::string_view inst, std::string_view pin, const yyltype& place);
 HDNTExpr* compound(HDNTExpr* lhs, HDNTExpr::FOPERATOR op, HDNTExpr* rhs, const yyltype& place);

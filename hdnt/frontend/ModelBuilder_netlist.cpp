@@ -57,18 +57,23 @@ HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>* statements, const 
     return placed(new HDNTStmtBlock(statements), place);
 }
 
-HDNTNetlistEntity* connect(std::string_view signal, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    return placed(new HDNTConnect(signal, pins), place);
+HDNTNetlistEntity* connect(std::string_view signal, std::vector<HDNTPinInst*>& pins, const yyltype& place) {
+    auto* const result = new HDNTConnect(signal, pins);
+    pins.clear();
+    return placed(result, place);
 }
 
-HDNTNetlistEntity* signal(std::string_view name, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    if (!pins && name.find_first_of("[]") != name.npos) {
-        tellOfRange(std::string(name), place);
-        return placed(new HDNTSigList(name), place);
-    }
-    auto* const result = placed(new HDNTSignal(name, pins), place);
-    if (result->connect()) result->connect()->setLocation(place);
-    return result;
+HDNTNetlistEntity* signal(std::string_view name, const yyltype& place) {
+    if (name.find_first_of("[]") == name.npos) return placed(new HDNTSignal(name, nullptr), place);
+    tellOfRange(std::string(name), place);
+    return placed(new HDNTSigList(name), place);
+}
+
+HDNTNetlistEntity* signal(std::string_view name, std::vector<HDNTPinInst*>& pins, const yyltype& place) {
+    auto* const result = new HDNTSignal(name, pins);
+    pins.clear();
+    result->connect()->setLocation(place);
+    return placed(result, place);
 }
 
 HDNTBlockPinName* pinInst(std::string_view inst, std::string_view pin, const yyltype& place) {

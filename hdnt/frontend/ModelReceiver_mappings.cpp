@@ -129,14 +129,16 @@ void ModelReceiver::closeInst() {
 
 void ModelReceiver::closeConnect() {
     reduce(5);
-    build(74, [&] { statement_ = build::connect(textOf(1), given(pins_), statementPlace_); });
+    build(74, [&] { statement_ = build::connect(textOf(1), pins_, statementPlace_); });
 }
 
 void ModelReceiver::closeSignal() {
     const bool hasPins = taken(2).token == ':';
     reduce(hasPins ? 5 : 3);
-    build(hasPins ? 75 : 76,
-          [&] { statement_ = build::signal(textOf(1), hasPins ? given(pins_) : nullptr, statementPlace_); });
+    build(hasPins ? 75 : 76, [&] {
+        statement_ =
+            hasPins ? build::signal(textOf(1), pins_, statementPlace_) : build::signal(textOf(1), statementPlace_);
+    });
 }
 
 void ModelReceiver::closeAssignBlock() {

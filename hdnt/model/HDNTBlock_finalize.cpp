@@ -11,7 +11,6 @@
 
 using hdnt::platform::caselessHash;
 using hdnt::platform::NameIndex;
-using hdnt::platform::textHash;
 
 // In a large library they have left the caches since they were read; so they are called for side by side.
 template <typename T>
@@ -33,7 +32,7 @@ void HDNTBlock::finalize() {
 
 // Pins are found by base name and bit, so the index has one entry a bus, not one a bit.
 void HDNTBlock::indexPins() {
-    busesByName_.build(buses_.size(), [this](size_t i) { return textHash(buses_[i]->getBaseName()); });
+    busesByName_.build(buses_.size(), [this](size_t i) { return buses_[i]->getBaseNameHash(); });
     std::vector<size_t> redefined;
     busesByName_.forEachShared([&](auto buses) { findRedefinedPins(buses, redefined); });
     std::sort(redefined.begin(), redefined.end());

@@ -82,6 +82,8 @@ public:
     std::string getName() const;
     /// Without brackets, once elaborated.
     const std::string& getBaseName() const { return name_.str(); }
+    /// Internal: for the block's index.
+    std::uint64_t getBaseNameHash() const { return name_.hash(); }
     /// Bounds of the range as written; both -1 for a single pin.
     int getFirstIndex() const { return firstIndex_; }
     int getLastIndex() const { return lastIndex_; }

@@ -19,6 +19,11 @@ HDNTConnect::HDNTConnect(std::string_view signalName, std::vector<HDNTPinInst*>*
     if (pins) pins_ = std::move(*pins);
 }
 
+HDNTConnect::HDNTConnect(std::string_view signalName, const std::vector<HDNTPinInst*>& pins)
+    : signalName_(signalName), pins_(pins) {
+    setKind(HDNTNodeKind::Connect);
+}
+
 HDNTConnect::~HDNTConnect() {
     for (const HDNTPinInst* pin : pins_) delete pin;
 }

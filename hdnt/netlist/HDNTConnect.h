@@ -46,6 +46,8 @@ public:
 
     /// Takes over the pins and deletes the vector, which may be null.
     HDNTConnect(std::string_view signalName, std::vector<HDNTPinInst*>* pins);
+    /// Takes over the pins; the vector stays as it is.
+    HDNTConnect(std::string_view signalName, const std::vector<HDNTPinInst*>& pins);
     ~HDNTConnect() override;
     /// Reports a signal that is not declared.
     void check() override;

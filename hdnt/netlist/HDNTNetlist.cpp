@@ -22,9 +22,19 @@ static bool sortInto(std::vector<Kind*>& list, HDNTNetlistEntity* entity) {
     return item != nullptr;
 }
 
+template <typename Kind>
+static void reserveFor(std::vector<Kind*>& list, const std::vector<HDNTNetlistEntity*>& entities) {
+    const auto isItem = [](const HDNTNetlistEntity* entity) { return nodeCast<Kind>(entity) != nullptr; };
+    list.reserve(static_cast<std::size_t>(std::count_if(entities.begin(), entities.end(), isItem)));
+}
+
 HDNTNetlist::HDNTNetlist(std::vector<HDNTNetlistEntity*>* entities) {
     setKind(HDNTNodeKind::Netlist);
     if (!entities) return;
+    reserveFor(signals_, *entities);
+    reserveFor(connects_, *entities);
+    reserveFor(instances_, *entities);
+    reserveFor(blockPropertyAssigns_, *entities);
     for (HDNTNetlistEntity* entity : *entities)
         sortInto(signals_, entity) || sortInto(connects_, entity) || sortInto(instances_, entity) ||
             sortInto(blockPropertyAssigns_, entity) || sortInto(pinPropertyAssigns_, entity) ||

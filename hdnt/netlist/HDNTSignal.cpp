@@ -8,6 +8,11 @@ HDNTSignal::HDNTSignal(std::string_view name, std::vector<HDNTPinInst*>* pins) :
     if (pins) connect_ = std::make_unique<HDNTConnect>(name, pins);
 }
 
+HDNTSignal::HDNTSignal(std::string_view name, const std::vector<HDNTPinInst*>& pins)
+    : name_(name), connect_(std::make_unique<HDNTConnect>(name, pins)) {
+    setKind(HDNTNodeKind::Signal);
+}
+
 HDNTSignal::HDNTSignal(std::string_view name, std::nullptr_t) : name_(name) { setKind(HDNTNodeKind::Signal); }
 
 HDNTSignal::HDNTSignal(std::string_view name, HDNTSigList* sigList) : name_(name), sigList_(sigList) {

@@ -21,6 +21,8 @@ public:
     /// connect.
     HDNTSignal(std::string_view name, std::vector<HDNTPinInst*>* pins);
     HDNTSignal(std::string_view name, std::nullptr_t);
+    /// As with a pointer; the vector stays as it is.
+    HDNTSignal(std::string_view name, const std::vector<HDNTPinInst*>& pins);
     /// One of the signals that a list stands for; the list is not owned and may be null.
     HDNTSignal(std::string_view name, HDNTSigList* sigList);
     ~HDNTSignal() override;

@@ -39,6 +39,8 @@ public:
     bool empty() const noexcept { return !entry_; }
     /// Equal exactly for equal texts; null for the null string. For hashing and ordering by identity.
     const void* id() const noexcept { return entry_; }
+    /// Internal: its platform::textHash(), which is kept.
+    std::uint64_t hash() const noexcept { return entry_ ? entry_->hash : 0; }
 
     friend bool operator==(const HSTUniqString& a, const HSTUniqString& b) noexcept { return a.entry_ == b.entry_; }
     friend bool operator==(const HSTUniqString& a, std::string_view b) noexcept { return a.str() == b; }

@@ -171,10 +171,12 @@ inline HDNTNetlistEntity* assignPinProperty(HDNTBlockPinName* pin, Text property
     return build::assignPinProperty(pin, *property, value, place);
 }
 inline HDNTNetlistEntity* connect(Text signal, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    return build::connect(*signal, pins, place);
+    const build::OwnedList<HDNTPinInst> rest(pins);
+    return build::connect(*signal, *pins, place);
 }
 inline HDNTNetlistEntity* signal(Text name, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    return build::signal(*name, pins, place);
+    const build::OwnedList<HDNTPinInst> rest(pins);
+    return pins ? build::signal(*name, *pins, place) : build::signal(*name, place);
 }
 inline HDNTBlockPinName* pinInst(Text inst, Text pin, const yyltype& place) {
     return build::pinInst(inst ? std::string_view(*inst) : std::string_view(), *pin, place);
