@@ -7,8 +7,10 @@
 
 namespace hdnt::author {
 
-// Deeper statements are indented no further, so that the text stays in proportion to its tokens.
+// Deeper statements are indented no further, and where no library can be that deep, not at all: the text stays in
+// proportion to its tokens.
 static constexpr int DeepestLevel = 15;
+static constexpr int DeepestIndented = 4000;
 
 static bool isSection(int kind) {
     return kind == T_MapTo || kind == T_ExpandTo || kind == T_ModifiedBy || kind == T_RetargetTo;
@@ -49,7 +51,9 @@ void Layout::pop() {
     frames_.pop_back();
 }
 
-int Layout::indent() const { return std::min(level_, DeepestLevel) * HDNTFormatter::Indent; }
+int Layout::indent() const {
+    return level_ > DeepestIndented ? 0 : std::min(level_, DeepestLevel) * HDNTFormatter::Indent;
+}
 
 // The token behind the item and its comments; 0 when there is none, or something else comes first.
 int Layout::nextToken() {

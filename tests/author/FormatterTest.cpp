@@ -216,6 +216,6 @@ TEST(FormatterTest, DepthCostsNeitherStackNorSpace) {
         while (text.size() < 400000) text += piece;
         const std::string result = formatted(text);
         EXPECT_EQ(support::inkOf(result), support::inkOf(text)) << piece;
-        EXPECT_LT(result.size(), 40 * text.size()) << piece;
+        EXPECT_LT(result.size(), 4 * text.size()) << piece;
     }
 }
