@@ -317,10 +317,8 @@ int Scanner::scanHere(const char* start, Otherwise otherwise) {
         return token <= 0 ? otherwise() : accept(start, start + length, token);
     }
     case Kind::Quote: {
-        const Bytes16 bytes(start + 1);
-        const size_t length = (bytes.equal('"') | bytes.equal('\n')).first();
-        const char* const end = start + 1 + length;
-        return length == 16 || *end != '"' ? otherwise() : accept(start, end + 1, T_StringConstant);
+        const char* const end = shortStringEnd(start);
+        return end ? accept(start, end, T_StringConstant) : otherwise();
     }
     case Kind::Punctuation: return accept(start, start + 1, *start);
     case Kind::Digit: return scanNumber(start, false);

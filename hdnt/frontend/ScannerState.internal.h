@@ -53,8 +53,7 @@ public:
     /// false and nothing has happened, though the mark may be the next token.
     bool scanExpected(char mark) {
         if (!cursor_) return false;
-        const char* start = cursor_;
-        while (*start == ' ') ++start;
+        const char* const start = behindFewBlanks();
         if (*start != mark || (mark == '=' && start[1] == '=')) return false;
         accept(start, start + 1, mark);
         return true;
@@ -62,14 +61,10 @@ public:
     /// The same for a T_StringConstant, which it need not see when it is long.
     bool scanExpectedString() {
         if (!cursor_) return false;
-        const char* start = cursor_;
-        while (*start == ' ') ++start;
-        if (*start != '"') return false;
-        const platform::Bytes16 bytes(start + 1);
-        const unsigned length = (bytes.equal('"') | bytes.equal('\n')).first();
-        const char* const end = start + 1 + length;
-        if (length == 16 || *end != '"') return false;
-        accept(start, end + 1, T_StringConstant);
+        const char* const start = behindFewBlanks();
+        const char* const end = *start == '"' ? shortStringEnd(start) : nullptr;
+        if (!end) return false;
+        accept(start, end, T_StringConstant);
         return true;
     }
     /// The last token as written: with its quotes, and an identifier in full. It holds until endText(), also when it
@@ -180,6 +175,17 @@ private:
     void storeLine(const char* start);
     void captureLine();
     int skipComment();
+    const char* behindFewBlanks() const {
+        const char* start = cursor_;
+        while (*start == ' ') ++start;
+        return start;
+    }
+    /// Where a string ends that begins at the quote; null when it is long, or ends at its line.
+    static const char* shortStringEnd(const char* quote) {
+        const platform::Bytes16 bytes(quote + 1);
+        const unsigned length = (bytes.equal('"') | bytes.equal('\n')).first();
+        return length < 16 && quote[1 + length] == '"' ? quote + length + 2 : nullptr;
+    }
     int accept(const char* start, const char* end, int token) {
         matchBegin_ = start;
         matchEnd_ = cursor_ = end;
