@@ -59,7 +59,7 @@ struct Repair {
 /// Receives the parts of a text for a tree, and repairs it where the grammar gets stuck: changes of one token around
 /// the place are tried on the grammar itself, and the one that lets it go on furthest is taken. When none does, tokens
 /// are skipped up to where a statement ends or begins.
-class Recovery {
+class Recovery : public frontend::GrammarEvents {
 public:
     /// Messages come with the item ahead at the fault.
     struct Said {
@@ -82,17 +82,6 @@ public:
     void take(const TokenSet& couldBe);
     void open(NtlPart part);
     void close(NtlPart);
-    void begin(NtlList) {}
-    void listed(NtlList) {}
-    void end(NtlList) {}
-    void listed(NtlPart) {}
-    void expressionBegins() {}
-    void expressionEnds() {}
-    void callBegins() {}
-    void noArguments() {}
-    void callEnds() {}
-    void elseBegins() {}
-    void noElse() {}
     struct Mark {
         std::size_t node;
         std::size_t item;

@@ -38,6 +38,25 @@ enum class NtlPart : std::uint8_t {
 /// What repeats until a closing brace.
 enum class NtlList : std::uint8_t { none, elements, entities, properties, statements };
 
+/// What a receiver may hear beside the parts; here it does nothing with that.
+struct GrammarEvents {
+    // Of a list: behind the opening brace, behind each element, behind the closing brace.
+    void begin(NtlList) {}
+    void listed(NtlList) {}
+    void end(NtlList) {}
+    void listed(NtlPart) {} ///< behind a formal, a value of a list, or an argument of a call
+    // With the first token of an expression ahead; behind its last one.
+    void expressionBegins() {}
+    void expressionEnds() {}
+    // Behind "(", with ")" ahead, behind ")".
+    void callBegins() {}
+    void noArguments() {}
+    void callEnds() {}
+    // Behind "else"; with what is there instead ahead.
+    void elseBegins() {}
+    void noElse() {}
+};
+
 /// The steps of a descent from token to token, and what is told of them.
 ///
 /// A Receiver has
@@ -46,12 +65,7 @@ enum class NtlList : std::uint8_t { none, elements, entities, properties, statem
 ///   void open(NtlPart), void close(NtlPart)   closed when it is whole; by one that recovers, whatever comes of it
 ///   Mark mark(), void openAt(Mark, NtlPart)   opens a part that began at the mark: its kind shows only later
 ///   Mark operandMark()                        the same mark for an operand, which an operator may follow
-///   void begin(NtlList), void listed(NtlList), void end(NtlList)
-///                                   behind the opening brace, behind each element, behind the closing brace
-///   void listed(NtlPart)            behind a formal, a value of a list, or an argument of a call
-///   void expressionBegins(), void expressionEnds()            with its first token ahead; behind its last one
-///   void callBegins(), void noArguments(), void callEnds()    behind "(", with ")" ahead, behind ")"
-///   void elseBegins(), void noElse()                          behind "else"; with what is there instead ahead
+///   what GrammarEvents has, which one that looks at parts alone inherits
 ///   bool lacks(const TokenSet& expected)      one of these should be ahead; true when it stands in for the token
 ///   static constexpr bool recovers  when false, the sets are empty, there are no units, and the parse ends at a fault
 ///   bool takes(int token)           such a one: takes the token, if it is seen at once that it is this one

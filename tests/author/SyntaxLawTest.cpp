@@ -15,13 +15,12 @@ namespace {
 using hdnt::author::SyntaxNode;
 using hdnt::author::SyntaxTree;
 using hdnt::frontend::NtlGrammar;
-using hdnt::frontend::NtlList;
 using hdnt::frontend::NtlPart;
 using hdnt::frontend::SourceItems;
 using hdnt::frontend::TokenSet;
 
 /// Receives nothing and does not recover: where it stops, the parser stops.
-class Judge {
+class Judge : public hdnt::frontend::GrammarEvents {
 public:
     explicit Judge(const SourceItems& items) : items_(items) { skip(); }
     int token() const { return item_ < items_.size() ? items_[item_].kind : 0; }
@@ -34,17 +33,6 @@ public:
     using Mark = int;
     void open(NtlPart) {}
     void close(NtlPart) {}
-    void begin(NtlList) {}
-    void listed(NtlList) {}
-    void end(NtlList) {}
-    void listed(NtlPart) {}
-    void expressionBegins() {}
-    void expressionEnds() {}
-    void callBegins() {}
-    void noArguments() {}
-    void callEnds() {}
-    void elseBegins() {}
-    void noElse() {}
     Mark mark() const { return 0; }
     Mark operandMark() const { return 0; }
     void openAt(Mark, NtlPart) {}
