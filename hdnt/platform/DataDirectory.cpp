@@ -8,8 +8,9 @@
 #include <filesystem>
 #include <system_error>
 
-#ifndef HDNT_DATA_RELDIR
-#define HDNT_DATA_RELDIR "../share/hdnt/data"
+#ifndef HDNT_DATA_FROM_LIB
+#define HDNT_DATA_FROM_LIB "../share/hdnt/data"
+#define HDNT_DATA_FROM_BIN "../share/hdnt/data"
 #endif
 
 namespace fs = std::filesystem;
@@ -19,21 +20,24 @@ namespace {
 
 const char Anchor = 0;
 
-fs::path loadedObject() {
+/// Seen from the shared library, or from the program that holds the library.
+fs::path wantedDirectory() {
     std::error_code error;
     Dl_info info{};
+    const fs::path program = fs::read_symlink("/proc/self/exe", error);
     if (dladdr(&Anchor, &info) != 0 && info.dli_fname) {
         // A program found through PATH is known to the loader by its bare name only.
-        if (fs::path path = fs::canonical(info.dli_fname, error); !error) return path;
+        const fs::path object = fs::canonical(info.dli_fname, error);
+        if (!error && object != program) return object.parent_path() / HDNT_DATA_FROM_LIB;
     }
-    return fs::read_symlink("/proc/self/exe", error);
+    return program.parent_path() / HDNT_DATA_FROM_BIN;
 }
 
 } // namespace
 
 const std::string& shareDirectory() {
     static const std::string* const directory = [] {
-        const fs::path wanted = loadedObject().parent_path() / HDNT_DATA_RELDIR;
+        const fs::path wanted = wantedDirectory();
         std::error_code error;
         const fs::path real = fs::weakly_canonical(wanted, error);
         return new std::string((error ? wanted.lexically_normal() : real).string());
