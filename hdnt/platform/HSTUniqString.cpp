@@ -11,6 +11,7 @@
 
 using hdnt::platform::equalTexts;
 using hdnt::platform::isOnlyThread;
+using hdnt::platform::TextEnds;
 using hdnt::platform::textHash;
 
 static constexpr std::memory_order relaxed = std::memory_order_relaxed;
@@ -26,6 +27,19 @@ void HSTUniqString::Entry::operator delete(void* entry, std::size_t size) noexce
     hdnt::platform::freeObject(entry, std::max(size, entryBytes));
 }
 
+struct HSTUniqString::Sought {
+    Sought(std::string_view text, const TextEnds& ends, std::uint64_t hash) : text(text), ends(ends), hash(hash) {}
+
+    bool isTextOf(const Entry& entry) const {
+        return entry.text.size() == text.size() && entry.firstBytes == ends.first && entry.lastBytes == ends.last &&
+               (text.size() <= TextEnds::most || equalTexts(entry.text, text));
+    }
+
+    std::string_view text;
+    TextEnds ends;
+    std::uint64_t hash;
+};
+
 // Shards keep threads apart. An entry's count falls from one to zero only under its shard's lock, where look-ups raise
 // it too, so an entry that is found is never one that another thread is about to erase.
 struct HSTUniqString::Pool {
@@ -38,22 +52,22 @@ struct HSTUniqString::Pool {
         std::size_t size() const { return size_; }
 
         /// Null when there is none.
-        const Entry* find(std::string_view text, std::uint64_t hash) const {
+        const Entry* find(const Sought& sought) const {
             const std::uint64_t* const slots = slots_.data();
             const std::uint64_t mask = mask_;
-            for (std::uint64_t at = hash & mask; slots[at] != 0; at = (at + 1) & mask) {
-                if (tagIn(slots[at]) != tagOf(hash)) continue;
+            for (std::uint64_t at = sought.hash & mask; slots[at] != 0; at = (at + 1) & mask) {
+                if (tagIn(slots[at]) != tagOf(sought.hash)) continue;
                 const Entry* const entry = entryIn(slots[at]);
-                if (equalTexts(entry->text, text)) return entry;
+                if (sought.isTextOf(*entry)) return entry;
             }
             return nullptr;
         }
 
-        [[gnu::noinline]] const Entry* add(std::string_view text, std::uint64_t hash) {
+        [[gnu::noinline]] const Entry* add(const Sought& sought) {
             if (4 * (size_ + 1) > 3 * slots_.size()) grow();
-            std::uint64_t at = hash & mask_;
+            std::uint64_t at = sought.hash & mask_;
             while (slots_[at] != 0) at = (at + 1) & mask_;
-            const Entry* const entry = new Entry(text, hash);
+            const Entry* const entry = new Entry(sought.text, sought.hash, sought.ends.first, sought.ends.last);
             slots_[at] = slotOf(entry);
             ++size_;
             return entry;
@@ -116,29 +130,31 @@ struct HSTUniqString::Pool {
     }
 };
 
+// Most names are short, and there already: this calls nothing for them, and so keeps no registers.
 HSTUniqString::HSTUniqString(std::string_view text) {
-    if (!text.empty()) entry_ = taken(text, textHash(text));
+    if (text.empty()) return;
+    const TextEnds ends(text);
+    const std::uint64_t hash = textHash(text, ends);
+    if (text.size() <= TextEnds::most && isOnlyThread()) {
+        if (const Entry* const entry = Pool::instance().shardOf(hash).find({text, ends, hash})) {
+            entry->references.store(entry->references.load(relaxed) + 1, relaxed);
+            entry_ = entry;
+            return;
+        }
+    }
+    entry_ = taken(text, hash);
 }
 
 HSTUniqString::HSTUniqString(std::string_view text, std::uint64_t hash) {
     if (!text.empty()) entry_ = taken(text, hash);
 }
 
-// Most names are there already.
-inline const HSTUniqString::Entry* HSTUniqString::taken(std::string_view text, std::uint64_t hash) {
-    Pool& pool = Pool::instance();
-    const Entry* const entry = isOnlyThread() ? pool.shardOf(hash).find(text, hash) : nullptr;
-    if (!entry) return takenLocked(pool, text, hash);
-    entry->references.store(entry->references.load(relaxed) + 1, relaxed);
-    return entry;
-}
-
-[[gnu::noinline]] const HSTUniqString::Entry* HSTUniqString::takenLocked(Pool& pool, std::string_view text,
-                                                                         std::uint64_t hash) {
-    Pool::Shard& shard = pool.shardOf(hash);
+[[gnu::noinline]] const HSTUniqString::Entry* HSTUniqString::taken(std::string_view text, std::uint64_t hash) {
+    const Sought sought(text, TextEnds(text), hash);
+    Pool::Shard& shard = Pool::instance().shardOf(hash);
     const std::lock_guard lock(shard.lock);
-    const Entry* entry = shard.find(text, hash);
-    if (!entry) entry = shard.add(text, hash);
+    const Entry* entry = shard.find(sought);
+    if (!entry) entry = shard.add(sought);
     entry->references.fetch_add(1, relaxed);
     return entry;
 }

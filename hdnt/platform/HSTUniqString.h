@@ -66,19 +66,22 @@ public:
 
 private:
     struct Entry {
-        Entry(std::string_view t, std::uint64_t h) : text(t), hash(h) {}
+        Entry(std::string_view t, std::uint64_t h, std::uint64_t first, std::uint64_t last)
+            : text(t), hash(h), firstBytes(first), lastBytes(last) {}
         HDNT_LOCAL static void* operator new(std::size_t size);
         HDNT_LOCAL static void operator delete(void* entry, std::size_t size) noexcept;
 
         const std::string text;
         const std::uint64_t hash;
         mutable std::atomic<std::uint64_t> references{0};
+        const std::uint64_t firstBytes; ///< of the text, so that a short one is compared without a look at it
+        const std::uint64_t lastBytes;
     };
     struct HDNT_LOCAL Pool;
+    struct HDNT_LOCAL Sought;
 
     /// With one reference more; of a text that is not empty.
     HDNT_LOCAL static const Entry* taken(std::string_view text, std::uint64_t hash);
-    HDNT_LOCAL static const Entry* takenLocked(Pool& pool, std::string_view text, std::uint64_t hash);
     HDNT_API static const std::string& emptyText();
     HDNT_API static void drop(const Entry* entry) noexcept;
 

@@ -25,9 +25,11 @@ inline std::uint64_t hashSeed() {
     return reinterpret_cast<std::uintptr_t>(&here) * 0x9e3779b97f4a7c15;
 }
 
-inline std::uint64_t mixed(std::uint64_t hash, std::uint64_t bytes) {
-    hash = (hash ^ bytes) * 0x9e3779b97f4a7c15;
-    return hash ^ hash >> 32;
+/// Both halves of the product in one: each bit of a factor has a say in all of them.
+inline std::uint64_t mixed(std::uint64_t a, std::uint64_t b) {
+    __extension__ using Product = unsigned __int128;
+    const Product product = Product{a} * b;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
 template <typename Number>
@@ -40,49 +42,48 @@ inline std::uint64_t eightAt(const char* p) { return numberAt<std::uint64_t>(p);
 inline std::uint64_t fourAt(const char* p) { return numberAt<std::uint32_t>(p); }
 inline std::uint64_t byteAt(const char* p) { return numberAt<std::uint8_t>(p); }
 
-/// One to eight bytes of a text as a number, the first one lowest.
-inline std::uint64_t shortText(std::string_view text) {
-    const char* const p = text.data();
-    const std::size_t last = text.size() - 1;
-    if (text.size() == 8) return eightAt(p);
-    if (text.size() >= 4) return fourAt(p) | fourAt(p + last - 3) << 8 * (last - 3);
-    const std::size_t middle = text.size() / 2;
-    return byteAt(p) | byteAt(p + middle) << 8 * middle | byteAt(p + last) << 8 * last;
-}
+/// The first and the last eight bytes of a text, or its halves with what is between in both: with its size all that a
+/// text of sixteen bytes or less is.
+struct TextEnds {
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
 
-/// `fold` is applied to every eight bytes first; `shortOne` gives those of a text that has no more. The last bytes of a
-/// longer text may be taken twice.
-template <typename Fold, typename Short>
-std::uint64_t hashOf(std::string_view text, Fold&& fold, Short&& shortOne) {
-    if (text.empty()) return 0;
-    std::uint64_t hash = hashSeed() ^ text.size();
-    std::uint64_t bytes = 0;
-    if (text.size() <= 8) {
-        bytes = shortOne(text);
-    } else {
-        const char* p = text.data();
-        const char* const last = p + text.size() - 8;
-        for (; p < last; p += 8) hash = mixed(hash, fold(eightAt(p)));
-        bytes = eightAt(last);
+    static constexpr std::size_t most = 16;
+
+    explicit TextEnds(std::string_view text) {
+        const char* const p = text.data();
+        const std::size_t size = text.size();
+        if (size >= 8) {
+            first = eightAt(p);
+            last = eightAt(p + size - 8);
+        } else if (size >= 4) {
+            first = fourAt(p);
+            last = fourAt(p + size - 4);
+        } else if (size > 0) {
+            first = byteAt(p) | byteAt(p + size / 2) << 8;
+            last = byteAt(p + size - 1);
+        }
     }
-    hash = mixed(hash, fold(bytes));
-    return mixed(hash, hash >> 29);
+    bool operator==(const TextEnds&) const = default;
+};
+
+/// Zero for no text. `fold` is applied to every eight bytes first.
+template <typename Fold>
+std::uint64_t hashOf(std::string_view text, const TextEnds& ends, Fold&& fold) {
+    if (text.empty()) return 0;
+    const std::uint64_t seed = hashSeed();
+    std::uint64_t hash = seed ^ fold(ends.first);
+    for (std::size_t at = 8; at + 8 < text.size(); at += 8) hash = mixed(hash, seed) ^ fold(eightAt(text.data() + at));
+    const std::uint64_t other = seed + text.size() * 0xbf58476d1ce4e5b9;
+    return mixed(hash, other ^ fold(ends.last));
 }
 
 // Objects and not functions, whose calls through a parameter the compiler keeps.
 inline constexpr auto asItIs = [](std::uint64_t bytes) { return bytes; };
 inline constexpr auto inUpperCase = [](std::uint64_t bytes) { return upperCased(bytes); };
-inline constexpr auto withinText = [](std::string_view text) { return shortText(text); };
 
-inline std::uint64_t textHash(std::string_view text) { return hashOf(text, asItIs, withinText); }
-
-/// The same for a text that can be read on for eight bytes from its beginning, however short it is.
-inline std::uint64_t textHashReadingOn(std::string_view text) {
-    return hashOf(text, asItIs, [](std::string_view shortOne) {
-        if constexpr (std::endian::native != std::endian::little) return shortText(shortOne);
-        return eightAt(shortOne.data()) & ~std::uint64_t{0} >> 8 * (8 - shortOne.size());
-    });
-}
+inline std::uint64_t textHash(std::string_view text, const TextEnds& ends) { return hashOf(text, ends, asItIs); }
+inline std::uint64_t textHash(std::string_view text) { return textHash(text, TextEnds(text)); }
 
 /// Whether two texts are the same when `fold` is applied to every eight bytes. Inline: a call to compare a name costs
 /// as much as the comparison.
@@ -108,6 +109,6 @@ inline bool equalCaseless(std::string_view a, std::string_view b) { return equal
 inline bool equalTexts(std::string_view a, std::string_view b) { return equalFolded(a, b, asItIs); }
 
 /// The same hash for texts that differ in the case of ASCII letters alone.
-inline std::uint64_t caselessHash(std::string_view text) { return hashOf(text, inUpperCase, withinText); }
+inline std::uint64_t caselessHash(std::string_view text) { return hashOf(text, TextEnds(text), inUpperCase); }
 
 } // namespace hdnt::platform

@@ -23,7 +23,6 @@ using hdnt::platform::caselessHash;
 using hdnt::platform::equalCaseless;
 using hdnt::platform::equalTexts;
 using hdnt::platform::textHash;
-using hdnt::platform::textHashReadingOn;
 
 TEST(HUTConvert, FitsDigitsToTheWidth) {
     struct Case {
@@ -152,7 +151,6 @@ TEST(TextHash, IsThatOfTheTextAlone) {
             const std::string_view part = std::string_view(text).substr(at, size);
             const std::string alone(part);
             EXPECT_EQ(textHash(part), textHash(alone));
-            EXPECT_EQ(textHashReadingOn(part), textHash(alone));
             EXPECT_TRUE(equalTexts(part, alone));
             for (std::size_t i = 0; i < size; ++i) {
                 std::string other = alone;
