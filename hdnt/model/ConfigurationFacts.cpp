@@ -59,12 +59,13 @@ CellFacts cellOf(const Setting& group) {
 ConfigurationFacts factsOf(ConfigBase& config) {
     const HCTLock lock(config.mutex());
     ConfigurationFacts tables;
+    std::map<std::string, AttributeFacts> attributes;
     forEachMember(config.lookup("READ_ONLY_ATTRIBUTES"),
-                  [&](const std::string& name, const Setting&) { tables.attributes[name].readOnly = true; });
+                  [&](const std::string& name, const Setting&) { attributes[name].readOnly = true; });
     forEachMember(config.lookup("IO_PIN_CONSTRAINTS"), [&](const std::string& name, const Setting& on) {
-        if (on.getType() == Setting::TypeBoolean && static_cast<bool>(on))
-            tables.attributes[name].ioPinConstraint = true;
+        if (on.getType() == Setting::TypeBoolean && static_cast<bool>(on)) attributes[name].ioPinConstraint = true;
     });
+    tables.attributes = AttributeTable(attributes);
     forEachMember(config.lookup("ARCHITECTURES"), [&](const std::string& name, const Setting& entry) {
         if (entry.isGroup())
             tables.architectures[name] = {textIn(entry, "simDevice"), textIn(entry, "master"),
@@ -92,11 +93,6 @@ ConfigBase& Configuration::descriptions() {
     fresh->readFile("tessel.desc.cfg", "");
     descriptions_ = std::move(fresh);
     return *descriptions_;
-}
-
-AttributeFacts attributeFacts(const ConfigurationFacts& tables, std::string_view name) {
-    const auto found = tables.attributes.find(name);
-    return found == tables.attributes.end() ? AttributeFacts() : found->second;
 }
 
 const CellFacts* cellFacts(const HDNTBlock& block) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hdnt/platform/ConfigBase.h"
+#include "hdnt/platform/NameIndex.h"
 #include "hdnt/platform/TextHash.internal.h"
 
 #include <functional>
@@ -11,7 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 class HDNTBlock;
@@ -36,15 +37,30 @@ struct ArchFacts {
     bool internalPins = false;
 };
 
-struct TextHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const { return platform::textHash(text); }
-};
-
 /// What is said of the properties of one name.
 struct AttributeFacts {
     bool readOnly = false;
     bool ioPinConstraint = false;
+};
+
+/// Each property of each block is looked up.
+class AttributeTable {
+public:
+    AttributeTable() = default;
+    explicit AttributeTable(const std::map<std::string, AttributeFacts>& facts) : facts_(facts.begin(), facts.end()) {
+        byName_.build(facts_.size(), [this](std::size_t i) { return platform::textHash(facts_[i].first); });
+    }
+    /// Neutral for a name of which nothing is said. The hash is the name's platform::textHash().
+    AttributeFacts find(std::string_view name, std::uint64_t hash) const {
+        for (const std::uint32_t position : byName_.find(hash))
+            if (facts_[position].first == name) return facts_[position].second;
+        return {};
+    }
+    AttributeFacts find(std::string_view name) const { return find(name, platform::textHash(name)); }
+
+private:
+    std::vector<std::pair<std::string, AttributeFacts>> facts_;
+    platform::NameIndex byName_;
 };
 
 /// The application configuration, translated once so that queries need neither a lock nor libconfig. An entry of
@@ -52,13 +68,10 @@ struct AttributeFacts {
 struct ConfigurationFacts {
     std::map<std::string, CellFacts, std::less<>> cells;
     std::map<std::string, ArchFacts, std::less<>> architectures;
-    std::unordered_map<std::string, AttributeFacts, TextHash, std::equal_to<>> attributes;
+    AttributeTable attributes;
     std::vector<std::string> masterDriverTypes;
     std::vector<std::string> pseudoDifferentialFunctions;
 };
-
-/// Neutral for a name of which nothing is said.
-AttributeFacts attributeFacts(const ConfigurationFacts& tables, std::string_view name);
 
 /// What a root library reads. Any thread, where ConfigBase says nothing else.
 class Configuration {

@@ -59,19 +59,23 @@ void HDNTBlock::deleteOwned() {
     for (const HDNTProperty* property : properties_) delete property;
 }
 
+template <typename Class>
+static size_t countOf(const std::vector<HDNTBlockEntity*>& entities) {
+    const auto isOne = [](const HDNTBlockEntity* entity) { return nodeCast<Class>(entity) != nullptr; };
+    return static_cast<size_t>(std::count_if(entities.begin(), entities.end(), isOne));
+}
+
 // When an entity throws, the block deletes what it has adopted and this deletes the rest.
 void HDNTBlock::adopt(std::vector<HDNTBlockEntity*>& entities) {
+    buses_.reserve(countOf<HDNTBus>(entities));
+    properties_.reserve(countOf<HDNTProperty>(entities));
     auto entity = entities.begin();
-    buses_.reserve(entities.size());
-    properties_.reserve(entities.size());
     try {
         while (entity != entities.end()) adoptEntity(*entity++);
     } catch (...) {
         for (; entity != entities.end(); ++entity) delete *entity;
         throw;
     }
-    buses_.shrink_to_fit();
-    properties_.shrink_to_fit();
 }
 
 void HDNTBlock::adoptEntity(HDNTBlockEntity* entity) {

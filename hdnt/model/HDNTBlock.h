@@ -207,7 +207,7 @@ private:
     HDNT_LOCAL void indexPins();
     HDNT_LOCAL void indexProperties();
     HDNT_LOCAL void describeProperties(const HDNTLibrary& library);
-    HDNT_LOCAL void findRedefinedPins(std::span<const hdnt::platform::NameIndex::Entry> buses,
+    HDNT_LOCAL void findRedefinedPins(const hdnt::platform::NameIndex::Positions& buses,
                                       std::vector<size_t>& redefined) const;
     HDNT_LOCAL HDNTNetlist* loadNetlist(const std::string& architecture);
     HDNT_LOCAL const char* groupText(int index) const;

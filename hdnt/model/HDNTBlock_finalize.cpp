@@ -34,7 +34,7 @@ void HDNTBlock::finalize() {
 void HDNTBlock::indexPins() {
     busesByName_.build(buses_.size(), [this](size_t i) { return buses_[i]->getBaseNameHash(); });
     std::vector<size_t> redefined;
-    busesByName_.forEachShared([&](auto buses) { findRedefinedPins(buses, redefined); });
+    busesByName_.forEachShared([&](const auto& buses) { findRedefinedPins(buses, redefined); });
     std::sort(redefined.begin(), redefined.end());
     for (const size_t pin : redefined) {
         const std::string name = allPins()[pin]->getName(false);
@@ -45,10 +45,10 @@ void HDNTBlock::indexPins() {
 }
 
 // Appends the positions of the later definitions.
-void HDNTBlock::findRedefinedPins(std::span<const NameIndex::Entry> buses, std::vector<size_t>& redefined) const {
+void HDNTBlock::findRedefinedPins(const NameIndex::Positions& buses, std::vector<size_t>& redefined) const {
     std::set<std::pair<std::string_view, int>> seen;
-    for (const NameIndex::Entry& entry : buses) {
-        const HDNTBus& bus = *buses_[entry.position];
+    for (const uint32_t position : buses) {
+        const HDNTBus& bus = *buses_[position];
         const int step = bus.getFirstIndex() > bus.getLastIndex() ? -1 : 1;
         int bit = bus.getFirstIndex();
         for (size_t i = 0; i < bus.pinCount(); ++i, bit += step)
@@ -61,10 +61,9 @@ void HDNTBlock::indexProperties() {
     if (properties_.empty()) return;
     propertiesByName_.build(properties_.size(), [this](size_t i) { return caselessHash(properties_[i]->getName()); });
     std::vector<uint32_t> redefined;
-    propertiesByName_.forEachShared([&](auto entries) {
-        for (const NameIndex::Entry& entry : entries)
-            if (getPropertyByName(properties_[entry.position]->getName()) != properties_[entry.position])
-                redefined.push_back(entry.position);
+    propertiesByName_.forEachShared([&](const auto& positions) {
+        for (const uint32_t i : positions)
+            if (getPropertyByName(properties_[i]->getName()) != properties_[i]) redefined.push_back(i);
     });
     std::sort(redefined.begin(), redefined.end());
     const hdnt::model::PropertyContext context = hdnt::model::propertyContext(this);

@@ -13,7 +13,6 @@
 #include <cstdlib>
 
 using hdnt::platform::caselessHash;
-using hdnt::platform::NameIndex;
 using hdnt::platform::textHash;
 
 namespace {
@@ -80,8 +79,8 @@ HDNTPin* HDNTBlock::lookUpPin(std::string_view name) const {
     std::string_view baseName = query.view();
     int bit = -1;
     if (!splitPinName(baseName, bit)) return nullptr;
-    for (const NameIndex::Entry& entry : busesByName_.find(textHash(baseName))) {
-        const HDNTBus& bus = *buses_[entry.position];
+    for (const uint32_t position : busesByName_.find(textHash(baseName))) {
+        const HDNTBus& bus = *buses_[position];
         const bool declaresBit = std::min(bus.getFirstIndex(), bus.getLastIndex()) <= bit &&
                                  bit <= std::max(bus.getFirstIndex(), bus.getLastIndex());
         if (bus.pinCount() > 0 && declaresBit && bus.getBaseName() == baseName)
@@ -110,7 +109,7 @@ HDNTBus* HDNTBlock::lookUpBus(std::string_view name, bool fullName) const {
         if (i < first && matches(*buses_[i])) first = i;
     };
     const auto search = [&](std::string_view baseName) {
-        for (const NameIndex::Entry& entry : busesByName_.find(textHash(baseName))) consider(entry.position);
+        for (const uint32_t position : busesByName_.find(textHash(baseName))) consider(position);
     };
     search(upperName);
     if (fullName) search(upperName.substr(0, upperName.find('[')));
@@ -121,8 +120,8 @@ HDNTBus* HDNTBlock::lookUpBus(std::string_view name, bool fullName) const {
 HDNTProperty* HDNTBlock::getPropertyByName(const std::string& name) const { return lookUpProperty(name); }
 
 HDNTProperty* HDNTBlock::lookUpProperty(std::string_view name) const {
-    for (const NameIndex::Entry& entry : propertiesByName_.find(caselessHash(name)))
-        if (HSTStringUtils::iequals(properties_[entry.position]->getName(), name)) return properties_[entry.position];
+    for (const uint32_t position : propertiesByName_.find(caselessHash(name)))
+        if (HSTStringUtils::iequals(properties_[position]->getName(), name)) return properties_[position];
     return nullptr;
 }
 

@@ -163,10 +163,10 @@ const char* HDNTLibrary::getGroupAbbrev(size_t index) const {
 }
 
 size_t HDNTLibrary::getGroupAbbrevIdx(std::string abbrev) {
-    const auto found = std::find(groupAbbrevs_.begin(), groupAbbrevs_.end(), abbrev);
-    const size_t index = static_cast<size_t>(found - groupAbbrevs_.begin());
-    if (found == groupAbbrevs_.end()) groupAbbrevs_.push_back(std::move(abbrev));
-    return index;
+    if (const auto found = groupIndexes_.find(abbrev); found != groupIndexes_.end()) return found->second;
+    groupAbbrevs_.push_back(std::move(abbrev));
+    groupIndexes_.emplace(groupAbbrevs_.back(), groupAbbrevs_.size() - 1);
+    return groupAbbrevs_.size() - 1;
 }
 
 static std::string textOrEmpty(const char* text) { return text ? text : ""; }
@@ -203,10 +203,10 @@ static const hdnt::model::ArchFacts& archFacts(const HDNTLibrary& library, const
 std::string HDNTLibrary::getSimDeviceString(const std::string& arch) const { return archFacts(*this, arch).simDevice; }
 std::string HDNTLibrary::getMasterArchitecture(const std::string& arch) const { return archFacts(*this, arch).master; }
 bool HDNTLibrary::isIOPinConstr(const std::string& name) const {
-    return hdnt::model::attributeFacts(getConfigurationFacts(), name).ioPinConstraint;
+    return getConfigurationFacts().attributes.find(name).ioPinConstraint;
 }
 bool HDNTLibrary::isReadOnlyAttribute(const std::string& name) const {
-    return hdnt::model::attributeFacts(getConfigurationFacts(), name).readOnly;
+    return getConfigurationFacts().attributes.find(name).readOnly;
 }
 void HDNTLibrary::getMasterDriverTypes(std::vector<std::string>& out) const {
     out = getConfigurationFacts().masterDriverTypes;

@@ -13,6 +13,7 @@
 #include <set>
 #include <string_view>
 #include <tuple>
+#include <unordered_map>
 
 class ConfigBase;
 class HDNTBlock;
@@ -199,6 +200,7 @@ private:
     std::vector<DroppedMapping> droppedMappings_;
     std::set<std::tuple<std::string, const char*, int, int>> droppedPlaces_;
     std::deque<std::string> groupAbbrevs_;
+    std::unordered_map<std::string_view, size_t> groupIndexes_; ///< in groupAbbrevs_, which hold the keys
     std::shared_ptr<hdnt::model::Configuration> configuration_; ///< of a root
     HDNTLibrary* parentLibrary_;
 };

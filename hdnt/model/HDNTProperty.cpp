@@ -67,7 +67,7 @@ void HDNTProperty::finalize() {
 
 void HDNTProperty::finalize(const hdnt::model::PropertyContext& context) {
     if (context.library) {
-        const auto facts = hdnt::model::attributeFacts(context.library->getConfigurationFacts(), getName());
+        const auto facts = context.library->getConfigurationFacts().attributes.find(getName(), spec_.getNameHash());
         if (facts.ioPinConstraint)
             for (const int sourceType : {2, 12, 11, 8}) spec_.removeAllowedSourceType(sourceType);
         spec_.setReadOnly(facts.ioPinConstraint || facts.readOnly);

@@ -117,8 +117,8 @@ HDNTBlock* HDNTNetlist::getTypeBlock() const { return nodeCast<HDNTBlock>(getPar
 HDNTSignal* HDNTNetlist::getSignal(std::string name) const { return findSignal(name); }
 
 HDNTSignal* HDNTNetlist::findSignal(std::string_view name) const {
-    for (const auto& entry : signalsByName_.find(textHash(name)))
-        if (signals_[entry.position]->name() == name) return signals_[entry.position];
+    for (const uint32_t position : signalsByName_.find(textHash(name)))
+        if (signals_[position]->name() == name) return signals_[position];
     if (!signalsByName_.empty()) return nullptr;
     for (HDNTSignal* signal : signals_)
         if (signal->name() == name) return signal;

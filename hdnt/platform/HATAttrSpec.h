@@ -35,6 +35,8 @@ public:
     int getKind() const { return kind_; }
     void setName(std::string_view name) { name_ = HSTUniqString(name); }
     const std::string& getName() const { return name_.str(); }
+    /// Internal: its platform::textHash().
+    std::uint64_t getNameHash() const { return name_.hash(); }
 
     // Flags. All start false but isVisible.
     void setTest(bool on) { setFlag(Test, on); }

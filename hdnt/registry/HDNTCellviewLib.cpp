@@ -5,6 +5,7 @@
 #include "hdnt/registry/CellviewTable.internal.h"
 #include "hdnt/registry/registerCells.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <iostream>
@@ -52,39 +53,44 @@ static void addCellsOfEnvironment() {
 HDNTCellviewLib::HDNTCellviewLib() {
     if (!initializedValue) initializeValues();
     addCellsOfEnvironment();
-    allTesselEnums_.reserve(slots);
-    names_.resize(slots);
     for (int value = 0; value < slots; ++value) {
-        const char* const name = s_typeToName[value];
-        if (!name) continue;
+        if (!s_typeToName[value]) continue;
         if (value != UNKNOWN) MAX = value;
-        const Type type = static_cast<Type>(value);
-        allTesselEnums_.push_back(type);
-        names_[static_cast<size_t>(value)] = name;
+        allTesselEnums_.push_back(static_cast<Type>(value));
     }
     byName_.build(allTesselEnums_.size(), [this](size_t i) { return textHash(nameAt(i)); });
-    if (names_[UNKNOWN] != "UNKNOWN") {
+    if (!s_typeToName[UNKNOWN] || nameAt(allTesselEnums_.size() - 1) != "UNKNOWN") {
         std::cout << "Unmatched cellview type enums" << std::endl;
         throw HEXInternalException("Unmatched cellview type enums");
     }
 }
 
+// Few programs ask for a name, and strings of them all take longer to make than the rest of the registry.
+const std::vector<std::string>& HDNTCellviewLib::names() const {
+    std::call_once(namesMade_, [this] {
+        names_.reserve(allTesselEnums_.size());
+        for (size_t i = 0; i < allTesselEnums_.size(); ++i) names_.emplace_back(nameAt(i));
+    });
+    return names_;
+}
+
 const std::string& HDNTCellviewLib::getName(Type type) const {
-    if (type >= 0 && type < slots && !names_[static_cast<size_t>(type)].empty())
-        return names_[static_cast<size_t>(type)];
+    const auto found = std::lower_bound(allTesselEnums_.begin(), allTesselEnums_.end(), type);
+    if (found != allTesselEnums_.end() && *found == type)
+        return names()[static_cast<size_t>(found - allTesselEnums_.begin())];
     std::cout << "Error: HDNTCellviewLib: Not able to find the type " << type << " in m_typeToNameMap " << std::endl;
     throw HEXInternalException("HDNTCellviewLib: no cellview type of value " + std::to_string(static_cast<int>(type)));
 }
 
 HDNTCellviewLib::Type HDNTCellviewLib::getType(const std::string& name) const {
-    for (const auto& entry : byName_.find(textHash(name)))
-        if (nameAt(entry.position) == name) return allTesselEnums_[entry.position];
+    for (const uint32_t position : byName_.find(textHash(name)))
+        if (nameAt(position) == name) return allTesselEnums_[position];
     return UNKNOWN;
 }
 
 std::unordered_map<HDNTCellviewLib::Type, std::string> HDNTCellviewLib::getTypeToNameMap() const {
     std::unordered_map<Type, std::string> map(slots);
-    for (const Type type : allTesselEnums_) map.emplace(type, names_[static_cast<size_t>(type)]);
+    for (const Type type : allTesselEnums_) map.emplace(type, s_typeToName[type]);
     return map;
 }
 

@@ -5,7 +5,9 @@
 #include "hdnt/platform/NameIndex.h"
 
 #include <iosfwd>
+#include <mutex>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -46,11 +48,13 @@ public:
 private:
     HDNT_LOCAL HDNTCellviewLib();
 
-    std::vector<Type> allTesselEnums_;
-    const std::string& nameAt(size_t i) const { return names_[static_cast<size_t>(allTesselEnums_[i])]; }
+    std::string_view nameAt(size_t i) const { return s_typeToName[allTesselEnums_[i]]; }
+    HDNT_LOCAL const std::vector<std::string>& names() const;
 
-    std::vector<std::string> names_;   ///< by value; empty for unused values
+    std::vector<Type> allTesselEnums_;
     hdnt::platform::NameIndex byName_; ///< positions in allTesselEnums_
+    mutable std::once_flag namesMade_;
+    mutable std::vector<std::string> names_; ///< in the order of allTesselEnums_
 };
 
 /// Writes the name; for an unused value nothing, and the stream turns bad.
