@@ -44,6 +44,21 @@ Type typeOf(int token) {
 
 } // namespace
 
+// For as much as most texts need: small ones are read in great numbers, and lists that grow from nothing are what takes
+// longest there.
+ModelReceiver::ModelReceiver() {
+    constexpr size_t few = 16;
+    entities_.reserve(4 * few);
+    statements_.reserve(4 * few);
+    decls_.reserve(few);
+    properties_.reserve(few);
+    pins_.reserve(few);
+    operands_.reserve(few);
+    operators_.reserve(few);
+    arguments_.reserve(few);
+    options_.reserve(few);
+}
+
 ModelReceiver::~ModelReceiver() {
     deleteAll(decls_);
     deleteAll(entities_);

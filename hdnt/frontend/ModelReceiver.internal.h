@@ -23,7 +23,7 @@ public:
     static constexpr bool recovers = false;
     struct Mark {};
 
-    ModelReceiver() = default;
+    ModelReceiver();
     ~ModelReceiver();
     ModelReceiver(const ModelReceiver&) = delete;
     ModelReceiver& operator=(const ModelReceiver&) = delete;

@@ -143,7 +143,9 @@ private:
 } // namespace
 
 std::unique_ptr<Decoder> Decoder::forArchive(std::string_view head) {
-    if (head.empty()) return nullptr;
+    constexpr std::string_view firstBytes("\x1f\xfd\x28"
+                                          "BPQRSTUVWXYZ[\\]^_"); // of archives; of texts hardly ever
+    if (head.empty() || firstBytes.find(head.front()) == head.npos) return nullptr;
     std::unique_ptr<Decoder> kinds[] = {std::make_unique<GzipDecoder>(), std::make_unique<Bzip2Decoder>(),
                                         std::make_unique<XzDecoder>(), std::make_unique<ZstdDecoder>()};
     for (std::unique_ptr<Decoder>& kind : kinds)

@@ -2,8 +2,13 @@
 
 #include "hdnt/platform/HEX.h"
 
+#include <dirent.h>
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
+#include <memory>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -34,29 +39,42 @@ bool HUTFile::isDir() const {
 
 HUTFileIter* HUTFile::createFileIter() const {
     std::vector<std::string> names;
-    std::error_code error;
-    fs::directory_iterator entry(path_, error);
-    while (!error && entry != fs::directory_iterator()) {
-        names.push_back(entry->path().filename().string());
-        entry.increment(error);
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path_.c_str()), closedir);
+    if (directory) errno = 0; // the end is told from a fault by it
+    while (const dirent* const entry = directory ? readdir(directory.get()) : nullptr) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") names.emplace_back(name);
+        errno = 0;
     }
-    if (error) throw HEXDataException("Could not read directory " + path_ + ": " + error.message());
+    if (errno != 0)
+        throw HEXDataException("Could not read directory " + path_ + ": " + std::generic_category().message(errno));
     std::sort(names.begin(), names.end());
     for (std::string& name : names) name = HUTPathUtils::join(path_, name);
     return new HUTFileIter(std::move(names));
 }
 
+// Asked for each block that may have a map library; a std::filesystem::path is taken apart in memory of its own.
 bool HUTPathUtils::exists(const std::string& path) {
-    std::error_code error;
-    return fs::exists(path, error);
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0;
 }
 
 std::string HUTPathUtils::join(const std::string& directory, const std::string& name) {
-    return (fs::path(directory) / name).string();
+    if (directory.empty() || name.starts_with('/')) return name;
+    std::string path;
+    path.reserve(directory.size() + 1 + name.size());
+    path += directory;
+    if (!path.ends_with('/')) path += '/';
+    return path += name;
 }
 
 std::string HUTPathUtils::replaceExtension(const std::string& path, const std::string& extension) {
-    return fs::path(path).replace_extension(extension).string();
+    const std::size_t begin = path.rfind('/') + 1; // of the last part; npos + 1 is 0
+    const std::size_t dot = path.rfind('.');
+    const bool hasExtension = dot != path.npos && dot > begin && path.substr(begin) != "..";
+    std::string replaced = path.substr(0, hasExtension ? dot : path.size());
+    if (!extension.empty() && !extension.starts_with('.')) replaced += '.';
+    return replaced += extension;
 }
 
 std::string HUTPathUtils::directoryOf(const std::string& path) { return fs::path(path).parent_path().string(); }
