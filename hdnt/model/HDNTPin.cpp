@@ -72,8 +72,7 @@ void HDNTPin::check() {
 }
 
 std::string HDNTPin::getDirectionName(HDNT_PIN_DIRECTION direction) {
-    const std::string_view word = hdnt::words::pinDirections.wordOf(direction);
-    return std::string(word.empty() ? hdnt::words::pinDirections.wordOf(HDNT_PIN_INTERNAL) : word);
+    return std::string(hdnt::words::directionWord(direction));
 }
 
 std::string HDNTPin::getTypeName(HDNT_PIN_TYPE type) {

@@ -12,6 +12,12 @@ inline constexpr WordTable<HDNT_PIN_DIRECTION, 4> pinDirections{{{{HDNT_PIN_INPU
                                                                   {HDNT_PIN_BIDIR, "bidir"},
                                                                   {HDNT_PIN_INTERNAL, "internal"}}}};
 
+/// A direction that has no word counts as an internal one.
+constexpr std::string_view directionWord(HDNT_PIN_DIRECTION direction) {
+    const std::string_view word = pinDirections.wordOf(direction);
+    return word.empty() ? pinDirections.wordOf(HDNT_PIN_INTERNAL) : word;
+}
+
 inline constexpr WordTable<HDNT_PIN_TYPE, 10> pinTypes{{{{HDNT_PIN_DATA, "data"},
                                                          {HDNT_PIN_CLEAR, "clear"},
                                                          {HDNT_PIN_CLOCK, "clock"},

@@ -6,13 +6,13 @@ void HDNTLibrary::print() { print(stdout); }
 
 void HDNTLibrary::print(FILE* stream) {
     HDNTPrintVisitor visitor(stream);
-    visitor.gatherBodies();
+    visitor.gather();
     accept(visitor);
 }
 
 bool HDNTLibrary::printSource(FILE* stream, std::vector<std::string>* problems) const {
     HDNTSourceVisitor visitor(stream, problems);
-    visitor.gatherBodies();
+    visitor.gather();
     acceptOwn(visitor);
     return visitor.isComplete();
 }

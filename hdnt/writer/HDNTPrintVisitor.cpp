@@ -15,34 +15,47 @@
 #include <algorithm>
 #include <charconv>
 #include <typeinfo>
+#include <utility>
 
 using namespace hdnt::writer;
 
 HDNTPrintVisitor::HDNTPrintVisitor() : HDNTPrintVisitor(stdout) {}
 HDNTPrintVisitor::HDNTPrintVisitor(FILE* stream)
     : stream_(stream ? stream : stdout), text_(std::make_unique<ExpressionBuffer>(expression_)),
-      line_(std::make_unique<Line>()), gathered_(std::make_unique<Line>()) {}
-HDNTPrintVisitor::~HDNTPrintVisitor() { endBody(); }
+      line_(std::make_unique<Line>()) {}
+HDNTPrintVisitor::~HDNTPrintVisitor() { flush(); }
 
 void HDNTPrintVisitor::write(std::string_view text) {
-    if (gathering_) gathered_->add(text);
+    if (gathering_) write(line_->add(text));
     else std::fwrite(text.data(), 1, text.size(), stream_);
 }
 
-void HDNTPrintVisitor::endBody() {
-    gathering_ = false;
-    if (gathered_->view().empty()) return;
-    write(*gathered_);
-    gathered_->clear();
+void HDNTPrintVisitor::write(const Line& line) {
+    if (gathering_) gathered_ = line.view().size();
+    else write(line.view());
 }
 
-void HDNTPrintVisitor::write(const Line& line) { write(line.view()); }
+// What a lazily loaded mapping reports goes to the standard output, between the blocks.
+void HDNTPrintVisitor::endBody() {
+    constexpr size_t enough = size_t{1} << 16;
+    if (gathered_ >= enough || stream_ == stdout) flush();
+}
+
+void HDNTPrintVisitor::flush() {
+    if (gathered_ > 0) std::fwrite(line_->view().data(), 1, std::exchange(gathered_, 0), stream_);
+    line_->clear();
+}
+
+Line& HDNTPrintVisitor::emptyLine() {
+    if (!gathering_) line_->clear();
+    return *line_;
+}
 
 void HDNTPrintVisitor::printIndent() { write(HDNTPrintVisitor::startLine()); }
 
 void HDNTPrintVisitor::print() { writeExpression(""); }
 
-void HDNTPrintVisitor::writeExpression(const char* end) {
+void HDNTPrintVisitor::writeExpression(std::string_view end) {
     write(text_->finish());
     write(end);
     text_->clear();
@@ -50,16 +63,7 @@ void HDNTPrintVisitor::writeExpression(const char* end) {
 
 void HDNTPrintVisitor::joinWith(const char* separator) { text_->joinWith(separator); }
 
-void HDNTPrintVisitor::addQuotedString(const std::string& text) {
-    line_->clear();
-    appendText(*line_, text);
-    expression_ += line_->view();
-}
-
-Line& HDNTPrintVisitor::startLine() {
-    line_->clear();
-    return line_->indent(indent_);
-}
+Line& HDNTPrintVisitor::startLine() { return emptyLine().indent(indent_); }
 
 void HDNTPrintVisitor::openBrace(Line& line, int32_t blanks) {
     line.add('\n').fill(static_cast<size_t>(blanks), ' ').add("{\n");
@@ -80,11 +84,10 @@ void HDNTPrintVisitor::appendTypeName(Line& line, HATAttrTypes::AttrType type) {
 void HDNTPrintVisitor::cannotWrite(const std::string&) {}
 
 void HDNTPrintVisitor::visit(HDNTLibrary* library) {
-    line_->clear();
-    line_->add("library ");
-    appendText(*line_, library->getName());
-    openBrace(*line_, 0);
-    write(*line_);
+    Line& line = emptyLine().add("library ");
+    appendText(line, library->getName());
+    openBrace(line, 0);
+    write(line);
     indentMore();
 }
 
@@ -105,16 +108,15 @@ void HDNTPrintVisitor::appendFunction(Line& line, const HDNTFunctionDecl& functi
 }
 
 void HDNTPrintVisitor::visit(HDNTFunctionDecl* function) {
-    line_->clear();
-    appendFunction(*line_, *function);
-    write(*line_);
+    Line& line = emptyLine();
+    appendFunction(line, *function);
+    write(line);
 }
 
 void HDNTPrintVisitor::visit(HDNTBlock* block) { beginBlock(*block, true); }
 
 void HDNTPrintVisitor::beginBlock(const HDNTBlock& block, bool always) {
     inBlock_ = true;
-    beginBody();
     writeEmptyLine();
     Line& line = startLine();
     line.add("block ");
@@ -155,7 +157,7 @@ template <typename Pin>
 void HDNTPrintVisitor::appendPinLine(Line& line, const std::string& name, const Pin& pin, HDNT_PIN_TYPE type) {
     line.add("pin ");
     appendText(line, name);
-    line.add(" ").add(HDNTPin::getDirectionName(pin.getDirection()));
+    line.add(' ').add(hdnt::words::directionWord(pin.getDirection()));
     if (pin.isTest()) line.add(" test");
     if (pin.isAbstract()) line.add(" abstract");
     if (type != HDNT_PIN_DATA) line.add(" ").add(HDNTPin::getTypeName(type));

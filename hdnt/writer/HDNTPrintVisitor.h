@@ -113,12 +113,14 @@ private:
     void indentLess() { indent_ -= 2; }
     HDNT_LOCAL void write(std::string_view text);
     HDNT_LOCAL void write(const hdnt::writer::Line& line);
-    /// Where nobody looks at the stream between two operations, a block or a mapping goes to it in one piece.
-    void gatherBodies() { gathersBodies_ = true; }
-    void beginBody() { gathering_ = gathersBodies_; }
+    /// For when nobody looks at the stream between two operations: text goes to it in large pieces then.
+    void gather() { gathering_ = true; }
+    /// The end of a block or a mapping, where what was gathered may go to the stream.
     HDNT_LOCAL void endBody();
+    HDNT_LOCAL void flush();
+    HDNT_LOCAL hdnt::writer::Line& emptyLine();
     /// Writes the expression, closed by the text.
-    HDNT_LOCAL void writeExpression(const char* end);
+    HDNT_LOCAL void writeExpression(std::string_view end);
     HDNT_LOCAL void appendFunction(hdnt::writer::Line& line, const HDNTFunctionDecl& function);
     /// `always`: also a maturity level that no one has to write.
     HDNT_LOCAL void beginBlock(const HDNTBlock& block, bool always);
@@ -134,16 +136,17 @@ private:
     HDNT_LOCAL void writeEmptyBranch();
     template <typename Append>
     HDNT_LOCAL void addOperand(Append&& append);
+    template <typename Append>
+    HDNT_LOCAL void addToExpression(Append&& append);
 
     int32_t indent_ = 0;
     std::string expression_;
     FILE* stream_;
     std::unique_ptr<hdnt::writer::ExpressionBuffer> text_;
-    std::unique_ptr<hdnt::writer::Line> line_;
-    std::unique_ptr<hdnt::writer::Line> gathered_; ///< not yet in the stream
+    std::unique_ptr<hdnt::writer::Line> line_; ///< behind what was gathered
+    size_t gathered_ = 0;                      ///< bytes
     std::string busName_;
     bool inBlock_ = false;
     bool inSignal_ = false;
-    bool gathersBodies_ = false;
     bool gathering_ = false;
 };

@@ -20,7 +20,6 @@
 using namespace hdnt::writer;
 
 void HDNTPrintVisitor::visit(HDNTNetlist* netlist) {
-    beginBody();
     Line& line = startLine();
     using Section = HDNTNetlist::Section;
     const Section byFlags = netlist->isExpandsTo() ? Section::expandsto
@@ -129,18 +128,29 @@ void HDNTPrintVisitor::postVisit(HDNTFunctionCall* call) {
     if (call->isStatement()) writeExpression(";\n");
 }
 
+void HDNTPrintVisitor::addQuotedString(const std::string& text) {
+    addToExpression([&](Line& line) { appendText(line, text); });
+}
+
 template <typename Append>
 void HDNTPrintVisitor::addOperand(Append&& append) {
-    joinWith(", ");
-    line_->clear();
+    text_->joinWith(", ");
+    addToExpression(append);
+}
+
+template <typename Append>
+void HDNTPrintVisitor::addToExpression(Append&& append) {
+    const size_t begin = line_->view().size();
     append(*line_);
-    expression_ += line_->view();
+    expression_ += line_->view().substr(begin);
+    line_->shrink(begin);
 }
 
 void HDNTPrintVisitor::appendPin(Line& line, const HDNTBlockPinName& pin) {
     appendText(line, pin.instName());
     line.add(' ');
-    appendText(line, pin.inverted() ? '~' + pin.pinName() : pin.pinName());
+    if (pin.inverted()) appendText(line, '~' + pin.pinName());
+    else appendText(line, pin.pinName());
 }
 
 void HDNTPrintVisitor::visit(HDNTBlockPinName* pin) {

@@ -133,11 +133,11 @@ bool HDNTSourceVisitor::enter(HDNTNetlist* netlist) {
 }
 
 void HDNTSourceVisitor::visit(HDNTNetlist* netlist) {
-    beginBody();
     enterElement("mapping", nullptr);
     for (const HDNTFunctionCall* call : netlist->preInstanceCalls()) checkStatement(call);
     for (const HDNTFunctionCall* call : netlist->postInstanceCalls()) checkStatement(call);
-    write(std::exchange(mappingDue_, false) ? " " : startLine().view());
+    if (std::exchange(mappingDue_, false)) write(" ");
+    else write(startLine());
     write(hdnt::words::sections.wordOf(netlist->section()));
     write(" {\n");
     indentMore();
@@ -217,7 +217,8 @@ void HDNTSourceVisitor::visit(HDNTIfStmt* stmt) {
     checkExpression(stmt->condition());
     if (stmt->elseStmt() && takesElse(stmt->thenStmt()))
         cannotWrite("an if statement without \"else\" as the branch of one that has it");
-    write(std::exchange(branchDue_, false) ? " " : startLine().view());
+    if (std::exchange(branchDue_, false)) write(" ");
+    else write(startLine());
     write("if (");
 }
 

@@ -12,7 +12,7 @@
 namespace hdnt::writer {
 
 void Line::grow(size_t count) {
-    const size_t capacity = std::max(2 * capacity_, size_ + std::max<size_t>(count, 256));
+    const size_t capacity = std::max(2 * capacity_, size_ + std::max<size_t>(count + slack, 256));
     std::unique_ptr<char[]> bytes(new char[capacity]);
     if (size_ > 0) std::memcpy(bytes.get(), bytes_.get(), size_);
     bytes_ = std::move(bytes);

@@ -14,6 +14,7 @@ class Line {
 public:
     std::string_view view() const { return {bytes_.get(), size_}; }
     void clear() { size_ = 0; }
+    void shrink(size_t size) { size_ = size; }
 
     template <size_t N>
     Line& add(const char (&literal)[N]) {
@@ -30,7 +31,9 @@ public:
     }
     Line& add(int value);
     Line& fill(size_t count, char c) {
-        std::memset(room(count), c, count);
+        char* const to = room(count);
+        if (count <= slack) std::memset(to, c, slack); // of a known length no call
+        else std::memset(to, c, count);
         return *this;
     }
     /// At least one blank, also for an indent of 0.
@@ -58,8 +61,10 @@ private:
         std::memcpy(to, from, Length);
         std::memcpy(to + count - Length, last, Length);
     }
+    // Behind it may be written up to so many bytes from its beginning on.
+    static constexpr size_t slack = 16;
     char* room(size_t count) {
-        if (capacity_ - size_ < count) [[unlikely]]
+        if (capacity_ - size_ < count + slack) [[unlikely]]
             grow(count);
         char* const start = bytes_.get() + size_;
         size_ += count;

@@ -2,6 +2,7 @@
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/model/TypedValues.internal.h"
+#include "hdnt/model/Words.h"
 #include "hdnt/writer/Line.internal.h"
 #include "hdnt/writer/PropertyText.internal.h"
 
@@ -189,11 +190,10 @@ void appendAllValues(Options& options, const Form& form) {
 
 void appendType(Line& line, const HDNTProperty& property) {
     line.add("property ");
-    if (!isBits(property)) {
-        line.add(HDNTProperty::getTypeName(property.getType()));
-        return;
-    }
-    line.add(property.getBitWidth()).add(std::string_view(radixOf(property)));
+    const std::string_view word = hdnt::words::propertyTypes.wordOf(property.getType());
+    if (isBits(property)) line.add(property.getBitWidth()).add(std::string_view(radixOf(property)));
+    else if (!word.empty()) line.add(word);
+    else line.add(HDNTProperty::getTypeName(property.getType())); // says that it is none
 }
 
 void appendFlags(Options& options, const HDNTProperty& property) {
