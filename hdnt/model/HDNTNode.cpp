@@ -6,13 +6,14 @@
 #include "hdnt/platform/SlabMemory.internal.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdlib>
 #include <limits>
 
 namespace {
 
-bool isPlainPart(char c) {
+constexpr bool isPlainPart(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
@@ -103,8 +104,10 @@ void HDNTNode::checkNames(const std::string& name, bool allowArrayFormat) const 
     if (!hdnt::model::judgesNames()) return;
     if (name.empty()) {
         HDNTError::NameCannotBeEmptyString(getLocation());
+    } else if (isPlainName(name)) {
+        return;
     } else if (!isMultipleInstances(name)) {
-        if (!isPlainName(name)) HDNTError::InvalidName(getLocation(), name.c_str());
+        HDNTError::InvalidName(getLocation(), name.c_str());
     } else if (!allowArrayFormat) {
         HDNTError::ArrayFormatDisallowed(getLocation(), name.c_str());
     } else {
@@ -116,7 +119,14 @@ void HDNTNode::checkNames(const std::string& name, bool allowArrayFormat) const 
 }
 
 bool HDNTNode::isPlainName(const std::string& name) {
-    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return c == '@' || isPlainPart(c); });
+    static constexpr auto isPart = [] {
+        std::array<bool, 256> table{};
+        for (unsigned c = 0; c < table.size(); ++c) table[c] = c == '@' || isPlainPart(static_cast<char>(c));
+        return table;
+    }();
+    bool isPlain = !name.empty();
+    for (const char c : name) isPlain &= isPart[static_cast<unsigned char>(c)]; // few are not: no need to leave early
+    return isPlain;
 }
 
 bool HDNTNode::rangeOf(const std::string& name, std::string& baseName, int& first, int& last) const {

@@ -161,35 +161,39 @@ ErrorStream::~ErrorStream() {
 }
 
 Table::Table(std::vector<std::string> header, std::string indent) : indent_(std::move(indent)) {
-    lines_.push_back({std::move(header), false});
+    addLine({std::move(header), false, {}});
 }
 
 void Table::add(std::vector<std::string> cells) {
     for (std::string& cell : cells) cell = printable(cell);
-    lines_.push_back({std::move(cells), false});
+    addLine({std::move(cells), false, {}});
 }
 
-void Table::addNote(const std::string& text) { lines_.push_back({{printable(text)}, true}); }
+void Table::addNote(const std::string& text) { addLine({{printable(text)}, true, {}}); }
+
+void Table::addLine(Line line) {
+    for (const std::string& cell : line.cells) line.widths.push_back(characters(cell));
+    lines_.push_back(std::move(line));
+}
 
 std::string Table::text() const {
     if (lines_.size() == 1) return {};
     std::vector<size_t> widths;
     for (const Line& line : lines_) {
-        for (size_t i = 0; !line.isNote && i < line.cells.size(); ++i) {
-            widths.resize(std::max(widths.size(), i + 1));
-            widths[i] = std::max(widths[i], characters(line.cells[i]));
-        }
+        widths.resize(std::max(widths.size(), line.cells.size()));
+        for (size_t i = 0; !line.isNote && i < line.cells.size(); ++i) widths[i] = std::max(widths[i], line.widths[i]);
     }
     std::string result;
+    std::string row;
     for (const Line& line : lines_) {
-        std::string row;
+        row.clear();
         size_t gap = 0;
         for (size_t i = 0; i < line.cells.size(); ++i) {
-            if (!line.cells[i].empty()) row += std::string(gap, ' ') + line.cells[i];
-            gap = (line.cells[i].empty() ? gap : 0) + widths[i] + 2 - std::min(widths[i], characters(line.cells[i]));
+            if (!line.cells[i].empty()) row.append(std::exchange(gap, 0), ' ').append(line.cells[i]);
+            gap += widths[i] + 2 - std::min(widths[i], line.widths[i]);
         }
         const bool isHeader = &line == &lines_.front();
-        result += indent_ + (isHeader ? colored(Color::Bold, row, STDOUT_FILENO) : row) + "\n";
+        result.append(indent_).append(isHeader ? colored(Color::Bold, row, STDOUT_FILENO) : row).append("\n");
     }
     return result;
 }

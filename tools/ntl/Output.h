@@ -98,7 +98,10 @@ private:
     struct Line {
         std::vector<std::string> cells;
         bool isNote;
+        std::vector<size_t> widths; ///< of the cells, in characters
     };
+    void addLine(Line line);
+
     std::string indent_;
     std::vector<Line> lines_;
 };
