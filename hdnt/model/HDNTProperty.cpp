@@ -91,7 +91,7 @@ void HDNTProperty::completeHexRange() {
 }
 
 void HDNTProperty::describe(std::string_view text) {
-    std::unique_ptr<const std::string> before = spec_.exchangeDescription(text);
+    HATAttrSpec::OwnText before = spec_.exchangeDescription(text);
     if (!std::exchange(describedByConfig_, true)) declaredDescription_ = std::move(before);
 }
 

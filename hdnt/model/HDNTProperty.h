@@ -158,7 +158,7 @@ private:
     HDNT_LOCAL void completeHexRange();
 
     HATAttrSpec spec_;
-    std::unique_ptr<const std::string> declaredDescription_; ///< set once describedByConfig_ is; null when empty
+    HATAttrSpec::OwnText declaredDescription_; ///< set once describedByConfig_ is
     int index_ = -1;
     bool describedByConfig_ = false;
     bool minCompleted_ = false;

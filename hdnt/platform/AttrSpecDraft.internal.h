@@ -21,9 +21,7 @@ public:
     /// Forgets what was set.
     void clear() noexcept;
 
-    void setDescription(std::string_view text) {
-        description_ = text.empty() ? nullptr : std::make_unique<const std::string>(text);
-    }
+    void setDescription(std::string_view text) { description_ = ownText(text); }
     void setUnit(std::string_view unit) {
         putText(UnitDefault, unit);
         unit_ = HSTUniqString(unit);
@@ -83,7 +81,7 @@ private:
     std::vector<std::uint64_t> items_; ///< of the facet list_
     Facet list_ = NumFacets;
     HSTUniqString unit_;
-    std::unique_ptr<const std::string> description_;
+    OwnText description_;
     int width_ = 0;
     int precision_ = DefaultPrecision;
     std::uint32_t present_ = 0;

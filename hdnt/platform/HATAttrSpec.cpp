@@ -135,8 +135,19 @@ void HATAttrSpec::putText(Facet facet, HSTUniqString value) {
 
 const std::string& HATAttrSpec::getDescription() const { return description_ ? *description_ : HSTUniqString().str(); }
 
-std::unique_ptr<const std::string> HATAttrSpec::exchangeDescription(std::string_view text) {
-    return std::exchange(description_, text.empty() ? nullptr : std::make_unique<const std::string>(text));
+HATAttrSpec::OwnText HATAttrSpec::ownText(std::string_view text) {
+    if (text.empty()) return nullptr;
+    std::string made(text); // throws before there is an object to hold it
+    return OwnText(new (hdnt::platform::allocateObject(sizeof made)) std::string(std::move(made)));
+}
+
+void HATAttrSpec::TextDeleter::operator()(const std::string* text) const noexcept {
+    std::destroy_at(text);
+    hdnt::platform::freeObject(const_cast<std::string*>(text), sizeof *text);
+}
+
+HATAttrSpec::OwnText HATAttrSpec::exchangeDescription(std::string_view text) {
+    return std::exchange(description_, ownText(text));
 }
 
 void HATAttrSpec::appendText(Facet list, HSTUniqString value) {

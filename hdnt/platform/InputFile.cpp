@@ -92,7 +92,7 @@ bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, st
     for (;;) {
         const std::size_t size = out.size();
         const std::size_t room = expected >= size ? std::min(expected + 1 - size, ChunkBytes) : ChunkBytes;
-        if (room == ChunkBytes && size + room <= out.capacity()) populate(out.data() + size, room);
+        if (size + room <= out.capacity()) populate(out.data() + size, room);
         ssize_t got = 0;
         appendWritten(out, room, [&](char* part) {
             got = read(file.value, part, room);
@@ -101,7 +101,8 @@ bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, st
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) return why = systemReason(errno), false;
         if (out.size() > maxBytes) return why = sizeReason(maxBytes), false;
-        if (got == 0) return true;
+        const bool isWhole = S_ISREG(status.st_mode) && got < static_cast<ssize_t>(room);
+        if (got == 0 || isWhole) return true; // of a regular file less than was asked for is all that is left
     }
 }
 
