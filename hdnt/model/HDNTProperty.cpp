@@ -91,7 +91,7 @@ void HDNTProperty::completeHexRange() {
 }
 
 void HDNTProperty::describe(std::string_view text) {
-    HATAttrSpec::OwnText before = spec_.exchangeDescription(text);
+    HATOwnText before = spec_.exchangeDescription(text);
     if (!std::exchange(describedByConfig_, true)) declaredDescription_ = std::move(before);
 }
 

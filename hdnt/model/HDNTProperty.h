@@ -71,9 +71,7 @@ public:
     /// The description of the declaration, also when finalize() put that of the configuration in its place; empty when
     /// there was none.
     const std::string& getDeclaredDescription() const {
-        return declaredDescription_ ? *declaredDescription_
-               : describedByConfig_ ? HSTUniqString().str()
-                                    : spec_.getDescription();
+        return describedByConfig_ ? declaredDescription_.str() : spec_.getDescription();
     }
 
     void setBitWidth(int bits) { spec_.setBitWidth(bits); }
@@ -158,7 +156,7 @@ private:
     HDNT_LOCAL void completeHexRange();
 
     HATAttrSpec spec_;
-    HATAttrSpec::OwnText declaredDescription_; ///< set once describedByConfig_ is
+    HATOwnText declaredDescription_; ///< set once describedByConfig_ is
     int index_ = -1;
     bool describedByConfig_ = false;
     bool minCompleted_ = false;

@@ -21,7 +21,7 @@ public:
     /// Forgets what was set.
     void clear() noexcept;
 
-    void setDescription(std::string_view text) { description_ = ownText(text); }
+    void setDescription(std::string_view text) { description_ = HATOwnText(text); }
     void setUnit(std::string_view unit) {
         putText(UnitDefault, unit);
         unit_ = HSTUniqString(unit);
@@ -81,7 +81,7 @@ private:
     std::vector<std::uint64_t> items_; ///< of the facet list_
     Facet list_ = NumFacets;
     HSTUniqString unit_;
-    OwnText description_;
+    HATOwnText description_;
     int width_ = 0;
     int precision_ = DefaultPrecision;
     std::uint32_t present_ = 0;

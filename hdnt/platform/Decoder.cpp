@@ -59,6 +59,12 @@ public:
         return code == Z_OK || code == Z_BUF_ERROR ? Status::More : Status::Damaged;
     }
     bool recognises(std::string_view text) const override { return startsWithMagic(text, GzipMagic); }
+    std::size_t saidSize(std::string_view archive) const override { // its last four bytes, the lowest first
+        std::size_t size = 0;
+        for (std::size_t i = 1; i <= 4 && i < archive.size(); ++i)
+            size = size << 8 | static_cast<unsigned char>(archive[archive.size() - i]);
+        return size;
+    }
 
 private:
     z_stream stream_{};
@@ -134,6 +140,10 @@ public:
         const bool skippable = text.size() > ZstdSkippableMagic.size() && (text[0] & 0xf0) == 0x50 &&
                                text.substr(1, ZstdSkippableMagic.size()) == ZstdSkippableMagic;
         return skippable || startsWithMagic(text, ZstdMagic);
+    }
+    std::size_t saidSize(std::string_view archive) const override {
+        const unsigned long long size = ZSTD_getFrameContentSize(archive.data(), archive.size());
+        return size == ZSTD_CONTENTSIZE_UNKNOWN || size == ZSTD_CONTENTSIZE_ERROR ? 0 : size;
     }
 
 private:

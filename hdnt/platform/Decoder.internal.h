@@ -18,6 +18,9 @@ public:
     /// nothing written, means that the input ends within the member.
     virtual Status step(std::string_view& in, char*& out, char* end) = 0;
 
+    /// What the archive says of the size of its text, if it is one member; 0 when it does not. It need not be true.
+    virtual std::size_t saidSize(std::string_view) const { return 0; }
+
     /// True when the text begins like a member of this kind.
     virtual bool recognises(std::string_view text) const = 0;
 

@@ -133,21 +133,8 @@ void HATAttrSpec::putText(Facet facet, HSTUniqString value) {
     release(old);
 }
 
-const std::string& HATAttrSpec::getDescription() const { return description_ ? *description_ : HSTUniqString().str(); }
-
-HATAttrSpec::OwnText HATAttrSpec::ownText(std::string_view text) {
-    if (text.empty()) return nullptr;
-    std::string made(text); // throws before there is an object to hold it
-    return OwnText(new (hdnt::platform::allocateObject(sizeof made)) std::string(std::move(made)));
-}
-
-void HATAttrSpec::TextDeleter::operator()(const std::string* text) const noexcept {
-    std::destroy_at(text);
-    hdnt::platform::freeObject(const_cast<std::string*>(text), sizeof *text);
-}
-
-HATAttrSpec::OwnText HATAttrSpec::exchangeDescription(std::string_view text) {
-    return std::exchange(description_, ownText(text));
+HATOwnText HATAttrSpec::exchangeDescription(std::string_view text) {
+    return std::exchange(description_, HATOwnText(text));
 }
 
 void HATAttrSpec::appendText(Facet list, HSTUniqString value) {
@@ -248,7 +235,7 @@ void HATAttrSpec::Draft::clear() noexcept {
     items_.clear();
     list_ = NumFacets;
     unit_ = HSTUniqString();
-    description_.reset();
+    description_ = HATOwnText();
     width_ = 0;
     precision_ = DefaultPrecision;
     present_ = 0;

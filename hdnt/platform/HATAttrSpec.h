@@ -2,6 +2,7 @@
 
 #include "hdnt/platform/Export.h"
 #include "hdnt/platform/HATAttrTypes.h"
+#include "hdnt/platform/HATOwnText.h"
 #include "hdnt/platform/HATValueIter.h"
 #include "hdnt/platform/HSTUniqString.h"
 
@@ -59,17 +60,10 @@ public:
     void setUnitDefault(std::string_view unit) { putText(UnitDefault, HSTUniqString(unit)); }
     const std::string& getUnitDefault() const { return text(UnitDefault); }
 
-    /// Drops what stands in the library's own memory for small objects.
-    struct TextDeleter {
-        HDNT_API void operator()(const std::string* text) const noexcept;
-    };
-    /// A text that is not shared; null for an empty one.
-    using OwnText = std::unique_ptr<const std::string, TextDeleter>;
-
     void setDescription(std::string_view text) { exchangeDescription(text); }
-    const std::string& getDescription() const;
+    const std::string& getDescription() const { return description_.str(); }
     /// Sets the description and gives back the one before, for whom it stays where it is; null for an empty one.
-    OwnText exchangeDescription(std::string_view text);
+    HATOwnText exchangeDescription(std::string_view text);
 
     /// Source types are HATSrcInfo codes; all are allowed at first, codes outside 0 to 31 never.
     void removeAllowedSourceType(int sourceType);
@@ -140,8 +134,6 @@ public:
     std::size_t packedBytes() const;
 
 private:
-    HDNT_LOCAL static OwnText ownText(std::string_view text);
-
     enum Flag : std::uint16_t {
         Test = 1U << 0,
         Simulation = 1U << 1,
@@ -213,7 +205,7 @@ private:
     HDNT_API HATValueIter<T>* makeIter(Facet list) const;
 
     HSTUniqString name_;
-    OwnText description_; ///< hardly ever the same twice, so not shared
+    HATOwnText description_; ///< hardly ever the same twice, so not shared
     std::uint64_t* slots_ = nullptr;
     std::uint32_t present_ = 0;
     std::uint16_t flags_ = 0;

@@ -115,7 +115,12 @@ bool withinLimits(std::size_t textBytes, std::size_t fileBytes, const InputLimit
 }
 
 bool expand(Decoder& decoder, std::string_view archive, const InputLimits& limits, std::string& out, std::string& why) {
-    const std::size_t room = std::clamp(8 * archive.size(), std::size_t{4096}, ChunkBytes); // texts pack to a fifth
+    const std::size_t usual = std::clamp(8 * archive.size(), std::size_t{4096}, ChunkBytes); // texts pack to a fifth
+    const std::size_t said = decoder.saidSize(archive);
+    // An archive that says its size, and may have it, is unpacked at once into what holds it.
+    std::size_t room = withinLimits(said, archive.size(), limits, why) ? std::max(usual, said) : usual;
+    if (room > usual) out.reserve(room + bytes16Room);
+    adviseLargePages(out);
     std::string_view rest = archive;
     for (;;) {
         if (!decoder.recognises(rest)) return why = "bytes after the end of the archive", false;
@@ -130,6 +135,7 @@ bool expand(Decoder& decoder, std::string_view archive, const InputLimits& limit
                 status = decoder.step(rest, end, part + room);
                 return static_cast<std::size_t>(end - part);
             });
+            room = usual;
             if (!withinLimits(out.size(), archive.size(), limits, why)) return false;
             if (status == Decoder::Status::More && rest.size() == before && out.size() == size)
                 return why = "archive is cut short", false;
