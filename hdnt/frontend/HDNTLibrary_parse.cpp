@@ -9,7 +9,7 @@
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/netlist/MappingJournal.internal.h"
-#include "hdnt/platform/ConfigBase.h"
+#include "hdnt/platform/DataDirectory.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
 #include "hdnt/platform/HUTFile.h"
@@ -86,10 +86,8 @@ bool HDNTLibrary::usesMapLibraries() {
 
 bool HDNTLibrary::loadMaplib(const std::string& name, const std::string& arch) {
     if (!usesMapLibraries() || name.empty() || name.find('/') != std::string::npos) return false;
-    const std::string directory = ConfigBase::getDataLocation("maplib");
-    if (directory.empty()) return false;
-    const std::string path = HUTPathUtils::replaceExtension(HUTPathUtils::join(directory, name), "btl");
-    if (!HUTPathUtils::exists(path)) return false;
+    const std::string path = hdnt::platform::findData("maplib", HUTPathUtils::replaceExtension(name, "btl"));
+    if (path.empty()) return false;
     const auto refuse = [&](const std::string& reason) {
         HDNTError::notify({HDNTNotice::Kind::MapLibraryRefused, {path.c_str(), 0, 0, 0, 0, 0}, path, reason});
     };

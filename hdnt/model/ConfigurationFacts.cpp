@@ -91,8 +91,33 @@ ConfigBase& Configuration::descriptions() {
     if (descriptions_) return *descriptions_;
     auto fresh = std::make_unique<ConfigBase>();
     fresh->readFile("tessel.desc.cfg", "");
+    table_ = DescriptionTable(*fresh);
+    tableGeneration_ = fresh->generation();
     descriptions_ = std::move(fresh);
     return *descriptions_;
+}
+
+const DescriptionTable& Configuration::descriptionTable() {
+    // A host may have read another file.
+    if (std::exchange(tableGeneration_, descriptions_->generation()) != descriptions_->generation())
+        table_ = DescriptionTable(*descriptions_);
+    return table_;
+}
+
+DescriptionTable::DescriptionTable(const ConfigBase& config) {
+    forEachMember(config.root(), [&](std::string_view block, const Setting& group) {
+        const std::size_t begin = texts_.size();
+        forEachMember(&group, [&](std::string_view name, const Setting& text) {
+            if (text.getType() == Setting::TypeString) texts_.push_back({name, text.c_str()});
+        });
+        if (texts_.size() > begin) blocks_[block] = {begin, texts_.size() - begin};
+    });
+}
+
+std::span<const DescriptionTable::Text> DescriptionTable::of(std::string_view block) const {
+    const auto found = blocks_.find(block);
+    if (found == blocks_.end()) return {};
+    return std::span(texts_).subspan(found->second.begin, found->second.count);
 }
 
 const CellFacts* cellFacts(const HDNTBlock& block) {
@@ -112,11 +137,9 @@ PropertyContext propertyContext(const HDNTBlock* block) {
 
 void forEachDescription(const HDNTLibrary& library, const std::string& block,
                         const std::function<void(std::string_view, std::string_view)>& visit) {
-    ConfigBase& config = *library.getDescConfig();
-    const HCTLock lock(config.mutex());
-    forEachMember(config.find({block}), [&](const char* name, const Setting& text) {
-        if (text.getType() == Setting::TypeString) visit(name, text.c_str());
-    });
+    const HCTLock lock(library.getDescConfig()->mutex());
+    for (const DescriptionTable::Text& text : library.getConfiguration().descriptionTable().of(block))
+        visit(text.name, text.text);
 }
 
 std::optional<std::string> describedText(const HDNTLibrary& library, std::initializer_list<std::string_view> names) {

@@ -10,8 +10,10 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -73,6 +75,29 @@ struct ConfigurationFacts {
     std::vector<std::string> pseudoDifferentialFunctions;
 };
 
+/// The description configuration by blocks: each finalized block asks for all of its texts, and in libconfig's tree
+/// each costs a wrapper and stands wherever the file was read to.
+class DescriptionTable {
+public:
+    struct Text {
+        std::string_view name;
+        std::string_view text;
+    };
+    DescriptionTable() = default;
+    /// Views of the configuration, until that is read again.
+    explicit DescriptionTable(const ConfigBase& config);
+    /// In the order of the file.
+    std::span<const Text> of(std::string_view block) const;
+
+private:
+    struct Stretch {
+        std::size_t begin = 0;
+        std::size_t count = 0;
+    };
+    std::vector<Text> texts_;
+    std::unordered_map<std::string_view, Stretch> blocks_;
+};
+
 /// What a root library reads. Any thread, where ConfigBase says nothing else.
 class Configuration {
 public:
@@ -83,11 +108,15 @@ public:
     const ConfigurationFacts& facts() const { return facts_; }
     /// Read on first use. A malformed file throws HEXDataException, and the next call reads it again.
     ConfigBase& descriptions();
+    /// To be asked for with the mutex of descriptions() locked, and held while it is used.
+    const DescriptionTable& descriptionTable();
 
 private:
     ConfigBase application_;
     ConfigurationFacts facts_;
     std::unique_ptr<ConfigBase> descriptions_;
+    DescriptionTable table_; ///< of what descriptions_ was in this generation
+    std::size_t tableGeneration_ = 0;
     std::mutex mutex_; ///< not std::call_once, which a throw must not use up
 };
 

@@ -189,6 +189,7 @@ const HDNTLibrary& HDNTLibrary::root() const {
 
 ConfigBase* HDNTLibrary::getConfig() const { return &root().configuration_->application(); }
 ConfigBase* HDNTLibrary::getDescConfig() const { return &root().configuration_->descriptions(); }
+hdnt::model::Configuration& HDNTLibrary::getConfiguration() const { return *root().configuration_; }
 const hdnt::model::ConfigurationFacts& HDNTLibrary::getConfigurationFacts() const {
     return root().configuration_->facts();
 }

@@ -173,6 +173,7 @@ public:
     void getMasterDriverTypes(std::vector<std::string>& out) const;
     /// The configuration as tables. Internal.
     const hdnt::model::ConfigurationFacts& getConfigurationFacts() const;
+    HDNT_LOCAL hdnt::model::Configuration& getConfiguration() const;
 
 private:
     HDNT_LOCAL HDNTLibrary(HDNTLibrary* parent, std::shared_ptr<hdnt::model::Configuration> configuration);

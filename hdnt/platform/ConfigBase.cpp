@@ -89,6 +89,12 @@ void ConfigBase::readFile(const std::string& fileName, const std::string& sectio
     index_->groups.clear();
     config_ = std::move(fresh);
     section_ = section;
+    ++generation_;
+}
+
+const libconfig::Setting* ConfigBase::root() const {
+    if (section_.empty()) return &config_->getRoot();
+    return config_->exists(section_) ? &config_->lookup(section_) : nullptr;
 }
 
 std::string ConfigBase::fullPath(const std::string& path) const {

@@ -4,6 +4,7 @@
 #include "hdnt/platform/HCTMutex.h"
 #include "hdnt/platform/PartSpec.h"
 
+#include <cstddef>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -37,7 +38,11 @@ public:
     /// and leaves the configuration as it was. Settings handed out before are gone. Included files are sought beside
     /// it. When a section is given, look-ups begin in that group of the file.
     void readFile(const std::string& fileName, const std::string& section = "");
+    /// How often that was done: what was found before is gone when the number is another one.
+    std::size_t generation() const { return generation_; }
 
+    /// Where look-ups begin: the section, or the whole. Null when the file has no such section.
+    const libconfig::Setting* root() const;
     /// Null when there is no such setting. The settings belong to this object, or to the parent.
     const libconfig::Setting* lookup(const std::string& path) const;
     /// The same for a path that is given name by name. A large group is indexed at the first look-up in it; only small
@@ -70,5 +75,6 @@ private:
     std::unique_ptr<libconfig::Config> config_;
     std::unique_ptr<Index> index_; ///< of large groups, filled by look-ups
     std::string section_;
+    std::size_t generation_ = 0;
     HCTMutex mutex_;
 };

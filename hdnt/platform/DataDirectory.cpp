@@ -50,6 +50,14 @@ static std::string find(const char* variable, const std::string& name) {
 }
 
 std::string findData(const std::string& name) { return find("HDNT_DATA_PATH", name); }
+// Asked for each block that may have a map library. Where there is one directory, the file says whether it is there.
+std::string findData(const std::string& directory, const std::string& file) {
+    const char* const list = std::getenv("HDNT_DATA_PATH");
+    const std::string found = list && *list ? findData(directory) : HUTPathUtils::join(shareDirectory(), directory);
+    if (found.empty()) return {};
+    std::string path = HUTPathUtils::join(found, file);
+    return HUTPathUtils::exists(path) ? path : std::string();
+}
 std::string findConfiguration(const std::string& name) { return find("HDNT_CONFIG_PATH", name); }
 
 } // namespace hdnt::platform

@@ -15,6 +15,8 @@ HDNT_API const std::string& shareDirectory();
 
 /// HDNT_DATA_PATH
 HDNT_API std::string findData(const std::string& name);
+/// The file in the first directory of that name, without a look further when it is not there.
+HDNT_API std::string findData(const std::string& directory, const std::string& file);
 /// HDNT_CONFIG_PATH
 HDNT_API std::string findConfiguration(const std::string& name);
 

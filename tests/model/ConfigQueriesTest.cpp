@@ -145,6 +145,23 @@ TEST(ConfigQueries, DescriptionsTakeThePlaceOfDeclaredOnes) {
     }
 }
 
+TEST(ConfigQueries, DescriptionsAreThoseOfTheFileThatWasReadLast) {
+    const TempDir dir;
+    setenv("HDNT_CONFIG_PATH", dir.path().c_str(), 1);
+    dir.write("tessel.desc.cfg", "ADD = { P = \"first\"; };");
+    dir.write("other.cfg", "ADD = { P = \"third\"; }; PART = { ADD = { P = \"second\"; }; };");
+    HDNTLibrary root(nullptr);
+    const auto described = [&] {
+        const auto library = support::loaded(support::inBlock("property bool \"P\" true;"), &root);
+        return library->getTypeBlock(0)->getProperty(0)->getAttrSpec()->getDescription();
+    };
+    EXPECT_EQ(described(), "first");
+    for (const auto& [section, text] : {std::pair("PART", "second"), std::pair("", "third"), std::pair("NONE", "")}) {
+        root.getDescConfig()->readFile("other.cfg", section);
+        EXPECT_EQ(described(), text);
+    }
+}
+
 TEST(ConfigQueries, TheCurrentPartDecidesWhichPinsCount) {
     const TempDir dir;
     dir.write("HDNTApplicationData.cfg", applicationData);
