@@ -98,9 +98,10 @@ ConfigBase& Configuration::descriptions() {
 }
 
 const DescriptionTable& Configuration::descriptionTable() {
-    // A host may have read another file.
-    if (std::exchange(tableGeneration_, descriptions_->generation()) != descriptions_->generation())
+    if (tableGeneration_ != descriptions_->generation()) { // a host has read another file
         table_ = DescriptionTable(*descriptions_);
+        tableGeneration_ = descriptions_->generation();
+    }
     return table_;
 }
 

@@ -115,10 +115,12 @@ bool withinLimits(std::size_t textBytes, std::size_t fileBytes, const InputLimit
 }
 
 bool expand(Decoder& decoder, std::string_view archive, const InputLimits& limits, std::string& out, std::string& why) {
-    const std::size_t usual = std::clamp(8 * archive.size(), std::size_t{4096}, ChunkBytes); // texts pack to a fifth
+    const std::size_t likely = 8 * archive.size(); // texts pack to a fifth
+    const std::size_t usual = std::clamp(likely, std::size_t{4096}, ChunkBytes);
     const std::size_t said = decoder.saidSize(archive);
-    // An archive that says its size, and may have it, is unpacked at once into what holds it.
-    std::size_t room = withinLimits(said, archive.size(), limits, why) ? std::max(usual, said) : usual;
+    // An archive that says its size is unpacked at once into what holds it; one that says too much gets no memory for
+    // it.
+    std::size_t room = said <= std::min(likely, limits.maxBytes) ? std::max(usual, said) : usual;
     if (room > usual) out.reserve(room + bytes16Room);
     adviseLargePages(out);
     std::string_view rest = archive;
