@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <sstream>
+#include <utility>
 
 using hdnt::platform::textHash;
 
@@ -68,8 +69,10 @@ HDNTCellviewLib::HDNTCellviewLib() {
 // Few programs ask for a name, and strings of them all take longer to make than the rest of the registry.
 const std::vector<std::string>& HDNTCellviewLib::names() const {
     std::call_once(namesMade_, [this] {
-        names_.reserve(allTesselEnums_.size());
-        for (size_t i = 0; i < allTesselEnums_.size(); ++i) names_.emplace_back(nameAt(i));
+        std::vector<std::string> names; // half of them are of no use to the next caller, when memory runs out
+        names.reserve(allTesselEnums_.size());
+        for (size_t i = 0; i < allTesselEnums_.size(); ++i) names.emplace_back(nameAt(i));
+        names_ = std::move(names);
     });
     return names_;
 }
