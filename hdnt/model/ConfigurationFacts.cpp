@@ -81,7 +81,7 @@ ConfigurationFacts factsOf(ConfigBase& config) {
 
 } // namespace
 
-Configuration::Configuration() {
+Configuration::Configuration(Descriptions descriptions) : wanted_(descriptions) {
     application_.readFile("HDNTApplicationData.cfg", "");
     facts_ = factsOf(application_);
 }
@@ -90,7 +90,7 @@ ConfigBase& Configuration::descriptions() {
     const std::lock_guard lock(mutex_);
     if (descriptions_) return *descriptions_;
     auto fresh = std::make_unique<ConfigBase>();
-    fresh->readFile("tessel.desc.cfg", "");
+    if (wanted_ == Descriptions::Read) fresh->readFile("tessel.desc.cfg", "");
     table_ = DescriptionTable(*fresh);
     tableGeneration_ = fresh->generation();
     descriptions_ = std::move(fresh);

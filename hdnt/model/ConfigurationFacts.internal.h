@@ -101,12 +101,13 @@ private:
 /// What a root library reads. Any thread, where ConfigBase says nothing else.
 class Configuration {
 public:
+    enum class Descriptions { Read, None };
     /// Reads the application configuration. A malformed file throws HEXDataException.
-    Configuration();
+    explicit Configuration(Descriptions descriptions = Descriptions::Read);
 
     ConfigBase& application() { return application_; }
     const ConfigurationFacts& facts() const { return facts_; }
-    /// Read on first use. A malformed file throws HEXDataException, and the next call reads it again.
+    /// Read on first use, or empty. A malformed file throws HEXDataException, and the next call reads it again.
     ConfigBase& descriptions();
     /// To be asked for with the mutex of descriptions() locked, and held while it is used.
     const DescriptionTable& descriptionTable();
@@ -114,6 +115,7 @@ public:
 private:
     ConfigBase application_;
     ConfigurationFacts facts_;
+    Descriptions wanted_;
     std::unique_ptr<ConfigBase> descriptions_;
     DescriptionTable table_; ///< of what descriptions_ was in this generation
     std::size_t tableGeneration_ = 0;

@@ -24,6 +24,12 @@ std::unique_ptr<HDNTLibrary> HDNTLibrary::configuredLike(const HDNTLibrary& othe
     return std::unique_ptr<HDNTLibrary>(new HDNTLibrary(nullptr, other.root().configuration_));
 }
 
+std::unique_ptr<HDNTLibrary> HDNTLibrary::withoutDescriptions() {
+    using hdnt::model::Configuration;
+    return std::unique_ptr<HDNTLibrary>(
+        new HDNTLibrary(nullptr, std::make_shared<Configuration>(Configuration::Descriptions::None)));
+}
+
 HDNTLibrary::~HDNTLibrary() {
     for (const HDNTBlock* block : blocks_) delete block;
     deleteFunctions();

@@ -45,6 +45,9 @@ public:
     /// The same without parent, with the configuration of another library as that one has read it, and shared with it:
     /// nothing is read again. The other one may go first.
     static std::unique_ptr<HDNTLibrary> configuredLike(const HDNTLibrary& other);
+    /// The same without parent, for hosts that show no descriptions: their file is not read, and getDescConfig() is
+    /// empty.
+    static std::unique_ptr<HDNTLibrary> withoutDescriptions();
     /// Deletes blocks and function declarations; what a child library still refers to is gone then.
     ~HDNTLibrary() override;
     HDNTLibrary(const HDNTLibrary&) = delete;

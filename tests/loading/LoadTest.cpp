@@ -346,6 +346,25 @@ TEST_F(Load, SharesAConfiguration) {
     EXPECT_EQ(like.library->getTypeBlock(0)->getProperty(0)->getAttrSpec()->getDescription(), "a number");
 }
 
+// Their file may be as it will then.
+TEST_F(Load, LeavesDescriptionsOut) {
+    setenv("HDNT_CONFIG_PATH", dir.path("").c_str(), 1);
+    dir.write("HDNTApplicationData.cfg", "MASTER_DRIVER_TYPES = [\"FIRST\"];");
+    dir.write("tessel.desc.cfg", "}");
+    const std::string text = library("a.btl", "block \"HOLD\" { property int \"N\" { default = 1 } }");
+    EXPECT_EQ(brief(hdnt::load(text)), (Texts{"error configuration"}));
+    const std::unique_ptr<HDNTLibrary> without = HDNTLibrary::withoutDescriptions();
+    LoadOptions options;
+    options.configuredLike = without.get();
+    const Loaded loaded = hdnt::load(text, options);
+    ASSERT_TRUE(loaded);
+    EXPECT_FALSE(loaded.library->getDescConfig()->exists("HOLD"));
+    EXPECT_EQ(loaded.library->getTypeBlock(0)->getProperty(0)->getAttrSpec()->getDescription(), "");
+    Texts types;
+    loaded.library->getMasterDriverTypes(types);
+    EXPECT_EQ(types, (Texts{"FIRST"}));
+}
+
 TEST_F(Load, IsRefusedInsideALoad) {
     struct Nested : HDNTErrorListener {
         bool report(const HDNTReport&) override {

@@ -128,6 +128,7 @@ std::optional<OpenedLibrary> libraryOf(const Settings& settings) {
     const bool isOwnParent = !settings.parent.empty() && settings.parent != "common";
     if (!settings.library.empty() && !canBeReadAgain(settings.library)) return std::nullopt;
     if (isOwnParent && !canBeReadAgain(settings.parent)) return std::nullopt;
+    leaveDescriptionsOut();
     applyGlobalSettings(settings);
     return openLibrary(settings);
 }

@@ -56,9 +56,14 @@ static HDNTLibrary* kept(std::unique_ptr<HDNTLibrary> library) {
     return all->back().get();
 }
 
+static bool readsDescriptions = true;
+
+void leaveDescriptionsOut() { readsDescriptions = false; }
+
 const HDNTLibrary& configuredLibrary() {
     static const HDNTLibrary* const library = [] {
-        HDNTLibrary* const fresh = kept(std::make_unique<HDNTLibrary>(nullptr));
+        HDNTLibrary* const fresh =
+            kept(readsDescriptions ? std::make_unique<HDNTLibrary>(nullptr) : HDNTLibrary::withoutDescriptions());
         fresh->getDescConfig();
         return fresh;
     }();

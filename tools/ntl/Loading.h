@@ -20,6 +20,9 @@ namespace ntl {
 /// the configuration is malformed.
 const HDNTLibrary& configuredLibrary();
 
+/// To be called before that: descriptions of the configuration are not read, for commands that show none.
+void leaveDescriptionsOut();
+
 /// Loads libraries and keeps what is said of them. Errors go to standard error as the library prints them, as they
 /// come, unless it is quiet.
 class Loader : private HDNTErrorListener {

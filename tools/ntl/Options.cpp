@@ -4,6 +4,7 @@
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/Complete.h"
 #include "tools/ntl/GlobalOptions.h"
+#include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/RuleOptions.h"
 #include "tools/ntl/Status.h"
@@ -141,7 +142,9 @@ static CommandSpec listCommand() {
          {"--prefix", "TEXT", "Only blocks whose names begin with TEXT, case aside, in order of name.",
           &Settings::prefix},
          jsonOption()},
-        &runList};
+        &runList,
+        true,
+        false};
 }
 
 static CommandSpec showCommand() {
@@ -399,6 +402,7 @@ int runCommandLine(int argc, char** argv) {
     if (!command) throw Failure(Unusable, usageError(app, "A command is needed: " + joined(commandNames(), ", ")));
     refuseEmpty(settings);
     setColors(settings.color);
+    if (!command->showsDescriptions) leaveDescriptionsOut();
     if (command->needsData) applyGlobalSettings(settings);
     return command->run(settings);
 }

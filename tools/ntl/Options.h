@@ -52,7 +52,8 @@ struct CommandSpec {
     std::string description; ///< paragraphs, separated by newlines
     std::vector<OptionSpec> options;
     int (*run)(const Settings&);
-    bool needsData = true; ///< whether the options of all commands are carried out before
+    bool needsData = true;         ///< whether the options of all commands are carried out before
+    bool showsDescriptions = true; ///< with false, those of the configuration need not be read
 };
 
 const std::vector<OptionSpec>& globalOptions();

@@ -90,8 +90,7 @@ static size_t printableLength(std::string_view text) {
 
 static bool isPlain(char c) { return c >= ' ' && c <= '~'; }
 
-std::string printable(std::string_view text) {
-    std::string result;
+static void addPrintable(std::string& result, std::string_view text) {
     while (!text.empty()) {
         const auto plain = static_cast<size_t>(std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
         const size_t length = plain > 0 ? plain : printableLength(text);
@@ -107,6 +106,11 @@ std::string printable(std::string_view text) {
         }
         text.remove_prefix(std::max<size_t>(length, 1));
     }
+}
+
+std::string printable(std::string_view text) {
+    std::string result;
+    addPrintable(result, text);
     return result;
 }
 
@@ -160,40 +164,48 @@ ErrorStream::~ErrorStream() {
     std::cerr.setf(std::ios::unitbuf);
 }
 
-Table::Table(std::vector<std::string> header, std::string indent) : indent_(std::move(indent)) {
-    addLine({std::move(header), false, {}});
+Table::Table(std::initializer_list<std::string_view> header, std::string indent)
+    : indent_(std::move(indent)), widths_(header.size()) {
+    add(header);
 }
 
-void Table::add(std::vector<std::string> cells) {
-    for (std::string& cell : cells) cell = printable(cell);
-    addLine({std::move(cells), false, {}});
+void Table::add(std::initializer_list<std::string_view> cells) {
+    auto width = widths_.begin();
+    for (const std::string_view cell : cells) {
+        const size_t begin = texts_.size();
+        addPrintable(texts_, cell);
+        cells_.push_back({texts_.size(), characters(std::string_view(texts_).substr(begin))});
+        *width = std::max(*width, cells_.back().width);
+        ++width;
+    }
 }
 
-void Table::addNote(const std::string& text) { addLine({{printable(text)}, true, {}}); }
+void Table::addNote(const std::string& text) { notes_.emplace_back(cells_.size(), printable(text)); }
 
-void Table::addLine(Line line) {
-    for (const std::string& cell : line.cells) line.widths.push_back(characters(cell));
-    lines_.push_back(std::move(line));
+void Table::addRow(std::string& text, size_t cell) const {
+    size_t gap = 0;
+    for (const size_t width : widths_) {
+        const size_t begin = cell == 0 ? 0 : cells_[cell - 1].end;
+        const size_t length = cells_[cell].end - begin;
+        if (length > 0) text.append(std::exchange(gap, 0), ' ').append(texts_, begin, length);
+        gap += width + 2 - cells_[cell].width;
+        ++cell;
+    }
 }
 
 std::string Table::text() const {
-    if (lines_.size() == 1) return {};
-    std::vector<size_t> widths;
-    for (const Line& line : lines_) {
-        widths.resize(std::max(widths.size(), line.cells.size()));
-        for (size_t i = 0; !line.isNote && i < line.cells.size(); ++i) widths[i] = std::max(widths[i], line.widths[i]);
-    }
-    std::string result;
-    std::string row;
-    for (const Line& line : lines_) {
-        row.clear();
-        size_t gap = 0;
-        for (size_t i = 0; i < line.cells.size(); ++i) {
-            if (!line.cells[i].empty()) row.append(std::exchange(gap, 0), ' ').append(line.cells[i]);
-            gap += widths[i] + 2 - std::min(widths[i], line.widths[i]);
-        }
-        const bool isHeader = &line == &lines_.front();
-        result.append(indent_).append(isHeader ? colored(Color::Bold, row, STDOUT_FILENO) : row).append("\n");
+    if (cells_.size() == widths_.size()) return {};
+    std::string header;
+    addRow(header, 0);
+    std::string result = indent_ + colored(Color::Bold, header, STDOUT_FILENO) + "\n";
+    auto note = notes_.begin();
+    for (size_t cell = widths_.size(); cell < cells_.size();) {
+        result.append(indent_);
+        addRow(result, cell);
+        result.append("\n");
+        cell += widths_.size();
+        for (; note != notes_.end() && note->first == cell; ++note)
+            result.append(indent_).append(note->second).append("\n");
     }
     return result;
 }

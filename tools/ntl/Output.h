@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdio>
+#include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ntl {
@@ -86,24 +88,26 @@ private:
 /// Lines of cells in aligned columns. The last cell of a line is not padded.
 class Table {
 public:
-    explicit Table(std::vector<std::string> header, std::string indent = "");
-    /// Cells are made printable.
-    void add(std::vector<std::string> cells);
-    /// A line of its own below the last one, not aligned.
+    explicit Table(std::initializer_list<std::string_view> header, std::string indent = "");
+    /// As many cells as the header has. They are made printable.
+    void add(std::initializer_list<std::string_view> cells);
+    /// A line of its own below the last row, not aligned.
     void addNote(const std::string& text);
     /// The header is in bold where standard output has colours; empty when nothing was added.
     std::string text() const;
 
 private:
-    struct Line {
-        std::vector<std::string> cells;
-        bool isNote;
-        std::vector<size_t> widths; ///< of the cells, in characters
+    struct Cell {
+        size_t end;   ///< of its text, which begins where that of the cell before ends
+        size_t width; ///< in characters
     };
-    void addLine(Line line);
+    void addRow(std::string& text, size_t firstCell) const;
 
     std::string indent_;
-    std::vector<Line> lines_;
+    std::string texts_;
+    std::vector<Cell> cells_;                           ///< line by line, the header first
+    std::vector<size_t> widths_;                        ///< of the columns
+    std::vector<std::pair<size_t, std::string>> notes_; ///< each with the cells before it
 };
 
 /// "1 error", "3 errors"
