@@ -8,5 +8,6 @@
 #include "author/lint/lint.h"
 #include "author/lint/nearestNames.h"
 #include "author/project/Project.h"
+#include "author/server/serve.h"
 #include "author/syntax/SoundTexts.h"
 #include "author/syntax/SyntaxTree.h"

@@ -108,7 +108,7 @@ TEST_F(UsageTest, HelpAndVersion) {
     const Outcome help = ntl.run({"--help"});
     EXPECT_EQ(help.status, 0);
     for (const char* const command :
-         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "explain", "help"}) {
+         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "explain", "serve", "help"}) {
         EXPECT_NE(help.out.find(std::string("\n  ") + command + " "), std::string::npos);
         const Outcome own = ntl.run({command, "--help"});
         EXPECT_EQ(own.status, 0);

@@ -260,6 +260,18 @@ static CommandSpec formatCommand() {
         &runFormat};
 }
 
+static CommandSpec serveCommand() {
+    return {
+        "serve",
+        "answer an editor",
+        "Speaks the Language Server Protocol 3.17 over standard input and output; editors start it. Says of each "
+        "text that is open what is wrong in its syntax, while it is typed, lays it out, and tells its outline, what "
+        "folds and what to select.\n"
+        "The status is 0 when the editor ended it as the protocol says, and 1 otherwise.",
+        {{"--stdio", "", "Changes nothing; some editors say so.", &Settings::overStandardStreams}},
+        &runServe};
+}
+
 static CommandSpec helpCommand() {
     return {"help",
             "explain a command",
@@ -272,7 +284,7 @@ static CommandSpec helpCommand() {
 const std::vector<CommandSpec>& commands() {
     static const std::vector<CommandSpec> all = {checkCommand(),   lintCommand(),  listCommand(),   showCommand(),
                                                  expandCommand(),  printCommand(), formatCommand(), diffCommand(),
-                                                 explainCommand(), helpCommand()};
+                                                 explainCommand(), serveCommand(), helpCommand()};
     return all;
 }
 

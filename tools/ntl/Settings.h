@@ -62,6 +62,8 @@ struct Settings {
 
     std::vector<std::string> codes; ///< of rules and messages
 
+    bool overStandardStreams = false; ///< where a server speaks always
+
     std::string topic; ///< what help is wanted of; empty: the tool
 };
 

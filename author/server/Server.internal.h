@@ -1,0 +1,43 @@
+#pragma once
+
+#include "author/server/Frames.internal.h"
+#include "author/server/Session.internal.h"
+#include "author/server/methods.internal.h"
+
+#include <deque>
+#include <functional>
+
+namespace hdnt::author::server {
+
+/// Takes messages as they come, and works them off one by one in their order, so that a cancellation reaches a request
+/// that waits.
+class Server {
+public:
+    explicit Server(std::function<void(const Json&)> send) { session_.send = std::move(send); }
+
+    void receive(const FrameReader::Frame& frame);
+    bool hasWork() const { return !waiting_.empty(); }
+    void work();
+
+    bool hasEnded() const { return session_.life == Session::Life::exited; }
+    /// Of the process, as the protocol wants it.
+    int status() const { return session_.hasShutDown ? 0 : 1; }
+
+private:
+    void take(Json&& message);
+    void refuse(const Json& id, ErrorCode code, const std::string& message);
+    void cancel(const Json& params);
+    void request(const Json& message, const Json& id);
+    void notification(const Json& message);
+    void refuseWhenNotRunning(std::string_view method) const;
+    void answerError(const Json& id, ErrorCode code, const std::string& message) const;
+
+    struct Waiting {
+        Json message;
+        bool isAnswer = false; ///< to what could not be taken as a message
+    };
+    Session session_;
+    std::deque<Waiting> waiting_;
+};
+
+} // namespace hdnt::author::server

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "author/server/Document.internal.h"
+
+#include <nlohmann/json.hpp>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+
+namespace hdnt::author::server {
+
+using Json = nlohmann::json;
+
+enum class ErrorCode : int {
+    parseError = -32700,
+    invalidRequest = -32600,
+    methodNotFound = -32601,
+    invalidParams = -32602,
+    internalError = -32603,
+    notInitialized = -32002,
+    requestCancelled = -32800,
+    requestFailed = -32803,
+};
+
+/// What a request is answered with instead of a result.
+class RequestError : public std::runtime_error {
+public:
+    RequestError(ErrorCode code, const std::string& message) : std::runtime_error(message), code_(code) {}
+    ErrorCode code() const { return code_; }
+
+private:
+    ErrorCode code_;
+};
+
+/// What is known of a client, and the documents that it has open.
+struct Session {
+    enum class Life { fresh, initialized, shutDown, exited };
+
+    std::function<void(const Json&)> send; ///< a message to the client
+    Life life = Life::fresh;
+    bool hasShutDown = false; ///< before it ended
+    Encoding encoding = Encoding::utf16;
+    Json clientCapabilities = Json::object();
+    std::unordered_map<std::string, Document> documents; ///< by URI
+
+    void notify(const char* method, Json params) const;
+    /// Whether the client said true at this path of its capabilities.
+    bool canClient(const char* path) const;
+    /// The document that the parameters name. Throws RequestError when it is not open.
+    Document& documentOf(const Json& params);
+    const std::string& uriOf(const Json& params) const;
+};
+
+// Between JSON and texts. Those that read throw Json::exception when a value is missing or of another type.
+
+/// Throws RequestError for what is no whole number from 0 on.
+Position positionOf(const Json& json);
+Json jsonOf(Position position);
+/// From a byte to another one.
+Json rangeOf(PositionFinder& positions, std::size_t begin, std::size_t end);
+
+} // namespace hdnt::author::server

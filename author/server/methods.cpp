@@ -1,0 +1,33 @@
+#include "author/server/methods.internal.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace hdnt::author::server {
+
+const Method* findMethod(std::string_view name) {
+    constexpr auto request = Method::Kind::request;
+    constexpr auto notification = Method::Kind::notification;
+    static constexpr Method methods[] = {
+        {"$/setTrace", notification, nothing}, // traces nothing
+        {"exit", notification, exit},
+        {"initialize", request, initialize},
+        {"initialized", notification, nothing},
+        {"shutdown", request, shutdown},
+        {"textDocument/didChange", notification, didChange},
+        {"textDocument/didClose", notification, didClose},
+        {"textDocument/didOpen", notification, didOpen},
+        {"textDocument/didSave", notification, nothing}, // the text came with the changes
+        {"textDocument/documentSymbol", request, documentSymbols},
+        {"textDocument/foldingRange", request, foldingRanges},
+        {"textDocument/formatting", request, formatDocument},
+        {"textDocument/selectionRange", request, selectionRanges},
+    };
+    const auto found =
+        std::find_if(std::begin(methods), std::end(methods), [&](const Method& method) { return method.name == name; });
+    return found == std::end(methods) ? nullptr : found;
+}
+
+Json nothing(Session&, const Json&) { return nullptr; }
+
+} // namespace hdnt::author::server

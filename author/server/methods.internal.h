@@ -1,0 +1,45 @@
+#pragma once
+
+#include "author/server/Session.internal.h"
+
+#include <string_view>
+
+namespace hdnt::author::server {
+
+/// A method of the protocol. Handlers get the parameters, an empty object when there are none, and return the result,
+/// which nobody sees of a notification. They throw RequestError, or Json::exception for parameters that are not as they
+/// should be.
+struct Method {
+    enum class Kind { request, notification };
+    std::string_view name;
+    Kind kind;
+    Json (*handle)(Session&, const Json& params);
+};
+
+/// Null: no such method.
+const Method* findMethod(std::string_view name);
+
+// A file for each family.
+// life.cpp
+Json initialize(Session& session, const Json& params);
+Json shutdown(Session& session, const Json& params);
+Json exit(Session& session, const Json& params);
+// documents.cpp
+Json didOpen(Session& session, const Json& params);
+Json didChange(Session& session, const Json& params);
+Json didClose(Session& session, const Json& params);
+// formatting.cpp
+Json formatDocument(Session& session, const Json& params);
+// symbols.cpp
+Json documentSymbols(Session& session, const Json& params);
+// ranges.cpp
+Json foldingRanges(Session& session, const Json& params);
+Json selectionRanges(Session& session, const Json& params);
+// Needs nothing done.
+Json nothing(Session& session, const Json& params);
+
+// diagnostics.cpp
+/// Tells the client what the tree says of the document.
+void publishDiagnostics(Session& session, const std::string& uri, const Document& document);
+
+} // namespace hdnt::author::server

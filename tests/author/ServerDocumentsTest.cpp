@@ -1,0 +1,221 @@
+#include "tests/author/Dialogue.h"
+#include "tests/author/Typist.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+// Documents that are open: their changes, and what is said of them.
+namespace {
+
+using support::Dialogue;
+using support::Json;
+using support::rangeOf;
+using support::Typist;
+
+const Json utf8 = {{"general", {{"positionEncodings", {"utf-8"}}}}};
+const Json nothing = Json::object();
+
+Json resultOf(const std::vector<Json>& messages, int id) {
+    for (const Json& message : messages)
+        if (message.contains("result") && message["id"] == id) return message["result"];
+    return "no result";
+}
+
+// "name@line:character detail(children)"
+std::string outline(const Json& symbols) {
+    std::string all;
+    for (const Json& symbol : symbols) {
+        const Json& at = symbol["selectionRange"]["start"];
+        all += (all.empty() ? "" : " ") + symbol["name"].get<std::string>() + '@' + at["line"].dump() + ':' +
+               at["character"].dump();
+        if (symbol.contains("detail")) all += '[' + symbol["detail"].get<std::string>() + ']';
+        if (!symbol["children"].empty()) all += '(' + outline(symbol["children"]) + ')';
+    }
+    return all;
+}
+
+} // namespace
+
+// After each message the changed document is as one that was opened with its text.
+TEST(ServerDocuments, ChangesGiveWhatAnOpenedTextGives) {
+    for (const bool isUtf8 : {false, true}) {
+        std::mt19937 random(isUtf8 ? 7 : 8);
+        Typist typist([&] { return random(); }, isUtf8);
+        Dialogue dialogue;
+        dialogue.initialize(isUtf8 ? utf8 : nothing).open("changed", typist.text());
+        constexpr int steps = 400;
+        for (int step = 0; step < steps; ++step) {
+            dialogue.change("changed", typist.type()).open("opened", typist.text());
+            for (const char* const uri : {"changed", "opened"})
+                dialogue.ask("documentSymbol", uri).ask("foldingRange", uri);
+        }
+        const std::vector<Json> messages = dialogue.run();
+        constexpr std::size_t before = 2;
+        constexpr std::size_t each = 6;
+        ASSERT_EQ(messages.size(), before + each * steps);
+        for (std::size_t at = before; at < messages.size(); at += each) {
+            ASSERT_EQ(messages[at]["params"]["diagnostics"], messages[at + 1]["params"]["diagnostics"]) << at;
+            ASSERT_EQ(messages[at + 2]["result"], messages[at + 4]["result"]) << at;
+            ASSERT_EQ(messages[at + 3]["result"], messages[at + 5]["result"]) << at;
+        }
+    }
+}
+
+TEST(ServerDocuments, PositionsAreClampedAndCounted) {
+    const std::string smile = "\xf0\x9f\x98\x80";
+    const std::string name = "library \"\xc3\xa4" + smile + "b\" { }";
+    struct Change {
+        std::string text;
+        Json capabilities;
+        Json range;
+        std::string inserted;
+        std::string outline;
+    };
+    const Change changes[] = {
+        {name, nothing, rangeOf(0, 12, 0, 12), "X", "\xc3\xa4" + smile + "Xb@0:8"},
+        {name, nothing, rangeOf(0, 11, 0, 12), "X", "\xc3\xa4Xb@0:8"}, // between the halves is before
+        {name, nothing, rangeOf(0, 13, 0, 12), "X", "\xc3\xa4" + smile + "X@0:8"},
+        {name, utf8, rangeOf(0, 15, 0, 16), "X", "\xc3\xa4" + smile + "X@0:8"},
+        {name, utf8, rangeOf(0, 13, 0, 15), "X", "\xc3\xa4Xb@0:8"},
+        {"library\n{ }", nothing, rangeOf(0, 99, 0, 99), " \"N\"", "N@0:8"},
+        {"library\n{ }", utf8, rangeOf(0, 99, 0, 99), " \"N\"", "N@0:8"},
+        {"library\r\n{ }", nothing, rangeOf(0, 99, 0, 99), " \"N\"", "N@0:8"},
+        {"\rlibrary\r{ }", nothing, rangeOf(1, 99, 1, 99), " \"N\"", "N@1:8"},
+        {"library \"L\" { ", nothing, rangeOf(99, 3, 99, 4), "block \"B\" { } }", "L@0:8(B@0:20)"},
+        {"", nothing, rangeOf(0, 0, 0, 0), "library \"L\" { }", "L@0:8"},
+    };
+    for (const Change& change : changes) {
+        const Json list = {{{"range", change.range}, {"text", change.inserted}}};
+        const auto messages = Dialogue()
+                                  .initialize(change.capabilities)
+                                  .open("a", change.text)
+                                  .change("a", list)
+                                  .ask("documentSymbol", "a")
+                                  .run();
+        EXPECT_EQ(outline(resultOf(messages, 2)), change.outline) << change.text << change.range;
+    }
+}
+
+TEST(ServerDocuments, FaultyChangesAreSaid) {
+    const Json place = {{"line", -1}, {"character", 0}};
+    const Json changes[] = {
+        {{{"text", 3}}},
+        {{{"range", rangeOf(0, 0, 0, 0)}}},
+        {{{"range", {{"start", place}, {"end", place}}}, {"text", ""}}},
+        {{{"range", {{"start", {{"line", 0.5}, {"character", 0}}}, {"end", place}}}, {"text", ""}}},
+        {"none"},
+    };
+    for (const Json& change : changes) {
+        const auto messages = Dialogue().initialize().open("a", "").change("a", change).run();
+        EXPECT_EQ(support::briefly(messages), "1 result, textDocument/publishDiagnostics, window/logMessage") << change;
+    }
+}
+
+TEST(ServerDocuments, DiagnosticsSayWhereAndOfWhichVersion) {
+    const Json related = {{"textDocument", {{"publishDiagnostics", {{"relatedInformation", true}}}}}};
+    const std::string text = "library \"L\" { block \"A\" {\n  pin \"A\" input {\n    property bool \"P\" true;\n"
+                             "  pin \"B\" input;\n} }";
+    const auto said = Dialogue().initialize(related).open("a", text).run().at(1)["params"];
+    const Json expected = {
+        {"range", rangeOf(1, 16, 1, 17)},
+        {"severity", 1},
+        {"code", "unclosed-brace"},
+        {"source", "ntl"},
+        {"message", "this '{' is not closed before 'pin'"},
+        {"relatedInformation",
+         {{{"location", {{"uri", "a"}, {"range", rangeOf(2, 27, 2, 27)}}}, {"message", "expected '}' here"}}}}};
+    EXPECT_EQ(said, (Json{{"uri", "a"}, {"version", 1}, {"diagnostics", {expected}}}));
+    const auto later = Dialogue()
+                           .initialize()
+                           .open("a", text)
+                           .change("a", {{{"range", rangeOf(2, 27, 2, 27)}, {"text", " }"}}}, 9)
+                           .notify("textDocument/didClose", {{"textDocument", {{"uri", "a"}}}})
+                           .ask("foldingRange", "a")
+                           .run();
+    ASSERT_EQ(support::briefly(later), "1 result, textDocument/publishDiagnostics, textDocument/publishDiagnostics, "
+                                       "textDocument/publishDiagnostics, 2 -32602");
+    EXPECT_FALSE(later[1]["params"]["diagnostics"][0].contains("relatedInformation"));
+    EXPECT_EQ(later[2]["params"], (Json{{"uri", "a"}, {"version", 9}, {"diagnostics", Json::array()}}));
+    EXPECT_EQ(later[3]["params"], (Json{{"uri", "a"}, {"diagnostics", Json::array()}}));
+}
+
+// A message may quote a text that is cut within a character, and a text may be none.
+TEST(ServerDocuments, OddTexts) {
+    std::string long_ = "library \"L\" { block ";
+    for (int i = 0; i < 40; ++i) long_ += "\"x\xc3\xa4";
+    const Json texts[] = {long_, "BZh91AY&SY", std::string("a\0b", 3),        "\xef\xbb\xbf{",
+                          "/*",  "\r",         "\"\xc3\xa4\n\xf0\x9f\x98\x80"};
+    for (const Json& text : texts) {
+        Dialogue dialogue;
+        dialogue.initialize().open("a", text);
+        for (const char* const what : {"documentSymbol", "foldingRange", "formatting"}) dialogue.ask(what, "a");
+        dialogue.ask("selectionRange", "a",
+                     {{"positions", {rangeOf(0, 0, 0, 0)["start"], rangeOf(9, 9, 0, 0)["start"]}}});
+        dialogue.change("a", {{{"range", rangeOf(0, 0, 0, 4)}, {"text", "library \"L\" { } //"}}})
+            .ask("documentSymbol", "a");
+        const auto messages = dialogue.run();
+        ASSERT_EQ(messages.size(), 8U) << text;
+        EXPECT_FALSE(messages[1]["params"]["diagnostics"].empty()) << text;
+        EXPECT_EQ(outline(messages[7]["result"]), "L@0:8") << text;
+    }
+}
+
+TEST(ServerDocuments, OutlineFoldsAndSelections) {
+    const std::string text = "// one\n// two\nlibrary \"L\" {\n"
+                             "function int f(string);\n"
+                             "block \"A\" {\n"
+                             "  pin \"P[1:0]\" input clock tieLow;\n"
+                             "  property 8'h \"H\" {\n    default = 8'h1\n  }\n"
+                             "} expandsto {\n"
+                             "  if (1 < 2) {\n    inst \"i\" \"B\";\n  }\n"
+                             "  signal \"s\" : \"P\", \"i\" \"X\";\n"
+                             "}\n}\n";
+    const auto messages = Dialogue()
+                              .initialize()
+                              .open("a", text)
+                              .ask("documentSymbol", "a")
+                              .ask("foldingRange", "a")
+                              .ask("selectionRange", "a", {{"positions", {rangeOf(13, 21, 0, 0)["start"]}}})
+                              .run();
+    EXPECT_EQ(outline(resultOf(messages, 2)), "L@2:8(f@3:13 A@4:6(P[1:0]@5:6[input clock tieLow] H@6:15[8'h] "
+                                              "expandsto@9:2(i@11:9[\"B\"] s@13:9)))");
+    std::string folds;
+    for (const Json& fold : resultOf(messages, 3))
+        folds += fold["startLine"].dump() + '-' + fold["endLine"].dump() + (fold.contains("kind") ? "c " : " ");
+    EXPECT_EQ(folds, "4-13 6-7 9-13 10-11 0-1c ");
+    std::string selections;
+    const Json selected = resultOf(messages, 4);
+    for (Json each = selected.at(0);; each = Json(each["parent"])) {
+        const Json& range = each["range"];
+        selections += range["start"]["line"].dump() + ':' + range["start"]["character"].dump() + '-' +
+                      range["end"]["line"].dump() + ':' + range["end"]["character"].dump() + ' ';
+        if (!each.contains("parent")) break;
+    }
+    EXPECT_EQ(selections, "13:20-13:23 13:20-13:27 13:2-13:28 9:2-14:1 4:0-14:1 2:0-15:1 0:0-16:0 ");
+}
+
+TEST(ServerDocuments, FormattingEditsNoMoreThanItMust) {
+    struct Text {
+        std::string before;
+        Json range; ///< null: nothing is edited
+        std::string inserted;
+    };
+    const Text texts[] = {
+        {"library \"L\" { }\n", nullptr, ""},
+        {"library \"L\" {\n  block \"A\" {\n    pin  \"B\" input;\n  }\n}\n", rangeOf(2, 0, 3, 0),
+         "    pin \"B\" input;\n"},
+        {"library \"L\" {\n  block \"A\" { }\n}", rangeOf(2, 0, 2, 1), "}\n"},
+        {"library \"L\" {\n  block \"A\" { }\n}\n\n\n", rangeOf(3, 0, 5, 0), ""},
+        {"library \"L\" {\n  block \"A\" {\n    pin \"B\" input; pin \"C\" input;\n  }\n}\n", rangeOf(2, 0, 3, 0),
+         "    pin \"B\" input;\n    pin \"C\" input;\n"},
+    };
+    for (const Text& text : texts) {
+        const auto messages = Dialogue().initialize().open("a", text.before).ask("formatting", "a").run();
+        const Json expected =
+            text.range.is_null() ? Json::array() : Json::array({{{"range", text.range}, {"newText", text.inserted}}});
+        EXPECT_EQ(resultOf(messages, 2), expected) << text.before;
+    }
+    const auto refused = Dialogue().initialize().open("a", "library \"L\" {\r\n}").ask("formatting", "a").run();
+    EXPECT_EQ(support::briefly(refused), "1 result, textDocument/publishDiagnostics, 2 -32803");
+}

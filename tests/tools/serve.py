@@ -1,0 +1,83 @@
+#!/usr/bin/env python3
+"""serve.py TOOL
+
+A small session with the server as an editor has it: a process of its own, messages as they come.
+"""
+import json
+import subprocess
+import sys
+import unittest
+
+
+class Server:
+    def __init__(self, *options):
+        self.process = subprocess.Popen([sys.argv[1], "serve", *options], stdin=subprocess.PIPE,
+                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def send(self, **members):
+        body = json.dumps({"jsonrpc": "2.0", **members}).encode()
+        self.process.stdin.write(b"Content-Length: %d\r\n\r\n" % len(body) + body)
+        self.process.stdin.flush()
+
+    def receive(self):
+        header = self.process.stdout.readline()
+        self.process.stdout.readline()
+        return json.loads(self.process.stdout.read(int(header.removeprefix(b"Content-Length: "))))
+
+    def ask(self, method, params=None):
+        self.send(id=method, method=method, params=params)
+        answer = self.receive()
+        assert answer["id"] == method, answer
+        return answer
+
+    def end(self):
+        out, err = self.process.communicate(timeout=60)
+        return self.process.returncode, out, err
+
+
+class Session(unittest.TestCase):
+    uri = "file:///somewhere/a.btl"
+
+    def open(self, server):
+        capabilities = server.ask("initialize", {"capabilities": {}})["result"]["capabilities"]
+        self.assertEqual(capabilities["textDocumentSync"]["change"], 2)
+        server.send(method="initialized", params={})
+        text = 'library "L" {\n  block "A" {\n    pin "B" input\n  }\n}\n'
+        server.send(method="textDocument/didOpen", params={
+            "textDocument": {"uri": self.uri, "languageId": "ntl", "version": 1, "text": text}})
+        return server.receive()["params"]["diagnostics"]
+
+    def test_a_fault_is_said_and_mended_while_it_is_typed(self):
+        server = Server("--stdio")
+        self.assertEqual([(each["code"], each["range"]["start"]) for each in self.open(server)],
+                         [("missing-token", {"line": 2, "character": 17})])
+        place = {"line": 2, "character": 17}
+        server.send(method="textDocument/didChange", params={
+            "textDocument": {"uri": self.uri, "version": 2},
+            "contentChanges": [{"range": {"start": place, "end": place}, "text": ";"}]})
+        self.assertEqual(server.receive()["params"], {"uri": self.uri, "version": 2, "diagnostics": []})
+        symbols = server.ask("textDocument/documentSymbol", {"textDocument": {"uri": self.uri}})["result"]
+        self.assertEqual(symbols[0]["children"][0]["children"][0]["name"], "B")
+        self.assertIsNone(server.ask("shutdown")["result"])
+        server.send(method="exit")
+        self.assertEqual(server.end(), (0, b"", b""))
+
+    def test_exit_alone_and_the_end_of_the_input_are_failures(self):
+        server = Server()
+        self.open(server)
+        server.send(method="exit")
+        self.assertEqual(server.end(), (1, b"", b""))
+        self.assertEqual(Server().end(), (1, b"", b""))
+
+    def test_a_reader_that_goes_away_ends_it(self):
+        server = Server()
+        server.ask("initialize", {"capabilities": {}})
+        server.process.stdout.close()
+        server.send(id=1, method="none")
+        self.assertEqual(server.process.wait(timeout=60), 1)
+        server.process.stderr.close()
+        server.process.stdin.close()
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,21 @@
+#include "author/server/serve.h"
+
+#include "tools/ntl/Commands.h"
+#include "tools/ntl/Output.h"
+#include "tools/ntl/Status.h"
+
+#include <unistd.h>
+
+namespace ntl {
+
+// Whatever else is printed must not come between the messages.
+int runServe(const Settings&) {
+    const int output = ::dup(STDOUT_FILENO);
+    if (output < 0) throw Failure(Unusable, "there is no standard output");
+    const OutputToError redirect;
+    const int status = hdnt::author::serve(STDIN_FILENO, output);
+    ::close(output);
+    return status;
+}
+
+} // namespace ntl
