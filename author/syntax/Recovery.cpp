@@ -139,7 +139,7 @@ bool Recovery::lacks(const TokenSet& expected) {
               couldBe_,
               std::exchange(tooDeep_, false),
               taken_ != Fault::none && tokenAt(taken_) == '}',
-              trials_ >= mostTrials};
+              trials_.size() >= mostTrials};
     return false;
 }
 
@@ -182,8 +182,8 @@ bool Recovery::repair(const Start& begin, const Again& again) {
     retries_ = retriedAt_ == begin.item ? retries_ + 1 : 0;
     retriedAt_ = begin.item;
     Repair best;
-    if (!fault_.tooDeep && retries_ < mostRetries && trials_ < mostTrials) {
-        ++trials_;
+    if (!fault_.tooDeep && retries_ < mostRetries && trials_.size() < mostTrials) {
+        trials_.push_back(static_cast<std::uint32_t>(fault_.item));
         int bestScore = std::numeric_limits<int>::min();
         for (Candidate& candidate : candidates(begin)) {
             const int worth = score(begin, candidate, again);
@@ -304,6 +304,7 @@ Repair Recovery::skip() const {
     for (; item < items_.size(); item = tokenFrom(item + 1)) {
         const int token = tokenAt(item);
         const bool first = item == fault_.item;
+        if (!first && beginsBlock(item)) break; // however many braces are open
         if (!(first && again) && braces == 0) {
             if (fault_.expected.contains(token) || token == '}' || (token == ';' && !isInList())) break;
             if (beginners.contains(token) && items_[item].newlines > 0) break;
@@ -314,6 +315,11 @@ Repair Recovery::skip() const {
         if (token == ';' && braces == 0 && retries_ < mostRetries) break; // each step begins at the list again
     }
     return repair;
+}
+
+// Which no braces but those of the library are around.
+bool Recovery::beginsBlock(std::size_t item) const {
+    return tokenAt(item) == T_Block && items_[item].startsLine && tokenAt(tokenFrom(item + 1)) == T_StringConstant;
 }
 
 // Where the next element of a list could stand, or its closing brace.

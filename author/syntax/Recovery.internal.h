@@ -104,8 +104,8 @@ public:
     std::size_t item() const { return item_; }
     /// Nothing is laid over what is ahead.
     bool isClean() const { return edit_ == edits_.size(); }
-    /// How many faults had trials, of which there are not too many.
-    std::size_t trials() const { return trials_; }
+    /// The items at the faults that had trials, of which there are not too many.
+    const std::vector<std::uint32_t>& trials() const { return trials_; }
     static constexpr std::size_t mostTrials = 400; ///< faults with trials; behind them it is only skipped
 
 private:
@@ -126,6 +126,7 @@ private:
     void addReplacements(std::vector<Candidate>& all, bool hasBefore) const;
     int score(const Start& begin, const Candidate& candidate, const Again& again);
     Repair skip() const;
+    bool beginsBlock(std::size_t item) const;
     bool isInList() const;
     bool skippedStatement(const Repair& repair) const;
     void rewind(const Start& begin);
@@ -165,7 +166,7 @@ private:
     bool trial_ = false;
     std::size_t budget_ = 0;   ///< tokens that the trial may still take
     std::size_t furthest_ = 0; ///< tokens behind the fault that the trial took
-    std::size_t trials_ = 0;
+    std::vector<std::uint32_t> trials_;
     std::size_t retries_ = 0;
     std::size_t retriedAt_ = Fault::none;
     std::size_t skippedTo_ = Fault::none; ///< what goes wrong there again is no news

@@ -74,6 +74,7 @@ private:
     HDNT_LOCAL bool isWhole(std::uint32_t node) const;
     HDNT_LOCAL std::uint32_t startOf(std::size_t item) const;
     HDNT_LOCAL bool parsePatch(Patch& patch, const frontend::SourceItems::Change& change) const;
+    HDNT_LOCAL void layFaults(const Patch& patch, std::ptrdiff_t items, std::ptrdiff_t bytes);
     HDNT_LOCAL void lay(const Patch& patch, std::ptrdiff_t items, std::ptrdiff_t bytes);
     HDNT_LOCAL void collectMessages();
 
@@ -82,7 +83,7 @@ private:
     std::vector<SyntaxMessage> messages_;
     std::vector<SyntaxMessage> faults_;     ///< the messages of the grammar, in its order
     std::vector<std::uint32_t> faultItems_; ///< the item that was ahead at each
-    std::size_t trials_ = 0;
+    std::vector<std::uint32_t> trials_;     ///< the item at each fault that repairs were tried for
     NtlList content_ = NtlList::none;
     frontend::SourceProblem refusal_;
 };

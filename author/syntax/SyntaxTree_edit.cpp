@@ -4,6 +4,7 @@
 #include "author/syntax/SyntaxTree.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <utility>
 
@@ -19,7 +20,7 @@ struct SyntaxTree::Patch {
     std::vector<SyntaxNode> nodes;
     std::vector<SyntaxMessage> faults;
     std::vector<std::uint32_t> faultItems;
-    std::size_t trials = 0;
+    std::vector<std::uint32_t> trials;
 };
 
 namespace {
@@ -97,29 +98,38 @@ bool SyntaxTree::parsePatch(Patch& patch, const frontend::SourceItems::Change& c
     }
 }
 
-void SyntaxTree::lay(const Patch& patch, std::ptrdiff_t items, std::ptrdiff_t bytes) {
+// What went wrong at the first item went wrong in what is replaced, since all is well before it.
+void SyntaxTree::layFaults(const Patch& patch, std::ptrdiff_t items, std::ptrdiff_t bytes) {
+    const auto isBefore = [&](std::uint32_t item) { return item < patch.firstItem; };
+    const auto isBehind = [&](std::uint32_t item) { return item > patch.oldItem; };
     std::vector<SyntaxMessage> faults;
     std::vector<std::uint32_t> faultItems;
-    const auto take = [&](const SyntaxMessage& fault, std::uint32_t item) {
-        faults.push_back(fault);
-        faultItems.push_back(item);
-    };
     const auto takeOld = [&](auto&& isKept, std::ptrdiff_t byItems, std::ptrdiff_t byBytes) {
         for (std::size_t i = 0; i < faults_.size(); ++i) {
             if (!isKept(faultItems_[i])) continue;
-            SyntaxMessage fault = faults_[i];
+            SyntaxMessage& fault = faults.emplace_back(faults_[i]);
             fault.offset = moved(fault.offset, byBytes);
             if (!fault.relatedText.empty()) fault.relatedOffset = moved(fault.relatedOffset, byBytes);
-            take(fault, moved(faultItems_[i], byItems));
+            faultItems.push_back(moved(faultItems_[i], byItems));
         }
     };
-    // What went wrong at the first item went wrong in what is replaced, since all is well before it.
-    takeOld([&](std::uint32_t item) { return item < patch.firstItem; }, 0, 0);
-    for (std::size_t i = 0; i < patch.faults.size(); ++i) take(patch.faults[i], patch.faultItems[i]);
-    takeOld([&](std::uint32_t item) { return item > patch.oldItem; }, items, bytes);
+    takeOld(isBefore, 0, 0);
+    faults.insert(faults.end(), patch.faults.begin(), patch.faults.end());
+    faultItems.insert(faultItems.end(), patch.faultItems.begin(), patch.faultItems.end());
+    takeOld(isBehind, items, bytes);
     faults_ = std::move(faults);
     faultItems_ = std::move(faultItems);
 
+    std::vector<std::uint32_t> trials;
+    std::copy_if(trials_.begin(), trials_.end(), std::back_inserter(trials), isBefore);
+    trials.insert(trials.end(), patch.trials.begin(), patch.trials.end());
+    for (const std::uint32_t item : trials_)
+        if (isBehind(item)) trials.push_back(moved(item, items));
+    trials_ = std::move(trials);
+}
+
+void SyntaxTree::lay(const Patch& patch, std::ptrdiff_t items, std::ptrdiff_t bytes) {
+    layFaults(patch, items, bytes);
     const auto nodes =
         static_cast<std::ptrdiff_t>(patch.nodes.size()) - static_cast<std::ptrdiff_t>(patch.end - patch.begin);
     splice(nodes_, patch.begin, patch.end, patch.nodes);
@@ -132,7 +142,6 @@ void SyntaxTree::lay(const Patch& patch, std::ptrdiff_t items, std::ptrdiff_t by
     }
     nodes_.front().end = static_cast<std::uint32_t>(items_.size());
     nodes_.front().next = static_cast<std::uint32_t>(nodes_.size());
-    trials_ += patch.trials;
 }
 
 bool SyntaxTree::parseChanged(const frontend::SourceItems::Change& change, std::ptrdiff_t shift) {
@@ -141,7 +150,10 @@ bool SyntaxTree::parseChanged(const frontend::SourceItems::Change& change, std::
     patch.begin = startOf(change.first);
     if (patch.begin == 0) return false;
     patch.firstItem = nodes_[patch.begin].begin;
-    if (!parsePatch(patch, change) || trials_ + patch.trials >= Recovery::mostTrials) return false;
+    if (!parsePatch(patch, change)) return false;
+    const auto isKept = [&](std::uint32_t item) { return item < patch.firstItem || item > patch.oldItem; };
+    const auto kept = static_cast<std::size_t>(std::count_if(trials_.begin(), trials_.end(), isKept));
+    if (kept + patch.trials.size() >= Recovery::mostTrials) return false;
     lay(patch, static_cast<std::ptrdiff_t>(change.newEnd) - static_cast<std::ptrdiff_t>(change.oldEnd), shift);
     collectMessages();
     return true;

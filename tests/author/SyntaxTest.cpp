@@ -141,6 +141,20 @@ TEST(Syntax, PlacesAreInCharacters) {
 }
 
 // A part goes from its first token to its last one.
+// As while it is typed: the blocks behind it are still blocks.
+TEST(Syntax, WhatIsNotClosedEndsBeforeABlock) {
+    for (const char* const begun : {"pin \"P\" inpt {", "pin \"P\" {\n    property", "property int { min = {",
+                                    "primgroup = {", "wrong { more {", "mapsto {\n inst \"i\" {"}) {
+        SyntaxTree tree;
+        tree.read("library \"L\" {\nblock \"A\" {\n  " + std::string(begun) +
+                  "\nblock \"B\" { pin \"Q\" input; }\nblock \"C\" { pin \"R\" input; }\n}\n");
+        std::string names;
+        for (const auto& node : tree.nodes())
+            if (node.part == hdnt::frontend::NtlPart::block) names += tree.items().textOf(node.begin + 1);
+        EXPECT_EQ(names, "\"A\"\"B\"\"C\"") << begun;
+    }
+}
+
 TEST(Syntax, PartsHoldTheirTokens) {
     using hdnt::frontend::NtlPart;
     SyntaxTree tree;
