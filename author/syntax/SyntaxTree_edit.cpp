@@ -145,7 +145,12 @@ void SyntaxTree::lay(const Patch& patch, std::ptrdiff_t items, std::ptrdiff_t by
 }
 
 bool SyntaxTree::parseChanged(const frontend::SourceItems::Change& change, std::ptrdiff_t shift) {
-    if (nodes_.empty() || content_ != NtlList::none) return false;
+    if (nodes_.empty()) return false;
+    if (change.sameKinds && faults_.empty()) { // in a name, a number, a comment: the parts are the same
+        collectMessages();
+        return true;
+    }
+    if (content_ != NtlList::none) return false;
     Patch patch;
     patch.begin = startOf(change.first);
     if (patch.begin == 0) return false;

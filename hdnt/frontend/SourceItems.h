@@ -67,6 +67,7 @@ public:
         std::size_t first;
         std::size_t oldEnd;
         std::size_t newEnd;
+        bool sameKinds = false; ///< one for one
     };
     /// Replaces a stretch of the text, and takes only the lines apart that it can change; all is then as if the new
     /// text had been read. None when more can change, such as by a comment that does not end there: nothing has changed
@@ -85,6 +86,7 @@ private:
     struct Window;
     HDNT_LOCAL Window windowAround(std::size_t offset, std::size_t length) const;
     HDNT_LOCAL bool endsInside() const;
+    HDNT_LOCAL bool beginsArchive(std::size_t offset, std::size_t length, std::string_view replacement) const;
     HDNT_LOCAL void lay(SourceItems& part, const Window& window, std::uint32_t shift);
     HDNT_LOCAL void markLines(const Change& change);
 

@@ -1,5 +1,6 @@
 #include "hdnt/diagnostics/LineStore.internal.h"
 #include "hdnt/frontend/SourceItems.h"
+#include "hdnt/platform/Decoder.internal.h"
 
 #include <algorithm>
 #include <limits>
@@ -69,11 +70,20 @@ bool SourceItems::endsInside() const {
            refusals_.back() == last.offset;
 }
 
+// The whole text, when it is changed so.
+bool SourceItems::beginsArchive(std::size_t offset, std::size_t length, std::string_view replacement) const {
+    constexpr std::size_t archiveHead = 64;
+    if (offset >= archiveHead) return false;
+    std::string head(bytes_.substr(0, offset));
+    head.append(replacement.substr(0, archiveHead)).append(bytes_.substr(offset + length, archiveHead));
+    return platform::Decoder::forArchive(head) != nullptr;
+}
+
 std::optional<SourceItems::Change> SourceItems::edit(std::size_t offset, std::size_t length,
                                                      std::string_view replacement) {
-    constexpr std::size_t archiveHead = 64;
     const std::size_t size = bytes_.size() - length + replacement.size();
-    if (offset < archiveHead || size >= std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
+    if (beginsArchive(offset, length, replacement) || size >= std::numeric_limits<std::uint32_t>::max())
+        return std::nullopt;
     const Window window = windowAround(offset, length);
     std::string text(bytes_.substr(window.begin, window.end - window.begin));
     text.replace(offset - window.begin, length, replacement);
@@ -85,7 +95,10 @@ std::optional<SourceItems::Change> SourceItems::edit(std::size_t offset, std::si
     if (text_.use_count() > 1) text_ = std::make_shared<diagnostics::SourceText>(*text_);
     text_->bytes.replace(offset, length, replacement);
     bytes_ = text_->bytes;
-    const Change change{window.first, window.last, window.first + part.items_.size()};
+    const bool sameKinds = std::equal(items_.begin() + static_cast<std::ptrdiff_t>(window.first),
+                                      items_.begin() + static_cast<std::ptrdiff_t>(window.last), part.items_.begin(),
+                                      part.items_.end(), [](const auto& a, const auto& b) { return a.kind == b.kind; });
+    const Change change{window.first, window.last, window.first + part.items_.size(), sameKinds};
     // Offsets are modulo 2^32, and so is the way they move.
     lay(part, window, static_cast<std::uint32_t>(replacement.size() - length));
     markLines(change);
