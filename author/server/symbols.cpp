@@ -2,6 +2,8 @@
 #include "author/server/Stretch.internal.h"
 #include "author/server/methods.internal.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -27,14 +29,25 @@ int kindOf(NtlPart part) {
     }
 }
 
+bool isOutermost(NtlPart part) {
+    return part == NtlPart::file || part == NtlPart::function || part == NtlPart::block || part == NtlPart::mapping;
+}
+
+/// Nobody reads an outline of more, and no editor is fast with it: what is in blocks is left out then.
+constexpr std::ptrdiff_t most = 20000;
+
 class Outline {
 public:
-    Outline(const Document& document, Encoding encoding) : tree_(document.tree()), positions_(document, encoding) {}
+    Outline(const Document& document, Encoding encoding)
+        : tree_(document.tree()), positions_(document, encoding),
+          isWhole_(std::ranges::count_if(tree_.nodes(), [](const SyntaxNode& one) { return kindOf(one.part) != 0; }) <=
+                   most) {}
 
     Json list() {
         Json all = Json::array();
         for (std::uint32_t node = 0; node < tree_.nodes().size(); ++node) {
             closeBefore(node, all);
+            if (!isWhole_ && !isOutermost(tree_.nodes()[node].part)) continue;
             Json symbol = symbolOf(tree_.nodes()[node]);
             if (!symbol.is_null()) open_.push_back({std::move(symbol), tree_.nodes()[node].next});
         }
@@ -98,6 +111,7 @@ private:
 
     const SyntaxTree& tree_;
     PositionFinder positions_;
+    bool isWhole_;
     std::vector<Open> open_;
 };
 

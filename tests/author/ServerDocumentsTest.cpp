@@ -37,6 +37,20 @@ std::string outline(const Json& symbols) {
 
 } // namespace
 
+TEST(ServerDocuments, LargeOutlinesEndAtBlocks) {
+    const auto outlineOf = [](int blocks) {
+        std::string text = "library \"L\" {\n";
+        for (int i = 0; i < blocks; ++i)
+            text += "block \"B\" { pin \"A\" input; pin \"B\" input; pin \"C\" input; pin \"D\" output; }\n";
+        Dialogue dialogue;
+        return resultOf(dialogue.initialize().open("a", text + "}\n").ask("documentSymbol", "a").run(), 2);
+    };
+    const Json small = outlineOf(2);
+    const Json large = outlineOf(4100);
+    EXPECT_TRUE(outline(small).starts_with("L@0:8(B@1:6(A@1:16[input] B@1:31[input]"));
+    EXPECT_TRUE(outline(large).starts_with("L@0:8(B@1:6 B@2:6 B@3:6 "));
+}
+
 // After each message the changed document is as one that was opened with its text.
 TEST(ServerDocuments, ChangesGiveWhatAnOpenedTextGives) {
     for (const bool isUtf8 : {false, true}) {
