@@ -3,7 +3,6 @@
 #include "author/server/methods.internal.h"
 
 #include <algorithm>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -98,10 +97,7 @@ private:
 
     void addItem() {
         const frontend::SourceItems& items = tree_.items();
-        const auto numbers = std::views::iota(std::size_t{0}, items.size());
-        const auto behind =
-            std::ranges::partition_point(numbers, [&](std::size_t item) { return items[item].offset <= offset_; });
-        const auto at = static_cast<std::size_t>(behind - numbers.begin());
+        const std::size_t at = itemBehind(items, offset_);
         for (std::size_t item = at; item-- > 0 && item + 2 >= at;) {
             const Stretch stretch = stretchOf(items[item]);
             const bool isInside = stretch.begin >= stretches_.back().begin && stretch.end <= stretches_.back().end;
