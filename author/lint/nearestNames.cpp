@@ -44,10 +44,25 @@ std::vector<std::string> nearestNames(const std::string& wanted, const std::vect
     return result;
 }
 
+constexpr std::string_view asks = "; did you mean ";
+constexpr std::string_view between = ", ";
+
 std::string questionOf(const std::vector<std::string>& near) {
     std::string text;
-    for (const std::string& name : near) text += (text.empty() ? "; did you mean " : ", ") + name;
+    for (const std::string& name : near) text.append(text.empty() ? asks : between).append(name);
     return text.empty() ? text : text + "?";
+}
+
+std::vector<std::string> suggestionsIn(std::string_view line) {
+    const std::size_t at = line.rfind(asks);
+    std::vector<std::string> names;
+    if (at == line.npos || !line.ends_with('?')) return names;
+    line = line.substr(at + asks.size(), line.size() - at - asks.size() - 1);
+    for (std::size_t end = 0; end != line.npos; line.remove_prefix(std::min(line.size(), end + between.size()))) {
+        end = line.find(between);
+        names.emplace_back(line.substr(0, end));
+    }
+    return names;
 }
 
 std::string question(const std::string& wanted, const std::vector<std::string>& names) {

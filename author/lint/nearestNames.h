@@ -20,5 +20,7 @@ HDNT_API std::vector<std::string> nearestNames(const std::string& wanted, const 
 HDNT_API std::string question(const std::string& wanted, const std::vector<std::string>& names);
 /// The same of names that were found near.
 HDNT_API std::string questionOf(const std::vector<std::string>& near);
+/// The names in such a question at the end of a line; none when there is no question.
+HDNT_API std::vector<std::string> suggestionsIn(std::string_view line);
 
 } // namespace hdnt::author

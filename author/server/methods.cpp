@@ -14,6 +14,7 @@ const Method* findMethod(std::string_view name) {
         {"initialize", request, initialize},
         {"initialized", notification, nothing},
         {"shutdown", request, shutdown},
+        {"textDocument/codeAction", request, codeActions},
         {"textDocument/didChange", notification, didChange},
         {"textDocument/didClose", notification, didClose},
         {"textDocument/didOpen", notification, didOpen},

@@ -175,6 +175,10 @@ private:
 /// What is said of a fault and its repair.
 SyntaxMessage messageOf(const SourceItems& items, const Fault& fault, const Repair& repair);
 
+/// What mends the fault that the message is about; none when there is more than one way.
+std::optional<SyntaxMend> mendOf(const SourceItems& items, const Fault& fault, const Repair& repair,
+                                 const SyntaxMessage& message);
+
 /// What the scanner did not take, in the order of the text.
 std::vector<SyntaxMessage> messagesOfItems(const SourceItems& items);
 

@@ -233,8 +233,9 @@ private:
         messages_.push_back({code, count.offset, 1, std::move(text), 0, {}});
     }
 
-    void add(SyntaxCode code, std::uint32_t offset, std::uint32_t length, std::string text) {
-        messages_.push_back({code, offset, length, std::move(text), 0, {}});
+    void add(SyntaxCode code, std::uint32_t offset, std::uint32_t length, std::string text,
+             std::optional<SyntaxMend> mend = {}) {
+        messages_.push_back({code, offset, length, std::move(text), 0, {}, std::move(mend)});
     }
 
     // The item that a refused offset is in.
@@ -264,7 +265,7 @@ private:
         if (offset != item.offset) return; // said with the first of the run
         const std::string_view text = items_.textOf(item);
         if (offset == 0 && text.starts_with(byteOrderMark))
-            return add(Code::byteOrderMark, 0, 3, "byte order mark; save the text without it");
+            return add(Code::byteOrderMark, 0, 3, "byte order mark; save the text without it", SyntaxMend{0, 3, ""});
         if (text.find_first_not_of('\r') == text.npos) return returns_.add(offset);
         if (hasQuote(text)) return quotes_.add(offset);
         const unsigned char first = static_cast<unsigned char>(text.front());

@@ -7,6 +7,7 @@
 #include "hdnt/platform/Export.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,13 @@ struct SyntaxNode {
     NtlPart part = NtlPart::file;
 };
 
+/// What to write instead of a stretch of a text, so that a fault is gone.
+struct SyntaxMend {
+    std::uint32_t offset = 0;
+    std::uint32_t length = 0; ///< 0: something is put in
+    std::string text;         ///< empty: the stretch goes
+};
+
 /// What a message is about, in bytes of the text.
 struct SyntaxMessage {
     SyntaxCode code = SyntaxCode::unexpectedToken;
@@ -32,7 +40,8 @@ struct SyntaxMessage {
     std::uint32_t length = 0; ///< 0: the place behind a token, where something is missing
     std::string text;
     std::uint32_t relatedOffset = 0;
-    std::string relatedText; ///< empty: no related place
+    std::string relatedText;             ///< empty: no related place
+    std::optional<SyntaxMend> mend = {}; ///< when there is one that is as good as certain
 };
 
 /// A text as a tree that keeps every byte of it and survives faults: what is missing is a node without items, what does

@@ -110,6 +110,7 @@ void SyntaxTree::layFaults(const Patch& patch, std::ptrdiff_t items, std::ptrdif
             SyntaxMessage& fault = faults.emplace_back(faults_[i]);
             fault.offset = moved(fault.offset, byBytes);
             if (!fault.relatedText.empty()) fault.relatedOffset = moved(fault.relatedOffset, byBytes);
+            if (fault.mend) fault.mend->offset = moved(fault.mend->offset, byBytes);
             faultItems.push_back(moved(faultItems_[i], byItems));
         }
     };

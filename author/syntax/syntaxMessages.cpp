@@ -349,7 +349,9 @@ int likelyToken(std::string_view word, const TokenSet& expected) {
 }
 
 SyntaxMessage messageOf(const SourceItems& items, const Fault& fault, const Repair& repair) {
-    return Wording(items, fault, repair).message();
+    SyntaxMessage message = Wording(items, fault, repair).message();
+    message.mend = mendOf(items, fault, repair, message);
+    return message;
 }
 
 } // namespace hdnt::author

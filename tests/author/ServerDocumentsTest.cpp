@@ -51,6 +51,41 @@ TEST(ServerDocuments, LargeOutlinesEndAtBlocks) {
     EXPECT_TRUE(outline(large).starts_with("L@0:8(B@1:6 B@2:6 B@3:6 "));
 }
 
+// What the editor shows to choose from: "title: text with its edits", in the order of the list.
+TEST(ServerDocuments, MendsAreOffered) {
+    const std::string text = "library \"L\" {\nblock \"\xc3\x84\" { pin \"A\" inptu; pin \"B\" output }\n"
+                             "mapsto { inst \"i\" \"GATE_ND\"; } }\n";
+    const auto at = [](int line, int character, int end) { return rangeOf(line, character, line, end); };
+    const Json unknown = {{"range", at(2, 18, 27)},
+                          {"message", "no block \"GATE_ND\"; did you mean GATE_AND, GATE_OR?"}};
+    const Json literal = {{"textDocument", {{"codeAction", {{"codeActionLiteralSupport", Json::object()}}}}}};
+    const auto offered = [&](const Json& range, const Json& context, const Json& capabilities) {
+        const Json actions = resultOf(Dialogue()
+                                          .initialize(capabilities)
+                                          .open("a", text)
+                                          .ask("codeAction", "a", {{"range", range}, {"context", context}})
+                                          .run(),
+                                      2);
+        std::string all;
+        for (const Json& action : actions) {
+            all += action["title"].get<std::string>() + ":";
+            for (const Json& edit : action["edit"]["changes"]["a"])
+                all += " " + edit["range"]["start"]["character"].dump() + "-" +
+                       edit["range"]["end"]["character"].dump() + " " + edit["newText"].get<std::string>();
+            all += "\n";
+        }
+        return all;
+    };
+    const Json quick = {{"diagnostics", Json::array()}, {"only", {"quickfix"}}};
+    EXPECT_EQ(offered(at(1, 24, 24), quick, literal), "Write 'input': 20-25 input\n");
+    EXPECT_EQ(offered(at(1, 0, 60), quick, literal), "Write 'input': 20-25 input\nInsert ';': 41-41 ;\n");
+    EXPECT_EQ(offered(at(2, 20, 20), {{"diagnostics", {unknown}}, {"only", {"quickfix"}}}, literal),
+              "Write 'GATE_AND': 19-26 GATE_AND\nWrite 'GATE_OR': 19-26 GATE_OR\n");
+    EXPECT_EQ(offered(at(0, 0, 0), {{"diagnostics", Json::array()}}, literal),
+              "Mend the faults of syntax: 20-25 input 41-41 ;\n");
+    EXPECT_EQ(offered(at(1, 0, 60), quick, nothing), "");
+}
+
 // After each message the changed document is as one that was opened with its text.
 TEST(ServerDocuments, ChangesGiveWhatAnOpenedTextGives) {
     for (const bool isUtf8 : {false, true}) {

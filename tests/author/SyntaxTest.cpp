@@ -37,6 +37,14 @@ std::string allOf(const std::string& text) {
     return all;
 }
 
+/// The text with the first message's mend; the same when it has none.
+std::string mended(const std::string& text) {
+    SyntaxTree tree;
+    if (!tree.read(text) || tree.messages().empty() || !tree.messages()[0].mend) return text;
+    const hdnt::author::SyntaxMend& mend = *tree.messages()[0].mend;
+    return std::string(text).replace(mend.offset, mend.length, mend.text);
+}
+
 struct Slip {
     std::string entities; ///< from line 3 on
     std::string said;
@@ -114,11 +122,16 @@ TEST(Syntax, UsualSlips) {
         {"pin \"B\" output;\n}\n  pin \"C\" input;",
          "4:1 stray-brace: this '}' has no '{', so that 'pin' stands outside | 5:3 what stands outside"},
     };
+    int mends = 0;
     for (const Slip& slip : slips) {
         const std::string text = "library \"L\" {\nblock \"A\" {\n  " + slip.entities +
                                  "\n  pin \"Z\" output;\n}\nblock \"Q\" { pin \"R\" input; }\n}\n";
         EXPECT_EQ(allOf(text), slip.said) << text;
+        const std::string better = mended(text);
+        EXPECT_EQ(allOf(better), better == text ? slip.said : "") << better;
+        mends += better == text ? 0 : 1;
     }
+    EXPECT_EQ(mends, 14);
 }
 
 TEST(Syntax, WhatIsWrongAllOverIsSaidOnce) {
@@ -209,6 +222,8 @@ TEST(Syntax, SlipsInRealTexts) {
     std::size_t slips = 0;
     std::size_t messages = 0;
     std::size_t near = 0;
+    std::size_t mends = 0;
+    std::size_t good = 0;
     while (slips < 300) {
         std::string text = texts[random() % texts.size()];
         const int line = slip(text, random);
@@ -218,7 +233,12 @@ TEST(Syntax, SlipsInRealTexts) {
         messages += said.size();
         const auto isNear = [&](const hdnt::Place& place) { return place.line == line || place.line == line + 1; };
         near += isNear(said[0].place) || (!said[0].related.empty() && isNear(said[0].related[0].place)) ? 1 : 0;
+        const std::string better = mended(text);
+        mends += better == text ? 0 : 1;
+        good += saidOf(better).size() < said.size() ? 1 : 0;
     }
+    EXPECT_GE(mends, slips * 3 / 4);
+    EXPECT_GE(good, mends - mends / 100);
     EXPECT_LE(static_cast<double>(messages), 1.15 * static_cast<double>(slips));
     EXPECT_GE(static_cast<double>(near), 0.95 * static_cast<double>(slips));
 }
