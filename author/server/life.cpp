@@ -17,6 +17,8 @@ static Json serverCapabilities(Encoding encoding) {
             {"textDocumentSync", {{"openClose", true}, {"change", incremental}, {"save", true}}},
             {"codeActionProvider", {{"codeActionKinds", {"quickfix", "source.fixAll"}}}},
             {"documentFormattingProvider", true},
+            {"documentRangeFormattingProvider", true},
+            {"documentOnTypeFormattingProvider", {{"firstTriggerCharacter", ";"}, {"moreTriggerCharacter", {"}"}}}},
             {"documentSymbolProvider", true},
             {"foldingRangeProvider", true},
             {"selectionRangeProvider", true}};

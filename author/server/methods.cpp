@@ -22,6 +22,8 @@ const Method* findMethod(std::string_view name) {
         {"textDocument/documentSymbol", request, documentSymbols},
         {"textDocument/foldingRange", request, foldingRanges},
         {"textDocument/formatting", request, formatDocument},
+        {"textDocument/onTypeFormatting", request, formatOnType},
+        {"textDocument/rangeFormatting", request, formatRange},
         {"textDocument/selectionRange", request, selectionRanges},
     };
     const auto found =

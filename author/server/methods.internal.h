@@ -30,6 +30,8 @@ Json didChange(Session& session, const Json& params);
 Json didClose(Session& session, const Json& params);
 // formatting.cpp
 Json formatDocument(Session& session, const Json& params);
+Json formatRange(Session& session, const Json& params);
+Json formatOnType(Session& session, const Json& params);
 // actions.cpp
 Json codeActions(Session& session, const Json& params);
 // symbols.cpp

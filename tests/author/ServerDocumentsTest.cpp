@@ -268,3 +268,46 @@ TEST(ServerDocuments, FormattingEditsNoMoreThanItMust) {
     const auto refused = Dialogue().initialize().open("a", "library \"L\" {\r\n}").ask("formatting", "a").run();
     EXPECT_EQ(support::briefly(refused), "1 result, textDocument/publishDiagnostics, 2 -32803");
 }
+
+// Only what is asked for is laid out, as the whole text would be.
+TEST(ServerDocuments, StretchesAreFormatted) {
+    const std::string first = "block \"A\" {\npin \"P\"   input;\n}\n";
+    const std::string second = "/* \xc3\xa4 */ block   \"B\" {\npin \"Q\"   input;pin   \"R\" output;\n}\n";
+    const std::string text = "library \"L\" {\n" + first + second + "}\n";
+    const auto with = [&](const std::string& before, const std::string& after) {
+        return std::string(text).replace(text.find(before), before.size(), after);
+    };
+    const auto edited = [&](const std::string& what, const Json& params, const std::string& before) {
+        const Json edits = resultOf(Dialogue().initialize(utf8).open("a", before).ask(what, "a", params).run(), 2);
+        if (edits.is_null()) return std::string("nothing");
+        std::string after = before;
+        for (const Json& edit : edits) {
+            const auto offsetOf = [&](const Json& position) {
+                std::size_t begin = 0;
+                for (int line = position["line"]; line > 0; --line) begin = before.find('\n', begin) + 1;
+                return begin + position["character"].get<std::size_t>();
+            };
+            const std::size_t begin = offsetOf(edit["range"]["start"]);
+            after.replace(begin, offsetOf(edit["range"]["end"]) - begin, edit["newText"].get<std::string>());
+        }
+        return after;
+    };
+    const Json options = {{"tabSize", 2}, {"insertSpaces", true}};
+    const auto range = [&](int line, int character, int endLine, int end) {
+        return edited("rangeFormatting", {{"range", rangeOf(line, character, endLine, end)}, {"options", options}},
+                      text);
+    };
+    const auto typed = [&](int line, int character, const std::string& before) {
+        const Json position = {{"line", line}, {"character", character}};
+        return edited("onTypeFormatting", {{"position", position}, {"ch", ";"}, {"options", options}}, before);
+    };
+    EXPECT_EQ(range(2, 0, 3, 0), with("pin \"P\"   input;", "    pin \"P\" input;"));
+    EXPECT_EQ(range(5, 0, 5, 16), with("pin \"Q\"   input;", "    pin \"Q\" input;"));
+    EXPECT_EQ(range(1, 0, 4, 0), with(first, "  block \"A\" {\n    pin \"P\" input;\n  }\n"));
+    EXPECT_EQ(range(0, 0, 8, 0), edited("formatting", {{"options", options}}, text));
+    EXPECT_EQ(typed(5, 16, text), with("pin \"Q\"   input;", "    pin \"Q\" input;"));
+    EXPECT_EQ(typed(6, 1, text), with(second, "/* \xc3\xa4 */ block \"B\" {\n    pin \"Q\" input;\n"
+                                              "    pin \"R\" output;\n  }\n"));
+    EXPECT_EQ(typed(0, 0, text), "nothing");
+    EXPECT_EQ(typed(6, 1, text + "}"), "nothing");
+}
