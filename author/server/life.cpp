@@ -21,7 +21,8 @@ static Json serverCapabilities(Encoding encoding) {
             {"documentOnTypeFormattingProvider", {{"firstTriggerCharacter", ";"}, {"moreTriggerCharacter", {"}"}}}},
             {"documentSymbolProvider", true},
             {"foldingRangeProvider", true},
-            {"selectionRangeProvider", true}};
+            {"selectionRangeProvider", true},
+            {"semanticTokensProvider", {{"legend", semanticTokensLegend()}, {"full", true}, {"range", true}}}};
 }
 
 Json initialize(Session& session, const Json& params) {

@@ -25,6 +25,8 @@ const Method* findMethod(std::string_view name) {
         {"textDocument/onTypeFormatting", request, formatOnType},
         {"textDocument/rangeFormatting", request, formatRange},
         {"textDocument/selectionRange", request, selectionRanges},
+        {"textDocument/semanticTokens/full", request, semanticTokens},
+        {"textDocument/semanticTokens/range", request, semanticTokensInRange},
     };
     const auto found =
         std::find_if(std::begin(methods), std::end(methods), [&](const Method& method) { return method.name == name; });

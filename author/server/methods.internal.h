@@ -39,6 +39,10 @@ Json documentSymbols(Session& session, const Json& params);
 // ranges.cpp
 Json foldingRanges(Session& session, const Json& params);
 Json selectionRanges(Session& session, const Json& params);
+// tokens.cpp
+Json semanticTokensLegend();
+Json semanticTokens(Session& session, const Json& params);
+Json semanticTokensInRange(Session& session, const Json& params);
 // Needs nothing done.
 Json nothing(Session& session, const Json& params);
 

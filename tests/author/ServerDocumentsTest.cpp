@@ -51,6 +51,33 @@ TEST(ServerDocuments, LargeOutlinesEndAtBlocks) {
     EXPECT_TRUE(outline(large).starts_with("L@0:8(B@1:6 B@2:6 B@3:6 "));
 }
 
+// Each as the first letters of its type, and its text.
+TEST(ServerDocuments, TokensHaveTheirTypes) {
+    const std::string text = "/* a\n b */ library \"L\" {\nblock \"\xf0\x9d\x84\x9e\" { pin \"A\" input; "
+                             "property string \"P\" { default = \"t\" } } mapsto {\n"
+                             "inst \"i\" \"B\"; connect \"s\" : \"i\" \"X\", \"A\";\n"
+                             "if (f(\"P\", 3)) assign block property \"i\" \"Q\" \"v\"; } }\n";
+    const auto typesIn = [&](const std::string& what, const Json& params) {
+        const Json result = resultOf(Dialogue().initialize(utf8).open("a", text).ask(what, "a", params).run(), 2);
+        std::string all;
+        std::size_t begin = 0;
+        std::size_t character = 0;
+        for (std::size_t i = 0; i < result["data"].size(); i += 5) {
+            const auto number = [&](std::size_t which) { return result["data"][i + which].get<std::size_t>(); };
+            for (std::size_t lines = number(0); lines > 0; --lines) begin = text.find('\n', begin) + 1;
+            character = number(0) > 0 ? number(1) : character + number(1);
+            all += std::string(1, "cksnftvpPm"[number(3)]) + text.substr(begin + character, number(2)) + ' ';
+        }
+        return all;
+    };
+    const std::string last = "kif ff s\"P\" n3 kassign kblock kproperty v\"i\" P\"Q\" s\"v\" ";
+    EXPECT_EQ(typesIn("semanticTokens/full", Json::object()),
+              "c/* a c b */ klibrary s\"L\" kblock t\"\xf0\x9d\x84\x9e\" kpin p\"A\" kinput kproperty kstring P\"P\" "
+              "kdefault s\"t\" kmapsto kinst v\"i\" t\"B\" kconnect v\"s\" v\"i\" p\"X\" p\"A\" " +
+                  last);
+    EXPECT_EQ(typesIn("semanticTokens/range", {{"range", rangeOf(4, 0, 5, 0)}}), last);
+}
+
 // What the editor shows to choose from: "title: text with its edits", in the order of the list.
 TEST(ServerDocuments, MendsAreOffered) {
     const std::string text = "library \"L\" {\nblock \"\xc3\x84\" { pin \"A\" inptu; pin \"B\" output }\n"
