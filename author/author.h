@@ -2,12 +2,14 @@
 
 // Everything for programs that serve those who write libraries.
 #include "author/format/HDNTFormatter.h"
+#include "author/judge/judge.h"
 #include "author/lint/Baseline.h"
 #include "author/lint/RuleControl.h"
 #include "author/lint/Waivers.h"
 #include "author/lint/lint.h"
 #include "author/lint/nearestNames.h"
 #include "author/project/Project.h"
+#include "author/project/parents.h"
 #include "author/server/serve.h"
 #include "author/syntax/SoundTexts.h"
 #include "author/syntax/SyntaxTree.h"

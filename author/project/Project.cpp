@@ -1,8 +1,11 @@
 #include "author/project/Project.h"
 
 #include "author/lint/nearestNames.h"
+#include "hdnt/frontend/SearchPath.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/InputFile.h"
+#include "hdnt/registry/HDNTCellviewLib.h"
+#include "hdnt/registry/registerCells.h"
 
 #include <fnmatch.h>
 #include <libconfig.h++>
@@ -198,6 +201,12 @@ std::string findProject(const std::string& path) {
 }
 
 Project readProject(const std::string& path) { return ProjectReader(path).read(); }
+
+void enterProject(const Project& project) {
+    for (const std::string& path : project.cellTables) registerCells(path);
+    HDNTCellviewLib::getGlobal();
+    for (const std::string& directory : project.searchDirectories) NtlAddSearchDirectory(directory);
+}
 
 void applyExceptions(const Project& project, const RuleControl& stronger, std::vector<Diagnostic>& findings) {
     if (project.exceptions.empty()) return;

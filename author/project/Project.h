@@ -52,6 +52,10 @@ HDNT_API std::string findProject(const std::string& path);
 /// Reads such a file. Throws HEXDataException with "file:line: what is wrong and what to do".
 HDNT_API Project readProject(const std::string& path);
 
+/// Adds the project's tables of cells and search directories to the process, for good: to be called before anything is
+/// loaded. Throws HEXDataException when a table is not in order, or when it is too late for one (registerCells).
+HDNT_API void enterProject(const Project& project);
+
 /// Takes out what the project's exceptions turn off, but for codes that the stronger control speaks of.
 HDNT_API void applyExceptions(const Project& project, const RuleControl& stronger, std::vector<Diagnostic>& findings);
 

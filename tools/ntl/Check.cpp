@@ -1,3 +1,4 @@
+#include "author/judge/judge.h"
 #include "author/lint/Waivers.h"
 #include "author/lint/lint.h"
 #include "hdnt/diagnostics/HDNTLimits.h"
@@ -10,7 +11,6 @@
 #include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
-#include "tools/ntl/SyntaxFaults.h"
 
 #include <filesystem>
 #include <functional>
@@ -21,8 +21,6 @@
 namespace ntl {
 
 namespace {
-
-using hdnt::author::Judged;
 
 void append(std::vector<hdnt::Diagnostic>& list, const std::vector<hdnt::Diagnostic>& more) {
     list.insert(list.end(), more.begin(), more.end());
@@ -87,21 +85,13 @@ private:
             library_ = loader_.load(path, library_);
             result_.blocks += library_->getNumTypeBlocks(false);
             if (input_.isParent) continue;
-            std::vector<hdnt::Diagnostic> findings = hdnt::lint(*library_, options_);
-            append(findings, loader_.diagnostics());
-            hdnt::author::sortByPlace(findings);
-            waive(findings, options_.isThorough ? Judged::AllRules : Judged::QuickRules);
-            append(findings, hdnt::author::lintConfiguration(*library_, input_.configuration));
-            append(result_.warnings, findings);
+            append(result_.warnings, hdnt::author::judgeLoaded(*library_, loader_.diagnostics(), loader_.files(),
+                                                               options_, input_.configuration));
             result_.files.insert(result_.files.end(), loader_.files().begin(), loader_.files().end());
             loader_.forget();
         }
         result_.isLoaded = true;
         settle();
-    }
-
-    void waive(std::vector<hdnt::Diagnostic>& findings, Judged judged) const {
-        hdnt::author::applyWaivers(findings, loader_.files(), {hdnt::author::today(), judged, loader_.texts()});
     }
 
     // Which findings are said, and as what, is the author's choice; it decides whether the input is in order.
@@ -123,12 +113,21 @@ private:
         result_.files.insert(result_.files.end(), loader_.files().begin(), loader_.files().end());
         if (result_.parentFailed) return;
         try {
-            judgeSyntax({path_, library_, loader_, input_.configuration, options_}, result_);
-            waive(result_.warnings, Judged::Nothing);
+            judgeSyntax();
+            hdnt::author::applyWaivers(result_.warnings, loader_.files(),
+                                       {hdnt::author::today(), hdnt::author::Judged::Nothing, loader_.texts()});
             settle();
         } catch (const std::exception& error) {
             result_.reason += std::string(" (broken off: ") + error.what() + ")";
         }
+    }
+
+    void judgeSyntax() {
+        const hdnt::author::FailedLoad failed = {
+            path_, library_, loader_.texts(), loader_.files(), input_.configuration, options_};
+        if (!hdnt::author::judgeSyntax(failed, result_) || result_.status != Faulty) return;
+        const size_t errors = result_.errors.size() - result_.saidBetter.size() + result_.faults.size();
+        result_.reason = path_ + ": " + counted(errors, "error");
     }
 
     const Input& input_;

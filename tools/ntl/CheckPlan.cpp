@@ -1,10 +1,8 @@
 #include "tools/ntl/CheckPlan.h"
 
 #include "author/lint/Baseline.h"
-#include "hdnt/frontend/SearchPath.h"
+#include "author/project/parents.h"
 #include "hdnt/platform/HEX.h"
-#include "hdnt/registry/HDNTCellviewLib.h"
-#include "hdnt/registry/registerCells.h"
 #include "tools/ntl/BaselineOptions.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/RuleOptions.h"
@@ -42,22 +40,19 @@ CheckPlan::CheckPlan(const Settings& settings, const std::string& input) : Check
 void CheckPlan::enter() const {
     if (!project_) return;
     try {
-        for (const std::string& path : project_->cellTables) hdnt::registerCells(path);
-        HDNTCellviewLib::getGlobal();
+        hdnt::author::enterProject(*project_);
     } catch (const HEXDataException& error) {
         throw Failure(Unusable, error.what());
     }
-    for (const std::string& directory : project_->searchDirectories) NtlAddSearchDirectory(directory);
 }
 
 std::vector<std::string> CheckPlan::parents(const std::vector<std::string>& ofCommandLine) const {
     if (!project_ || !ofCommandLine.empty()) return ofCommandLine;
-    std::vector<std::string> paths;
-    for (const std::string& parent : project_->parents) {
-        const std::vector<std::string> more = parentPaths(parent);
-        paths.insert(paths.end(), more.begin(), more.end());
+    try {
+        return hdnt::author::parentPaths(*project_);
+    } catch (const HEXDataException& error) {
+        throw Failure(Unusable, error.what());
     }
-    return paths;
 }
 
 hdnt::LintOptions CheckPlan::lintOptions() const {

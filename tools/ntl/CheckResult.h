@@ -1,5 +1,6 @@
 #pragma once
 
+#include "author/judge/judge.h"
 #include "hdnt/diagnostics/Diagnostic.h"
 #include "tools/ntl/Settings.h"
 #include "tools/ntl/Status.h"
@@ -13,18 +14,13 @@ namespace ntl {
 constexpr const char* unusableRule = "unusable-input";
 
 /// What a check found out about one input.
-struct CheckResult {
+struct CheckResult : hdnt::author::Judgement {
     std::string input;    ///< as named on the command line; the data's path for a shipped library
     Status status = Fine; ///< without regard to warnings
     std::string reason;   ///< what the one line about a failed input says
     bool parentFailed = false;
     bool isLoaded = false; ///< whatever its faults, the library is there
     size_t blocks = 0;
-    std::vector<hdnt::Diagnostic> errors;   ///< the library's own reports
-    std::vector<size_t> saidBetter;         ///< indices of those that are among the faults in other words, in order
-    std::vector<hdnt::Diagnostic> faults;   ///< errors that the library does not report, or not so well
-    std::vector<hdnt::Diagnostic> warnings; ///< and notes
-    std::vector<std::string> files;
 
     /// Faults and warnings.
     std::vector<hdnt::Diagnostic> findings() const;

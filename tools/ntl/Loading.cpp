@@ -2,6 +2,7 @@
 
 #include "author/lint/lint.h"
 #include "author/lint/nearestNames.h"
+#include "author/project/parents.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/loading/load.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -119,21 +120,14 @@ void Loader::forget() {
     files_.clear();
 }
 
-std::vector<std::string> commonLibraryPaths() {
+std::vector<std::string> commonLibraryPaths() { return parentPaths("common"); }
+
+std::vector<std::string> parentPaths(const std::string& parent) {
     try {
-        std::vector<std::string> paths = {HDNTLibraryMgr::getDataFileName(false)};
-        const std::string test = HDNTLibraryMgr::getTestDataFileName();
-        if (!test.empty() && HPAParamMgr::getParamMgr()->getValueAsBool("arch.enableTestFeatures"))
-            paths.push_back(test);
-        return paths;
+        return hdnt::author::parentPaths(parent);
     } catch (const HEXDataException& error) {
         throw Failure(Unusable, error.what());
     }
-}
-
-std::vector<std::string> parentPaths(const std::string& parent) {
-    if (parent.empty()) return {};
-    return parent == "common" ? commonLibraryPaths() : std::vector<std::string>{parent};
 }
 
 std::string pathOfInput(const std::string& name) { return name == "-" ? "/dev/stdin" : name; }

@@ -1,11 +1,9 @@
-#include "tools/ntl/SyntaxFaults.h"
-
+#include "author/judge/judge.h"
 #include "author/syntax/SoundTexts.h"
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/loading/load.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/InputFile.h"
-#include "tools/ntl/Output.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -15,20 +13,22 @@
 #include <tuple>
 #include <utility>
 
-namespace ntl {
+namespace hdnt::author {
 
 namespace {
-
-using hdnt::Diagnostic;
-using hdnt::DiagnosticCode;
-using hdnt::author::ConfigScope;
 
 bool isSyntactic(const Diagnostic& one) {
     constexpr DiagnosticCode codes[] = {DiagnosticCode::syntaxError,           DiagnosticCode::parserDepth,
                                         DiagnosticCode::unrecognizedCharacter, DiagnosticCode::longIdentifier,
                                         DiagnosticCode::stringUnterminated,    DiagnosticCode::commentUnterminated};
     return std::any_of(std::begin(codes), std::end(codes),
-                       [&](DiagnosticCode code) { return one.code == hdnt::ruleOf(code).name; });
+                       [&](DiagnosticCode code) { return one.code == ruleOf(code).name; });
+}
+
+// Of a file whose path may be written in several ways.
+std::string plainPath(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::absolute(path, error).lexically_normal().string();
 }
 
 /// What was said already, to be told from what is new.
@@ -47,8 +47,8 @@ private:
         return {one.place.file, one.place.line, one.place.column, one.code, one.message};
     }
     const std::vector<Diagnostic>& list_;
-    size_t size_;
-    size_t read_ = 0;
+    std::size_t size_;
+    std::size_t read_ = 0;
     std::set<Key> keys_;
 };
 
@@ -61,22 +61,21 @@ struct Unit {
 
 class SyntaxJudge {
 public:
-    SyntaxJudge(const FailedLoad& failed, CheckResult& result) : failed_(failed), result_(result) {
+    SyntaxJudge(const FailedLoad& failed, Judgement& result) : failed_(failed), result_(result) {
         std::error_code error;
         isFolder_ = std::filesystem::is_directory(failed.path, error);
     }
 
-    void run() {
-        if (!std::any_of(result_.errors.begin(), result_.errors.end(), isSyntactic)) return;
-        take(result_.errors, failed_.loader.files());
-        for (size_t i = 0; i < result_.errors.size(); ++i)
+    bool run() {
+        if (!std::any_of(result_.errors.begin(), result_.errors.end(), isSyntactic)) return false;
+        take(result_.errors, failed_.files);
+        for (std::size_t i = 0; i < result_.errors.size(); ++i)
             if (isSaid(result_.errors[i])) result_.saidBetter.push_back(i);
         judgeRest();
         for (auto* const list : {&result_.faults, &result_.warnings})
             std::stable_sort(list->begin(), list->end(),
                              [&](const Diagnostic& a, const Diagnostic& b) { return placeOf(a) < placeOf(b); });
-        const size_t errors = result_.errors.size() - result_.saidBetter.size() + result_.faults.size();
-        if (result_.status == Faulty) result_.reason = failed_.path + ": " + counted(errors, "error");
+        return true;
     }
 
 private:
@@ -86,7 +85,7 @@ private:
     }
     std::filesystem::path folder() const { return std::filesystem::path(failed_.path + "/").parent_path(); }
 
-    std::tuple<size_t, int, int> placeOf(const Diagnostic& one) const {
+    std::tuple<std::size_t, int, int> placeOf(const Diagnostic& one) const {
         const auto known = order_.find(one.place.file);
         return {known == order_.end() ? order_.size() : known->second, one.place.line, one.place.column};
     }
@@ -130,13 +129,14 @@ private:
     }
 
     std::optional<std::string> textOf(const std::string& file) const {
-        const auto given = failed_.loader.texts().find(file);
-        if (given != failed_.loader.texts().end()) return given->second;
+        const std::string plain = plainPath(file);
+        for (const auto& [path, text] : failed_.texts)
+            if (plainPath(path) == plain) return text;
         const HDNTLimits& limits = HDNTLimits::get();
         std::string text;
         std::string reason;
-        const bool read = hdnt::platform::readInput(
-            file, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, text, reason);
+        const bool read =
+            platform::readInput(file, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, text, reason);
         return read ? std::optional(std::move(text)) : std::nullopt;
     }
 
@@ -147,7 +147,7 @@ private:
         if (isNew && (!text || !sound_.add(file, std::move(*text), !begins(file)))) return false;
         bool faulty = false;
         for (Diagnostic& one : sound_.diagnostics(file)) {
-            const bool isError = one.severity == hdnt::Severity::error;
+            const bool isError = one.severity == Severity::error;
             faulty |= isError;
             if (!isNew) continue;
             if (isError) result_.faults.push_back(placed(std::move(one)));
@@ -164,9 +164,9 @@ private:
         return one;
     }
 
-    bool hasWarningAt(const hdnt::Place& place) {
+    bool hasWarningAt(const Place& place) {
         for (; seen_ < result_.warnings.size(); ++seen_) {
-            const hdnt::Place& at = result_.warnings[seen_].place;
+            const Place& at = result_.warnings[seen_].place;
             warned_.emplace(at.file, at.line);
         }
         return warned_.contains({place.file, place.line});
@@ -180,11 +180,11 @@ private:
             std::optional<std::map<std::string, std::string>> texts = sound_.texts();
             if (!texts || texts->empty()) return;
             if (!isJudged) dropConsequences();
-            hdnt::LoadOptions options;
+            LoadOptions options;
             options.parent = failed_.parent;
-            options.texts = std::move(*texts);
-            options.texts.insert(failed_.loader.texts().begin(), failed_.loader.texts().end());
-            const hdnt::Loaded loaded = hdnt::load(failed_.path, options);
+            for (auto& [path, text] : *texts) options.texts.emplace(plainPath(path), std::move(text));
+            for (const auto& [path, text] : failed_.texts) options.texts.emplace(plainPath(path), text);
+            const Loaded loaded = load(failed_.path, options);
             noteFiles(loaded.files);
             if (loaded) return judgeLibrary(loaded);
             more = take(loaded.diagnostics, loaded.files);
@@ -194,13 +194,13 @@ private:
                 addWarnings(loaded.diagnostics);
             }
             for (const Diagnostic& one : loaded.diagnostics)
-                if (one.severity == hdnt::Severity::error) more |= sound_.leaveOut(one.place.file, one.place.offset);
+                if (one.severity == Severity::error) more |= sound_.leaveOut(one.place.file, one.place.offset);
         }
     }
 
     // Mappings that only lack a block of the faulty text.
     void dropConsequences() {
-        const std::string_view dropped = hdnt::ruleOf(DiagnosticCode::droppedMapping).name;
+        const std::string_view dropped = ruleOf(DiagnosticCode::droppedMapping).name;
         std::erase_if(result_.warnings, [&](const Diagnostic& one) {
             return one.code == dropped && sound_.speaksOfLeftOut(one.message);
         });
@@ -217,18 +217,18 @@ private:
     void addErrors(const std::vector<Diagnostic>& said) {
         Said before(result_.errors);
         for (const Diagnostic& one : said)
-            if (one.severity == hdnt::Severity::error && !before.contains(one) && !sound_.speaksOfLeftOut(one.message))
+            if (one.severity == Severity::error && !before.contains(one) && !sound_.speaksOfLeftOut(one.message))
                 result_.faults.push_back(placed(one));
     }
 
-    void judgeLibrary(const hdnt::Loaded& loaded) {
-        std::vector<Diagnostic> findings = hdnt::lint(*loaded.library, failed_.options);
+    void judgeLibrary(const Loaded& loaded) {
+        std::vector<Diagnostic> findings = lint(*loaded.library, failed_.options);
         findings.insert(findings.end(), loaded.diagnostics.begin(), loaded.diagnostics.end());
-        hdnt::author::sortByPlace(findings);
+        sortByPlace(findings);
         // The whole configuration speaks of what is left out, too.
         const bool isWhole = failed_.configuration == ConfigScope::Whole;
         const std::vector<Diagnostic> more =
-            hdnt::author::lintConfiguration(*loaded.library, isWhole ? ConfigScope::OwnCells : failed_.configuration);
+            lintConfiguration(*loaded.library, isWhole ? ConfigScope::OwnCells : failed_.configuration);
         findings.insert(findings.end(), more.begin(), more.end());
         addErrors(findings);
         addWarnings(findings);
@@ -237,22 +237,22 @@ private:
     void addWarnings(const std::vector<Diagnostic>& said) {
         Said before(result_.warnings);
         for (const Diagnostic& one : said)
-            if (one.severity != hdnt::Severity::error && !before.contains(one) && !sound_.speaksOfLeftOut(one.message))
+            if (one.severity != Severity::error && !before.contains(one) && !sound_.speaksOfLeftOut(one.message))
                 result_.warnings.push_back(placed(one));
     }
 
     const FailedLoad& failed_;
-    CheckResult& result_;
+    Judgement& result_;
     bool isFolder_ = false;
-    hdnt::author::SoundTexts sound_;
+    SoundTexts sound_;
     std::vector<Unit> units_; ///< of the last load
-    std::map<std::string, size_t> order_;
+    std::map<std::string, std::size_t> order_;
     std::set<std::pair<std::string, int>> warned_; ///< lines of the first so many warnings
-    size_t seen_ = 0;
+    std::size_t seen_ = 0;
 };
 
 } // namespace
 
-void judgeSyntax(const FailedLoad& failed, CheckResult& result) { SyntaxJudge(failed, result).run(); }
+bool judgeSyntax(const FailedLoad& failed, Judgement& judgement) { return SyntaxJudge(failed, judgement).run(); }
 
-} // namespace ntl
+} // namespace hdnt::author
