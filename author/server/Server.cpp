@@ -81,7 +81,7 @@ void Server::take(Json&& message) {
         const Json id = message.is_object() ? message.value("id", Json()) : Json();
         return refuse(isId(id) ? id : Json(), ErrorCode::invalidRequest, std::string(fault));
     }
-    if (!message.contains("method")) return; // an answer, and nothing was asked
+    if (!message.contains("method")) return session_.takeAnswer(message);
     if (message["method"] == "$/cancelRequest") return cancel(paramsOf(message));
     waiting_.push_back({std::move(message)});
 }
@@ -101,9 +101,21 @@ void Server::cancel(const Json& params) {
     answerError(id, ErrorCode::requestCancelled, "cancelled");
 }
 
+// Of changes that wait together, the last one counts for what is said of a document.
+bool Server::hasChangeNext() const {
+    return hasWork() && !waiting_.front().isAnswer &&
+           waiting_.front().message.value("method", Json()) == "textDocument/didChange";
+}
+
 void Server::work() {
-    const auto [message, isAnswer] = std::move(waiting_.front());
+    const Waiting next = std::move(waiting_.front());
     waiting_.pop_front();
+    workOff(next);
+    if (!hasChangeNext()) publishChanged(session_);
+}
+
+void Server::workOff(const Waiting& next) {
+    const auto& [message, isAnswer] = next;
     if (isAnswer) return session_.send(message);
     const auto id = message.find("id");
     if (id == message.end()) notification(message);
@@ -135,11 +147,8 @@ void Server::notification(const Json& message) {
     const Method* const method = findMethod(name);
     if (!method || method->kind != Kind::notification) return;
     if (session_.life != Session::Life::initialized && name != "exit") return;
-    constexpr int warning = 2;
     guarded([&] { method->handle(session_, paramsOf(message)); },
-            [&](ErrorCode, const std::string& what) {
-                session_.notify("window/logMessage", {{"type", warning}, {"message", name + ": " + what}});
-            });
+            [&](ErrorCode, const std::string& what) { log(session_, name + ": " + what); });
 }
 
 void Server::answerError(const Json& id, ErrorCode code, const std::string& message) const {

@@ -19,11 +19,25 @@ public:
     bool hasWork() const { return !waiting_.empty(); }
     void work();
 
+    /// What is found beside the messages, by a process of its own: as Libraries.
+    bool isJudging() const { return session_.libraries.isBusy(); }
+    int descriptor() const { return session_.libraries.descriptor(); }
+    int timeout() const { return session_.libraries.timeout(session_); }
+    void receiveFound() { session_.libraries.receive(session_); }
+    void advance(bool isHurried) { session_.libraries.advance(session_, isHurried); }
+
     bool hasEnded() const { return session_.life == Session::Life::exited; }
     /// Of the process, as the protocol wants it.
     int status() const { return session_.hasShutDown ? 0 : 1; }
 
 private:
+    struct Waiting {
+        Json message;
+        bool isAnswer = false; ///< to what could not be taken as a message
+    };
+
+    bool hasChangeNext() const;
+    void workOff(const Waiting& next);
     void take(Json&& message);
     void refuse(const Json& id, ErrorCode code, const std::string& message);
     void cancel(const Json& params);
@@ -32,10 +46,6 @@ private:
     void refuseWhenNotRunning(std::string_view method) const;
     void answerError(const Json& id, ErrorCode code, const std::string& message) const;
 
-    struct Waiting {
-        Json message;
-        bool isAnswer = false; ///< to what could not be taken as a message
-    };
     Session session_;
     std::deque<Waiting> waiting_;
 };

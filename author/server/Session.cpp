@@ -1,11 +1,38 @@
 #include "author/server/Session.internal.h"
+#include "author/server/Workspace.internal.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace hdnt::author::server {
 
 void Session::notify(const char* method, Json params) const {
     send({{"jsonrpc", "2.0"}, {"method", method}, {"params", std::move(params)}});
+}
+
+void Session::ask(const char* method, Json params, std::function<void(const Json&)> answered) {
+    const std::string id = "ntl-" + std::to_string(++questions);
+    asked.emplace(id, std::move(answered));
+    send({{"jsonrpc", "2.0"}, {"id", id}, {"method", method}, {"params", std::move(params)}});
+}
+
+void Session::takeAnswer(const Json& answer) {
+    const Json id = answer.value("id", Json());
+    const auto found = id.is_string() ? asked.find(id.get<std::string>()) : asked.end();
+    if (found == asked.end()) return;
+    const auto answered = std::move(found->second);
+    asked.erase(found);
+    answered(answer);
+}
+
+std::string Session::uriAt(const std::string& path) const {
+    const auto known = uris.find(path);
+    return known == uris.end() ? server::uriOf(path) : known->second;
+}
+
+const Document* Session::openAt(const std::string& path) const {
+    const auto open = documents.find(uriAt(path));
+    return open == documents.end() ? nullptr : &open->second;
 }
 
 bool Session::canClient(const char* path) const {
@@ -38,6 +65,13 @@ Json rangeOf(PositionFinder& positions, std::size_t begin, std::size_t end) {
     range["start"] = jsonOf(positions.at(begin));
     range["end"] = jsonOf(positions.at(end));
     return range;
+}
+
+Json RangeFinder::at(Stretch stretch) {
+    const LineIndex& lines = document_.lines();
+    const std::size_t lineEnd = lines.end(document_.text(), lines.lineAt(stretch.begin));
+    const Position end = ends_.at(std::min(stretch.end, std::max(lineEnd, stretch.begin)));
+    return {{"start", jsonOf(begins_.at(stretch.begin))}, {"end", jsonOf(end)}};
 }
 
 } // namespace hdnt::author::server

@@ -1,17 +1,18 @@
 #pragma once
 
 #include "author/server/Document.internal.h"
+#include "author/server/Libraries.internal.h"
 
 #include <nlohmann/json.hpp>
 
 #include <functional>
+#include <map>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
 
 namespace hdnt::author::server {
-
-using Json = nlohmann::json;
 
 enum class ErrorCode : int {
     parseError = -32700,
@@ -44,8 +45,22 @@ struct Session {
     Encoding encoding = Encoding::utf16;
     Json clientCapabilities = Json::object();
     std::unordered_map<std::string, Document> documents; ///< by URI
+    std::unordered_map<std::string, std::string> uris;   ///< of all that were open, by path
+
+    std::set<std::string> changed; ///< URIs of documents of which nothing was said since
+    Libraries libraries;
+    std::unordered_map<std::string, Json> published;               ///< what was said last, by URI; without empty lists
+    std::map<std::string, std::function<void(const Json&)>> asked; ///< what waits for an answer, by id
+    int questions = 0;                                             ///< so far
 
     void notify(const char* method, Json params) const;
+    /// Asks the client; the answer, which may never come, has a "result" or an "error".
+    void ask(const char* method, Json params, std::function<void(const Json& answer)> answered);
+    void takeAnswer(const Json& answer);
+    /// The URI of a file, as the client writes it when it had the file open.
+    std::string uriAt(const std::string& path) const;
+    /// Null when it is not open.
+    const Document* openAt(const std::string& path) const;
     /// Whether the client said true at this path of its capabilities.
     bool canClient(const char* path) const;
     /// The document that the parameters name. Throws RequestError when it is not open.
@@ -60,5 +75,19 @@ Position positionOf(const Json& json);
 Json jsonOf(Position position);
 /// From a byte to another one.
 Json rangeOf(PositionFinder& positions, std::size_t begin, std::size_t end);
+
+/// Ranges of many stretches that are marked in their first lines: what goes on behind ends there. They cost least in
+/// the order of the text.
+class RangeFinder {
+public:
+    RangeFinder(const Document& document, Encoding encoding)
+        : document_(document), begins_(document, encoding), ends_(document, encoding) {}
+    Json at(Stretch stretch);
+
+private:
+    const Document& document_;
+    PositionFinder begins_;
+    PositionFinder ends_;
+};
 
 } // namespace hdnt::author::server

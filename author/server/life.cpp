@@ -37,8 +37,19 @@ Json initialize(Session& session, const Json& params) {
             {"serverInfo", {{"name", "ntl"}, {"version", HDNT_VERSION}}}};
 }
 
+// Files that the client does not know as documents change, too.
+Json initialized(Session& session, const Json&) {
+    if (!session.canClient("/workspace/didChangeWatchedFiles/dynamicRegistration")) return nullptr;
+    const Json watchers = {{{"globPattern", "**/*.btl"}}, {{"globPattern", "**/.ntl.cfg"}}};
+    const Json registration = {
+        {"id", "files"}, {"method", "workspace/didChangeWatchedFiles"}, {"registerOptions", {{"watchers", watchers}}}};
+    session.ask("client/registerCapability", {{"registrations", {registration}}}, [](const Json&) {});
+    return nullptr;
+}
+
 Json shutdown(Session& session, const Json&) {
     session.life = Session::Life::shutDown;
+    session.libraries.clear(session);
     session.documents.clear();
     return nullptr;
 }

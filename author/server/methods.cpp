@@ -12,13 +12,13 @@ const Method* findMethod(std::string_view name) {
         {"$/setTrace", notification, nothing}, // traces nothing
         {"exit", notification, exit},
         {"initialize", request, initialize},
-        {"initialized", notification, nothing},
+        {"initialized", notification, initialized},
         {"shutdown", request, shutdown},
         {"textDocument/codeAction", request, codeActions},
         {"textDocument/didChange", notification, didChange},
         {"textDocument/didClose", notification, didClose},
         {"textDocument/didOpen", notification, didOpen},
-        {"textDocument/didSave", notification, nothing}, // the text came with the changes
+        {"textDocument/didSave", notification, didSave},
         {"textDocument/documentSymbol", request, documentSymbols},
         {"textDocument/foldingRange", request, foldingRanges},
         {"textDocument/formatting", request, formatDocument},
@@ -27,6 +27,7 @@ const Method* findMethod(std::string_view name) {
         {"textDocument/selectionRange", request, selectionRanges},
         {"textDocument/semanticTokens/full", request, semanticTokens},
         {"textDocument/semanticTokens/range", request, semanticTokensInRange},
+        {"workspace/didChangeWatchedFiles", notification, didChangeWatchedFiles},
     };
     const auto found =
         std::find_if(std::begin(methods), std::end(methods), [&](const Method& method) { return method.name == name; });

@@ -22,12 +22,15 @@ const Method* findMethod(std::string_view name);
 // A file for each family.
 // life.cpp
 Json initialize(Session& session, const Json& params);
+Json initialized(Session& session, const Json& params);
 Json shutdown(Session& session, const Json& params);
 Json exit(Session& session, const Json& params);
 // documents.cpp
 Json didOpen(Session& session, const Json& params);
 Json didChange(Session& session, const Json& params);
 Json didClose(Session& session, const Json& params);
+Json didSave(Session& session, const Json& params);
+Json didChangeWatchedFiles(Session& session, const Json& params);
 // formatting.cpp
 Json formatDocument(Session& session, const Json& params);
 Json formatRange(Session& session, const Json& params);
@@ -47,7 +50,15 @@ Json semanticTokensInRange(Session& session, const Json& params);
 Json nothing(Session& session, const Json& params);
 
 // diagnostics.cpp
-/// Tells the client what the tree says of the document.
+/// Tells the client what is wrong in the document: what its tree says, and what was found when its library was judged.
 void publishDiagnostics(Session& session, const std::string& uri, const Document& document);
+/// The same for what changed since it was told last.
+void publishChanged(Session& session);
+/// What is left to tell of a document that was closed.
+void publishClosed(Session& session, const std::string& uri);
+/// The same for a file, open or not, when there is another thing to tell than before.
+void publishFound(Session& session, const std::string& path);
+/// A warning in the client's log.
+void log(const Session& session, const std::string& text);
 
 } // namespace hdnt::author::server

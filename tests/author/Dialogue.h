@@ -23,7 +23,11 @@ inline std::string framed(std::string_view body) {
 /// What a client writes, all at once, and what a server in this process answers.
 class Dialogue {
 public:
-    Dialogue& raw(std::string_view bytes) {
+    Dialogue() = default;
+    Dialogue(const Dialogue&) = default;
+    virtual ~Dialogue() = default;
+
+    virtual Dialogue& raw(std::string_view bytes) {
         input_ += bytes;
         return *this;
     }
@@ -61,6 +65,11 @@ public:
     }
     int status() const { return status_; }
 
+protected:
+    static void require(bool ok, const char* what) {
+        if (!ok) throw std::runtime_error(what);
+    }
+
 private:
     using File = std::unique_ptr<FILE, int (*)(FILE*)>;
 
@@ -76,10 +85,6 @@ private:
         }
         require(std::feof(file), "something between messages");
         return messages;
-    }
-
-    static void require(bool ok, const char* what) {
-        if (!ok) throw std::runtime_error(what);
     }
 
     std::string input_;

@@ -4,8 +4,10 @@
 A small session with the server as an editor has it: a process of its own, messages as they come.
 """
 import json
+import pathlib
 import subprocess
 import sys
+import tempfile
 import unittest
 
 
@@ -36,7 +38,7 @@ class Server:
 
 
 class Session(unittest.TestCase):
-    uri = "file:///somewhere/a.btl"
+    uri = "untitled:a.btl"
 
     def open(self, server):
         capabilities = server.ask("initialize", {"capabilities": {}})["result"]["capabilities"]
@@ -68,6 +70,31 @@ class Session(unittest.TestCase):
         server.send(method="exit")
         self.assertEqual(server.end(), (1, b"", b""))
         self.assertEqual(Server().end(), (1, b"", b""))
+
+    # As `ntl lint` judges: with tables of cells of the project, and with test features.
+    def test_a_library_is_judged_with_its_project(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder, "a.btl")
+            pathlib.Path(folder, "cells.csv").write_text("3999,OWN_CELL\n")
+            pathlib.Path(folder, ".ntl.cfg").write_text(
+                'cells = [ "cells.csv" ]; parents = [ "common" ]; rules = { only = [ "unregistered-block", "no-group" ]; };')
+            text = 'library "L" {\n  block "OWN_CELL" { pin "B" input; }\n  block "OTHER" { pin "B" input; }\n}\n'
+            path.write_text(text)
+            server = Server()
+            server.ask("initialize", {"capabilities": {}})
+            server.send(method="initialized", params={})
+            server.send(method="textDocument/didOpen", params={
+                "textDocument": {"uri": path.as_uri(), "languageId": "ntl", "version": 1, "text": text}})
+            self.assertEqual(server.receive()["params"]["diagnostics"], [])
+            found = server.receive()["params"]["diagnostics"]
+            lint = subprocess.run([sys.argv[1], "lint", "--format", "short", folder], capture_output=True, text=True)
+            said = [f"{path}:{one['range']['start']['line'] + 1}:{one['range']['start']['character'] + 1}: "
+                    f"{['', 'error', 'warning', 'note'][one['severity']]}: {one['message']} [{one['code']}]"
+                    for one in found]
+            self.assertEqual(said, lint.stdout.splitlines())
+            self.assertEqual([one["code"] for one in found], ["unregistered-block"])
+            server.send(method="exit")
+            self.assertEqual(server.end(), (1, b"", b""))
 
     def test_a_reader_that_goes_away_ends_it(self):
         server = Server()

@@ -137,10 +137,10 @@ static void addSearchDirectories(const Settings& settings) {
 
 // Asks for the table of cells once, so that a broken one is told apart from a broken library; but a project file may
 // add tables in the process of its input, and nobody may ask before.
-static void registerTables(const Settings& settings) {
+static void registerTables(const Settings& settings, bool findsProjects) {
     try {
         for (const std::string& path : settings.cellTables) hdnt::registerCells(path);
-        if (!haveProject(settings)) HDNTCellviewLib::getGlobal();
+        if (!findsProjects && !haveProject(settings)) HDNTCellviewLib::getGlobal();
     } catch (const HEXDataException& error) {
         throw Failure(Unusable, error.what());
     }
@@ -163,8 +163,8 @@ static void probeConfiguration(const std::string& architecture) {
     }
 }
 
-void applyGlobalSettings(const Settings& settings) {
-    registerTables(settings);
+void applyGlobalSettings(const Settings& settings, bool findsProjects) {
+    registerTables(settings, findsProjects);
     if (!settings.data.empty()) setDataDirectory(settings.data);
     for (const std::string& parameter : settings.parameters) setParameter(parameter);
     if (!settings.architecture.empty()) setArchitecture(settings.architecture);

@@ -9,8 +9,9 @@ namespace ntl {
 
 /// Carries out the options of all commands: tables of cells, data directory, parameters, architecture, limits, search
 /// directories. Then reads the configuration files once, so that a broken one is told apart from a broken library.
-/// Throws Failure(Unusable).
-void applyGlobalSettings(const Settings& settings);
+/// Throws Failure(Unusable). The table of cells is not asked for when project files may add to it: those of the inputs,
+/// or any that are found later.
+void applyGlobalSettings(const Settings& settings, bool findsProjects = false);
 
 /// The two sides of NAME=VALUE, given to an option. Throws Failure(Unusable) when there is no name or no "=".
 std::pair<std::string, std::string> splitAssignment(const std::string& option, const std::string& text);

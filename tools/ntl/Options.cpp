@@ -265,11 +265,14 @@ static CommandSpec serveCommand() {
         "serve",
         "answer an editor",
         "Speaks the Language Server Protocol 3.17 over standard input and output; editors start it. Says of each "
-        "text that is open what is wrong in its syntax, while it is typed, lays it out, and tells its outline, what "
-        "folds and what to select.\n"
+        "text that is open what is wrong in its syntax, while it is typed, and of its library what 'ntl lint' says, "
+        "when it rests; lays it out, and tells its outline, what folds and what to select.\n"
         "The status is 0 when the editor ended it as the protocol says, and 1 otherwise.",
         {{"--stdio", "", "Changes nothing; some editors say so.", &Settings::overStandardStreams}},
-        &runServe};
+        &runServe,
+        true,
+        true,
+        true};
 }
 
 static CommandSpec helpCommand() {
@@ -415,7 +418,7 @@ int runCommandLine(int argc, char** argv) {
     refuseEmpty(settings);
     setColors(settings.color);
     if (!command->showsDescriptions) leaveDescriptionsOut();
-    if (command->needsData) applyGlobalSettings(settings);
+    if (command->needsData) applyGlobalSettings(settings, command->findsProjects);
     return command->run(settings);
 }
 

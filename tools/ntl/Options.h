@@ -54,6 +54,7 @@ struct CommandSpec {
     int (*run)(const Settings&);
     bool needsData = true;         ///< whether the options of all commands are carried out before
     bool showsDescriptions = true; ///< with false, those of the configuration need not be read
+    bool findsProjects = false;    ///< project files may come into play that no input on the command line shows
 };
 
 const std::vector<OptionSpec>& globalOptions();
