@@ -19,7 +19,7 @@ public:
     bool hasWork() const { return !waiting_.empty(); }
     void work();
 
-    /// What is found beside the messages, by a process of its own: as Libraries.
+    /// What is found beside the messages, by a process of its own: as JudgedLibraries.
     bool isJudging() const { return session_.libraries.isBusy(); }
     int descriptor() const { return session_.libraries.descriptor(); }
     int timeout() const { return session_.libraries.timeout(session_); }

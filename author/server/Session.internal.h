@@ -1,7 +1,7 @@
 #pragma once
 
 #include "author/server/Document.internal.h"
-#include "author/server/Libraries.internal.h"
+#include "author/server/JudgedLibraries.internal.h"
 
 #include <nlohmann/json.hpp>
 
@@ -48,7 +48,7 @@ struct Session {
     std::unordered_map<std::string, std::string> uris;   ///< of all that were open, by path
 
     std::set<std::string> changed; ///< URIs of documents of which nothing was said since
-    Libraries libraries;
+    JudgedLibraries libraries;
     std::unordered_map<std::string, Json> published;               ///< what was said last, by URI; without empty lists
     std::map<std::string, std::function<void(const Json&)>> asked; ///< what waits for an answer, by id
     int questions = 0;                                             ///< so far

@@ -1,4 +1,4 @@
-#include "author/server/Libraries.internal.h"
+#include "author/server/JudgedLibraries.internal.h"
 #include "author/server/judgeFolder.internal.h"
 #include "author/server/methods.internal.h"
 
@@ -15,8 +15,8 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds showsAfter{1000};
 
-int millisecondsTo(Libraries::Clock::time_point time) {
-    const auto left = std::chrono::ceil<milliseconds>(time - Libraries::Clock::now());
+int millisecondsTo(JudgedLibraries::Clock::time_point time) {
+    const auto left = std::chrono::ceil<milliseconds>(time - JudgedLibraries::Clock::now());
     return static_cast<int>(std::max<milliseconds::rep>(left.count(), 0));
 }
 
@@ -42,12 +42,12 @@ JudgeTask taskOf(const Session& session, const std::string& document) {
 } // namespace
 
 // A look into the folders at each key stroke is too much.
-const std::string& Libraries::folderOf(const std::string& path) {
+const std::string& JudgedLibraries::folderOf(const std::string& path) {
     const auto known = folders_.find(path);
     return known != folders_.end() ? known->second : folders_[path] = libraryOf(path).path;
 }
 
-void Libraries::touch(Session& session, const std::string& path) {
+void JudgedLibraries::touch(Session& session, const std::string& path) {
     if (path.empty()) return;
     if (const std::string& folder = folderOf(path); !folder.empty()) all_[folder].document = path;
     for (auto library = all_.begin(); library != all_.end(); ++library)
@@ -55,7 +55,7 @@ void Libraries::touch(Session& session, const std::string& path) {
     restart(session);
 }
 
-void Libraries::touchFile(Session& session, const std::string& path) {
+void JudgedLibraries::touchFile(Session& session, const std::string& path) {
     const fs::path file(path);
     const bool isProject = file.filename() == ".ntl.cfg";
     folders_.clear();
@@ -67,13 +67,13 @@ void Libraries::touchFile(Session& session, const std::string& path) {
 }
 
 // What is under way is of other texts than there are now.
-void Libraries::await(Session& session, All::iterator library) {
+void JudgedLibraries::await(Session& session, All::iterator library) {
     library->second.isWaiting = true;
     due_ = Clock::now() + rest;
     restart(session);
 }
 
-void Libraries::restart(Session& session) {
+void JudgedLibraries::restart(Session& session) {
     if (!worker_.isRunning()) return;
     worker_.end();
     endProgress(session);
@@ -82,12 +82,12 @@ void Libraries::restart(Session& session) {
 }
 
 template <typename Body>
-void Libraries::forEachIn(const std::string& path, Body&& body) {
+void JudgedLibraries::forEachIn(const std::string& path, Body&& body) {
     for (auto& [folder, library] : all_)
         if (const auto in = library.found.find(path); in != library.found.end()) body(in->second);
 }
 
-void Libraries::move(const std::string& path, std::size_t offset, std::size_t oldLength, std::size_t newLength) {
+void JudgedLibraries::move(const std::string& path, std::size_t offset, std::size_t oldLength, std::size_t newLength) {
     forEachIn(path, [&](FoundInFile& in) {
         std::erase_if(in.list, [&](Found& one) { return !one.spot.move(offset, oldLength, newLength); });
     });
@@ -100,7 +100,7 @@ void Libraries::move(const std::string& path, std::size_t offset, std::size_t ol
                 });
 }
 
-void Libraries::drop(const std::string& path) {
+void JudgedLibraries::drop(const std::string& path) {
     for (auto& [folder, library] : all_) {
         if (const auto in = library.found.find(path); in != library.found.end()) in->second = {};
         for (auto& [file, in] : library.found)
@@ -109,7 +109,7 @@ void Libraries::drop(const std::string& path) {
     }
 }
 
-void Libraries::settle(const std::string& path, const Document& document, Encoding encoding) {
+void JudgedLibraries::settle(const std::string& path, const Document& document, Encoding encoding) {
     RangeFinder ranges(document, encoding);
     const auto settleOne = [&](Spot& spot) {
         if (spot.bytes) spot.range = ranges.at(*spot.bytes);
@@ -123,24 +123,24 @@ void Libraries::settle(const std::string& path, const Document& document, Encodi
             }
 }
 
-void Libraries::clear(Session& session) {
+void JudgedLibraries::clear(Session& session) {
     worker_.end();
     endProgress(session);
     all_.clear();
 }
 
-std::vector<const FoundInFile*> Libraries::in(const std::string& path) const {
+std::vector<const FoundInFile*> JudgedLibraries::in(const std::string& path) const {
     std::vector<const FoundInFile*> found;
     for (const auto& [folder, library] : all_)
         if (const auto in = library.found.find(path); in != library.found.end()) found.push_back(&in->second);
     return found;
 }
 
-Libraries::All::const_iterator Libraries::nextWaiting() const {
+JudgedLibraries::All::const_iterator JudgedLibraries::nextWaiting() const {
     return std::find_if(all_.begin(), all_.end(), [](const auto& each) { return each.second.isWaiting; });
 }
 
-int Libraries::timeout(const Session& session) const {
+int JudgedLibraries::timeout(const Session& session) const {
     if (worker_.isRunning())
         return run_.token.empty() && session.canClient("/window/workDoneProgress")
                    ? millisecondsTo(run_.begin + showsAfter)
@@ -148,7 +148,7 @@ int Libraries::timeout(const Session& session) const {
     return nextWaiting() == all_.end() ? -1 : millisecondsTo(due_);
 }
 
-void Libraries::advance(Session& session, bool isHurried) {
+void JudgedLibraries::advance(Session& session, bool isHurried) {
     if (worker_.isRunning()) {
         if (timeout(session) == 0) showProgress(session);
         return;
@@ -157,7 +157,7 @@ void Libraries::advance(Session& session, bool isHurried) {
     if (next != all_.end() && (isHurried || millisecondsTo(due_) == 0)) start(session, all_.find(next->first));
 }
 
-void Libraries::start(Session& session, All::iterator library) {
+void JudgedLibraries::start(Session& session, All::iterator library) {
     library->second.isWaiting = false;
     run_ = {library, Clock::now()};
     const auto work = [&](const Worker::Send& send) {
@@ -167,13 +167,13 @@ void Libraries::start(Session& session, All::iterator library) {
     if (!worker_.start(work)) log(session, library->first + " is not judged: no process can be started");
 }
 
-void Libraries::receive(Session& session) {
+void JudgedLibraries::receive(Session& session) {
     for (const std::string& message : worker_.receive()) take(session, unpacked(message));
     if (!worker_.isRunning()) finish(session);
 }
 
 // What only comes of trying mappings is said until the mappings were tried again.
-void Libraries::take(Session& session, FoundInLibrary&& found) {
+void JudgedLibraries::take(Session& session, FoundInLibrary&& found) {
     Library& library = run_.library->second;
     library.files = std::move(found.files);
     run_.hasFound = true;
@@ -183,14 +183,14 @@ void Libraries::take(Session& session, FoundInLibrary&& found) {
     replace(session, std::move(found.found));
 }
 
-void Libraries::replace(Session& session, std::map<std::string, FoundInFile> found) {
+void JudgedLibraries::replace(Session& session, std::map<std::string, FoundInFile> found) {
     std::map<std::string, FoundInFile> before = std::exchange(run_.library->second.found, std::move(found));
     before.insert(run_.library->second.found.begin(), run_.library->second.found.end());
     for (const auto& [path, in] : before) publishFound(session, path);
 }
 
 // Of what was not judged to the end, nothing older is said.
-void Libraries::finish(Session& session) {
+void JudgedLibraries::finish(Session& session) {
     endProgress(session);
     Library& library = run_.library->second;
     const std::string accident = worker_.accident();
@@ -207,7 +207,7 @@ void Libraries::finish(Session& session) {
     library.accident = accident;
 }
 
-void Libraries::showProgress(Session& session) {
+void JudgedLibraries::showProgress(Session& session) {
     run_.token = "ntl-" + std::to_string(++tokens_);
     const std::string folder = fs::path(run_.library->first).filename().string();
     session.ask("window/workDoneProgress/create", {{"token", run_.token}},
@@ -219,7 +219,7 @@ void Libraries::showProgress(Session& session) {
                 });
 }
 
-void Libraries::endProgress(Session& session) {
+void JudgedLibraries::endProgress(Session& session) {
     if (std::exchange(run_.isShown, false))
         session.notify("$/progress", {{"token", run_.token}, {"value", {{"kind", "end"}}}});
     run_.token.clear();

@@ -18,7 +18,7 @@ struct Session;
 /// The libraries that texts belong to: when they are judged, and what was found. A library is judged by a worker, one
 /// at a time, when its texts have rested; a change ends the worker, so that what it finds is always of the texts that
 /// there are.
-class Libraries {
+class JudgedLibraries {
 public:
     using Clock = std::chrono::steady_clock;
     static constexpr std::chrono::milliseconds rest{300};
