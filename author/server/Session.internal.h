@@ -2,6 +2,7 @@
 
 #include "author/server/Document.internal.h"
 #include "author/server/JudgedLibraries.internal.h"
+#include "author/server/Files.internal.h"
 
 #include <nlohmann/json.hpp>
 
@@ -52,6 +53,7 @@ struct Session {
     std::unordered_map<std::string, Json> published;               ///< what was said last, by URI; without empty lists
     std::map<std::string, std::function<void(const Json&)>> asked; ///< what waits for an answer, by id
     int questions = 0;                                             ///< so far
+    Files files;                                         ///< those that are not open
 
     void notify(const char* method, Json params) const;
     /// Asks the client; the answer, which may never come, has a "result" or an "error".

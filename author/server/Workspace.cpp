@@ -66,6 +66,12 @@ std::string uriOf(const std::string& path) {
     return uri;
 }
 
+std::vector<std::string> textsAt(const std::string& path) {
+    std::error_code error;
+    if (path.empty()) return {};
+    return fs::is_directory(path, error) ? textsIn(path) : std::vector{path};
+}
+
 LibraryFolder libraryOf(const std::string& path) {
     const bool isText = fs::path(path).extension() == ".btl";
     for (fs::path folder = fs::path(path).parent_path(); !folder.empty(); folder = folder.parent_path()) {

@@ -18,4 +18,7 @@ struct LibraryFolder {
 };
 LibraryFolder libraryOf(const std::string& path);
 
+/// The texts of a library that is a file or a folder, in the order in which they are loaded.
+std::vector<std::string> textsAt(const std::string& path);
+
 } // namespace hdnt::author::server

@@ -16,13 +16,19 @@ static Json serverCapabilities(Encoding encoding) {
     return {{"positionEncoding", encoding == Encoding::utf8 ? "utf-8" : "utf-16"},
             {"textDocumentSync", {{"openClose", true}, {"change", incremental}, {"save", true}}},
             {"codeActionProvider", {{"codeActionKinds", {"quickfix", "source.fixAll"}}}},
+            {"declarationProvider", true},
+            {"definitionProvider", true},
             {"documentFormattingProvider", true},
-            {"documentRangeFormattingProvider", true},
+            {"documentHighlightProvider", true},
+            {"documentLinkProvider", Json::object()},
             {"documentOnTypeFormattingProvider", {{"firstTriggerCharacter", ";"}, {"moreTriggerCharacter", {"}"}}}},
+            {"documentRangeFormattingProvider", true},
             {"documentSymbolProvider", true},
             {"foldingRangeProvider", true},
+            {"referencesProvider", true},
             {"selectionRangeProvider", true},
-            {"semanticTokensProvider", {{"legend", semanticTokensLegend()}, {"full", true}, {"range", true}}}};
+            {"semanticTokensProvider", {{"legend", semanticTokensLegend()}, {"full", true}, {"range", true}}},
+            {"workspaceSymbolProvider", true}};
 }
 
 Json initialize(Session& session, const Json& params) {

@@ -46,6 +46,13 @@ Json selectionRanges(Session& session, const Json& params);
 Json semanticTokensLegend();
 Json semanticTokens(Session& session, const Json& params);
 Json semanticTokensInRange(Session& session, const Json& params);
+// references.cpp
+Json definition(Session& session, const Json& params);
+Json references(Session& session, const Json& params);
+Json documentHighlights(Session& session, const Json& params);
+Json documentLinks(Session& session, const Json& params);
+// workspaceSymbols.cpp
+Json workspaceSymbols(Session& session, const Json& params);
 // Needs nothing done.
 Json nothing(Session& session, const Json& params);
 

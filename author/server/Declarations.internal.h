@@ -1,0 +1,43 @@
+#pragma once
+
+#include "author/server/Names.internal.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hdnt::author::server {
+
+using Visit = std::function<void(const Place&)>;
+
+/// Functions, blocks and mappings of a text.
+void forEachElement(const Text& text, const Visit& visit);
+/// What is declared of a block, also in files that it includes: pins, properties, flags.
+void forEachEntity(const Libraries& libraries, const Place& block, const Visit& visit);
+/// The properties of a pin.
+void forEachProperty(const Libraries& libraries, const Place& pin, const Visit& visit);
+/// Statements of that part in a mapping, also in braces and branches.
+void forEachStatement(const Place& mapping, NtlPart part, const Visit& visit);
+
+/// The declaration that a block's name stands for, as seen from a level: the first one in the nearest library. The name
+/// is in upper case.
+Place findBlock(const Libraries& libraries, std::string_view name, std::size_t level = 0);
+Place findFunction(const Libraries& libraries, std::string_view name, std::size_t level = 0);
+/// By the key of a pin's name.
+Place findPin(const Libraries& libraries, const Place& block, std::string_view key);
+/// The name is in upper case; the owner is a block or a pin.
+Place findProperty(const Libraries& libraries, const Place& owner, std::string_view name);
+/// More than one in branches.
+std::vector<Place> instancesOf(const Place& mapping, std::string_view name);
+
+/// Where the name is declared; empty when it is nowhere.
+std::vector<Place> declarationsOf(const Libraries& libraries, const Name& name, const Place& mapping);
+
+/// The item with the name of what the node declares; the end of the node when there is none.
+std::uint32_t nameItemOf(const Place& declaration);
+/// The name as it is written, and the key of it.
+std::string_view nameOf(const Place& declaration);
+std::string keyOfBlock(std::string_view written);
+
+} // namespace hdnt::author::server

@@ -1,0 +1,47 @@
+#include "author/lint/Statements.internal.h"
+#include "author/server/Files.internal.h"
+#include "author/server/Workspace.internal.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
+
+#include <exception>
+#include <system_error>
+
+namespace hdnt::author::server {
+
+std::vector<std::uint32_t> fileStatementsOf(const SyntaxTree& tree) {
+    std::vector<std::uint32_t> found;
+    const frontend::SourceItems& items = tree.items();
+    for (std::uint32_t item = 0; item < items.size(); ++item)
+        if (items[item].kind == frontend::SourceItem::FileStatement) found.push_back(item);
+    return found;
+}
+
+const Files::File* Files::at(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::directory_entry file(path, error);
+    if (error || !file.is_regular_file(error)) return nullptr;
+    const std::uintmax_t size = file.file_size(error);
+    const auto time = file.last_write_time(error);
+    if (error) return nullptr;
+    std::unique_ptr<Entry>& entry = entries_[path];
+    if (entry && entry->size == size && entry->time == time) return &entry->file;
+    if (!entry) entry = std::make_unique<Entry>();
+    entry->size = size;
+    entry->time = time;
+    entry->file.document.read(textOfFile(path, {}));
+    entry->file.fileStatements = fileStatementsOf(entry->file.document.tree());
+    return &entry->file;
+}
+
+const std::vector<std::string>& Files::common() {
+    if (knowsCommon_) return common_;
+    knowsCommon_ = true;
+    try {
+        for (const std::string& path : {HDNTLibraryMgr::getDataFileName(false), HDNTLibraryMgr::getTestDataFileName()})
+            for (std::string& file : textsAt(path)) common_.push_back(std::move(file));
+    } catch (const std::exception&) { // not installed, or not configured: nothing is known of it
+    }
+    return common_;
+}
+
+} // namespace hdnt::author::server

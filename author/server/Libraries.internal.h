@@ -1,0 +1,85 @@
+#pragma once
+
+#include "author/server/Session.internal.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hdnt::author::server {
+
+/// A text of a library: what is open counts before the file.
+struct Text {
+    std::string path; ///< empty for a document that is no file
+    std::string uri;
+    const Document* document = nullptr;
+    std::size_t level = 0; ///< 0: the library itself, 1: its parent, and so on
+    std::vector<std::uint32_t> fileStatements;
+
+    const SyntaxTree& tree() const { return document->tree(); }
+    const frontend::SourceItems& items() const { return document->tree().items(); }
+    const SyntaxNode& node(std::uint32_t number) const { return document->tree().nodes()[number]; }
+    std::string_view textOf(std::uint32_t item) const { return items().textOf(item); }
+};
+
+/// A node of a text.
+struct Place {
+    const Text* text = nullptr;
+    std::uint32_t node = 0;
+
+    explicit operator bool() const { return text != nullptr; }
+    const SyntaxNode& get() const { return text->node(node); }
+    bool operator==(const Place&) const = default;
+};
+
+/// Calls back with the number of each node right inside of a node.
+template <typename Visit>
+void forEachChild(const SyntaxTree& tree, std::uint32_t node, Visit&& visit) {
+    for (std::uint32_t child = node + 1; child < tree.nodes()[node].next; child = tree.nodes()[child].next)
+        visit(child);
+}
+
+/// The texts of the library that a document belongs to, of its parents, and the files that they include. For the time
+/// of a request: borrows the documents of the session.
+class Libraries {
+public:
+    /// Throws RequestError when the document is not open.
+    Libraries(Session& session, const std::string& uri);
+    Libraries(const Libraries&) = delete;
+
+    /// Those of a library in the order in which they are loaded, its parent's behind them.
+    const std::deque<Text>& texts() const { return texts_; }
+    const Text& current() const { return *current_; }
+    std::size_t levels() const { return levels_; }
+
+    /// The name in an INCLUDE or INLINE statement: where it is in the text, and the path of that file, empty when there
+    /// is none.
+    struct Inclusion {
+        std::size_t begin = 0;
+        std::size_t end = 0;
+        std::string path;
+    };
+    Inclusion inclusionOf(const Text& text, std::uint32_t item) const;
+    /// Null: not one of the texts.
+    const Text* textAt(const std::string& path) const;
+
+private:
+    void add(const std::string& path, std::size_t level);
+    void addDocument(const std::string& uri, const Document& document, std::size_t level);
+    void addParents(const std::string& path);
+    void addIncluded();
+
+    Session& session_;
+    std::unordered_map<std::string, const std::string*> open_; ///< URIs by paths
+    std::unordered_map<std::string, const Text*> byPath_;
+    std::vector<std::string> searchDirectories_;
+    std::deque<Text> texts_;
+    const Text* current_ = nullptr;
+    std::size_t levels_ = 1;
+};
+
+} // namespace hdnt::author::server

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "author/server/Mentions.internal.h"
+
+#include <optional>
+
+namespace hdnt::author::server {
+
+/// What a request with a position asks about.
+struct NameRequest {
+    /// Throws RequestError for a document that is not open.
+    NameRequest(Session& session, const Json& params);
+
+    const Text& text() const { return libraries.current(); }
+
+    Libraries libraries;
+    std::size_t offset;
+    NameReader reader;
+    std::optional<Name> name; ///< none: there is no name
+    Place mapping;            ///< around it
+};
+
+/// Places as the protocol has them. Those that come in the order of a text cost one pass over its lines.
+class Locations {
+public:
+    explicit Locations(Encoding encoding) : encoding_(encoding) {}
+    Json rangeIn(const Text& text, const Stretch& stretch);
+    Json locationIn(const Text& text, const Stretch& stretch) {
+        return {{"uri", text.uri}, {"range", rangeIn(text, stretch)}};
+    }
+
+private:
+    Encoding encoding_;
+    const Text* text_ = nullptr;
+    std::optional<PositionFinder> positions_;
+};
+
+} // namespace hdnt::author::server

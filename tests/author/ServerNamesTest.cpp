@@ -1,0 +1,170 @@
+#include "tests/author/Desk.h"
+
+#include <gtest/gtest.h>
+
+// Where names are declared and used, over the files of a library.
+namespace {
+
+using support::Desk;
+using support::Json;
+
+const std::string gates = "library \"base\" {\n"
+                          "  function int f(int);\n"
+                          "  block \"GATE\" {\n"
+                          "    pin \"A[3:0]\" input { property int \"DELAY\" { min = 0 } }\n"
+                          "    pin \"O\" output;\n"
+                          "    property int \"SIZE\" { min = 0 }\n"
+                          "  }\n"
+                          "}\n";
+
+// A library of two files with an included one, over another library. The text is that of the first file.
+Desk deskWith(const std::string& text) {
+    Desk desk;
+    desk.file(".ntl.cfg", "parents = [ \"below/base.btl\" ]; include = [ \"parts\" ];")
+        .file("below/base.btl", gates)
+        .file("parts/pins.inc", "pin \"X\" input;\n")
+        .file("b.btl",
+              "library \"L\" {\n"
+              "  block \"Part\" {\nINCLUDE pins.inc;\n    pin \"Y[1:0]\" output; property bool \"ON\" true; }\n"
+              "  block \"OTHER\" { pin \"Y\" output; } mapsto { inst \"p\" \"PART\";\n"
+              "    signal \"s\" : \"p\" \"y[1]\"; }\n}\n")
+        .file("a.btl", text)
+        .open("a.btl", text);
+    return desk;
+}
+
+// The marked place in a mapping, with an umlaut before it in its line.
+std::string mapping(const std::string& statements) {
+    return "library \"L\" {\n  block \"USER\" { pin \"IN\" input; property int \"N\" { min = 0 } } mapsto {\n" +
+           statements + "\n  }\n}\n";
+}
+
+struct Case {
+    std::string text;
+    std::string expected;
+};
+
+} // namespace
+
+TEST(ServerNames, Definitions) {
+    const std::string parts = "inst \"g\" \"gate\"; inst \"p\" \"Part\"; signal \"s[3:0]\" : \"IN\"; signal \"t\";\n";
+    const Case cases[] = {
+        {mapping("inst \"g\" \"g^ate\";"), "below/base.btl:2:GATE"},
+        {mapping("/* \xc3\xa4 */ inst \"g\" \"GATE^\";"), "below/base.btl:2:GATE"},
+        {mapping("inst \"p\" ^\"PART\";"), "b.btl:1:Part"},
+        {mapping(parts + "connect \"s[^1]\" : \"IN\";"), "a.btl:2:s[3:0]"},
+        {mapping(parts + "connect \"t\" : \"^g\" \"A[2]\";"), "a.btl:2:g"},
+        {mapping(parts + "connect \"t\" : \"g\" \"a[^2]\";"), "below/base.btl:3:A[3:0]"},
+        {mapping(parts + "connect \"t\" : \"p\" \"X^\";"), "parts/pins.inc:0:X"},
+        {mapping(parts + "connect \"t\" : \"~in^\";"), "a.btl:1:IN"},
+        {mapping(parts + "assign block property \"p\" \"o^n\" true;"), "b.btl:3:ON"},
+        {mapping(parts + "assign block property \"^p\" \"on\" true;"), "a.btl:2:p"},
+        {mapping(parts + "assign pin property \"g\" \"A[0]\", \"delay^\" 1;"), "below/base.btl:3:DELAY"},
+        {mapping(parts + "if (intProperty(\"^n\") > 1) f(1);"), "a.btl:1:N"},
+        {mapping(parts + "if (isConnected(\"^IN\")) { }"), "a.btl:1:IN"},
+        {mapping(parts + "f^(1);"), "below/base.btl:1:f"},
+        {mapping(parts + "connect \"S^\" : \"IN\";"), ""},
+        {mapping(parts + "F^(1);"), ""},
+        {mapping("inst \"g\" \"NONE^\";"), ""},
+        {mapping("in^st \"g\" \"GATE\";"), ""},
+        // Faults before, at and behind the place
+        {mapping("inst \"x\" ; ( inst \"p\" \"PART^\" connect"), "b.btl:1:Part"},
+        {"library \"L\" {\n block \"B { \n block \"C\" { pin \"I\" input } mapsto { inst \"p\" \"PART\"; connect \"s\" "
+         ": "
+         "\"p\" \"Y^\"; ",
+         "b.btl:3:Y[1:0]"},
+        {"library \"L\" {\nINCLUDE  pin^s.inc ; // more\n}\n", "parts/pins.inc:0:"},
+        {"library \"L\" {\nINCLUDE  no^ne.inc;\n}\n", ""},
+    };
+    for (const Case& each : cases) {
+        Desk desk = deskWith(each.text);
+        EXPECT_EQ(desk.briefs(desk.result("textDocument/definition")), each.expected) << each.text;
+        EXPECT_EQ(desk.briefs(desk.result("textDocument/declaration")), each.expected) << each.text;
+    }
+}
+
+TEST(ServerNames, WhatIsOpenCountsBeforeTheFile) {
+    Desk desk = deskWith(mapping("inst \"p\" \"PART^\";"));
+    desk.open("b.btl", "library \"L\" {\n\n\n block \"PART\" { }\n}");
+    EXPECT_EQ(desk.briefs(desk.result("textDocument/definition")), "b.btl:3:PART");
+}
+
+TEST(ServerNames, LinksForClientsThatKnowThem) {
+    Desk desk = deskWith(mapping("inst \"p\" \"PART^\";"));
+    desk.client({{"textDocument", {{"definition", {{"linkSupport", true}}}}}});
+    const Json link = desk.result("textDocument/definition").at(0);
+    EXPECT_EQ(desk.brief(link), "b.btl:1:Part");
+    EXPECT_EQ(link["targetRange"], support::rangeOf(1, 2, 3, 51));
+    EXPECT_EQ(link["originSelectionRange"], support::rangeOf(2, 10, 2, 14));
+}
+
+TEST(ServerNames, References) {
+    const std::string all =
+        mapping("inst \"p\" \"part\"; if (true) inst \"g\" \"GATE\"; signal \"s[1:0]\" : \"p\" \"Y\";\n"
+                "connect \"s[0]\" : \"~IN\", \"g\" \"A[0]\", \"p\" \"y[0]\";\n"
+                "assign pin property \"g\" \"a[1]\", \"DELAY\" 2; f(f(1)); isConnected(\"in\");");
+    const auto marked = [&](const std::string& before) {
+        std::string text = all;
+        return text.insert(text.find(before) + before.size(), "^");
+    };
+    const Case cases[] = {
+        {marked("inst \"p\" \"par"), "a.btl:2:part b.btl:1:Part b.btl:4:PART"},
+        {marked("\"p\" \"Y"), "a.btl:2:Y a.btl:3:y[0] b.btl:3:Y[1:0] b.btl:5:y[1]"},
+        {marked("inst \"p"), "a.btl:2:p a.btl:2:p a.btl:3:p"},
+        {marked("\"s[0"), "a.btl:2:s[1:0] a.btl:3:s[0]"},
+        {marked("\"GAT"), "a.btl:2:GATE below/base.btl:2:GATE"},
+        {marked("\"A["), "a.btl:3:A[0] a.btl:4:a[1] below/base.btl:3:A[3:0]"},
+        {marked("\"DEL"), "a.btl:4:DELAY below/base.btl:3:DELAY"},
+        {marked("; f("), "a.btl:4:f a.btl:4:f below/base.btl:1:f"},
+        {marked("pin \"I"), "a.btl:1:IN a.btl:3:IN a.btl:4:in"},
+        {marked("property int \"N"), "a.btl:1:N"},
+    };
+    for (const Case& each : cases) {
+        Desk desk = deskWith(each.text);
+        const Json with = {{"context", {{"includeDeclaration", true}}}};
+        EXPECT_EQ(desk.briefs(desk.result("textDocument/references", with)), each.expected) << each.text;
+    }
+}
+
+TEST(ServerNames, ReferencesWithoutDeclarationsAndInParts) {
+    Desk desk = deskWith(mapping("inst \"p\" \"PART\"; connect \"s\" : \"p\" \"Y^\";"));
+    Json params = {{"context", {{"includeDeclaration", false}}}};
+    EXPECT_EQ(desk.briefs(desk.result("textDocument/references", params)), "a.btl:2:Y b.btl:5:y[1]");
+    params["partialResultToken"] = 7;
+    const auto said = desk.conversation("textDocument/references", params);
+    ASSERT_EQ(said.size(), 3U);
+    EXPECT_EQ(said[0]["params"]["token"], 7);
+    EXPECT_EQ(desk.briefs(said[0]["params"]["value"]), "a.btl:2:Y");
+    EXPECT_EQ(desk.briefs(said[1]["params"]["value"]), "b.btl:5:y[1]");
+    EXPECT_EQ(said[2]["result"], Json::array());
+}
+
+// A block of the parent that has the name of an own one is another one.
+TEST(ServerNames, OwnBlocksHideThoseOfParents) {
+    Desk desk = deskWith("library \"L\" {\n block \"GATE\" { }\n block \"B\" { } mapsto { inst \"g\" \"gate^\"; }\n}");
+    const Json with = {{"context", {{"includeDeclaration", true}}}};
+    EXPECT_EQ(desk.briefs(desk.result("textDocument/references", with)), "a.btl:1:GATE a.btl:2:gate");
+}
+
+TEST(ServerNames, HighlightsAndLinksOfTheDocument) {
+    Desk desk = deskWith(mapping("inst \"p\" \"PAR^T\"; inst \"q\" \"Part\";\nINLINE pins.inc;\nINLINE none.inc;"));
+    std::string highlights;
+    for (const Json& one : desk.result("textDocument/documentHighlight"))
+        highlights += one["kind"].dump() + '@' + one["range"]["start"]["character"].dump() + ' ';
+    EXPECT_EQ(highlights, "2@10 2@27 ");
+    const Json links = desk.result("textDocument/documentLink");
+    ASSERT_EQ(links.size(), 1U);
+    EXPECT_EQ(links[0]["target"], desk.uri("parts/pins.inc"));
+    EXPECT_EQ(links[0]["range"], support::rangeOf(3, 7, 3, 15));
+}
+
+TEST(ServerNames, SymbolsOfTheWorkspace) {
+    const Case cases[] = {{"par", "Part"}, {"oer", "OTHER"}, {"e", "USER OTHER GATE"}, {"F", "f"}, {"zz", ""}};
+    for (const Case& each : cases) {
+        Desk desk = deskWith(mapping("^"));
+        std::string names;
+        for (const Json& symbol : desk.result("workspace/symbol", {{"query", each.text}}))
+            names += (names.empty() ? "" : " ") + symbol["name"].get<std::string>();
+        EXPECT_EQ(names, each.expected) << each.text;
+    }
+}
