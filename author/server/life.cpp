@@ -25,6 +25,7 @@ static Json serverCapabilities(Encoding encoding) {
             {"documentRangeFormattingProvider", true},
             {"documentSymbolProvider", true},
             {"foldingRangeProvider", true},
+            {"hoverProvider", true},
             {"referencesProvider", true},
             {"selectionRangeProvider", true},
             {"semanticTokensProvider", {{"legend", semanticTokensLegend()}, {"full", true}, {"range", true}}},

@@ -26,6 +26,7 @@ const Method* findMethod(std::string_view name) {
         {"textDocument/documentSymbol", request, documentSymbols},
         {"textDocument/foldingRange", request, foldingRanges},
         {"textDocument/formatting", request, formatDocument},
+        {"textDocument/hover", request, hover},
         {"textDocument/onTypeFormatting", request, formatOnType},
         {"textDocument/rangeFormatting", request, formatRange},
         {"textDocument/references", request, references},

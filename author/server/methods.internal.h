@@ -51,6 +51,8 @@ Json definition(Session& session, const Json& params);
 Json references(Session& session, const Json& params);
 Json documentHighlights(Session& session, const Json& params);
 Json documentLinks(Session& session, const Json& params);
+// hover.cpp
+Json hover(Session& session, const Json& params);
 // workspaceSymbols.cpp
 Json workspaceSymbols(Session& session, const Json& params);
 // Needs nothing done.

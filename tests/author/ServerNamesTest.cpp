@@ -158,6 +158,34 @@ TEST(ServerNames, HighlightsAndLinksOfTheDocument) {
     EXPECT_EQ(links[0]["range"], support::rangeOf(3, 7, 3, 15));
 }
 
+TEST(ServerNames, HoverShowsTheDeclaration) {
+    const std::string declared = "library \"L\" {\n  // Far off\n\n  /* Adds *two*\n   * numbers.\n   */\n"
+                                 "  block \"SUM\" {\n    primgroup = \"LOGIC\"; // behind\n    // The first\n"
+                                 "    pin \"A[1:0]\" input data tieLow { property int \"D\" { min = 0 } }\n"
+                                 "    property string \"M\" { values { \"X\", \"Y\" }, default = \"X\" }\n"
+                                 "  } mapsto { }\n  function int f(int, bool);\n"
+                                 "  block \"USE\" { } mapsto { inst \"s\" \"sum\"; ";
+    const std::string sheet = "```ntl\nblock \"SUM\"\n  primgroup = \"LOGIC\"\n  pin \"A[1:0]\" input data tieLow\n"
+                              "  property string \"M\" { values { \"X\", \"Y\" }, default = \"X\" }\nmapsto\n```\n"
+                              "\nAdds \\*two\\*  \nnumbers.\n";
+    const Case cases[] = {
+        {"inst \"t\" \"su^m\";", sheet},
+        {"connect \"\" : \"^s\" \"A\"", "```ntl\ninst \"s\" \"sum\"\n```\n\nBlock USE\n" + sheet},
+        {"connect \"\" : \"s\" \"a[^0]\";",
+         "```ntl\npin \"A[1:0]\" input data tieLow\n```\n\nThe first\n\nBlock SUM\n"},
+        {"assign block property \"s\" \"^m\" ",
+         "```ntl\nproperty string \"M\" { values { \"X\", \"Y\" }, default = \"X\" }\n```\n\nBlock SUM\n"},
+        {"f^(", "```ntl\nfunction int f(int, bool)\n```\n"},
+        {"inst \"t\" \"NO^NE\";", ""},
+        {"in^st", ""},
+    };
+    for (const Case& each : cases) {
+        Desk desk = deskWith(declared + each.text);
+        const Json hover = desk.result("textDocument/hover");
+        EXPECT_EQ(hover.is_null() ? "" : hover["contents"]["value"].get<std::string>(), each.expected) << each.text;
+    }
+}
+
 TEST(ServerNames, SymbolsOfTheWorkspace) {
     const Case cases[] = {{"par", "Part"}, {"oer", "OTHER"}, {"e", "USER OTHER GATE"}, {"F", "f"}, {"zz", ""}};
     for (const Case& each : cases) {

@@ -1,0 +1,141 @@
+// What a name stands for, in short.
+#include "author/server/NameRequest.internal.h"
+#include "author/server/methods.internal.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace hdnt::author::server {
+
+namespace {
+
+using frontend::SourceItem;
+
+/// Tokens in one line, as they are usually laid out.
+std::string lineOf(const Text& text, std::uint32_t begin, std::uint32_t end) {
+    std::string line;
+    for (std::uint32_t item = begin; item < end; ++item) {
+        const int kind = text.items()[item].kind;
+        if (kind <= 0) continue;
+        const bool closes = kind == ';' || kind == ',' || kind == ')';
+        if (!line.empty() && !closes && kind != '(' && !line.ends_with('(')) line += ' ';
+        line += text.textOf(item);
+    }
+    return line;
+}
+
+/// What a declaration says before its body, or with it.
+std::string declarationLine(const Place& place, bool withBody) {
+    const SyntaxNode& node = place.get();
+    std::uint32_t end = node.begin;
+    while (end < node.end && (withBody || place.text->items()[end].kind != '{')) ++end;
+    std::string line = lineOf(*place.text, node.begin, end);
+    if (line.ends_with(';')) line.pop_back();
+    return line;
+}
+
+/// The comment that stands right above a declaration, without its marks.
+std::string commentAbove(const Place& place) {
+    const frontend::SourceItems& items = place.text->items();
+    std::uint32_t first = place.get().begin;
+    for (std::uint32_t below = first; first > 0; below = --first) {
+        const SourceItem& above = items[first - 1];
+        if (!above.isComment() || !above.startsLine || items[below].newlines != 1) break;
+    }
+    std::string all;
+    for (std::uint32_t item = first; item < place.get().begin; ++item) {
+        std::string_view comment = items.textOf(item);
+        const bool isBlock = comment.starts_with("/*");
+        comment.remove_prefix(2);
+        if (isBlock && comment.ends_with("*/")) comment.remove_suffix(2);
+        for (std::size_t begin = 0; begin <= comment.size();) {
+            const std::size_t end = std::min(comment.find('\n', begin), comment.size());
+            std::string_view line = comment.substr(begin, end - begin);
+            line.remove_prefix(std::min(line.find_first_not_of(" \t\r*"), line.size()));
+            line.remove_suffix(line.size() - (line.find_last_not_of(" \t\r") + 1));
+            if (!line.empty()) all.append(all.empty() ? "" : "\n").append(line);
+            begin = end + 1;
+        }
+    }
+    return all;
+}
+
+/// Markdown of a declaration: it itself, what a block declares, and the comment above.
+class Sheet {
+public:
+    explicit Sheet(const Libraries& libraries) : libraries_(libraries) {}
+
+    std::string of(const Place& place) const {
+        const NtlPart part = place.get().part;
+        const bool isBlock = part == NtlPart::block;
+        std::string code = declarationLine(place, part == NtlPart::property);
+        if (isBlock) code += entitiesOf(place);
+        return asCode(code) + paragraph(commentAbove(place)) + (isBlock ? "" : ownerOf(place));
+    }
+    static std::string asCode(const std::string& code) { return "```ntl\n" + code + "\n```\n"; }
+    /// Text that means nothing to Markdown.
+    static std::string paragraph(std::string_view text) {
+        if (text.empty()) return {};
+        std::string plain = "\n";
+        for (const char c : text) {
+            if (std::string_view("\\`*_{}[]<>()#+-!|&").find(c) != std::string_view::npos) plain += '\\';
+            plain += c;
+            if (c == '\n') plain.insert(plain.size() - 1, "  ");
+        }
+        return plain + '\n';
+    }
+
+private:
+    std::string entitiesOf(const Place& block) const {
+        std::string flags, pins, properties, mapping;
+        forEachEntity(libraries_, block, [&](const Place& place) {
+            switch (place.get().part) {
+            case NtlPart::flag: flags += line(place, true); break;
+            case NtlPart::pin: pins += line(place, false); break;
+            case NtlPart::property: properties += line(place, true); break;
+            case NtlPart::section: mapping += '\n' + declarationLine(place, false); break;
+            default: break;
+            }
+        });
+        return flags + pins + properties + mapping;
+    }
+    static std::string line(const Place& place, bool withBody) { return "\n  " + declarationLine(place, withBody); }
+
+    std::string ownerOf(const Place& place) const {
+        NameReader reader(libraries_, *place.text);
+        reader.at(nameItemOf(place));
+        const Place block = reader.around({NtlPart::block});
+        return block ? paragraph("Block " + std::string(nameOf(block))) : std::string();
+    }
+
+    const Libraries& libraries_;
+};
+
+std::string markdownOf(const NameRequest& asked) {
+    const Sheet sheet(asked.libraries);
+    std::string text;
+    for (const Place& place : declarationsOf(asked.libraries, *asked.name, asked.mapping)) {
+        text += sheet.of(place);
+        if (place.get().part != NtlPart::inst) continue;
+        const Place block = findBlock(asked.libraries, keyOfBlock(stringOf(place, 1)), asked.text().level);
+        if (block) text += sheet.of(block);
+    }
+    if (asked.name->key.kind == Name::Kind::file) text = Sheet::paragraph(asked.name->key.text);
+    return text;
+}
+
+} // namespace
+
+Json hover(Session& session, const Json& params) {
+    const NameRequest asked(session, params);
+    if (!asked.name) return nullptr;
+    std::string text = markdownOf(asked);
+    if (text.empty()) return nullptr;
+    Json answer = {{"contents", {{"kind", "markdown"}, {"value", std::move(text)}}}};
+    answer["range"] = Locations(session.encoding).rangeIn(asked.text(), asked.name->stretch);
+    return answer;
+}
+
+} // namespace hdnt::author::server
