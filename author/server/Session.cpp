@@ -67,6 +67,21 @@ Json rangeOf(PositionFinder& positions, std::size_t begin, std::size_t end) {
     return range;
 }
 
+Json workspaceEdit(const Session& session, std::vector<TextEdits> texts) {
+    const bool knowsVersions = session.canClient("/workspace/workspaceEdit/documentChanges");
+    Json changes = knowsVersions ? Json::array() : Json::object();
+    for (TextEdits& text : texts) {
+        if (!knowsVersions) {
+            changes[text.uri] = std::move(text.edits);
+            continue;
+        }
+        Json identifier = {{"uri", text.uri}, {"version", nullptr}};
+        if (text.version) identifier["version"] = *text.version;
+        changes.push_back({{"textDocument", std::move(identifier)}, {"edits", std::move(text.edits)}});
+    }
+    return {{knowsVersions ? "documentChanges" : "changes", std::move(changes)}};
+}
+
 Json RangeFinder::at(Stretch stretch) {
     const LineIndex& lines = document_.lines();
     const std::size_t lineEnd = lines.end(document_.text(), lines.lineAt(stretch.begin));

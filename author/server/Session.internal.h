@@ -1,17 +1,20 @@
 #pragma once
 
 #include "author/server/Document.internal.h"
-#include "author/server/JudgedLibraries.internal.h"
 #include "author/server/Files.internal.h"
+#include "author/server/JudgedLibraries.internal.h"
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace hdnt::author::server {
 
@@ -53,7 +56,7 @@ struct Session {
     std::unordered_map<std::string, Json> published;               ///< what was said last, by URI; without empty lists
     std::map<std::string, std::function<void(const Json&)>> asked; ///< what waits for an answer, by id
     int questions = 0;                                             ///< so far
-    Files files;                                         ///< those that are not open
+    Files files;                                                   ///< those that are not open
 
     void notify(const char* method, Json params) const;
     /// Asks the client; the answer, which may never come, has a "result" or an "error".
@@ -77,6 +80,15 @@ Position positionOf(const Json& json);
 Json jsonOf(Position position);
 /// From a byte to another one.
 Json rangeOf(PositionFinder& positions, std::size_t begin, std::size_t end);
+
+/// Edits of one text, as the protocol has them.
+struct TextEdits {
+    std::string uri;
+    std::optional<std::int64_t> version; ///< of an open document
+    Json edits;
+};
+/// What the client is to change, with the versions when it knows such.
+Json workspaceEdit(const Session& session, std::vector<TextEdits> texts);
 
 /// Ranges of many stretches that are marked in their first lines: what goes on behind ends there. They cost least in
 /// the order of the text.

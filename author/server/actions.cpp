@@ -60,15 +60,6 @@ private:
         return {{"range", rangeOf(positions, mend.offset, mend.offset + mend.length)}, {"newText", mend.text}};
     }
 
-    Json workspaceEdit(Json edits) const {
-        if (!session_.canClient("/workspace/workspaceEdit/documentChanges"))
-            return {{"changes", {{uri_, std::move(edits)}}}};
-        Json identifier = {{"uri", uri_}, {"version", nullptr}};
-        if (document_.version) identifier["version"] = *document_.version;
-        Json change = {{"textDocument", std::move(identifier)}, {"edits", std::move(edits)}};
-        return {{"documentChanges", Json::array({std::move(change)})}};
-    }
-
     std::string titleOf(const SyntaxMend& mend) const {
         const std::string_view old = document_.text().substr(mend.offset, mend.length);
         const std::size_t first = mend.text.find_first_not_of(" \n");
@@ -87,7 +78,9 @@ private:
     }
 
     void add(std::string title, const char* kind, Json diagnostics, Json edits, bool isPreferred) {
-        Json action = {{"title", std::move(title)}, {"kind", kind}, {"edit", workspaceEdit(std::move(edits))}};
+        Json action = {{"title", std::move(title)},
+                       {"kind", kind},
+                       {"edit", workspaceEdit(session_, {{uri_, document_.version, std::move(edits)}})}};
         if (!diagnostics.empty()) action["diagnostics"] = std::move(diagnostics);
         if (isPreferred) action["isPreferred"] = true;
         all_.push_back(std::move(action));

@@ -27,6 +27,7 @@ static Json serverCapabilities(Encoding encoding) {
             {"foldingRangeProvider", true},
             {"hoverProvider", true},
             {"referencesProvider", true},
+            {"renameProvider", {{"prepareProvider", true}}},
             {"selectionRangeProvider", true},
             {"semanticTokensProvider", {{"legend", semanticTokensLegend()}, {"full", true}, {"range", true}}},
             {"workspaceSymbolProvider", true}};

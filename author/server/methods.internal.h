@@ -51,6 +51,9 @@ Json definition(Session& session, const Json& params);
 Json references(Session& session, const Json& params);
 Json documentHighlights(Session& session, const Json& params);
 Json documentLinks(Session& session, const Json& params);
+// rename.cpp
+Json prepareRename(Session& session, const Json& params);
+Json rename(Session& session, const Json& params);
 // hover.cpp
 Json hover(Session& session, const Json& params);
 // workspaceSymbols.cpp

@@ -33,6 +33,7 @@ public:
         return *this;
     }
 
+    const std::string& text(const std::string& name) const { return texts_.at(name); }
     std::string path(const std::string& name) const { return folder_->path(name); }
     std::string uri(const std::string& name) const { return "file://" + path(name); }
 

@@ -1,0 +1,217 @@
+#include "tests/author/Desk.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <sstream>
+#include <utility>
+
+// Names that get another one, over the files of a library.
+namespace {
+
+using support::Desk;
+using support::Json;
+
+const std::string parent =
+    "library \"base\" {\n"
+    "  function int far(int);\n"
+    "  block \"GATE\" { pin \"A[3:0]\" input; pin \"O\" output; property int \"DELAY\" { min = 0 } }\n"
+    "}\n";
+const std::string second = "library \"L\" {\n"
+                           "  block \"Part\" {\n"
+                           "    pin \"Y[1:0]\" output; pin \"X\" input { property int \"SLOPE\" { min = 0 } }\n"
+                           "    property bool \"ON\" true;\n"
+                           "  }\n"
+                           "  block \"OTHER\" { pin \"Z\" output; } mapsto {\n"
+                           "    inst \"p\" \"PART\";\n"
+                           "    signal \"s\" : \"p\" \"y[1]\";\n"
+                           "  }\n"
+                           "}\n";
+// An umlaut stands before names in a line.
+const std::string first =
+    "library \"L\" {\n"
+    "  function int f(int);\n"
+    "  block \"USER\" { pin \"IN\" input; pin \"Q\" input; property int \"N\" { min = 0 } } mapsto {\n"
+    "    inst \"p\" \"part\"; /* \xc3\xa4 */ inst \"g\" \"GATE\";\n"
+    "    signal \"s[1:0]\" : \"p\" \"Y\"; signal \"t\";\n"
+    "    connect \"s[0]\" : \"~IN\", \"g\" \"A[0]\", \"p\" \"y[0]\";\n"
+    "    assign block property \"p\" \"on\" true;\n"
+    "    assign pin property \"p\" \"X\", \"slope\" 1;\n"
+    "    if (isConnected(\"in\") && intProperty(\"N\") > f(1)) far(2);\n"
+    "  }\n"
+    "}\n";
+
+// The library's first file is open and has the mark, the other one is not.
+Desk deskWith(const std::string& text, const std::string& other = second) {
+    Desk desk;
+    desk.file(".ntl.cfg", "parents = [ \"below/base.btl\" ];").file("below/base.btl", parent);
+    return std::move(desk.file("b.btl", other).file("a.btl", text).open("a.btl", text));
+}
+
+std::string marked(const std::string& text, const std::string& before) {
+    return std::string(text).insert(text.find(before) + before.size(), "^");
+}
+
+using Texts = std::map<std::string, std::string>;
+
+// The texts after the edits. Those that are out of order, or of one place, are not what they should be.
+Texts applied(const Desk& desk, const Json& changes) {
+    Texts texts;
+    for (const auto& [uri, edits] : changes.items()) {
+        const std::string name = uri.substr(desk.uri("").size() + 1);
+        std::string text = desk.text(name);
+        std::size_t before = text.size() + 1;
+        for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
+            const std::size_t begin = Desk::offsetIn(desk.text(name), (*edit)["range"]["start"]);
+            const std::size_t end = Desk::offsetIn(desk.text(name), (*edit)["range"]["end"]);
+            EXPECT_LT(end, before);
+            before = begin;
+            text.replace(begin, end - begin, (*edit)["newText"].get<std::string>());
+        }
+        texts[name] = text;
+    }
+    return texts;
+}
+
+// The words that changed, as "file:line:word", or why nothing does.
+std::string outcome(Desk desk, const std::string& newName) {
+    const Json answer = desk.ask("textDocument/rename", {{"newName", newName}});
+    if (answer.contains("error")) return answer["error"]["message"];
+    std::string all;
+    for (const auto& [name, text] : applied(desk, answer["result"]["changes"])) {
+        std::istringstream oldLines(desk.text(name)), lines(text);
+        std::string oldLine, line, oldWord, word;
+        for (int number = 0; std::getline(oldLines, oldLine) && std::getline(lines, line); ++number) {
+            std::istringstream oldWords(oldLine), words(line);
+            while (oldWords >> oldWord && words >> word)
+                if (word != oldWord) all += (all.empty() ? "" : " ") + name + ':' + std::to_string(number) + ':' + word;
+        }
+    }
+    return all;
+}
+
+struct Case {
+    std::string before; ///< the mark stands behind it
+    std::string newName;
+    std::string expected;
+};
+
+} // namespace
+
+TEST(ServerRename, ChangesAllPlaces) {
+    const Case cases[] = {
+        {"inst \"p", "q", "a.btl:3:\"q\" a.btl:4:\"q\" a.btl:5:\"q\" a.btl:6:\"q\" a.btl:7:\"q\""},
+        {"\"s[", "wire", "a.btl:4:\"wire[1:0]\" a.btl:5:\"wire[0]\""},
+        {"signal \"t", "\"t 2\"", "a.btl:4:\"t"},
+        {"\"par", "PIECE", "a.btl:3:\"PIECE\"; b.btl:1:\"PIECE\" b.btl:6:\"PIECE\";"},
+        {"\"par", "PART", "a.btl:3:\"PART\"; b.btl:1:\"PART\""},
+        {"\"p\" \"y[0", "W", "a.btl:4:\"W\"; a.btl:5:\"W[0]\"; b.btl:2:\"W[1:0]\" b.btl:7:\"W[1]\";"},
+        {"\"~I", "IN2", "a.btl:2:\"IN2\" a.btl:5:\"~IN2\", a.btl:8:(isConnected(\"IN2\")"},
+        {"\"on", "OFF", "a.btl:6:\"OFF\" b.btl:3:\"OFF\""},
+        {"\"slo", "EDGE", "a.btl:7:\"EDGE\" b.btl:2:\"EDGE\""},
+        {"intProperty(\"N", "M", "a.btl:2:\"M\" a.btl:8:intProperty(\"M\")"},
+        {"> f", "g", "a.btl:1:g(int); a.btl:8:g(1))"},
+    };
+    for (const Case& each : cases)
+        EXPECT_EQ(outcome(deskWith(marked(first, each.before)), each.newName), each.expected) << each.before;
+}
+
+TEST(ServerRename, SaysWhyItDoesNot) {
+    const std::string characters = "no name holds a quote, a line end or a control character";
+    const std::string function = "a function is named by up to 31 letters, digits and underscores, and no keyword";
+    const std::string plain = "such a name consists of letters, digits, underscores and \"@\"";
+    const auto unwritable = [](const std::string& name, const std::string& why) {
+        return '"' + name + "\" cannot be written here: " + why;
+    };
+    const Case cases[] = {
+        {"blo", "x", "here is no name that can be changed"},
+        {"\"GAT", "x", "\"GATE\" is declared in a parent library, in base.btl"},
+        {"\"A", "x", "\"A\" is declared in a parent library, in base.btl"},
+        {"fa", "x", "\"far\" is declared in a parent library, in base.btl"},
+        {"isConn", "x", "\"isConnected\" is declared nowhere"},
+        {"inst \"p", "", unwritable("", "a name has at least one character")},
+        {"inst \"p", "\"\"", unwritable("", "a name has at least one character")},
+        {"inst \"p", "a\"b", unwritable("a\"b", characters)},
+        {"\"par", "a\nb", unwritable("a\nb", characters)},
+        {"signal \"t", "a\tb", unwritable("a\tb", characters)},
+        {"signal \"t", "u[2]", unwritable("u[2]", "only the name before the brackets is changed")},
+        {"signal \"t", "@1", unwritable("@1", "a signal of that name is a constant")},
+        {"pin \"IN", "U[2]", unwritable("U[2]", "only the name before the brackets is changed")},
+        {"\"par", "a b", unwritable("a b", plain)},
+        {"\"on", "\xc3\x84", unwritable("\xc3\x84", plain)},
+        {"pin \"IN", "in", unwritable("in", "a pin with lower-case letters in its name is found by nobody")},
+        {"> f", "2f", unwritable("2f", function)},
+        {"> f", "f g", unwritable("f g", function)},
+        {"> f", "preset", unwritable("preset", function)},
+        {"> f", std::string(32, 'f'), unwritable(std::string(32, 'f'), function)},
+        {"inst \"p", "g", "\"g\" is taken: a.btl:4 has it"},
+        {"signal \"t", "s", "\"s\" is taken: a.btl:5 has it"},
+        {"\"par", "other", "\"other\" is taken: b.btl:6 has it"},
+        {"\"par", "gate", "\"gate\" is taken: a.btl:4 has it"},
+        {"pin \"IN", "Q", "\"Q\" is taken: a.btl:3 has it"},
+        {"> f", "far", "\"far\" is taken: a.btl:9 has it"},
+    };
+    for (const Case& each : cases)
+        EXPECT_EQ(outcome(deskWith(marked(first, each.before)), each.newName), each.expected) << each.before;
+    EXPECT_EQ(outcome(deskWith("library \"L\" {\nINCLUDE b^.btl;\n}\n"), "x"), "here is no name that can be changed");
+}
+
+TEST(ServerRename, WhatIsTakenElsewhereIsFree) {
+    EXPECT_EQ(outcome(deskWith(marked(first, "signal \"t")), "p"), "a.btl:4:\"p\";");
+    EXPECT_EQ(outcome(deskWith(marked(first, "inst \"g")), "s"), "a.btl:3:\"s\" a.btl:5:\"s\"");
+    EXPECT_EQ(outcome(deskWith(marked(first, "intProperty(\"N")), "ON"), "a.btl:2:\"ON\" a.btl:8:intProperty(\"ON\")");
+    EXPECT_EQ(outcome(deskWith(marked(first, "> f")), std::string(31, 'f')).substr(0, 9), "a.btl:1:f");
+}
+
+TEST(ServerRename, TextsWithFaults) {
+    const std::string text = "library \"L\" {\n block \"B { \n block \"C\" { pin \"I\" input } mapsto {\n"
+                             " inst \"p^\" \"Part\"; connect \"s\" : \"p\" \"Y\"; assign ( \"p\" \"X\"";
+    EXPECT_EQ(outcome(deskWith(text), "q"), "a.btl:3:\"q\" a.btl:3:\"q\"");
+}
+
+TEST(ServerRename, PreparesWithTheBaseOfTheName) {
+    Desk desk = deskWith(marked(first, "\"~I"));
+    const Json prepared = desk.result("textDocument/prepareRename");
+    EXPECT_EQ(prepared["range"], support::rangeOf(5, 23, 5, 25));
+    EXPECT_EQ(prepared["placeholder"], "IN");
+    const Json bus = deskWith(marked(first, "\"s[0")).result("textDocument/prepareRename");
+    EXPECT_EQ(bus["range"], support::rangeOf(5, 13, 5, 14));
+    EXPECT_EQ(bus["placeholder"], "s");
+    const Json error = deskWith(marked(first, "\"GAT")).ask("textDocument/prepareRename")["error"];
+    EXPECT_EQ(error["code"], -32803);
+    EXPECT_EQ(error["message"], "\"GATE\" is declared in a parent library, in base.btl");
+}
+
+TEST(ServerRename, VersionsForClientsThatKnowThem) {
+    Desk desk = deskWith(marked(first, "\"par"));
+    desk.client({{"workspace", {{"workspaceEdit", {{"documentChanges", true}}}}}});
+    const Json edit = desk.result("textDocument/rename", {{"newName", "PIECE"}});
+    EXPECT_FALSE(edit.contains("changes"));
+    const Json& changes = edit["documentChanges"];
+    ASSERT_EQ(changes.size(), 2U);
+    EXPECT_EQ(changes[0]["textDocument"], Json({{"uri", desk.uri("a.btl")}, {"version", 1}}));
+    EXPECT_EQ(changes[1]["textDocument"], Json({{"uri", desk.uri("b.btl")}, {"version", nullptr}}));
+    EXPECT_EQ(changes[0]["edits"].size(), 1U);
+    EXPECT_EQ(changes[1]["edits"].size(), 2U);
+}
+
+// Whatever name of the library is changed: references at the new one find as many places as before.
+TEST(ServerRename, KeepsTheNumberOfReferences) {
+    const Json with = {{"context", {{"includeDeclaration", true}}}};
+    std::size_t renamed = 0;
+    for (std::size_t quote = first.find('"'); quote != first.npos; quote = first.find('"', quote + 1)) {
+        Desk desk = deskWith(std::string(first).insert(quote + 1, "^"));
+        const Json answer = desk.ask("textDocument/rename", {{"newName", "ANOTHER_1"}});
+        quote = first.find('"', quote + 1);
+        if (answer.contains("error")) continue;
+        ++renamed;
+        Texts texts = applied(desk, answer["result"]["changes"]);
+        const std::string& text = texts["a.btl"];
+        ASSERT_NE(text.find("ANOTHER_1"), text.npos);
+        Desk after = deskWith(marked(text, "ANOTHER_"), texts.contains("b.btl") ? texts["b.btl"] : second);
+        EXPECT_EQ(after.result("textDocument/references", with).size(),
+                  desk.result("textDocument/references", with).size())
+            << text;
+    }
+    EXPECT_GE(renamed, 20U);
+}
