@@ -1,5 +1,6 @@
 // What a name stands for, in short.
 #include "author/server/NameRequest.internal.h"
+#include "author/server/keywords.internal.h"
 #include "author/server/methods.internal.h"
 
 #include <algorithm>
@@ -113,6 +114,19 @@ private:
     const Libraries& libraries_;
 };
 
+Json markdown(const std::string& text) { return {{"kind", "markdown"}, {"value", text}}; }
+
+/// The statements that join pins to a signal behind its declaration.
+std::string connectionsOf(const NameRequest& asked) {
+    std::string code;
+    if (!asked.mapping) return code;
+    forEachStatement(asked.mapping, NtlPart::connect, [&](const Place& place) {
+        if (baseOf(stringOf(place, 0)) != asked.name->key.text) return;
+        code += (code.empty() ? "" : "\n") + declarationLine(place, true);
+    });
+    return code.empty() ? code : Sheet::asCode(code);
+}
+
 std::string markdownOf(const NameRequest& asked) {
     const Sheet sheet(asked.libraries);
     std::string text;
@@ -122,20 +136,34 @@ std::string markdownOf(const NameRequest& asked) {
         const Place block = findBlock(asked.libraries, keyOfBlock(stringOf(place, 1)), asked.text().level);
         if (block) text += sheet.of(block);
     }
+    if (asked.name->key.kind == Name::Kind::signal) text += connectionsOf(asked);
     if (asked.name->key.kind == Name::Kind::file) text = Sheet::paragraph(asked.name->key.text);
     return text;
+}
+
+/// What a word of the language says; null when none is there.
+Json meaningAt(const NameRequest& asked, Encoding encoding) {
+    const frontend::SourceItems& items = asked.text().items();
+    const std::uint32_t item = itemAt(items, asked.offset);
+    if (item >= items.size()) return nullptr;
+    const std::string_view whole = items.textOf(item);
+    const std::string_view word = whole.substr(0, whole.find_first_of(" \t\n;")); // of INCLUDE and INLINE
+    const std::size_t begin = items[item].offset;
+    const std::string_view meaning = meaningOf(word);
+    if (meaning.empty() || asked.offset > begin + word.size()) return nullptr;
+    return {{"contents", markdown(Sheet::asCode(std::string(word)) + '\n' + std::string(meaning) + '\n')},
+            {"range", Locations(encoding).rangeIn(asked.text(), {begin, begin + word.size()})}};
 }
 
 } // namespace
 
 Json hover(Session& session, const Json& params) {
     const NameRequest asked(session, params);
-    if (!asked.name) return nullptr;
-    std::string text = markdownOf(asked);
+    if (Json meaning = meaningAt(asked, session.encoding); !meaning.is_null() || !asked.name) return meaning;
+    const std::string text = markdownOf(asked);
     if (text.empty()) return nullptr;
-    Json answer = {{"contents", {{"kind", "markdown"}, {"value", std::move(text)}}}};
-    answer["range"] = Locations(session.encoding).rangeIn(asked.text(), asked.name->stretch);
-    return answer;
+    return {{"contents", markdown(text)},
+            {"range", Locations(session.encoding).rangeIn(asked.text(), asked.name->stretch)}};
 }
 
 } // namespace hdnt::author::server

@@ -1,6 +1,9 @@
+#include "hdnt/frontend/Keywords.internal.h"
 #include "tests/author/Desk.h"
 
 #include <gtest/gtest.h>
+
+#include <iterator>
 
 // Where names are declared and used, over the files of a library.
 namespace {
@@ -177,13 +180,36 @@ TEST(ServerNames, HoverShowsTheDeclaration) {
          "```ntl\nproperty string \"M\" { values { \"X\", \"Y\" }, default = \"X\" }\n```\n\nBlock SUM\n"},
         {"f^(", "```ntl\nfunction int f(int, bool)\n```\n"},
         {"inst \"t\" \"NO^NE\";", ""},
-        {"in^st", ""},
+        {"signal \"n[1:0]\"; connect \"n[0]\" : \"s\" \"~A[0]\"; connect \"m\" : \"O\"; if (true) connect \"^n[1]\" : "
+         "\"O\";",
+         "```ntl\nsignal \"n[1:0]\"\n```\n\nBlock USE\n"
+         "```ntl\nconnect \"n[0]\" : \"s\" \"~A[0]\"\nconnect \"n[1]\" : \"O\"\n```\n"},
+        {"in^st \"t\" \"SUM\";",
+         "```ntl\ninst\n```\n\nPuts an instance of a block into the mapping: its name, and the name of the block.\n"},
     };
     for (const Case& each : cases) {
         Desk desk = deskWith(declared + each.text);
         const Json hover = desk.result("textDocument/hover");
         EXPECT_EQ(hover.is_null() ? "" : hover["contents"]["value"].get<std::string>(), each.expected) << each.text;
     }
+}
+
+TEST(ServerNames, HoverKnowsEveryWordOfTheLanguage) {
+    std::string text;
+    for (const auto& keyword : hdnt::frontend::keywords) text += std::string(keyword.spelling) + " none.inc;\n";
+    support::Dialogue dialogue;
+    dialogue.initialize().open("untitled:words", text);
+    for (std::size_t line = 0; line < std::size(hdnt::frontend::keywords); ++line)
+        dialogue.ask("hover", "untitled:words", {{"position", {{"line", line}, {"character", 1}}}});
+    std::size_t answered = 0;
+    for (const Json& message : dialogue.run()) {
+        if (!message.contains("result") || message["id"] == 1) continue;
+        const std::string word(hdnt::frontend::keywords[answered++].spelling);
+        ASSERT_TRUE(message["result"].is_object()) << word;
+        const std::string value = message["result"]["contents"]["value"];
+        EXPECT_TRUE(value.starts_with("```ntl\n" + word + "\n```\n\n") && value.ends_with(".\n")) << value;
+    }
+    EXPECT_EQ(answered, std::size(hdnt::frontend::keywords));
 }
 
 TEST(ServerNames, SymbolsOfTheWorkspace) {
