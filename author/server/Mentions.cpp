@@ -37,7 +37,10 @@ std::vector<Mentions::Span> Mentions::spans(const Text* only) const {
     const auto wants = [&](const Text& text) { return !only || only == &text; };
     std::vector<Span> all;
     if (isOfMapping(name_.key.kind)) {
-        if (mapping_ && wants(*mapping_.text)) all.push_back({mapping_.text, mapping_.get().begin, mapping_.get().end});
+        if (!mapping_) return all;
+        const Span span{mapping_.text, mapping_.get().begin, mapping_.get().end};
+        if (wants(*span.text)) all.push_back(span);
+        addIncluded(span, all, only);
         return all;
     }
     for (const Text& text : libraries_.texts()) {

@@ -55,7 +55,7 @@ bool isIdentifier(const std::string& word) {
 bool isConstant(std::string_view name, Kind kind) { return kind == Kind::signal && (name == "@0" || name == "@1"); }
 
 /// Why the language, or the loader, does not take the name; empty: it does.
-std::string faultOf(const std::string& name, Kind kind) {
+std::string faultOf(const std::string& name, Kind kind, bool isBus) {
     const auto isControl = [](unsigned char c) { return c < ' ' || c == 0x7f; };
     if (name.empty()) return "a name has at least one character";
     if (kind == Kind::function)
@@ -67,6 +67,7 @@ std::string faultOf(const std::string& name, Kind kind) {
     if (name.find_first_of("[]") != name.npos) return "only the name before the brackets is changed";
     if (kind == Kind::signal) return isConstant(name, kind) ? "a signal of that name is a constant" : "";
     if (!isPlain(name)) return "such a name consists of letters, digits, underscores and \"@\"";
+    if (isBus && name.find('@') != name.npos) return "the name of a bus has no \"@\"";
     if (kind == Kind::pin && HSTStringUtils::to_upper_copy(name) != name)
         return "a pin with lower-case letters in its name is found by nobody";
     return {};
@@ -86,9 +87,11 @@ public:
         if (isConstant(oldName(), asked_.name->key.kind)) refuse(inQuotes(oldName()) + " is a constant");
         const std::vector<Place> declarations = declarationsOf(asked_.libraries, *asked_.name, asked_.mapping);
         if (declarations.empty()) refuse(inQuotes(oldName()) + " is declared nowhere");
-        for (const Place& place : declarations)
+        for (const Place& place : declarations) {
             if (place.text->level != asked_.text().level)
                 refuse(inQuotes(oldName()) + " is declared in a parent library, in " + fileOf(*place.text));
+            isBus_ = isBus_ || baseOf(nameOf(place)) != nameOf(place);
+        }
     }
 
     Json prepared() const {
@@ -97,7 +100,7 @@ public:
     }
 
     Json to(const std::string& newName) const {
-        const std::string fault = faultOf(newName, asked_.name->key.kind);
+        const std::string fault = faultOf(newName, asked_.name->key.kind, isBus_);
         if (!fault.empty()) refuse(inQuotes(newName) + " cannot be written here: " + fault);
         requireFree(newName);
         return workspaceEdit(session_, editsTo(newName));
@@ -122,6 +125,21 @@ private:
         });
     }
 
+    // Else the name would change for somebody who still has the old one.
+    void requireOneReader(const Text& text) const {
+        std::size_t readers = 0;
+        for (const Text& other : asked_.libraries.texts())
+            for (const std::uint32_t item : other.fileStatements)
+                readers += asked_.libraries.inclusionOf(other, item).path == text.path ? 1 : 0;
+        const bool isMappingElsewhere = text.tree().content() == NtlList::statements && asked_.mapping.text == &text;
+        if (readers > 1) refuse(fileOf(text) + " is included more than once");
+        if (readers == 1 && isMappingElsewhere && isOfMapping())
+            refuse(fileOf(text) + " is a part of a mapping in another file");
+    }
+    bool isOfMapping() const {
+        return asked_.name->key.kind == Kind::instance || asked_.name->key.kind == Kind::signal;
+    }
+
     std::vector<TextEdits> editsTo(const std::string& newName) const {
         Places places;
         Mentions(asked_.libraries, *asked_.name, asked_.mapping).forEach([&](const Name& name) {
@@ -133,6 +151,7 @@ private:
         std::vector<TextEdits> all;
         Locations locations(session_.encoding);
         for (const auto& [uri, in] : places) {
+            requireOneReader(*in.first);
             Json edits = Json::array();
             for (const auto& [begin, end] : in.second)
                 edits.push_back({{"range", locations.rangeIn(*in.first, {begin, end})}, {"newText", newName}});
@@ -143,6 +162,7 @@ private:
 
     Session& session_;
     NameRequest asked_;
+    bool isBus_ = false; ///< declared with a range
 };
 
 } // namespace

@@ -136,6 +136,7 @@ TEST(ServerRename, SaysWhyItDoesNot) {
         {"signal \"t", "a\tb", unwritable("a\tb", characters)},
         {"signal \"t", "u[2]", unwritable("u[2]", "only the name before the brackets is changed")},
         {"signal \"t", "@1", unwritable("@1", "a signal of that name is a constant")},
+        {"\"p\" \"y[0", "U@", unwritable("U@", "the name of a bus has no \"@\"")},
         {"pin \"IN", "U[2]", unwritable("U[2]", "only the name before the brackets is changed")},
         {"\"par", "a b", unwritable("a b", plain)},
         {"\"on", "\xc3\x84", unwritable("\xc3\x84", plain)},
@@ -161,6 +162,35 @@ TEST(ServerRename, WhatIsTakenElsewhereIsFree) {
     EXPECT_EQ(outcome(deskWith(marked(first, "inst \"g")), "s"), "a.btl:3:\"s\" a.btl:5:\"s\"");
     EXPECT_EQ(outcome(deskWith(marked(first, "intProperty(\"N")), "ON"), "a.btl:2:\"ON\" a.btl:8:intProperty(\"ON\")");
     EXPECT_EQ(outcome(deskWith(marked(first, "> f")), std::string(31, 'f')).substr(0, 9), "a.btl:1:f");
+}
+
+TEST(ServerRename, IncludedFiles) {
+    const std::string head = "library \"L\" {\n block \"C\" {\nINLINE pins.inc;\n } mapsto {\n  inst \"p\" \"PART\";\n"
+                             "  signal \"s\" : \"p\" \"Y[1]\";\nINLINE wires.inc;\n }\n";
+    const std::string again = head + " block \"D\" {\nINLINE pins.inc;\n } mapsto {\nINLINE wires.inc;\n }\n}\n";
+    const std::string once = head + "}\n";
+    const std::string inside = "inst \"q\" \"PART\";\nconnect \"s\" : \"q\" \"Y[0]\", \"I\";\n";
+    struct {
+        std::string text, wires, newName, expected;
+    } const cases[] = {
+        {marked(once, "inst \"p"), inside, "r", "a.btl:4:\"r\" a.btl:5:\"r\""},
+        {marked(once, "inst \"p"), inside, "q", "\"q\" is taken: wires.inc:1 has it"},
+        {marked(once, "signal \"s"), inside, "t", "a.btl:5:\"t\" wires.inc:1:\"t\""},
+        {marked(again, "signal \"s"), inside, "t", "wires.inc is included more than once"},
+        {marked(once, "\"Y"), inside, "Z",
+         "a.btl:5:\"Z[1]\"; b.btl:2:\"Z[1:0]\" b.btl:7:\"Z[1]\"; wires.inc:1:\"Z[0]\","},
+        {once, marked(inside, "\"I"), "J", "pins.inc:0:\"J\" wires.inc:1:\"J\";"},
+        {again, marked(inside, "\"I"), "J", "pins.inc is included more than once"},
+        {once, marked(inside, "inst \"q"), "r", "wires.inc is a part of a mapping in another file"},
+        {once, marked(inside, "connect \"s"), "t", "\"s\" is declared nowhere"},
+    };
+    for (const auto& each : cases) {
+        Desk desk;
+        desk.file(".ntl.cfg", "include = [ \".\" ];").file("b.btl", second).file("pins.inc", "pin \"I\" input;\n");
+        desk.file("a.btl", each.text).open("a.btl", each.text);
+        desk.file("wires.inc", each.wires).open("wires.inc", each.wires);
+        EXPECT_EQ(outcome(std::move(desk), each.newName), each.expected) << each.text << each.wires;
+    }
 }
 
 TEST(ServerRename, TextsWithFaults) {
