@@ -3,6 +3,7 @@
 #include "author/server/Mentions.internal.h"
 
 #include <optional>
+#include <string>
 
 namespace hdnt::author::server {
 
@@ -19,6 +20,12 @@ struct NameRequest {
     std::optional<Name> name; ///< none: there is no name
     Place mapping;            ///< around it
 };
+
+// hover.cpp
+/// What a declaration says before its body, in one line.
+std::string lineOfDeclaration(const Place& place);
+/// A declaration as hovering over its name shows it, in Markdown.
+std::string sheetOf(const Libraries& libraries, const Place& place);
 
 /// Places as the protocol has them. Those that come in the order of a text cost one pass over its lines.
 class Locations {

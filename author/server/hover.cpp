@@ -157,6 +157,10 @@ Json meaningAt(const NameRequest& asked, Encoding encoding) {
 
 } // namespace
 
+std::string lineOfDeclaration(const Place& place) { return declarationLine(place, false); }
+
+std::string sheetOf(const Libraries& libraries, const Place& place) { return Sheet(libraries).of(place); }
+
 Json hover(Session& session, const Json& params) {
     const NameRequest asked(session, params);
     if (Json meaning = meaningAt(asked, session.encoding); !meaning.is_null() || !asked.name) return meaning;

@@ -16,6 +16,7 @@ static Json serverCapabilities(Encoding encoding) {
     return {{"positionEncoding", encoding == Encoding::utf8 ? "utf-8" : "utf-16"},
             {"textDocumentSync", {{"openClose", true}, {"change", incremental}, {"save", true}}},
             {"codeActionProvider", {{"codeActionKinds", {"quickfix", "source.fixAll"}}}},
+            {"completionProvider", {{"triggerCharacters", {"\""}}, {"resolveProvider", true}}},
             {"declarationProvider", true},
             {"definitionProvider", true},
             {"documentFormattingProvider", true},

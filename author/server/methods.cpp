@@ -10,11 +10,13 @@ const Method* findMethod(std::string_view name) {
     constexpr auto notification = Method::Kind::notification;
     static constexpr Method methods[] = {
         {"$/setTrace", notification, nothing}, // traces nothing
+        {"completionItem/resolve", request, resolveCompletion},
         {"exit", notification, exit},
         {"initialize", request, initialize},
         {"initialized", notification, initialized},
         {"shutdown", request, shutdown},
         {"textDocument/codeAction", request, codeActions},
+        {"textDocument/completion", request, completion},
         {"textDocument/declaration", request, definition},
         {"textDocument/definition", request, definition},
         {"textDocument/didChange", notification, didChange},

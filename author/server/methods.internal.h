@@ -54,6 +54,9 @@ Json documentLinks(Session& session, const Json& params);
 // rename.cpp
 Json prepareRename(Session& session, const Json& params);
 Json rename(Session& session, const Json& params);
+// completion.cpp
+Json completion(Session& session, const Json& params);
+Json resolveCompletion(Session& session, const Json& params);
 // hover.cpp
 Json hover(Session& session, const Json& params);
 // workspaceSymbols.cpp

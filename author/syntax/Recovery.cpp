@@ -130,7 +130,10 @@ bool Recovery::lacks(const TokenSet& expected) {
         addMissing(0);
         return true;
     }
+    const bool atEnd = endToken_ == horizon && item_ == items_.size();
+    if (trial_ && atEnd && budget_ > 0) furthest_ = reach; // all that there is fits
     if (trial_) return false;
+    if (atEnd) answerAtEnd(expected);
     fault_ = {item_,
               taken_,
               ahead_,
@@ -141,6 +144,19 @@ bool Recovery::lacks(const TokenSet& expected) {
               taken_ != Fault::none && tokenAt(taken_) == '}',
               trials_.size() >= mostTrials};
     return false;
+}
+
+void Recovery::askAtEnd() {
+    endToken_ = horizon;
+    look();
+}
+
+// What is ahead there from here on is the end of the text, which ends the parse.
+void Recovery::answerAtEnd(const TokenSet& expected) {
+    expectedAtEnd_ = expected;
+    if (couldBeElse_) expectedAtEnd_.add(T_Else);
+    endToken_ = 0;
+    look();
 }
 
 Recovery::Start Recovery::start() {

@@ -97,9 +97,15 @@ public:
     }
     bool deeper();
     void shallower() { --depth_; }
+    void noElse() { couldBeElse_ = couldBeElse_ || (ahead_ == horizon && !trial_); }
 
     /// To be called when the grammar gave up.
     void sayLast();
+
+    /// The text goes on behind its items, nobody knows how: what may stand there is asked for.
+    void askAtEnd();
+    /// To be called after the parse.
+    TokenSet expectedAtEnd() const { return expectedAtEnd_; }
 
     std::size_t item() const { return item_; }
     /// Nothing is laid over what is ahead.
@@ -138,7 +144,8 @@ private:
     bool isToken(std::size_t item) const { return items_[item].kind > 0; }
     std::size_t tokenFrom(std::size_t item) const;
     std::size_t tokenBefore(std::size_t item) const;
-    int tokenAt(std::size_t item) const { return item < items_.size() ? items_[item].kind : 0; }
+    int tokenAt(std::size_t item) const { return item < items_.size() ? items_[item].kind : endToken_; }
+    void answerAtEnd(const TokenSet& expected);
     void insertEdits(const std::vector<Edit>& edits, std::size_t from);
     void addMissing(int token);
     void addNode(NtlPart part, std::size_t begin, std::size_t end, int token);
@@ -170,6 +177,10 @@ private:
     std::size_t retries_ = 0;
     std::size_t retriedAt_ = Fault::none;
     std::size_t skippedTo_ = Fault::none; ///< what goes wrong there again is no news
+
+    int endToken_ = 0; ///< the horizon until what may stand there is known
+    bool couldBeElse_ = false;
+    TokenSet expectedAtEnd_;
 };
 
 /// What is said of a fault and its repair.

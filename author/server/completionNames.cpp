@@ -1,0 +1,174 @@
+// What names, and values of properties, fit in a place.
+#include "author/server/completion.internal.h"
+#include "hdnt/platform/HSTStringUtils.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace hdnt::author::server {
+
+using Kind = Proposal::Kind;
+
+constexpr std::size_t ranksBeforeLibraries = 2;
+
+static Document withString(const Document& document, const Stretch& word) {
+    Document changed = document;
+    changed.edit(word.begin, word.end - word.begin, "\"\"");
+    return changed;
+}
+
+static Text textOf(const Text& text, const Document& document) {
+    Text other = text;
+    other.document = &document;
+    other.fileStatements = fileStatementsOf(document.tree());
+    return other;
+}
+
+StringRole::StringRole(const Libraries& libraries, const Stretch& word)
+    : libraries_(libraries), document_(withString(*libraries.current().document, word)),
+      text_(textOf(libraries.current(), document_)), reader_(libraries, text_),
+      item_(itemAt(text_.items(), word.begin + 1)) {}
+
+void StringRole::proposeNames(Proposals& to) {
+    if (item_ >= text_.items().size()) return;
+    const std::optional<Name> name = reader_.at(item_);
+    if (!name) return;
+    if (name->declares) return name->key.kind == Name::Kind::signal ? proposeConnected(to) : void();
+    switch (name->key.kind) {
+    case Name::Kind::block: return proposeBlocks(to);
+    case Name::Kind::instance: return proposeInstances(to);
+    case Name::Kind::signal: return proposeSignals(to);
+    case Name::Kind::property: return proposeProperties(*name, to);
+    case Name::Kind::pin:
+        if (name->at.get().part == NtlPart::pinRef && wordsOf(name->at).size() == 1) proposeInstances(to);
+        return proposePins(findBlock(libraries_, name->key.owner, text_.level), to);
+    default: return;
+    }
+}
+
+// Of the library's own elements first, and none that a nearer one hides.
+static void forEachVisible(const Libraries& libraries, NtlPart part, auto&& visit) {
+    for (std::size_t level = libraries.current().level; level < libraries.levels(); ++level)
+        for (const Text& text : libraries.texts()) {
+            if (text.level != level) continue;
+            forEachElement(text, [&](const Place& place) {
+                if (place.get().part == part) visit(place, ranksBeforeLibraries + level);
+            });
+        }
+}
+
+void StringRole::proposeBlocks(Proposals& to) const {
+    std::set<std::string> known;
+    forEachVisible(libraries_, NtlPart::block, [&](const Place& place, std::size_t rank) {
+        if (known.insert(keyOfBlock(nameOf(place))).second)
+            to.add({std::string(nameOf(place)), Kind::block, "", true, rank});
+    });
+}
+
+void proposeFunctions(const Libraries& libraries, Proposals& to) {
+    forEachVisible(libraries, NtlPart::function, [&](const Place& place, std::size_t rank) {
+        to.add({std::string(nameOf(place)), Kind::function, lineOfDeclaration(place), false, rank});
+    });
+}
+
+void StringRole::proposeInstances(Proposals& to) const {
+    const Place mapping = reader_.mapping();
+    if (!mapping) return;
+    forEachStatement(mapping, NtlPart::inst, [&](const Place& place) {
+        to.add({std::string(nameOf(place)), Kind::instance, std::string(stringOf(place, 1)), true, 0});
+    });
+}
+
+static std::string rangeOfBus(std::string_view name) { return std::string(name.substr(baseOf(name).size())); }
+
+void StringRole::proposePins(const Place& block, Proposals& to) const {
+    if (!block) return;
+    forEachEntity(libraries_, block, [&](const Place& place) {
+        if (place.get().part != NtlPart::pin) return;
+        const std::string_view name = nameOf(place);
+        std::string detail = rangeOfBus(name);
+        for (std::uint32_t item = nameItemOf(place) + 1; item < place.get().end; ++item) {
+            const int kind = place.text->items()[item].kind;
+            if (kind == '{' || kind == ';') break;
+            if (kind > 0) detail.append(detail.empty() ? "" : " ").append(place.text->textOf(item));
+        }
+        to.add({std::string(baseOf(name)), Kind::pin, std::move(detail), true, 1});
+    });
+}
+
+void StringRole::proposeSignals(Proposals& to) const {
+    const Place mapping = reader_.mapping();
+    if (!mapping) return;
+    forEachStatement(mapping, NtlPart::signal, [&](const Place& place) {
+        const std::string_view name = nameOf(place);
+        to.add({std::string(baseOf(name)), Kind::signal, rangeOfBus(name), true, 0});
+    });
+}
+
+// Signals that are connected and not declared.
+void StringRole::proposeConnected(Proposals& to) const {
+    const Place mapping = reader_.mapping();
+    if (!mapping) return;
+    std::set<std::string_view> declared;
+    forEachStatement(mapping, NtlPart::signal, [&](const Place& place) { declared.insert(baseOf(nameOf(place))); });
+    forEachStatement(mapping, NtlPart::connect, [&](const Place& place) {
+        const std::string_view name = baseOf(nameOf(place));
+        if (!declared.contains(name)) to.add({std::string(name), Kind::signal, "", true, 0});
+    });
+}
+
+// The item that says the type; the end of the node when none does.
+static std::uint32_t typeItemOf(const Place& property) {
+    const SyntaxNode& node = property.get();
+    std::uint32_t item = node.begin;
+    while (item < node.end && !frontend::types.contains(property.text->items()[item].kind)) ++item;
+    return item;
+}
+
+static std::string typeNameOf(const Place& property) {
+    const std::uint32_t item = typeItemOf(property);
+    return item == property.get().end ? std::string() : std::string(property.text->textOf(item));
+}
+
+void StringRole::proposeProperties(const Name& name, Proposals& to) const {
+    const Place block = findBlock(libraries_, name.key.owner, text_.level);
+    const Place owner = block && !name.key.pin.empty() ? findPin(libraries_, block, name.key.pin) : block;
+    if (!owner) return;
+    forEachProperty(libraries_, owner, [&](const Place& place) {
+        to.add({std::string(nameOf(place)), Kind::property, typeNameOf(place), true, 1});
+    });
+}
+
+Place StringRole::assigned() {
+    NodeChain chain(text_);
+    const std::vector<std::uint32_t> nodes = chain.around(item_);
+    if (nodes.size() < 2 || text_.node(nodes.back()).part != NtlPart::constant) return {};
+    const Place statement{&text_, nodes[nodes.size() - 2]};
+    const NtlPart part = statement.get().part;
+    if (part != NtlPart::assignBlockProperty && part != NtlPart::assignPinProperty) return {};
+    const std::vector<std::uint32_t> strings = wordsOf(statement);
+    if (strings.empty()) return {};
+    const std::optional<Name> property = reader_.at(strings.back());
+    if (!property || property->key.kind != Name::Kind::property) return {};
+    const std::vector<Place> declared = declarationsOf(libraries_, *property, reader_.mapping());
+    return declared.empty() ? Place() : declared.front();
+}
+
+void proposeValues(const Place& property, Proposals& to) {
+    const std::uint32_t typeItem = typeItemOf(property);
+    const int type = typeItem == property.get().end ? 0 : property.text->items()[typeItem].kind;
+    if (type == T_Bool)
+        for (const char* const value : {"true", "false"}) to.add({value, Kind::value, "", false, 0});
+    const frontend::PropertyForm* const form = frontend::formOf(type);
+    forEachChild(property.text->tree(), property.node, [&](std::uint32_t child) {
+        const SyntaxNode& option = property.text->node(child);
+        if (!form || option.part != NtlPart::option || property.text->items()[option.begin].kind != T_Values) return;
+        for (std::uint32_t item = option.begin; item < option.end; ++item) {
+            if (property.text->items()[item].kind != form->value) continue;
+            const bool isQuoted = form->value == T_StringConstant;
+            to.add({std::string(contentOf(*property.text, item)), Kind::value, "", isQuoted, 0});
+        }
+    });
+}
+
+} // namespace hdnt::author::server
