@@ -146,6 +146,12 @@ std::string_view typedOf(const Text& text, const Word& word, std::size_t offset)
     return typed;
 }
 
+// It was asked for by the quote; one that ends a string asks for nothing.
+bool hasTypedQuote(const Json& params) {
+    constexpr int byCharacter = 2;
+    return params.value("/context/triggerKind"_json_pointer, 0) == byCharacter;
+}
+
 } // namespace
 
 Json completion(Session& session, const Json& params) {
@@ -154,7 +160,8 @@ Json completion(Session& session, const Json& params) {
     const std::size_t offset = text.document->offsetAt(positionOf(params.at("position")), session.encoding);
     const Word word = wordAt(text.items(), offset);
     Proposals proposals;
-    if (word.kind != Word::Kind::none && !text.tree().nodes().empty()) propose(libraries, word, proposals);
+    const bool isWanted = word.kind == Word::Kind::quoted || (word.kind == Word::Kind::plain && !hasTypedQuote(params));
+    if (isWanted && !text.tree().nodes().empty()) propose(libraries, word, proposals);
     std::vector<Proposal> sorted = std::move(proposals).sorted();
     const bool isTooMuch = sorted.size() > mostProposals;
     const std::string_view typed = typedOf(text, word, offset);

@@ -157,6 +157,13 @@ TEST(ServerCompletion, WhatIsAcceptedCanBeUsed) {
     }
 }
 
+TEST(ServerCompletion, AQuoteThatEndsAStringAsksForNothing) {
+    const Json typed = {{"context", {{"triggerKind", 2}, {"triggerCharacter", "\""}}}};
+    const Case cases[] = {{"connect \"s\" : \"g\"^", ""}, {"connect \"s\" : \"^", "g:GATE, p:part, IN:input"}};
+    for (const Case& each : cases)
+        EXPECT_EQ(labelsOf(deskWith(whole(each.text)).result("textDocument/completion", typed)), each.expected);
+}
+
 TEST(ServerCompletion, BlocksSayMoreWhenAsked) {
     Desk desk = deskWith(whole("inst \"x\" \"^\";"));
     const Json item = desk.result("textDocument/completion")["items"][0];
