@@ -3,6 +3,7 @@
 
 A small session with the server as an editor has it: a process of its own, messages as they come.
 """
+import contextlib
 import json
 import pathlib
 import subprocess
@@ -100,10 +101,12 @@ class Session(unittest.TestCase):
         server = Server()
         server.ask("initialize", {"capabilities": {}})
         server.process.stdout.close()
-        server.send(id=1, method="none")
+        with contextlib.suppress(BrokenPipeError):  # it may have seen that already
+            server.send(id=1, method="none")
         self.assertEqual(server.process.wait(timeout=60), 1)
         server.process.stderr.close()
-        server.process.stdin.close()
+        with contextlib.suppress(BrokenPipeError):
+            server.process.stdin.close()
 
 
 if __name__ == "__main__":
