@@ -53,7 +53,7 @@ struct Session {
 
     std::set<std::string> changed; ///< URIs of documents of which nothing was said since
     JudgedLibraries libraries;
-    std::unordered_map<std::string, Json> published;               ///< what was said last, by URI; without empty lists
+    std::unordered_map<std::string, std::size_t> published; ///< hash of what was said last, by URI; of no empty lists
     std::map<std::string, std::function<void(const Json&)>> asked; ///< what waits for an answer, by id
     int questions = 0;                                             ///< so far
     Files files;                                                   ///< those that are not open

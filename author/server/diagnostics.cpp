@@ -208,7 +208,7 @@ private:
 
 void publish(Session& session, const std::string& uri, Json list, const Document* document) {
     if (list.empty()) session.published.erase(uri);
-    else session.published[uri] = list;
+    else session.published[uri] = std::hash<Json>()(list);
     Json params = {{"uri", uri}, {"diagnostics", std::move(list)}};
     if (document && document->version) params["version"] = *document->version;
     session.notify("textDocument/publishDiagnostics", std::move(params));
@@ -235,7 +235,7 @@ void publishFound(Session& session, const std::string& path) {
     const Document* const document = session.openAt(path);
     Json list = Diagnostics(session, uri, document).list();
     const auto before = session.published.find(uri);
-    if (before == session.published.end() ? list.empty() : before->second == list) return;
+    if (before == session.published.end() ? list.empty() : before->second == std::hash<Json>()(list)) return;
     publish(session, uri, std::move(list), document);
 }
 

@@ -10,8 +10,8 @@
 
 namespace hdnt::author::server {
 
-/// The most diagnostics that are shown of one file.
-inline constexpr std::size_t mostDiagnostics = 1000;
+/// The most diagnostics that are shown of one file: all of them go with each key stroke.
+inline constexpr std::size_t mostDiagnostics = 500;
 
 /// A library to be judged.
 struct JudgeTask {
