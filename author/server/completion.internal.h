@@ -73,8 +73,14 @@ private:
     void proposeConnected(Proposals& to) const;
     void proposeProperties(const Name& name, Proposals& to) const;
 
+    struct Changed {
+        Document document;
+        std::size_t at; ///< of the string
+    };
+    static Changed withString(const Document& document, const Stretch& word);
+
     const Libraries& libraries_;
-    Document document_;
+    Changed changed_;
     Text text_;
     NameReader reader_;
     std::uint32_t item_;

@@ -11,10 +11,32 @@ using Kind = Proposal::Kind;
 
 constexpr std::size_t ranksBeforeLibraries = 2;
 
-static Document withString(const Document& document, const Stretch& word) {
-    Document changed = document;
-    changed.edit(word.begin, word.end - word.begin, "\"\"");
-    return changed;
+// What stands outermost around an offset, up to where the next one begins; the whole text when that is no library.
+static Stretch elementAround(const Document& document, std::size_t offset) {
+    const SyntaxTree& tree = document.tree();
+    Stretch element = {0, document.text().size()};
+    if (tree.content() != NtlList::none) return element;
+    for (std::uint32_t node = 1; node < tree.nodes().size(); node = tree.nodes()[node].next) {
+        const NtlPart part = tree.nodes()[node].part; // what is missing or unexpected may belong to the one before
+        if (part != NtlPart::block && part != NtlPart::mapping && part != NtlPart::function) continue;
+        const std::size_t begin = tree.items()[tree.nodes()[node].begin].offset;
+        if (begin > offset) return {element.begin, begin};
+        element.begin = begin;
+    }
+    return element;
+}
+
+// A library of that element alone, since reading all of a large text again would be felt.
+StringRole::Changed StringRole::withString(const Document& document, const Stretch& word) {
+    const Stretch element = elementAround(document, word.begin);
+    const std::string_view text = document.text();
+    std::string changed = element.begin > 0 ? "library \"\" {\n" : "";
+    changed += text.substr(element.begin, word.begin - element.begin);
+    const std::size_t at = changed.size();
+    changed.append("\"\"").append(text.substr(word.end, std::max(element.end, word.end) - word.end));
+    Changed result{{}, at};
+    result.document.read(std::move(changed));
+    return result;
 }
 
 static Text textOf(const Text& text, const Document& document) {
@@ -25,9 +47,9 @@ static Text textOf(const Text& text, const Document& document) {
 }
 
 StringRole::StringRole(const Libraries& libraries, const Stretch& word)
-    : libraries_(libraries), document_(withString(*libraries.current().document, word)),
-      text_(textOf(libraries.current(), document_)), reader_(libraries, text_),
-      item_(itemAt(text_.items(), word.begin + 1)) {}
+    : libraries_(libraries), changed_(withString(*libraries.current().document, word)),
+      text_(textOf(libraries.current(), changed_.document)), reader_(libraries, text_),
+      item_(itemAt(text_.items(), changed_.at + 1)) {}
 
 void StringRole::proposeNames(Proposals& to) {
     if (item_ >= text_.items().size()) return;
