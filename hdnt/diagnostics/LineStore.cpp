@@ -26,7 +26,7 @@ LineStore::Line LineStore::at(size_t n) const {
     const size_t index = std::min(n, size_) - 1;
     const Mark& before = *std::prev(std::upper_bound(marks_.begin(), marks_.end(), index,
                                                      [](size_t line, const Mark& mark) { return line < mark.line; }));
-    const std::string_view bytes = texts_[before.text]->bytes;
+    const std::string_view bytes = texts_[before.text]->view();
     size_t start = before.start;
     for (size_t line = before.line; line < index; ++line) start = bytes.find('\n', start) + 1;
     return {bytes.substr(start, std::min(bytes.find('\n', start), bytes.size()) - start), start};

@@ -13,6 +13,11 @@ namespace hdnt::diagnostics {
 /// scanner looks past the end: a text without the room for it, platform::hasRoom(), is moved when its scan begins.
 struct SourceText {
     std::string bytes;
+    /// Of a text among others, SharedTexts: their memory, and its part of it. Then `bytes` is empty.
+    std::shared_ptr<const char[]> shared = {};
+    std::string_view part = {};
+
+    std::string_view view() const { return shared ? part : std::string_view(bytes); }
 };
 
 /// Every source line that was scanned, in reading order over all files: line k is element k - 1.

@@ -1,14 +1,18 @@
 #include "hdnt/diagnostics/HDNTLimits.h"
+#include "hdnt/diagnostics/LineStore.internal.h"
 #include "hdnt/diagnostics/SourceInput.internal.h"
 #include "hdnt/platform/Bytes16.internal.h"
 #include "hdnt/platform/HUTFile.h"
 #include "hdnt/platform/InputFile.h"
+#include "hdnt/platform/SlabMemory.internal.h"
 
 #include <sys/mman.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
+#include <utility>
 
 namespace hdnt::diagnostics {
 
@@ -43,15 +47,41 @@ bool readSource(const std::string& path, std::string& out, std::string& reason) 
     return platform::readInput(path, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, out, reason);
 }
 
+char* SharedTexts::take(std::size_t size) {
+    if (size_ - used_ < size) {
+        constexpr std::size_t first = std::size_t{256} << 10; // most folders are small
+        const bool isFirst = size_ == 0;
+        block_ = isFirst ? std::shared_ptr<char[]>(new char[first]) : platform::largePage();
+        size_ = isFirst ? first : platform::largePageBytes;
+        used_ = 0;
+    }
+    return block_.get() + std::exchange(used_, used_ + size);
+}
+
+bool SharedTexts::read(const std::string& path, SourceText& text, std::string& reason) {
+    constexpr std::size_t largest = std::size_t{64} << 10;
+    if (!readSource(path, read_, reason)) return false;
+    if (read_.size() > largest || platform::usesGeneralHeap) {
+        text.bytes.swap(read_);
+        return true;
+    }
+    char* const place = take(read_.size() + platform::bytes16Room);
+    std::memcpy(place, read_.data(), read_.size());
+    std::memset(place + read_.size(), 0, platform::bytes16Room);
+    text.part = {place, read_.size()};
+    text.shared = block_;
+    return true;
+}
+
 // Memory that is new to the process comes a page at a time. For a text of a hundred megabytes in small pages that takes
 // a quarter of the time of scanning it, in large ones next to none. Where the system has none, the advice is void.
 void copySource(std::string_view text, std::string& out) {
-    constexpr size_t largePage = size_t{1} << 21;
     out.clear();
     out.reserve(text.size() + platform::bytes16Room);
-    if (text.size() >= 4 * largePage) {
+    if (text.size() >= 4 * platform::largePageBytes) {
         const auto begin = reinterpret_cast<std::uintptr_t>(out.data());
-        const size_t toLargePage = (largePage - begin % largePage) % largePage;
+        const size_t toLargePage =
+            (platform::largePageBytes - begin % platform::largePageBytes) % platform::largePageBytes;
         madvise(out.data() + toLargePage, text.size() - toLargePage, MADV_HUGEPAGE);
     }
     out.assign(text);

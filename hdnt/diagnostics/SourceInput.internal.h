@@ -1,10 +1,14 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 
 namespace hdnt::diagnostics {
+
+struct SourceText;
 
 /// Reads a whole source file, compressed or not, within the limits in force. False with a reason when that fails.
 bool readSource(const std::string& path, std::string& out, std::string& reason);
@@ -27,6 +31,22 @@ public:
 private:
     std::map<std::string, const std::string*> byPath_;
     const TextsInPlace* before_;
+};
+
+/// Reads many files. Small texts stand one behind the other in large pages: a small page that is new to the process
+/// costs more than what is read into it. The memory of a text goes with the last one that shares it.
+class SharedTexts {
+public:
+    /// As readSource(). Large ones have memory of their own, and all where an address sanitizer looks on.
+    bool read(const std::string& path, SourceText& text, std::string& reason);
+
+private:
+    char* take(std::size_t size);
+
+    std::string read_; ///< is reused
+    std::shared_ptr<char[]> block_;
+    std::size_t used_ = 0;
+    std::size_t size_ = 0;
 };
 
 /// Replaces `out` by a copy of the text.

@@ -64,7 +64,7 @@ static int parseText(HDNTLibrary* caller, std::shared_ptr<SourceText> text) {
 int HDNTLibrary::parseFile(const std::string& path) {
     auto text = std::make_shared<SourceText>();
     std::string reason;
-    if (!readSource(path, text->bytes, reason)) {
+    if (!Scanner::instance().read(path, *text, reason)) {
         HDNTError::BadFileName(path, reason);
         return 1;
     }

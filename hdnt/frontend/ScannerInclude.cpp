@@ -155,7 +155,7 @@ bool Scanner::open(const std::string& path, bool once) {
     bool opened = false;
     if (saved_.size() >= static_cast<size_t>(std::max(depth, 0)))
         reason = "more than " + std::to_string(depth) + " files open at once (limit includeDepth)";
-    else opened = isInsideRoot(path, reason) && readSource(path, text->bytes, reason);
+    else opened = isInsideRoot(path, reason) && read(path, *text, reason);
     if (prints()) std::printf("\t Loading File : %s\n", path.c_str());
     if (!opened) {
         if (prints()) std::printf("file %s could not be opened\n", path.c_str());

@@ -24,11 +24,11 @@ void Scanner::load() {
         buffers_.back()->ownedByScanner = true;
     }
     const yy_buffer_state& buffer = *buffers_.back();
-    std::string& bytes = buffer.text->bytes;
-    platform::makeRoom(bytes);
-    textBegin_ = bytes.data();
+    if (!buffer.text->shared) platform::makeRoom(buffer.text->bytes);
+    const std::string_view text = buffer.text->view();
+    textBegin_ = text.data();
     cursor_ = textBegin_ + buffer.position;
-    textEnd_ = bytes.data() + bytes.size();
+    textEnd_ = textBegin_ + text.size();
     wholeText_ = lineRead_ = !buffer.input;
     follows_ = false;
     setColumn(cursor_, column_);
@@ -95,7 +95,7 @@ char* Scanner::matchText() {
 // The text of a buffer that is no longer scanned. A parse may still look at tokens in it.
 void Scanner::release(std::shared_ptr<SourceText> text) {
     if (!keptBefore_.empty()) return kept_.push_back(std::move(text));
-    const std::string& bytes = text->bytes;
+    const std::string_view bytes = text->view();
     const std::less<> before;
     if (!before(matchBegin_, bytes.data()) && !before(bytes.data() + bytes.size(), matchBegin_))
         matchBegin_ = matchEnd_ = nullptr;
@@ -200,7 +200,7 @@ void Scanner::setInput(std::istream* input) {
     if (buffers_.empty() || !buffers_.back()) return;
     unload();
     yy_buffer_state& buffer = *buffers_.back();
-    if (buffer.position == buffer.text->bytes.size()) setInputOf(buffer, input);
+    if (buffer.position == buffer.text->view().size()) setInputOf(buffer, input);
 }
 
 void Scanner::switchTo(yy_buffer_state* buffer) {
@@ -235,7 +235,7 @@ void Scanner::forget(yy_buffer_state* buffer) {
 void Scanner::flush(yy_buffer_state* buffer) {
     if (!buffer) return;
     unload();
-    buffer->position = buffer->text->bytes.size();
+    buffer->position = buffer->text->view().size();
 }
 
 } // namespace hdnt::frontend

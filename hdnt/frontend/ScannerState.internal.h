@@ -2,6 +2,7 @@
 
 #include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/diagnostics/LineStore.internal.h"
+#include "hdnt/diagnostics/SourceInput.internal.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/platform/Bytes16.internal.h"
 
@@ -118,7 +119,12 @@ public:
     /// of one folder make one library.
     void setFolderMode(bool on) {
         folderMode_ = on;
+        folderTexts_ = {};
         if (on) files_.opened.clear();
+    }
+    /// As readSource(); the texts of a folder share memory.
+    bool read(const std::string& path, SourceText& text, std::string& reason) {
+        return folderMode_ ? folderTexts_.read(path, text, reason) : diagnostics::readSource(path, text.bytes, reason);
     }
     /// What the locations of coming texts bear instead, when it is below 0: see FilteredText.
     void setFilteredText(int storeOffset) { filteredText_ = storeOffset; }
@@ -274,6 +280,7 @@ private:
     Files files_;
     std::istream* input_ = nullptr;
     FILE* output_ = nullptr;
+    diagnostics::SharedTexts folderTexts_;
     LineStore& lines_ = LineStore::instance();
 };
 

@@ -1,6 +1,7 @@
 #include "hdnt/frontend/ScannerState.internal.h"
 #include "hdnt/loading/ParseInput.internal.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/HSTUniqString.h"
 #include "hdnt/platform/HUTFile.h"
 
 #include <memory>
@@ -25,6 +26,9 @@ bool parseFolder(HDNTLibrary& library, const std::vector<std::string>& entries) 
         ~FolderMode() { frontend::Scanner::instance().setFolderMode(false); }
     };
     const FolderMode mode;
+    // The names of files stay for good. Among those of a library, they would keep its memory when it goes.
+    for (const std::string& entry : entries)
+        if (entry.ends_with(suffix)) HSTUniqString::internCString(entry);
     bool parsed = true;
     for (const std::string& entry : entries)
         if (entry.substr(entry.size() - suffix.size()) == suffix) parsed &= library.parseFile(entry) == 0;

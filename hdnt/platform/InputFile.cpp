@@ -41,7 +41,8 @@ void populate([[maybe_unused]] const char* part, [[maybe_unused]] std::size_t si
     constexpr std::uintptr_t page = 4096;
     const auto begin = (reinterpret_cast<std::uintptr_t>(part) + page - 1) & ~(page - 1);
     const auto end = (reinterpret_cast<std::uintptr_t>(part) + size) & ~(page - 1);
-    if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE);
+    constexpr std::uintptr_t worthIt = 16 * page;
+    if (begin + worthIt <= end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE);
 #endif
 }
 

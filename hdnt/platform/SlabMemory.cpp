@@ -8,6 +8,7 @@
 #include <bit>
 #include <cstdint>
 #include <iterator>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -73,6 +74,22 @@ struct alignas(64) Slab {
     }
 };
 
+/// Of the size of a large page, and at such an address; of large pages when that is wanted and the system has them.
+/// The system gives pages, so a range of twice the size is asked for and what stands over at both ends given back.
+char* mapRange(bool large) {
+    void* const range = mmap(nullptr, 2 * largePageBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (range == MAP_FAILED) throw std::bad_alloc();
+    char* const begin = static_cast<char*>(range);
+    const std::size_t before = -reinterpret_cast<std::uintptr_t>(begin) & (largePageBytes - 1);
+    if (before > 0) munmap(begin, before);
+    char* const place = begin + before;
+    munmap(place + largePageBytes, largePageBytes - before);
+#ifdef MADV_HUGEPAGE
+    if (large) madvise(place, largePageBytes, MADV_HUGEPAGE);
+#endif
+    return place;
+}
+
 /// Where slabs come from: regions of the size of a large page, which stand at such addresses.
 class Regions {
 public:
@@ -110,7 +127,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t regionBytes = std::size_t{1} << 21;
+    static constexpr std::size_t regionBytes = largePageBytes;
     static constexpr std::size_t slabsInRegion = regionBytes / slabBytes;
     // Small libraries get small pages: slabs of each size begin with little in them.
     static constexpr std::size_t regionsOfSmallPages = 3;
@@ -141,19 +158,9 @@ private:
                              [](const Region& region) { return region.slabs != 0xff; });
     }
 
-    // The system gives pages, so a range of twice the size is asked for and what stands over at both ends given back.
     Region& addRegion() {
         regions_.reserve(regions_.size() + 1);
-        void* const range = mmap(nullptr, 2 * regionBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (range == MAP_FAILED) throw std::bad_alloc();
-        char* const begin = static_cast<char*>(range);
-        const std::size_t before = -reinterpret_cast<std::uintptr_t>(begin) & (regionBytes - 1);
-        if (before > 0) munmap(begin, before);
-        char* const place = begin + before;
-        munmap(place + regionBytes, regionBytes - before);
-#ifdef MADV_HUGEPAGE
-        if (regions_.size() >= regionsOfSmallPages) madvise(place, regionBytes, MADV_HUGEPAGE);
-#endif
+        char* const place = mapRange(regions_.size() >= regionsOfSmallPages);
         free_ += slabsInRegion;
         const auto behind =
             std::find_if(regions_.begin(), regions_.end(), [&](const Region& region) { return region.place > place; });
@@ -239,6 +246,10 @@ void freeObject(void* object) noexcept {
     const Slab* const slab = Slab::of(object);
     if (greatestSize == 0 || !regions().isSlab(slab)) return ::operator delete(object);
     freeObject(object, slab->objectSize);
+}
+
+std::shared_ptr<char[]> largePage() {
+    return {mapRange(true), [](char* page) { munmap(page, largePageBytes); }};
 }
 
 } // namespace hdnt::platform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 
 #if defined(__has_feature)
 #define HDNT_HAS_FEATURE(name) __has_feature(name)
@@ -27,5 +28,9 @@ void* allocateObject(std::size_t size);
 void freeObject(void* object, std::size_t size) noexcept;
 /// For those who do not know it; has to search. Null is nothing.
 void freeObject(void* object) noexcept;
+
+inline constexpr std::size_t largePageBytes = std::size_t{1} << 21;
+/// Memory of that size, in one page where the system has such. Throws std::bad_alloc.
+std::shared_ptr<char[]> largePage();
 
 } // namespace hdnt::platform

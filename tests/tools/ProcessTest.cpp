@@ -82,7 +82,7 @@ TEST_F(ProcessTest, OutputThatCannotBeWritten) {
 // The process of the input is killed as soon as the terminal says how far it is.
 TEST_F(ProcessTest, ALongLintSaysHowFarItIs) {
     std::string text = "function int intProperty(string);\n";
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 4000; ++i) {
         text += "block \"B" + std::to_string(i) + "\" { pin \"I\" input; pin \"O\" output;\n";
         std::string tests;
         for (int property = 0; property < 40; ++property) {
@@ -108,7 +108,7 @@ TEST_F(ProcessTest, ALongLintSaysHowFarItIs) {
     for (ssize_t count = 0; (count = read(terminal, buffer.data(), buffer.size())) > 0;) { // until the tool ends
         written.append(buffer.data(), static_cast<size_t>(count));
         const bool seen =
-            written.find("% long.btl: ") != written.npos && written.find(" of 1,000 blocks") != written.npos;
+            written.find("% long.btl: ") != written.npos && written.find(" of 4,000 blocks") != written.npos;
         if (seen && !killed) killed = kill(worker, SIGKILL) == 0;
     }
     EXPECT_TRUE(killed) << written;
