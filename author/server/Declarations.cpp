@@ -16,7 +16,7 @@ void forEachInside(const Libraries& libraries, const Place& place, const Visit& 
 
 // What the files hold that are included right inside of a node.
 void forEachIncluded(const Libraries& libraries, const Place& place, const Visit& visit, int depth) {
-    const auto& statements = place.text->fileStatements;
+    const auto& statements = place.text->document->fileStatements();
     const SyntaxNode& node = place.get();
     const auto end = std::ranges::lower_bound(statements, node.end);
     for (auto item = std::ranges::lower_bound(statements, node.begin); item != end && depth < mostIncluded; ++item) {

@@ -29,6 +29,7 @@ std::size_t unitsOf(std::string_view text, Encoding encoding) {
 void Document::read(std::string text) {
     tree_.read(std::move(text));
     lines_.read(this->text());
+    fileStatements_.reset();
 }
 
 void Document::edit(std::size_t offset, std::size_t length, std::string_view replacement) {
@@ -38,6 +39,16 @@ void Document::edit(std::size_t offset, std::size_t length, std::string_view rep
     }
     tree_.edit(offset, length, replacement);
     lines_.edit(text(), offset, length, replacement.size());
+    fileStatements_.reset();
+}
+
+const std::vector<std::uint32_t>& Document::fileStatements() const {
+    if (fileStatements_) return *fileStatements_;
+    const frontend::SourceItems& items = tree_.items();
+    fileStatements_.emplace();
+    for (std::uint32_t item = 0; item < items.size(); ++item)
+        if (items[item].kind == frontend::SourceItem::FileStatement) fileStatements_->push_back(item);
+    return *fileStatements_;
 }
 
 std::size_t Document::offsetAt(Position position, Encoding encoding) const {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace hdnt::author::server {
 
@@ -31,6 +32,8 @@ public:
     /// Without nodes when `tree().refusal()` says why the text was not read.
     const SyntaxTree& tree() const { return tree_; }
     const LineIndex& lines() const { return lines_; }
+    /// The items that are INCLUDE and INLINE statements.
+    const std::vector<std::uint32_t>& fileStatements() const;
 
     /// As the protocol clamps: to the end of the line, or of the text. Within a character is before it.
     std::size_t offsetAt(Position position, Encoding encoding) const;
@@ -40,6 +43,7 @@ public:
 private:
     SyntaxTree tree_;
     LineIndex lines_;
+    mutable std::optional<std::vector<std::uint32_t>> fileStatements_; ///< none: not looked for since the last change
 };
 
 /// Positions of many offsets: those that grow in one line cost a pass over it together.

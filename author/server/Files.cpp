@@ -8,15 +8,7 @@
 
 namespace hdnt::author::server {
 
-std::vector<std::uint32_t> fileStatementsOf(const SyntaxTree& tree) {
-    std::vector<std::uint32_t> found;
-    const frontend::SourceItems& items = tree.items();
-    for (std::uint32_t item = 0; item < items.size(); ++item)
-        if (items[item].kind == frontend::SourceItem::FileStatement) found.push_back(item);
-    return found;
-}
-
-const Files::File* Files::at(const std::string& path) {
+const Document* Files::at(const std::string& path) {
     std::error_code error;
     const std::filesystem::directory_entry file(path, error);
     if (error || !file.is_regular_file(error)) return nullptr;
@@ -24,13 +16,12 @@ const Files::File* Files::at(const std::string& path) {
     const auto time = file.last_write_time(error);
     if (error) return nullptr;
     std::unique_ptr<Entry>& entry = entries_[path];
-    if (entry && entry->size == size && entry->time == time) return &entry->file;
+    if (entry && entry->size == size && entry->time == time) return &entry->document;
     if (!entry) entry = std::make_unique<Entry>();
     entry->size = size;
     entry->time = time;
-    entry->file.document.read(textOfFile(path, {}));
-    entry->file.fileStatements = fileStatementsOf(entry->file.document.tree());
-    return &entry->file;
+    entry->document.read(textOfFile(path, {}));
+    return &entry->document;
 }
 
 const std::vector<std::string>& Files::common() {

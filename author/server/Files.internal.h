@@ -11,25 +11,18 @@
 
 namespace hdnt::author::server {
 
-/// The items of a tree that are INCLUDE and INLINE statements.
-std::vector<std::uint32_t> fileStatementsOf(const SyntaxTree& tree);
-
 /// Texts of files as trees, read when they are asked for first, and again when they are not as they were.
 class Files {
 public:
-    struct File {
-        Document document;
-        std::vector<std::uint32_t> fileStatements;
-    };
     /// Null when there is no such file or it cannot be read; else it stays where it is.
-    const File* at(const std::string& path);
+    const Document* at(const std::string& path);
 
     /// The texts of the common library; empty when it is not there.
     const std::vector<std::string>& common();
 
 private:
     struct Entry {
-        File file;
+        Document document;
         std::uintmax_t size = 0;
         std::filesystem::file_time_type time;
     };

@@ -58,8 +58,8 @@ void Libraries::add(const std::string& path, std::size_t level) {
     if (path.empty() || byPath_.contains(path)) return;
     if (const auto open = open_.find(path); open != open_.end()) {
         addDocument(*open->second, session_.documents.at(*open->second), level);
-    } else if (const Files::File* file = session_.files.at(path)) {
-        texts_.push_back({path, uriOf(path), &file->document, level, file->fileStatements});
+    } else if (const Document* document = session_.files.at(path)) {
+        texts_.push_back({path, uriOf(path), document, level});
     } else {
         return;
     }
@@ -67,12 +67,12 @@ void Libraries::add(const std::string& path, std::size_t level) {
 }
 
 void Libraries::addDocument(const std::string& uri, const Document& document, std::size_t level) {
-    texts_.push_back({pathOf(uri), uri, &document, level, fileStatementsOf(document.tree())});
+    texts_.push_back({pathOf(uri), uri, &document, level});
 }
 
 void Libraries::addIncluded() {
     for (std::size_t text = 0; text < texts_.size(); ++text)
-        for (const std::uint32_t item : texts_[text].fileStatements)
+        for (const std::uint32_t item : texts_[text].document->fileStatements())
             add(inclusionOf(texts_[text], item).path, texts_[text].level);
 }
 

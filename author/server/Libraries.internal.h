@@ -18,7 +18,6 @@ struct Text {
     std::string uri;
     const Document* document = nullptr;
     std::size_t level = 0; ///< 0: the library itself, 1: its parent, and so on
-    std::vector<std::uint32_t> fileStatements;
 
     const SyntaxTree& tree() const { return document->tree(); }
     const frontend::SourceItems& items() const { return document->tree().items(); }

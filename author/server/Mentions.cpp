@@ -75,7 +75,7 @@ std::vector<Mentions::Span> Mentions::spansOfBlock(const Text& text) const {
 }
 
 void Mentions::addIncluded(const Span& span, std::vector<Span>& all, const Text* only) const {
-    const auto& statements = span.text->fileStatements;
+    const auto& statements = span.text->document->fileStatements();
     for (auto item = std::ranges::lower_bound(statements, span.begin); item != statements.end() && *item < span.end;
          ++item) {
         const Text* const file = libraries_.textAt(libraries_.inclusionOf(*span.text, *item).path);

@@ -238,7 +238,7 @@ std::string NameReader::block() const {
     const NtlList content = text_.tree().content();
     if (content == NtlList::none || content == NtlList::elements) return {};
     for (const Text& other : libraries_.texts()) {
-        for (const std::uint32_t item : other.fileStatements) {
+        for (const std::uint32_t item : other.document->fileStatements()) {
             if (libraries_.inclusionOf(other, item).path != text_.path) continue;
             NameReader reader(libraries_, other);
             reader.at(item);

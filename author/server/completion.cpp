@@ -15,7 +15,7 @@ namespace {
 using frontend::SourceItem;
 using frontend::SourceItems;
 
-constexpr std::size_t mostProposals = 1000;
+constexpr std::size_t mostProposals = 500;
 
 std::size_t endOfIdentifier(std::string_view text, std::size_t offset) {
     const auto isPart = [](char c) {

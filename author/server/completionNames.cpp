@@ -11,24 +11,23 @@ using Kind = Proposal::Kind;
 
 constexpr std::size_t ranksBeforeLibraries = 2;
 
-// What stands outermost around an offset, up to where the next one begins; the whole text when that is no library.
-static Stretch elementAround(const Document& document, std::size_t offset) {
+// Of a library, a part and what goes with it up to the next one; else the whole text.
+static Stretch partAround(const Document& document, std::size_t offset) {
     const SyntaxTree& tree = document.tree();
-    Stretch element = {0, document.text().size()};
-    if (tree.content() != NtlList::none) return element;
-    for (std::uint32_t node = 1; node < tree.nodes().size(); node = tree.nodes()[node].next) {
-        const NtlPart part = tree.nodes()[node].part; // what is missing or unexpected may belong to the one before
-        if (part != NtlPart::block && part != NtlPart::mapping && part != NtlPart::function) continue;
-        const std::size_t begin = tree.items()[tree.nodes()[node].begin].offset;
-        if (begin > offset) return {element.begin, begin};
-        element.begin = begin;
-    }
-    return element;
+    const std::uint32_t element = tree.content() == NtlList::none ? tree.elementBefore(offset) : 0;
+    if (element == 0) return {0, document.text().size()};
+    const auto beginOf = [&](std::uint32_t node) -> std::size_t {
+        return tree.items()[tree.nodes()[node].begin].offset;
+    };
+    std::uint32_t next = element;
+    do next = tree.nodes()[next].next;
+    while (next < tree.nodes().size() && tree.nodes()[next].isFault());
+    return {beginOf(element), next < tree.nodes().size() ? beginOf(next) : document.text().size()};
 }
 
-// A library of that element alone, since reading all of a large text again would be felt.
+// A library of that part alone, since reading all of a large text again would be felt.
 StringRole::Changed StringRole::withString(const Document& document, const Stretch& word) {
-    const Stretch element = elementAround(document, word.begin);
+    const Stretch element = partAround(document, word.begin);
     const std::string_view text = document.text();
     std::string changed = element.begin > 0 ? "library \"\" {\n" : "";
     changed += text.substr(element.begin, word.begin - element.begin);
@@ -42,7 +41,6 @@ StringRole::Changed StringRole::withString(const Document& document, const Stret
 static Text textOf(const Text& text, const Document& document) {
     Text other = text;
     other.document = &document;
-    other.fileStatements = fileStatementsOf(document.tree());
     return other;
 }
 

@@ -99,7 +99,7 @@ Json documentLinks(Session& session, const Json& params) {
     const Text& text = libraries.current();
     Locations locations(session.encoding);
     Json all = Json::array();
-    for (const std::uint32_t item : text.fileStatements) {
+    for (const std::uint32_t item : text.document->fileStatements()) {
         const Libraries::Inclusion inclusion = libraries.inclusionOf(text, item);
         const Text* const file = libraries.textAt(inclusion.path);
         if (!file) continue;

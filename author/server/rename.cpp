@@ -129,7 +129,7 @@ private:
     void requireOneReader(const Text& text) const {
         std::size_t readers = 0;
         for (const Text& other : asked_.libraries.texts())
-            for (const std::uint32_t item : other.fileStatements)
+            for (const std::uint32_t item : other.document->fileStatements())
                 readers += asked_.libraries.inclusionOf(other, item).path == text.path ? 1 : 0;
         const bool isMappingElsewhere = text.tree().content() == NtlList::statements && asked_.mapping.text == &text;
         if (readers > 1) refuse(fileOf(text) + " is included more than once");

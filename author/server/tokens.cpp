@@ -40,8 +40,9 @@ public:
 
     Json in(const Stretch& stretch) {
         const frontend::SourceItems& items = tree_.items();
-        for (std::size_t item = firstFor(stretch.begin); item < items.size() && items[item].offset < stretch.end;
-             ++item) {
+        const std::uint32_t element = tree_.elementBefore(stretch.begin);
+        for (std::size_t item = element == 0 ? 0 : tree_.nodes()[element].begin;
+             item < items.size() && items[item].offset < stretch.end; ++item) {
             moveTo(item);
             const Type type = typeOf(item);
             if (type != none && stretchOf(items[item]).end > stretch.begin) addLines(stretchOf(items[item]), type);
@@ -54,17 +55,6 @@ private:
         std::uint32_t node;
         std::size_t strings = 0; ///< before the item at hand, in none of the parts inside
     };
-
-    // The item that what is outermost around an offset begins with.
-    std::size_t firstFor(std::size_t offset) const {
-        const auto& nodes = tree_.nodes();
-        std::size_t first = 0;
-        for (std::uint32_t node = 1; node < nodes.size(); node = nodes[node].next) {
-            if (nodes[node].begin >= tree_.items().size() || tree_.items()[nodes[node].begin].offset > offset) break;
-            first = nodes[node].begin;
-        }
-        return first;
-    }
 
     // The parts that are around the item.
     void moveTo(std::size_t item) {

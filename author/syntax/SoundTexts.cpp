@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <utility>
 
 namespace hdnt::author {
@@ -70,9 +71,7 @@ private:
 
 bool SoundTexts::isFaulty(const SyntaxTree& tree, std::uint32_t node) {
     const std::vector<SyntaxNode>& nodes = tree.nodes();
-    return std::any_of(nodes.begin() + node, nodes.begin() + nodes[node].next, [](const SyntaxNode& one) {
-        return one.part == NtlPart::missing || one.part == NtlPart::unexpected;
-    });
+    return std::any_of(nodes.begin() + node, nodes.begin() + nodes[node].next, std::mem_fn(&SyntaxNode::isFault));
 }
 
 bool SoundTexts::isUnknown(const File& file) { return file.isIncluded && file.tree.content() == NtlList::none; }

@@ -178,6 +178,16 @@ std::vector<Diagnostic> SyntaxTree::diagnostics(const std::string& file) const {
 }
 
 // Walks the nodes, and writes what stands between the items with the item behind it.
+std::uint32_t SyntaxTree::elementBefore(std::size_t offset) const {
+    std::uint32_t element = 0;
+    for (std::uint32_t node = 1; node < nodes_.size(); node = nodes_[node].next) {
+        if (nodes_[node].isFault() || nodes_[node].begin == nodes_[node].end) continue;
+        if (items_[nodes_[node].begin].offset >= offset) break;
+        element = node;
+    }
+    return element;
+}
+
 std::string SyntaxTree::text() const {
     std::string out;
     std::size_t item = 0;

@@ -24,6 +24,9 @@ struct SyntaxNode {
     std::uint32_t next = 0;  ///< index of the node behind it and all that is inside it
     std::int16_t token = 0;  ///< of a missing or unexpected part: what should stand here; 0 when nothing should
     NtlPart part = NtlPart::file;
+
+    /// What is missing, or does not belong where it stands.
+    bool isFault() const { return part == NtlPart::missing || part == NtlPart::unexpected; }
 };
 
 /// What to write instead of a stretch of a text, so that a fault is gone.
@@ -68,6 +71,9 @@ public:
     const frontend::SourceItems& items() const { return items_; }
     /// The first node is the file; never empty after a read.
     const std::vector<SyntaxNode>& nodes() const { return nodes_; }
+    /// The last outermost part that begins before an offset; 0 when there is none. What is missing or does not belong
+    /// there counts as if it were of the part before.
+    std::uint32_t elementBefore(std::size_t offset) const;
     /// In the order of the text.
     const std::vector<SyntaxMessage>& messages() const { return messages_; }
     /// The messages, with places in the file of that name.

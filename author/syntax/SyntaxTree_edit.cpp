@@ -4,6 +4,7 @@
 #include "author/syntax/SyntaxTree.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <utility>
@@ -41,9 +42,7 @@ std::uint32_t moved(std::uint32_t number, std::ptrdiff_t by) {
 bool SyntaxTree::isWhole(std::uint32_t node) const {
     const NtlPart part = nodes_[node].part;
     if (part != NtlPart::block && part != NtlPart::mapping && part != NtlPart::function) return false;
-    return std::none_of(nodes_.begin() + node, nodes_.begin() + nodes_[node].next, [](const SyntaxNode& one) {
-        return one.part == NtlPart::missing || one.part == NtlPart::unexpected;
-    });
+    return std::none_of(nodes_.begin() + node, nodes_.begin() + nodes_[node].next, std::mem_fn(&SyntaxNode::isFault));
 }
 
 // The outermost node to begin with for a change at an item: it begins before that, and behind one without faults, which
@@ -75,10 +74,7 @@ bool SyntaxTree::parsePatch(Patch& patch, const frontend::SourceItems::Change& c
         const std::size_t count = patch.nodes.size();
         if (!grammar.nextElement()) return false;
         const bool clean = recovery.isClean() && std::none_of(patch.nodes.begin() + static_cast<std::ptrdiff_t>(count),
-                                                              patch.nodes.end(), [](const SyntaxNode& one) {
-                                                                  return one.part == NtlPart::missing ||
-                                                                         one.part == NtlPart::unexpected;
-                                                              });
+                                                              patch.nodes.end(), std::mem_fn(&SyntaxNode::isFault));
         const std::size_t item = recovery.item();
         if (!clean || item < change.newEnd || item >= items_.size()) continue;
         const std::uint32_t oldItem = moved(static_cast<std::uint32_t>(item), -delta);

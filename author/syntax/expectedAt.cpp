@@ -11,18 +11,6 @@ namespace hdnt::author {
 
 using Grammar = frontend::NtlGrammar<Recovery>;
 
-// Where the outermost element begins that the offset is in, or the one before it; 0 when there is none.
-static std::size_t beginOfElement(const SyntaxTree& tree, std::size_t offset) {
-    const std::vector<SyntaxNode>& nodes = tree.nodes();
-    std::size_t begin = 0;
-    for (std::uint32_t node = 1; node < nodes.size(); node = nodes[node].next) {
-        const bool isThere = nodes[node].begin < nodes[node].end && tree.items()[nodes[node].begin].offset < offset;
-        const bool fits = nodes[node].part != NtlPart::missing && nodes[node].part != NtlPart::unexpected;
-        if (isThere && fits) begin = tree.items()[nodes[node].begin].offset;
-    }
-    return begin;
-}
-
 static bool hasTokens(const SourceItems& items) {
     std::size_t item = 0;
     while (item < items.size() && !items[item].isToken()) ++item;
@@ -31,7 +19,8 @@ static bool hasTokens(const SourceItems& items) {
 
 TokenSet expectedAt(const SyntaxTree& tree, std::size_t offset) {
     if (tree.nodes().empty()) return {};
-    const std::size_t begin = beginOfElement(tree, offset);
+    const std::uint32_t element = tree.elementBefore(offset);
+    const std::size_t begin = element == 0 ? 0 : tree.items()[tree.nodes()[element].begin].offset;
     const bool isLibrary = tree.content() == NtlList::none;
     std::string text = isLibrary && begin > 0 ? "library \"\" {\n" : "";
     text += tree.items().text().substr(begin, offset - begin);

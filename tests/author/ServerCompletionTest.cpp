@@ -178,7 +178,7 @@ TEST(ServerCompletion, ManyAreNarrowedByWhatIsTyped) {
     for (int i = 0; i < 1200; ++i) blocks += "block \"B" + std::to_string(i) + "\" { }\n";
     blocks += "block \"ZETA\" { }\nblock \"M\" { } mapsto { inst \"i\" ";
     const Json all = deskWith(blocks + "\"^").result("textDocument/completion");
-    EXPECT_EQ(all["items"].size(), 1000U);
+    EXPECT_EQ(all["items"].size(), 500U);
     EXPECT_EQ(all["isIncomplete"], true);
     EXPECT_EQ(labelsOf(deskWith(blocks + "\"zt^").result("textDocument/completion")), "ZETA");
 }
