@@ -54,6 +54,7 @@ public:
     const std::deque<Text>& texts() const { return texts_; }
     const Text& current() const { return *current_; }
     std::size_t levels() const { return levels_; }
+    const std::vector<std::string>& searchDirectories() const { return searchDirectories_; }
 
     /// The name in an INCLUDE or INLINE statement: where it is in the text, and the path of that file, empty when there
     /// is none.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 namespace hdnt::author::server {
 
@@ -33,6 +34,18 @@ Word quotedWord(const SourceItems& items, std::size_t item, std::size_t offset) 
     return {Word::Kind::quoted, {stretch.begin, isWhole ? stretch.end : endOfIdentifier(items.text(), offset)}};
 }
 
+// What stands behind the keyword in its line, up to a blank or a ";".
+Word fileWord(const SourceItems& items, std::size_t item, std::size_t offset) {
+    const std::size_t first = items[item].offset;
+    const std::string_view before = items.text().substr(first, offset - first);
+    const std::size_t keyword = before.find_first_of(" \t");
+    const std::size_t begin = before.find_first_not_of(" \t", std::min(keyword, before.size()));
+    const std::size_t name = first + std::min(begin, before.size());
+    if (keyword == before.npos || items.text().substr(name, offset - name).find_first_of(" \t\n;") != before.npos)
+        return {Word::Kind::none, {offset, offset}};
+    return {Word::Kind::file, {name, std::min(items.text().find_first_of(" \t\r\n;", offset), items.text().size())}};
+}
+
 } // namespace
 
 Word wordAt(const SourceItems& items, std::size_t offset) {
@@ -48,7 +61,7 @@ Word wordAt(const SourceItems& items, std::size_t offset) {
     const bool isInside = offset < stretch.end;
     switch (items[item].kind) {
     case SourceItem::BlockComment: return isInside || !items.textOf(item).ends_with("*/") ? nothing : empty;
-    case SourceItem::FileStatement:
+    case SourceItem::FileStatement: return fileWord(items, item, offset);
     case SourceItem::Directive: return nothing;
     case SourceItem::OpenString: return quotedWord(items, item, offset);
     case T_StringConstant: return isInside ? quotedWord(items, item, offset) : empty;
@@ -71,6 +84,8 @@ std::vector<Proposal> Proposals::sorted() && {
 namespace {
 
 void proposeKeywords(const TokenSet& expected, bool withBools, Proposals& to) {
+    if (expected.contains(T_Int)) // a type
+        for (const char* const bits : {"1'b", "4'h"}) to.add({bits, Proposal::Kind::keyword, "", false, 1});
     expected.forEach([&](int token) {
         const std::string_view word = frontend::spellingOf(token);
         if (!word.empty()) to.add({std::string(word), Proposal::Kind::keyword, "", false, 1});
@@ -79,24 +94,62 @@ void proposeKeywords(const TokenSet& expected, bool withBools, Proposals& to) {
     });
 }
 
+/// What is often written as a whole. "${1:x}" is a place to fill in, in the syntax of the protocol.
+struct Snippet {
+    int token; ///< that it begins with
+    const char* label;
+    const char* body;
+};
+constexpr Snippet snippets[] = {
+    {T_Block, "block {...}",
+     "block \"${1:NAME}\" {\n  primgroup = \"${2:GROUP}\";\n  pin \"${3:I}\" input data;\n  pin \"${4:O}\" output "
+     "data;\n}"},
+    {T_Block, "block {...} mapsto {...}",
+     "block \"${1:NAME}\" {\n  primgroup = \"${2:GROUP}\";\n  pin \"${3:I}\" input data;\n  pin \"${4:O}\" output "
+     "data;\n"
+     "} mapsto {\n  inst \"${5:cell}\" \"${6:BLOCK}\";\n  signal \"i\" : \"$3\", \"$5\" \"${7:I}\";\n"
+     "  signal \"o\" : \"$5\" \"${8:O}\", \"$4\";\n}"},
+    {T_Property, "property {...}", "property ${1:int} \"${2:NAME}\" { default = ${3:0} }"},
+};
+
+void proposeSnippets(const TokenSet& expected, Proposals& to) {
+    for (const Snippet& one : snippets)
+        if (expected.contains(one.token)) to.add({one.label, Proposal::Kind::snippet, "", false, 1, one.body});
+}
+
 // In other places than where one is declared, something else may stand, too.
 bool allowsFunctions(const TokenSet& expected) {
     return expected.contains(T_Identifier) && expected != TokenSet{T_Identifier};
 }
 
-void propose(const Libraries& libraries, const Word& word, Proposals& to) {
+/// What a text is tried with in place of a word, by what may stand there: a string, or else another constant.
+const char* stopgapFor(const TokenSet& expected) {
+    static constexpr std::pair<int, const char*> stopgaps[] = {
+        {T_StringConstant, "\"\""}, {T_IntConstant, "0"},    {T_DoubleConstant, "0.0"},
+        {T_BoolConstant, "true"},   {T_HexConstant, "4'h0"}, {T_BinaryConstant, "1'b0"},
+    };
+    for (const auto& [token, text] : stopgaps)
+        if (expected.contains(token)) return text;
+    return nullptr;
+}
+
+void propose(const Libraries& libraries, const Word& word, bool withSnippets, Proposals& to) {
     const bool isQuoted = word.kind == Word::Kind::quoted;
     TokenSet expected = {T_StringConstant};
     if (!isQuoted) expected = expectedAt(libraries.current().tree(), word.stretch.begin);
-    Place property;
-    if (expected.contains(T_StringConstant)) {
-        StringRole role(libraries, word.stretch);
-        role.proposeNames(to);
-        property = role.assigned();
-        if (property) proposeValues(property, to);
+    PropertyValue value;
+    if (const char* const stopgap = stopgapFor(expected)) {
+        ConstantRole role(libraries, word.stretch, stopgap);
+        value = role.value();
+        if (value.property) proposeValues(value, to);
+        if (expected.contains(T_StringConstant)) {
+            role.proposeNames(to);
+            role.proposeGroups(to);
+        }
     }
     if (isQuoted) return;
-    proposeKeywords(expected, !property, to);
+    proposeKeywords(expected, !value.property, to);
+    if (withSnippets) proposeSnippets(expected, to);
     if (allowsFunctions(expected)) proposeFunctions(libraries, to);
 }
 
@@ -119,7 +172,9 @@ public:
         if (!proposal.detail.empty()) item["detail"] = proposal.detail;
         if (proposal.isQuoted) item["filterText"] = word_.kind == Word::Kind::quoted ? text : proposal.label;
         if (proposal.kind == Proposal::Kind::block) item["data"] = {{"uri", uri_}, {"block", proposal.label}};
-        item["textEdit"] = {{"range", range_}, {"newText", std::move(text)}};
+        const bool isSnippet = proposal.kind == Proposal::Kind::snippet;
+        if (isSnippet) item["insertTextFormat"] = 2;
+        item["textEdit"] = {{"range", range_}, {"newText", isSnippet ? proposal.body : std::move(text)}};
         return item;
     }
 
@@ -161,10 +216,12 @@ Json completion(Session& session, const Json& params) {
     const Word word = wordAt(text.items(), offset);
     Proposals proposals;
     const bool isWanted = word.kind == Word::Kind::quoted || (word.kind == Word::Kind::plain && !hasTypedQuote(params));
-    if (isWanted && !text.tree().nodes().empty()) propose(libraries, word, proposals);
+    const std::string_view typed = typedOf(text, word, offset);
+    const bool withSnippets = session.canClient("/textDocument/completion/completionItem/snippetSupport");
+    if (word.kind == Word::Kind::file) proposeFiles(libraries, typed, proposals);
+    else if (isWanted && !text.tree().nodes().empty()) propose(libraries, word, withSnippets, proposals);
     std::vector<Proposal> sorted = std::move(proposals).sorted();
     const bool isTooMuch = sorted.size() > mostProposals;
-    const std::string_view typed = typedOf(text, word, offset);
     if (isTooMuch) std::erase_if(sorted, [&](const Proposal& one) { return !fits(typed, one.label); });
     if (sorted.size() > mostProposals) sorted.resize(mostProposals);
     Json list = Json::array();

@@ -14,9 +14,10 @@ namespace hdnt::author::server {
 /// What is being typed at an offset, and is replaced by what is accepted.
 struct Word {
     enum class Kind {
-        none,   ///< nothing is proposed: in comments, numbers and statements of files
+        none,   ///< nothing is proposed: in comments and numbers
         plain,  ///< a keyword or identifier, or nothing yet
         quoted, ///< a string with its quotes, as far as they are there
+        file,   ///< the name in an INCLUDE or INLINE statement
     };
     Kind kind = Kind::plain;
     Stretch stretch;
@@ -33,13 +34,16 @@ struct Proposal {
         property = 10,
         value = 12,
         keyword = 14,
+        snippet = 15,
+        file = 17,
         signal = 18
     };
     std::string label;
     Kind kind;
     std::string detail;
     bool isQuoted = true;
-    std::size_t rank = 0; ///< what is nearer comes first
+    std::size_t rank = 0;  ///< what is nearer comes first
+    std::string body = {}; ///< of a snippet: what is put in, with places to fill in
 };
 
 /// Without those that were there before, from nearer.
@@ -54,16 +58,25 @@ private:
     std::set<std::pair<Proposal::Kind, std::string>> known_;
 };
 
-/// What a text could mean with a string in place of a word of it.
-class StringRole {
+/// A property that has a value at a place.
+struct PropertyValue {
+    Place property;      ///< none: no value of one stands there, or something beside it
+    bool isText = false; ///< it is written in quotes, whatever its type
+};
+
+/// What a text could mean with a constant in place of a word of it.
+class ConstantRole {
 public:
-    StringRole(const Libraries& libraries, const Stretch& word);
-    StringRole(const StringRole&) = delete;
+    ConstantRole(const Libraries& libraries, const Stretch& word, std::string_view constant);
+    ConstantRole(const ConstantRole&) = delete;
 
     /// The names that fit its role.
     void proposeNames(Proposals& to);
-    /// The property that an "assign" statement gives a value to, when the string is that value and nothing more.
-    Place assigned();
+    /// What an "assign" statement gives a property, a declaration has as default, or is compared with a property, when
+    /// the constant is that and nothing more.
+    PropertyValue value();
+    /// What "primgroup" says elsewhere, when the constant is of one.
+    void proposeGroups(Proposals& to);
 
 private:
     void proposeBlocks(Proposals& to) const;
@@ -72,12 +85,14 @@ private:
     void proposeSignals(Proposals& to) const;
     void proposeConnected(Proposals& to) const;
     void proposeProperties(const Name& name, Proposals& to) const;
+    PropertyValue compared();
+    Place propertyAt(std::uint32_t item);
 
     struct Changed {
         Document document;
-        std::size_t at; ///< of the string
+        std::size_t at; ///< of the constant
     };
-    static Changed withString(const Document& document, const Stretch& word);
+    static Changed with(std::string_view constant, const Document& document, const Stretch& word);
 
     const Libraries& libraries_;
     Changed changed_;
@@ -86,8 +101,14 @@ private:
     std::uint32_t item_;
 };
 
-/// The values that it lists; of a bool both.
-void proposeValues(const Place& property, Proposals& to);
 void proposeFunctions(const Libraries& libraries, Proposals& to);
+
+// completionValues.cpp
+/// Of a property, as it is written.
+std::string typeOf(const Place& property);
+/// The values that it lists; of a bool both.
+void proposeValues(const PropertyValue& value, Proposals& to);
+/// Below the directories where files are sought; by what is typed of the name.
+void proposeFiles(const Libraries& libraries, std::string_view typed, Proposals& to);
 
 } // namespace hdnt::author::server

@@ -1,4 +1,4 @@
-// What names, and values of properties, fit in a place.
+// What names fit in a place.
 #include "author/server/completion.internal.h"
 #include "hdnt/platform/HSTStringUtils.h"
 
@@ -26,13 +26,13 @@ static Stretch partAround(const Document& document, std::size_t offset) {
 }
 
 // A library of that part alone, since reading all of a large text again would be felt.
-StringRole::Changed StringRole::withString(const Document& document, const Stretch& word) {
+ConstantRole::Changed ConstantRole::with(std::string_view constant, const Document& document, const Stretch& word) {
     const Stretch element = partAround(document, word.begin);
     const std::string_view text = document.text();
     std::string changed = element.begin > 0 ? "library \"\" {\n" : "";
     changed += text.substr(element.begin, word.begin - element.begin);
     const std::size_t at = changed.size();
-    changed.append("\"\"").append(text.substr(word.end, std::max(element.end, word.end) - word.end));
+    changed.append(constant).append(text.substr(word.end, std::max(element.end, word.end) - word.end));
     Changed result{{}, at};
     result.document.read(std::move(changed));
     return result;
@@ -44,12 +44,12 @@ static Text textOf(const Text& text, const Document& document) {
     return other;
 }
 
-StringRole::StringRole(const Libraries& libraries, const Stretch& word)
-    : libraries_(libraries), changed_(withString(*libraries.current().document, word)),
+ConstantRole::ConstantRole(const Libraries& libraries, const Stretch& word, std::string_view constant)
+    : libraries_(libraries), changed_(with(constant, *libraries.current().document, word)),
       text_(textOf(libraries.current(), changed_.document)), reader_(libraries, text_),
       item_(itemAt(text_.items(), changed_.at + 1)) {}
 
-void StringRole::proposeNames(Proposals& to) {
+void ConstantRole::proposeNames(Proposals& to) {
     if (item_ >= text_.items().size()) return;
     const std::optional<Name> name = reader_.at(item_);
     if (!name) return;
@@ -77,7 +77,7 @@ static void forEachVisible(const Libraries& libraries, NtlPart part, auto&& visi
         }
 }
 
-void StringRole::proposeBlocks(Proposals& to) const {
+void ConstantRole::proposeBlocks(Proposals& to) const {
     std::set<std::string> known;
     forEachVisible(libraries_, NtlPart::block, [&](const Place& place, std::size_t rank) {
         if (known.insert(keyOfBlock(nameOf(place))).second)
@@ -91,7 +91,7 @@ void proposeFunctions(const Libraries& libraries, Proposals& to) {
     });
 }
 
-void StringRole::proposeInstances(Proposals& to) const {
+void ConstantRole::proposeInstances(Proposals& to) const {
     const Place mapping = reader_.mapping();
     if (!mapping) return;
     forEachStatement(mapping, NtlPart::inst, [&](const Place& place) {
@@ -101,7 +101,7 @@ void StringRole::proposeInstances(Proposals& to) const {
 
 static std::string rangeOfBus(std::string_view name) { return std::string(name.substr(baseOf(name).size())); }
 
-void StringRole::proposePins(const Place& block, Proposals& to) const {
+void ConstantRole::proposePins(const Place& block, Proposals& to) const {
     if (!block) return;
     forEachEntity(libraries_, block, [&](const Place& place) {
         if (place.get().part != NtlPart::pin) return;
@@ -116,7 +116,7 @@ void StringRole::proposePins(const Place& block, Proposals& to) const {
     });
 }
 
-void StringRole::proposeSignals(Proposals& to) const {
+void ConstantRole::proposeSignals(Proposals& to) const {
     const Place mapping = reader_.mapping();
     if (!mapping) return;
     forEachStatement(mapping, NtlPart::signal, [&](const Place& place) {
@@ -126,7 +126,7 @@ void StringRole::proposeSignals(Proposals& to) const {
 }
 
 // Signals that are connected and not declared.
-void StringRole::proposeConnected(Proposals& to) const {
+void ConstantRole::proposeConnected(Proposals& to) const {
     const Place mapping = reader_.mapping();
     if (!mapping) return;
     std::set<std::string_view> declared;
@@ -137,57 +137,12 @@ void StringRole::proposeConnected(Proposals& to) const {
     });
 }
 
-// The item that says the type; the end of the node when none does.
-static std::uint32_t typeItemOf(const Place& property) {
-    const SyntaxNode& node = property.get();
-    std::uint32_t item = node.begin;
-    while (item < node.end && !frontend::types.contains(property.text->items()[item].kind)) ++item;
-    return item;
-}
-
-static std::string typeNameOf(const Place& property) {
-    const std::uint32_t item = typeItemOf(property);
-    return item == property.get().end ? std::string() : std::string(property.text->textOf(item));
-}
-
-void StringRole::proposeProperties(const Name& name, Proposals& to) const {
+void ConstantRole::proposeProperties(const Name& name, Proposals& to) const {
     const Place block = findBlock(libraries_, name.key.owner, text_.level);
     const Place owner = block && !name.key.pin.empty() ? findPin(libraries_, block, name.key.pin) : block;
     if (!owner) return;
     forEachProperty(libraries_, owner, [&](const Place& place) {
-        to.add({std::string(nameOf(place)), Kind::property, typeNameOf(place), true, 1});
-    });
-}
-
-Place StringRole::assigned() {
-    NodeChain chain(text_);
-    const std::vector<std::uint32_t> nodes = chain.around(item_);
-    if (nodes.size() < 2 || text_.node(nodes.back()).part != NtlPart::constant) return {};
-    const Place statement{&text_, nodes[nodes.size() - 2]};
-    const NtlPart part = statement.get().part;
-    if (part != NtlPart::assignBlockProperty && part != NtlPart::assignPinProperty) return {};
-    const std::vector<std::uint32_t> strings = wordsOf(statement);
-    if (strings.empty()) return {};
-    const std::optional<Name> property = reader_.at(strings.back());
-    if (!property || property->key.kind != Name::Kind::property) return {};
-    const std::vector<Place> declared = declarationsOf(libraries_, *property, reader_.mapping());
-    return declared.empty() ? Place() : declared.front();
-}
-
-void proposeValues(const Place& property, Proposals& to) {
-    const std::uint32_t typeItem = typeItemOf(property);
-    const int type = typeItem == property.get().end ? 0 : property.text->items()[typeItem].kind;
-    if (type == T_Bool)
-        for (const char* const value : {"true", "false"}) to.add({value, Kind::value, "", false, 0});
-    const frontend::PropertyForm* const form = frontend::formOf(type);
-    forEachChild(property.text->tree(), property.node, [&](std::uint32_t child) {
-        const SyntaxNode& option = property.text->node(child);
-        if (!form || option.part != NtlPart::option || property.text->items()[option.begin].kind != T_Values) return;
-        for (std::uint32_t item = option.begin; item < option.end; ++item) {
-            if (property.text->items()[item].kind != form->value) continue;
-            const bool isQuoted = form->value == T_StringConstant;
-            to.add({std::string(contentOf(*property.text, item)), Kind::value, "", isQuoted, 0});
-        }
+        to.add({std::string(nameOf(place)), Kind::property, typeOf(place), true, 1});
     });
 }
 

@@ -1,6 +1,9 @@
+#include "author/syntax/SyntaxTree.h"
 #include "tests/author/Desk.h"
 
 #include <gtest/gtest.h>
+
+#include <regex>
 
 // What is proposed at a place, in whole texts and in those that are being typed.
 namespace {
@@ -25,6 +28,7 @@ Desk deskWith(const std::string& text) {
     desk.file(".ntl.cfg", "parents = [ \"below/base.btl\" ]; include = [ \"parts\" ];")
         .file("below/base.btl", gates)
         .file("parts/pins.inc", "pin \"X\" input;\n")
+        .file("parts/deep/more.inc", "")
         .file("b.btl", "library \"L\" {\n  // Holds one\n  block \"HIDDEN\" { INCLUDE pins.inc;\n } \n"
                        "  block \"Part\" { INCLUDE pins.inc;\n pin \"Y[1:0]\" output; }\n}\n")
         .file("a.btl", text)
@@ -33,7 +37,9 @@ Desk deskWith(const std::string& text) {
 }
 
 const std::string head = "library \"L\" {\n  block \"USER\" {\n    pin \"IN\" input;\n"
-                         "    property int \"N\" { min = 0 }\n  } mapsto {\n"
+                         "    property int \"N\" { min = 0 }"
+                         "    property string \"KIND\" { values { \"ON\", \"OFF\" }, default = \"ON\" }"
+                         "    property 1'b \"BITS\" { values { 1'b0, 1'b1 }, default = 1'b0 }\n  } mapsto {\n"
                          "    inst \"g\" \"GATE\"; inst \"p\" \"part\"; signal \"s[3:0]\";\n";
 // Whole behind the place, and with nothing behind it.
 std::string whole(const std::string& statements) {
@@ -91,9 +97,14 @@ TEST(ServerCompletion, Names) {
         {"assign block property \"g\" \"mode\" \"^\";", "FAST, SLOW"},
         {"assign block property \"g\" \"mode\" \"^", "FAST, SLOW"},
         {"assign block property \"g\" \"SIZE\" ^", "4, 8, f:function int f(int)"},
+        {"if (stringProperty(\"KIND\") == \"^\") { }", "OFF, ON"},
+        {"if (f(1) > 2 && stringProperty(\"Kind\") != \"^", "OFF, ON"},
+        {"if (stringProperty(\"BITS\") == ^) { }", "1'b0, 1'b1, f:function int f(int)"},
+        {"if (intProperty(\"BITS\") == \"^\") { }", "1'b0, 1'b1"},
+        {"if (\"KIND\" == \"^\") { }", ""},
         {"assign block property \"g\" \"ON\" t^;", "false, true, f:function int f(int)"},
-        {"if (intProperty(\"^\") > 1) { }", "N:int"},
-        {"if (intProperty(\"^", "N:int"},
+        {"if (intProperty(\"^\") > 1) { }", "BITS:1'b, KIND:string, N:int"},
+        {"if (intProperty(\"^", "BITS:1'b, KIND:string, N:int"},
         {"if (isConnected(\"^\")) { }", "IN:input"},
         {"if (t^", "false, true, f:function int f(int)"},
         {"if (f(1) ^", ""},
@@ -119,13 +130,22 @@ TEST(ServerCompletion, KeywordsOfDeclarations) {
               "signal, test, f:function int f(int)"},
         {"library \"L\" {\n ^", "block, function"},
         {"library \"L\" {\n ^\n block \"B\" { }\n}\n", "block, function"},
-        {"library \"L\" {\n function b^\n block \"B\" { }\n}\n", "bool, double, int, string"},
+        {"library \"L\" {\n function b^\n block \"B\" { }\n}\n", "1'b, 4'h, bool, double, int, string"},
         {"library \"L\" {\n function int ^\n block \"B\" { }\n}\n", ""},
         {"pin \"A\" input;\np^", "internal, maturityLevel, pin, primgroup, property, test"},
         {library + "p^\n  }\n}\n", "internal, maturityLevel, pin, primgroup, property, test"},
         {library + "maturityLevel = ^", "beta, deprecated, early, production"},
         {library + "pin \"A\" ^;\n  }\n}\n", "bidir, input, internal, output"},
         {library + "property int \"N\" { ^", "constraintsOnly, default, min, muxControl, simulation, test, values"},
+        {library + "property string \"N\" { values { \"P\", \"Q\" }, default = \"^", "P, Q"},
+        {library + "property 4'h \"N\" { values { 4'h1, 4'h2 }, default = ^ }\n  }\n}\n", "4'h1, 4'h2"},
+        {library + "property bool \"N\" { default = ^", "false, true"},
+        {library + "property int \"N\" { min = ^", ""},
+        {library + "primgroup = \"^\";\n } block \"C\" { primgroup = \"LOGIC\"; }", "LOGIC"},
+        {library + "property ^", "1'b, 4'h, bool, double, int, string"},
+        {library + "INCLUDE ^", "pins.inc, deep/"},
+        {library + "INCLUDE deep/^;\n } }", "deep/more.inc"},
+        {library + "INCLUDE pins.inc; ^", ""},
         {library + "} ^", "block, expandsto, function, mapsto, modifiedby, retargetsto"},
     };
     for (const Case& each : cases)
@@ -155,6 +175,28 @@ TEST(ServerCompletion, WhatIsAcceptedCanBeUsed) {
         Desk desk = deskWith(each.text);
         EXPECT_EQ(accepted(desk, desk.result("textDocument/completion"), each.label), each.expected) << each.text;
     }
+}
+
+TEST(ServerCompletion, SnippetsAreWholeDeclarations) {
+    const Json withSnippets = {{"textDocument", {{"completion", {{"completionItem", {{"snippetSupport", true}}}}}}}};
+    const std::string texts[] = {"library \"L\" {\n ^\n}\n", "library \"L\" {\n block \"B\" {\n ^\n }\n}\n"};
+    std::size_t count = 0;
+    for (const std::string& text : texts) {
+        Desk desk = deskWith(text);
+        const Json list = desk.client(withSnippets).result("textDocument/completion");
+        for (const Json& item : list["items"]) {
+            if (item["kind"] != 15) continue;
+            ++count;
+            EXPECT_EQ(item["insertTextFormat"], 2);
+            std::string body = item["textEdit"]["newText"];
+            body = std::regex_replace(body, std::regex(R"(\$\{\d:(\w+)\})"), "$1");
+            body = std::regex_replace(body, std::regex(R"(\$\d)"), "I");
+            hdnt::author::SyntaxTree tree;
+            EXPECT_TRUE(tree.read(std::string(text).replace(text.find('^'), 1, body)));
+            EXPECT_TRUE(tree.messages().empty()) << body << tree.messages().front().text;
+        }
+    }
+    EXPECT_EQ(count, 3U);
 }
 
 TEST(ServerCompletion, AQuoteThatEndsAStringAsksForNothing) {
