@@ -46,23 +46,6 @@ Place findElement(const Libraries& libraries, std::size_t level, NtlPart part, a
     return found;
 }
 
-bool coversBit(std::string_view declared, std::string_view used) {
-    const auto numbers = [](std::string_view name) -> std::optional<std::pair<int, int>> {
-        const std::size_t bracket = name.find('[');
-        if (bracket == name.npos) return {};
-        std::pair<int, int> range;
-        const char* const end = name.data() + name.size();
-        const auto first = std::from_chars(name.data() + bracket + 1, end, range.first);
-        if (first.ec != std::errc()) return {};
-        range.second = range.first;
-        if (first.ptr != end && *first.ptr == ':') std::from_chars(first.ptr + 1, end, range.second);
-        return std::minmax(range.first, range.second);
-    };
-    const auto all = numbers(declared);
-    const auto some = numbers(used);
-    return !all || !some || (all->first <= some->second && some->first <= all->second);
-}
-
 // Those that have the bit, or all when none has.
 std::vector<Place> thoseWith(std::string_view used, std::vector<Place> all) {
     std::vector<Place> some;
@@ -71,6 +54,24 @@ std::vector<Place> thoseWith(std::string_view used, std::vector<Place> all) {
 }
 
 } // namespace
+
+std::optional<std::pair<int, int>> indicesOf(std::string_view name) {
+    const std::size_t bracket = name.find('[');
+    if (bracket == name.npos) return {};
+    std::pair<int, int> range;
+    const char* const end = name.data() + name.size();
+    const auto first = std::from_chars(name.data() + bracket + 1, end, range.first);
+    if (first.ec != std::errc()) return {};
+    range.second = range.first;
+    if (first.ptr != end && *first.ptr == ':') std::from_chars(first.ptr + 1, end, range.second);
+    return std::minmax(range.first, range.second);
+}
+
+bool coversBit(std::string_view declared, std::string_view used) {
+    const auto all = indicesOf(declared);
+    const auto some = indicesOf(used);
+    return !all || !some || (all->first <= some->second && some->first <= all->second);
+}
 
 std::uint32_t nameItemOf(const Place& declaration) {
     const SyntaxNode& node = declaration.get();

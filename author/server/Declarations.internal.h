@@ -3,8 +3,10 @@
 #include "author/server/Names.internal.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace hdnt::author::server {
@@ -33,6 +35,11 @@ std::vector<Place> instancesOf(const Place& mapping, std::string_view name);
 
 /// Where the name is declared; empty when it is nowhere.
 std::vector<Place> declarationsOf(const Libraries& libraries, const Name& name, const Place& mapping);
+
+/// The least and the greatest index in "A[7:0]" or "A[3]"; none without an index.
+std::optional<std::pair<int, int>> indicesOf(std::string_view name);
+/// Whether a name stands for a bit, or for some of the bits, of another one; a name without an index is all of them.
+bool coversBit(std::string_view declared, std::string_view used);
 
 /// The item with the name of what the node declares; the end of the node when there is none.
 std::uint32_t nameItemOf(const Place& declaration);

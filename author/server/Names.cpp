@@ -222,6 +222,7 @@ std::string NameReader::targetOf(std::string_view instance, std::string_view pin
 }
 
 Place NameReader::around(std::initializer_list<NtlPart> parts) const {
+    if (!nodes_) return {};
     for (auto node = nodes_->rbegin(); node != nodes_->rend(); ++node)
         if (std::ranges::find(parts, text_.node(*node).part) != parts.end()) return {&text_, *node};
     return {};

@@ -66,7 +66,7 @@ public:
     /// At an offset, or right behind it.
     std::optional<Name> atOffset(std::size_t offset);
 
-    // Of the item asked for last:
+    // Of the item asked for last; of none, nothing:
     /// The node of that part around it; empty when it is in none.
     Place around(std::initializer_list<NtlPart> parts) const;
     /// The block that it is in, by its name in upper case; also for what a block includes. Empty: in none.

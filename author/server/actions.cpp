@@ -12,6 +12,7 @@ namespace hdnt::author::server {
 namespace {
 
 constexpr const char* quickFix = "quickfix";
+constexpr const char* rewrite = "refactor.rewrite";
 constexpr const char* fixAll = "source.fixAll";
 
 bool begins(const std::string& kind, const std::string& wanted) {
@@ -25,7 +26,7 @@ std::string shown(std::string_view text) {
 
 class Actions {
 public:
-    Actions(const Session& session, const Json& params, const Document& document)
+    Actions(Session& session, const Json& params, const Document& document)
         : session_(session), uri_(session.uriOf(params)), context_(params.at("context")), document_(document),
           begin_(offsetAt(params.at("range").at("start"))), end_(offsetAt(params.at("range").at("end"))) {}
 
@@ -35,6 +36,7 @@ public:
                 if (message.mend && touches(message)) addMend(message);
             for (const Json& said : context_.value("diagnostics", Json::array())) addSuggestions(said);
         }
+        if (wants(rewrite)) addConnects();
         if (wants(fixAll)) addAll();
         return std::move(all_);
     }
@@ -122,6 +124,16 @@ private:
         return std::nullopt;
     }
 
+    void addConnects() {
+        PositionFinder positions(document_, session_.encoding);
+        const Json place = {{"textDocument", {{"uri", uri_}}}, {"position", jsonOf(positions.at(begin_))}};
+        const std::optional<MissingConnects> missing = missingConnects(session_, place);
+        if (!missing) return;
+        const SyntaxMend mend{static_cast<std::uint32_t>(missing->offset), 0, missing->text};
+        add("Connect the " + std::to_string(missing->count) + " open pins of " + shown(missing->instance), rewrite,
+            Json::array(), Json::array({editOf(mend)}), false);
+    }
+
     // Those that touch no other one, in the order of the text.
     void addAll() {
         std::vector<SyntaxMend> mends;
@@ -138,7 +150,7 @@ private:
         if (!edits.empty()) add("Mend the faults of syntax", fixAll, Json::array(), std::move(edits), false);
     }
 
-    const Session& session_;
+    Session& session_;
     const std::string& uri_;
     const Json& context_;
     const Document& document_;

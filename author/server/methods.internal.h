@@ -2,6 +2,9 @@
 
 #include "author/server/Session.internal.h"
 
+#include <cstddef>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace hdnt::author::server {
@@ -37,6 +40,16 @@ Json formatRange(Session& session, const Json& params);
 Json formatOnType(Session& session, const Json& params);
 // actions.cpp
 Json codeActions(Session& session, const Json& params);
+// connects.cpp
+/// Statements for the open pins of an instance, in which only the names of the signals are missing.
+struct MissingConnects {
+    std::string instance;
+    std::size_t count;
+    std::size_t offset; ///< where they belong
+    std::string text;
+};
+/// Of the instance that is declared at the "position" of the parameters. None: there is none, or nothing is open.
+std::optional<MissingConnects> missingConnects(Session& session, const Json& place);
 // symbols.cpp
 Json documentSymbols(Session& session, const Json& params);
 // ranges.cpp

@@ -222,3 +222,36 @@ TEST(ServerNames, SymbolsOfTheWorkspace) {
         EXPECT_EQ(names, each.expected) << each.text;
     }
 }
+
+// The last word before what is put in, and that.
+TEST(ServerNames, OpenPinsCanBeConnected) {
+    const Case cases[] = {
+        {mapping("    inst \"g^\" \"GATE\"; // a gate\n    connect \"t\" : \"g\" \"~a[2]\", \"h\" \"O\"; // t"),
+         "t|    connect \"\" : \"g\" \"A[3]\";|    connect \"\" : \"g\" \"A[1]\";|"
+         "    connect \"\" : \"g\" \"A[0]\";|    connect \"\" : \"g\" \"O\";"},
+        {mapping("  if (f(1)) {\n\tinst ^\"g\" \"GATE\";\n\tsignal \"s\" : \"g\" \"A\"; }"),
+         "\"A\";|\tconnect \"\" : \"g\" \"O\";"},
+        {mapping("inst \"p\" \"p^art\"; signal \"s\" : \"p\" \"Y[1]\", \"p\" \"Y[0]\", \"p\" \"X\";"), "nothing"},
+        {mapping("inst \"p^\" \"NOWHERE\";"), "nothing"},
+        {mapping("signal \"^s\";"), "nothing"},
+        {"^", "nothing"},
+    };
+    for (const Case& each : cases) {
+        Desk desk = deskWith(each.text);
+        desk.client({{"textDocument", {{"codeAction", {{"codeActionLiteralSupport", Json::object()}}}}}});
+        const std::string& text = desk.text("a.btl");
+        const Json place = support::positionIn(text, each.text.find('^'), false);
+        const Json list = desk.result("textDocument/codeAction",
+                                      {{"range", {{"start", place}, {"end", place}}},
+                                       {"context", {{"diagnostics", Json::array()}, {"only", {"refactor"}}}}});
+        std::string said = "nothing";
+        for (const Json& action : list) {
+            const Json& edit = action["edit"]["changes"].begin().value()[0];
+            const std::size_t offset = Desk::offsetIn(text, edit["range"]["start"]);
+            const std::string added = edit["newText"];
+            said = text.substr(text.rfind(' ', offset - 1) + 1, offset - text.rfind(' ', offset - 1) - 1) + added;
+        }
+        std::replace(said.begin(), said.end(), '\n', '|');
+        EXPECT_EQ(said, each.expected) << each.text;
+    }
+}
