@@ -2,8 +2,14 @@
 #include "author/server/NameRequest.internal.h"
 #include "author/server/keywords.internal.h"
 #include "author/server/methods.internal.h"
+#include "hdnt/platform/ConfigBase.h"
+#include "hdnt/platform/HEX.h"
+
+#include <libconfig.h++>
 
 #include <algorithm>
+#include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -63,6 +69,18 @@ std::string commentAbove(const Place& place) {
     return all;
 }
 
+// What a configuration file says, as it is now; empty when it says nothing, or is faulty, which loading tells.
+std::string configuredText(const char* file, std::initializer_list<std::string_view> names) {
+    try {
+        ConfigBase config;
+        config.readFile(file);
+        const libconfig::Setting* const text = config.find(names);
+        return text && text->getType() == libconfig::Setting::TypeString ? text->c_str() : "";
+    } catch (const HEXDataException&) {
+        return {};
+    }
+}
+
 /// Markdown of a declaration: it itself, what a block declares, and the comment above.
 class Sheet {
 public:
@@ -108,7 +126,21 @@ private:
         NameReader reader(libraries_, *place.text);
         reader.at(nameItemOf(place));
         const Place block = reader.around({NtlPart::block});
-        return block ? paragraph("Block " + std::string(nameOf(block))) : std::string();
+        if (!block) return {};
+        std::string more;
+        if (place.get().part == NtlPart::property)
+            more = configuredText("tessel.desc.cfg", {nameOf(block), nameOf(place)});
+        if (place.get().part == NtlPart::pin) more = factsOfPin(nameOf(block), nameOf(place));
+        return paragraph(more) + paragraph("Block " + std::string(nameOf(block)));
+    }
+    static std::string factsOfPin(std::string_view block, std::string_view pin) {
+        std::string facts;
+        if (const auto range = indicesOf(pin))
+            facts = std::to_string(std::int64_t{range->second} - range->first + 1) + " bits";
+        const std::string function =
+            configuredText("HDNTApplicationData.cfg", {"CELLS", block, "pinFunctions", baseOf(pin)});
+        if (!function.empty()) facts += (facts.empty() ? "function: " : ", function: ") + function;
+        return facts;
     }
 
     const Libraries& libraries_;

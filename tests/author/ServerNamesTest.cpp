@@ -175,9 +175,9 @@ TEST(ServerNames, HoverShowsTheDeclaration) {
         {"inst \"t\" \"su^m\";", sheet},
         {"connect \"\" : \"^s\" \"A\"", "```ntl\ninst \"s\" \"sum\"\n```\n\nBlock USE\n" + sheet},
         {"connect \"\" : \"s\" \"a[^0]\";",
-         "```ntl\npin \"A[1:0]\" input data tieLow\n```\n\nThe first\n\nBlock SUM\n"},
-        {"assign block property \"s\" \"^m\" ",
-         "```ntl\nproperty string \"M\" { values { \"X\", \"Y\" }, default = \"X\" }\n```\n\nBlock SUM\n"},
+         "```ntl\npin \"A[1:0]\" input data tieLow\n```\n\nThe first\n\n2 bits, function: addend\n\nBlock SUM\n"},
+        {"assign block property \"s\" \"^m\" ", "```ntl\nproperty string \"M\" { values { \"X\", \"Y\" }, default = "
+                                                "\"X\" }\n```\n\nHow it \\*adds\\*\n\nBlock SUM\n"},
         {"f^(", "```ntl\nfunction int f(int, bool)\n```\n"},
         {"inst \"t\" \"NO^NE\";", ""},
         {"signal \"n[1:0]\"; connect \"n[0]\" : \"s\" \"~A[0]\"; connect \"m\" : \"O\"; if (true) connect \"^n[1]\" : "
@@ -189,6 +189,9 @@ TEST(ServerNames, HoverShowsTheDeclaration) {
     };
     for (const Case& each : cases) {
         Desk desk = deskWith(declared + each.text);
+        desk.file("tessel.desc.cfg", "SUM = { M = \"How it *adds*\"; };")
+            .file("HDNTApplicationData.cfg", "CELLS = { SUM = { pinFunctions = { A = \"addend\"; }; }; };");
+        setenv("HDNT_CONFIG_PATH", desk.path("").c_str(), 1);
         const Json hover = desk.result("textDocument/hover");
         EXPECT_EQ(hover.is_null() ? "" : hover["contents"]["value"].get<std::string>(), each.expected) << each.text;
     }
