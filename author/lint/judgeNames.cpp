@@ -72,20 +72,27 @@ void judgeMappingNames(const HDNTNetlist& netlist, Findings& findings) {
     for (const auto& signal : view.signals()) signals.add(signal.name, *signal.node);
 }
 
-// The range of a hexadecimal property is completed when it is not given.
+bool says(const std::optional<Value>& bound, const std::string& implied) {
+    const auto number = bound ? BitText::of(textOf(*bound), true) : std::nullopt;
+    const auto other = BitText::of(implied, true);
+    return number && other && !(*number < *other) && !(*other < *number);
+}
+
+// The range of a hexadecimal property is completed when it is not given. A maximum that is needed needs a minimum
+// before it.
 void judgeNeed(const HDNTProperty& property, Findings& findings) {
     if (property.getType() != HATAttrTypes::TypeBitHex) return;
-    const auto judge = [&](bool isDeclared, const char* what, const std::optional<Value>& bound,
-                           const std::string& implied) {
-        const auto number = bound ? BitText::of(textOf(*bound), true) : std::nullopt;
-        const auto other = BitText::of(implied, true);
-        if (isDeclared && number && other && !(*number < *other) && !(*other < *number))
-            findings.add(LintCode::needlessBound, property,
-                         {what, textOf(*bound), "property \"" + property.getName() + '"'});
+    const auto judge = [&](bool isNeedless, const char* what, const std::optional<Value>& bound) {
+        if (!isNeedless) return;
+        findings.add(LintCode::needlessBound, property,
+                     {what, textOf(*bound), "property \"" + property.getName() + '"'});
     };
-    judge(property.isMinDeclared(), "minimum", property.getMinValue(), "0");
-    judge(property.isMaxDeclared(), "maximum", property.getMaxValue(),
-          BitText::greatest(property.getAdjustedBitWidth(), true));
+    const bool isMaxNeedless = property.isMaxDeclared() &&
+                               says(property.getMaxValue(), BitText::greatest(property.getAdjustedBitWidth(), true));
+    const bool isMinFree = isMaxNeedless || !property.isMaxDeclared();
+    judge(property.isMinDeclared() && isMinFree && says(property.getMinValue(), "0"), "minimum",
+          property.getMinValue());
+    judge(isMaxNeedless, "maximum", property.getMaxValue());
 }
 
 void judgeProduction(const HDNTBlock& block, Findings& findings) {

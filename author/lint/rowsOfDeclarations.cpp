@@ -73,7 +73,7 @@ static constexpr LintRow rows[] = {
     {C::needlessBound,
      {"needless-bound", N, "% % of % is what its width allows anyway",
       "A bound of a hexadecimal property says what its width says anyway. Leave it out, so that the bounds that are "
-      "there mean something.",
+      "there mean something; but a maximum needs a minimum before it.",
       R"(library "example" {
   block "EXAMPLE_TABLE" {
     pin "O" output;

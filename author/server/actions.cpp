@@ -1,5 +1,6 @@
 // What mends a fault when it is chosen.
 #include "author/lint/nearestNames.h"
+#include "author/server/Workspace.internal.h"
 #include "author/server/methods.internal.h"
 
 #include <algorithm>
@@ -33,7 +34,12 @@ public:
     Json list() {
         if (wants(quickFix)) {
             for (const SyntaxMessage& message : document_.tree().messages())
-                if (message.mend && touches(message)) addMend(message);
+                if (message.mend)
+                    addMend({message.offset, message.offset + std::size_t{message.length}},
+                            std::string(syntaxRules()[static_cast<std::size_t>(message.code)].name), *message.mend);
+            forEachMended([&](const Found& found, const SyntaxMend& mend) {
+                addMend(*found.spot.bytes, found.said.value("code", ""), mend);
+            });
             for (const Json& said : context_.value("diagnostics", Json::array())) addSuggestions(said);
         }
         if (wants(rewrite)) addConnects();
@@ -53,8 +59,12 @@ private:
                            [&](const Json& wanted) { return begins(kind, wanted.get_ref<const std::string&>()); });
     }
 
-    bool touches(const SyntaxMessage& message) const {
-        return message.offset <= end_ && begin_ <= std::size_t{message.offset} + message.length;
+    // What was found with the library, and there is one way to mend.
+    template <typename Visit>
+    void forEachMended(Visit&& visit) const {
+        for (const FoundInFile* in : session_.libraries.in(pathOf(uri_)))
+            for (const Found& found : in->list)
+                if (const std::optional<SyntaxMend> mend = mendOf(document_, found)) visit(found, *mend);
     }
 
     Json editOf(const SyntaxMend& mend) const {
@@ -88,11 +98,11 @@ private:
         all_.push_back(std::move(action));
     }
 
-    void addMend(const SyntaxMessage& message) {
+    void addMend(const Stretch& about, const std::string& code, const SyntaxMend& mend) {
+        if (about.begin > end_ || begin_ > about.end) return;
         PositionFinder positions(document_, session_.encoding);
-        const Json range = rangeOf(positions, message.offset, message.offset + message.length);
-        Json said = saidAt(range, std::string(syntaxRules()[static_cast<std::size_t>(message.code)].name));
-        add(titleOf(*message.mend), quickFix, std::move(said), Json::array({editOf(*message.mend)}), true);
+        Json said = saidAt(rangeOf(positions, about.begin, about.end), code);
+        add(titleOf(mend), quickFix, std::move(said), Json::array({editOf(mend)}), true);
     }
 
     // Names that a message has for the one that stands for nothing.
@@ -139,6 +149,7 @@ private:
         std::vector<SyntaxMend> mends;
         for (const SyntaxMessage& message : document_.tree().messages())
             if (message.mend) mends.push_back(*message.mend);
+        forEachMended([&](const Found&, const SyntaxMend& mend) { mends.push_back(mend); });
         std::sort(mends.begin(), mends.end(), [](const auto& a, const auto& b) { return a.offset < b.offset; });
         Json edits = Json::array();
         std::size_t end = 0;
@@ -147,7 +158,8 @@ private:
             edits.push_back(editOf(mend));
             end = std::size_t{mend.offset} + mend.length;
         }
-        if (!edits.empty()) add("Mend the faults of syntax", fixAll, Json::array(), std::move(edits), false);
+        if (!edits.empty())
+            add("Mend all that there is one way to mend", fixAll, Json::array(), std::move(edits), false);
     }
 
     Session& session_;

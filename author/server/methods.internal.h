@@ -50,6 +50,9 @@ struct MissingConnects {
 };
 /// Of the instance that is declared at the "position" of the parameters. None: there is none, or nothing is open.
 std::optional<MissingConnects> missingConnects(Session& session, const Json& place);
+// ruleMends.cpp
+/// What mends a finding of a rule in its document; none when there is more than one way to do it.
+std::optional<SyntaxMend> mendOf(const Document& document, const Found& found);
 // symbols.cpp
 Json documentSymbols(Session& session, const Json& params);
 // ranges.cpp

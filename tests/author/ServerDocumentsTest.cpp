@@ -109,7 +109,7 @@ TEST(ServerDocuments, MendsAreOffered) {
     EXPECT_EQ(offered(at(2, 20, 20), {{"diagnostics", {unknown}}, {"only", {"quickfix"}}}, literal),
               "Write 'GATE_AND': 19-26 GATE_AND\nWrite 'GATE_OR': 19-26 GATE_OR\n");
     EXPECT_EQ(offered(at(0, 0, 0), {{"diagnostics", Json::array()}}, literal),
-              "Mend the faults of syntax: 20-25 input 41-41 ;\n");
+              "Mend all that there is one way to mend: 20-25 input 41-41 ;\n");
     EXPECT_EQ(offered(at(1, 0, 60), quick, nothing), "");
 }
 

@@ -1,5 +1,5 @@
+#include "tests/author/Desk.h"
 #include "tests/author/Editor.h"
-#include "tests/platform/TempDir.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -155,6 +155,56 @@ TEST_F(ServerLibraries, WhatTheClientCanShow) {
         EXPECT_EQ(one.value("tags", Json()), isTagged ? Json::array({1}) : Json());
         EXPECT_EQ(one.contains("data") || one.contains("codeDescription"), isTagged);
     }
+}
+
+// All that is said has one mend, and with all of them nothing is said any more.
+TEST_F(ServerLibraries, WhatRulesFindIsMended) {
+    const std::string text =
+        "library \"L\" {\n"
+        "// ntl: allow open-input: long mended\n"
+        "block \"FLOP_RISE\" { // ntl: allow no-group: nor this\n"
+        "pin \"d[1:0]\" input data; pin \"Q\" output;\n"
+        "property int \"N\" { min = 9, max = /* most */ 3, default = 4 }\n"
+        "property 8'h \"H\" { min = 8'h00, max = 8'hff, default = 8'h01 }\n"
+        "property 8'h \"J\" { min = 8'h01, max = 8'hFF } property 8'h \"K\" { min = 8'h00, max = 8'h0F }\n"
+        "}\n"
+        "  INCLUDE parts.inc; block \"LATCH_RISE\" { }\n"
+        "}\n";
+    const std::string mended = "library \"L\" {\n"
+                               "block \"FLOP_RISE\" {\n"
+                               "pin \"D[1:0]\" input data; pin \"Q\" output;\n"
+                               "property int \"N\" { min = 3, max = /* most */ 9, default = 4 }\n"
+                               "property 8'h \"H\" { default = 8'h01 }\n"
+                               "property 8'h \"J\" { min = 8'h01 } property 8'h \"K\" { min = 8'h00, max = 8'h0F }\n"
+                               "}\n"
+                               "  INCLUDE parts.inc;\nblock \"LATCH_RISE\" { }\n"
+                               "}\n";
+    write({{".ntl.cfg", quiet + "include = [ \".\" ];"}, {"parts.inc", ""}, {"a.btl", text}});
+    Editor editor;
+    editor.initialize({{"textDocument", {{"codeAction", {{"codeActionLiteralSupport", Json::object()}}}}}});
+    editor.open(uri("a.btl"), text);
+    EXPECT_TRUE(editor.awaitSaid(uri("a.btl"),
+                                 "4:pin-lower-case 5:min-above-max 9:include-trailing-text 2:waiver-unused "
+                                 "3:waiver-unused 6:needless-bound 6:needless-bound 7:needless-bound"))
+        << editor.said(uri("a.btl"));
+    const auto actions = [&](const char* kind) {
+        editor.ask("codeAction", uri("a.btl"),
+                   {{"range", rangeOf(0, 0, 9, 0)}, {"context", {{"diagnostics", Json::array()}, {"only", {kind}}}}});
+        return editor.await([](const Json& message) { return message.contains("result"); })["result"];
+    };
+    EXPECT_EQ(actions("quickfix").size(), 8U);
+    const Json all = actions("source.fixAll");
+    ASSERT_EQ(all.size(), 1U);
+    std::string after = text;
+    const Json edits = all[0]["edit"]["changes"][uri("a.btl")];
+    for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
+        const std::size_t begin = support::Desk::offsetIn(text, (*edit)["range"]["start"]);
+        const std::size_t end = support::Desk::offsetIn(text, (*edit)["range"]["end"]);
+        after.replace(begin, end - begin, (*edit)["newText"].get<std::string>());
+    }
+    EXPECT_EQ(after, mended);
+    editor.change(uri("a.btl"), {{{"text", after}}});
+    EXPECT_TRUE(editor.awaitSaid(uri("a.btl"), "")) << editor.said(uri("a.btl"));
 }
 
 // Beside the data there is the page of the rules, when all was installed.
