@@ -1,4 +1,5 @@
--- A session in Neovim, with its own client: what is typed, and what is then to be seen. The tool is in NTL_TOOL.
+-- A session in Neovim, with its own client and editors/vim: what is typed, and what is then to be seen. The tool is in
+-- NTL_TOOL.
 local folder = vim.fn.tempname()
 vim.fn.mkdir(folder, "p")
 local file = folder .. "/ümlaut.btl"
@@ -12,19 +13,23 @@ local function expect(what, condition, got)
   if not condition then fail(what, got) end
 end
 
-vim.cmd("edit " .. vim.fn.fnameescape(file))
-local buffer = vim.api.nvim_get_current_buf()
-local status
-local client = vim.lsp.start_client({
-  name = "ntl", cmd = { os.getenv("NTL_TOOL"), "serve" }, root_dir = folder,
-  on_exit = function(code) status = code end,
-})
-expect("the server starts", client, client)
-vim.lsp.buf_attach_client(buffer, client)
-
 local function wait(what, condition, show)
   if not vim.wait(20000, condition, 20) then fail(what, show()) end
 end
+
+vim.g.ntl_command = os.getenv("NTL_TOOL")
+vim.cmd("filetype plugin indent on")
+vim.cmd("edit " .. vim.fn.fnameescape(file))
+local buffer = vim.api.nvim_get_current_buf()
+wait("the server starts", function() return next(vim.lsp.buf_get_clients(buffer)) end, vim.lsp.get_active_clients)
+local client, started = next(vim.lsp.buf_get_clients(buffer))
+expect("for its folder", started.config.root_dir == folder, started.config.root_dir)
+local status
+started.config.on_exit = function(code) status = code end
+vim.cmd("split " .. vim.fn.fnameescape(folder .. "/other.btl"))
+expect("one server for the folder", #vim.lsp.get_active_clients() == 1, #vim.lsp.get_active_clients())
+vim.cmd("close")
+
 local function diagnostics() return vim.diagnostic.get(buffer) end
 local function codes()
   return vim.tbl_map(function(one) return one.code or one.user_data.lsp.code end, diagnostics())
@@ -61,6 +66,20 @@ local unsaved = folder .. "/formatted.btl"
 vim.fn.writefile(vim.api.nvim_buf_get_lines(buffer, 0, -1, false), unsaved)
 vim.fn.system({ os.getenv("NTL_TOOL"), "format", "--check", unsaved })
 expect("the text is formatted", vim.v.shell_error == 0, vim.fn.readfile(unsaved))
+
+-- What a block becomes, with an answer of the test's own.
+local request = started.request
+started.request = function(method, params, handler)
+  expect("what is asked", method == "workspace/executeCommand" and params.arguments[1] == "ÄPFEL", params)
+  handler(nil, { uri = "file:///x", block = "ÄPFEL", text = 'block "ÄPFEL" {\n}\n' })
+end
+vim.lsp.commands["ntl.expand"]({ command = "ntl.expand", arguments = { "ÄPFEL" } }, { client_id = client, bufnr = buffer })
+started.request = request
+local text = vim.api.nvim_buf_get_lines(0, 0, -1, false)
+expect("it is shown", vim.bo.filetype == "ntl" and vim.bo.buftype == "nofile" and text[1] == 'block "ÄPFEL" {' and #text == 2,
+       text)
+expect("without a server", next(vim.lsp.buf_get_clients(0)) == nil, vim.lsp.buf_get_clients(0))
+vim.cmd("close")
 
 vim.lsp.stop_client(client)
 wait("the server ends", function() return status ~= nil end, function() return status end)
