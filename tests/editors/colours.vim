@@ -4,7 +4,7 @@ syntax on
 filetype plugin indent on
 let g:ntl_serve = 0
 let s:letters = {'Comment': 'c', 'Todo': 'c', 'String': 's', 'OpenString': 'o', 'Number': 'n', 'Function': 'f',
-      \ 'Include': 'i', 'IncludeName': 'i', 'IncludeRest': 'i', 'Directive': 'd', '': '.'}
+      \ 'Include': 'p', 'IncludeName': 'p', 'IncludeRest': 'p', 'Directive': 'p', '': '.'}
 
 function s:letterAt(line, column) abort
   let l:name = synIDattr(synID(a:line, a:column, 1), 'name')

@@ -18,8 +18,8 @@ char letterOf(int kind) {
     switch (kind) {
     case SourceItem::LineComment:
     case SourceItem::BlockComment: return 'c';
-    case SourceItem::FileStatement: return 'i';
-    case SourceItem::Directive: return 'd';
+    case SourceItem::FileStatement:
+    case SourceItem::Directive: return 'p';
     case SourceItem::OpenString: return 'o';
     case T_StringConstant: return 's';
     case T_IntConstant:
