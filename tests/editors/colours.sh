@@ -12,6 +12,8 @@ trap 'rm -rf "$work"' EXIT
 find "$source/data" "$source/tests/corpus" "$source/tests/editors" "$source/tests/writer" "$work" -name '*.btl' | sort >"$work/files"
 [ "$(wc -l <"$work/files")" -ge 100 ] || { echo "too few texts" >&2; exit 1; }
 xargs "$tokens" <"$work/files" >"$work/expected"
-COLOUR_FILES=$work/files COLOUR_OUTPUT=$work/got "$@" </dev/null >"$work/log" 2>&1 || { cat "$work/log" "$work/got" >&2; exit 1; }
+: >"$work/got"
+COLOUR_FILES=$work/files COLOUR_OUTPUT=$work/got "$@" </dev/null >"$work/log" 2>&1 ||
+    { status=$?; cat "$work"/log "$work"/got >&2; exit $status; }
 diff -u "$work/expected" "$work/got" | head -n 80 >"$work/difference"
 [ ! -s "$work/difference" ] || { cat "$work/difference" >&2; exit 1; }
