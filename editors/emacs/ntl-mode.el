@@ -166,20 +166,21 @@ statement or begins a list of them.  Go back over parentheses."
      ((looking-back "\\_<else" (line-beginning-position)) 'head)
      ((memq last '(?\; ?{ ?})) last))))
 
+(defun ntl--to-line-before ()
+  "Go from the line to what its statement began with, or to code before it.
+Return as `ntl--ends-here' what is before, and t when there is nothing."
+  (back-to-indentation)
+  (if (eq (char-after) ?})
+      (not (ntl--bracket))
+    (or (not (ntl--code-before)) (ntl--ends-here))))
+
 (defun ntl--begin-of-statement (outermost)
   "Go to the line that the statement around point begins in.
 With OUTERMOST, of the if that it is the body of.  Return its indentation."
-  (let (end)
-    (while (progn
-             (back-to-indentation)
-             (setq end (if (eq (char-after) ?})
-                           (if (ntl--bracket) nil 'none)
-                         (save-excursion
-                           (if (ntl--code-before) (ntl--ends-here) 'none))))
-             (or (not end) (and (eq end 'head) outermost)))
-      (unless (eq (char-after) ?{)
-        (ntl--code-before)
-        (ntl--ends-here)))
+  (let ((line (line-beginning-position)))
+    (while (memq (ntl--to-line-before) (if outermost '(nil head) '(nil)))
+      (setq line (line-beginning-position)))
+    (goto-char line)
     (current-indentation)))
 
 (defun ntl--matching-if ()
@@ -219,7 +220,8 @@ With OUTERMOST, of the if that it is the body of.  Return its indentation."
       (pcase end
         ('head (+ (ntl--begin-of-statement nil) (if brace 0 ntl-indent-offset)))
         (?{ (+ (ntl--begin-of-statement nil) ntl-indent-offset))
-        ('nil (+ (ntl--begin-of-statement nil) (* 2 ntl-indent-offset)))
+        ('nil (+ (ntl--begin-of-statement nil)
+                 (if brace 0 (* 2 ntl-indent-offset))))
         (_ (ntl--begin-of-statement t))))))
 
 (defun ntl-indent-line ()

@@ -29,6 +29,14 @@
         (let ((inhibit-message t)) (indent-region (point-min) (point-max)))
         (expect (concat "indent of " file) (buffer-string) neat)))))
 
+;; A brace on a line of its own, and brackets that do not match.
+(with-temp-buffer
+  (let ((text "library \"l\"\n{\n  block \"B\"\n  {\n    pin \"A\"\n        input;\n  }\n}\n}\n)\n"))
+    (insert (replace-regexp-in-string "^ +" "" text))
+    (ntl-mode)
+    (let ((inhibit-message t)) (indent-region (point-min) (point-max)))
+    (expect "indent of odd braces" (buffer-string) text)))
+
 (open-file "format.btl" "library \"l\" {\nblock \"B\" { pin  \"A\" input; }\nfunction int f();}")
 (expect "index" (mapcar #'car (cdr (imenu--make-index-alist))) '("Functions" "B"))
 (ntl-format-buffer)

@@ -103,13 +103,14 @@ function! ntl#indent(line) abort
     return 0
   endif
   let l:before = line('.')
+  let l:step = l:text =~# '^\s*{' ? 0 : shiftwidth()
   let l:end = s:endsHere()
   if l:end ==# 'head'
-    return indent(s:beginOf(line('.'), 0)) + (l:text =~# '^\s*{' ? 0 : shiftwidth())
+    return indent(s:beginOf(line('.'), 0)) + l:step
   elseif l:end ==# '{'
     return indent(s:beginOf(l:before, 0)) + shiftwidth()
   elseif l:end =~# '[;}]' || l:end ==# 'option'
     return indent(s:beginOf(l:before, 1))
   endif
-  return indent(s:beginOf(l:before, 0)) + 2 * shiftwidth()
+  return indent(s:beginOf(l:before, 0)) + 2 * l:step
 endfunction
