@@ -11,7 +11,7 @@ trap 'rm -rf "$work"' EXIT
 "$tokens" words >"$work/words.btl"
 find "$source/data" "$source/tests/corpus" "$source/tests/editors" "$source/tests/writer" "$work" -name '*.btl' | sort >"$work/files"
 [ "$(wc -l <"$work/files")" -ge 100 ] || { echo "too few texts" >&2; exit 1; }
-xargs "$tokens" <"$work/files" >"$work/expected"
+xargs -d '\n' "$tokens" <"$work/files" >"$work/expected"
 : >"$work/got"
 COLOUR_FILES=$work/files COLOUR_OUTPUT=$work/got "$@" </dev/null >"$work/log" 2>&1 ||
     { status=$?; cat "$work"/log "$work"/got >&2; exit $status; }

@@ -88,6 +88,9 @@ cmp "$work/first.txt" "$work/second.txt" || fail "programs built with pkg-config
 for text in README.md docs/families.md docs/ntl.md; do
     [ -f "$work/prefix/share/doc/hdnt/$text" ] || fail "$text is not installed"
 done
+for package in vim/syntax/ntl.vim emacs/ntl-mode.el kakoune/ntl.kak vscode/package.json; do
+    [ -f "$work/prefix/share/hdnt/editors/$package" ] || fail "editors/$package is not installed"
+done
 # The Python package, with nothing but the folder it was installed into; a build without it installs none.
 package=$(find "$work/prefix" -type d -path '*-packages/hdnt')
 if [ -n "$package" ]; then
