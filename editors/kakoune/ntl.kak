@@ -8,7 +8,7 @@ hook global BufSetOption filetype=ntl %{
     set-option buffer comment_block_end '*/'
     set-option buffer indentwidth 2
     set-option buffer formatcmd 'ntl format -'
-    set-option buffer makecmd "ntl check --format short '%val{buffile}'"
+    set-option buffer makecmd %sh{ printf 'ntl check --format short %s' "$kak_quoted_buffile" }
 }
 
 hook global WinSetOption filetype=ntl %[

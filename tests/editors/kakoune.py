@@ -2,11 +2,12 @@
 """What Kakoune does with a text. It draws as JSON, into a window that has room for all of it.
 
 kakoune.py colours KAK PACKAGE   writes the colours of the files of $COLOUR_FILES to $COLOUR_OUTPUT, as editor_tokens does
-kakoune.py edit KAK PACKAGE      types a text, and looks at its indent
+kakoune.py edit KAK PACKAGE      types a text, and looks at its indent and at the command of the errors
 """
 
 import json
 import os
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -80,15 +81,20 @@ def colours(kak, package):
 
 def edit(kak, package):
     with tempfile.TemporaryDirectory() as folder:
-        file = f"{folder}/typed.btl"
+        file = f"{folder}/it's typed.btl"
         editor = Kakoune(kak, package, file)
         names = {"\n": "<ret>", " ": "<space>", ";": "<semicolon>"}
         editor.say("keys", "i", *(names.get(char, char) for char in TYPED), "<esc>", ":write<ret>")
+        editor.say("keys", f":echo<space>-to-file<space>{folder}/make<space>%opt{{makecmd}}<ret>")
         editor.end()
         with open(file, encoding="utf-8") as typed:
             text = typed.read()
         if text != INDENTED:
             raise SystemExit(text)
+        with open(f"{folder}/make", encoding="utf-8") as make:
+            command = make.read()
+        if shlex.split(command)[-1] != file:
+            raise SystemExit(command)
 
 
 if __name__ == "__main__":

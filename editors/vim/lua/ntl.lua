@@ -15,6 +15,7 @@ end
 
 local function showLenses(buffer)
   vim.api.nvim_create_autocmd({ "BufEnter", "InsertLeave", "BufWritePost" }, {
+    group = vim.api.nvim_create_augroup("ntl-lenses-" .. buffer, {}),
     buffer = buffer,
     callback = function()
       if vim.api.nvim_get_current_buf() == buffer then vim.lsp.codelens.refresh() end
