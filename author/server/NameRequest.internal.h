@@ -24,6 +24,8 @@ struct NameRequest {
 // hover.cpp
 /// What a declaration says before its body, in one line.
 std::string lineOfDeclaration(const Place& place);
+/// The comment that stands right above a declaration, without its marks.
+std::string commentAbove(const Place& place);
 /// A declaration as hovering over its name shows it, in Markdown.
 std::string sheetOf(const Libraries& libraries, const Place& place);
 

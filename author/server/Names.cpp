@@ -1,9 +1,9 @@
 #include "author/server/Declarations.internal.h"
 #include "author/server/Names.internal.h"
+#include "author/server/keywords.internal.h"
 #include "hdnt/platform/HSTStringUtils.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace hdnt::author::server {
@@ -182,14 +182,11 @@ std::optional<Name> NameReader::property(const Place& place) {
 
 // What standard functions ask of the mapped block.
 std::optional<Name> NameReader::argument() {
-    static constexpr std::array<std::string_view, 4> properties = {"intProperty", "doubleProperty", "boolProperty",
-                                                                   "stringProperty"};
     const Place call{&text_, nodes_->size() > 1 ? (*nodes_)[nodes_->size() - 2] : 0};
     if (call.get().part != NtlPart::call || call.get().begin + 2 != item_) return {};
-    const std::string_view function = text_.textOf(call.get().begin);
-    if (function == "isConnected") return named(Kind::pin, block());
-    if (std::ranges::find(properties, function) == properties.end()) return {};
-    return named(Kind::property, block());
+    const StandardFunction* const function = findStandardFunction(text_.textOf(call.get().begin));
+    if (!function) return {};
+    return named(function->isOfPin ? Kind::pin : Kind::property, block());
 }
 
 std::string NameReader::pinKeyOf(const Place& reference) const {

@@ -43,7 +43,8 @@ std::string declarationLine(const Place& place, bool withBody) {
     return line;
 }
 
-/// The comment that stands right above a declaration, without its marks.
+} // namespace
+
 std::string commentAbove(const Place& place) {
     const frontend::SourceItems& items = place.text->items();
     std::uint32_t first = place.get().begin;
@@ -68,6 +69,8 @@ std::string commentAbove(const Place& place) {
     }
     return all;
 }
+
+namespace {
 
 // What a configuration file says, as it is now; empty when it says nothing, or is faulty, which loading tells.
 std::string configuredText(const char* file, std::initializer_list<std::string_view> names) {

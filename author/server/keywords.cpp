@@ -91,7 +91,20 @@ constexpr Meaning meanings[] = {
     {"else", "The statement that follows counts when the condition of the nearest `if` does not hold."},
 };
 
+constexpr StandardFunction standardFunctions[] = {
+    {"intProperty", "int", false, "The value of a property of the block, of type int."},
+    {"doubleProperty", "double", false, "The value of a property of the block, of type double."},
+    {"boolProperty", "bool", false, "The value of a property of the block, of type bool."},
+    {"stringProperty", "string", false, "The value of a property of the block, of type string or of bits."},
+    {"isConnected", "bool", true, "Whether the pin of that name of the block is connected."},
+};
+
 } // namespace
+
+const StandardFunction* findStandardFunction(std::string_view name) {
+    const auto* const found = std::ranges::find(standardFunctions, name, &StandardFunction::name);
+    return found == std::end(standardFunctions) ? nullptr : found;
+}
 
 std::string_view meaningOf(std::string_view word) {
     const auto found = std::ranges::find(meanings, word, &Meaning::word);

@@ -31,6 +31,7 @@ static Json serverCapabilities(Encoding encoding) {
             {"renameProvider", {{"prepareProvider", true}}},
             {"selectionRangeProvider", true},
             {"semanticTokensProvider", {{"legend", semanticTokensLegend()}, {"full", true}, {"range", true}}},
+            {"signatureHelpProvider", {{"triggerCharacters", {"(", ","}}, {"retriggerCharacters", {")"}}}},
             {"workspaceSymbolProvider", true}};
 }
 

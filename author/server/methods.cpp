@@ -37,6 +37,7 @@ const Method* findMethod(std::string_view name) {
         {"textDocument/selectionRange", request, selectionRanges},
         {"textDocument/semanticTokens/full", request, semanticTokens},
         {"textDocument/semanticTokens/range", request, semanticTokensInRange},
+        {"textDocument/signatureHelp", request, signatureHelp},
         {"workspace/didChangeWatchedFiles", notification, didChangeWatchedFiles},
         {"workspace/symbol", request, workspaceSymbols},
     };
