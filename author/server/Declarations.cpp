@@ -84,6 +84,13 @@ std::uint32_t nameItemOf(const Place& declaration) {
     return node.end;
 }
 
+std::uint32_t typeItemOf(const Place& declaration) {
+    const SyntaxNode& node = declaration.get();
+    std::uint32_t item = node.begin;
+    while (item < node.end && !frontend::types.contains(declaration.text->items()[item].kind)) ++item;
+    return item;
+}
+
 std::string_view nameOf(const Place& declaration) {
     const std::uint32_t item = nameItemOf(declaration);
     return item == declaration.get().end ? std::string_view() : contentOf(*declaration.text, item);
@@ -124,6 +131,26 @@ Place findBlock(const Libraries& libraries, std::string_view name, std::size_t l
     if (name.empty()) return {};
     return findElement(libraries, level, NtlPart::block,
                        [&](const Place& place) { return HSTStringUtils::iequals(nameOf(place), name); });
+}
+
+Place BlockTable::find(const std::string& key, std::size_t level) {
+    for (; level < levels_.size(); ++level)
+        if (const auto found = blocksOf(level).find(key); found != blocksOf(level).end()) return found->second;
+    return {};
+}
+
+const BlockTable::Blocks& BlockTable::blocksOf(std::size_t level) {
+    std::optional<Blocks>& blocks = levels_[level];
+    if (blocks) return *blocks;
+    blocks.emplace();
+    for (const Text& text : libraries_.texts()) {
+        if (text.level != level) continue;
+        forEachElement(text, [&](const Place& place) {
+            if (place.get().part == NtlPart::block) blocks->emplace(keyOfBlock(nameOf(place)), place);
+        });
+    }
+    blocks->erase("");
+    return *blocks;
 }
 
 Place findFunction(const Libraries& libraries, std::string_view name, std::size_t level) {

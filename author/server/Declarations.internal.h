@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -26,6 +27,19 @@ void forEachStatement(const Place& mapping, NtlPart part, const Visit& visit);
 /// is in upper case.
 Place findBlock(const Libraries& libraries, std::string_view name, std::size_t level = 0);
 Place findFunction(const Libraries& libraries, std::string_view name, std::size_t level = 0);
+/// The same for requests that look up many: the blocks are read once. By the key of the name.
+class BlockTable {
+public:
+    explicit BlockTable(const Libraries& libraries) : libraries_(libraries), levels_(libraries.levels()) {}
+    Place find(const std::string& key, std::size_t level);
+
+private:
+    using Blocks = std::unordered_map<std::string, Place>;
+    const Blocks& blocksOf(std::size_t level);
+
+    const Libraries& libraries_;
+    std::vector<std::optional<Blocks>> levels_;
+};
 /// By the key of a pin's name.
 Place findPin(const Libraries& libraries, const Place& block, std::string_view key);
 /// The name is in upper case; the owner is a block or a pin.
@@ -43,6 +57,8 @@ bool coversBit(std::string_view declared, std::string_view used);
 
 /// The item with the name of what the node declares; the end of the node when there is none.
 std::uint32_t nameItemOf(const Place& declaration);
+/// The item that says the type of a property or of a function's result; the end of the node when none does.
+std::uint32_t typeItemOf(const Place& declaration);
 /// The name as it is written, and the key of it.
 std::string_view nameOf(const Place& declaration);
 std::string keyOfBlock(std::string_view written);

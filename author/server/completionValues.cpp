@@ -12,14 +12,6 @@ namespace hdnt::author::server {
 
 using Kind = Proposal::Kind;
 
-// The item that says the type; the end of the node when none does.
-static std::uint32_t typeItemOf(const Place& property) {
-    const SyntaxNode& node = property.get();
-    std::uint32_t item = node.begin;
-    while (item < node.end && !frontend::types.contains(property.text->items()[item].kind)) ++item;
-    return item;
-}
-
 std::string typeOf(const Place& property) {
     const std::uint32_t item = typeItemOf(property);
     return item == property.get().end ? std::string() : std::string(property.text->textOf(item));

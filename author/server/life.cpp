@@ -27,6 +27,7 @@ static Json serverCapabilities(Encoding encoding) {
             {"documentSymbolProvider", true},
             {"foldingRangeProvider", true},
             {"hoverProvider", true},
+            {"inlayHintProvider", true},
             {"referencesProvider", true},
             {"renameProvider", {{"prepareProvider", true}}},
             {"selectionRangeProvider", true},

@@ -29,6 +29,7 @@ const Method* findMethod(std::string_view name) {
         {"textDocument/foldingRange", request, foldingRanges},
         {"textDocument/formatting", request, formatDocument},
         {"textDocument/hover", request, hover},
+        {"textDocument/inlayHint", request, inlayHints},
         {"textDocument/onTypeFormatting", request, formatOnType},
         {"textDocument/prepareRename", request, prepareRename},
         {"textDocument/rangeFormatting", request, formatRange},

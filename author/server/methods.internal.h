@@ -75,6 +75,8 @@ Json completion(Session& session, const Json& params);
 Json resolveCompletion(Session& session, const Json& params);
 // hover.cpp
 Json hover(Session& session, const Json& params);
+// inlayHints.cpp
+Json inlayHints(Session& session, const Json& params);
 // signatureHelp.cpp
 Json signatureHelp(Session& session, const Json& params);
 // workspaceSymbols.cpp

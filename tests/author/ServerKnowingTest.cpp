@@ -86,3 +86,43 @@ TEST(ServerKnowing, SignatureHelp) {
     const Json help = deskWith(mapping("maskOf(^")).result("textDocument/signatureHelp");
     EXPECT_EQ(help["signatures"][0]["parameters"], Json::parse(R"([{"label": "4'b"}, {"label": "bool"}])"));
 }
+
+// The text with each hint where it stands, in braces; the mark is where the range begins, which ends with its line.
+TEST(ServerKnowing, InlayHints) {
+    const std::string head = "inst \"g\" \"Gate\"; signal \"s[7:4]\"; signal \"one\";\n";
+    const Case cases[] = {
+        {"^connect \"s\" : \"g\" \"A\", \"g\" \"~a\", \"g\" \"O\", \"in\", \"~IN\", \"E\";",
+         "connect \"s{[7:4]}\" : \"g\" \"A{[3:0]}\", \"g\" \"~a{[3:0]}\", \"g\" \"O\", \"in{[1:0]}\", \"~IN{[1:0]}\", "
+         "\"E\";"},
+        {"^connect \"s[4]\" : \"g\" \"A[0]\"; connect \"one\" : \"g\" \"B\", \"h\" \"A\"; connect \"S\" : \"A\";", ""},
+        {"signal \"t\" :\n ^\"g\" \"A\",", " \"g\" \"A{[3:0]}\","},
+        {"/* \xc3\xa4\xf0\x9f\x98\x80 */ ^ assign block property \"g\" \"mode\" \"FAST\"; assign block property \"g\" "
+         "\"MASK\" \"8'hFF\";",
+         "/* \xc3\xa4\xf0\x9f\x98\x80 */  assign block property \"g\" \"mode\"{: string} \"FAST\"; assign block "
+         "property \"g\" \"MASK\"{: 8'h} \"8'hFF\";"},
+        {"^assign pin property \"g\" \"A[1]\", \"delay\" 1; assign pin property \"E\", \"DELAY\" 1;",
+         "assign pin property \"g\" \"A[1]\", \"delay\"{: int, ns} 1; assign pin property \"E\", \"DELAY\" 1;"},
+        {"^if (isConnected(\"IN\") && isConnected(\"E\") && intProperty(\"IN\") == 1) { }",
+         "if (isConnected(\"IN{[1:0]}\") && isConnected(\"E\") && intProperty(\"IN\") == 1) { }"},
+        // Where nobody knows which counts, and in texts with faults
+        {"if (true) inst \"x\" \"GATE\"; else inst \"x\" \"USER\";\n^connect \"one\" : \"x\" \"A\", \"x\" \"IN\";", ""},
+        {"signal \"s[3:0]\";\n^connect \"s\" : \"E\";", ""},
+        {"^assign block property \"g\" ; connect \"s\" \"g\" \"A\" assign block property \"MODE\" \"FAST\";",
+         "assign block property \"g\" ; connect \"s{[7:4]}\" \"g\" \"A\" assign block property \"MODE\" "
+         "\"FAST\";"},
+    };
+    for (const Case& each : cases) {
+        std::string text = mapping(head + each.text);
+        const std::size_t mark = text.find('^');
+        Desk desk = deskWith(text);
+        text.erase(mark, 1);
+        const Json begin = support::positionIn(text, mark, false);
+        const Json end = support::positionIn(text, std::min(text.find('\n', mark), text.size()), false);
+        Json hints = desk.result("textDocument/inlayHint", {{"range", {{"start", begin}, {"end", end}}}});
+        std::reverse(hints.begin(), hints.end());
+        for (const Json& hint : hints)
+            text.insert(Desk::offsetIn(text, hint["position"]), "{" + hint["label"].get<std::string>() + "}");
+        const std::size_t lineBegin = text.rfind('\n', mark) + 1;
+        EXPECT_EQ(hints.empty() ? "" : text.substr(lineBegin, text.find('\n', mark) - lineBegin), each.expected);
+    }
+}
