@@ -15,6 +15,7 @@ static Json serverCapabilities(Encoding encoding) {
     constexpr int incremental = 2;
     return {{"positionEncoding", encoding == Encoding::utf8 ? "utf-8" : "utf-16"},
             {"textDocumentSync", {{"openClose", true}, {"change", incremental}, {"save", true}}},
+            {"callHierarchyProvider", true},
             {"codeActionProvider", {{"codeActionKinds", {"quickfix", "refactor.rewrite", "source.fixAll"}}}},
             {"completionProvider", {{"triggerCharacters", {"\""}}, {"resolveProvider", true}}},
             {"declarationProvider", true},

@@ -10,6 +10,8 @@ const Method* findMethod(std::string_view name) {
     constexpr auto notification = Method::Kind::notification;
     static constexpr Method methods[] = {
         {"$/setTrace", notification, nothing}, // traces nothing
+        {"callHierarchy/incomingCalls", request, incomingCalls},
+        {"callHierarchy/outgoingCalls", request, outgoingCalls},
         {"completionItem/resolve", request, resolveCompletion},
         {"exit", notification, exit},
         {"initialize", request, initialize},
@@ -31,6 +33,7 @@ const Method* findMethod(std::string_view name) {
         {"textDocument/hover", request, hover},
         {"textDocument/inlayHint", request, inlayHints},
         {"textDocument/onTypeFormatting", request, formatOnType},
+        {"textDocument/prepareCallHierarchy", request, prepareCallHierarchy},
         {"textDocument/prepareRename", request, prepareRename},
         {"textDocument/rangeFormatting", request, formatRange},
         {"textDocument/references", request, references},

@@ -75,6 +75,10 @@ Json completion(Session& session, const Json& params);
 Json resolveCompletion(Session& session, const Json& params);
 // hover.cpp
 Json hover(Session& session, const Json& params);
+// callHierarchy.cpp
+Json prepareCallHierarchy(Session& session, const Json& params);
+Json incomingCalls(Session& session, const Json& params);
+Json outgoingCalls(Session& session, const Json& params);
 // inlayHints.cpp
 Json inlayHints(Session& session, const Json& params);
 // signatureHelp.cpp

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 // What the server knows of a text beside its names: what calls take, what stands behind names, who uses whom.
 namespace {
 
@@ -125,4 +127,64 @@ TEST(ServerKnowing, InlayHints) {
         const std::size_t lineBegin = text.rfind('\n', mark) + 1;
         EXPECT_EQ(hints.empty() ? "" : text.substr(lineBegin, text.find('\n', mark) - lineBegin), each.expected);
     }
+}
+
+namespace {
+
+// Blocks and functions of several files, one of them in a parent and one with its netlist in a file of its own.
+Desk deskOfUsers() {
+    const std::string user =
+        "library \"L\" {\n"
+        "  block \"USER\" { } mapsto { inst \"g\" \"g^ate\"; if (none()) inst \"h\" \"GATE\"; }\n"
+        "  block \"TOP\" { } expandsto { inst \"u\" \"User\"; inst \"n\" \"NOWHERE\"; \nINLINE rest.inc;\n }\n"
+        "  block \"GATE_2\" { }\n  block \"TWICE\" { } mapsto { }\n}\n";
+    Desk desk;
+    desk.file(".ntl.cfg", "parents = [ \"below/base.btl\" ]; include = [ \"parts\" ];").file("below/base.btl", below);
+    desk.file("parts/rest.inc", "inst \"r\" \"GATE\";\n").file("a.btl", user).open("a.btl", user);
+    desk.file("b.btl", "library \"L\" { }")
+        .open("b.btl", "library \"L\" {\n block \"GATE\" mapsto { inst \"t\" "
+                       "\"TOP\"; inst \"u\" \"USER\";\n inst \"v\" \"USER\"; }\n}");
+    return desk;
+}
+
+std::string pointsOf(const Desk& desk, const Json& calls, const char* end) {
+    std::string all;
+    for (const Json& call : calls) {
+        const Json& item = call[end];
+        all += (all.empty() ? "" : "; ") + desk.brief({{"uri", item["uri"]}, {"range", item["selectionRange"]}}) +
+               " of " + item["name"].get<std::string>() + " at";
+        for (const Json& range : call["fromRanges"]) all += ' ' + range["start"].dump();
+    }
+    return std::regex_replace(all, std::regex(R"(\{"character":(\d+),"line":(\d+)\})"), "$2:$1");
+}
+
+} // namespace
+
+TEST(ServerKnowing, CallHierarchy) {
+    Desk desk = deskOfUsers();
+    const Json items = desk.result("textDocument/prepareCallHierarchy");
+    ASSERT_EQ(items.size(), 1U); // where its mapping is
+    EXPECT_EQ(desk.brief({{"uri", items[0]["uri"]}, {"range", items[0]["selectionRange"]}}), "b.btl:1:GATE");
+    const auto ask = [&](const std::string& direction, const Json& item) {
+        return desk.result("callHierarchy/" + direction, {{"item", item}});
+    };
+    const Json uses = ask("incomingCalls", items[0]);
+    EXPECT_EQ(pointsOf(desk, uses, "from"), "a.btl:1:USER of USER at 1:28 1:57; parts/rest.inc:0: of TOP at 0:0");
+    const Json madeOf = ask("outgoingCalls", items[0]);
+    EXPECT_EQ(pointsOf(desk, madeOf, "to"), "a.btl:2:TOP of TOP at 1:23; a.btl:1:USER of USER at 1:39 2:1");
+    EXPECT_EQ(pointsOf(desk, ask("outgoingCalls", madeOf[0]["to"]), "to"), "a.btl:1:USER of USER at 2:30");
+    EXPECT_EQ(pointsOf(desk, ask("outgoingCalls", uses[1]["from"]), "to"), "b.btl:1:GATE of GATE at 0:0");
+    const Json called = ask("outgoingCalls", uses[0]["from"]);
+    EXPECT_EQ(pointsOf(desk, called, "to"), "b.btl:1:GATE of GATE at 1:28 1:57; below/base.btl:3:none of none at 1:49");
+    EXPECT_EQ(pointsOf(desk, ask("incomingCalls", called[1]["to"]), "from"), "a.btl:1:USER of USER at 1:49");
+
+    // What is gone meanwhile
+    desk.open("a.btl", "library \"L\" {\n block \"TOP\" mapsto {\n");
+    EXPECT_EQ(ask("outgoingCalls", madeOf[0]["to"]), Json::array());
+    EXPECT_EQ(ask("incomingCalls", madeOf[1]["to"]), Json::array());
+    Json closed = items[0];
+    closed["data"]["uri"] = "file:///nowhere.btl";
+    EXPECT_EQ(ask("incomingCalls", closed), nullptr);
+    closed["data"] = nullptr;
+    EXPECT_EQ(desk.ask("callHierarchy/incomingCalls", {{"item", closed}})["error"]["code"], -32602);
 }
