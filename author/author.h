@@ -1,6 +1,8 @@
 #pragma once
 
 // Everything for programs that serve those who write libraries.
+#include "author/expansion/ExpansionText.h"
+#include "author/expansion/outcomes.h"
 #include "author/format/HDNTFormatter.h"
 #include "author/judge/judge.h"
 #include "author/lint/Baseline.h"

@@ -371,4 +371,23 @@ std::string SettingCover::textOf(const SettingChoice& choice) const {
     return text;
 }
 
+std::string outcomeOf(const HDNTExpansion::Level& level) {
+    std::string text;
+    const auto add = [&text](const auto&... parts) { ((text += parts, text += '\0'), ...); };
+    const auto addValues = [&](const std::vector<HDNTExpansion::PropertyValue>& values) {
+        for (const auto& one : values) add(one.pin, one.name, hdnt::textOf(one.value));
+    };
+    for (const auto& instance : level.instances) {
+        add(instance.name, instance.type);
+        addValues(instance.properties);
+    }
+    for (const auto& one : level.connections) add(one.signal, one.instance, one.pin, one.inverted ? "~" : "");
+    addValues(level.pinProperties);
+    for (const auto& call : level.calls) {
+        add(call.name);
+        for (const Value& argument : call.arguments) add(hdnt::textOf(argument));
+    }
+    return text;
+}
+
 } // namespace hdnt::author

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hdnt/model/Value.h"
+#include "hdnt/netlist/HDNTExpansion.h"
 #include "hdnt/platform/Export.h"
 
 #include <cstddef>
@@ -8,7 +9,6 @@
 #include <vector>
 
 class HDNTBlock;
-class HDNTExpansion;
 class HDNTFunctionTable;
 class HDNTNetlist;
 
@@ -59,5 +59,8 @@ private:
     std::vector<SettingFactor> factors_;
     std::vector<std::vector<std::size_t>> deciders_; ///< of each if statement, in the order of the mapping
 };
+
+/// A text in which equal netlists, with their values and calls, are equal.
+HDNT_API std::string outcomeOf(const HDNTExpansion::Level& level);
 
 } // namespace hdnt::author

@@ -25,6 +25,14 @@ inline std::size_t characters(std::string_view text) {
 /// together have as many. A character of several bytes is never cut.
 HDNT_API std::string clipped(std::string_view text, std::size_t characters);
 
+/// Adds the text with control characters, and bytes that are no UTF-8, as \n, \t or \xNN.
+HDNT_API void addPrintable(std::string& result, std::string_view text);
+inline std::string printable(std::string_view text) {
+    std::string result;
+    addPrintable(result, text);
+    return result;
+}
+
 /// How the shortest digits of a number are laid out.
 enum class DoubleForm {
     Shortest,   ///< "1", "0.5", "1e+300": whatever takes the fewest characters

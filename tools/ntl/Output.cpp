@@ -16,8 +16,8 @@
 
 namespace ntl {
 
+using hdnt::platform::addPrintable;
 using hdnt::platform::characters;
-using hdnt::platform::continuesCharacter;
 
 static bool colorByDescriptor[3] = {};
 
@@ -70,48 +70,6 @@ void writeError(std::string_view text) { writeAll(STDERR_FILENO, text); }
 
 void complain(const std::string& text) {
     writeError(colored(Color::Bold, "ntl:", STDERR_FILENO) + " " + printable(text) + "\n");
-}
-
-// Length of the UTF-8 character at the start of the text; 0 when there is none, or it is a control character.
-static size_t printableLength(std::string_view text) {
-    const auto byte = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char first = byte(0);
-    if (first < 0x80) return first >= 0x20 && first != 0x7f ? 1 : 0;
-    const size_t length = first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : 2;
-    if (first < 0xc2 || first > 0xf4 || text.size() < length) return 0;
-    for (size_t i = 1; i < length; ++i)
-        if (!continuesCharacter(text[i])) return 0;
-    const unsigned char second = byte(1);
-    const bool overlong = (first == 0xe0 && second < 0xa0) || (first == 0xf0 && second < 0x90);
-    const bool outside = (first == 0xed && second > 0x9f) || (first == 0xf4 && second > 0x8f);
-    const bool control = first == 0xc2 && second < 0xa0;
-    return overlong || outside || control ? 0 : length;
-}
-
-static bool isPlain(char c) { return c >= ' ' && c <= '~'; }
-
-static void addPrintable(std::string& result, std::string_view text) {
-    while (!text.empty()) {
-        const auto plain = static_cast<size_t>(std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
-        const size_t length = plain > 0 ? plain : printableLength(text);
-        if (length > 0) {
-            result += text.substr(0, length);
-        } else if (text[0] == '\n' || text[0] == '\t') {
-            result += text[0] == '\n' ? "\\n" : "\\t";
-        } else {
-            char escaped[8];
-            std::snprintf(escaped, sizeof escaped, "\\x%02x",
-                          static_cast<unsigned>(static_cast<unsigned char>(text[0])));
-            result += escaped;
-        }
-        text.remove_prefix(std::max<size_t>(length, 1));
-    }
-}
-
-std::string printable(std::string_view text) {
-    std::string result;
-    addPrintable(result, text);
-    return result;
 }
 
 bool isDumbTerminal() {

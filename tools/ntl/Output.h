@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hdnt/platform/Text.h"
+
 #include <cstdio>
 #include <initializer_list>
 #include <string>
@@ -25,8 +27,7 @@ void writeError(std::string_view text);
 /// "ntl: text" on standard error, with what is not printable escaped.
 void complain(const std::string& text);
 
-/// The text with control characters, and bytes that are no UTF-8, as \n, \t or \xNN.
-std::string printable(std::string_view text);
+using hdnt::platform::printable;
 
 enum class Color { Plain, Bold, Faint, Red, Yellow };
 

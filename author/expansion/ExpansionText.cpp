@@ -1,19 +1,19 @@
-// The resolved netlist as NTL text.
+#include "author/expansion/ExpansionText.h"
+
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/Words.h"
-#include "tools/ntl/Expansion.h"
-#include "tools/ntl/Output.h"
+#include "hdnt/platform/Text.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <set>
 #include <unordered_map>
 
-namespace ntl {
+namespace hdnt::author {
 
 using Expansion = HDNTExpansion;
+using platform::printable;
 
 static std::string quoted(const std::string& text) { return '"' + text + '"'; }
 
@@ -26,12 +26,12 @@ std::string ntlValue(const Expansion::Value& value) {
 }
 
 std::string callText(const Expansion::Call& call) {
-    std::vector<std::string> arguments;
+    std::string arguments;
     for (const Expansion::Value& value : call.arguments) {
         const std::string text = ntlValue(value);
-        arguments.push_back(text.empty() ? Expansion::textOf(value) : text);
+        arguments += (arguments.empty() ? "" : ", ") + (text.empty() ? Expansion::textOf(value) : text);
     }
-    return call.name + "(" + joined(arguments, ", ") + ")";
+    return call.name + "(" + arguments + ")";
 }
 
 namespace {
@@ -73,16 +73,17 @@ private:
     void addStatement(const std::string& code, const std::string& comment) { add("    " + code + ";", comment); }
 
     void addHeader() {
-        std::vector<std::string> given;
+        std::string given;
+        const auto addGiven = [&](const std::string& text) { given += (given.empty() ? "; with " : ", ") + text; };
         if (level_.path.empty()) {
-            for (const auto& [name, value] : expanded_.properties) given.push_back(joined({name, value}, " = "));
-            for (const std::string& pin : expanded_.connectedPins) given.push_back(pin + " connected");
+            for (const auto& [name, value] : expanded_.properties) addGiven(name + " = " + value);
+            for (const std::string& pin : expanded_.connectedPins) addGiven(pin + " connected");
         } else {
             add("", level_.path);
         }
-        add("block " + quoted(level_.block->getName()) + " " +
-                std::string(hdnt::words::sections.wordOf(level_.section)) + " {",
-            expanded_.brief(level_.location) + (given.empty() ? "" : "; with " + joined(given, ", ")));
+        add("block " + quoted(level_.block->getName()) + " " + std::string(words::sections.wordOf(level_.section)) +
+                " {",
+            expanded_.brief(level_.location) + given);
     }
 
     void addInstance(const Expansion::Instance& instance) {
@@ -98,11 +99,11 @@ private:
         const std::vector<const Expansion::Connection*>& pins = connections_[name];
         const std::string comment = declared ? reasonFor(*declared) : "not declared";
         if (pins.empty()) return addStatement("signal " + quoted(name), comment);
-        for (size_t i = 0; i < pins.size();) {
+        for (std::size_t i = 0; i < pins.size();) {
             const std::string reason = reasonFor(pins[i]->origin);
             std::string code = (i == 0 ? "signal " : "connect ") + quoted(name) + " : ";
             const std::string note = i == 0 && comment != reason ? "; signal: " + comment : "";
-            const size_t first = i;
+            const std::size_t first = i;
             for (; i < pins.size() && reasonFor(pins[i]->origin) == reason; ++i)
                 code += (i == first ? "" : ", ") + pinText(*pins[i]);
             addStatement(code, reason + note);
@@ -130,7 +131,7 @@ private:
     // The branches around a statement, the innermost first.
     std::string within(const Expansion::Origin& origin) const {
         std::string text;
-        for (size_t i = origin.branch; i != Expansion::none; i = level_.branches[i].origin.branch)
+        for (std::size_t i = origin.branch; i != Expansion::none; i = level_.branches[i].origin.branch)
             text += std::string(", in ") + (level_.branches[i].taken ? "then" : "else") + " of if at " +
                     placeText(level_.branches[i].origin);
         return text;
@@ -139,8 +140,8 @@ private:
     std::string reasonFor(const Expansion::Origin& origin) const { return placeText(origin) + within(origin); }
 
     std::string laidOut() const {
-        constexpr size_t farthest = 64;
-        size_t column = 0;
+        constexpr std::size_t farthest = 64;
+        std::size_t column = 0;
         for (const Line& line : lines_)
             if (line.code.size() <= farthest) column = std::max(column, line.code.size());
         std::string text;
@@ -172,7 +173,7 @@ std::string expansionText(const ExpandedBlock& expanded) {
     return text;
 }
 
-std::string BriefPlaces::brief(const hdnt::Place& place) {
+std::string BriefPlaces::brief(const Place& place) {
     if (place.file.empty()) return "(unknown place)";
     const std::string name = place.file.substr(place.file.rfind('/') + 1);
     const std::string& first = fileByName_.emplace(name, place.file).first->second;
@@ -180,4 +181,4 @@ std::string BriefPlaces::brief(const hdnt::Place& place) {
     return place.isKnown() ? shown + ":" + std::to_string(place.line) : shown;
 }
 
-} // namespace ntl
+} // namespace hdnt::author

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "hdnt/platform/Export.h"
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+class HDNTBlock;
+
+namespace hdnt::author {
+
+/// One of the netlists that a mapping becomes.
+struct MappingOutcome {
+    std::string setting;               ///< as SettingCover::textOf, no more than it takes; empty: the defaults
+    std::string text;                  ///< as `ntl expand` writes it for that setting; empty when nothing came out
+    std::vector<std::string> problems; ///< that applying the mapping met: "file:line: what is wrong"
+};
+
+struct MappingOutcomes {
+    std::vector<MappingOutcome> list; ///< empty: the block has no mapping
+    bool isCut = false;               ///< there are more
+};
+
+struct OutcomeOptions {
+    std::size_t settings = 2000; ///< that are tried at most
+    std::size_t most = 12;       ///< outcomes
+    /// Counts places in these texts instead of the files at their paths, as LoadOptions::texts has them.
+    std::map<std::string, std::string> texts = {};
+};
+
+/// The different netlists that a block's mapping becomes for the settings of SettingCover: that of the defaults first,
+/// the others in the order of the settings. As HDNTExpansion::expand().
+HDNT_API MappingOutcomes outcomesOf(HDNTBlock& block, const OutcomeOptions& options = {});
+
+} // namespace hdnt::author
