@@ -2,6 +2,7 @@
 
 #include "author/lint/lint.h"
 #include "hdnt/diagnostics/Diagnostic.h"
+#include "hdnt/loading/load.h"
 #include "hdnt/platform/Export.h"
 
 #include <cstddef>
@@ -38,6 +39,7 @@ struct FailedLoad {
     const std::vector<std::string>& files;           ///< that were read, in order
     ConfigScope configuration = ConfigScope::None;
     const LintOptions& options;
+    bool isChecked = true; ///< as LoadOptions::check
 };
 
 /// Completes the judgement, which has the errors and warnings of the load: when they are about syntax, it says every
@@ -46,5 +48,9 @@ struct FailedLoad {
 ///
 /// The loading thread's, outside of a load.
 HDNT_API bool judgeSyntax(const FailedLoad& failed, Judgement& judgement);
+
+/// What is left of such a library without its faulty blocks. Nothing when that does not load either, or when what the
+/// load said is not about syntax. As judgeSyntax().
+HDNT_API Loaded loadSound(const FailedLoad& failed, std::vector<Diagnostic> said);
 
 } // namespace hdnt::author

@@ -67,18 +67,26 @@ public:
     }
 
     bool run() {
-        if (!std::any_of(result_.errors.begin(), result_.errors.end(), isSyntactic)) return false;
-        take(result_.errors, failed_.files);
-        for (std::size_t i = 0; i < result_.errors.size(); ++i)
-            if (isSaid(result_.errors[i])) result_.saidBetter.push_back(i);
-        judgeRest();
+        if (!isOfSyntax()) return false;
+        if (const Loaded rest = loadRest()) judgeLibrary(rest);
         for (auto* const list : {&result_.faults, &result_.warnings})
             std::stable_sort(list->begin(), list->end(),
                              [&](const Diagnostic& a, const Diagnostic& b) { return placeOf(a) < placeOf(b); });
         return true;
     }
 
+    /// Without what is faulty; what else is found out about it goes into the judgement.
+    Loaded loadRest() {
+        if (!isOfSyntax()) return {};
+        take(result_.errors, failed_.files);
+        for (std::size_t i = 0; i < result_.errors.size(); ++i)
+            if (isSaid(result_.errors[i])) result_.saidBetter.push_back(i);
+        return loadSound();
+    }
+
 private:
+    bool isOfSyntax() const { return std::any_of(result_.errors.begin(), result_.errors.end(), isSyntactic); }
+
     bool begins(const std::string& file) const {
         return isFolder_ ? file.ends_with(".btl") && std::filesystem::path(file).parent_path() == folder()
                          : file == failed_.path;
@@ -174,19 +182,20 @@ private:
 
     // Loads without what is faulty, and leaves out more until there is a library. An error that only says that
     // something was left out is none; nor are those of later rounds, which leave out what has other errors.
-    void judgeRest() {
+    Loaded loadSound() {
         bool isJudged = false;
         for (bool more = true; more;) {
             std::optional<std::map<std::string, std::string>> texts = sound_.texts();
-            if (!texts || texts->empty()) return;
+            if (!texts || texts->empty()) return {};
             if (!isJudged) dropConsequences();
             LoadOptions options;
             options.parent = failed_.parent;
+            options.check = failed_.isChecked;
             for (auto& [path, text] : *texts) options.texts.emplace(plainPath(path), std::move(text));
             for (const auto& [path, text] : failed_.texts) options.texts.emplace(plainPath(path), text);
-            const Loaded loaded = load(failed_.path, options);
+            Loaded loaded = load(failed_.path, options);
             noteFiles(loaded.files);
-            if (loaded) return judgeLibrary(loaded);
+            if (loaded) return loaded;
             more = take(loaded.diagnostics, loaded.files);
             if (std::any_of(loaded.diagnostics.begin(), loaded.diagnostics.end(), isSyntactic)) continue;
             if (!std::exchange(isJudged, true)) {
@@ -196,6 +205,7 @@ private:
             for (const Diagnostic& one : loaded.diagnostics)
                 if (one.severity == Severity::error) more |= sound_.leaveOut(one.place.file, one.place.offset);
         }
+        return {};
     }
 
     // Mappings that only lack a block of the faulty text.
@@ -254,5 +264,11 @@ private:
 } // namespace
 
 bool judgeSyntax(const FailedLoad& failed, Judgement& judgement) { return SyntaxJudge(failed, judgement).run(); }
+
+Loaded loadSound(const FailedLoad& failed, std::vector<Diagnostic> said) {
+    Judgement judgement;
+    judgement.errors = std::move(said);
+    return SyntaxJudge(failed, judgement).loadRest();
+}
 
 } // namespace hdnt::author

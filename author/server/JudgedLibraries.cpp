@@ -32,13 +32,6 @@ void keepThorough(FoundInFile& from, FoundInFile& to) {
     std::ranges::stable_sort(to.list, {}, placeOf);
 }
 
-JudgeTask taskOf(const Session& session, const std::string& document) {
-    JudgeTask task{libraryOf(document), document, {}, session.encoding};
-    for (const auto& [uri, open] : session.documents)
-        if (const std::string path = pathOf(uri); !path.empty()) task.texts.emplace(path, open.text());
-    return task;
-}
-
 } // namespace
 
 // A look into the folders at each key stroke is too much.

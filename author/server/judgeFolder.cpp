@@ -1,21 +1,16 @@
 #include "author/judge/judge.h"
 #include "author/lint/Waivers.h"
 #include "author/lint/lint.h"
-#include "author/project/Project.h"
-#include "author/project/parents.h"
 #include "author/server/Session.internal.h"
 #include "author/server/judgeFolder.internal.h"
 #include "author/syntax/SyntaxCode.h"
-#include "hdnt/loading/load.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <iterator>
-#include <memory>
 #include <optional>
 #include <utility>
 
@@ -31,7 +26,7 @@ void append(Diagnostics& list, const Diagnostics& more) { list.insert(list.end()
 /// Puts findings the way they are sent.
 class FindingWriter {
 public:
-    FindingWriter(const JudgeTask& task, FoundInLibrary& out) : task_(task), out_(out) {}
+    FindingWriter(const LibraryTask& task, FoundInLibrary& out) : task_(task), out_(out) {}
 
     void write(const Diagnostic& one) {
         FoundInFile& in = out_.found[pathOf(one.place)];
@@ -103,91 +98,55 @@ private:
         return found;
     }
 
-    const JudgeTask& task_;
+    const LibraryTask& task_;
     FoundInLibrary& out_;
 };
 
 /// What `ntl lint` does with one input.
 class FolderJudge {
 public:
-    FolderJudge(JudgeTask task, const std::function<void(const FoundInLibrary&)>& send)
-        : task_(std::move(task)), send_(send) {}
+    FolderJudge(LibraryTask task, const std::function<void(const FoundInLibrary&)>& send)
+        : loader_(std::move(task)), send_(send) {}
 
     void run() {
         try {
             judge();
         } catch (const HEXAll& error) {
-            files_.push_back(task_.document);
+            loader_.note({loader_.task().document});
             send(true, {placed(error.what())});
         }
     }
 
 private:
     void judge() {
-        const bool isOpen = task_.texts.contains(task_.document);
-        if (task_.library.path.empty() || (task_.library.files.empty() && !isOpen)) return send(true, {}); // gone
-        // A text that was never saved is in no folder yet.
-        const std::string& path = task_.library.files.empty() ? task_.document : task_.library.path;
-        if (!enterProject(path) || !loadParents()) return;
-        Loaded loaded = load(path);
-        note(loaded.files);
+        if (loader_.path().empty()) return send(true, {}); // gone
+        if (Diagnostics faults = loader_.prepare(); !faults.empty()) return send(true, std::move(faults));
+        options_.texts = loader_.task().texts;
+        if (const std::optional<Project>& project = loader_.project()) {
+            if (project->budget) options_.budget = *project->budget;
+            options_.architectures = project->architectures;
+        }
+        const Loaded loaded = loader_.load(true);
         for (const bool isThorough : {false, true}) {
             options_.isThorough = isThorough;
-            send(isThorough, loaded ? judged(loaded) : judgedAsFaulty(path, loaded));
+            send(isThorough, loaded ? judged(loaded) : judgedAsFaulty(loaded));
         }
-    }
-
-    bool enterProject(const std::string& path) {
-        const std::string file = findProject(path);
-        if (!file.empty()) {
-            note({file});
-            try {
-                project_ = readProject(file);
-                author::enterProject(*project_);
-            } catch (const HEXDataException& error) {
-                return send(true, {placed(error.what(), file)}), false;
-            }
-        }
-        options_.texts = task_.texts;
-        if (project_ && project_->budget) options_.budget = *project_->budget;
-        if (project_) options_.architectures = project_->architectures;
-        return true;
-    }
-
-    Loaded load(const std::string& path) const {
-        LoadOptions options;
-        options.parent = parents_.empty() ? nullptr : parents_.back().get();
-        options.texts = task_.texts;
-        return hdnt::load(path, options);
-    }
-
-    bool loadParents() {
-        for (const std::string& path : project_ ? parentPaths(*project_) : std::vector<std::string>()) {
-            Loaded loaded = load(path);
-            note(loaded.files);
-            if (!loaded) {
-                loaded.diagnostics.push_back(
-                    placed("not judged, since the parent library " + path + " has errors", task_.document));
-                return send(true, std::move(loaded.diagnostics)), false;
-            }
-            parents_.push_back(std::move(loaded.library));
-        }
-        return true;
     }
 
     Diagnostics judged(const Loaded& loaded) const {
         return settled(judgeLoaded(*loaded.library, loaded.diagnostics, loaded.files, options_, ConfigScope::OwnCells));
     }
 
-    Diagnostics judgedAsFaulty(const std::string& path, const Loaded& loaded) {
+    Diagnostics judgedAsFaulty(const Loaded& loaded) {
         Judgement judgement;
         for (const Diagnostic& one : loaded.diagnostics)
             (one.severity == Severity::error ? judgement.errors : judgement.warnings).push_back(one);
         judgement.files = loaded.files;
-        HDNTLibrary* const parent = parents_.empty() ? nullptr : parents_.back().get();
-        judgeSyntax({path, parent, task_.texts, loaded.files, ConfigScope::OwnCells, options_}, judgement);
-        note(judgement.files);
-        applyWaivers(judgement.warnings, judgement.files, {today(), Judged::Nothing, task_.texts});
+        const auto& texts = options_.texts;
+        judgeSyntax({loader_.path(), loader_.parent(), texts, loaded.files, ConfigScope::OwnCells, options_},
+                    judgement);
+        loader_.note(judgement.files);
+        applyWaivers(judgement.warnings, judgement.files, {today(), Judged::Nothing, texts});
         Diagnostics all;
         for (std::size_t i = 0; i < judgement.errors.size(); ++i)
             if (!std::ranges::binary_search(judgement.saidBetter, i)) all.push_back(judgement.errors[i]);
@@ -198,26 +157,10 @@ private:
 
     // Which findings are said, and as what, is the author's choice.
     Diagnostics settled(Diagnostics findings) const {
-        if (!project_) return findings;
-        applyExceptions(*project_, {}, findings);
-        project_->rules.apply(findings);
+        if (!loader_.project()) return findings;
+        applyExceptions(*loader_.project(), {}, findings);
+        loader_.project()->rules.apply(findings);
         return findings;
-    }
-
-    void note(const std::vector<std::string>& files) { files_.insert(files_.end(), files.begin(), files.end()); }
-
-    // "file:line: what is wrong", when the message says so.
-    static Diagnostic placed(std::string message, const std::string& file = {}) {
-        Diagnostic said;
-        said.place.file = file;
-        const std::string head = file + ":";
-        const std::size_t behind = message.find(": ", head.size());
-        if (!file.empty() && message.starts_with(head) && behind != message.npos) {
-            said.place.line = std::max(std::atoi(message.c_str() + head.size()), 0);
-            message.erase(0, behind + 2);
-        }
-        said.message = std::move(message);
-        return said;
     }
 
     // Of many, the worst are shown.
@@ -225,23 +168,21 @@ private:
         std::ranges::stable_sort(findings, {}, &Diagnostic::severity);
         FoundInLibrary found;
         found.isThorough = isThorough;
-        for (const std::string& file : files_) found.files.insert(fs::absolute(file).lexically_normal().string());
-        FindingWriter writer(task_, found);
+        for (const std::string& file : loader_.files())
+            found.files.insert(fs::absolute(file).lexically_normal().string());
+        FindingWriter writer(loader_.task(), found);
         for (const Diagnostic& one : findings) writer.write(one);
         send_(found);
     }
 
-    JudgeTask task_;
+    FolderLoader loader_;
     const std::function<void(const FoundInLibrary&)>& send_;
-    std::optional<Project> project_;
     LintOptions options_;
-    std::vector<std::unique_ptr<HDNTLibrary>> parents_; ///< the root first
-    std::vector<std::string> files_;
 };
 
 } // namespace
 
-void judgeFolder(JudgeTask task, const std::function<void(const FoundInLibrary&)>& send) {
+void judgeFolder(LibraryTask task, const std::function<void(const FoundInLibrary&)>& send) {
     FolderJudge(std::move(task), send).run();
 }
 
