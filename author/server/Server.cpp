@@ -43,10 +43,6 @@ const Json& paramsOf(const Json& message) {
     return params == message.end() || params->is_null() ? none : *params;
 }
 
-Json errorAnswer(const Json& id, ErrorCode code, const std::string& message) {
-    return {{"jsonrpc", "2.0"}, {"id", id}, {"error", {{"code", static_cast<int>(code)}, {"message", message}}}};
-}
-
 /// Calls the body, and hands on what it throws.
 template <typename Body, typename Failed>
 void guarded(Body&& body, Failed&& failed) {
@@ -96,9 +92,12 @@ void Server::cancel(const Json& params) {
     const auto found = std::find_if(waiting_.begin(), waiting_.end(), [&](const Waiting& each) {
         return !each.isAnswer && each.message.contains("id") && each.message["id"] == id;
     });
-    if (found == waiting_.end()) return;
+    if (found == waiting_.end()) {
+        session_.expansions.cancel(session_, id);
+        return;
+    }
     waiting_.erase(found);
-    answerError(id, ErrorCode::requestCancelled, "cancelled");
+    session_.answerError(id, ErrorCode::requestCancelled, "cancelled");
 }
 
 // Of changes that wait together, the last one counts for what is said of a document.
@@ -133,12 +132,13 @@ void Server::request(const Json& message, const Json& id) {
     const auto handle = [&] {
         refuseWhenNotRunning(name);
         const Method* const method = findMethod(name);
-        if (!method || method->kind != Kind::request)
+        if (!method || method->kind == Kind::notification)
             throw RequestError(ErrorCode::methodNotFound, "no request " + name);
+        session_.request = id;
         Json result = method->handle(session_, paramsOf(message));
-        session_.send({{"jsonrpc", "2.0"}, {"id", id}, {"result", std::move(result)}});
+        if (method->kind == Kind::request) session_.answer(id, std::move(result));
     };
-    guarded(handle, [&](ErrorCode code, const std::string& what) { answerError(id, code, what); });
+    guarded(handle, [&](ErrorCode code, const std::string& what) { session_.answerError(id, code, what); });
 }
 
 // Those that come too early or too late are dropped, but for the one that ends all.
@@ -149,10 +149,6 @@ void Server::notification(const Json& message) {
     if (session_.life != Session::Life::initialized && name != "exit") return;
     guarded([&] { method->handle(session_, paramsOf(message)); },
             [&](ErrorCode, const std::string& what) { log(session_, name + ": " + what); });
-}
-
-void Server::answerError(const Json& id, ErrorCode code, const std::string& message) const {
-    session_.send(errorAnswer(id, code, message));
 }
 
 } // namespace hdnt::author::server

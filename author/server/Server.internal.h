@@ -26,6 +26,11 @@ public:
     void receiveFound() { session_.libraries.receive(session_); }
     void advance(bool isHurried) { session_.libraries.advance(session_, isHurried); }
 
+    /// The same for answers that come later: as Expansions.
+    bool isExpanding() const { return session_.expansions.isBusy(); }
+    int expansionDescriptor() const { return session_.expansions.descriptor(); }
+    void receiveExpansion() { session_.expansions.receive(session_); }
+
     bool hasEnded() const { return session_.life == Session::Life::exited; }
     /// Of the process, as the protocol wants it.
     int status() const { return session_.hasShutDown ? 0 : 1; }
@@ -44,7 +49,6 @@ private:
     void request(const Json& message, const Json& id);
     void notification(const Json& message);
     void refuseWhenNotRunning(std::string_view method) const;
-    void answerError(const Json& id, ErrorCode code, const std::string& message) const;
 
     Session session_;
     std::deque<Waiting> waiting_;

@@ -6,6 +6,18 @@
 
 namespace hdnt::author::server {
 
+Json errorAnswer(const Json& id, ErrorCode code, const std::string& message) {
+    return {{"jsonrpc", "2.0"}, {"id", id}, {"error", {{"code", static_cast<int>(code)}, {"message", message}}}};
+}
+
+void Session::answer(const Json& id, Json result) const {
+    send({{"jsonrpc", "2.0"}, {"id", id}, {"result", std::move(result)}});
+}
+
+void Session::answerError(const Json& id, ErrorCode code, const std::string& message) const {
+    send(errorAnswer(id, code, message));
+}
+
 void Session::notify(const char* method, Json params) const {
     send({{"jsonrpc", "2.0"}, {"method", method}, {"params", std::move(params)}});
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "author/server/Document.internal.h"
+#include "author/server/Expansions.internal.h"
 #include "author/server/Files.internal.h"
 #include "author/server/JudgedLibraries.internal.h"
 
@@ -39,6 +40,8 @@ private:
     ErrorCode code_;
 };
 
+Json errorAnswer(const Json& id, ErrorCode code, const std::string& message);
+
 /// What is known of a client, and the documents that it has open.
 struct Session {
     enum class Life { fresh, initialized, shutDown, exited };
@@ -52,12 +55,16 @@ struct Session {
     std::unordered_map<std::string, std::string> uris;   ///< of all that were open, by path
 
     std::set<std::string> changed; ///< URIs of documents of which nothing was said since
+    Json request;                  ///< id of the one that is being handled
     JudgedLibraries libraries;
+    Expansions expansions;
     std::unordered_map<std::string, std::size_t> published; ///< hash of what was said last, by URI; of no empty lists
     std::map<std::string, std::function<void(const Json&)>> asked; ///< what waits for an answer, by id
     int questions = 0;                                             ///< so far
     Files files;                                                   ///< those that are not open
 
+    void answer(const Json& id, Json result) const;
+    void answerError(const Json& id, ErrorCode code, const std::string& message) const;
     void notify(const char* method, Json params) const;
     /// Asks the client; the answer, which may never come, has a "result" or an "error".
     void ask(const char* method, Json params, std::function<void(const Json& answer)> answered);

@@ -17,6 +17,7 @@ static Json serverCapabilities(Encoding encoding) {
             {"textDocumentSync", {{"openClose", true}, {"change", incremental}, {"save", true}}},
             {"callHierarchyProvider", true},
             {"codeActionProvider", {{"codeActionKinds", {"quickfix", "refactor.rewrite", "source.fixAll"}}}},
+            {"codeLensProvider", Json::object()},
             {"completionProvider", {{"triggerCharacters", {"\""}}, {"resolveProvider", true}}},
             {"declarationProvider", true},
             {"definitionProvider", true},
@@ -26,6 +27,7 @@ static Json serverCapabilities(Encoding encoding) {
             {"documentOnTypeFormattingProvider", {{"firstTriggerCharacter", ";"}, {"moreTriggerCharacter", {"}"}}}},
             {"documentRangeFormattingProvider", true},
             {"documentSymbolProvider", true},
+            {"executeCommandProvider", {{"commands", {expandCommand}}}},
             {"foldingRangeProvider", true},
             {"hoverProvider", true},
             {"inlayHintProvider", true},
@@ -62,6 +64,7 @@ Json initialized(Session& session, const Json&) {
 Json shutdown(Session& session, const Json&) {
     session.life = Session::Life::shutDown;
     session.libraries.clear(session);
+    session.expansions.cancelAll(session);
     session.documents.clear();
     return nullptr;
 }

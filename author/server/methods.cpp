@@ -7,6 +7,7 @@ namespace hdnt::author::server {
 
 const Method* findMethod(std::string_view name) {
     constexpr auto request = Method::Kind::request;
+    constexpr auto deferred = Method::Kind::deferred;
     constexpr auto notification = Method::Kind::notification;
     static constexpr Method methods[] = {
         {"$/setTrace", notification, nothing}, // traces nothing
@@ -18,6 +19,7 @@ const Method* findMethod(std::string_view name) {
         {"initialized", notification, initialized},
         {"shutdown", request, shutdown},
         {"textDocument/codeAction", request, codeActions},
+        {"textDocument/codeLens", request, codeLenses},
         {"textDocument/completion", request, completion},
         {"textDocument/declaration", request, definition},
         {"textDocument/definition", request, definition},
@@ -43,6 +45,7 @@ const Method* findMethod(std::string_view name) {
         {"textDocument/semanticTokens/range", request, semanticTokensInRange},
         {"textDocument/signatureHelp", request, signatureHelp},
         {"workspace/didChangeWatchedFiles", notification, didChangeWatchedFiles},
+        {"workspace/executeCommand", deferred, executeCommand},
         {"workspace/symbol", request, workspaceSymbols},
     };
     const auto found =

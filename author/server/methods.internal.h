@@ -10,10 +10,10 @@
 namespace hdnt::author::server {
 
 /// A method of the protocol. Handlers get the parameters, an empty object when there are none, and return the result,
-/// which nobody sees of a notification. They throw RequestError, or Json::exception for parameters that are not as they
-/// should be.
+/// which nobody sees of a notification, nor of a request that is answered later. They throw RequestError, or
+/// Json::exception for parameters that are not as they should be.
 struct Method {
-    enum class Kind { request, notification };
+    enum class Kind { request, deferred, notification };
     std::string_view name;
     Kind kind;
     Json (*handle)(Session&, const Json& params);
@@ -75,6 +75,10 @@ Json completion(Session& session, const Json& params);
 Json resolveCompletion(Session& session, const Json& params);
 // hover.cpp
 Json hover(Session& session, const Json& params);
+// codeLens.cpp
+inline constexpr const char* expandCommand = "ntl.expand";
+Json codeLenses(Session& session, const Json& params);
+Json executeCommand(Session& session, const Json& params);
 // callHierarchy.cpp
 Json prepareCallHierarchy(Session& session, const Json& params);
 Json incomingCalls(Session& session, const Json& params);

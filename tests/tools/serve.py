@@ -29,7 +29,8 @@ class Server:
 
     def ask(self, method, params=None):
         self.send(id=method, method=method, params=params)
-        answer = self.receive()
+        while "method" in (answer := self.receive()):
+            pass
         assert answer["id"] == method, answer
         return answer
 
@@ -96,6 +97,27 @@ class Session(unittest.TestCase):
             self.assertEqual([one["code"] for one in found], ["unregistered-block"])
             server.send(method="exit")
             self.assertEqual(server.end(), (1, b"", b""))
+
+    def test_an_expansion_says_what_the_tool_says(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder, "a.btl")
+            text = ('library "L" {\n  function int intProperty(string);\n  block "A" { pin "B" input; }\n'
+                    '  block "C" {\n    pin "D" input;\n    property int "N" { min = 0, max = 3, default = 0 }\n'
+                    '  } expandsto {\n    if (intProperty("N") > 2) inst "a" "A";\n  }\n}\n')
+            path.write_text(text)
+            server = Server()
+            server.ask("initialize", {"capabilities": {}})
+            server.send(method="initialized", params={})
+            server.send(method="textDocument/didOpen", params={
+                "textDocument": {"uri": path.as_uri(), "languageId": "ntl", "version": 1, "text": text}})
+            lenses = server.ask("textDocument/codeLens", {"textDocument": {"uri": path.as_uri()}})
+            message = server.ask("workspace/executeCommand", lenses["result"][0]["command"])
+            said = [subprocess.run([sys.argv[1], "expand", "C", "-l", folder, *options], capture_output=True, text=True,
+                                   check=True).stdout for options in ([], ["--set", "N=3"])]
+            self.assertEqual(message["result"]["text"],
+                             f"// With the defaults\n{said[0]}\n// With N = 3\n{said[1]}")
+            server.send(method="exit")
+            server.end()
 
     def test_a_reader_that_goes_away_ends_it(self):
         server = Server()
