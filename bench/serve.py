@@ -23,7 +23,8 @@ TOOL = sys.argv[1] if len(sys.argv) > 1 else os.path.join(BUILD, "bin", "ntl")
 CORPUS = os.path.join(BUILD, "bench", "corpus", "10.btl")
 REST = 300  # until a library is judged
 TARGETS = {"start to the first answer": 300, "key stroke in a name": 20, "a new block, each key stroke": 20,
-           "hover": 30, "definition": 30, "completion": 30, "references": 200, "rules, behind the rest": 700}
+           "hover": 30, "definition": 30, "completion": 30, "signature help": 30, "inlay hints of 100 lines": 30,
+           "references": 200, "rules, behind the rest": 700}
 
 
 class Server:
@@ -99,6 +100,11 @@ def figures_of(path, text):
     figures = {"start to the first answer": [server.start]}
     for what, offset in (("hover", middle.start(2)), ("definition", middle.start(2)), ("completion", middle.start(2))):
         figures[what] = [server.ask_at(what, offset) for _ in range(15)]
+    call = re.compile(r"\w+Property\(").search(text, len(text) // 2)
+    figures["signature help"] = [server.ask_at("signatureHelp", call.end()) for _ in range(15)]
+    line = server.position(call.start())["line"]
+    visible = {"start": {"line": line - 50, "character": 0}, "end": {"line": line + 50, "character": 0}}
+    figures["inlay hints of 100 lines"] = [server.ask_at("inlayHint", call.end(), range=visible) for _ in range(15)]
     figures["references"] = [server.ask_at("references", middle.start(2), context={"includeDeclaration": True})
                              for _ in range(7)]
     at = middle.end(1)

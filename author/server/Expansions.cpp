@@ -12,9 +12,10 @@ namespace {
 // A document that is no file is a library by itself.
 LibraryTask taskOf(const Session& session, const Expansions::Request& request) {
     if (const std::string path = pathOf(request.uri); !path.empty()) return server::taskOf(session, path);
-    const std::string path = "/untitled.btl";
-    LibraryTask task{{"/", {}}, path, {}, session.encoding};
-    task.texts.emplace(path, session.documents.at(request.uri).text());
+    LibraryTask task;
+    task.library.path = "/";
+    task.document = "/untitled.btl";
+    task.texts.emplace(task.document, session.documents.at(request.uri).text());
     return task;
 }
 

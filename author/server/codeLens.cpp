@@ -11,6 +11,9 @@ namespace hdnt::author::server {
 
 namespace {
 
+/// Lenses are asked for behind each change, so that many would be felt.
+constexpr std::size_t most = 10000;
+
 bool hasMapping(const Place& element) {
     bool has = element.get().part == NtlPart::mapping;
     forEachChild(element.text->tree(), element.node,
@@ -40,14 +43,14 @@ Json codeLenses(Session& session, const Json& params) {
     Json all = Json::array();
     forEachElement(text, [&](const Place& element) {
         const std::string_view name = nameOf(element);
-        if (name.empty() || !hasMapping(element)) return;
+        if (name.empty() || all.size() > most || !hasMapping(element)) return;
         Json lens = {{"range", locations.rangeIn(text, stretchOf(text.items()[nameItemOf(element)]))}};
         lens["command"] = {{"title", "expand"},
                            {"command", expandCommand},
                            {"arguments", Json::array({{{"uri", uri}, {"block", name}}})}};
         all.push_back(std::move(lens));
     });
-    return all;
+    return all.size() > most ? Json::array() : all;
 }
 
 Json executeCommand(Session& session, const Json& params) {

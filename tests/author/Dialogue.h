@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -64,6 +65,8 @@ public:
         return messagesOf(out.get());
     }
     int status() const { return status_; }
+    /// So far.
+    std::size_t requests() const { return static_cast<std::size_t>(id_); }
 
 protected:
     static void require(bool ok, const char* what) {
