@@ -67,11 +67,12 @@ void Expansions::receive(Session& session) {
 void Expansions::finish(Session& session) {
     const Request request = std::move(requests_.front());
     requests_.pop_front();
-    std::string refusal = result_.is_null() ? worker_.accident() : result_.value("refusal", "");
-    if (result_.is_null()) refusal = "block '" + request.block + "' is not expanded: " + refusal;
-    if (refusal.empty())
-        session.answer(request.id, {{"uri", request.uri}, {"block", request.block}, {"text", result_.at("text")}});
-    else session.answerError(request.id, ErrorCode::requestFailed, refusal);
+    const auto refuse = [&](const std::string& reason) {
+        session.answerError(request.id, ErrorCode::requestFailed, reason);
+    };
+    if (result_.is_null()) refuse("block '" + request.block + "' is not expanded: " + worker_.accident());
+    else if (result_.contains("refusal")) refuse(result_["refusal"]);
+    else session.answer(request.id, {{"uri", request.uri}, {"block", request.block}, {"text", result_.at("text")}});
     start(session);
 }
 

@@ -38,14 +38,20 @@ Loaded loadedBy(FolderLoader& loader) {
 }
 
 std::string written(const MappingOutcomes& outcomes) {
+    constexpr std::size_t most = std::size_t{1} << 22;
+    bool isCut = outcomes.isCut;
     std::string text;
     for (const MappingOutcome& outcome : outcomes.list) {
+        if (text.size() > most) { // nobody reads more
+            isCut = true;
+            break;
+        }
         const std::string setting = outcome.setting.empty() ? "the defaults" : outcome.setting;
         text += (text.empty() ? "// With " : "\n// With ") + printable(setting) + '\n';
         for (const std::string& problem : outcome.problems) text += "// " + printable(problem) + '\n';
         text += outcome.text;
     }
-    if (outcomes.isCut) text += "\n// What other settings give is left out.\n";
+    if (isCut) text += "\n// What other settings give is left out.\n";
     return text;
 }
 

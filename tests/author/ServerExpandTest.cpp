@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <csignal>
+#include <utility>
+
 // What mappings become, in a process beside the one that answers.
 namespace {
 
@@ -63,7 +66,8 @@ TEST(ServerExpand, EachResultWithItsSetting) {
             common + "}\n\n// With N = 5\nblock \"USER\" mapsto {           // a.btl:3; with N = 5\n" +
             "    // if at a.btl:5 holds\n" + other + "}\n");
     const std::string odd = desk.result("workspace/executeCommand", expand(desk.uri("a.btl"), "ODD"))["text"];
-    EXPECT_EQ(odd.substr(0, odd.find("block")), "// With the defaults\n// " + desk.path("a.btl") + ":8:56: Block ODD has no pin Q.\n");
+    EXPECT_EQ(odd.substr(0, odd.find("block")),
+              "// With the defaults\n// " + desk.path("a.btl") + ":8:56: Block ODD has no pin Q.\n");
 
     const std::pair<std::string, std::string> refusals[] = {
         {"WRONG", "block 'WRONG' has faults: line 7: expected input, output, bidir or internal instead of '}'"},
@@ -95,26 +99,30 @@ TEST(ServerExpand, NoMoreThanTwelve) {
     EXPECT_TRUE(shown.ends_with("}\n\n// What other settings give is left out.\n")) << shown;
 }
 
-// A library that is never read to its end: others are answered meanwhile, and a cancellation ends it.
+// A library that is never read to its end: others are answered meanwhile, and it ends alone.
 TEST(ServerExpand, AnswersLater) {
     TempDir folder;
     mkfifo(folder.path("waits.inc").c_str(), 0600);
-    const std::string endless = "file://" + folder.path("a.btl");
     const auto isAnswerTo = [](int id) {
         return [id](const Json& message) { return message.value("id", Json()) == id && !message.contains("method"); };
     };
     support::Editor editor;
-    editor.initialize().open(endless, mapped + "INCLUDE\n" + folder.path("waits.inc") + ";\n}\n");
-    editor.open("untitled:new", "library \"L\" { block \"B\" { } mapsto { inst \"b\" \"B\"; } }");
-    editor.request("workspace/executeCommand", expand(endless, "USER"));
-    editor.request("workspace/executeCommand", expand("untitled:new", "B"));
-    editor.request("workspace/executeCommand", expand(endless, "USER"));
-    editor.ask("codeLens", "untitled:new");
+    editor.initialize().open("untitled:a", mapped + "INCLUDE\n" + folder.path("waits.inc") + ";\n}\n");
+    editor.open("untitled:b", "library \"L\" { block \"B\" { } mapsto { inst \"b\" \"B\"; } }");
+    for (const auto& [uri, block] : {std::pair("untitled:a", "USER"), {"untitled:b", "B"}, {"untitled:a", "USER"}})
+        editor.request("workspace/executeCommand", expand(uri, block));
+    editor.ask("codeLens", "untitled:b");
     EXPECT_EQ(editor.await(isAnswerTo(5))["result"].size(), 1U);
     editor.notify("$/cancelRequest", {{"id", 2}});
     EXPECT_EQ(editor.await(isAnswerTo(2))["error"]["code"], -32800);
     EXPECT_EQ(editor.await(isAnswerTo(3))["result"]["block"], "B");
-    editor.request("shutdown").notify("exit");
-    EXPECT_EQ(editor.await(isAnswerTo(4))["error"]["code"], -32800);
+    const pid_t worker = editor.awaitWorker();
+    ASSERT_GT(worker, 0);
+    kill(worker, SIGKILL);
+    const Json killed = editor.await(isAnswerTo(4))["error"];
+    EXPECT_EQ(killed["code"], -32803);
+    EXPECT_EQ(killed["message"], "block 'USER' is not expanded: killed by signal 9 (Killed)");
+    editor.request("workspace/executeCommand", expand("untitled:a", "USER")).request("shutdown").notify("exit");
+    EXPECT_EQ(editor.await(isAnswerTo(6))["error"]["code"], -32800);
     EXPECT_EQ(editor.end(), 0);
 }
