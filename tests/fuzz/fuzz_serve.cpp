@@ -87,7 +87,7 @@ Json paramsAt(const std::string& text, const std::string& uri, Numbers& number) 
             {"newName", "N"},
             {"ch", ";"},
             {"options", options},
-            {"query", text.substr(std::min(offset, text.size()), 1)}};
+            {"query", offset % 2 == 0 ? "n" : ""}};
 }
 
 /// Asks on about what was answered.
