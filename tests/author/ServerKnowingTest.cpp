@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
-
 // What the server knows of a text beside its names: what calls take, what stands behind names, who uses whom.
 namespace {
 
@@ -153,9 +151,10 @@ std::string pointsOf(const Desk& desk, const Json& calls, const char* end) {
         const Json& item = call[end];
         all += (all.empty() ? "" : "; ") + desk.brief({{"uri", item["uri"]}, {"range", item["selectionRange"]}}) +
                " of " + item["name"].get<std::string>() + " at";
-        for (const Json& range : call["fromRanges"]) all += ' ' + range["start"].dump();
+        for (const Json& range : call["fromRanges"])
+            all += ' ' + range["start"]["line"].dump() + ':' + range["start"]["character"].dump();
     }
-    return std::regex_replace(all, std::regex(R"(\{"character":(\d+),"line":(\d+)\})"), "$2:$1");
+    return all;
 }
 
 } // namespace
