@@ -23,7 +23,7 @@ TOOL = sys.argv[1] if len(sys.argv) > 1 else os.path.join(BUILD, "bin", "ntl")
 CORPUS = os.path.join(BUILD, "bench", "corpus", "10.btl")
 REST = 300  # until a library is judged
 TARGETS = {"start to the first answer": 300, "key stroke in a name": 20, "a new block, each key stroke": 20,
-           "hover": 30, "definition": 30, "completion": 30, "signature help": 30, "inlay hints of 100 lines": 30,
+           "hover": 30, "hover over an expression": 30, "definition": 30, "completion": 30, "signature help": 30, "inlay hints of 100 lines": 30,
            "references": 200, "rules, behind the rest": 700}
 
 
@@ -98,6 +98,8 @@ def figures_of(path, text):
     server = Server(path, text)
     middle = re.compile(r'inst "(\w+)" "(\w+)"').search(text, len(text) // 2)
     figures = {"start to the first answer": [server.start]}
+    expression = re.compile(r"if \(.*?(==|>|&&) ").search(text, len(text) // 2).start(1)
+    figures["hover over an expression"] = [server.ask_at("hover", expression) for _ in range(15)]
     for what, offset in (("hover", middle.start(2)), ("definition", middle.start(2)), ("completion", middle.start(2))):
         figures[what] = [server.ask_at(what, offset) for _ in range(15)]
     call = re.compile(r"\w+Property\(").search(text, len(text) // 2)

@@ -10,11 +10,15 @@
 
 namespace hdnt::author::server {
 
-LibraryTask taskOf(const Session& session, const std::string& document) {
-    LibraryTask task{libraryOf(document), document, {}, session.encoding};
+std::map<std::string, std::string> openTexts(const Session& session) {
+    std::map<std::string, std::string> texts;
     for (const auto& [uri, open] : session.documents)
-        if (const std::string path = pathOf(uri); !path.empty()) task.texts.emplace(path, open.text());
-    return task;
+        if (const std::string path = pathOf(uri); !path.empty()) texts.emplace(path, open.text());
+    return texts;
+}
+
+LibraryTask taskOf(const Session& session, const std::string& document) {
+    return {libraryOf(document), document, openTexts(session), session.encoding};
 }
 
 std::string FolderLoader::path() const {

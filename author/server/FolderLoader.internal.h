@@ -16,6 +16,9 @@ namespace hdnt::author::server {
 
 struct Session;
 
+/// Of the documents that are files, by path.
+std::map<std::string, std::string> openTexts(const Session& session);
+
 /// A library, and the texts that count for it.
 struct LibraryTask {
     LibraryFolder library;

@@ -93,7 +93,7 @@ void Server::cancel(const Json& params) {
         return !each.isAnswer && each.message.contains("id") && each.message["id"] == id;
     });
     if (found == waiting_.end()) {
-        session_.expansions.cancel(session_, id);
+        session_.later.cancel(session_, id);
         return;
     }
     waiting_.erase(found);
@@ -132,11 +132,11 @@ void Server::request(const Json& message, const Json& id) {
     const auto handle = [&] {
         refuseWhenNotRunning(name);
         const Method* const method = findMethod(name);
-        if (!method || method->kind == Kind::notification)
+        if (!method || method->kind != Kind::request)
             throw RequestError(ErrorCode::methodNotFound, "no request " + name);
         session_.request = id;
         Json result = method->handle(session_, paramsOf(message));
-        if (method->kind == Kind::request) session_.answer(id, std::move(result));
+        if (session_.request) session_.answer(id, std::move(result));
     };
     guarded(handle, [&](ErrorCode code, const std::string& what) { session_.answerError(id, code, what); });
 }

@@ -26,10 +26,10 @@ public:
     void receiveFound() { session_.libraries.receive(session_); }
     void advance(bool isHurried) { session_.libraries.advance(session_, isHurried); }
 
-    /// The same for answers that come later: as Expansions.
-    bool isExpanding() const { return session_.expansions.isBusy(); }
-    int expansionDescriptor() const { return session_.expansions.descriptor(); }
-    void receiveExpansion() { session_.expansions.receive(session_); }
+    /// The same for answers that come later: as LaterAnswers.
+    bool isAnsweringLater() const { return session_.later.isBusy(); }
+    int laterDescriptor() const { return session_.later.descriptor(); }
+    void receiveLater() { session_.later.receive(session_); }
 
     bool hasEnded() const { return session_.life == Session::Life::exited; }
     /// Of the process, as the protocol wants it.

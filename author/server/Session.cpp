@@ -10,6 +10,11 @@ Json errorAnswer(const Json& id, ErrorCode code, const std::string& message) {
     return {{"jsonrpc", "2.0"}, {"id", id}, {"error", {{"code", static_cast<int>(code)}, {"message", message}}}};
 }
 
+void Session::answerLater(std::function<Json()> work, std::string failure, std::optional<Json> otherwise) {
+    const std::optional<Json> id = std::exchange(request, std::nullopt);
+    if (id) later.begin(*this, {*id, std::move(work), std::move(failure), std::move(otherwise)});
+}
+
 void Session::answer(const Json& id, Json result) const {
     send({{"jsonrpc", "2.0"}, {"id", id}, {"result", std::move(result)}});
 }

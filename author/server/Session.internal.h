@@ -1,9 +1,9 @@
 #pragma once
 
 #include "author/server/Document.internal.h"
-#include "author/server/Expansions.internal.h"
 #include "author/server/Files.internal.h"
 #include "author/server/JudgedLibraries.internal.h"
+#include "author/server/LaterAnswers.internal.h"
 
 #include <nlohmann/json.hpp>
 
@@ -55,14 +55,16 @@ struct Session {
     std::unordered_map<std::string, std::string> uris;   ///< of all that were open, by path
 
     std::set<std::string> changed; ///< URIs of documents of which nothing was said since
-    Json request;                  ///< id of the one that is being handled
+    std::optional<Json> request;   ///< id of the one that is being handled, for who answers it when that is over
     JudgedLibraries libraries;
-    Expansions expansions;
+    LaterAnswers later;
     std::unordered_map<std::string, std::size_t> published; ///< hash of what was said last, by URI; of no empty lists
     std::map<std::string, std::function<void(const Json&)>> asked; ///< what waits for an answer, by id
     int questions = 0;                                             ///< so far
     Files files;                                                   ///< those that are not open
 
+    /// Gives what is asked to answer later, unless the request was taken over already.
+    void answerLater(std::function<Json()> work, std::string failure, std::optional<Json> otherwise = {});
     void answer(const Json& id, Json result) const;
     void answerError(const Json& id, ErrorCode code, const std::string& message) const;
     void notify(const char* method, Json params) const;

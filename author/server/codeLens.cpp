@@ -57,20 +57,20 @@ Json executeCommand(Session& session, const Json& params) {
     const auto& command = params.at("command").get_ref<const std::string&>();
     if (command != expandCommand) throw RequestError(ErrorCode::invalidParams, "no command " + command);
     const Json& argument = params.at("arguments").at(0);
-    Expansions::Request request{session.request, argument.at("uri").get<std::string>(),
-                                argument.at("block").get<std::string>(), false};
-    const Libraries libraries(session, request.uri);
-    const std::string key = keyOfBlock(request.block);
+    BlockToExpand wanted{argument.at("uri").get<std::string>(), argument.at("block").get<std::string>(), false};
+    const Libraries libraries(session, wanted.uri);
+    const std::string key = keyOfBlock(wanted.block);
     for (const Text& text : libraries.texts()) {
         if (text.level != 0) continue;
         forEachElement(text, [&](const Place& element) {
             const NtlPart part = element.get().part;
             if (part == NtlPart::function || keyOfBlock(nameOf(element)) != key) return;
             refuseFaulty(element);
-            request.isOwn = request.isOwn || part == NtlPart::block;
+            wanted.isOwn = wanted.isOwn || part == NtlPart::block;
         });
     }
-    session.expansions.begin(session, std::move(request));
+    session.answerLater([&session, wanted] { return expandBlock(session, wanted); },
+                        "block '" + wanted.block + "' is not expanded");
     return nullptr;
 }
 

@@ -1,4 +1,5 @@
 // What a name stands for, in short.
+#include "author/server/FolderLoader.internal.h"
 #include "author/server/NameRequest.internal.h"
 #include "author/server/keywords.internal.h"
 #include "author/server/methods.internal.h"
@@ -196,13 +197,26 @@ std::string lineOfDeclaration(const Place& place) { return declarationLine(place
 
 std::string sheetOf(const Libraries& libraries, const Place& place) { return Sheet(libraries).of(place); }
 
+static Json hoverOf(const std::string& text, const Json& range) {
+    return text.empty() ? Json() : Json{{"contents", markdown(text)}, {"range", range}};
+}
+
 Json hover(Session& session, const Json& params) {
     const NameRequest asked(session, params);
-    if (Json meaning = meaningAt(asked, session.encoding); !meaning.is_null() || !asked.name) return meaning;
-    const std::string text = markdownOf(asked);
-    if (text.empty()) return nullptr;
-    return {{"contents", markdown(text)},
-            {"range", Locations(session.encoding).rangeIn(asked.text(), asked.name->stretch)}};
+    if (Json meaning = meaningAt(asked, session.encoding); !meaning.is_null()) return meaning;
+    const auto rangeOf = [&](const Stretch& stretch) {
+        return Locations(session.encoding).rangeIn(asked.text(), stretch);
+    };
+    const std::string text = asked.name ? markdownOf(asked) : std::string();
+    const std::optional<Expression> expression = expressionAt(asked);
+    if (!expression) return asked.name ? hoverOf(text, rangeOf(asked.name->stretch)) : Json();
+    const Json range = rangeOf(asked.name ? asked.name->stretch : expression->stretch);
+    const auto work = [&session, expression = *expression, text, range] {
+        const std::string value = valueOf(expression, openTexts(session));
+        return Json{{"result", hoverOf(text + Sheet::paragraph(value), range)}};
+    };
+    session.answerLater(work, {}, hoverOf(text, range));
+    return nullptr;
 }
 
 } // namespace hdnt::author::server

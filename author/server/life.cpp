@@ -64,7 +64,7 @@ Json initialized(Session& session, const Json&) {
 Json shutdown(Session& session, const Json&) {
     session.life = Session::Life::shutDown;
     session.libraries.clear(session);
-    session.expansions.cancelAll(session);
+    session.later.cancelAll(session);
     session.documents.clear();
     return nullptr;
 }

@@ -7,7 +7,6 @@ namespace hdnt::author::server {
 
 const Method* findMethod(std::string_view name) {
     constexpr auto request = Method::Kind::request;
-    constexpr auto deferred = Method::Kind::deferred;
     constexpr auto notification = Method::Kind::notification;
     static constexpr Method methods[] = {
         {"$/setTrace", notification, nothing}, // traces nothing
@@ -45,7 +44,7 @@ const Method* findMethod(std::string_view name) {
         {"textDocument/semanticTokens/range", request, semanticTokensInRange},
         {"textDocument/signatureHelp", request, signatureHelp},
         {"workspace/didChangeWatchedFiles", notification, didChangeWatchedFiles},
-        {"workspace/executeCommand", deferred, executeCommand},
+        {"workspace/executeCommand", request, executeCommand},
         {"workspace/symbol", request, workspaceSymbols},
     };
     const auto found =

@@ -13,7 +13,7 @@ namespace hdnt::author::server {
 /// which nobody sees of a notification, nor of a request that is answered later. They throw RequestError, or
 /// Json::exception for parameters that are not as they should be.
 struct Method {
-    enum class Kind { request, deferred, notification };
+    enum class Kind { request, notification };
     std::string_view name;
     Kind kind;
     Json (*handle)(Session&, const Json& params);
@@ -79,6 +79,14 @@ Json hover(Session& session, const Json& params);
 inline constexpr const char* expandCommand = "ntl.expand";
 Json codeLenses(Session& session, const Json& params);
 Json executeCommand(Session& session, const Json& params);
+// expandFolder.cpp
+struct BlockToExpand {
+    std::string uri; ///< of a text of the library
+    std::string block;
+    bool isOwn = false; ///< the library declares it itself
+};
+/// What its mapping becomes, as LaterAnswers has it. For a process of its own, which it changes for good.
+Json expandBlock(const Session& session, const BlockToExpand& wanted);
 // callHierarchy.cpp
 Json prepareCallHierarchy(Session& session, const Json& params);
 Json incomingCalls(Session& session, const Json& params);

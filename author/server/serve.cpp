@@ -91,7 +91,7 @@ private:
     // Without an "exit", the end of the input lets all come to its end that was begun.
     bool isDone() const {
         if (server_.hasEnded() || output_.isClosed()) return true;
-        const bool isBusy = server_.hasWork() || server_.isJudging() || server_.isExpanding();
+        const bool isBusy = server_.hasWork() || server_.isJudging() || server_.isAnsweringLater();
         return hasEnded_ && !isBusy && output_.isEmpty();
     }
 
@@ -99,15 +99,15 @@ private:
     void await() {
         pollfd waiting[] = {{hasEnded_ ? -1 : input_, POLLIN, 0},
                             {server_.descriptor(), POLLIN, 0},
-                            {server_.expansionDescriptor(), POLLIN, 0},
+                            {server_.laterDescriptor(), POLLIN, 0},
                             output_.awaited()};
-        auto& [input, worker, expansion, output] = waiting;
+        auto& [input, worker, later, output] = waiting;
         const bool isHurried = hasEnded_ && server_.isJudging() && server_.descriptor() < 0;
         if (::poll(waiting, std::size(waiting), server_.hasWork() || isHurried ? 0 : server_.timeout()) <= 0) return;
         output_.update(output);
         if (input.revents != 0) read();
         if (worker.revents != 0) server_.receiveFound();
-        if (expansion.revents != 0) server_.receiveExpansion();
+        if (later.revents != 0) server_.receiveLater();
     }
 
     void read() {

@@ -226,6 +226,40 @@ TEST(ServerNames, SymbolsOfTheWorkspace) {
     }
 }
 
+// Behind what hovering shows of the name, when there is one.
+TEST(ServerNames, HoverSaysTheValueOfAnExpression) {
+    const std::string text =
+        "library \"L\" {\n  function int intProperty(string); function string stringProperty(string);\n"
+        "  function bool isConnected(string); function int hostTable(int);\n"
+        "  block \"USER\" {\nINCLUDE pins.inc;\n    property int \"N\" { min = 0, default = 3 }\n"
+        "    property string \"M\" { default = \"FAST\" } } mapsto {\n";
+    const Case cases[] = {
+        {"if (intProperty(\"N\") ^> 2) { }", "bool true"},
+        {"if (^isConnected(\"X\") && intProperty(\"N\") == 4) { }", "bool false"},
+        {"if (isConnected(\"X\") |^| intProperty(\"N\") == 3) { }", "bool true"},
+        {"if (^- intProperty(\"N\") < 0) { }", "int -3"},
+        {"if (2 * ^(intProperty(\"N\") + 1) > 1) { }", "int 4"},
+        {"if (2 ^* (intProperty(\"N\") + 1) > 1) { }", "int 8"},
+        {"if (str^ingProperty(\"M\") == \"SLOW\") { }", "string \"FAST\""},
+        {"assign block property \"i\" \"P\" 1.5 ^/ 2.0;", "double 0.75"},
+        {"assign block property \"i\" \"P\" 1 ^/ 0;", "Divide by zero"},
+        {"if (hostTable^(1) > 0) { }", "HDNTNetlist: no implementation of function hostTable"},
+        {"if (1 ^+ \"a\" > 0) { }", "HDNTNetlist: mismatched expression types"},
+        {"if (1 ^+ > 0) { }", ""},
+        {"if (1 + ^2 > 0) { }", ""},
+    };
+    for (const Case& each : cases) {
+        Desk desk = deskWith(text + each.text + "\n  }\n}\n");
+        const Json hover = desk.result("textDocument/hover");
+        const std::string said = hover.is_null() ? "" : hover["contents"]["value"].get<std::string>();
+        const std::string before = "\nWith the defaults: ";
+        const std::size_t at = said.find(before);
+        std::string value = at == said.npos ? "" : said.substr(at + before.size());
+        std::erase(value, '\\');
+        EXPECT_EQ(value, each.expected.empty() ? "" : each.expected + "\n") << each.text << said;
+    }
+}
+
 // The last word before what is put in, and that.
 TEST(ServerNames, OpenPinsCanBeConnected) {
     const Case cases[] = {

@@ -4,22 +4,24 @@
 #include "author/server/Worker.internal.h"
 
 #include <deque>
+#include <functional>
+#include <optional>
 #include <string>
 
 namespace hdnt::author::server {
 
 struct Session;
-struct LibraryTask;
 
-/// What the mappings of blocks become, for requests that are answered when that is known: one after the other, each in
-/// a worker, from the texts as they are when it begins.
-class Expansions {
+/// Answers that take a model: made one after the other, each in a worker, from what the session knows when it begins.
+/// Others are answered meanwhile.
+class LaterAnswers {
 public:
     struct Request {
         Json id;
-        std::string uri; ///< of a text of the library
-        std::string block;
-        bool isOwn = false; ///< the library declares it itself
+        /// In the worker, which it changes for good. What it gives has a "result", or a "refusal" with the reason.
+        std::function<Json()> work;
+        std::string failure;                ///< what to say before the reason when the worker came to nothing
+        std::optional<Json> otherwise = {}; ///< the result instead of that
     };
     void begin(Session& session, Request request);
     /// Answers a request that it was cancelled. False: it is not one of these.
@@ -34,15 +36,11 @@ public:
 private:
     void start(Session& session);
     void finish(Session& session);
+    static void fail(const Session& session, const Request& request, const std::string& reason);
 
     std::deque<Request> requests_; ///< the first is under way
     Worker worker_;
-    Json result_; ///< what the worker sent; null: nothing yet
+    Json made_; ///< what the worker sent; null: nothing yet
 };
-
-// expandFolder.cpp
-/// What the mapping of a block becomes: {"text": ...}, or {"refusal": ...} with the reason why there is none. For a
-/// process of its own, which it changes for good.
-Json expandBlock(LibraryTask task, const std::string& block, bool isOwn);
 
 } // namespace hdnt::author::server
