@@ -27,10 +27,19 @@ std::string normal(const std::string& path) { return std::filesystem::path(path)
 
 } // namespace
 
-Libraries::Libraries(Session& session, const std::string& uri) : session_(session) {
+Libraries::Libraries(Session& session) : session_(session) {
+    for (const auto& [uri, unused] : session.documents) open_.emplace(pathOf(uri), &uri);
+}
+
+std::unique_ptr<Libraries> Libraries::ofFile(Session& session, const std::string& path) {
+    std::unique_ptr<Libraries> libraries(new Libraries(session));
+    libraries->addAll(path);
+    return libraries;
+}
+
+Libraries::Libraries(Session& session, const std::string& uri) : Libraries(session) {
     const auto document = session.documents.find(uri);
     if (document == session.documents.end()) throw RequestError(ErrorCode::invalidParams, uri + " is not open");
-    for (const auto& [each, unused] : session.documents) open_.emplace(pathOf(each), &each);
     const std::string path = pathOf(uri);
     if (path.empty()) {
         addDocument(uri, document->second, 0);
@@ -38,6 +47,10 @@ Libraries::Libraries(Session& session, const std::string& uri) : session_(sessio
         return;
     }
     open_[path] = &document->first;
+    addAll(path);
+}
+
+void Libraries::addAll(const std::string& path) {
     const Project project = projectOf(path);
     searchDirectories_ = project.searchDirectories;
     for (const std::string& file : libraryOf(path).files) add(file, 0);
@@ -98,6 +111,40 @@ Libraries::Inclusion Libraries::inclusionOf(const Text& text, std::uint32_t item
         for (const std::string& directory : searchDirectories_)
             if (std::filesystem::exists(found.path = normal(directory + '/' + name), error)) return found;
     found.path = normal(NtlFindFile(name));
+    return found;
+}
+
+static void addFolders(const std::string& root, std::size_t& left, std::set<std::string>& folders) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    constexpr auto options = fs::directory_options::skip_permission_denied;
+    for (fs::recursive_directory_iterator entry(root, options, error), end; !error && entry != end && left > 0;
+         entry.increment(error), --left) {
+        std::error_code broken;
+        if (entry->path().filename().string().starts_with('.')) entry.disable_recursion_pending();
+        else if (entry->path().extension() == ".btl" && entry->is_regular_file(broken))
+            folders.insert(entry->path().parent_path().string());
+    }
+}
+
+std::vector<std::string> textsOver(Session& session, const std::string& path) {
+    std::size_t left = 100000;
+    std::set<std::string> folders;
+    for (const std::string& root : session.folders) addFolders(root, left, folders);
+    for (const auto& [uri, unused] : session.documents) folders.insert(libraryOf(pathOf(uri)).path);
+    const std::string own = libraryOf(path).path;
+    const auto isIt = [&](const std::string& parent) {
+        if (parent == "common") return std::ranges::count(session.files.common(), path) > 0;
+        const std::string at = normal(parent);
+        return at == own || at == own + '/' || at == path;
+    };
+    std::vector<std::string> found;
+    for (const std::string& folder : folders) {
+        const std::vector<std::string> texts =
+            folder.empty() || folder == own ? std::vector<std::string>() : textsAt(folder);
+        if (!texts.empty() && std::ranges::any_of(projectOf(texts.front()).parents, isIt))
+            found.push_back(texts.front());
+    }
     return found;
 }
 

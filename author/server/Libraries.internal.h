@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,6 +49,8 @@ class Libraries {
 public:
     /// Throws RequestError when the document is not open.
     Libraries(Session& session, const std::string& uri);
+    /// Those of a file, which need not be open.
+    static std::unique_ptr<Libraries> ofFile(Session& session, const std::string& path);
     Libraries(const Libraries&) = delete;
 
     /// Those of a library in the order in which they are loaded, its parent's behind them.
@@ -68,6 +71,8 @@ public:
     const Text* textAt(const std::string& path) const;
 
 private:
+    explicit Libraries(Session& session);
+    void addAll(const std::string& path);
     void add(const std::string& path, std::size_t level);
     void addDocument(const std::string& uri, const Document& document, std::size_t level);
     void addParents(const std::string& path);
@@ -81,5 +86,10 @@ private:
     const Text* current_ = nullptr;
     std::size_t levels_ = 1;
 };
+
+/// A text of each library of the workspace that has the one of a file as its parent; by the projects as they are. Only
+/// what stands in the folders of the workspace, and those of open documents, is found; at most 100,000 files and
+/// folders are looked at.
+std::vector<std::string> textsOver(Session& session, const std::string& path);
 
 } // namespace hdnt::author::server

@@ -54,6 +54,7 @@ struct Session {
     std::unordered_map<std::string, Document> documents; ///< by URI
     std::unordered_map<std::string, std::string> uris;   ///< of all that were open, by path
 
+    std::set<std::string> folders; ///< of the workspace, as paths
     std::set<std::string> changed; ///< URIs of documents of which nothing was said since
     std::optional<Json> request;   ///< id of the one that is being handled, for who answers it when that is over
     JudgedLibraries libraries;

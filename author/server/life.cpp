@@ -1,4 +1,5 @@
 // Beginning and end of a session.
+#include "author/server/Workspace.internal.h"
 #include "author/server/methods.internal.h"
 
 #include <algorithm>
@@ -36,7 +37,20 @@ static Json serverCapabilities(Encoding encoding) {
             {"selectionRangeProvider", true},
             {"semanticTokensProvider", {{"legend", semanticTokensLegend()}, {"full", true}, {"range", true}}},
             {"signatureHelpProvider", {{"triggerCharacters", {"(", ","}}, {"retriggerCharacters", {")"}}}},
+            {"workspace", {{"workspaceFolders", {{"supported", true}, {"changeNotifications", true}}}}},
             {"workspaceSymbolProvider", true}};
+}
+
+// Older clients have one folder, in one of two forms.
+static std::set<std::string> foldersOf(const Json& params) {
+    std::set<std::string> folders;
+    const Json all = params.value("workspaceFolders", Json());
+    for (const Json& folder : all.is_array() ? all : Json::array()) folders.insert(pathOf(folder.at("uri")));
+    const Json uri = params.value("rootUri", Json());
+    const Json path = params.value("rootPath", Json());
+    if (!all.is_array() && uri.is_string()) folders.insert(pathOf(uri));
+    else if (!all.is_array() && path.is_string()) folders.insert(path);
+    return folders;
 }
 
 Json initialize(Session& session, const Json& params) {
@@ -46,9 +60,17 @@ Json initialize(Session& session, const Json& params) {
     if (!capabilities.is_object()) throw RequestError(ErrorCode::invalidParams, "capabilities are no object");
     session.clientCapabilities = capabilities;
     session.encoding = offersUtf8(capabilities) ? Encoding::utf8 : Encoding::utf16;
+    session.folders = foldersOf(params);
     session.life = Session::Life::initialized;
     return {{"capabilities", serverCapabilities(session.encoding)},
             {"serverInfo", {{"name", "ntl"}, {"version", HDNT_VERSION}}}};
+}
+
+Json didChangeWorkspaceFolders(Session& session, const Json& params) {
+    const Json& event = params.at("event");
+    for (const Json& folder : event.at("removed")) session.folders.erase(pathOf(folder.at("uri")));
+    for (const Json& folder : event.at("added")) session.folders.insert(pathOf(folder.at("uri")));
+    return nullptr;
 }
 
 // Files that the client does not know as documents change, too.

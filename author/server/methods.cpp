@@ -44,6 +44,7 @@ const Method* findMethod(std::string_view name) {
         {"textDocument/semanticTokens/range", request, semanticTokensInRange},
         {"textDocument/signatureHelp", request, signatureHelp},
         {"workspace/didChangeWatchedFiles", notification, didChangeWatchedFiles},
+        {"workspace/didChangeWorkspaceFolders", notification, didChangeWorkspaceFolders},
         {"workspace/executeCommand", request, executeCommand},
         {"workspace/symbol", request, workspaceSymbols},
     };

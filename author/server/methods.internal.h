@@ -26,6 +26,7 @@ const Method* findMethod(std::string_view name);
 // life.cpp
 Json initialize(Session& session, const Json& params);
 Json initialized(Session& session, const Json& params);
+Json didChangeWorkspaceFolders(Session& session, const Json& params);
 Json shutdown(Session& session, const Json& params);
 Json exit(Session& session, const Json& params);
 // documents.cpp

@@ -7,6 +7,7 @@
 #include <cctype>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -92,6 +93,7 @@ public:
                 refuse(inQuotes(oldName()) + " is declared in a parent library, in " + fileOf(*place.text));
             isBus_ = isBus_ || baseOf(nameOf(place)) != nameOf(place);
         }
+        views_.push_back({asked_.libraries, *asked_.name, asked_.mapping});
     }
 
     Json prepared() const {
@@ -99,14 +101,21 @@ public:
                 {"placeholder", oldName()}};
     }
 
-    Json to(const std::string& newName) const {
+    Json to(const std::string& newName) {
         const std::string fault = faultOf(newName, asked_.name->key.kind, isBus_);
         if (!fault.empty()) refuse(inQuotes(newName) + " cannot be written here: " + fault);
-        requireFree(newName);
+        if (!isOfMapping()) addViews();
+        for (const View& view : views_) requireFree(view, newName);
         return workspaceEdit(session_, editsTo(newName));
     }
 
 private:
+    /// The name as it stands in a text of the libraries of a file.
+    struct View {
+        const Libraries& libraries;
+        Name name;
+        Place mapping;
+    };
     using Places = std::map<std::string, std::pair<const Text*, std::set<std::pair<std::size_t, std::size_t>>>>;
 
     std::string_view oldName() const {
@@ -114,23 +123,38 @@ private:
         return asked_.name->written().substr(0, base.end - base.begin);
     }
 
+    // From the libraries of the workspace that have this one as a parent.
+    void addViews() {
+        for (const std::string& path : textsOver(session_, asked_.text().path)) {
+            others_.push_back(Libraries::ofFile(session_, path));
+            const Text* const text = others_.back()->textAt(asked_.text().path);
+            if (!text) continue;
+            std::optional<Name> name = NameReader(*others_.back(), *text).at(asked_.name->item);
+            if (name && name->key == asked_.name->key) views_.push_back({*others_.back(), *name, {}});
+        }
+    }
+
     // A name that stands anywhere already would be one with this one, declared or not.
-    void requireFree(const std::string& newName) const {
-        Name wanted = *asked_.name;
+    static void requireFree(const View& view, const std::string& newName) {
+        Name wanted = view.name;
         const bool countsCase = wanted.key.kind != Kind::block && wanted.key.kind != Kind::property;
         wanted.key.text = countsCase ? newName : HSTStringUtils::to_upper_copy(newName);
-        if (wanted.key == asked_.name->key) return;
-        Mentions(asked_.libraries, wanted, asked_.mapping).forEach([&](const Name& other) {
+        if (wanted.key == view.name.key) return;
+        Mentions(view.libraries, wanted, view.mapping).forEach([&](const Name& other) {
             refuse(inQuotes(newName) + " is taken: " + placeOf(other) + " has it");
         });
+        Place hiding; // what a library over this one would find instead
+        if (wanted.key.kind == Kind::block) hiding = findBlock(view.libraries, wanted.key.text);
+        if (wanted.key.kind == Kind::function) hiding = findFunction(view.libraries, wanted.key.text);
+        if (hiding) refuse(inQuotes(newName) + " is taken in a library over this one, in " + fileOf(*hiding.text));
     }
 
     // Else the name would change for somebody who still has the old one.
-    void requireOneReader(const Text& text) const {
+    void requireOneReader(const View& view, const Text& text) const {
         std::size_t readers = 0;
-        for (const Text& other : asked_.libraries.texts())
+        for (const Text& other : view.libraries.texts())
             for (const std::uint32_t item : other.document->fileStatements())
-                readers += asked_.libraries.inclusionOf(other, item).path == text.path ? 1 : 0;
+                readers += view.libraries.inclusionOf(other, item).path == text.path ? 1 : 0;
         const bool isMappingElsewhere = text.tree().content() == NtlList::statements && asked_.mapping.text == &text;
         if (readers > 1) refuse(fileOf(text) + " is included more than once");
         if (readers == 1 && isMappingElsewhere && isOfMapping())
@@ -142,16 +166,17 @@ private:
 
     std::vector<TextEdits> editsTo(const std::string& newName) const {
         Places places;
-        Mentions(asked_.libraries, *asked_.name, asked_.mapping).forEach([&](const Name& name) {
-            auto& [text, stretches] = places[name.at.text->uri];
-            text = name.at.text;
-            const Stretch base = baseIn(name);
-            stretches.emplace(base.begin, base.end);
-        });
+        for (const View& view : views_)
+            Mentions(view.libraries, view.name, view.mapping).forEach([&](const Name& name) {
+                auto& [text, stretches] = places[name.at.text->uri];
+                if (stretches.empty()) requireOneReader(view, *name.at.text);
+                text = name.at.text;
+                const Stretch base = baseIn(name);
+                stretches.emplace(base.begin, base.end);
+            });
         std::vector<TextEdits> all;
         Locations locations(session_.encoding);
         for (const auto& [uri, in] : places) {
-            requireOneReader(*in.first);
             Json edits = Json::array();
             for (const auto& [begin, end] : in.second)
                 edits.push_back({{"range", locations.rangeIn(*in.first, {begin, end})}, {"newText", newName}});
@@ -162,7 +187,9 @@ private:
 
     Session& session_;
     NameRequest asked_;
-    bool isBus_ = false; ///< declared with a range
+    std::vector<std::unique_ptr<Libraries>> others_;
+    std::vector<View> views_; ///< the first is that of the document
+    bool isBus_ = false;      ///< declared with a range
 };
 
 } // namespace

@@ -33,6 +33,12 @@ public:
         return *this;
     }
 
+    /// Its folder is one of the workspace.
+    Desk& inWorkspace() {
+        started_ = {{"workspaceFolders", {{{"uri", uri("")}, {"name", "desk"}}}}};
+        return *this;
+    }
+
     const std::string& text(const std::string& name) const { return texts_.at(name); }
     std::string path(const std::string& name) const { return folder_->path(name); }
     std::string uri(const std::string& name) const { return "file://" + path(name); }
@@ -40,7 +46,7 @@ public:
     /// All that the server says behind the question; the answer is the last.
     std::vector<Json> conversation(const std::string& method, Json params = Json::object()) {
         Dialogue dialogue;
-        dialogue.initialize(capabilities_);
+        dialogue.initialize(capabilities_, started_);
         for (const auto& [name, text] : opened_) dialogue.open(uri(name), text);
         params["textDocument"] = {{"uri", uri(marked_)}};
         params["position"] = positionIn(markedText_, offset_, false);
@@ -97,6 +103,7 @@ private:
 
     std::unique_ptr<TempDir> folder_ = std::make_unique<TempDir>();
     Json capabilities_ = Json::object();
+    Json started_ = Json::object();
     std::vector<std::pair<std::string, std::string>> opened_;
     std::map<std::string, std::string> texts_;
     std::string marked_;

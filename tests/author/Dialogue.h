@@ -39,8 +39,9 @@ public:
     Dialogue& request(const std::string& method, const Json& params = Json::object()) {
         return raw(framed(Json{{"jsonrpc", "2.0"}, {"id", ++id_}, {"method", method}, {"params", params}}.dump()));
     }
-    Dialogue& initialize(const Json& capabilities = Json::object()) {
-        return request("initialize", {{"capabilities", capabilities}}).notify("initialized");
+    Dialogue& initialize(const Json& capabilities = Json::object(), Json params = Json::object()) {
+        params["capabilities"] = capabilities;
+        return request("initialize", params).notify("initialized");
     }
     Dialogue& open(const std::string& uri, const std::string& text) {
         return notify("textDocument/didOpen",

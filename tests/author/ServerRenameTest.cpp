@@ -225,6 +225,38 @@ TEST(ServerRename, VersionsForClientsThatKnowThem) {
     EXPECT_EQ(changes[1]["edits"].size(), 2U);
 }
 
+// A library of the workspace that is over the one with the name.
+TEST(ServerRename, ReachesLibrariesOverThisOne) {
+    const auto deskAt = [](const std::string& before, const std::string& other) {
+        Desk desk;
+        const std::string text = marked(parent, before);
+        desk.file(".ntl.cfg", "parents = [ \"below/base.btl\" ];").file("b.btl", other).file("a.btl", first);
+        desk.file("below/base.btl", text).open("below/base.btl", text);
+        return desk;
+    };
+    const std::string own =
+        "library \"L\" { block \"Part\" { pin \"Y\" output; } block \"GATE\" { pin \"A\" input; } }\n";
+    const struct {
+        std::string before, newName, other, expected;
+    } cases[] = {
+        {"\"GA", "PORT", second, "a.btl:3:\"PORT\"; below/base.btl:2:\"PORT\""},
+        {"\"GA", "other", second, "\"other\" is taken in a library over this one, in b.btl"},
+        {"\"GA", "PORT", own, "below/base.btl:2:\"PORT\""},
+        {"\"A", "B", second, "a.btl:5:\"B[0]\", below/base.btl:2:\"B[3:0]\""},
+        {"fa", "near", second, "a.btl:8:near(2); below/base.btl:1:near(int);"},
+        {"fa", "f", second, "\"f\" is taken in a library over this one, in a.btl"},
+    };
+    for (const auto& each : cases) {
+        Desk desk = deskAt(each.before, each.other);
+        desk.inWorkspace();
+        EXPECT_EQ(outcome(std::move(desk), each.newName), each.expected) << each.before;
+    }
+    EXPECT_EQ(outcome(deskAt("\"GA", second), "PORT"), "below/base.btl:2:\"PORT\"");
+    Desk beside = deskAt("\"GA", second);
+    beside.open("a.btl", first);
+    EXPECT_EQ(outcome(std::move(beside), "PORT"), cases[0].expected);
+}
+
 // Whatever name of the library is changed: references at the new one find as many places as before.
 TEST(ServerRename, KeepsTheNumberOfReferences) {
     const Json with = {{"context", {{"includeDeclaration", true}}}};
