@@ -1,7 +1,8 @@
 #include "author/project/Project.h"
-#include "author/server/Libraries.internal.h"
+#include "author/server/Declarations.internal.h"
 #include "author/server/Workspace.internal.h"
 #include "hdnt/frontend/SearchPath.h"
+#include "hdnt/platform/DataDirectory.h"
 #include "hdnt/platform/HEX.h"
 
 #include <algorithm>
@@ -58,7 +59,26 @@ void Libraries::addAll(const std::string& path) {
     if (!byPath_.contains(path)) add(path, 0);
     current_ = byPath_[path];
     for (auto parent = project.parents.rbegin(); parent != project.parents.rend(); ++parent) addParents(*parent);
+    if (project.parents.empty() && isMapLibrary(path)) addParents("common");
     addIncluded();
+    addMapLibraries();
+}
+
+bool Libraries::isMapLibrary(const std::string& path) {
+    const std::string folder = platform::findData("maplib");
+    return !folder.empty() && normal(folder) == std::filesystem::path(path).parent_path();
+}
+
+// Mappings in files that are named like their block, for any library that declares it.
+void Libraries::addMapLibraries() {
+    const std::string folder = platform::findData("maplib");
+    if (folder.empty()) return;
+    BlockTable blocks(*this);
+    for (const std::string& file : textsAt(normal(folder))) {
+        const std::string name = std::filesystem::path(file).stem().string();
+        const Place declared = blocks.find(keyOfBlock(name), 0);
+        if (declared && nameOf(declared) == name) add(file, declared.text->level);
+    }
 }
 
 void Libraries::addParents(const std::string& path) {

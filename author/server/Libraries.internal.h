@@ -43,8 +43,9 @@ void forEachChild(const SyntaxTree& tree, std::uint32_t node, Visit&& visit) {
         visit(child);
 }
 
-/// The texts of the library that a document belongs to, of its parents, and the files that they include. For the time
-/// of a request: borrows the documents of the session.
+/// The texts of the library that a document belongs to, of its parents, the files that they include, and the map
+/// libraries of their blocks, below those of the common library when it is one of these itself. For the time of a
+/// request: borrows the documents of the session.
 class Libraries {
 public:
     /// Throws RequestError when the document is not open.
@@ -67,6 +68,8 @@ public:
         std::string path;
     };
     Inclusion inclusionOf(const Text& text, std::uint32_t item) const;
+    /// Whether the file stands among the map libraries.
+    static bool isMapLibrary(const std::string& path);
     /// Null: not one of the texts.
     const Text* textAt(const std::string& path) const;
 
@@ -77,6 +80,7 @@ private:
     void addDocument(const std::string& uri, const Document& document, std::size_t level);
     void addParents(const std::string& path);
     void addIncluded();
+    void addMapLibraries();
 
     Session& session_;
     std::unordered_map<std::string, const std::string*> open_; ///< URIs by paths

@@ -104,6 +104,7 @@ public:
     Json to(const std::string& newName) {
         const std::string fault = faultOf(newName, asked_.name->key.kind, isBus_);
         if (!fault.empty()) refuse(inQuotes(newName) + " cannot be written here: " + fault);
+        if (asked_.name->key.kind == Kind::block) requireNoFile();
         if (!isOfMapping()) addViews();
         for (const View& view : views_) requireFree(view, newName);
         return workspaceEdit(session_, editsTo(newName));
@@ -121,6 +122,13 @@ private:
     std::string_view oldName() const {
         const Stretch base = baseIn(*asked_.name);
         return asked_.name->written().substr(0, base.end - base.begin);
+    }
+
+    // A map library would have to be called otherwise.
+    void requireNoFile() const {
+        for (const Text& text : asked_.libraries.texts())
+            if (Libraries::isMapLibrary(text.path) && std::filesystem::path(text.path).stem() == oldName())
+                refuse(inQuotes(oldName()) + " has a map library of its name, " + fileOf(text));
     }
 
     // From the libraries of the workspace that have this one as a parent.

@@ -226,6 +226,17 @@ TEST(ServerNames, SymbolsOfTheWorkspace) {
     }
 }
 
+// Files of mappings in the data, whose blocks are declared in libraries.
+TEST(ServerNames, MapLibrariesBelongToTheirBlocks) {
+    const std::string map = "library \"L\" {\n#ifArch \"x\"\n  block \"USER\" mapsto { inst \"g\" \"GATE\"; "
+                            "signal \"s\" : \"IN\", \"g\" \"A[0]\"; }\n#endif\n}\n";
+    Desk desk = deskWith(mapping("inst \"g\" \"GATE\"; signal \"s\" : \"^IN\";"));
+    setenv("HDNT_DATA_PATH", desk.path("data").c_str(), 1);
+    desk.file("data/maplib/USER.btl", map).file("data/maplib/NOWHERE.btl", map);
+    EXPECT_EQ(desk.briefs(desk.result("textDocument/references", {{"context", {{"includeDeclaration", true}}}})),
+              "a.btl:1:IN a.btl:2:IN data/maplib/USER.btl:2:IN");
+}
+
 // Behind what hovering shows of the name, when there is one.
 TEST(ServerNames, HoverSaysTheValueOfAnExpression) {
     const std::string text =
