@@ -16,12 +16,20 @@ const Document* Files::at(const std::string& path) {
     const auto time = file.last_write_time(error);
     if (error) return nullptr;
     std::unique_ptr<Entry>& entry = entries_[path];
-    if (entry && entry->size == size && entry->time == time) return &entry->document;
+    const bool isKnown = entry && entry->size == size && entry->time == time;
     if (!entry) entry = std::make_unique<Entry>();
+    entry->request = request_;
+    if (isKnown) return &entry->document;
     entry->size = size;
     entry->time = time;
     entry->document.read(textOfFile(path, {}));
     return &entry->document;
+}
+
+void Files::newRequest() {
+    constexpr std::size_t many = 500;
+    if (++request_ % many != 0) return;
+    std::erase_if(entries_, [&](const auto& one) { return one.second->request + many < request_; });
 }
 
 const std::vector<std::string>& Files::common() {

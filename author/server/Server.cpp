@@ -135,6 +135,7 @@ void Server::request(const Json& message, const Json& id) {
         if (!method || method->kind != Kind::request)
             throw RequestError(ErrorCode::methodNotFound, "no request " + name);
         session_.request = id;
+        session_.files.newRequest();
         Json result = method->handle(session_, paramsOf(message));
         if (session_.request) session_.answer(id, std::move(result));
     };
