@@ -74,9 +74,9 @@ private:
 
     void addHeader() {
         std::string given;
-        const auto addGiven = [&](const std::string& text) { given += (given.empty() ? "; with " : ", ") + text; };
+        const auto addGiven = [&](const std::string& text) { given.append(given.empty() ? "; with " : ", ") += text; };
         if (level_.path.empty()) {
-            for (const auto& [name, value] : expanded_.properties) addGiven(name + " = " + value);
+            for (const auto& [name, value] : expanded_.properties) addGiven(std::string(name).append(" = ") += value);
             for (const std::string& pin : expanded_.connectedPins) addGiven(pin + " connected");
         } else {
             add("", level_.path);

@@ -128,8 +128,10 @@ Libraries::Inclusion Libraries::inclusionOf(const Text& text, std::uint32_t item
     Inclusion found{text.items()[item].offset + begin, text.items()[item].offset + end, {}};
     std::error_code error;
     if (!name.starts_with('/'))
-        for (const std::string& directory : searchDirectories_)
-            if (std::filesystem::exists(found.path = normal(directory + '/' + name), error)) return found;
+        for (const std::string& directory : searchDirectories_) {
+            found.path = normal(std::string(directory).append("/") += name);
+            if (std::filesystem::exists(found.path, error)) return found;
+        }
     found.path = normal(NtlFindFile(name));
     return found;
 }

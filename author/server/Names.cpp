@@ -210,7 +210,7 @@ std::string NameReader::targetOf(std::string_view instance, std::string_view pin
     if (!section) return {};
     const std::vector<Place> instances = instancesOf(section, instance);
     for (const Place& one : instances) {
-        const std::string type = keyOfBlock(stringOf(one, 1));
+        std::string type = keyOfBlock(stringOf(one, 1));
         if (instances.size() == 1 || pin.empty()) return type;
         const Place declaration = findBlock(libraries_, type, text_.level);
         if (declaration && findPin(libraries_, declaration, pin)) return type;

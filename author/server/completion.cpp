@@ -174,7 +174,7 @@ public:
         if (proposal.kind == Proposal::Kind::block) item["data"] = {{"uri", uri_}, {"block", proposal.label}};
         const bool isSnippet = proposal.kind == Proposal::Kind::snippet;
         if (isSnippet) item["insertTextFormat"] = 2;
-        item["textEdit"] = {{"range", range_}, {"newText", isSnippet ? proposal.body : std::move(text)}};
+        item["textEdit"] = {{"range", range_}, {"newText", isSnippet ? proposal.body : text}};
         return item;
     }
 

@@ -91,9 +91,9 @@ std::optional<MissingConnects> missingConnects(Session& session, const Json& pla
     if (open.empty()) return {};
     const frontend::SourceItems& items = asked.text().items();
     const std::string indent = indentOf(items.text(), items[instance.get().begin].offset);
+    const std::string connect = '\n' + indent + "connect \"\" : \"" + name + "\" \"";
     std::string statements;
-    for (const std::string& pin : open)
-        statements += "\n" + indent + "connect \"\" : \"" + name + "\" \"" + pin + "\";";
+    for (const std::string& pin : open) statements.append(connect).append(pin) += "\";";
     return MissingConnects{name, open.size(), endOf(asked.text(), lastBeside(mapping, instance).get()), statements};
 }
 

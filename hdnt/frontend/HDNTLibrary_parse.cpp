@@ -21,7 +21,6 @@
 using namespace hdnt::frontend;
 using hdnt::diagnostics::copySource;
 using hdnt::diagnostics::isInsideRoot;
-using hdnt::diagnostics::readSource;
 
 HDNTLibrary* myTopLib = nullptr;
 ParserState ParserState::instance_;

@@ -10,7 +10,6 @@
 namespace hdnt::frontend {
 
 using diagnostics::isInsideRoot;
-using diagnostics::readSource;
 using diagnostics::sourceExists;
 
 static bool isBlank(char c) { return c == ' ' || c == '\t'; }
