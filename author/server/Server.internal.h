@@ -17,6 +17,8 @@ public:
 
     void receive(const FrameReader::Frame& frame);
     bool hasWork() const { return !waiting_.empty(); }
+    /// Whether so many messages wait that others had better wait where they come from.
+    bool isFull() const { return waiting_.size() >= 1000; }
     void work();
 
     /// What is found beside the messages, by a process of its own: as JudgedLibraries.

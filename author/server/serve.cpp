@@ -97,7 +97,7 @@ private:
 
     // Descriptors of -1 are passed over.
     void await() {
-        pollfd waiting[] = {{hasEnded_ ? -1 : input_, POLLIN, 0},
+        pollfd waiting[] = {{hasEnded_ || server_.isFull() ? -1 : input_, POLLIN, 0},
                             {server_.descriptor(), POLLIN, 0},
                             {server_.laterDescriptor(), POLLIN, 0},
                             output_.awaited()};
