@@ -150,6 +150,7 @@ static void addFolders(const std::string& root, std::size_t& left, std::set<std:
 }
 
 std::vector<std::string> textsOver(Session& session, const std::string& path) {
+    if (path.empty()) return {};
     std::size_t left = 100000;
     std::set<std::string> folders;
     for (const std::string& root : session.folders) addFolders(root, left, folders);

@@ -4,6 +4,8 @@
 #include "hdnt/platform/HSTStringUtils.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -11,7 +13,8 @@ namespace hdnt::author::server {
 
 namespace {
 
-constexpr std::size_t mostConnects = 1000;
+/// Of a bus, from its greatest index on.
+constexpr std::size_t mostBits = 1000;
 
 /// The bits of a block's pins that no statement of a mapping joins to anything, in the order of their declaration.
 class OpenPins {
@@ -28,21 +31,25 @@ public:
     std::vector<std::string> of(const Place& block) const {
         std::vector<std::string> open;
         forEachEntity(libraries_, block, [&](const Place& pin) {
-            if (pin.get().part != NtlPart::pin) return;
-            const std::string_view name = nameOf(pin);
-            const auto range = indicesOf(name);
-            if (!range) return addTo(open, std::string(name));
-            for (int bit = range->second; bit >= range->first && open.size() < mostConnects; --bit)
-                addTo(open, std::string(baseOf(name)) + '[' + std::to_string(bit) + ']');
+            if (pin.get().part == NtlPart::pin) addOpen(nameOf(pin), open);
         });
         return open;
     }
 
 private:
-    void addTo(std::vector<std::string>& open, std::string bit) const {
-        const bool isJoined = std::ranges::any_of(
-            joined_, [&](const std::string& pin) { return baseOf(pin) == baseOf(bit) && coversBit(pin, bit); });
-        if (!isJoined) open.push_back(std::move(bit));
+    void addOpen(std::string_view pin, std::vector<std::string>& open) const {
+        std::vector<std::string_view> joined;
+        for (const std::string& one : joined_)
+            if (baseOf(one) == baseOf(pin)) joined.push_back(one);
+        const auto add = [&](std::string bit) {
+            const auto isIt = [&](std::string_view one) { return coversBit(one, bit); };
+            if (std::ranges::none_of(joined, isIt)) open.push_back(std::move(bit));
+        };
+        const auto range = indicesOf(pin);
+        if (!range) return add(std::string(pin));
+        std::int64_t bit = range->second; // ranges may be as wide as numbers go
+        for (std::size_t looks = 0; bit >= range->first && looks < mostBits; --bit, ++looks)
+            add(std::string(baseOf(pin)) + '[' + std::to_string(bit) + ']');
     }
 
     const Libraries& libraries_;

@@ -282,6 +282,9 @@ TEST(ServerNames, OpenPinsCanBeConnected) {
         {mapping("inst \"p\" \"p^art\"; signal \"s\" : \"p\" \"Y[1]\", \"p\" \"Y[0]\", \"p\" \"X\";"), "nothing"},
         {mapping("inst \"p^\" \"NOWHERE\";"), "nothing"},
         {mapping("signal \"^s\";"), "nothing"},
+        {mapping("inst \"^w\" \"WIDE\"; signal \"s\" : \"w\" \"A\"; }\n"
+                 "  block \"WIDE\" { pin \"A[2147483647:-2147483648]\" input;"),
+         "nothing"},
         {"^", "nothing"},
     };
     for (const Case& each : cases) {
