@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -13,8 +14,8 @@ namespace hdnt::author::server {
 
 namespace {
 
-/// Of a bus, from its greatest index on.
-constexpr std::size_t mostBits = 1000;
+constexpr std::size_t mostConnects = 1000; ///< behind the bus that reaches it, no other is looked at
+constexpr std::size_t mostBits = 1000;     ///< of a bus, from its greatest index on
 
 /// The bits of a block's pins that no statement of a mapping joins to anything, in the order of their declaration.
 class OpenPins {
@@ -24,26 +25,25 @@ public:
             if (wordsOf(reference).size() != 2 || stringOf(reference, 0) != instance) return;
             std::string_view pin = stringOf(reference, 1);
             pin.remove_prefix(pin.starts_with('~') ? 1 : 0);
-            joined_.push_back(HSTStringUtils::to_upper_copy(pin));
+            joined_[HSTStringUtils::to_upper_copy(baseOf(pin))].push_back(pin);
         });
     }
 
     std::vector<std::string> of(const Place& block) const {
         std::vector<std::string> open;
         forEachEntity(libraries_, block, [&](const Place& pin) {
-            if (pin.get().part == NtlPart::pin) addOpen(nameOf(pin), open);
+            if (pin.get().part == NtlPart::pin && open.size() < mostConnects) addOpen(nameOf(pin), open);
         });
         return open;
     }
 
 private:
     void addOpen(std::string_view pin, std::vector<std::string>& open) const {
-        std::vector<std::string_view> joined;
-        for (const std::string& one : joined_)
-            if (baseOf(one) == baseOf(pin)) joined.push_back(one);
+        const auto joined = joined_.find(std::string(baseOf(pin)));
         const auto add = [&](std::string bit) {
             const auto isIt = [&](std::string_view one) { return coversBit(one, bit); };
-            if (std::ranges::none_of(joined, isIt)) open.push_back(std::move(bit));
+            const bool isOpen = joined == joined_.end() || std::ranges::none_of(joined->second, isIt);
+            if (isOpen) open.push_back(std::move(bit));
         };
         const auto range = indicesOf(pin);
         if (!range) return add(std::string(pin));
@@ -53,7 +53,7 @@ private:
     }
 
     const Libraries& libraries_;
-    std::vector<std::string> joined_; ///< pins as they are used
+    std::unordered_map<std::string, std::vector<std::string_view>> joined_; ///< pins as they are used, by base names
 };
 
 // With the comment behind the statement in its line.
