@@ -1,9 +1,7 @@
 #include "author/guide/Svg.internal.h"
 #include "hdnt/platform/Text.h"
 
-#include <array>
 #include <cmath>
-#include <cstdio>
 
 namespace hdnt::author::guide {
 
