@@ -1,6 +1,7 @@
 #pragma once
 
 // Everything for programs that serve those who write libraries.
+#include "author/exchange/blocks.h"
 #include "author/expansion/ExpansionText.h"
 #include "author/expansion/outcomes.h"
 #include "author/format/HDNTFormatter.h"

@@ -1,4 +1,4 @@
-#include "tools/ntl/BlockJson.h"
+#include "tools/ntl/DataSheet.h"
 #include "tools/ntl/Output.h"
 
 #include <cctype>

@@ -38,14 +38,4 @@ Json jsonOf(const hdnt::Diagnostic& diagnostic) {
     return json;
 }
 
-Json jsonOf(const hdnt::Value& value) {
-    return std::visit([](const auto& plain) { return Json(plain); }, value);
-}
-
-Json orNull(int number) { return number == 0 ? Json() : Json(number); }
-
-Json orNull(std::string_view text) { return text.empty() ? Json() : Json(text); }
-
-Json orNull(const char* text) { return text ? orNull(std::string_view(text)) : Json(); }
-
 } // namespace ntl

@@ -5,9 +5,9 @@
 #include "hdnt/model/Words.h"
 #include "hdnt/netlist/Words.h"
 #include "hdnt/platform/HSTStringUtils.h"
-#include "tools/ntl/BlockJson.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/GlobalOptions.h"
+#include "tools/ntl/Json.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
 

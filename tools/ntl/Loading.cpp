@@ -11,7 +11,6 @@
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HPAParamMgr.h"
 #include "hdnt/platform/HUTFile.h"
-#include "hdnt/registry/HDNTCellviewLib.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -144,36 +143,6 @@ OpenedLibrary openLibrary(const Settings& settings) {
         library = loader.load(path, library);
     }
     return {library, isCommon, paths.back(), loader.diagnostics(), loader.files()};
-}
-
-std::vector<HDNTBlock*> blocksOf(const HDNTLibrary& library, bool withParents) {
-    std::vector<HDNTBlock*> blocks;
-    for (size_t i = 0; i < library.getNumTypeBlocks(withParents); ++i) blocks.push_back(library.getTypeBlock(i));
-    return blocks;
-}
-
-bool isRegistered(const HDNTBlock& block) { return block.getType() < HDNTCellviewLib::UNKNOWN; }
-
-bool isInArchitecture(const HDNTBlock& block, const std::string& architecture) {
-    const std::vector<std::string> named = block.getCellArchesCfg();
-    return named.empty() || std::find(named.begin(), named.end(), architecture) != named.end();
-}
-
-std::string groupOf(const HDNTBlock& block) {
-    const char* const group = block.getPrimGroupType(false);
-    const char* const subGroup = block.getPrimSubGroupType(false);
-    return (group ? group : "") + (subGroup ? std::string(":") + subGroup : "");
-}
-
-std::vector<std::string> groupsOf(const std::vector<HDNTBlock*>& blocks) {
-    std::set<std::string> groups;
-    for (const HDNTBlock* block : blocks) {
-        const std::string group = groupOf(*block);
-        groups.insert(group);
-        groups.insert(group.substr(0, group.find(':')));
-    }
-    groups.erase("");
-    return {groups.begin(), groups.end()};
 }
 
 HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "author/exchange/blocks.h"
 #include "hdnt/diagnostics/Diagnostic.h"
 #include "hdnt/diagnostics/HDNTError.h"
 #include "tools/ntl/Output.h"
@@ -89,16 +90,8 @@ struct OpenedLibrary {
     std::vector<std::string> files;         ///< likewise
 };
 OpenedLibrary openLibrary(const Settings& settings);
-/// The library's own blocks; those of its parents behind them, if wanted.
-std::vector<HDNTBlock*> blocksOf(const HDNTLibrary& library, bool withParents);
-/// Whether the block is in the registry of cells.
-bool isRegistered(const HDNTBlock& block);
-/// Whether the configuration lets the block be there in an architecture: it does unless it names others only.
-bool isInArchitecture(const HDNTBlock& block, const std::string& architecture);
-/// "GROUP:SUBGROUP" or "GROUP"; empty without one.
-std::string groupOf(const HDNTBlock& block);
-/// The groups of the blocks, with and without subgroups, by name.
-std::vector<std::string> groupsOf(const std::vector<HDNTBlock*>& blocks);
+using hdnt::author::blocksOf, hdnt::author::groupOf, hdnt::author::groupsOf;
+using hdnt::author::isInArchitecture, hdnt::author::isRegistered;
 /// A block of it or its parents, case aside; null when there is none, which is then said with the names near to it.
 HDNTBlock* findBlock(const OpenedLibrary& opened, const std::string& name);
 /// Attaches the mapping for the architecture in force, which may be in a map library. False when that library is

@@ -1,6 +1,6 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
-#include "tools/ntl/BlockJson.h"
+#include "tools/ntl/DataSheet.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"

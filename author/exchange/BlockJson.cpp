@@ -1,5 +1,7 @@
-#include "tools/ntl/BlockJson.h"
+#include "author/exchange/BlockJson.h"
 
+#include "author/exchange/blocks.h"
+#include "hdnt/diagnostics/Diagnostic.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
@@ -9,13 +11,22 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/Words.h"
 #include "hdnt/platform/ConfigBase.h"
-#include "tools/ntl/Loading.h"
 
 #include <algorithm>
 #include <optional>
 #include <utility>
 
-namespace ntl {
+namespace hdnt::author {
+
+Json jsonOf(const Value& value) {
+    return std::visit([](const auto& plain) { return Json(plain); }, value);
+}
+
+Json orNull(int number) { return number == 0 ? Json() : Json(number); }
+
+Json orNull(std::string_view text) { return text.empty() ? Json() : Json(text); }
+
+Json orNull(const char* text) { return text ? orNull(std::string_view(text)) : Json(); }
 
 Json locationOf(const HDNTNode& node) {
     const auto location = node.copyOfLocation();
@@ -30,7 +41,7 @@ namespace {
 
 using Type = HATAttrTypes::AttrType;
 
-Json boundOf(const std::optional<hdnt::Value>& value) { return value ? jsonOf(*value) : Json(); }
+Json boundOf(const std::optional<Value>& value) { return value ? jsonOf(*value) : Json(); }
 
 // Minimum, maximum and listed values; null where there are none.
 Json allowedValues(const HDNTProperty& property) {
@@ -38,12 +49,12 @@ Json allowedValues(const HDNTProperty& property) {
     json["minimum"] = boundOf(property.getMinValue());
     json["maximum"] = boundOf(property.getMaxValue());
     json["values"] = Json::array();
-    for (const hdnt::Value& value : property.getAllowedValues()) json["values"].push_back(jsonOf(value));
+    for (const Value& value : property.getAllowedValues()) json["values"].push_back(jsonOf(value));
     return json;
 }
 
 Json defaultValue(const HDNTProperty& property, bool isBits) {
-    const hdnt::Value value = property.getDefaultValue();
+    const Value value = property.getDefaultValue();
     Json json;
     json["default"] = isBits ? orNull(std::get<std::string>(value)) : jsonOf(value);
     json["defaultRefusal"] = json["default"].is_null() ? Json() : orNull(property.refusalOf(value));
@@ -125,7 +136,7 @@ void addPinFacts(Json& json, const PinOrBus& pin) {
     pin.getPinFunction(function);
     json["direction"] = HDNTPin::getDirectionName(pin.getDirection());
     json["type"] = HDNTPin::getTypeName(pin.getType());
-    json["required"] = orNull(hdnt::words::requiredValues.wordOf(pin.getRequiredValue()));
+    json["required"] = orNull(words::requiredValues.wordOf(pin.getRequiredValue()));
     json["isTest"] = pin.isTest();
     json["isAbstract"] = pin.isAbstract();
     json["function"] = orNull(function);
@@ -174,14 +185,14 @@ Json jsonOf(const HDNTBus& bus) {
 Json netlistOf(HDNTBlock& block) {
     const HDNTNetlist* const netlist = block.getAttachedNetlist();
     if (!netlist) return nullptr;
-    hdnt::SourcePlaces places;
+    SourcePlaces places;
     const auto location = netlist->copyOfLocation();
-    const hdnt::Place place = location ? places.placeOf(*location) : hdnt::Place();
+    const Place place = location ? places.placeOf(*location) : Place();
     const unsigned short kind = block.getNetlistKind();
     const bool isForAll =
         kind == HDNTBlock::OwnNetlist || kind == HDNTBlock::OwnNetlistInChild || kind == HDNTBlock::AnyArchitecture;
     Json json;
-    json["section"] = hdnt::words::sections.wordOf(netlist->section());
+    json["section"] = words::sections.wordOf(netlist->section());
     json["location"]["file"] = orNull(place.file);
     json["location"]["line"] = place.isKnown() ? Json(place.line) : Json();
     json["isMapLibrary"] = location && !location->fileName;
@@ -236,7 +247,7 @@ Json jsonOf(HDNTBlock& block) {
     json["location"] = locationOf(block);
     json["cellview"] = static_cast<int>(block.getType());
     json["isRegistered"] = isRegistered(block);
-    json["maturity"] = orNull(hdnt::words::maturityLevels.wordOf(block.getMaturityLevel()));
+    json["maturity"] = orNull(words::maturityLevels.wordOf(block.getMaturityLevel()));
     json["isTest"] = block.isTest();
     json["isInternal"] = block.isInternal();
     json["isTieCapable"] = block.getCanTiePins();
@@ -255,4 +266,4 @@ Json jsonOf(HDNTBlock& block) {
     return json;
 }
 
-} // namespace ntl
+} // namespace hdnt::author

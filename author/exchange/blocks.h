@@ -1,0 +1,25 @@
+#pragma once
+
+#include "hdnt/platform/Export.h"
+
+#include <string>
+#include <vector>
+
+class HDNTBlock;
+class HDNTLibrary;
+
+// What lists of blocks ask for.
+namespace hdnt::author {
+
+/// The library's own blocks; those of its parents behind them, if wanted.
+HDNT_API std::vector<HDNTBlock*> blocksOf(const HDNTLibrary& library, bool withParents);
+/// Whether the block is in the registry of cells.
+HDNT_API bool isRegistered(const HDNTBlock& block);
+/// Whether the configuration lets the block be there in an architecture: it does unless it names others only.
+HDNT_API bool isInArchitecture(const HDNTBlock& block, const std::string& architecture);
+/// "GROUP:SUBGROUP" or "GROUP"; empty without one.
+HDNT_API std::string groupOf(const HDNTBlock& block);
+/// The groups of the blocks, with and without subgroups, by name.
+HDNT_API std::vector<std::string> groupsOf(const std::vector<HDNTBlock*>& blocks);
+
+} // namespace hdnt::author
