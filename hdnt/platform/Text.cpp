@@ -63,4 +63,10 @@ DoubleText::DoubleText(double value, DoubleForm form) {
     text_[size_++] = '0';
 }
 
+std::string joined(const std::vector<std::string>& items, std::string_view separator) {
+    std::string result;
+    for (const std::string& item : items) result.append(&item == &items.front() ? "" : separator).append(item);
+    return result;
+}
+
 } // namespace hdnt::platform

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace hdnt::platform {
 
@@ -32,6 +33,9 @@ inline std::string printable(std::string_view text) {
     addPrintable(result, text);
     return result;
 }
+
+/// The items with a separator in between.
+HDNT_API std::string joined(const std::vector<std::string>& items, std::string_view separator);
 
 /// How the shortest digits of a number are laid out.
 enum class DoubleForm {

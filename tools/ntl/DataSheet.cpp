@@ -1,60 +1,17 @@
 #include "tools/ntl/DataSheet.h"
-#include "tools/ntl/Output.h"
 
-#include <cctype>
-#include <cstdlib>
-#include <map>
+#include "author/exchange/BlockWords.h"
+#include "tools/ntl/Output.h"
 
 namespace ntl {
 
-namespace {
+using namespace hdnt::author::words; // NOLINT: the words are what this file is about
 
-// A value as a cell: null is empty, a double stays as short as JSON writes it.
-std::string cell(const Json& value) {
-    if (value.is_null()) return "";
-    if (value.is_string()) return value.get<std::string>();
-    return value.is_boolean() ? (value.get<bool>() ? "true" : "false") : value.dump();
-}
+namespace {
 
 std::string yesNo(const Json& value) { return value.get<bool>() ? "yes" : "no"; }
 
 std::string orDash(const std::string& text) { return text.empty() ? "-" : text; }
-
-std::vector<std::string> cells(const Json& list) {
-    std::vector<std::string> result;
-    for (const Json& item : list) result.push_back(cell(item));
-    return result;
-}
-
-// Those of the flags that are set: "muxControl" when "isMuxControl" is true.
-std::vector<std::string> setFlags(const Json& json, const std::vector<std::string>& flags) {
-    std::vector<std::string> set;
-    for (const std::string& flag : flags) {
-        std::string key = "is" + flag;
-        key[2] = static_cast<char>(std::toupper(static_cast<unsigned char>(key[2])));
-        if (json[key].get<bool>()) set.push_back(flag);
-    }
-    return set;
-}
-
-std::string placeOf(const Json& location) {
-    if (location.is_null()) return "";
-    return cell(location["file"]) + (location["line"].is_null() ? "" : ":" + cell(location["line"]));
-}
-
-std::string groupText(const Json& group, const Json& subgroup) {
-    return orDash(cell(group) + (subgroup.is_null() ? "" : ":" + cell(subgroup)));
-}
-
-std::string netlistText(const Json& block) {
-    static const std::map<int, std::string> kinds = {
-        {100, "for any architecture"}, {101, "none"}, {103, "its own"}, {104, "its own, in a library with a parent"}};
-    const int kind = block["netlistKind"].get<int>();
-    const auto found = kinds.find(kind);
-    const std::string section = block["netlist"].is_null() ? "" : ", " + cell(block["netlist"]["section"]);
-    return (found == kinds.end() ? "for one architecture" : found->second) + " (" + std::to_string(kind) + ")" +
-           section;
-}
 
 /// A name and its value, one a line.
 class Facts {
@@ -78,31 +35,12 @@ std::string headerText(const Json& block) {
     facts.add("declared at", placeOf(block["location"]));
     facts.add("cellview type", cell(block["cellview"]) + (block["isRegistered"].get<bool>() ? "" : " (unregistered)"));
     facts.add("maturity", cell(block["maturity"]));
-    facts.add("flags", orDash(joined(setFlags(block, {"test", "internal"}), ", ")));
+    facts.add("flags", orDash(joined(blockFlags(block), ", ")));
     facts.add("group", groupText(block["group"], block["subgroup"]));
     facts.add("legacy group", groupText(block["legacyGroup"], block["legacySubgroup"]));
     facts.add("netlist", netlistText(block));
     facts.add("pins can be tied", yesNo(block["isTieCapable"]));
     return colored(Color::Bold, printable(cell(block["name"])), 1) + "\n" + facts.text();
-}
-
-std::string rangeText(const Json& property) {
-    if (!property["values"].empty()) return joined(cells(property["values"]), ", ");
-    const std::string low = cell(property["minimum"]);
-    const std::string high = cell(property["maximum"]);
-    if (low.empty() && high.empty()) return "any";
-    return (low.empty() ? "any" : low) + " to " + (high.empty() ? "any" : high);
-}
-
-std::string widthText(const Json& property) {
-    const std::string width = cell(property["bitWidth"]);
-    const std::string adjusted = cell(property["adjustedBitWidth"]);
-    return adjusted == width ? width : width + " (" + adjusted + ")";
-}
-
-std::string defaultText(const Json& property) {
-    const Json& value = property["default"];
-    return cell(property["type"]) == "string" ? "\"" + cell(value) + "\"" : orDash(cell(value));
 }
 
 // A long text would push the other columns out of sight, so it goes to a line of its own.
@@ -115,9 +53,6 @@ std::string shortened(const std::string& text, const std::string& name, std::vec
 
 // One row a property, and its description and long texts below.
 std::string propertyTable(const Json& properties, const std::string& indent) {
-    static const std::vector<std::string> flags = {"test",         "simulation",  "constraintsOnly",
-                                                   "muxControl",   "readOnly",    "hidden",
-                                                   "pinInversion", "nibbleSized", "padConstraint"};
     Table table({"NAME", "TYPE", "WIDTH", "DEFAULT", "UNITS", "PRECISION", "FLAGS", "RANGE OR VALUES"}, indent);
     for (const Json& property : properties) {
         std::vector<std::string> notes;
@@ -128,34 +63,17 @@ std::string propertyTable(const Json& properties, const std::string& indent) {
         if (!property["defaultRefusal"].is_null() && !property["default"].is_null())
             notes.push_back("! " + cell(property["defaultRefusal"]));
         table.add({cell(property["name"]), cell(property["type"]), widthText(property), chosen, cell(property["units"]),
-                   cell(property["precision"]), joined(setFlags(property, flags), ","), range});
+                   cell(property["precision"]), joined(propertyFlags(property), ","), range});
         for (const std::string& note : notes) table.addNote("    " + note);
     }
     return table.text();
 }
 
-std::string rangeOfBus(const Json& bus) { return joined(cells(bus["range"]), ":"); }
-
-// The types of the bits of a mixed bus: "clock 7, data 6 5 4"
-std::string bitTypes(const Json& bus) {
-    std::vector<std::pair<std::string, std::string>> runs;
-    for (const Json& pin : bus["pins"]) {
-        const std::string type = cell(pin["type"]);
-        if (runs.empty() || runs.back().first != type) runs.emplace_back(type, "");
-        runs.back().second += " " + cell(pin[pin["bit"].is_null() ? "name" : "bit"]);
-    }
-    std::string text;
-    for (const auto& [type, bits] : runs) text.append(text.empty() ? "" : ", ").append(type).append(bits);
-    return text;
-}
-
 std::string pinTable(const Json& block) {
     Table table({"NAME", "RANGE", "BITS", "DIRECTION", "TYPE", "REQUIRED", "FLAGS", "FUNCTION"}, "  ");
     for (const Json& bus : block["buses"]) {
-        std::vector<std::string> flags = setFlags(bus, {"test", "abstract"});
-        if (!bus["foundByName"].get<bool>()) flags.emplace_back("notFoundByName");
-        table.add({cell(bus["baseName"]), rangeOfBus(bus), cell(bus["width"]), cell(bus["direction"]),
-                   cell(bus["type"]), cell(bus["required"]), joined(flags, ","), cell(bus["function"])});
+        table.add({cell(bus["baseName"]), joined(cells(bus["range"]), ":"), cell(bus["width"]), cell(bus["direction"]),
+                   cell(bus["type"]), cell(bus["required"]), joined(pinFlags(bus), ","), cell(bus["function"])});
         if (cell(bus["type"]) == "mixed") table.addNote("    bits: " + bitTypes(bus));
     }
     std::string text = table.text();

@@ -178,10 +178,4 @@ std::string grouped(size_t count) {
     return digits;
 }
 
-std::string joined(const std::vector<std::string>& items, const std::string& separator) {
-    std::string result;
-    for (const std::string& item : items) result += (&item == &items.front() ? "" : separator) + item;
-    return result;
-}
-
 } // namespace ntl

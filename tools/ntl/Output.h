@@ -27,7 +27,7 @@ void writeError(std::string_view text);
 /// "ntl: text" on standard error, with what is not printable escaped.
 void complain(const std::string& text);
 
-using hdnt::platform::printable;
+using hdnt::platform::joined, hdnt::platform::printable;
 
 enum class Color { Plain, Bold, Faint, Red, Yellow };
 
@@ -119,8 +119,5 @@ std::string grouped(size_t count);
 
 /// Whether the terminal takes no control sequences: TERM is "dumb".
 bool isDumbTerminal();
-
-/// The items with a separator in between.
-std::string joined(const std::vector<std::string>& items, const std::string& separator);
 
 } // namespace ntl

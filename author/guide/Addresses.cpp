@@ -1,0 +1,77 @@
+#include "author/guide/Addresses.internal.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/platform/HSTStringUtils.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdio>
+
+namespace hdnt::author::guide {
+
+namespace {
+
+constexpr std::size_t longestName = 80;
+
+bool isPlain(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '-' || c == '_';
+}
+
+// Devices of an old system, with any ending.
+bool isReserved(const std::string& upper) {
+    static const std::set<std::string> names = {"CON", "PRN", "AUX", "NUL"};
+    const bool isPort = upper.size() == 4 && (upper.starts_with("COM") || upper.starts_with("LPT"));
+    return isPort || names.contains(upper);
+}
+
+std::string hex(std::uint64_t number, int digits) {
+    std::array<char, 20> text{};
+    std::snprintf(text.data(), text.size(), "%0*llx", digits, static_cast<unsigned long long>(number));
+    return text.data();
+}
+
+std::string sumOf(std::string_view name) {
+    std::uint32_t sum = 2166136261U;
+    for (const char c : name) sum = (sum ^ static_cast<unsigned char>(c)) * 16777619U;
+    return hex(sum, 8);
+}
+
+} // namespace
+
+std::string fileNameOf(std::string_view name) {
+    std::string result(name.substr(0, longestName));
+    std::replace_if(
+        result.begin(), result.end(), [](char c) { return !isPlain(c); }, '_');
+    const bool isSame = result == name && !result.empty() && !isReserved(HSTStringUtils::to_upper_copy(result));
+    return isSame ? result : result + "-" + sumOf(name);
+}
+
+std::string anchorOf(std::string_view kind, std::string_view name) {
+    std::string result = std::string(kind) + "-";
+    for (const char c : name) result += isPlain(c) ? std::string(1, c) : "." + hex(static_cast<unsigned char>(c), 2);
+    return result;
+}
+
+Addresses::Addresses(const std::vector<HDNTBlock*>& blocks) {
+    for (const HDNTBlock* block : blocks) {
+        std::string name = fileNameOf(block->getName());
+        const auto isTaken = [&](const std::string& wanted) {
+            return !taken_.insert(HSTStringUtils::to_upper_copy(wanted)).second;
+        };
+        if (isTaken(name)) {
+            name += "-" + sumOf(block->getName());
+            std::string numbered = name;
+            for (int i = 2; isTaken(numbered); ++i) numbered = name + "-" + std::to_string(i);
+            name = numbered;
+        }
+        pages_.emplace(block, "blocks/" + name + ".html");
+    }
+}
+
+const std::string& Addresses::pageOf(const HDNTBlock* block) const {
+    static const std::string none;
+    const auto found = pages_.find(block);
+    return found == pages_.end() ? none : found->second;
+}
+
+} // namespace hdnt::author::guide
