@@ -1,10 +1,12 @@
 #pragma once
 
 // Everything for programs that serve those who write libraries.
+#include "author/exchange/ChangeWords.h"
 #include "author/exchange/blocks.h"
 #include "author/expansion/ExpansionText.h"
 #include "author/expansion/outcomes.h"
 #include "author/format/HDNTFormatter.h"
+#include "author/guide/guide.h"
 #include "author/judge/judge.h"
 #include "author/lint/Baseline.h"
 #include "author/lint/RuleControl.h"

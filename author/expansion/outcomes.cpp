@@ -34,7 +34,7 @@ public:
 private:
     template <typename Visit>
     void expand(const SettingChoice& choice, Visit&& visit) const {
-        HDNTExpansion expansion(block_);
+        HDNTExpansion expansion(block_, options_.architecture);
         cover_.apply(choice, expansion);
         HDNTFunctionTable functions;
         cover_.addFunctions(choice, functions);
@@ -62,11 +62,15 @@ private:
     }
 
     MappingOutcome written(const SettingChoice& choice) {
-        MappingOutcome outcome{cover_.textOf(choice), {}, {}};
+        MappingOutcome outcome{cover_.textOf(choice), {}, {}, {}};
         expand(choice, [&](const HDNTExpansion& expansion) {
             outcome.text = expansionText(given(expansion, choice));
             for (const HDNTExpansion::Problem& problem : expansion.problems())
                 outcome.problems.push_back(describe(places_.placeOf(problem.location)) + ": " + problem.message);
+            if (!expansion.levels().empty())
+                for (const HDNTExpansion::Branch& branch : expansion.levels().front().branches)
+                    outcome.branches.push_back({places_.placeOf(branch.origin.location), branch.taken});
+            if (options_.visit) options_.visit(expansion, outcome);
         });
         return outcome;
     }
@@ -93,7 +97,8 @@ private:
 } // namespace
 
 MappingOutcomes outcomesOf(HDNTBlock& block, const OutcomeOptions& options) {
-    const HDNTNetlist* const netlist = block.getNetlist();
+    const HDNTNetlist* const netlist =
+        options.architecture.empty() ? block.getNetlist() : block.getNetlist(options.architecture);
     return netlist ? OutcomeFinder(block, *netlist, options).find() : MappingOutcomes();
 }
 

@@ -15,19 +15,12 @@ namespace ntl {
 
 namespace {
 
-/// One of the two libraries.
-struct Side {
-    std::string path;
-    std::vector<std::string> parents;
-    std::vector<std::string> searchDirectories;
-};
-
 // What comes out of a worker: a mark, then the library's tree or the reason why there is none.
 constexpr char goodMark = '+';
 constexpr char badMark = '-';
 
 // In the worker's process. An INCLUDE that brought nothing in makes another library, so that is said.
-std::string described(const Side& side) {
+std::string described(const ComparedLibrary& side) {
     for (const std::string& directory : side.searchDirectories) NtlAddSearchDirectory(directory);
     std::string of;
     try {
@@ -49,8 +42,17 @@ std::string described(const Side& side) {
     }
 }
 
-// None when a library could not be read, which is then said.
-std::array<std::optional<HDNTModelTree>, 2> treesOf(const std::array<Side, 2>& sides) {
+Status statusOf(const DiffResult& result, const std::string& failOn) {
+    using Effect = HDNTDifference::Effect;
+    size_t failing = result.count(Effect::breaking);
+    if (failOn != "breaking") failing += result.count(Effect::compatible);
+    if (failOn == "any") failing = result.differences.size();
+    return failing == 0 ? Fine : Faulty;
+}
+
+} // namespace
+
+std::array<std::optional<HDNTModelTree>, 2> treesOf(const std::array<ComparedLibrary, 2>& sides) {
     std::array<std::optional<HDNTModelTree>, 2> trees;
     WorkerTasks tasks;
     tasks.count = sides.size();
@@ -67,21 +69,12 @@ std::array<std::optional<HDNTModelTree>, 2> treesOf(const std::array<Side, 2>& s
     return trees;
 }
 
-Status statusOf(const DiffResult& result, const std::string& failOn) {
-    using Effect = HDNTDifference::Effect;
-    size_t failing = result.count(Effect::breaking);
-    if (failOn != "breaking") failing += result.count(Effect::compatible);
-    if (failOn == "any") failing = result.differences.size();
-    return failing == 0 ? Fine : Faulty;
-}
-
-} // namespace
-
 int runDiff(const Settings& settings) {
     enableByDefault(settings, "arch.enableTestFeatures");
     const std::vector<std::string> parents = parentPaths(settings.parent);
-    const auto [before, after] = treesOf({Side{settings.oldLibrary, parents, settings.oldSearchDirectories},
-                                          Side{settings.newLibrary, parents, settings.newSearchDirectories}});
+    const auto [before, after] =
+        treesOf({ComparedLibrary{settings.oldLibrary, parents, settings.oldSearchDirectories},
+                 ComparedLibrary{settings.newLibrary, parents, settings.newSearchDirectories}});
     if (!before || !after) return Unusable;
     DiffResult result{{settings.oldLibrary, settings.newLibrary}, {}, HDNTComparison::compare(*before, *after)};
     result.libraries = {std::string(before->text(before->elements()[0].name)),

@@ -1,6 +1,6 @@
 #include "tools/ntl/DiffResult.h"
 
-#include "hdnt/platform/Text.h"
+#include "author/exchange/ChangeWords.h"
 #include "tools/ntl/Json.h"
 #include "tools/ntl/Output.h"
 
@@ -13,7 +13,7 @@ namespace ntl {
 
 using Change = HDNTDifference::Change;
 using Effect = HDNTDifference::Effect;
-using Facet = HDNTElementFacet;
+using hdnt::author::changeText, hdnt::author::ReleaseChapter, hdnt::author::releaseChapters;
 
 size_t DiffResult::count(Effect effect) const {
     return static_cast<size_t>(std::count_if(differences.begin(), differences.end(),
@@ -30,31 +30,6 @@ std::string summary(const DiffResult& result) {
     for (const Effect effect : effects)
         parts.push_back(std::to_string(result.count(effect)) + " " + HDNTComparison::nameOf(effect));
     return counted(result.differences.size(), "change") + ": " + joined(parts, ", ");
-}
-
-// Bounded, since an expression may be as long as a file.
-std::string clipped(const std::string& text) { return hdnt::platform::clipped(text, 160); }
-
-/// Marks a part of the text: a name or a value.
-using Mark = std::string (*)(const std::string&);
-
-// What a line says behind the block's name.
-std::string sentence(const HDNTDifference& item, Mark mark, const std::string& arrow) {
-    std::string text = HDNTComparison::nameOf(item.element);
-    if (item.facet == Facet::order) text += " order";
-    const bool isBelow = item.path != item.block;
-    if (isBelow) {
-        const size_t skipped = item.block.empty() ? 0 : item.block.size() + 1;
-        text += (item.facet == Facet::order ? " of " : " ") + mark(item.path.substr(skipped));
-    }
-    if (item.change != Change::changed) {
-        const std::string& value = item.change == Change::added ? item.newValue : item.oldValue;
-        text += std::string(" ") + HDNTComparison::nameOf(item.change);
-        return value.empty() ? text : text + ": " + mark(clipped(value));
-    }
-    if (item.facet != Facet::order) text += std::string(isBelow ? ": " : " ") + HDNTComparison::nameOf(item.facet);
-    text += item.facet == Facet::order || !isBelow ? ": " : " ";
-    return text + mark(clipped(item.oldValue)) + arrow + mark(clipped(item.newValue));
 }
 
 std::string plain(const std::string& text) { return printable(text); }
@@ -116,21 +91,6 @@ Json jsonOf(const HDNTDifference& item) {
     return json;
 }
 
-/// A chapter of the release notes.
-struct Chapter {
-    const char* title;
-    bool (*holds)(const HDNTDifference&);
-};
-
-constexpr Chapter chapters[] = {
-    {"Breaking changes", [](const HDNTDifference& item) { return item.effect == Effect::breaking; }},
-    {"New",
-     [](const HDNTDifference& item) { return item.effect == Effect::compatible && item.change == Change::added; }},
-    {"Changed",
-     [](const HDNTDifference& item) { return item.effect == Effect::compatible && item.change != Change::added; }},
-    {"Text only", [](const HDNTDifference& item) { return item.effect == Effect::textOnly; }},
-};
-
 } // namespace
 
 std::string diffText(const DiffResult& result) {
@@ -141,7 +101,7 @@ std::string diffText(const DiffResult& result) {
             colored(Color::Bold, block.empty() ? "library " + printable(result.libraries[1]) : printable(block), 1) +
             "\n";
         for (const HDNTDifference* item : items)
-            text += "  " + effectText(item->effect) + sentence(*item, plain, " -> ") + placeText(*item) + "\n";
+            text += "  " + effectText(item->effect) + changeText(*item, plain, " -> ") + placeText(*item) + "\n";
         text += "\n";
     }
     return text + summary(result) + "\n";
@@ -164,12 +124,12 @@ std::string diffJson(const DiffResult& result, int exitStatus) {
 std::string diffMarkdown(const DiffResult& result) {
     std::string text = "# Changes in " + code(result.libraries[1]) + "\n\n" + summary(result) + "\n";
     const auto groups = byBlock(result);
-    for (const Chapter& chapter : chapters) {
+    for (const ReleaseChapter& chapter : releaseChapters()) {
         std::string lines;
         for (const auto& [block, items] : groups)
             for (const HDNTDifference* item : items)
                 if (chapter.holds(*item))
-                    lines += "- " + (block.empty() ? "" : code(block) + ": ") + sentence(*item, code, " → ") + "\n";
+                    lines += "- " + (block.empty() ? "" : code(block) + ": ") + changeText(*item, code, " → ") + "\n";
         if (!lines.empty()) text += "\n## " + std::string(chapter.title) + "\n\n" + lines;
     }
     return text;

@@ -3,10 +3,20 @@
 #include "hdnt/compare/HDNTComparison.h"
 
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace ntl {
+
+/// One of two libraries that are compared.
+struct ComparedLibrary {
+    std::string path;
+    std::vector<std::string> parents;
+    std::vector<std::string> searchDirectories;
+};
+/// Read in processes of their own. None where a library could not be read, which is then said.
+std::array<std::optional<HDNTModelTree>, 2> treesOf(const std::array<ComparedLibrary, 2>& sides);
 
 /// What became of a comparison of two libraries.
 struct DiffResult {

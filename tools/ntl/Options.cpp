@@ -260,6 +260,26 @@ static CommandSpec formatCommand() {
         &runFormat};
 }
 
+static CommandSpec guideCommand() {
+    return {"guide",
+            "write a library as pages for a browser",
+            "Writes the folder OUT: a page for each block, with its symbol, pins, properties, templates to place it, "
+            "what its mapping becomes and its text; lists, an index and a search over all of them. The pages need no "
+            "server and no network: open OUT/index.html.\n"
+            "OUT is replaced as a whole. It is refused when it holds anything that this command did not write, or that "
+            "was changed since.",
+            {{"OUT", "", "Folder to write.", &Settings::guideFolder, Completion::Directory, {}, true},
+             libraryOption(),
+             parentOption(),
+             searchOption(),
+             {"--arch", "NAME", "Speak of this architecture, not of all that the configuration lists. May be repeated.",
+              &Settings::architectures, Completion::Architecture},
+             {"--title", "TEXT", "Title of the pages; without it, the name of the library.", &Settings::title},
+             {"--compare", "OLD", "Say what changed since the library OLD, a file or a folder of .btl files.",
+              &Settings::oldLibrary, Completion::Library}},
+            &runGuide};
+}
+
 static CommandSpec serveCommand() {
     return {
         "serve",
@@ -285,9 +305,9 @@ static CommandSpec helpCommand() {
 }
 
 const std::vector<CommandSpec>& commands() {
-    static const std::vector<CommandSpec> all = {checkCommand(),   lintCommand(),  listCommand(),   showCommand(),
-                                                 expandCommand(),  printCommand(), formatCommand(), diffCommand(),
-                                                 explainCommand(), serveCommand(), helpCommand()};
+    static const std::vector<CommandSpec> all = {checkCommand(),  lintCommand(),    listCommand(),   showCommand(),
+                                                 expandCommand(), printCommand(),   formatCommand(), diffCommand(),
+                                                 guideCommand(),  explainCommand(), serveCommand(),  helpCommand()};
     return all;
 }
 
@@ -374,7 +394,7 @@ static void refuseEmpty(const Settings& settings) {
         throw Failure(Unusable, "INPUT: standard input can be read once only");
     if (std::any_of(settings.inputs.begin(), settings.inputs.end(), isEmpty))
         throw Failure(Unusable, "INPUT is empty; name a file or a folder");
-    if (settings.oldLibrary.empty() != settings.newLibrary.empty())
+    if (settings.guideFolder.empty() && settings.oldLibrary.empty() != settings.newLibrary.empty())
         throw Failure(Unusable, "OLD or NEW is empty; name two files or folders");
     if (std::any_of(settings.blocks.begin(), settings.blocks.end(), isEmpty))
         throw Failure(Unusable, "BLOCK is empty; 'ntl list' lists the names");

@@ -60,6 +60,10 @@ struct Settings {
     std::vector<std::string> newSearchDirectories;
     std::string failOn = "any"; ///< the least effect that counts for the status
 
+    std::string guideFolder;
+    std::string title;
+    std::vector<std::string> architectures;
+
     std::vector<std::string> codes; ///< of rules and messages
 
     bool overStandardStreams = false; ///< where a server speaks always

@@ -1,0 +1,140 @@
+#include "author/guide/guide.h"
+
+#include "author/exchange/BlockWords.h"
+#include "author/guide/GuideFolder.internal.h"
+#include "author/guide/Templates.internal.h"
+#include "author/guide/pages.internal.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/platform/HEX.h"
+#include "hdnt/platform/Text.h"
+
+#include <utility>
+
+namespace hdnt::author {
+
+namespace guide {
+
+namespace {
+
+/// What the search knows of a name, and the index lists: where it is, what it is, and what is said of it.
+Json entry(const std::string& name, const std::string& kind, const std::string& href, const std::string& text) {
+    return {{"name", name}, {"kind", kind}, {"href", href}, {"text", text}};
+}
+
+class Writer {
+public:
+    Writer(const Book& book, GuideFolder& folder) : book_(book), folder_(folder) {}
+
+    WrittenGuide run() {
+        for (HDNTBlock* block : book_.blocks()) {
+            addBlock(*block);
+            if (book_.options().progress) book_.options().progress(++done_, book_.blocks().size());
+        }
+        addWholePages();
+        for (const char* const file : {"guide.css", "guide.js"}) folder_.write(file, guideFile(file));
+        folder_.write("search.js", "guideEntries(" + searchData() + ");\n");
+        return {pages_, drawings_.drawn, drawings_.undrawn};
+    }
+
+private:
+    void addBlock(HDNTBlock& block) {
+        // Shows the mapping of the first architecture that has one.
+        for (const Book::Variant& variant : book_.relationsOf(block).variants)
+            if (variant.problem.empty()) {
+                if (variant.architecture.empty()) block.getNetlist();
+                else block.getNetlist(variant.architecture);
+                break;
+            }
+        const Json facts = jsonOf(block);
+        const std::string& address = book_.addresses().pageOf(&block);
+        rows_.push_back(blockRow(book_, block, facts));
+        addNames(facts, address);
+        write("block", address, blockPage(book_, block, facts, drawings_));
+    }
+
+    void addNames(const Json& facts, const std::string& address) {
+        using words::cell;
+        const std::string block = cell(facts["name"]);
+        names_.push_back(entry(block, "block", address, words::groupText(facts["group"], facts["subgroup"])));
+        for (const Json& bus : facts["buses"])
+            names_.push_back(entry(cell(bus["baseName"]), "pin of " + block,
+                                   address + "#" + anchorOf("pin", cell(bus["name"])), cell(bus["function"])));
+        for (const Json& property : facts["properties"]) {
+            std::string text = cell(property["description"]);
+            const std::string values = platform::joined(words::cells(property["values"]), ", ");
+            if (!values.empty()) text += (text.empty() ? "" : " ") + values;
+            names_.push_back(entry(cell(property["name"]), "property of " + block,
+                                   address + "#" + anchorOf("property", cell(property["name"])), text));
+        }
+    }
+
+    void addWholePages() {
+        write("start", "index.html", startPage(book_, rows_));
+        write("blocks", "blocks.html", {{"heading", "Blocks"}, {"root", ""}, {"rows", rows_}});
+        write("matrix", "architectures.html", matrixPage(book_, rows_));
+        write("mappings", "mappings.html", mappingsPage(book_));
+        write("functions", "functions.html", functionsPage(book_));
+        write("findings", "findings.html", findingsPage(book_));
+        if (book_.options().changes) write("changes", "changes.html", changesPage(book_));
+        for (const Json& function : functionsPage(book_)["rows"])
+            names_.push_back(entry(words::cell(function["name"]), "function",
+                                   "functions.html#" + words::cell(function["anchor"]), ""));
+        write("names", "names.html", namesPage(names_));
+    }
+
+    Json navigation(const std::string& address, const std::string& root) const {
+        Json list = Json::array();
+        const std::pair<const char*, const char*> all[] = {
+            {"index.html", "Start"},       {"blocks.html", "Blocks"},
+            {"names.html", "Index"},       {"architectures.html", "Architectures"},
+            {"mappings.html", "Mappings"}, {"functions.html", "Functions"},
+            {"findings.html", "Findings"}, {"changes.html", "Changes"}};
+        for (const auto& [file, name] : all) {
+            if (std::string_view(file) == "changes.html" && !book_.options().changes) continue;
+            list.push_back({{"href", root + file}, {"name", name}, {"isHere", address == file}});
+        }
+        return list;
+    }
+
+    void write(const std::string& name, const std::string& address, Json page) {
+        const std::string root = words::cell(page["root"]);
+        page["title"] = book_.title();
+        page["navigation"] = navigation(address, root);
+        page["isStart"] = name == "start";
+        page["content"] = templates_.render(name, page);
+        folder_.write(address, templates_.render("page", page));
+        ++pages_;
+    }
+
+    // Short keys, since there are as many entries as names.
+    std::string searchData() const {
+        Json list = Json::array();
+        const auto clean = [](const Json& text) { return platform::printable(text.get<std::string>()); };
+        for (const Json& name : names_)
+            list.push_back({clean(name["name"]), clean(name["kind"]), clean(name["href"]), clean(name["text"])});
+        return list.dump();
+    }
+
+    const Book& book_;
+    GuideFolder& folder_;
+    Templates templates_;
+    Json rows_ = Json::array();
+    Json names_ = Json::array();
+    DrawingCount drawings_;
+    std::size_t pages_ = 0;
+    std::size_t done_ = 0;
+};
+
+} // namespace
+
+} // namespace guide
+
+WrittenGuide writeGuide(const HDNTLibrary& library, const std::string& folder, const GuideOptions& options) {
+    guide::GuideFolder draft(folder);
+    const guide::Book book(library, options);
+    const WrittenGuide written = guide::Writer(book, draft).run();
+    draft.finish();
+    return written;
+}
+
+} // namespace hdnt::author

@@ -1,0 +1,88 @@
+// What the page of a block says of its mapping.
+#include "author/expansion/outcomes.h"
+#include "author/guide/pages.internal.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/netlist/HDNTExpansion.h"
+#include "hdnt/platform/Text.h"
+
+#include <string_view>
+
+namespace hdnt::author::guide {
+
+namespace {
+
+std::string shortPlace(const Place& place) {
+    return place.file.substr(place.file.rfind('/') + 1) + ":" + std::to_string(place.line);
+}
+
+class MappingSection {
+public:
+    MappingSection(const Book& book, HDNTBlock& block, DrawingCount& drawings)
+        : book_(book), block_(block), drawings_(drawings) {}
+
+    Json made() {
+        for (const Book::Variant& variant : book_.relationsOf(block_).variants) addVariant(variant);
+        if (outcomes_.empty()) return nullptr;
+        return {{"outcomes", std::move(outcomes_)}, {"isCut", isCut_}};
+    }
+
+private:
+    void addVariant(const Book::Variant& variant) {
+        if (!variant.problem.empty()) return addProblem(variant);
+        OutcomeOptions options;
+        options.architecture = variant.architecture;
+        options.visit = [&](const HDNTExpansion& expansion, const MappingOutcome& outcome) {
+            add(variant, outcome, drawingOf(expansion));
+        };
+        isCut_ = outcomesOf(block_, options).isCut || isCut_;
+    }
+
+    Json outcome(const Book::Variant& variant) {
+        return {{"id", "outcome-" + std::to_string(outcomes_.size() + 1)},
+                {"architecture", variant.architecture},
+                {"setting", ""},
+                {"svg", ""},
+                {"reason", ""},
+                {"netlist", ""},
+                {"problems", Json::array()},
+                {"branches", Json::array()},
+                {"hasBranches", false}};
+    }
+
+    void addProblem(const Book::Variant& variant) {
+        Json broken = outcome(variant);
+        broken["problems"].push_back({{"text", variant.problem}});
+        outcomes_.push_back(std::move(broken));
+    }
+
+    void add(const Book::Variant& variant, const MappingOutcome& from, Json drawing) {
+        Json entry = outcome(variant);
+        entry["setting"] = from.setting;
+        entry["netlist"] = from.text;
+        entry.update(drawing);
+        for (const std::string& problem : from.problems) entry["problems"].push_back({{"text", problem}});
+        for (const ReachedBranch& branch : from.branches)
+            entry["branches"].push_back({{"place", shortPlace(branch.place)},
+                                         {"text", branch.place.text},
+                                         {"taken", branch.taken},
+                                         {"href", nullptr}});
+        entry["hasBranches"] = !from.branches.empty();
+        outcomes_.push_back(std::move(entry));
+    }
+
+    Json drawingOf(const HDNTExpansion&) { return {{"svg", ""}, {"reason", "not drawn"}}; }
+
+    const Book& book_;
+    HDNTBlock& block_;
+    DrawingCount& drawings_;
+    Json outcomes_ = Json::array();
+    bool isCut_ = false;
+};
+
+} // namespace
+
+Json mappingOf(const Book& book, HDNTBlock& block, DrawingCount& drawings) {
+    return MappingSection(book, block, drawings).made();
+}
+
+} // namespace hdnt::author::guide
