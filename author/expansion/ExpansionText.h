@@ -35,6 +35,9 @@ struct ExpandedBlock {
 
 /// As NTL: `block "X" mapsto { ... }` for each level, with comments that say where each line comes from.
 HDNT_API std::string expansionText(const ExpandedBlock& expanded);
+/// As a drawing for Graphviz: its ExpansionGraph, an expanded instance as a frame around what it became. There must be
+/// a level.
+HDNT_API std::string expansionDot(const HDNTExpansion& expansion);
 
 /// The value as NTL writes it, with quotes; empty when NTL has no way to write it.
 HDNT_API std::string ntlValue(const HDNTExpansion::Value& value);

@@ -151,7 +151,7 @@ private:
             return;
         }
         text_ += (text_.empty() ? "" : "\n");
-        text_ += settings_.expansionFormat == "dot" ? expansionDot(expanded) : expansionText(expanded);
+        text_ += settings_.expansionFormat == "dot" ? expansionDot(expanded.expansion) : expansionText(expanded);
     }
 
     const Settings& settings_;

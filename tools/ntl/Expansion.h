@@ -8,11 +8,9 @@
 namespace ntl {
 
 using hdnt::author::BriefPlaces, hdnt::author::ExpandedBlock;
-using hdnt::author::callText, hdnt::author::expansionText, hdnt::author::ntlValue;
+using hdnt::author::callText, hdnt::author::expansionDot, hdnt::author::expansionText, hdnt::author::ntlValue;
 
 /// docs/ntl.md says what each key means.
 Json expansionJson(const ExpandedBlock& expanded);
-/// A drawing for Graphviz.
-std::string expansionDot(const ExpandedBlock& expanded);
 
 } // namespace ntl
