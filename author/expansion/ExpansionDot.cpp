@@ -127,7 +127,7 @@ private:
             const std::string to = nameWithBits(portOf(edge.to).base, edge.toBits);
             add("penwidth=3, label=" + quoted(from == to || start.empty() ? to : from + " to " + to));
         } else if (nodeOf(edge.from).kind != Graph::Kind::constant) {
-            add("label=" + quoted(edge.signal));
+            add("label=" + quoted(edge.signals.front()));
         }
         return "  " + portName(edge.from) + " -> " + portName(edge.to) +
                (attributes.empty() ? "" : " [" + attributes + "]") + ";\n";

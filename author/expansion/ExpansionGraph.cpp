@@ -195,8 +195,9 @@ private:
         const int shift = from.bit < 0 || to.bit < 0 ? 0 : from.bit - to.bit;
         const auto [found, isNew] = edgeByEnds_.try_emplace(
             {start.node, start.port, start.inverted, stop.node, stop.port, stop.inverted, shift}, graph_.edges.size());
-        if (isNew) graph_.edges.push_back({start, stop, directed, signal, {}, {}});
+        if (isNew) graph_.edges.push_back({start, stop, directed, {}, {}, {}});
         Graph::Edge& edge = graph_.edges[found->second];
+        if (edge.signals.empty() || edge.signals.back() != signal) edge.signals.push_back(signal);
         from.addBitsTo(edge.fromBits);
         to.addBitsTo(edge.toBits);
     }

@@ -48,9 +48,9 @@ struct HDNT_API ExpansionGraph {
     struct Edge {
         End from;
         End to;
-        bool directed;          ///< from drives to
-        std::string signal;     ///< of the first bit
-        std::set<int> fromBits; ///< of the ports, as Port::bits
+        bool directed;                    ///< from drives to
+        std::vector<std::string> signals; ///< each once, in the order of the connections
+        std::set<int> fromBits;           ///< of the ports, as Port::bits
         std::set<int> toBits;
     };
 

@@ -78,14 +78,14 @@ Svg& Svg::polyline(const std::string& points, std::string_view cssClass) {
 Svg& Svg::text(double x, double y, std::string_view anchor, std::string_view text, std::string_view cssClass) {
     open("text",
          {{"x", number(x)}, {"y", number(y)}, {"text-anchor", std::string(anchor)}, {"class", std::string(cssClass)}});
-    text_ += escaped(text);
-    return close();
+    return write(text).close();
 }
 
-Svg& Svg::title(std::string_view text) {
-    open("title");
+Svg& Svg::write(std::string_view text) {
     text_ += escaped(text);
-    return close();
+    return *this;
 }
+
+Svg& Svg::title(std::string_view text) { return open("title").write(text).close(); }
 
 } // namespace hdnt::author::guide

@@ -29,6 +29,8 @@ public:
     Svg& polyline(const std::string& points, std::string_view cssClass);
     /// `anchor` is start, middle or end.
     Svg& text(double x, double y, std::string_view anchor, std::string_view text, std::string_view cssClass);
+    /// Text in the element that is open.
+    Svg& write(std::string_view text);
     /// <title> of the element that is open: its text alternative.
     Svg& title(std::string_view text);
 
