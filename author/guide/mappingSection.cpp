@@ -1,5 +1,6 @@
 // What the page of a block says of its mapping.
 #include "author/expansion/outcomes.h"
+#include "author/guide/Schematic.internal.h"
 #include "author/guide/pages.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTExpansion.h"
@@ -70,7 +71,15 @@ private:
         outcomes_.push_back(std::move(entry));
     }
 
-    Json drawingOf(const HDNTExpansion&) { return {{"svg", ""}, {"reason", "not drawn"}}; }
+    Json drawingOf(const HDNTExpansion& expansion) {
+        const auto link = [this](const HDNTBlock& block) {
+            const std::string& page = book_.addresses().pageOf(&block);
+            return page.empty() ? page : "../" + page;
+        };
+        const Schematic drawing = schematicOf(expansion, link, "drawing-" + std::to_string(outcomes_.size() + 1));
+        drawings_.drawn += drawing.svg.empty() ? 0 : 1;
+        return {{"svg", drawing.svg}, {"reason", drawing.reason}};
+    }
 
     const Book& book_;
     HDNTBlock& block_;

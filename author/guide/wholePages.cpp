@@ -20,18 +20,26 @@ namespace {
 
 Json pageWith(const std::string& heading) { return {{"heading", heading}, {"root", ""}}; }
 
+// Blocks by group, and in that by what stands behind the colon.
 Json groupsOf(const Json& rows) {
-    std::map<std::string, Json> byGroup;
+    std::map<std::string, std::map<std::string, Json>> byGroup;
     for (const Json& row : rows) {
-        const auto group = row["group"].get<std::string>();
-        Json& list = byGroup[group.empty() ? "without a group" : group];
+        const auto text = row["group"].get<std::string>();
+        const std::size_t colon = std::min(text.find(':'), text.size());
+        const std::string group = text.empty() ? "without a group" : text.substr(0, colon);
+        Json& list = byGroup[group][colon < text.size() ? text.substr(colon + 1) : ""];
         list.push_back({{"name", row["name"]}, {"href", row["href"]}});
     }
     Json groups = Json::array();
-    for (auto& [name, list] : byGroup) {
-        const std::size_t count = list.size();
+    for (auto& [name, byPart] : byGroup) {
+        std::size_t count = 0;
+        Json parts = Json::array();
+        for (auto& [part, list] : byPart) {
+            count += list.size();
+            parts.push_back({{"name", part}, {"blocks", std::move(list)}});
+        }
         groups.push_back(
-            {{"name", name}, {"anchor", anchorOf("group", name)}, {"count", count}, {"blocks", std::move(list)}});
+            {{"name", name}, {"anchor", anchorOf("group", name)}, {"count", count}, {"parts", std::move(parts)}});
     }
     return groups;
 }
