@@ -33,7 +33,7 @@ public:
         addWholePages();
         for (const char* const file : {"guide.css", "guide.js"}) folder_.write(file, guideFile(file));
         folder_.write("search.js", "guideEntries(" + searchData() + ");\n");
-        return {pages_, drawings_.drawn, drawings_.undrawn};
+        return {pages_, drawings_.drawn, drawings_.drawn == 0 ? drawings_.undrawn : ""};
     }
 
 private:

@@ -78,6 +78,7 @@ private:
         };
         const Schematic drawing = schematicOf(expansion, link, "drawing-" + std::to_string(outcomes_.size() + 1));
         drawings_.drawn += drawing.svg.empty() ? 0 : 1;
+        if (!drawing.reason.empty()) drawings_.undrawn = drawing.reason;
         return {{"svg", drawing.svg}, {"reason", drawing.reason}};
     }
 

@@ -19,6 +19,9 @@ Json blockPage(const Book& book, HDNTBlock& block, const Json& facts, DrawingCou
 /// The part of it about mappings.
 Json mappingOf(const Book& book, HDNTBlock& block, DrawingCount& drawings);
 
+/// A drawing of all mappings; empty when there is none, or too much, or nothing to draw it with.
+std::string mappingGraphOf(const Book& book);
+
 /// A row of the table of all blocks.
 Json blockRow(const Book& book, const HDNTBlock& block, const Json& facts);
 

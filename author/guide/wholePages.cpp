@@ -100,7 +100,7 @@ Json matrixPage(const Book& book, const Json& rows) {
 
 Json mappingsPage(const Book& book) {
     Json page = pageWith("Mappings");
-    page["svg"] = "";
+    page["svg"] = mappingGraphOf(book);
     page["rows"] = Json::array();
     for (const HDNTBlock* block : book.blocks()) {
         const Book::Relations& relations = book.relationsOf(*block);
