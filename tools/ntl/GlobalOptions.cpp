@@ -146,9 +146,8 @@ static void registerTables(const Settings& settings, bool findsProjects) {
     }
 }
 
-// Architectures are known only to a configuration that lists them.
-static void requireKnown(const std::string& architecture, ConfigBase& config) {
-    const std::vector<std::string> names = hdnt::author::architecturesIn(config);
+void requireKnownArchitecture(const std::string& architecture) {
+    const std::vector<std::string> names = hdnt::author::architecturesIn(*configuredLibrary().getConfig());
     if (names.empty() || std::find(names.begin(), names.end(), architecture) != names.end()) return;
     throw Failure(Unusable, "--arch: no architecture '" + architecture + "'" +
                                 hdnt::author::question(architecture, names) + "; there are " + joined(names, ", "));
@@ -156,8 +155,8 @@ static void requireKnown(const std::string& architecture, ConfigBase& config) {
 
 static void probeConfiguration(const std::string& architecture) {
     try {
-        const HDNTLibrary& configured = configuredLibrary();
-        if (!architecture.empty()) requireKnown(architecture, *configured.getConfig());
+        configuredLibrary();
+        if (!architecture.empty()) requireKnownArchitecture(architecture);
     } catch (const HEXDataException& error) {
         throw Failure(Unusable, error.what());
     }

@@ -13,6 +13,9 @@ namespace ntl {
 /// or any that are found later.
 void applyGlobalSettings(const Settings& settings, bool findsProjects = false);
 
+/// Throws Failure(Unusable) when the configuration lists architectures, and not this one.
+void requireKnownArchitecture(const std::string& architecture);
+
 /// The two sides of NAME=VALUE, given to an option. Throws Failure(Unusable) when there is no name or no "=".
 std::pair<std::string, std::string> splitAssignment(const std::string& option, const std::string& text);
 

@@ -29,6 +29,7 @@ std::optional<hdnt::author::GuideChanges> changesSince(const Settings& settings)
 
 std::vector<std::string> architecturesOf(const Settings& settings) {
     if (settings.architectures.empty() && !settings.architecture.empty()) return {settings.architecture};
+    for (const std::string& architecture : settings.architectures) requireKnownArchitecture(architecture);
     return settings.architectures;
 }
 
@@ -46,11 +47,11 @@ std::vector<hdnt::Diagnostic> findingsOf(const OpenedLibrary& opened) {
 int runGuide(const Settings& settings) {
     enableByDefault(settings, "ntl.enableMapLib");
     hdnt::author::GuideOptions options;
+    options.architectures = architecturesOf(settings);
     options.changes = changesSince(settings);
     const OpenedLibrary opened = openLibrary(settings);
     options.withParents = opened.withParents;
     options.title = settings.title;
-    options.architectures = architecturesOf(settings);
     options.findings = findingsOf(opened);
     Progress progress(opened.library->getNumTypeBlocks(opened.withParents));
     options.progress = [&](size_t done, size_t) { progress.show(done); };

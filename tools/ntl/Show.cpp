@@ -1,7 +1,7 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
-#include "tools/ntl/DataSheet.h"
 #include "tools/ntl/Commands.h"
+#include "tools/ntl/DataSheet.h"
 #include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
