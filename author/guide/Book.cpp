@@ -1,7 +1,8 @@
 #include "author/exchange/blocks.h"
 #include "author/guide/Book.internal.h"
+#include "author/judge/judge.h"
+#include "author/lint/Baseline.h"
 #include "author/lint/MappingView.internal.h"
-#include "author/lint/lint.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/netlist/HDNTBlockInst.h"
@@ -30,10 +31,21 @@ void addTypes(const HDNTNetlist& netlist, std::vector<std::string>& types) {
     }
 }
 
+// Each knows the block it is about.
+std::vector<Diagnostic> findingsOf(const HDNTLibrary& library, const GuideOptions& options) {
+    LintOptions quick;
+    quick.isThorough = false;
+    std::vector<Diagnostic> findings =
+        options.findings ? *options.findings : judgeLoaded(library, {}, {}, quick, ConfigScope::OwnCells);
+    nameElements(findings);
+    return findings;
+}
+
 } // namespace
 
 Book::Book(const HDNTLibrary& library, const GuideOptions& options)
-    : library_(library), options_(options), title_(options.title.empty() ? library.getName() : options.title),
+    : library_(library), options_(options), findings_(findingsOf(library, options)),
+      title_(options.title.empty() ? library.getName() : options.title),
       blocks_(sortedBlocks(library, options.withParents)),
       architectures_(options.architectures.empty() ? architecturesIn(*library.getConfig()) : options.architectures),
       addresses_(blocks_) {

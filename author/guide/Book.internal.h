@@ -31,6 +31,7 @@ public:
 
     const HDNTLibrary& library() const { return library_; }
     const GuideOptions& options() const { return options_; }
+    const std::vector<Diagnostic>& findings() const { return findings_; }
     const std::string& title() const { return title_; }
     /// By name, case aside.
     const std::vector<HDNTBlock*>& blocks() const { return blocks_; }
@@ -50,6 +51,7 @@ private:
 
     const HDNTLibrary& library_;
     const GuideOptions& options_;
+    std::vector<Diagnostic> findings_;
     std::string title_;
     std::vector<HDNTBlock*> blocks_;
     std::vector<std::string> architectures_;

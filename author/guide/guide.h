@@ -24,7 +24,8 @@ struct GuideOptions {
     bool withParents = false;                    ///< blocks of the parents have pages, too
     std::string title = {};                      ///< empty: the name of the library
     std::vector<std::string> architectures = {}; ///< that the pages speak of; empty: all of the configuration
-    std::vector<Diagnostic> findings = {};       ///< what was said of the library
+    /// What was said of the library; when not given, what the rules say that try no mapping.
+    std::optional<std::vector<Diagnostic>> findings = {};
     std::optional<GuideChanges> changes = {};
     /// Called now and then, with the number of pages that are done, and that of all.
     std::function<void(std::size_t done, std::size_t all)> progress = {};

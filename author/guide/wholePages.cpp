@@ -131,7 +131,7 @@ Json findingsPage(const Book& book) {
     Json page = pageWith("Findings");
     page["rows"] = Json::array();
     std::set<std::string> codes;
-    for (const Diagnostic& finding : book.options().findings) {
+    for (const Diagnostic& finding : book.findings()) {
         Place place = finding.place;
         place.file = place.file.substr(place.file.rfind('/') + 1);
         const std::string block =

@@ -3,6 +3,7 @@
 #include "bindings/python/Types.h"
 #include "bindings/python/View.h"
 #include "bindings/shared/Parameters.h"
+#include "bindings/shared/Text.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -192,6 +193,21 @@ py::tuple lint(const py::object& self, bool thorough, size_t budget,
     return diagnosticsOf(scripts::lintOf(interpreterLock(), libraryOf(use), options));
 }
 
+size_t guide(const py::object& self, const py::object& folder, bool parents, const std::string& title,
+             const std::vector<std::string>& architectures, const py::object& older) {
+    const HandleInUse use(libraryAt(self));
+    author::GuideOptions options;
+    options.withParents = parents;
+    options.title = title;
+    options.architectures = architectures;
+    if (!older.is_none()) {
+        const HandleInUse before(libraryAt(older));
+        options.changes = {libraryOf(before).getName(),
+                           scripts::differencesOf(interpreterLock(), libraryOf(before), libraryOf(use))};
+    }
+    return scripts::writeGuide(interpreterLock(), libraryOf(use), pathOf(folder), options);
+}
+
 void releaseManaged() {
     bool released = true;
     {
@@ -246,6 +262,12 @@ void addFunctions(py::module_& module) {
         "tried; `architectures` are those whose map libraries are judged, all of the configuration when it is None.",
         lint, py::arg("library"), py::kw_only(), py::arg("thorough") = true, py::arg("budget") = LintOptions().budget,
         py::arg("architectures") = py::none());
+    define(
+        module, "guide",
+        "Writes a library as pages into a folder, which is replaced as a whole; the number of pages. `parents` gives "
+        "the blocks of its parents pages, too, `compare` an older library whose changes are told.",
+        guide, py::arg("library"), py::arg("folder"), py::kw_only(), py::arg("parents") = false, py::arg("title") = "",
+        py::arg("architectures") = std::vector<std::string>(), py::arg("compare") = py::none());
     define(module, "common", "The common library, which belongs to the manager; loaded once.",
            [] { return managed(HDNTLibraryMgr::getCommonLibrary, "common"); });
     define(module, "simulation",

@@ -111,6 +111,15 @@ std::vector<Diagnostic> lintOf(ScriptLock& lock, const HDNTLibrary& library, con
     return said;
 }
 
+std::size_t writeGuide(ScriptLock& lock, const HDNTLibrary& library, const std::string& folder,
+                       const author::GuideOptions& options) {
+    if (readers > 0) throw std::runtime_error(library.getName() + ": no guide is written from a visitor or a function");
+    std::size_t pages = 0;
+    inSection(lock, LoadSection::Changes, library.getName(),
+              [&] { pages = author::writeGuide(library, folder, options).pages; });
+    return pages;
+}
+
 // Seen from the library, since the package may stand elsewhere.
 std::string toolPath() {
     Dl_info info{};

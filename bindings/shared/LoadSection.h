@@ -1,11 +1,13 @@
 #pragma once
 
+#include "author/guide/guide.h"
 #include "author/lint/lint.h"
 #include "hdnt/diagnostics/Diagnostic.h"
 #include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/netlist/HDNTFunctionTable.h"
 #include "hdnt/platform/HEX.h"
 
+#include <cstddef>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -146,6 +148,10 @@ std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* pare
 /// What hdnt::lint says of a library, without what its text waives. In a section. Throws runtime_error while the thread
 /// is Reading, since map libraries may replace mappings.
 std::vector<Diagnostic> lintOf(ScriptLock& lock, const HDNTLibrary& library, const LintOptions& options);
+
+/// As author::writeGuide; the number of pages. As lintOf().
+std::size_t writeGuide(ScriptLock& lock, const HDNTLibrary& library, const std::string& folder,
+                       const author::GuideOptions& options);
 
 /// Where the command-line tool is, seen from the library; empty when that is not known.
 std::string toolPath();

@@ -1,4 +1,5 @@
 #include "bindings/shared/Parameters.h"
+#include "bindings/shared/Text.h"
 #include "bindings/tcl/Subcommand.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
@@ -176,6 +177,35 @@ Tcl_Obj* lint(const Command& command) {
     return toTcl(scripts::lintOf(scriptLock(), *use.life()->library(), options));
 }
 
+Tcl_Obj* guide(const Command& command) {
+    static const char* const usage =
+        "library folder ?-architectures list? ?-compare library? ?-parents boolean? ?-title text?";
+    static const std::array<const char*, 5> names = {"-architectures", "-compare", "-parents", "-title", nullptr};
+    command.check(2, 10, usage);
+    if (command.arguments() % 2 == 1) command.check(0, 0, usage);
+    const HandleInUse use(handleOf(command.session, command.argument(0), HDNTNodeKind::Library));
+    const HDNTLibrary& library = *use.life()->library();
+    author::GuideOptions options;
+    for (int i = 2; i < command.arguments(); i += 2) {
+        int which = 0;
+        Tcl_Obj* const value = command.argument(i + 1);
+        if (Tcl_GetIndexFromObj(command.interp, command.argument(i), names.data(), "option", TCL_EXACT, &which) !=
+            TCL_OK)
+            throw ResultIsSet();
+        if (which == 0)
+            for (Tcl_Obj* const name : wordsOf(command.interp, value)) options.architectures.push_back(textOf(name));
+        if (which == 1) {
+            const HandleInUse before(handleOf(command.session, value, HDNTNodeKind::Library));
+            const HDNTLibrary& older = *before.life()->library();
+            options.changes = {older.getName(), scripts::differencesOf(scriptLock(), older, library)};
+        }
+        if (which == 2) options.withParents = boolOf(value);
+        if (which == 3) options.title = textOf(value);
+    }
+    const std::size_t pages = scripts::writeGuide(scriptLock(), library, textOf(command.argument(1)), options);
+    return Tcl_NewWideIntObj(static_cast<Tcl_WideInt>(pages));
+}
+
 Tcl_Obj* alive(const Command& command) {
     command.check(1, 1, "handle");
     const Handle* const handle = handleAt(command.interp, command.argument(0));
@@ -314,6 +344,7 @@ void addCommands(Tcl_Interp* interp) {
     add("release", runCommand<release>);
     add("diff", runCommand<diff>);
     add("lint", runCommand<lint>);
+    add("guide", runCommand<guide>);
     add("alive", runCommand<alive>);
     add("libraries", runCommand<libraries>);
     add("parameter", runCommand<parameter>);

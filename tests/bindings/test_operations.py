@@ -273,6 +273,20 @@ class Operations(unittest.TestCase):
         with self.assertRaises(TypeError):
             hdnt.lint(self.block)
 
+    def test_guide_as_the_tool_does(self):
+        def content(folder):
+            return {path.relative_to(folder): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
+
+        mine, theirs = self.folder / "mine", self.folder / "theirs"
+        pages = hdnt.guide(self.library, mine, title="A book", architectures=["none"])
+        tool("guide", theirs, "-l", self.path, "--title", "A book")
+        self.assertEqual(sorted(content(mine)), sorted(content(theirs)))
+        self.assertEqual(pages, sum(name.suffix == ".html" for name in content(mine)))
+        (mine / "index.html").write_text("changed")
+        with self.assertRaisesRegex(hdnt.Error, "index.html' was changed since"):
+            hdnt.guide(self.library, mine)
+        self.assertEqual(hdnt.guide(self.library, self.folder / "other", compare=self.library), pages + 1)
+
     def test_diff_as_the_tool_does(self):
         changed = self.folder / "changed.btl"
         changed.write_text(TEXT.replace("max = 9", "max = 8").replace('pin "Q" output; property int', "property int"))

@@ -1,7 +1,6 @@
 #include "author/guide/guide.h"
 
 #include "author/judge/judge.h"
-#include "author/lint/Baseline.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 #include "tools/ntl/Commands.h"
@@ -36,10 +35,7 @@ std::vector<std::string> architecturesOf(const Settings& settings) {
 std::vector<hdnt::Diagnostic> findingsOf(const OpenedLibrary& opened) {
     hdnt::LintOptions options;
     options.isThorough = false;
-    std::vector<hdnt::Diagnostic> findings =
-        judgeLoaded(*opened.library, opened.warnings, opened.files, options, hdnt::author::ConfigScope::OwnCells);
-    hdnt::author::nameElements(findings);
-    return findings;
+    return judgeLoaded(*opened.library, opened.warnings, opened.files, options, hdnt::author::ConfigScope::OwnCells);
 }
 
 } // namespace

@@ -491,6 +491,15 @@ def lint(
     budget: int = ...,
     architectures: Sequence[str] | None = ...,
 ) -> tuple[Diagnostic, ...]: ...
+def guide(
+    library: Library,
+    folder: str | PathLike[str],
+    *,
+    parents: bool = ...,
+    title: str = ...,
+    architectures: Sequence[str] = ...,
+    compare: Library | None = ...,
+) -> int: ...
 @overload
 def diff(old: Library, new: Library) -> list[Difference]: ...
 @overload
