@@ -19,3 +19,4 @@
 #include "author/server/serve.h"
 #include "author/syntax/SoundTexts.h"
 #include "author/syntax/SyntaxTree.h"
+#include "author/syntax/TokenKinds.h"
