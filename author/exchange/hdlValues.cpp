@@ -1,0 +1,86 @@
+#include "author/exchange/BlockWords.h"
+#include "author/exchange/hdlValues.internal.h"
+#include "hdnt/platform/BitText.h"
+#include "hdnt/platform/HUTConvert.h"
+#include "hdnt/platform/Text.h"
+
+#include <cmath>
+#include <string_view>
+
+namespace hdnt::author {
+
+namespace {
+
+using words::cell;
+
+bool isHex(const Json& property) { return property["type"] == "bithex"; }
+
+// With digits on both sides of a point, as both languages want them.
+std::string realText(double value) {
+    std::string text = platform::DoubleText(value, platform::DoubleForm::WithPoint).str();
+    if (text.find('.') == std::string::npos) text.insert(text.find('e'), ".0");
+    return text;
+}
+
+// Quoted, with quotes, backslashes and other bytes than those of printed ASCII as `shown` has them.
+template <typename Shown>
+std::string quoted(const std::string& text, Shown&& shown) {
+    std::string result = "\"";
+    for (const char c : text) {
+        if (c >= ' ' && c <= '~' && c != '"' && c != '\\') result += c;
+        else result += shown(c, static_cast<unsigned char>(c));
+    }
+    return result + "\"";
+}
+
+std::string verilogString(const std::string& text) {
+    return quoted(text, [](char c, unsigned byte) {
+        if (c == '"' || c == '\\') return std::string("\\") + c;
+        return "\\" + std::to_string(byte / 64) + std::to_string(byte / 8 % 8) + std::to_string(byte % 8);
+    });
+}
+
+std::string vhdlString(const std::string& text) {
+    return quoted(text, [](char c, unsigned byte) {
+        if (c == '"' || c == '\\') return std::string(c == '"' ? "\"\"" : "\\");
+        return "\" & character'val(" + std::to_string(byte) + ") & \"";
+    });
+}
+
+std::string vhdlBits(const Json& property) {
+    const int width = property["bitWidth"];
+    const bool inHex = width % 4 == 0;
+    std::string digits = cell(property["defaultDigits"]);
+    if (isHex(property)) (inHex ? HUTConvert::hexToHex : HUTConvert::hexToBinary)(digits, digits, width);
+    else (inHex ? HUTConvert::binaryToHex : HUTConvert::binaryToBinary)(digits, digits, width);
+    return (inHex ? "X\"" : "B\"") + digits + "\"";
+}
+
+} // namespace
+
+bool hasHdlDefault(const Json& property) {
+    const Json& value = property["default"];
+    if (value.is_null() || !property["defaultRefusal"].is_null()) return false;
+    if (value.is_number_float()) return std::isfinite(value.get<double>());
+    return property["bitWidth"].is_null() ||
+           (property["bitWidth"] > 0 && platform::BitText::of(cell(property["defaultDigits"]), isHex(property)));
+}
+
+std::string verilogDefault(const Json& property) {
+    const Json& value = property["default"];
+    if (!property["bitWidth"].is_null())
+        return cell(property["bitWidth"]) + (isHex(property) ? "'h" : "'b") + cell(property["defaultDigits"]);
+    if (value.is_boolean()) return value.get<bool>() ? "1'b1" : "1'b0";
+    if (value.is_number_float()) return realText(value.get<double>());
+    return value.is_string() ? verilogString(cell(value)) : cell(value);
+}
+
+std::string vhdlDefault(const Json& property) {
+    const Json& value = property["default"];
+    if (!property["bitWidth"].is_null()) return vhdlBits(property);
+    if (value.is_boolean()) return value.get<bool>() ? "TRUE" : "FALSE";
+    if (value.is_number_float()) return realText(value.get<double>());
+    return value.is_string() ? vhdlString(cell(value)) : cell(value);
+}
+
+} // namespace hdnt::author

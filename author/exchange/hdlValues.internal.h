@@ -1,0 +1,20 @@
+#pragma once
+
+#include "author/exchange/BlockJson.h"
+
+#include <string>
+
+// Defaults of properties, as jsonOf(HDNTBlock&) has them, in hardware description languages.
+namespace hdnt::author {
+
+/// Whether there is a default that the property allows, and that can be written.
+bool hasHdlDefault(const Json& property);
+
+// Of one with such a default.
+/// Bit vectors as 8'h48, truth as 1'b1, texts with escapes for what is not printed ASCII.
+std::string verilogDefault(const Json& property);
+/// Bit vectors as X"48" where their width is a multiple of four, else as B"1"; texts with character'val(N) for what is
+/// not printed ASCII.
+std::string vhdlDefault(const Json& property);
+
+} // namespace hdnt::author
