@@ -136,7 +136,7 @@ TEST(GuideText, NamesOfOtherLanguages) {
         {"a b", "\\a\\x20b ", "\\a b\\"},
         {"a\\b", "\\a\\b ", "\\a\\\\b\\"},
         {"`if", "\\\\x60if ", "\\`if\\"},
-        {"\xc3\xa4\n", "\\\\xc3\\xa4\\x0a ", "\\\\\\xC3\\\\xA4\\\\x0A\\"},
+        {"\xc3\xa4\n", "\\\\xc3\\xa4\\x0a ", "\\\\\\xc3\\\\xa4\\\\x0a\\"},
         {"module", "\\module ", "module"},
         {"Module", "Module", "Module"},
         {"always", "\\always ", "always"},
