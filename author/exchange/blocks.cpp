@@ -2,6 +2,8 @@
 
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/platform/ConfigBase.h"
+#include "hdnt/platform/HUTFile.h"
 #include "hdnt/registry/HDNTCellviewLib.h"
 
 #include <algorithm>
@@ -38,6 +40,12 @@ std::vector<std::string> groupsOf(const std::vector<HDNTBlock*>& blocks) {
     }
     groups.erase("");
     return {groups.begin(), groups.end()};
+}
+
+std::string mapLibraryOf(const HDNTBlock& block) {
+    const std::string directory = ConfigBase::getDataLocation("maplib");
+    if (directory.empty()) return {};
+    return HUTPathUtils::replaceExtension(HUTPathUtils::join(directory, block.getName()), "btl");
 }
 
 } // namespace hdnt::author

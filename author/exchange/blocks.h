@@ -22,4 +22,7 @@ HDNT_API std::string groupOf(const HDNTBlock& block);
 /// The groups of the blocks, with and without subgroups, by name.
 HDNT_API std::vector<std::string> groupsOf(const std::vector<HDNTBlock*>& blocks);
 
+/// The file of the block's map library, whether it exists or not; empty when there is no place for them.
+HDNT_API std::string mapLibraryOf(const HDNTBlock& block);
+
 } // namespace hdnt::author

@@ -1,4 +1,4 @@
-#include "author/guide/Svg.internal.h"
+#include "author/guide/SourceTexts.internal.h"
 #include "author/guide/Templates.internal.h"
 #include "hdnt/platform/DataDirectory.h"
 #include "hdnt/platform/HEX.h"
@@ -55,7 +55,7 @@ Templates::Templates() : parsed_(std::make_unique<Parsed>()) {
         const std::string file = std::string(name) + ".mustache";
         mustache::mustache one(parsed_->texts[name] = guideFile(file));
         if (!one.is_valid()) throw HEXDataException("the guide's template '" + file + "': " + one.error_message());
-        one.set_custom_escape([](const std::string& text) { return escaped(text); });
+        one.set_custom_escape([](const std::string& text) { return escapedLines(text); });
         parsed_->byName.emplace(name, std::move(one));
     }
 }

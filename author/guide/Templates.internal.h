@@ -18,7 +18,8 @@ public:
     Templates& operator=(const Templates&) = delete;
 
     /// Null, false, and empty texts and lists are nothing to a section. Texts are escaped for HTML between two braces,
-    /// with what is not printable as platform::printable has it, and stay as they are between three.
+    /// with what is not printable but for line breaks and tabs as platform::printable has it, and stay as they are
+    /// between three.
     std::string render(const std::string& name, const Json& page);
 
 private:

@@ -1,7 +1,9 @@
 // What the page of a block shows.
 #include "author/exchange/BlockWords.h"
 #include "author/exchange/blocks.h"
+#include "author/guide/SourceTexts.internal.h"
 #include "author/guide/Symbol.internal.h"
+#include "author/guide/instantiation.internal.h"
 #include "author/guide/pages.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/platform/Text.h"
@@ -146,9 +148,17 @@ Json seeAlsoLinks(const Book& book, const HDNTBlock& block) {
     return links;
 }
 
+Json shownSources(Json sources) {
+    for (Json& source : sources) {
+        source["file"] = baseName(cell(source["file"]));
+        if (source["leftOut"] == 0) source["leftOut"] = nullptr;
+    }
+    return sources;
+}
+
 } // namespace
 
-Json blockPage(const Book& book, HDNTBlock& block, const Json& facts, DrawingCount& drawings) {
+Json blockPage(const Book& book, HDNTBlock& block, const Json& facts, const Json& sources, DrawingCount& drawings) {
     Json page;
     page["heading"] = block.getName();
     page["root"] = upwards;
@@ -157,10 +167,12 @@ Json blockPage(const Book& book, HDNTBlock& block, const Json& facts, DrawingCou
     page["pins"] = pinRows(facts);
     page["properties"] = propertyRows(facts);
     page["hasProperties"] = !page["properties"].empty();
-    page["instantiations"] = Json::array();
-    page["sources"] = Json::array();
+    page["instantiations"] = {{{"id", "in-verilog"}, {"language", "Verilog"}, {"text", verilogInstance(facts)}},
+                              {{"id", "in-vhdl"}, {"language", "VHDL"}, {"text", vhdlInstance(facts)}},
+                              {{"id", "in-ntl"}, {"language", "NTL"}, {"text", ntlInstance(facts)}}};
+    page["sources"] = shownSources(sources);
     page["configuration"] = configurationOf(facts);
-    page["mapping"] = mappingOf(book, block, drawings);
+    page["mapping"] = mappingOf(book, block, sources, drawings);
     page["mapsTo"] = mapsToLinks(book, block);
     page["usedBy"] = usedByLinks(book, block);
     page["seeAlso"] = seeAlsoLinks(book, block);

@@ -1,13 +1,17 @@
 #include "author/guide/guide.h"
 
 #include "author/exchange/BlockWords.h"
+#include "author/exchange/blocks.h"
 #include "author/guide/GuideFolder.internal.h"
+#include "author/guide/SourceTexts.internal.h"
 #include "author/guide/Templates.internal.h"
 #include "author/guide/pages.internal.h"
 #include "hdnt/model/HDNTBlock.h"
-#include "hdnt/platform/HEX.h"
+#include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/platform/Text.h"
 
+#include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace hdnt::author {
@@ -21,9 +25,26 @@ Json entry(const std::string& name, const std::string& kind, const std::string& 
     return {{"name", name}, {"kind", kind}, {"href", href}, {"text", text}};
 }
 
+// Those of the blocks before those of map libraries.
+std::vector<std::string> filesOf(const Book& book) {
+    std::vector<std::string> files;
+    const auto add = [&](const std::string& file) {
+        if (!file.empty() && std::ranges::find(files, file) == files.end()) files.push_back(file);
+    };
+    const auto addOf = [&](const HDNTNode* node) {
+        const auto location = node ? node->copyOfLocation() : std::nullopt;
+        if (location && location->fileName) add(location->fileName);
+    };
+    for (const HDNTBlock* block : book.blocks()) addOf(block);
+    for (const HDNTBlock* block : book.blocks()) addOf(block->getAttachedNetlist());
+    for (const HDNTBlock* block : book.blocks())
+        if (!block->hasOwnNetlist() && !book.relationsOf(*block).variants.empty()) add(mapLibraryOf(*block));
+    return files;
+}
+
 class Writer {
 public:
-    Writer(const Book& book, GuideFolder& folder) : book_(book), folder_(folder) {}
+    Writer(const Book& book, GuideFolder& folder) : book_(book), folder_(folder), sources_(filesOf(book)) {}
 
     WrittenGuide run() {
         for (HDNTBlock* block : book_.blocks()) {
@@ -49,7 +70,7 @@ private:
         const std::string& address = book_.addresses().pageOf(&block);
         rows_.push_back(blockRow(book_, block, facts));
         addNames(facts, address);
-        write("block", address, blockPage(book_, block, facts, drawings_));
+        write("block", address, blockPage(book_, block, facts, sources_.of(block.getName()), drawings_));
     }
 
     void addNames(const Json& facts, const std::string& address) {
@@ -118,6 +139,7 @@ private:
     const Book& book_;
     GuideFolder& folder_;
     Templates templates_;
+    SourceTexts sources_;
     Json rows_ = Json::array();
     Json names_ = Json::array();
     DrawingCount drawings_;

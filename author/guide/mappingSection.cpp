@@ -1,12 +1,13 @@
 // What the page of a block says of its mapping.
 #include "author/expansion/outcomes.h"
 #include "author/guide/Schematic.internal.h"
+#include "author/guide/SourceTexts.internal.h"
 #include "author/guide/pages.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTExpansion.h"
 #include "hdnt/platform/Text.h"
 
-#include <string_view>
+#include <algorithm>
 
 namespace hdnt::author::guide {
 
@@ -18,8 +19,8 @@ std::string shortPlace(const Place& place) {
 
 class MappingSection {
 public:
-    MappingSection(const Book& book, HDNTBlock& block, DrawingCount& drawings)
-        : book_(book), block_(block), drawings_(drawings) {}
+    MappingSection(const Book& book, HDNTBlock& block, const Json& sources, DrawingCount& drawings)
+        : book_(book), block_(block), sources_(sources), drawings_(drawings) {}
 
     Json made() {
         for (const Book::Variant& variant : book_.relationsOf(block_).variants) addVariant(variant);
@@ -62,13 +63,18 @@ private:
         entry["netlist"] = from.text;
         entry.update(drawing);
         for (const std::string& problem : from.problems) entry["problems"].push_back({{"text", problem}});
-        for (const ReachedBranch& branch : from.branches)
-            entry["branches"].push_back({{"place", shortPlace(branch.place)},
-                                         {"text", branch.place.text},
-                                         {"taken", branch.taken},
-                                         {"href", nullptr}});
+        for (const ReachedBranch& branch : from.branches) entry["branches"].push_back(branchOf(branch));
         entry["hasBranches"] = !from.branches.empty();
         outcomes_.push_back(std::move(entry));
+    }
+
+    Json branchOf(const ReachedBranch& branch) {
+        const std::string anchor =
+            lineAnchor(sources_, branch.place.file, static_cast<std::size_t>(std::max(branch.place.line, 0)));
+        return {{"place", shortPlace(branch.place)},
+                {"href", anchor.empty() ? Json() : Json("#" + anchor)},
+                {"text", branch.place.text},
+                {"taken", branch.taken}};
     }
 
     Json drawingOf(const HDNTExpansion& expansion) {
@@ -84,6 +90,7 @@ private:
 
     const Book& book_;
     HDNTBlock& block_;
+    const Json& sources_;
     DrawingCount& drawings_;
     Json outcomes_ = Json::array();
     bool isCut_ = false;
@@ -91,8 +98,8 @@ private:
 
 } // namespace
 
-Json mappingOf(const Book& book, HDNTBlock& block, DrawingCount& drawings) {
-    return MappingSection(book, block, drawings).made();
+Json mappingOf(const Book& book, HDNTBlock& block, const Json& sources, DrawingCount& drawings) {
+    return MappingSection(book, block, sources, drawings).made();
 }
 
 } // namespace hdnt::author::guide

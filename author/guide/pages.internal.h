@@ -14,10 +14,10 @@ struct DrawingCount {
     std::string undrawn; ///< why none can be
 };
 
-/// Of template "block". `facts` is what jsonOf(HDNTBlock&) says.
-Json blockPage(const Book& book, HDNTBlock& block, const Json& facts, DrawingCount& drawings);
+/// Of template "block". `facts` is what jsonOf(HDNTBlock&) says, `sources` what SourceTexts::of() does.
+Json blockPage(const Book& book, HDNTBlock& block, const Json& facts, const Json& sources, DrawingCount& drawings);
 /// The part of it about mappings.
-Json mappingOf(const Book& book, HDNTBlock& block, DrawingCount& drawings);
+Json mappingOf(const Book& book, HDNTBlock& block, const Json& sources, DrawingCount& drawings);
 
 /// A drawing of all mappings; empty when there is none, or too much, or nothing to draw it with.
 std::string mappingGraphOf(const Book& book);

@@ -3,7 +3,6 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
-#include "hdnt/platform/ConfigBase.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HUTFile.h"
 #include "tools/ntl/Commands.h"
@@ -126,18 +125,11 @@ private:
         return fine;
     }
 
-    // The file of the block's map library, whether it exists or not; empty when there is no place for them.
-    static std::string mapLibraryOf(const HDNTBlock& block) {
-        const std::string directory = ConfigBase::getDataLocation("maplib");
-        if (directory.empty()) return {};
-        return HUTPathUtils::replaceExtension(HUTPathUtils::join(directory, block.getName()), "btl");
-    }
-
     static std::string reasonForNone(const HDNTBlock& block) {
         const std::string& architecture = HDNTLibraryMgr::getLibraryMgr()->m_architecture;
         std::string text = "block '" + block.getName() + "' has no mapping";
         if (!architecture.empty()) return text + " for the architecture '" + architecture + "'";
-        const std::string file = mapLibraryOf(block);
+        const std::string file = hdnt::author::mapLibraryOf(block);
         if (file.empty() || !HUTPathUtils::exists(file)) return text;
         return text + " that holds for every architecture; name one of those in " + file + " with --arch";
     }
