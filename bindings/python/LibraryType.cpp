@@ -140,12 +140,17 @@ void close(const py::object& self) {
     closeLibrary(library);
 }
 
-std::string pathOf(const py::object& path) {
+std::string pathTextOf(const py::object& path) {
     PyObject* bytes = nullptr;
     if (!PyUnicode_FSConverter(path.ptr(), &bytes)) throw py::error_already_set();
     const py::object owner = object(bytes);
+    return PyBytes_AS_STRING(bytes);
+}
+
+// Of what is there.
+std::string pathOf(const py::object& path) {
     struct stat status {};
-    std::string text = PyBytes_AS_STRING(bytes);
+    std::string text = pathTextOf(path);
     if (stat(text.c_str(), &status) == 0) return text;
     PyErr_SetFromErrnoWithFilenameObject(PyExc_OSError, path.ptr());
     throw py::error_already_set();
@@ -205,7 +210,7 @@ size_t guide(const py::object& self, const py::object& folder, bool parents, con
         options.changes = {libraryOf(before).getName(),
                            scripts::differencesOf(interpreterLock(), libraryOf(before), libraryOf(use))};
     }
-    return scripts::writeGuide(interpreterLock(), libraryOf(use), pathOf(folder), options);
+    return scripts::writeGuide(interpreterLock(), libraryOf(use), pathTextOf(folder), options);
 }
 
 void releaseManaged() {
