@@ -5,7 +5,9 @@
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
+#include <string_view>
 #include <vector>
 
 namespace hdnt::author::guide {
@@ -102,38 +104,37 @@ std::string wordsOf(const Pin& pin) {
     return text + (pin.isTest ? ", test" : "");
 }
 
-/// One pin at an edge of the box, whose end is at x.
+// Two lines that meet at a tip; `back` leads from there to the height of their ends.
+void drawTip(Svg& svg, double x, double y, double back, double half, std::string_view cssClass) {
+    const auto point = [](double px, double py) { return number(px) + "," + number(py); };
+    svg.polyline(point(x + back, y - half) + " " + point(x, y) + " " + point(x + back, y + half), cssClass);
+}
+
+std::string tieMark(const std::string& required) {
+    static const std::map<std::string, std::string> marks = {
+        {"tieLow", "0"}, {"tieHigh", "1"}, {"tieSpecial", "*"}, {"untie", "\xc3\x97"}};
+    const auto found = marks.find(required);
+    return found == marks.end() ? "" : found->second;
+}
+
+/// One pin at an edge of the box.
 void drawPin(Svg& svg, const Pin& pin, double edge) {
     const double out = pin.isLeft() ? -1 : 1;
     const double end = edge + out * stub;
-    const std::string kind = pin.isBus ? "stub bus" : "stub";
+    const double begin = edge + (pin.isInvertible ? out * 2 * bubbleRadius : 0);
+    const bool isFaint = pin.isTest || pin.direction == "internal";
     svg.open("g", {{"class", "pin"}, {"data-pin", pin.name}, {"data-direction", pin.direction}});
     svg.title(wordsOf(pin));
-    const double bubble = pin.isInvertible ? 2 * bubbleRadius : 0;
-    svg.line(edge + out * bubble, pin.y, end, pin.y, pin.isTest || pin.direction == "internal" ? kind + " test" : kind);
+    svg.line(begin, pin.y, end, pin.y, std::string("stub") + (pin.isBus ? " bus" : "") + (isFaint ? " test" : ""));
     if (pin.isInvertible) svg.circle(edge + out * bubbleRadius, pin.y, bubbleRadius, "bubble");
-    double inner = edge - out * 6;
-    if (pin.type == "clock") {
-        const std::string points = number(edge) + "," + number(pin.y - 6) + " " + number(edge - out * 9) + "," +
-                                   number(pin.y) + " " + number(edge) + "," + number(pin.y + 6);
-        svg.polyline(points, "wedge");
-        inner -= out * 8;
-    }
-    svg.text(inner, pin.y + 4, pin.isLeft() ? "start" : "end", pin.label, "name");
+    const bool isClock = pin.type == "clock";
+    if (isClock) drawTip(svg, edge - out * 9, pin.y, out * 9, 6, "wedge");
+    svg.text(edge - out * (isClock ? 14 : 6), pin.y + 4, pin.isLeft() ? "start" : "end", pin.label, "name");
     if (pin.direction == "bidir") {
-        const std::string points = number(end - out * 6) + "," + number(pin.y - 4) + " " + number(end) + "," +
-                                   number(pin.y) + " " + number(end - out * 6) + "," + number(pin.y + 4);
-        svg.polyline(points, "arrow");
-        const std::string back = number(edge + out * (bubble + 6)) + "," + number(pin.y - 4) + " " +
-                                 number(edge + out * bubble) + "," + number(pin.y) + " " +
-                                 number(edge + out * (bubble + 6)) + "," + number(pin.y + 4);
-        svg.polyline(back, "arrow");
+        drawTip(svg, end, pin.y, -out * 6, 4, "arrow");
+        drawTip(svg, begin, pin.y, out * 6, 4, "arrow");
     }
-    const std::string tie = pin.required == "tieLow"       ? "0"
-                            : pin.required == "tieHigh"    ? "1"
-                            : pin.required == "tieSpecial" ? "*"
-                            : pin.required == "untie"      ? "\xc3\x97"
-                                                           : "";
+    const std::string tie = tieMark(pin.required);
     if (!tie.empty()) svg.text(end + out * 8, pin.y + 4, "middle", tie, "tie");
     if (pin.required == "active" || pin.required == "mustConnect") svg.circle(end, pin.y, 3.5, "dot");
     svg.close();
@@ -167,6 +168,22 @@ std::string drawn(const std::string& name, std::vector<Pin>& pins) {
     return svg.str();
 }
 
+std::string sampleOf(Pin pin, const std::string& text) {
+    constexpr double width = 140;
+    pin.y = row / 2;
+    Svg svg;
+    svg.open("svg", {{"class", "symbol"},
+                     {"viewBox", "0 0 " + number(width) + " " + number(row)},
+                     {"width", number(width)},
+                     {"height", number(row)},
+                     {"role", "img"},
+                     {"aria-label", text}});
+    const double edge = pin.isLeft() ? margin + stub : width - margin - stub;
+    svg.line(edge, 0, edge, row, "box");
+    drawPin(svg, pin, edge);
+    return svg.close().str();
+}
+
 } // namespace
 
 std::string symbolOf(const Json& block) {
@@ -185,26 +202,11 @@ Json symbolLegend() {
         {{"A", "A", "input", "data", "tieLow", false, false, false},
          "What a pin is tied to that nothing drives: 0 or 1."},
         {{"A", "A", "input", "data", "tieSpecial", false, false, false}, "A pin with a tie of its own kind."},
-        {{"A", "A", "input", "data", "untie", false, false, false}, "A pin that must not be tied."},
+        {{"A", "A", "input", "data", "untie", false, false, false}, "A pin that has to stay open."},
         {{"IO", "IO", "bidir", "data", "", false, false, false}, "A pin for both directions."},
         {{"N", "N", "internal", "data", "", false, false, false}, "A pin inside of the block, or one for tests."}};
     Json legend = Json::array();
-    for (const auto& [sample, text] : samples) {
-        Pin pin = sample;
-        pin.y = row / 2;
-        Svg svg;
-        svg.open("svg", {{"class", "symbol"},
-                         {"viewBox", "0 0 140 20"},
-                         {"width", "140"},
-                         {"height", "20"},
-                         {"role", "img"},
-                         {"aria-label", text}});
-        const double edge = pin.isLeft() ? margin + stub : 140 - margin - stub;
-        svg.line(edge, 0, edge, row, "box");
-        drawPin(svg, pin, edge);
-        svg.close();
-        legend.push_back({{"svg", svg.str()}, {"text", text}});
-    }
+    for (const auto& [sample, text] : samples) legend.push_back({{"svg", sampleOf(sample, text)}, {"text", text}});
     return legend;
 }
 
