@@ -55,7 +55,7 @@ std::string commentOf(const std::string& text) { return platform::clipped(printa
 /// A name for the instance that no signal has.
 std::string instanceName(const Json& block) {
     for (int number = 0;; ++number) {
-        const std::string name = "u" + std::to_string(number);
+        std::string name = "u" + std::to_string(number);
         const auto isTaken = [&](const Json& bus) { return HSTStringUtils::iequals(cell(bus["baseName"]), name); };
         if (std::ranges::none_of(block["buses"], isTaken)) return name;
     }
@@ -87,6 +87,14 @@ struct Port {
     const Json* bus; ///< the first
     std::vector<std::string> buses;
     std::optional<std::pair<int, int>> range; ///< from the lowest bit to the highest, either way
+
+    /// The range with texts around and between; empty when there is none.
+    std::string bounds(std::string_view before, std::string_view between, std::string_view behind) const {
+        if (!range) return {};
+        std::string text(before);
+        text.append(std::to_string(range->first)).append(between);
+        return text.append(std::to_string(range->second)).append(behind);
+    }
 
     std::string comment(const std::string& direction) const {
         const std::string pins = buses.size() > 1 ? "pins " + platform::joined(buses, " ") : "";
@@ -130,7 +138,7 @@ struct Shape {
 
     std::string notesText(const std::string& mark) const {
         std::string text;
-        for (const std::string& note : notes) text += mark + " " + note + "\n";
+        for (const std::string& note : notes) text.append(mark).append(" ").append(note).append("\n");
         return text;
     }
 
@@ -209,21 +217,24 @@ private:
     std::string instance_;
 };
 
+std::string verilogAssociation(const std::string& name, const std::string& value) {
+    return "." + name + "(" + value + ")";
+}
+
 } // namespace
 
 std::string verilogInstance(const Json& block) {
     const Shape shape(block);
     std::vector<Line> parameters, ports;
     for (const Json* property : shape.parameters)
-        parameters.push_back({"." + verilogName(cell((*property)["name"])) + "(" + verilogDefault(*property) + ")",
+        parameters.push_back({verilogAssociation(verilogName(cell((*property)["name"])), verilogDefault(*property)),
                               parameterFactsOf(*property)});
     for (const Port& port : shape.ports) {
         const std::string name = verilogName(port.name);
         const Json& direction = (*port.bus)["direction"];
-        const std::string range =
-            port.range ? " [" + std::to_string(port.range->first) + ":" + std::to_string(port.range->second) + "]" : "";
         ports.push_back(
-            {"." + name + "(" + name + ")", port.comment((direction == "bidir" ? "inout" : cell(direction)) + range)});
+            {verilogAssociation(name, name),
+             port.comment((direction == "bidir" ? "inout" : cell(direction)) + port.bounds(" [", ":", "]"))});
     }
     std::string text = shape.notesText("//") + verilogName(cell(block["name"])) + " ";
     if (!parameters.empty()) text += "#(\n" + textOf(parameters, "    ", "//", ",") + ") ";
@@ -239,13 +250,10 @@ std::string vhdlInstance(const Json& block) {
         generics.push_back(
             {naming.of(cell((*property)["name"])) + " => " + vhdlDefault(*property), parameterFactsOf(*property)});
     for (const Port& port : shape.ports) {
-        std::string type = modes.at(cell((*port.bus)["direction"])) + " std_logic";
-        if (port.range) {
-            const auto [first, last] = *port.range;
-            type +=
-                "_vector(" + std::to_string(first) + (first < last ? " to " : " downto ") + std::to_string(last) + ")";
-        }
-        ports.push_back({naming.of(port.name) + " => " + naming.of(port.name), port.comment(type)});
+        const bool isUpwards = port.range && port.range->first < port.range->second;
+        const std::string type = " std_logic" + port.bounds("_vector(", isUpwards ? " to " : " downto ", ")");
+        ports.push_back({naming.of(port.name) + " => " + naming.of(port.name),
+                         port.comment(modes.at(cell((*port.bus)["direction"])) + type)});
     }
     std::string text = shape.notesText("--") + instanceName(block) + " : " + vhdlName(cell(block["name"]));
     if (!generics.empty()) text += "\n    generic map (\n" + textOf(generics, "        ", "--", ",") + "    )";
