@@ -34,9 +34,21 @@ private:
         OutcomeOptions options;
         options.architecture = variant.architecture;
         options.visit = [&](const HDNTExpansion& expansion, const MappingOutcome& outcome) {
-            add(variant, outcome, drawingOf(expansion));
+            if (isKnown(variant, outcome)) return;
+            if (outcomes_.size() == options.most) isCut_ = true;
+            else add(variant, outcome, drawingOf(expansion));
         };
         isCut_ = outcomesOf(block_, options).isCut || isCut_;
+    }
+
+    // Architectures may have the same mapping, each in a text of its own.
+    bool isKnown(const Book::Variant& variant, const MappingOutcome& outcome) {
+        for (Json& known : outcomes_) {
+            if (variant.architecture.empty() || known["netlist"] != outcome.text || outcome.text.empty()) continue;
+            known["architecture"] = known["architecture"].get<std::string>() + ", " + variant.architecture;
+            return true;
+        }
+        return false;
     }
 
     Json outcome(const Book::Variant& variant) {

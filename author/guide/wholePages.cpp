@@ -153,16 +153,27 @@ Json findingsPage(const Book& book) {
     return page;
 }
 
+// The name as the block has it: in a path some characters stand behind a backslash.
+static std::string blockOf(const HDNTDifference& difference) {
+    std::string name;
+    for (std::size_t i = 0; i < difference.block.size(); ++i) {
+        if (difference.block[i] == '\\' && i + 1 < difference.block.size()) ++i;
+        name += difference.block[i];
+    }
+    return name;
+}
+
 Json changesOf(const Book& book, const std::string& block) {
     Json chapters = Json::array();
     if (!book.options().changes) return chapters;
     for (const ReleaseChapter& chapter : releaseChapters()) {
         Json items = Json::array();
         for (const HDNTDifference& item : book.options().changes->differences) {
-            if (!chapter.holds(item) || (!block.empty() && item.block != block)) continue;
+            if (!chapter.holds(item) || (!block.empty() && blockOf(item) != block)) continue;
             Json entry = {{"html", changeText(item, htmlCode, " → ")}};
-            entry["block"] =
-                block.empty() && !item.block.empty() ? book.linkTo(book.find(item.block), item.block, "") : Json();
+            entry["block"] = block.empty() && !item.block.empty()
+                                 ? book.linkTo(book.find(blockOf(item)), blockOf(item), "")
+                                 : Json();
             items.push_back(std::move(entry));
         }
         if (!items.empty()) chapters.push_back({{"title", chapter.title}, {"items", std::move(items)}});

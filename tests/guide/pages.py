@@ -123,7 +123,7 @@ def check_properties(block, tree):
     properties = block["properties"] + of_pins
     assert len(rows) == len(properties), (block["name"], rows)
     for row, one in zip(rows, properties):
-        assert row[0].split(" ")[0] == one["name"].split(" ")[0] and row[1] == one["type"], (block["name"], row)
+        assert row[0].split(" ")[0] == one["name"].split(" ")[0] and row[1].split(",")[0] == one["type"], (block["name"], row)
         assert row[3].split(" ")[0] == shown(one["values"][0]).split(" ")[0] if one["values"] else row[3], row
         quote = '"' if one["type"] == "string" else ""
         if one["default"] is not None:
