@@ -72,7 +72,7 @@ void order(std::vector<Pin*>& pins) {
     const auto keyOf = [&](const Pin& pin) { return (pin.direction == "internal" ? "~" : "") + pin.type; };
     for (const Pin* pin : pins)
         if (std::ranges::find(types, keyOf(*pin)) == types.end()) types.push_back(keyOf(*pin));
-    std::ranges::stable_partition(types, [](const std::string& type) { return type[0] != '~'; });
+    std::stable_partition(types.begin(), types.end(), [](const std::string& type) { return type[0] != '~'; });
     const auto place = [&](const Pin* pin) { return std::ranges::find(types, keyOf(*pin)) - types.begin(); };
     std::ranges::stable_sort(pins, {}, place);
 }
