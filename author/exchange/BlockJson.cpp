@@ -182,10 +182,9 @@ Json jsonOf(const HDNTBus& bus) {
 }
 
 // Counts are those of the top level; what stands in the branches of ifs is not known before an expansion.
-Json netlistOf(HDNTBlock& block) {
+Json netlistOf(HDNTBlock& block, SourcePlaces& places) {
     const HDNTNetlist* const netlist = block.getAttachedNetlist();
     if (!netlist) return nullptr;
-    SourcePlaces places;
     const auto location = netlist->copyOfLocation();
     const Place place = location ? places.placeOf(*location) : Place();
     const unsigned short kind = block.getNetlistKind();
@@ -210,10 +209,10 @@ Json netlistOf(HDNTBlock& block) {
 }
 
 // A map library that is broken was complained of already.
-void addMapping(Json& json, HDNTBlock& block) {
+void addMapping(Json& json, HDNTBlock& block, SourcePlaces& places) {
     json["netlistKind"] = block.getNetlistKind();
     json["hasOwnNetlist"] = block.hasOwnNetlist();
-    json["netlist"] = netlistOf(block);
+    json["netlist"] = netlistOf(block, places);
     json["hasPseudoDifferentialExpansion"] = block.getAttachedNetlist() && block.hasPseudoDifferentialExpansion("");
 }
 
@@ -240,7 +239,7 @@ void addConfiguration(Json& json, const HDNTBlock& block) {
 
 } // namespace
 
-Json jsonOf(HDNTBlock& block) {
+Json jsonOf(HDNTBlock& block, SourcePlaces& places) {
     Json json;
     json["name"] = block.getName();
     json["library"] = block.getLibrary()->getName();
@@ -255,7 +254,7 @@ Json jsonOf(HDNTBlock& block) {
     json["subgroup"] = orNull(block.getPrimSubGroupType(false));
     json["legacyGroup"] = orNull(block.getPrimGroupType(true));
     json["legacySubgroup"] = orNull(block.getPrimSubGroupType(true));
-    addMapping(json, block);
+    addMapping(json, block, places);
     json["pinCount"] = block.getNumPins();
     json["busCount"] = block.getNumBuses();
     json["propertyCount"] = block.getNumProperties();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hdnt/diagnostics/Diagnostic.h"
 #include "hdnt/model/Value.h"
 #include "hdnt/platform/Export.h"
 
@@ -27,7 +28,7 @@ HDNT_API Json locationOf(const HDNTNode& node);
 
 /// All that a block, its buses, pins and properties answer; docs/ntl.md says what each key means. For the architecture
 /// in force, if any. Its mapping is the one that is attached; what asks for more of it may load map libraries and print
-/// what is wrong with them. The loading thread's.
-HDNT_API Json jsonOf(HDNTBlock& block);
+/// what is wrong with them. Places are asked of `places`, which remembers files. The loading thread's.
+HDNT_API Json jsonOf(HDNTBlock& block, SourcePlaces& places);
 
 } // namespace hdnt::author

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-// Parts of what jsonOf(HDNTBlock&) says, in the words of data sheets.
+// Parts of what jsonOf(HDNTBlock&, ...) says, in the words of data sheets.
 namespace hdnt::author::words {
 
 /// A value as a cell: null is empty, a double stays as short as JSON writes it.

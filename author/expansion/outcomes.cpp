@@ -17,7 +17,8 @@ namespace {
 class OutcomeFinder {
 public:
     OutcomeFinder(HDNTBlock& block, const HDNTNetlist& netlist, const OutcomeOptions& options)
-        : block_(block), options_(options), cover_(block, netlist), places_(options.texts) {}
+        : block_(block), options_(options), cover_(block, netlist), ownPlaces_(options.texts),
+          places_(options.places ? *options.places : ownPlaces_) {}
 
     MappingOutcomes find() {
         MappingOutcomes found;
@@ -90,7 +91,8 @@ private:
     HDNTBlock& block_;
     const OutcomeOptions& options_;
     SettingCover cover_;
-    SourcePlaces places_;
+    SourcePlaces ownPlaces_;
+    SourcePlaces& places_;
     BriefPlaces briefPlaces_;
 };
 

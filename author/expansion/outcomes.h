@@ -38,6 +38,8 @@ struct OutcomeOptions {
     std::size_t most = 12;       ///< outcomes
     /// Counts places in these texts instead of the files at their paths, as LoadOptions::texts has them.
     std::map<std::string, std::string> texts = {};
+    /// Finds the places, and remembers files from one block to the next, instead of the texts; null: made for the call.
+    SourcePlaces* places = nullptr;
     /// Whose mapping is meant, which may have to be loaded; empty: that of HDNTBlock::getNetlist().
     std::string architecture = {};
     /// Called for each outcome with the expansion that it was written from.

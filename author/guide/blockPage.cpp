@@ -158,7 +158,7 @@ Json shownSources(Json sources) {
 
 } // namespace
 
-Json blockPage(const Book& book, HDNTBlock& block, const Json& facts, const Json& sources, DrawingCount& drawings) {
+Json blockPage(const Book& book, HDNTBlock& block, const Json& facts, const Json& sources, Progression& progression) {
     Json page;
     page["heading"] = block.getName();
     page["root"] = upwards;
@@ -172,7 +172,7 @@ Json blockPage(const Book& book, HDNTBlock& block, const Json& facts, const Json
                               {{"id", "in-ntl"}, {"language", "NTL"}, {"text", ntlInstance(facts)}}};
     page["sources"] = shownSources(sources);
     page["configuration"] = configurationOf(facts);
-    page["mapping"] = mappingOf(book, block, sources, drawings);
+    page["mapping"] = mappingOf(book, block, sources, progression);
     page["mapsTo"] = mapsToLinks(book, block);
     page["usedBy"] = usedByLinks(book, block);
     page["seeAlso"] = seeAlsoLinks(book, block);

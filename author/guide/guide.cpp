@@ -54,7 +54,7 @@ public:
         addWholePages();
         for (const char* const file : {"guide.css", "guide.js"}) folder_.write(file, guideFile(file));
         folder_.write("search.js", "guideEntries(" + searchData() + ");\n");
-        return {pages_, drawings_.drawn, drawings_.drawn == 0 ? drawings_.undrawn : ""};
+        return {pages_, progression_.drawn, progression_.drawn == 0 ? progression_.undrawn : ""};
     }
 
 private:
@@ -66,11 +66,11 @@ private:
                 else block.getNetlist(variant.architecture);
                 break;
             }
-        const Json facts = jsonOf(block);
+        const Json facts = jsonOf(block, progression_.places);
         const std::string& address = book_.addresses().pageOf(&block);
         rows_.push_back(blockRow(book_, block, facts));
         addNames(facts, address);
-        write("block", address, blockPage(book_, block, facts, sources_.of(block.getName()), drawings_));
+        write("block", address, blockPage(book_, block, facts, sources_.of(block.getName()), progression_));
     }
 
     void addNames(const Json& facts, const std::string& address) {
@@ -142,7 +142,7 @@ private:
     SourceTexts sources_;
     Json rows_ = Json::array();
     Json names_ = Json::array();
-    DrawingCount drawings_;
+    Progression progression_;
     std::size_t pages_ = 0;
     std::size_t done_ = 0;
 };

@@ -19,8 +19,8 @@ std::string shortPlace(const Place& place) {
 
 class MappingSection {
 public:
-    MappingSection(const Book& book, HDNTBlock& block, const Json& sources, DrawingCount& drawings)
-        : book_(book), block_(block), sources_(sources), drawings_(drawings) {}
+    MappingSection(const Book& book, HDNTBlock& block, const Json& sources, Progression& progression)
+        : book_(book), block_(block), sources_(sources), progression_(progression) {}
 
     Json made() {
         for (const Book::Variant& variant : book_.relationsOf(block_).variants) addVariant(variant);
@@ -33,6 +33,7 @@ private:
         if (!variant.problem.empty()) return addProblem(variant);
         OutcomeOptions options;
         options.architecture = variant.architecture;
+        options.places = &progression_.places;
         options.visit = [&](const HDNTExpansion& expansion, const MappingOutcome& outcome) {
             if (isKnown(variant, outcome)) return;
             if (outcomes_.size() == options.most) isCut_ = true;
@@ -95,23 +96,23 @@ private:
             return page.empty() ? page : "../" + page;
         };
         const Schematic drawing = schematicOf(expansion, link, "drawing-" + std::to_string(outcomes_.size() + 1));
-        drawings_.drawn += drawing.svg.empty() ? 0 : 1;
-        if (!drawing.reason.empty()) drawings_.undrawn = drawing.reason;
+        progression_.drawn += drawing.svg.empty() ? 0 : 1;
+        if (!drawing.reason.empty()) progression_.undrawn = drawing.reason;
         return {{"svg", drawing.svg}, {"reason", drawing.reason}};
     }
 
     const Book& book_;
     HDNTBlock& block_;
     const Json& sources_;
-    DrawingCount& drawings_;
+    Progression& progression_;
     Json outcomes_ = Json::array();
     bool isCut_ = false;
 };
 
 } // namespace
 
-Json mappingOf(const Book& book, HDNTBlock& block, const Json& sources, DrawingCount& drawings) {
-    return MappingSection(book, block, sources, drawings).made();
+Json mappingOf(const Book& book, HDNTBlock& block, const Json& sources, Progression& progression) {
+    return MappingSection(book, block, sources, progression).made();
 }
 
 } // namespace hdnt::author::guide

@@ -9,15 +9,17 @@
 // set, if to null.
 namespace hdnt::author::guide {
 
-struct DrawingCount {
+/// What goes from the page of one block to that of the next.
+struct Progression {
     std::size_t drawn = 0;
-    std::string undrawn; ///< why none can be
+    std::string undrawn; ///< why a mapping was not drawn
+    SourcePlaces places;
 };
 
-/// Of template "block". `facts` is what jsonOf(HDNTBlock&) says, `sources` what SourceTexts::of() does.
-Json blockPage(const Book& book, HDNTBlock& block, const Json& facts, const Json& sources, DrawingCount& drawings);
+/// Of template "block". `facts` is what jsonOf(HDNTBlock&, ...) says, `sources` what SourceTexts::of() does.
+Json blockPage(const Book& book, HDNTBlock& block, const Json& facts, const Json& sources, Progression& progression);
 /// The part of it about mappings.
-Json mappingOf(const Book& book, HDNTBlock& block, const Json& sources, DrawingCount& drawings);
+Json mappingOf(const Book& book, HDNTBlock& block, const Json& sources, Progression& progression);
 
 /// A drawing of all mappings; empty when there is none, or too much, or nothing to draw it with.
 std::string mappingGraphOf(const Book& book);

@@ -47,6 +47,11 @@ hdnt::Loaded loaded(const std::string& text, HDNTLibrary* parent = nullptr) {
     return hdnt::load("t.btl", options);
 }
 
+Json factsOf(HDNTBlock& block) {
+    hdnt::SourcePlaces places;
+    return jsonOf(block, places);
+}
+
 std::string block(const std::string& name, const std::string& entities) {
     return "library \"L\" { block \"" + name + "\" {\n" + entities + "} }";
 }
@@ -166,7 +171,7 @@ TEST(GuideText, Instances) {
         property int "late" { simulation = true, default = 1 }
     )"));
     ASSERT_TRUE(library) << library.diagnostics[0].message;
-    const Json json = jsonOf(*library.library->getTypeBlock(0));
+    const Json json = factsOf(*library.library->getTypeBlock(0));
     EXPECT_EQ(guide::verilogInstance(json), R"(// V: abstract, no port
 // N: internal, no port
 // none: no default; int: 3 to 9
@@ -211,7 +216,7 @@ TEST(GuideText, StatementsThatCannotBeWritten) {
     const auto library =
         loaded(block("GATE", R"(pin "A" input; pin "B" input; property string "S" { default = "x" })"));
     ASSERT_TRUE(library);
-    Json json = jsonOf(*library.library->getTypeBlock(0));
+    Json json = factsOf(*library.library->getTypeBlock(0));
     json["buses"][0]["name"] = "~A";
     json["buses"][1]["name"] = "B\n";
     json["properties"][0]["default"] = "say \"x\"";
@@ -232,7 +237,7 @@ TEST(GuideText, StatementsOfAllBlocksAreTaken) {
     const std::size_t count = cells.library->getNumTypeBlocks(false);
     for (std::size_t i = 0; i < count; ++i)
         text += "block \"W" + std::to_string(i) + "\" { } mapsto {\n" +
-                guide::ntlInstance(jsonOf(*cells.library->getTypeBlock(i))) + "}\n";
+                guide::ntlInstance(factsOf(*cells.library->getTypeBlock(i))) + "}\n";
     const hdnt::Loaded placed = loaded(text + "}\n", cells.library.get());
     ASSERT_TRUE(placed);
     for (std::size_t i = 0; i < count; ++i) {
@@ -243,6 +248,6 @@ TEST(GuideText, StatementsOfAllBlocksAreTaken) {
         for (const auto& connection : level.connections) found.insert("pin " + connection.pin);
         for (const auto& value : level.instances[0].properties)
             found.insert(value.name + " " + jsonOf(value.value).dump());
-        EXPECT_EQ(found, facts(jsonOf(*cells.library->getTypeBlock(i))));
+        EXPECT_EQ(found, facts(factsOf(*cells.library->getTypeBlock(i))));
     }
 }

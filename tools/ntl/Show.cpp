@@ -11,6 +11,7 @@ namespace ntl {
 // Blocks of the parents are shown too.
 static Json sheetsOf(const OpenedLibrary& opened, const Settings& settings, int& status) {
     Json sheets = Json::array();
+    hdnt::SourcePlaces places;
     for (const std::string& name : settings.blocks) {
         HDNTBlock* const block = findBlock(opened, name);
         if (!block) {
@@ -19,7 +20,7 @@ static Json sheetsOf(const OpenedLibrary& opened, const Settings& settings, int&
         }
         if (!loadMapping(*block)) status = Faulty;
         const OutputToError redirect;
-        sheets.push_back(jsonOf(*block));
+        sheets.push_back(jsonOf(*block, places));
     }
     return sheets;
 }
