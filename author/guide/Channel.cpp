@@ -85,28 +85,42 @@ private:
             }
     }
 
-    // Of those that are in a circle, or behind one, the first that is not split yet. A half of a split net has nothing
-    // before it or nothing behind it but its other half, so that circles end.
+    // One that is in a circle, or between two of them. A half of a split net is never chosen: it has nothing before it,
+    // or nothing behind it, but its other half.
     bool splitInCircle() {
-        std::vector<size_t> numEarlier;
-        std::vector<size_t> ready;
+        std::vector<std::vector<size_t>> later;
+        std::vector<std::vector<size_t>> earlier(trunks_.size());
         for (size_t i = 0; i < trunks_.size(); ++i) {
-            numEarlier.push_back(trunks_[i].numEarlier);
-            if (numEarlier[i] == 0) ready.push_back(i);
+            later.push_back(trunks_[i].later);
+            for (const size_t next : trunks_[i].later) earlier[next].push_back(i);
+        }
+        std::vector<bool> isFree(trunks_.size(), false);
+        unravel(later, earlier, isFree);
+        unravel(earlier, later, isFree);
+        for (size_t i = 0; i < trunks_.size(); ++i)
+            if (!isFree[i] && !isSplit(trunks_[i].net)) {
+                split(i);
+                return true;
+            }
+        return false;
+    }
+
+    // Frees those that have nothing before them, and then those that have nothing before them but these.
+    static void unravel(const std::vector<std::vector<size_t>>& later, const std::vector<std::vector<size_t>>& earlier,
+                        std::vector<bool>& isFree) {
+        std::vector<size_t> waiting(later.size());
+        std::vector<size_t> ready;
+        for (size_t i = 0; i < later.size(); ++i) {
+            for (const size_t before : earlier[i]) waiting[i] += isFree[before] ? 0 : 1;
+            if (waiting[i] == 0 && !isFree[i]) ready.push_back(i);
         }
         while (!ready.empty()) {
-            const size_t trunk = ready.back();
+            const size_t i = ready.back();
             ready.pop_back();
-            for (const size_t later : trunks_[trunk].later)
-                if (--numEarlier[later] == 0) ready.push_back(later);
+            isFree[i] = true;
+            for (const size_t next : later[i])
+                if (!isFree[next] && --waiting[next] == 0) ready.push_back(next);
         }
-        for (size_t i = 0; i < trunks_.size(); ++i) {
-            if (numEarlier[i] == 0 || isSplit(trunks_[i].net) || trunks_[i].left.empty() || trunks_[i].right.empty())
-                continue;
-            split(i);
-            return true;
-        }
-        return false;
     }
 
     // The link is where no row is, and no other link.

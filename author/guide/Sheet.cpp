@@ -20,12 +20,15 @@ constexpr int wedge = 6;   ///< of a clock
 
 std::string shortened(const std::string& text) { return platform::clipped(platform::printable(text), longestName); }
 
-bool isClock(const HDNTBlock* block, const std::string& base) {
-    if (!block) return false;
-    const auto buses = block->buses();
-    return std::any_of(buses.begin(), buses.end(), [&](const HDNTBus& bus) {
-        return bus.getType() == HDNT_PIN_CLOCK && bus.getBaseName() == base;
-    });
+// The declaration of a port and its place among the others; null and past the end when there is none.
+std::pair<const HDNTBus*, size_t> declared(const HDNTBlock* block, const std::string& base) {
+    size_t place = 0;
+    if (block)
+        for (const HDNTBus& bus : block->buses()) {
+            if (bus.getBaseName() == base) return {&bus, place};
+            ++place;
+        }
+    return {nullptr, place};
 }
 
 /// Sorts the edges of the graph into rows and nets.
@@ -84,9 +87,12 @@ private:
         const Graph::Node& node = graph_.nodes[end.node];
         const Graph::Port& port = node.ports[end.port];
         const size_t box = hasHead(node) ? boxOfNode_[end.node] : addBox(end.node);
+        const auto [bus, place] = declared(node.block, port.base);
+        const bool isClock = hasHead(node) && bus && bus->getType() == HDNT_PIN_CLOCK;
         std::vector<Row>& rows = sheet_.boxes[box].rows;
-        rows.push_back({shortened(nameWithBits(port.base, bits)), port.onRight, end.inverted,
-                        hasHead(node) && isClock(node.block, port.base), bits.size() > 1});
+        rows.push_back(
+            {shortened(nameWithBits(port.base, bits)), port.onRight, end.inverted, isClock, bits.size() > 1});
+        rows.back().order = {place, bits.empty() ? 0 : -*bits.rbegin()};
         return {box, rows.size() - 1};
     }
 
@@ -165,16 +171,19 @@ private:
             if (rowOf(terminal).bits != all) rowOf(terminal).part = nameWithBits("", rowOf(terminal).bits);
     }
 
-    // Rows get their lines: in the order of the ports, each side for itself.
+    // Rows get their lines: as the ports are declared, high bits first, each side for itself.
     void arrange(Box& box) {
+        std::vector<Row*> rows;
+        for (Row& row : box.rows) rows.push_back(&row);
+        std::stable_sort(rows.begin(), rows.end(), [](const Row* a, const Row* b) { return a->order < b->order; });
         size_t left = box.head.size();
         size_t right = left;
         int leftWidth = 0;
         int rightWidth = 0;
-        for (Row& row : box.rows) {
-            row.line = row.onRight ? right++ : left++;
-            int& width = row.onRight ? rightWidth : leftWidth;
-            width = std::max(width, textWidth(row.text, portSize) + (row.isClock ? wedge : 0));
+        for (Row* const row : rows) {
+            row->line = row->onRight ? right++ : left++;
+            int& width = row->onRight ? rightWidth : leftWidth;
+            width = std::max(width, textWidth(row->text, portSize) + (row->isClock ? wedge : 0));
         }
         box.lines = static_cast<int>(std::max(left, right) + box.values.size());
         box.width = leftWidth + rightWidth + (leftWidth && rightWidth ? 2 * padding : 0);

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace hdnt::author::guide {
@@ -21,10 +22,11 @@ struct Row {
     bool inverted = false;
     bool isClock = false;
     bool isBus = false;
-    size_t line = 0;         ///< of the box
-    std::string tie = {};    ///< instead of a net: "0", "1", or the name of a signal that leads nowhere
-    std::string part = {};   ///< "[3:0]", of the net, when this is not all of it
-    std::set<int> bits = {}; ///< those of the net
+    std::pair<size_t, int> order = {}; ///< among the rows of its side
+    size_t line = 0;                   ///< of the box
+    std::string tie = {};              ///< instead of a net: "0", "1", or the name of a signal that leads nowhere
+    std::string part = {};             ///< "[3:0]", of the net, when this is not all of it
+    std::set<int> bits = {};           ///< those of the net
 };
 
 struct Box {

@@ -1,7 +1,9 @@
 #include "author/guide/Wires.internal.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
+#include <optional>
 #include <tuple>
 
 namespace hdnt::author::guide {
@@ -36,8 +38,51 @@ void joinUp(std::vector<Wires::Segment>& segments) {
     segments.resize(used);
 }
 
-// How many bits a net has in each of the columns it goes through, which are all between its outermost rows.
-std::map<size_t, int> bitsOfCrossings(const Sheet& sheet, const SheetNet& net) {
+/// The bits in a piece of a net, as far as its width needs them: one of them, or more.
+class Width {
+public:
+    void add(int bit) {
+        isBus_ = isBus_ || (bit_ && *bit_ != bit);
+        bit_ = bit;
+    }
+    void add(const Width& other) {
+        if (other.bit_) add(*other.bit_);
+        isBus_ = isBus_ || other.isBus_;
+    }
+    bool isBus() const { return isBus_; }
+
+private:
+    std::optional<int> bit_;
+    bool isBus_ = false;
+};
+
+/// What comes together on a track, by height.
+using Branches = std::map<int, std::vector<Width>>;
+
+Width sumOf(const Branches& branches) {
+    Width sum;
+    for (const auto& [y, widths] : branches)
+        for (const Width& width : widths) sum.add(width);
+    return sum;
+}
+
+// A piece has the bits that are on both sides of it, of which those on one side are all that can be.
+void runAlong(int x, const Branches& branches, Wires::Net& net) {
+    const auto first = branches.begin();
+    const auto last = std::prev(branches.end());
+    for (auto branch = first; branch != last; ++branch) {
+        const auto next = std::next(branch);
+        const bool isBus = sumOf(Branches(first, next)).isBus() && sumOf(Branches(next, branches.end())).isBus();
+        Wires::Segment* const before = branch == first ? nullptr : &net.segments.back();
+        if (before && before->isBus == isBus) before->y2 = next->first;
+        else net.segments.push_back({x, branch->first, x, next->first, isBus});
+    }
+    for (const auto& [y, widths] : branches)
+        if (widths.size() + (y > first->first) + (y < last->first) > 2) net.joints.push_back({x, y});
+}
+
+// What a net has in each of the columns it goes through, which are all between its outermost rows.
+std::map<size_t, Width> widthsOfCrossings(const Sheet& sheet, const SheetNet& net) {
     std::map<int, std::pair<size_t, size_t>> channelsOfBit;
     for (const SheetNet::Terminal& terminal : net.terminals) {
         const size_t channel = sheet.channelOf(terminal);
@@ -47,10 +92,10 @@ std::map<size_t, int> bitsOfCrossings(const Sheet& sheet, const SheetNet& net) {
             last = std::max(last, channel);
         }
     }
-    std::map<size_t, int> counts;
+    std::map<size_t, Width> widths;
     for (const auto& [bit, channels] : channelsOfBit)
-        for (size_t column = channels.first; column < channels.second; ++column) ++counts[column];
-    return counts;
+        for (size_t column = channels.first; column < channels.second; ++column) widths[column].add(bit);
+    return widths;
 }
 
 } // namespace
@@ -59,7 +104,7 @@ std::map<size_t, int> bitsOfCrossings(const Sheet& sheet, const SheetNet& net) {
 struct Wires::Opening {
     int x;
     int y;
-    bool isBus;
+    Width width;
 };
 
 struct Wires::Passage {
@@ -67,9 +112,11 @@ struct Wires::Passage {
     std::vector<Opening> left;
     std::vector<Opening> right;
 
-    bool isBus() const {
-        const auto isThick = [](const Opening& opening) { return opening.isBus; };
-        return std::any_of(left.begin(), left.end(), isThick) || std::any_of(right.begin(), right.end(), isThick);
+    ChannelNet ends() const {
+        ChannelNet net;
+        for (const Opening& opening : left) net.left.push_back(opening.y);
+        for (const Opening& opening : right) net.right.push_back(opening.y);
+        return net;
     }
 };
 
@@ -80,17 +127,14 @@ Wires::Wires(const Sheet& sheet) : sheet_(sheet), nets_(sheet.nets.size()) {
     trackStarts_.resize(sheet.numColumns + 1);
     for (const std::vector<Passage>& channel : passages()) {
         std::vector<ChannelNet> nets;
-        const auto heights = [](const std::vector<Opening>& openings) {
-            std::vector<int> ys;
-            for (const Opening& opening : openings) ys.push_back(opening.y);
-            return ys;
-        };
-        for (const Passage& passage : channel) nets.push_back({heights(passage.left), heights(passage.right)});
+        for (const Passage& passage : channel) nets.push_back(passage.ends());
         channels_.push_back(routed(nets, lineHeight / 2));
     }
     measure();
     const std::vector<std::vector<Passage>> all = passages();
-    for (size_t channel = 0; channel < all.size(); ++channel) run(channel, all[channel]);
+    for (size_t channel = 0; channel < all.size(); ++channel)
+        for (size_t i = 0; i < all[channel].size(); ++i)
+            run(all[channel][i], channels_[channel].ways[i], trackStarts_[channel]);
     for (Net& net : nets_) joinUp(net.segments);
 }
 
@@ -134,16 +178,16 @@ std::vector<std::vector<Wires::Passage>> Wires::passages() const {
             const Row& row = sheet_.rowOf(terminal);
             const int bubble = row.inverted ? bubbleSize : 0;
             Passage& here = part(sheet_.channelOf(terminal));
-            const bool isBus = row.isBus || row.bits.size() > 1;
-            if (row.onRight) here.left.push_back({rightOf(box) + bubble, box.yOf(row), isBus});
-            else here.right.push_back({leftOf(box) - bubble, box.yOf(row), isBus});
+            Width width;
+            for (const int bit : row.bits) width.add(bit);
+            if (row.onRight) here.left.push_back({rightOf(box) + bubble, box.yOf(row), width});
+            else here.right.push_back({leftOf(box) - bubble, box.yOf(row), width});
         }
-        std::map<size_t, int> bits = bitsOfCrossings(sheet_, net);
+        std::map<size_t, Width> widths = widthsOfCrossings(sheet_, net);
         for (const SheetNet::Crossing& crossing : net.crossings) {
-            const int left = columnLefts_[crossing.column];
-            const bool isBus = bits[crossing.column] > 1;
-            part(crossing.column).right.push_back({left, crossing.y, isBus});
-            part(crossing.column + 1).left.push_back({left, crossing.y, isBus});
+            const Opening opening{columnLefts_[crossing.column], crossing.y, widths[crossing.column]};
+            part(crossing.column).right.push_back(opening);
+            part(crossing.column + 1).left.push_back(opening);
         }
         for (auto& [channel, passage] : parts) channels[channel].push_back(std::move(passage));
     }
@@ -151,43 +195,33 @@ std::vector<std::vector<Wires::Passage>> Wires::passages() const {
 }
 
 // Horizontal pieces from the openings to their tracks, and the tracks' vertical ones.
-void Wires::run(size_t channel, const std::vector<Passage>& passages) {
-    for (size_t i = 0; i < passages.size(); ++i) {
-        const Passage& passage = passages[i];
-        const ChannelWay& way = channels_[channel].ways[i];
-        Net& net = nets_[passage.net];
-        if (passage.left.size() == 1 && passage.right.size() == 1 && passage.left[0].y == passage.right[0].y) {
-            const Opening& from = passage.left[0];
-            net.segments.push_back({from.x, from.y, passage.right[0].x, from.y, from.isBus && passage.right[0].isBus});
-            continue;
-        }
-        const auto trackAt = [&](size_t track) { return trackStarts_[channel] + static_cast<int>(track) * trackPitch; };
-        std::map<int, std::map<int, int>> branches; ///< at x and y
-        for (const Opening& opening : passage.left) {
-            const int x = trackAt(way.leftTrack);
-            net.segments.push_back({opening.x, opening.y, x, opening.y, opening.isBus});
-            ++branches[x][opening.y];
-        }
-        for (const Opening& opening : passage.right) {
-            const int x = trackAt(way.rightTrack);
-            net.segments.push_back({x, opening.y, opening.x, opening.y, opening.isBus});
-            ++branches[x][opening.y];
-        }
-        if (way.leftTrack != way.rightTrack) {
-            const int left = trackAt(way.leftTrack);
-            const int right = trackAt(way.rightTrack);
-            net.segments.push_back({left, way.link, right, way.link, passage.isBus()});
-            ++branches[left][way.link];
-            ++branches[right][way.link];
-        }
-        for (const auto& [x, heights] : branches) {
-            const int low = heights.begin()->first;
-            const int high = heights.rbegin()->first;
-            if (low != high) net.segments.push_back({x, low, x, high, passage.isBus()});
-            for (const auto& [y, number] : heights)
-                if (number + (y > low) + (y < high) > 2) net.joints.push_back({x, y});
-        }
+void Wires::run(const Passage& passage, const ChannelWay& way, int trackStart) {
+    Net& net = nets_[passage.net];
+    if (passage.ends().isStraight()) {
+        const bool isBus = passage.left[0].width.isBus() && passage.right[0].width.isBus();
+        net.segments.push_back({passage.left[0].x, passage.left[0].y, passage.right[0].x, passage.left[0].y, isBus});
+        return;
     }
+    const int left = trackStart + static_cast<int>(way.leftTrack) * trackPitch;
+    const int right = trackStart + static_cast<int>(way.rightTrack) * trackPitch;
+    Branches onLeft;
+    Branches onRight;
+    for (const Opening& opening : passage.left) {
+        net.segments.push_back({opening.x, opening.y, left, opening.y, opening.width.isBus()});
+        onLeft[opening.y].push_back(opening.width);
+    }
+    for (const Opening& opening : passage.right) {
+        net.segments.push_back({right, opening.y, opening.x, opening.y, opening.width.isBus()});
+        (left == right ? onLeft : onRight)[opening.y].push_back(opening.width);
+    }
+    if (left != right) {
+        const Width width = sumOf(onLeft).isBus() ? sumOf(onRight) : sumOf(onLeft);
+        net.segments.push_back({left, way.link, right, way.link, width.isBus()});
+        onLeft[way.link].push_back(width);
+        onRight[way.link].push_back(width);
+        runAlong(right, onRight, net);
+    }
+    runAlong(left, onLeft, net);
 }
 
 } // namespace hdnt::author::guide

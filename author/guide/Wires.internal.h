@@ -39,7 +39,7 @@ private:
     struct Passage;
 
     void measure();
-    void run(size_t channel, const std::vector<Passage>& passages);
+    void run(const Passage& passage, const ChannelWay& way, int trackStart);
     std::vector<std::vector<Passage>> passages() const;
 
     const Sheet& sheet_;
