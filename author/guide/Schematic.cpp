@@ -6,6 +6,7 @@
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
+#include <set>
 
 namespace hdnt::author::guide {
 
@@ -16,6 +17,7 @@ using Kind = ExpansionGraph::Kind;
 constexpr size_t mostNodes = 300;
 constexpr size_t mostEdges = 2000;
 constexpr size_t mostNamed = 100; ///< instances and nets in the text
+constexpr size_t mostSignals = 3; ///< in the name of a net
 constexpr int border = 4;
 constexpr int baseline = 4; ///< of a text, below the middle of its line
 constexpr int inset = 7;    ///< of texts in a box
@@ -77,8 +79,11 @@ private:
     // "s[0], s[1], s[2], ...: a O to b I, c I"
     std::string nameOf(const SheetNet& net) const {
         std::string text;
-        for (size_t i = 0; i < net.signals.size() && i < 4; ++i)
-            text += (i == 0 ? "" : ", ") + (i == 3 ? "..." : net.signals[i]);
+        size_t number = 0;
+        for (const std::string& signal : std::set<std::string>(net.signals.begin(), net.signals.end())) {
+            text += (number == 0 ? "" : ", ") + (number == mostSignals ? "..." : signal);
+            if (number++ == mostSignals) break;
+        }
         for (size_t i = 0; i < net.terminals.size(); ++i)
             text += (i == 0 ? ": " : i == 1 ? " to " : ", ") + nameOf(net.terminals[i]);
         return text;
@@ -160,7 +165,8 @@ private:
     }
 
     static std::string titleOf(const Box& box) {
-        std::string text = box.node->name + " " + box.node->type;
+        const std::string& type = box.node->type;
+        std::string text = box.node->name + " " + (type.empty() ? box.head[1] : type);
         for (const std::string& value : box.node->properties) text += ", " + value;
         return text;
     }

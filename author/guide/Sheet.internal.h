@@ -50,7 +50,7 @@ struct SheetNet {
         size_t box;
         size_t row;
     };
-    std::vector<std::string> signals; ///< some, when there are many bits, twice
+    std::vector<std::string> signals; ///< for each row that is driven
     std::vector<Terminal> terminals;
     /// Where it goes through a column, between two channels.
     struct Crossing {
