@@ -6,23 +6,11 @@
 #include <gvc.h>
 
 #include <array>
-#include <charconv>
 #include <mutex>
-#include <string_view>
 
 namespace hdnt::author::guide {
 
 namespace {
-
-// "x,y", y upwards; not read by the locale.
-Centre centreAt(std::string_view text) {
-    Centre centre{0, 0};
-    const char* const end = text.data() + text.size();
-    const std::from_chars_result first = std::from_chars(text.data(), end, centre.x);
-    if (first.ptr != end) std::from_chars(first.ptr + 1, end, centre.y);
-    centre.y = -centre.y;
-    return centre;
-}
 
 /// Graphviz, as far as it is there. Never unloaded: what it keeps stays reachable.
 class Graphviz {
@@ -32,17 +20,20 @@ public:
         return graphviz;
     }
 
-    DotLayout layOut(const std::string& text, size_t numNodes) {
+    DotAnswer ask(const std::string& text, size_t numNodes, std::string attribute) {
         if (!reason_.empty()) return {{}, reason_};
         const std::scoped_lock lock(mutex_);
         const agusererrf before = setErrorFunction_([](char*) { return 0; });
-        DotLayout layout;
-        if (Agraph_t* const graph = read_(text.c_str())) {
-            layout = layOut(*graph, numNodes);
-            close_(graph);
-        } else layout.reason = "Graphviz cannot read the graph";
+        DotAnswer answer{{}, "Graphviz finds no layout"};
+        Agraph_t* const graph = read_(text.c_str());
+        if (graph && layOut_(context_, graph, "dot") == 0) {
+            attachAttributes_(graph);
+            answer = {valuesOf(*graph, numNodes, attribute), ""};
+            freeLayout_(context_, graph);
+        }
+        if (graph) close_(graph);
         setErrorFunction_(before);
-        return layout;
+        return answer;
     }
 
 private:
@@ -91,19 +82,15 @@ private:
         return path.substr(0, path.rfind('/') + 1) + file;
     }
 
-    DotLayout layOut(Agraph_t& graph, size_t numNodes) {
-        DotLayout layout;
-        if (layOut_(context_, &graph, "dot") != 0) return {{}, "Graphviz finds no layout"};
-        attachAttributes_(&graph);
-        std::string position = "pos";
+    std::vector<std::string> valuesOf(Agraph_t& graph, size_t numNodes, std::string& attribute) const {
+        std::vector<std::string> values;
         for (size_t i = 0; i < numNodes; ++i) {
             std::string name = "n" + std::to_string(i);
             Agnode_t* const node = node_(&graph, name.data(), 0);
-            const char* const place = node ? attribute_(node, position.data()) : nullptr;
-            layout.centres.push_back(centreAt(place ? place : ""));
+            const char* const value = node ? attribute_(node, attribute.data()) : nullptr;
+            values.emplace_back(value ? value : "");
         }
-        freeLayout_(context_, &graph);
-        return layout;
+        return values;
     }
 
     std::string reason_;
@@ -123,8 +110,8 @@ private:
 
 } // namespace
 
-DotLayout laidOutByDot(const std::string& graph, size_t numNodes) {
-    return Graphviz::instance().layOut(graph, numNodes);
+DotAnswer askDot(const std::string& graph, size_t numNodes, const char* attribute) {
+    return Graphviz::instance().ask(graph, numNodes, attribute);
 }
 
 } // namespace hdnt::author::guide
@@ -133,7 +120,7 @@ DotLayout laidOutByDot(const std::string& graph, size_t numNodes) {
 
 namespace hdnt::author::guide {
 
-DotLayout laidOutByDot(const std::string&, size_t) { return {{}, "built without Graphviz"}; }
+DotAnswer askDot(const std::string&, size_t, const char*) { return {{}, "built without Graphviz"}; }
 
 } // namespace hdnt::author::guide
 

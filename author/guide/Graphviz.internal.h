@@ -6,20 +6,14 @@
 
 namespace hdnt::author::guide {
 
-/// A node's centre in points, y downwards.
-struct Centre {
-    double x;
-    double y;
+struct DotAnswer {
+    std::vector<std::string> values; ///< of the nodes n0, n1, ...
+    std::string reason;              ///< why there are none; empty when there are
 };
 
-struct DotLayout {
-    std::vector<Centre> centres; ///< of the nodes n0, n1, ...
-    std::string reason;          ///< why there is no layout; empty when there is one
-};
-
-/// Lays out a graph in Graphviz's language, without texts: fonts are not looked at. Graphviz's libraries are loaded by
-/// the first call, and stay, so that programs that draw nothing do not have them. What Graphviz complains of is
-/// dropped. Any thread; one at a time.
-DotLayout laidOutByDot(const std::string& graph, size_t numNodes);
+/// Has Graphviz's dot lay out a graph in its language, and says what an attribute of the nodes has become. There must
+/// be no texts in it: fonts are not looked at. Graphviz's libraries are loaded by the first call, and stay, so that
+/// programs that draw nothing do not have them. What Graphviz complains of is dropped. Any thread; one at a time.
+DotAnswer askDot(const std::string& graph, size_t numNodes, const char* attribute);
 
 } // namespace hdnt::author::guide

@@ -5,82 +5,119 @@
 #include "author/guide/Sheet.internal.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <map>
+#include <set>
 
 namespace hdnt::author::guide {
 
 namespace {
 
 constexpr int unit = lineHeight / 2; ///< half a line: every other unit of a box is one that a wire can end at
-constexpr double points = 18;        ///< of a unit, whole quarters of inches: Graphviz rounds what is not whole points
-constexpr size_t mostCrossings = 3000;
+constexpr int points = 18;           ///< of a unit, whole quarters of inches: Graphviz rounds what is not whole points
+constexpr size_t mostCrossings = 2000;
 
 std::string nodeName(size_t node) { return "n" + std::to_string(node); }
 
-std::string sized(int units) { return "height=" + std::to_string(units * 0.25); }
-
-/// What Graphviz joins: a node, at one of its ports.
-struct Joint {
-    std::string text;
-    size_t node;
-};
-
-// All on the left with all on the right, by way of one each when they are many.
-void join(std::string& text, const std::vector<Joint>& left, const std::vector<Joint>& right, const char* attributes) {
-    const auto add = [&](const Joint& from, const Joint& to) {
-        if (from.node != to.node) text += from.text + "->" + to.text + attributes + ";\n";
-    };
-    if (left.empty() || right.empty()) return;
-    for (const Joint& to : right) add(left.front(), to);
-    for (size_t i = 1; i < left.size(); ++i) add(left[i], right.front());
+// Whatever the locale.
+double numberIn(std::string_view text) {
+    double number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
 }
+
+// All on the left with all on the right, by way of the first ones when they are many.
+template <typename Item, typename Join>
+void joinAll(const std::vector<Item>& left, const std::vector<Item>& right, Join&& join) {
+    if (left.empty() || right.empty()) return;
+    for (const Item& to : right) join(left.front(), to);
+    for (size_t i = 1; i < left.size(); ++i) join(left[i], right.front());
+}
+
+/// Which boxes stand to the left of which. What leads back is left out, for a drawing that goes to the right, and since
+/// Graphviz leaks what it turns round: best the outputs of clocked boxes.
+class Flow {
+public:
+    explicit Flow(const Sheet& sheet) : followers_(sheet.boxes.size()) {
+        std::vector<std::pair<size_t, size_t>> pairs;
+        for (const SheetNet& net : sheet.nets) {
+            std::vector<size_t> left;
+            std::vector<size_t> right;
+            for (const SheetNet::Terminal& terminal : net.terminals)
+                (sheet.rowOf(terminal).onRight ? left : right).push_back(terminal.box);
+            joinAll(left, right, [&](size_t from, size_t to) { pairs.emplace_back(from, to); });
+        }
+        std::stable_partition(pairs.begin(), pairs.end(),
+                              [&](const auto& pair) { return !isClocked(sheet.boxes[pair.first]); });
+        for (const auto& [from, to] : pairs)
+            if (!leads(to, from)) followers_[from].insert(to);
+    }
+
+    const std::set<size_t>& followersOf(size_t box) const { return followers_[box]; }
+
+private:
+    static bool isClocked(const Box& box) {
+        return std::any_of(box.rows.begin(), box.rows.end(), [](const Row& row) { return row.isClock; });
+    }
+
+    bool leads(size_t from, size_t to) const {
+        std::vector<bool> isReached(followers_.size());
+        std::vector<size_t> next = {from};
+        while (!next.empty()) {
+            const size_t box = next.back();
+            next.pop_back();
+            if (box == to) return true;
+            if (isReached[box]) continue;
+            isReached[box] = true;
+            next.insert(next.end(), followers_[box].begin(), followers_[box].end());
+        }
+        return false;
+    }
+
+    std::vector<std::set<size_t>> followers_;
+};
 
 class Placer {
 public:
     explicit Placer(Sheet& sheet) : sheet_(sheet) {}
 
     std::string place() {
-        DotLayout ranks = laidOutByDot(rankedText(), sheet_.boxes.size());
+        const DotAnswer ranks = askDot(rankedText(), sheet_.boxes.size(), "rank");
         if (!ranks.reason.empty()) return ranks.reason;
-        setColumns(ranks.centres);
+        setColumns(ranks.values);
         const size_t numCrossings = addCrossings();
         if (numCrossings > mostCrossings)
             return "too many lines go through " + std::to_string(sheet_.numColumns) + " columns";
-        const DotLayout order = laidOutByDot(orderedText(), sheet_.boxes.size() + numCrossings);
-        if (!order.reason.empty()) return order.reason;
-        setPlaces(order.centres);
+        const DotAnswer places = askDot(orderedText(), sheet_.boxes.size() + numCrossings, "pos");
+        if (!places.reason.empty()) return places.reason;
+        setPlaces(places.values);
         return "";
     }
 
 private:
-    // Pins of the mapped block stand at its edges.
+    // Pins of the mapped block stand at its edges. In its first phase Graphviz goes no further than to the ranks.
     std::string rankedText() const {
         std::string source;
         std::string sink;
-        std::string text = "digraph{rankdir=LR;splines=none;nslimit=1;nslimit1=10;mclimit=0.01;"
-                           "node[shape=box,fixedsize=true,width=1,height=1,label=\"\"];\n";
+        std::string text = "digraph{phase=1;nslimit1=10;node[label=\"\"];\n";
         for (size_t i = 0; i < sheet_.boxes.size(); ++i) {
             text += nodeName(i) + ";\n";
             if (sheet_.boxes[i].isPin()) (sheet_.boxes[i].rows.front().onRight ? source : sink) += nodeName(i) + ";";
         }
         if (!source.empty()) text += "{rank=source;" + source + "}\n";
         if (!sink.empty()) text += "{rank=sink;" + sink + "}\n";
-        for (const SheetNet& net : sheet_.nets) {
-            std::vector<Joint> left;
-            std::vector<Joint> right;
-            for (const SheetNet::Terminal& terminal : net.terminals)
-                (sheet_.rowOf(terminal).onRight ? left : right).push_back({nodeName(terminal.box), terminal.box});
-            join(text, left, right, "");
-        }
+        const Flow flow(sheet_);
+        for (size_t i = 0; i < sheet_.boxes.size(); ++i)
+            for (const size_t follower : flow.followersOf(i)) text += nodeName(i) + "->" + nodeName(follower) + ";\n";
         return text + "}\n";
     }
 
-    void setColumns(const std::vector<Centre>& centres) {
-        std::map<long, size_t> columns;
-        for (const Centre& centre : centres) columns.emplace(std::lround(centre.x), 0);
-        for (auto& [x, column] : columns) column = sheet_.numColumns++;
-        for (size_t i = 0; i < centres.size(); ++i) sheet_.boxes[i].column = columns[std::lround(centres[i].x)];
+    void setColumns(const std::vector<std::string>& ranks) {
+        std::map<double, size_t> columns;
+        for (const std::string& rank : ranks) columns.emplace(numberIn(rank), 0);
+        for (auto& [rank, column] : columns) column = sheet_.numColumns++;
+        for (size_t i = 0; i < ranks.size(); ++i) sheet_.boxes[i].column = columns[numberIn(ranks[i])];
     }
 
     // A net goes through the columns between the channels that it has rows in.
@@ -104,11 +141,11 @@ private:
 
     std::string orderedText() const {
         std::string text = "digraph{rankdir=LR;splines=none;nodesep=0.25;ranksep=1;nslimit=2;nslimit1=10;mclimit=1;"
-                           "node[shape=record,fixedsize=true,width=0.5,height=0.25,fontsize=1,label=\"\"];\n";
+                           "node[shape=plain,width=0.5,height=0.25,label=\"\"];\n";
         std::vector<std::string> columns(sheet_.numColumns);
         for (size_t i = 0; i < sheet_.boxes.size(); ++i) {
             const Box& box = sheet_.boxes[i];
-            text += nodeName(i) + "[" + sized(heightOf(box)) + ",label=\"" + fieldsOf(box) + "\"];\n";
+            text += nodeName(i) + "[label=" + tableOf(box) + "];\n";
             columns[box.column] += nodeName(i) + ";";
         }
         std::string edges;
@@ -116,20 +153,31 @@ private:
         for (const SheetNet& net : sheet_.nets) {
             addChannels(edges, net, node);
             for (const SheetNet::Crossing& crossing : net.crossings) {
-                text += nodeName(node) + ";\n";
+                text += nodeName(node) + "[shape=box,fixedsize=true];\n";
                 columns[crossing.column] += nodeName(node++) + ";";
             }
         }
         return text + columnsText(columns) + edges + "}\n";
     }
 
-    // A field for each unit; those where wires end have names.
-    static std::string fieldsOf(const Box& box) {
-        std::vector<std::string> fields(static_cast<size_t>(heightOf(box)));
-        for (const Row& row : box.rows) fields[2 * row.line] = "<f" + std::to_string(row.line) + ">";
-        std::string text = fields.front();
-        for (size_t i = 1; i < fields.size(); ++i) text += "|" + fields[i];
-        return text;
+    // A cell for each row, of the unit that its wire ends at, and others between them.
+    static std::string tableOf(const Box& box) {
+        std::set<size_t> lines;
+        for (const Row& row : box.rows) lines.insert(row.line);
+        std::string text = "<<TABLE BORDER=\"0\" CELLBORDER=\"0\" CELLSPACING=\"0\" CELLPADDING=\"0\">";
+        const auto add = [&](const std::string& port, size_t units) {
+            if (units > 0)
+                text += "<TR><TD" + port + " FIXEDSIZE=\"TRUE\" WIDTH=\"36\" HEIGHT=\"" +
+                        std::to_string(units * points) + "\"></TD></TR>";
+        };
+        size_t used = 0;
+        for (const size_t line : lines) {
+            add("", 2 * line - used);
+            add(" PORT=\"f" + std::to_string(line) + "\"", 1);
+            used = 2 * line + 1;
+        }
+        add("", static_cast<size_t>(heightOf(box)) - used);
+        return text + "</TABLE>>";
     }
 
     // Every column has a node: its first ones hold them apart.
@@ -144,24 +192,26 @@ private:
     }
 
     void addChannels(std::string& text, const SheetNet& net, size_t firstCrossing) const {
-        std::map<size_t, std::pair<std::vector<Joint>, std::vector<Joint>>> channels;
+        std::map<size_t, std::pair<std::vector<std::string>, std::vector<std::string>>> channels;
         for (const SheetNet::Crossing& crossing : net.crossings) {
-            const Joint joint{nodeName(firstCrossing), firstCrossing};
-            channels[crossing.column].second.push_back(joint);
-            channels[crossing.column + 1].first.push_back(joint);
-            ++firstCrossing;
+            const std::string node = nodeName(firstCrossing++);
+            channels[crossing.column].second.push_back(node);
+            channels[crossing.column + 1].first.push_back(node);
         }
         for (const SheetNet::Terminal& terminal : net.terminals) {
             const Row& row = sheet_.rowOf(terminal);
-            const Joint joint{nodeName(terminal.box) + ":f" + std::to_string(row.line), terminal.box};
             auto& channel = channels[sheet_.channelOf(terminal)];
-            (row.onRight ? channel.first : channel.second).push_back(joint);
+            (row.onRight ? channel.first : channel.second)
+                .push_back(nodeName(terminal.box) + ":f" + std::to_string(row.line));
         }
-        for (const auto& [number, channel] : channels) join(text, channel.first, channel.second, "[weight=2]");
+        for (const auto& [number, channel] : channels)
+            joinAll(channel.first, channel.second, [&](const std::string& from, const std::string& to) {
+                text.append(from).append("->").append(to).append(";\n");
+            });
     }
 
     // Rounding keeps what is apart by whole units apart. Should Graphviz have put two into one place, they are moved.
-    void setPlaces(const std::vector<Centre>& centres) {
+    void setPlaces(const std::vector<std::string>& centres) {
         struct Item {
             int top;
             int height;
@@ -170,7 +220,8 @@ private:
         };
         std::vector<std::vector<Item>> columns(sheet_.numColumns);
         const auto add = [&](size_t column, size_t node, int height, int& y, int offset) {
-            const double top = centres[node].y / points - height / 2.0;
+            const std::string_view centre = centres[node]; // "x,y", y upwards
+            const double top = -numberIn(centre.substr(centre.find(',') + 1)) / points - height / 2.0;
             columns[column].push_back({static_cast<int>(std::lround(top)), height, &y, offset});
         };
         for (size_t i = 0; i < sheet_.boxes.size(); ++i)

@@ -18,6 +18,11 @@ namespace {
 
 using Tree = boost::property_tree::ptree;
 
+// get<int> looks uninitialized to g++ 12 under sanitizers.
+int numberIn(const Tree& element, const std::string& attribute) {
+    return std::stoi(element.get<std::string>("<xmlattr>." + attribute));
+}
+
 struct Line {
     int x1, y1, x2, y2; ///< the first is the less
     size_t net;
@@ -163,8 +168,8 @@ private:
     void readNet(const Tree& group) {
         for (const auto& [tag, path] : group) {
             if (tag == "circle") {
-                const int x = path.get<int>("<xmlattr>.cx");
-                const int y = path.get<int>("<xmlattr>.cy");
+                const int x = numberIn(path, "cx");
+                const int y = numberIn(path, "cy");
                 joints.push_back({x, y, x, y, numNets});
             }
             if (tag != "path") continue;
@@ -200,15 +205,17 @@ private:
 
     void readBox(const Tree& group) {
         const Tree& owner = group.count("a") ? group.get_child("a") : group;
-        const auto number = [&](const char* name) { return owner.get<int>(std::string("rect.<xmlattr>.") + name); };
-        const Shape shape{number("x"), number("y"), number("x") + number("width"), number("y") + number("height")};
+        const Tree& body = owner.get_child("rect");
+        const int left = numberIn(body, "x");
+        const int top = numberIn(body, "y");
+        const Shape shape{left, top, left + numberIn(body, "width"), top + numberIn(body, "height")};
         shapes.push_back(shape);
         titles.push_back(group.get<std::string>("title"));
         for (const auto& [tag, text] : group) {
             if (tag != "text" || text.get<std::string>("<xmlattr>.class") != "port") continue;
             const bool isLeft = text.get<std::string>("<xmlattr>.text-anchor") == "start";
             places.push_back({owner.get<std::string>("text"), text.data(), isLeft ? shape.left : shape.right,
-                              text.get<int>("<xmlattr>.y") - 4, isLeft ? -1 : 1});
+                              numberIn(text, "y") - 4, isLeft ? -1 : 1});
         }
         readTies(group);
     }
@@ -216,7 +223,7 @@ private:
     void readTies(const Tree& group) {
         for (const auto& [tag, text] : group)
             if (tag == "text" && text.get<std::string>("<xmlattr>.class") == "tie")
-                ties[{text.get<int>("<xmlattr>.x"), text.get<int>("<xmlattr>.y") - 3}] = text.data();
+                ties[{numberIn(text, "x"), numberIn(text, "y") - 3}] = text.data();
     }
 };
 
