@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <map>
+#include <optional>
 #include <set>
 
 namespace hdnt::author::guide {
@@ -83,6 +84,7 @@ public:
     explicit Placer(Sheet& sheet) : sheet_(sheet) {}
 
     std::string place() {
+        chooseEdges();
         const DotAnswer ranks = askDot(rankedText(), sheet_.boxes.size(), "rank");
         if (!ranks.reason.empty()) return ranks.reason;
         setColumns(ranks.values);
@@ -96,28 +98,48 @@ public:
     }
 
 private:
-    // Pins of the mapped block stand at its edges. In its first phase Graphviz goes no further than to the ranks.
+    // The pins of the mapped block stand at its edges: for the ranks, the first of a side is all of them.
+    void chooseEdges() {
+        for (size_t i = sheet_.boxes.size(); i-- > 0;)
+            if (sheet_.boxes[i].isPin()) (isInput(i) ? leftEdge_ : rightEdge_) = i;
+    }
+
+    bool isInput(size_t pin) const { return sheet_.boxes[pin].rows.front().onRight; }
+
+    size_t rankedFor(size_t box) const {
+        return !sheet_.boxes[box].isPin() ? box : isInput(box) ? *leftEdge_ : *rightEdge_;
+    }
+
+    // In its first phase Graphviz goes no further than to the ranks. It has constraints for edges, but leaks them.
     std::string rankedText() const {
-        std::string source;
-        std::string sink;
-        std::string text = "digraph{phase=1;nslimit1=10;node[label=\"\"];\n";
-        for (size_t i = 0; i < sheet_.boxes.size(); ++i) {
-            text += nodeName(i) + ";\n";
-            if (sheet_.boxes[i].isPin()) (sheet_.boxes[i].rows.front().onRight ? source : sink) += nodeName(i) + ";";
-        }
-        if (!source.empty()) text += "{rank=source;" + source + "}\n";
-        if (!sink.empty()) text += "{rank=sink;" + sink + "}\n";
         const Flow flow(sheet_);
-        for (size_t i = 0; i < sheet_.boxes.size(); ++i)
-            for (const size_t follower : flow.followersOf(i)) text += nodeName(i) + "->" + nodeName(follower) + ";\n";
+        std::set<size_t> led;
+        std::string text = "digraph{phase=1;nslimit1=10;node[label=\"\"];\n";
+        const auto add = [&](size_t from, size_t to, const char* attributes) {
+            text += nodeName(rankedFor(from)) + "->" + nodeName(rankedFor(to)) + attributes + ";\n";
+        };
+        for (size_t i = 0; i < sheet_.boxes.size(); ++i) {
+            text += nodeName(rankedFor(i)) + ";\n";
+            for (const size_t follower : flow.followersOf(i)) {
+                add(i, follower, "");
+                led.insert(follower);
+            }
+        }
+        const char* const order = "[weight=0]";
+        for (size_t i = 0; i < sheet_.boxes.size(); ++i) {
+            if (sheet_.boxes[i].isPin()) continue;
+            if (leftEdge_ && led.count(i) == 0) add(*leftEdge_, i, order);
+            if (rightEdge_ && flow.followersOf(i).empty()) add(i, *rightEdge_, order);
+        }
+        if (leftEdge_ && rightEdge_) add(*leftEdge_, *rightEdge_, order);
         return text + "}\n";
     }
 
     void setColumns(const std::vector<std::string>& ranks) {
         std::map<double, size_t> columns;
-        for (const std::string& rank : ranks) columns.emplace(numberIn(rank), 0);
+        for (size_t i = 0; i < ranks.size(); ++i) columns.emplace(numberIn(ranks[rankedFor(i)]), 0);
         for (auto& [rank, column] : columns) column = sheet_.numColumns++;
-        for (size_t i = 0; i < ranks.size(); ++i) sheet_.boxes[i].column = columns[numberIn(ranks[i])];
+        for (size_t i = 0; i < ranks.size(); ++i) sheet_.boxes[i].column = columns[numberIn(ranks[rankedFor(i)])];
     }
 
     // A net goes through the columns between the channels that it has rows in.
@@ -245,6 +267,8 @@ private:
     }
 
     Sheet& sheet_;
+    std::optional<size_t> leftEdge_;
+    std::optional<size_t> rightEdge_;
 };
 
 } // namespace
