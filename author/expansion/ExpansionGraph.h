@@ -14,7 +14,7 @@ namespace hdnt::author {
 
 /// The netlists of an expansion, all levels in one, as something that can be drawn: nodes with ports, and edges from
 /// port to port. Bits that run side by side between the same two ports are one edge. Same expansion, same graph, in the
-/// same order. It refers to the expansion and to the model.
+/// same order. It points into the model.
 struct HDNT_API ExpansionGraph {
     struct Port {
         std::string base;   ///< of the pin or signal, without bits; empty for a constant

@@ -6,11 +6,20 @@
 #include <gvc.h>
 
 #include <array>
+#include <charconv>
 #include <mutex>
+#include <string_view>
 
 namespace hdnt::author::guide {
 
 namespace {
+
+// Whatever the locale.
+double numberIn(std::string_view text) {
+    double number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
 
 /// Graphviz, as far as it is there. Never unloaded: what it keeps stays reachable.
 class Graphviz {
@@ -20,20 +29,24 @@ public:
         return graphviz;
     }
 
-    DotAnswer ask(const std::string& text, size_t numNodes, std::string attribute) {
-        if (!reason_.empty()) return {{}, reason_};
+    /// The values of an attribute of all nodes; none, with a reason, when there is no layout.
+    std::vector<std::string> ask(const std::string& text, size_t numNodes, std::string attribute, std::string& reason) {
+        reason = reason_;
+        if (!reason.empty()) return {};
         const std::scoped_lock lock(mutex_);
         const agusererrf before = setErrorFunction_([](char*) { return 0; });
-        DotAnswer answer{{}, "Graphviz finds no layout"};
+        std::vector<std::string> values;
         Agraph_t* const graph = read_(text.c_str());
         if (graph && layOut_(context_, graph, "dot") == 0) {
             attachAttributes_(graph);
-            answer = {valuesOf(*graph, numNodes, attribute), ""};
+            values = valuesOf(*graph, numNodes, attribute);
             freeLayout_(context_, graph);
+        } else {
+            reason = "Graphviz finds no layout";
         }
         if (graph) close_(graph);
         setErrorFunction_(before);
-        return answer;
+        return values;
     }
 
 private:
@@ -110,8 +123,18 @@ private:
 
 } // namespace
 
-DotAnswer askDot(const std::string& graph, size_t numNodes, const char* attribute) {
-    return Graphviz::instance().ask(graph, numNodes, attribute);
+DotLayout laidOutByDot(const std::string& graph, size_t numNodes) {
+    DotLayout layout;
+    for (const std::string_view place : Graphviz::instance().ask(graph, numNodes, "pos", layout.reason))
+        layout.centres.push_back({numberIn(place), -numberIn(place.substr(place.find(',') + 1))}); // "x,y", y upwards
+    return layout;
+}
+
+DotRanks rankedByDot(const std::string& graph, size_t numNodes) {
+    DotRanks ranks;
+    for (const std::string_view rank : Graphviz::instance().ask(graph, numNodes, "rank", ranks.reason))
+        ranks.ranks.push_back(static_cast<int>(numberIn(rank)));
+    return ranks;
 }
 
 } // namespace hdnt::author::guide
@@ -120,7 +143,8 @@ DotAnswer askDot(const std::string& graph, size_t numNodes, const char* attribut
 
 namespace hdnt::author::guide {
 
-DotAnswer askDot(const std::string&, size_t, const char*) { return {{}, "built without Graphviz"}; }
+DotLayout laidOutByDot(const std::string&, size_t) { return {{}, "built without Graphviz"}; }
+DotRanks rankedByDot(const std::string&, size_t) { return {{}, "built without Graphviz"}; }
 
 } // namespace hdnt::author::guide
 

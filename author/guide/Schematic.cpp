@@ -20,9 +20,7 @@ constexpr size_t mostNamed = 100; ///< instances and nets in the text
 constexpr size_t mostSignals = 3; ///< in the name of a net
 constexpr int border = 4;
 constexpr int baseline = 4; ///< of a text, below the middle of its line
-constexpr int inset = 7;    ///< of texts in a box
-constexpr int wedge = 6;
-constexpr int point = 6; ///< of a pin's tag
+constexpr int point = 6;    ///< of a pin's tag
 
 std::string at(int x, int y) { return std::to_string(x) + "," + std::to_string(y); }
 
@@ -124,18 +122,21 @@ private:
         svg_.close();
     }
 
-    // A tag whose point shows the way of the signal.
+    // A tag whose point, or points, show the way of the signal.
     void drawPin(const Box& box) {
         const Row& row = box.rows.front();
         const int left = wires_.leftOf(box);
         const int right = wires_.rightOf(box);
         const int top = box.top + 1;
+        const int y = box.yOf(row);
         const int bottom = box.top + lineHeight - 1;
-        svg_.open("g", {{"class", "pin"}}).title(nameWithBits(box.node->name, {}) + (row.onRight ? ", in" : ", out"));
-        svg_.add("polygon", {{"points", at(left, top) + " " + at(right - point, top) + " " + at(right, box.yOf(row)) +
-                                            " " + at(right - point, bottom) + " " + at(left, bottom)},
-                             {"class", "tag"}});
-        svg_.text(left + inset, box.yOf(row) + baseline, "start", row.text, "port");
+        const int start = left + (row.isBothWays ? point : 0);
+        svg_.open("g", {{"class", row.onRight ? "pin left" : "pin right"}}).title(box.node->name);
+        std::string corners = at(start, top) + " " + at(right - point, top) + " " + at(right, y) + " " +
+                              at(right - point, bottom) + " " + at(start, bottom);
+        if (row.isBothWays) corners += " " + at(left, y);
+        svg_.add("polygon", {{"points", corners}, {"class", "tag"}});
+        svg_.text(left + padding, y + baseline, "start", row.text, "port");
         drawLabels(box, row);
         svg_.close();
     }
@@ -147,7 +148,7 @@ private:
         svg_.open("g", {{"class", kind}}).title(titleOf(box));
         const std::string link = linkOf(box);
         if (!link.empty()) svg_.open("a", {{"href", link}});
-        svg_.rectangle(left, box.top, box.width, box.lines * lineHeight + inset / 2, "body");
+        svg_.rectangle(left, box.top, box.width, box.lines * lineHeight + padding / 2, "body");
         for (size_t i = 0; i < box.head.size(); ++i)
             svg_.text(middle, lineOf(box, i), "middle", box.head[i], i == 0 ? "name" : "type");
         if (!link.empty()) svg_.close();
@@ -156,7 +157,7 @@ private:
         for (const Row& row : box.rows) drawRow(box, row);
         const size_t first = static_cast<size_t>(box.lines) - box.values.size();
         for (size_t i = 0; i < box.values.size(); ++i)
-            svg_.text(left + inset, lineOf(box, first + i), "start", box.values[i], "value");
+            svg_.text(left + padding, lineOf(box, first + i), "start", box.values[i], "value");
         svg_.close();
     }
 
@@ -181,9 +182,9 @@ private:
         const int inwards = row.onRight ? -1 : 1;
         const int y = box.yOf(row);
         if (row.isClock)
-            svg_.polyline(at(edge, y - 4) + " " + at(edge + inwards * wedge, y) + " " + at(edge, y + 4), "wedge");
-        svg_.text(edge + inwards * (inset + (row.isClock ? wedge : 0)), y + baseline, row.onRight ? "end" : "start",
-                  row.text, "port");
+            svg_.polyline(at(edge, y - 4) + " " + at(edge + inwards * wedgeSize, y) + " " + at(edge, y + 4), "wedge");
+        svg_.text(edge + inwards * (padding + (row.isClock ? wedgeSize : 0)), y + baseline,
+                  row.onRight ? "end" : "start", row.text, "port");
         drawLabels(box, row);
     }
 
@@ -215,13 +216,14 @@ private:
 } // namespace
 
 Schematic schematicOf(const HDNTExpansion& expansion, const PageLink& link, std::string_view idPrefix) {
-    if (expansion.levels().empty()) return {"", "no mapping"};
-    Sheet sheet(expansion);
-    const size_t nodes = sheet.graph.nodes.size();
-    const size_t edges = sheet.graph.edges.size();
+    if (expansion.levels().size() != 1) return {"", expansion.levels().empty() ? "no mapping" : "more than one level"};
+    ExpansionGraph graph(expansion);
+    const size_t nodes = graph.nodes.size();
+    const size_t edges = graph.edges.size();
     if (nodes > mostNodes || edges > mostEdges)
         return {"",
                 "too large for a drawing: " + std::to_string(nodes) + " parts, " + std::to_string(edges) + " wires"};
+    Sheet sheet(std::move(graph));
     std::string reason = placeBoxes(sheet);
     if (!reason.empty()) return {"", std::move(reason)};
     return {Drawing(sheet, *expansion.levels().front().block, link, idPrefix).draw(), ""};

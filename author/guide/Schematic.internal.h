@@ -27,7 +27,7 @@ using PageLink = std::function<std::string(const HDNTBlock&)>;
 ///   g.net: path.wire, path.wire.bus, circle.joint
 ///   g.box, also .missing and .kept: rect.body, line.rule below the names, circle.bubble of an inverted port,
 ///     polyline.wedge of a clock
-///   g.pin: polygon.tag
+///   g.pin, also .left and .right, the edge it stands at: polygon.tag
 ///   text.name (bold), text.type, both 11px; text.port 10px; text.value, text.tie, text.part 9px
 Schematic schematicOf(const HDNTExpansion& expansion, const PageLink& link, std::string_view idPrefix);
 

@@ -15,8 +15,6 @@ using Graph = ExpansionGraph;
 
 constexpr size_t longestName = 28; ///< in characters
 constexpr size_t mostValues = 6;
-constexpr int padding = 7; ///< between a box and its texts
-constexpr int wedge = 6;   ///< of a clock
 
 std::string shortened(const std::string& text) { return platform::clipped(platform::printable(text), longestName); }
 
@@ -88,11 +86,14 @@ private:
         const Graph::Port& port = node.ports[end.port];
         const size_t box = hasHead(node) ? boxOfNode_[end.node] : addBox(end.node);
         const auto [bus, place] = declared(node.block, port.base);
-        const bool isClock = hasHead(node) && bus && bus->getType() == HDNT_PIN_CLOCK;
         std::vector<Row>& rows = sheet_.boxes[box].rows;
-        rows.push_back(
-            {shortened(nameWithBits(port.base, bits)), port.onRight, end.inverted, isClock, bits.size() > 1});
-        rows.back().order = {place, bits.empty() ? 0 : -*bits.rbegin()};
+        rows.push_back({.text = shortened(nameWithBits(port.base, bits)),
+                        .onRight = port.onRight,
+                        .inverted = end.inverted,
+                        .isClock = hasHead(node) && bus && bus->getType() == HDNT_PIN_CLOCK,
+                        .isBus = bits.size() > 1,
+                        .isBothWays = bus && bus->getDirection() == HDNT_PIN_BIDIR,
+                        .order = {place, bits.empty() ? 0 : -*bits.rbegin()}});
         return {box, rows.size() - 1};
     }
 
@@ -183,7 +184,7 @@ private:
         for (Row* const row : rows) {
             row->line = row->onRight ? right++ : left++;
             int& width = row->onRight ? rightWidth : leftWidth;
-            width = std::max(width, textWidth(row->text, portSize) + (row->isClock ? wedge : 0));
+            width = std::max(width, textWidth(row->text, portSize) + (row->isClock ? wedgeSize : 0));
         }
         box.lines = static_cast<int>(std::max(left, right) + box.values.size());
         box.width = leftWidth + rightWidth + (leftWidth && rightWidth ? 2 * padding : 0);
@@ -206,6 +207,6 @@ int textWidth(std::string_view text, int fontSize) {
     return static_cast<int>(std::ceil(static_cast<double>(platform::characters(text)) * fontSize * 0.6));
 }
 
-Sheet::Sheet(const HDNTExpansion& expansion) : graph(expansion) { SheetMaker(*this).make(); }
+Sheet::Sheet(ExpansionGraph from) : graph(std::move(from)) { SheetMaker(*this).make(); }
 
 } // namespace hdnt::author::guide

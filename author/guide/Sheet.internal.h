@@ -14,6 +14,8 @@ namespace hdnt::author::guide {
 // A schematic between the graph of a mapping and its drawing. Lengths are in pixels, y downwards.
 
 constexpr int lineHeight = 16; ///< of the lines of a box: names, ports and values
+constexpr int padding = 7;     ///< between a box and the texts in it
+constexpr int wedgeSize = 6;   ///< of a clock
 
 /// One connection of a box. A port has several when parts of it lead elsewhere.
 struct Row {
@@ -22,6 +24,7 @@ struct Row {
     bool inverted = false;
     bool isClock = false;
     bool isBus = false;
+    bool isBothWays = false;
     std::pair<size_t, int> order = {}; ///< among the rows of its side
     size_t line = 0;                   ///< of the box
     std::string tie = {};              ///< instead of a net: "0", "1", or the name of a signal that leads nowhere
@@ -50,7 +53,7 @@ struct SheetNet {
         size_t box;
         size_t row;
     };
-    std::vector<std::string> signals; ///< for each row that is driven
+    std::vector<std::string> signals; ///< whose bits it has
     std::vector<Terminal> terminals;
     /// Where it goes through a column, between two channels.
     struct Crossing {
@@ -62,7 +65,8 @@ struct SheetNet {
 
 /// Boxes in columns, numbered from the left; between them channels for wires, channel c to the left of column c.
 struct Sheet {
-    explicit Sheet(const HDNTExpansion& expansion);
+    explicit Sheet(ExpansionGraph from);
+    Sheet(const Sheet&) = delete; // boxes point into the graph
 
     ExpansionGraph graph;
     std::vector<Box> boxes;

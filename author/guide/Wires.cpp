@@ -68,17 +68,26 @@ Width sumOf(const Branches& branches) {
 
 // A piece has the bits that are on both sides of it, of which those on one side are all that can be.
 void runAlong(int x, const Branches& branches, Wires::Net& net) {
-    const auto first = branches.begin();
-    const auto last = std::prev(branches.end());
-    for (auto branch = first; branch != last; ++branch) {
-        const auto next = std::next(branch);
-        const bool isBus = sumOf(Branches(first, next)).isBus() && sumOf(Branches(next, branches.end())).isBus();
-        Wires::Segment* const before = branch == first ? nullptr : &net.segments.back();
-        if (before && before->isBus == isBus) before->y2 = next->first;
-        else net.segments.push_back({x, branch->first, x, next->first, isBus});
+    std::vector<bool> isBusBelow;
+    Width below;
+    for (auto branch = branches.rbegin(); branch != branches.rend(); ++branch) {
+        for (const Width& width : branch->second) below.add(width);
+        isBusBelow.push_back(below.isBus());
     }
-    for (const auto& [y, widths] : branches)
-        if (widths.size() + (y > first->first) + (y < last->first) > 2) net.joints.push_back({x, y});
+    const int low = branches.begin()->first;
+    const int high = branches.rbegin()->first;
+    Width above;
+    for (auto branch = branches.begin(); branch != branches.end(); ++branch) {
+        const auto& [y, widths] = *branch;
+        isBusBelow.pop_back();
+        if (widths.size() + (y > low) + (y < high) > 2) net.joints.push_back({x, y});
+        if (y == high) break;
+        for (const Width& width : widths) above.add(width);
+        const bool isBus = above.isBus() && isBusBelow.back();
+        const int end = std::next(branch)->first;
+        if (y > low && net.segments.back().isBus == isBus) net.segments.back().y2 = end;
+        else net.segments.push_back({x, y, x, end, isBus});
+    }
 }
 
 // What a net has in each of the columns it goes through, which are all between its outermost rows.
@@ -100,11 +109,13 @@ std::map<size_t, Width> widthsOfCrossings(const Sheet& sheet, const SheetNet& ne
 
 } // namespace
 
-/// An end of a wire in a channel.
+/// An end of a wire in a channel: at a row of a box, or in a column that the net goes through.
 struct Wires::Opening {
-    int x;
     int y;
     Width width;
+    size_t column;
+    const Box* box = nullptr;
+    const Row* row = nullptr;
 };
 
 struct Wires::Passage {
@@ -125,16 +136,16 @@ Wires::Wires(const Sheet& sheet) : sheet_(sheet), nets_(sheet.nets.size()) {
     columnWidths_.resize(sheet.numColumns);
     for (const Box& box : sheet.boxes) columnWidths_[box.column] = std::max(columnWidths_[box.column], box.width);
     trackStarts_.resize(sheet.numColumns + 1);
-    for (const std::vector<Passage>& channel : passages()) {
+    const std::vector<std::vector<Passage>> passages = this->passages();
+    for (const std::vector<Passage>& channel : passages) {
         std::vector<ChannelNet> nets;
         for (const Passage& passage : channel) nets.push_back(passage.ends());
         channels_.push_back(routed(nets, lineHeight / 2));
     }
     measure();
-    const std::vector<std::vector<Passage>> all = passages();
-    for (size_t channel = 0; channel < all.size(); ++channel)
-        for (size_t i = 0; i < all[channel].size(); ++i)
-            run(all[channel][i], channels_[channel].ways[i], trackStarts_[channel]);
+    for (size_t channel = 0; channel < passages.size(); ++channel)
+        for (size_t i = 0; i < passages[channel].size(); ++i)
+            run(passages[channel][i], channels_[channel].ways[i], trackStarts_[channel]);
     for (Net& net : nets_) joinUp(net.segments);
 }
 
@@ -176,16 +187,14 @@ std::vector<std::vector<Wires::Passage>> Wires::passages() const {
         for (const SheetNet::Terminal& terminal : net.terminals) {
             const Box& box = sheet_.boxes[terminal.box];
             const Row& row = sheet_.rowOf(terminal);
-            const int bubble = row.inverted ? bubbleSize : 0;
             Passage& here = part(sheet_.channelOf(terminal));
             Width width;
             for (const int bit : row.bits) width.add(bit);
-            if (row.onRight) here.left.push_back({rightOf(box) + bubble, box.yOf(row), width});
-            else here.right.push_back({leftOf(box) - bubble, box.yOf(row), width});
+            (row.onRight ? here.left : here.right).push_back({box.yOf(row), width, box.column, &box, &row});
         }
         std::map<size_t, Width> widths = widthsOfCrossings(sheet_, net);
         for (const SheetNet::Crossing& crossing : net.crossings) {
-            const Opening opening{columnLefts_[crossing.column], crossing.y, widths[crossing.column]};
+            const Opening opening{crossing.y, widths[crossing.column], crossing.column};
             part(crossing.column).right.push_back(opening);
             part(crossing.column + 1).left.push_back(opening);
         }
@@ -194,12 +203,20 @@ std::vector<std::vector<Wires::Passage>> Wires::passages() const {
     return channels;
 }
 
+// Where its wire is tied on. The one to the right of a column begins at the column's left.
+int Wires::xOf(const Opening& opening) const {
+    if (!opening.box) return columnLefts_[opening.column];
+    const int bubble = opening.row->inverted ? bubbleSize : 0;
+    return opening.row->onRight ? rightOf(*opening.box) + bubble : leftOf(*opening.box) - bubble;
+}
+
 // Horizontal pieces from the openings to their tracks, and the tracks' vertical ones.
 void Wires::run(const Passage& passage, const ChannelWay& way, int trackStart) {
     Net& net = nets_[passage.net];
     if (passage.ends().isStraight()) {
         const bool isBus = passage.left[0].width.isBus() && passage.right[0].width.isBus();
-        net.segments.push_back({passage.left[0].x, passage.left[0].y, passage.right[0].x, passage.left[0].y, isBus});
+        net.segments.push_back(
+            {xOf(passage.left[0]), passage.left[0].y, xOf(passage.right[0]), passage.left[0].y, isBus});
         return;
     }
     const int left = trackStart + static_cast<int>(way.leftTrack) * trackPitch;
@@ -207,11 +224,11 @@ void Wires::run(const Passage& passage, const ChannelWay& way, int trackStart) {
     Branches onLeft;
     Branches onRight;
     for (const Opening& opening : passage.left) {
-        net.segments.push_back({opening.x, opening.y, left, opening.y, opening.width.isBus()});
+        net.segments.push_back({xOf(opening), opening.y, left, opening.y, opening.width.isBus()});
         onLeft[opening.y].push_back(opening.width);
     }
     for (const Opening& opening : passage.right) {
-        net.segments.push_back({right, opening.y, opening.x, opening.y, opening.width.isBus()});
+        net.segments.push_back({right, opening.y, xOf(opening), opening.y, opening.width.isBus()});
         (left == right ? onLeft : onRight)[opening.y].push_back(opening.width);
     }
     if (left != right) {

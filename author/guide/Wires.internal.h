@@ -39,6 +39,7 @@ private:
     struct Passage;
 
     void measure();
+    int xOf(const Opening& opening) const;
     void run(const Passage& passage, const ChannelWay& way, int trackStart);
     std::vector<std::vector<Passage>> passages() const;
 

@@ -5,7 +5,6 @@
 #include "author/guide/Sheet.internal.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <map>
 #include <optional>
@@ -20,13 +19,6 @@ constexpr int points = 18;           ///< of a unit, whole quarters of inches: G
 constexpr size_t mostCrossings = 2000;
 
 std::string nodeName(size_t node) { return "n" + std::to_string(node); }
-
-// Whatever the locale.
-double numberIn(std::string_view text) {
-    double number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
 
 // All on the left with all on the right, by way of the first ones when they are many.
 template <typename Item, typename Join>
@@ -85,15 +77,15 @@ public:
 
     std::string place() {
         chooseEdges();
-        const DotAnswer ranks = askDot(rankedText(), sheet_.boxes.size(), "rank");
+        const DotRanks ranks = rankedByDot(rankedText(), sheet_.boxes.size());
         if (!ranks.reason.empty()) return ranks.reason;
-        setColumns(ranks.values);
+        setColumns(ranks.ranks);
         const size_t numCrossings = addCrossings();
         if (numCrossings > mostCrossings)
             return "too many lines go through " + std::to_string(sheet_.numColumns) + " columns";
-        const DotAnswer places = askDot(orderedText(), sheet_.boxes.size() + numCrossings, "pos");
-        if (!places.reason.empty()) return places.reason;
-        setPlaces(places.values);
+        const DotLayout layout = laidOutByDot(orderedText(), sheet_.boxes.size() + numCrossings);
+        if (!layout.reason.empty()) return layout.reason;
+        setPlaces(layout.centres);
         return "";
     }
 
@@ -135,11 +127,11 @@ private:
         return text + "}\n";
     }
 
-    void setColumns(const std::vector<std::string>& ranks) {
-        std::map<double, size_t> columns;
-        for (size_t i = 0; i < ranks.size(); ++i) columns.emplace(numberIn(ranks[rankedFor(i)]), 0);
+    void setColumns(const std::vector<int>& ranks) {
+        std::map<int, size_t> columns;
+        for (size_t i = 0; i < ranks.size(); ++i) columns.emplace(ranks[rankedFor(i)], 0);
         for (auto& [rank, column] : columns) column = sheet_.numColumns++;
-        for (size_t i = 0; i < ranks.size(); ++i) sheet_.boxes[i].column = columns[numberIn(ranks[rankedFor(i)])];
+        for (size_t i = 0; i < ranks.size(); ++i) sheet_.boxes[i].column = columns[ranks[rankedFor(i)]];
     }
 
     // A net goes through the columns between the channels that it has rows in.
@@ -232,19 +224,19 @@ private:
             });
     }
 
-    // Rounding keeps what is apart by whole units apart. Should Graphviz have put two into one place, they are moved.
-    void setPlaces(const std::vector<std::string>& centres) {
-        struct Item {
-            int top;
-            int height;
-            int* y;
-            int offset;
-        };
+    /// What stands in a column.
+    struct Item {
+        int top; ///< in units
+        int height;
+        int* y;
+        int offset; ///< of that from its top
+    };
+
+    void setPlaces(const std::vector<Centre>& centres) {
         std::vector<std::vector<Item>> columns(sheet_.numColumns);
         const auto add = [&](size_t column, size_t node, int height, int& y, int offset) {
-            const std::string_view centre = centres[node]; // "x,y", y upwards
-            const double top = -numberIn(centre.substr(centre.find(',') + 1)) / points - height / 2.0;
-            columns[column].push_back({static_cast<int>(std::lround(top)), height, &y, offset});
+            const double top = centres[node].y / points - height / 2.0;
+            columns[column].push_back({static_cast<int>(std::floor(top + 0.5)), height, &y, offset});
         };
         for (size_t i = 0; i < sheet_.boxes.size(); ++i)
             add(sheet_.boxes[i].column, i, heightOf(sheet_.boxes[i]), sheet_.boxes[i].top, 0);
@@ -252,17 +244,21 @@ private:
         for (SheetNet& net : sheet_.nets)
             for (SheetNet::Crossing& crossing : net.crossings)
                 add(crossing.column, node++, 1, crossing.y, lineHeight / 2);
-        int top = columns.empty() || columns.front().empty() ? 0 : columns.front().front().top;
-        for (const std::vector<Item>& column : columns)
-            for (const Item& item : column) top = std::min(top, item.top);
+        int top = columns.front().front().top;
         for (std::vector<Item>& column : columns) {
             std::stable_sort(column.begin(), column.end(), [](const Item& a, const Item& b) { return a.top < b.top; });
-            int free = top;
-            for (const Item& item : column) {
-                const int place = std::max(item.top, free);
-                *item.y = (place - top) * unit + item.offset;
-                free = place + item.height + 1;
-            }
+            top = std::min(top, column.front().top);
+        }
+        for (const std::vector<Item>& column : columns) setHeights(column, top);
+    }
+
+    // Rounding keeps what is apart by whole units apart. Should Graphviz have put two into one place, they are moved.
+    static void setHeights(const std::vector<Item>& column, int top) {
+        int free = top;
+        for (const Item& item : column) {
+            const int place = std::max(item.top, free);
+            *item.y = (place - top) * unit + item.offset;
+            free = place + item.height + 1;
         }
     }
 

@@ -68,7 +68,7 @@ public:
             if (tag != "g") continue;
             const std::string kind = group.get<std::string>("<xmlattr>.class");
             if (kind == "net") readNet(group);
-            else if (kind == "pin") readPin(group);
+            else if (kind.rfind("pin", 0) == 0) readPin(group, kind == "pin left");
             else readBox(group);
         }
     }
@@ -191,13 +191,12 @@ private:
         ++numNets;
     }
 
-    void readPin(const Tree& group) {
+    void readPin(const Tree& group, bool drives) {
         std::istringstream points(group.get<std::string>("polygon.<xmlattr>.points"));
         std::vector<std::pair<int, int>> corners;
         for (int x = 0, y = 0; points >> x && points.ignore() && points >> y;) corners.emplace_back(x, y);
         const auto [first, last] = std::minmax_element(corners.begin(), corners.end());
         shapes.push_back({first->first, corners[0].second, last->first, corners[3].second});
-        const bool drives = group.get<std::string>("title").find(", in") != std::string::npos;
         const std::string name = group.get<std::string>("text");
         places.push_back({"", name, drives ? last->first : first->first, last->second, drives ? 1 : -1});
         readTies(group);
