@@ -34,8 +34,7 @@ struct Row {
 
 struct Box {
     const ExpansionGraph::Node* node;
-    std::vector<std::string>
-        head; ///< lines of text above the rows; none in a pin of the mapped block, which has one row
+    std::vector<std::string> head;   ///< lines of text above the rows; a pin of the mapped block has none, and one row
     std::vector<std::string> values; ///< and below
     std::vector<Row> rows;
     int lines; ///< head, rows of the longer side, values
@@ -74,7 +73,6 @@ struct Sheet {
     size_t numColumns = 0;
 
     const Row& rowOf(const SheetNet::Terminal& terminal) const { return boxes[terminal.box].rows[terminal.row]; }
-    int yOf(const SheetNet::Terminal& terminal) const { return boxes[terminal.box].yOf(rowOf(terminal)); }
     size_t channelOf(const SheetNet::Terminal& terminal) const {
         return boxes[terminal.box].column + (rowOf(terminal).onRight ? 1 : 0);
     }

@@ -101,9 +101,11 @@ std::map<size_t, Width> widthsOfCrossings(const Sheet& sheet, const SheetNet& ne
             last = std::max(last, channel);
         }
     }
+    std::map<std::pair<size_t, size_t>, Width> widthsBetween; // few, however many bits there are
+    for (const auto& [bit, channels] : channelsOfBit) widthsBetween[channels].add(bit);
     std::map<size_t, Width> widths;
-    for (const auto& [bit, channels] : channelsOfBit)
-        for (size_t column = channels.first; column < channels.second; ++column) widths[column].add(bit);
+    for (const auto& [channels, width] : widthsBetween)
+        for (size_t column = channels.first; column < channels.second; ++column) widths[column].add(width);
     return widths;
 }
 

@@ -1,4 +1,5 @@
 // Drawings of mappings, read back: what is in the SVG is held against the expansion.
+#include "author/guide/Graphviz.internal.h"
 #include "author/guide/Schematic.internal.h"
 #include "tests/author/DrawnSchematic.h"
 #include "tests/support/Library.h"
@@ -112,9 +113,17 @@ std::string randomNetlist(unsigned seed) {
     return text;
 }
 
+class SchematicTest : public testing::Test {
+protected:
+    void SetUp() override {
+        const std::string reason = hdnt::author::guide::rankedByDot("digraph{phase=1;n0}", 1).reason;
+        if (reason == "built without Graphviz") GTEST_SKIP() << reason;
+    }
+};
+
 } // namespace
 
-TEST(SchematicTest, ShippedMappings) {
+TEST_F(SchematicTest, ShippedMappings) {
     HPAParamMgr::getParamMgr()->setValueAsBool("arch.enableTestFeatures", true);
     HPAParamMgr::getParamMgr()->setValueAsBool("ntl.enableMapLib", true);
     HDNTLibraryMgr::m_archEnumInfo = 1;
@@ -135,7 +144,7 @@ TEST(SchematicTest, ShippedMappings) {
     EXPECT_GT(number, 150U);
 }
 
-TEST(SchematicTest, WhatANetlistMayHold) {
+TEST_F(SchematicTest, WhatANetlistMayHold) {
     const std::string loop =
         "connect \"f\" : \"STORE0\" \"Q\", \"STORE1\" \"D\"; connect \"g\" : \"STORE1\" \"Q\", \"STORE0\" \"D\";";
     std::string split;
@@ -178,7 +187,7 @@ TEST(SchematicTest, WhatANetlistMayHold) {
     EXPECT_EQ(Mapping("signal \"w\"; connect \"w\" : \"X\", \"D\";", "modifiedby").held().titles.size(), 1U);
 }
 
-TEST(SchematicTest, PartsOfABus) {
+TEST_F(SchematicTest, PartsOfABus) {
     const std::map<std::string, std::string> expected = {
         {"AND_20 A[1]", "[0]"}, {"AND_20 A[0]", "[1]"}, {" V[7:6]", "[1:0]"}, {" V[3:2]", "[3:2]"}};
     const Drawing drawing =
@@ -190,7 +199,7 @@ TEST(SchematicTest, PartsOfABus) {
     EXPECT_EQ(drawing.partsOfRows(), expected);
 }
 
-TEST(SchematicTest, RandomNetlists) {
+TEST_F(SchematicTest, RandomNetlists) {
     for (unsigned seed = 0; seed < 150; ++seed) {
         SCOPED_TRACE(seed);
         Mapping(randomNetlist(seed)).held();
@@ -198,7 +207,7 @@ TEST(SchematicTest, RandomNetlists) {
     }
 }
 
-TEST(SchematicTest, NamesAndLinks) {
+TEST_F(SchematicTest, NamesAndLinks) {
     const Mapping mapping("inst \"a<b>&'\xff\" \"STORE\"; inst \"none\" \"ELSEWHERE\";"
                           "signal \"w\"; connect \"w\" : \"D\", \"a<b>&'\xff\" \"D\", \"none\" \"D\", \"gone\" \"I\";");
     const Schematic linked = mapping.draw();
@@ -214,7 +223,7 @@ TEST(SchematicTest, NamesAndLinks) {
         EXPECT_NE(mapping.draw(link).svg.find("role=\"img\""), std::string::npos);
 }
 
-TEST(SchematicTest, WhatIsNotDrawn) {
+TEST_F(SchematicTest, WhatIsNotDrawn) {
     EXPECT_EQ(Mapping("").draw().reason, "nothing to draw");
     EXPECT_EQ(Mapping(instances("STORE", 300)).draw().reason, "");
     EXPECT_EQ(Mapping(instances("STORE", 301)).draw().reason, "too large for a drawing: 301 parts, 0 wires");
