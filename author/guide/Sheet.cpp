@@ -38,7 +38,8 @@ public:
         for (size_t node = 0; node < graph_.nodes.size(); ++node)
             if (hasHead(graph_.nodes[node])) boxOfNode_[node] = addBox(node);
         for (const Graph::Edge& edge : graph_.edges)
-            bitsOfDriver_[driverOf(edge)].insert(edge.fromBits.begin(), edge.fromBits.end());
+            if (kindOf(edge.to) != Graph::Kind::junction)
+                bitsOfDriver_[driverOf(edge)].insert(edge.fromBits.begin(), edge.fromBits.end());
         for (const Graph::Edge& edge : graph_.edges) addEdge(edge);
         addSignals();
         for (const SheetNet& net : sheet_.nets) markParts(net);
@@ -97,15 +98,15 @@ private:
         return {box, rows.size() - 1};
     }
 
+    Graph::Kind kindOf(const Graph::End& end) const { return graph_.nodes[end.node].kind; }
     Row& rowOf(const Terminal& terminal) { return sheet_.boxes[terminal.box].rows[terminal.row]; }
 
     void addEdge(const Graph::Edge& edge) {
-        const Graph::Node& from = graph_.nodes[edge.from.node];
-        if (from.kind == Graph::Kind::constant) {
-            rowOf(addRow(edge.to, edge.toBits)).tie = from.name;
-        } else if (from.kind == Graph::Kind::junction) {
+        if (kindOf(edge.from) == Graph::Kind::constant) {
+            rowOf(addRow(edge.to, edge.toBits)).tie = graph_.nodes[edge.from.node].name;
+        } else if (kindOf(edge.from) == Graph::Kind::junction) {
             signals_[edge.from.node].push_back({&edge.to, &edge.toBits, &edge.fromBits});
-        } else if (graph_.nodes[edge.to.node].kind == Graph::Kind::junction) {
+        } else if (kindOf(edge.to) == Graph::Kind::junction) {
             signals_[edge.to.node].push_back({&edge.from, &edge.fromBits, &edge.toBits});
         } else {
             addDriven(edge);

@@ -82,32 +82,28 @@ std::string instances(const std::string& type, int number) {
 /// Each input gets something that drives, or a constant, or nothing; pads are joined in groups.
 std::string randomNetlist(unsigned seed) {
     std::mt19937 random(seed);
-    const auto below = [&](int end) { return static_cast<int>(random() % static_cast<unsigned>(end)); };
-    const int number = 1 + below(12);
-    const int pads = below(4);
+    const auto below = [&](size_t end) { return static_cast<size_t>(random() % end); };
+    const int number = 1 + static_cast<int>(below(12));
     std::vector<std::string> drivers = {"\"D\"", "\"C\"", "\"W[0]\"", "\"W[1]\"", "\"W[2]\""};
     std::vector<std::string> takers = {"\"Q\"", "\"V[7]\"", "\"V[6]\"", "\"V[5]\""};
     for (int i = 0; i < number; ++i) {
-        const std::string suffix = std::to_string(i) + "\" \"";
-        for (const char* const pin : {"A[0]", "A[1]"}) takers.push_back("\"AND_2" + suffix + pin + '"');
-        for (const char* const pin : {"D", "C", "~D"}) takers.push_back("\"STORE" + suffix + pin + '"');
-        drivers.insert(drivers.end(), {"\"AND_2" + suffix + "O\"", "\"STORE" + suffix + "Q\""});
+        const std::string both = "\"AND_2" + std::to_string(i) + "\" \"";
+        const std::string store = "\"STORE" + std::to_string(i) + "\" \"";
+        takers.insert(takers.end(),
+                      {both + "A[0]\"", both + "A[1]\"", store + (below(2) ? "~D\"" : "D\""), store + "C\""});
+        drivers.insert(drivers.end(), {both + "O\"", store + "Q\""});
     }
     std::map<std::string, std::string> signals;
-    for (size_t i = 0; i < takers.size(); ++i) {
-        if (takers[i].find('~') != std::string::npos || below(5) == 0) continue;
-        const size_t driver = static_cast<size_t>(below(static_cast<int>(drivers.size()) + 1));
-        std::string& connected = signals[driver < drivers.size() ? "s" + std::to_string(driver) : "@1"];
-        connected += (connected.empty() && driver < drivers.size() ? drivers[driver] + ", "
-                      : connected.empty()                          ? ""
-                                                                   : ", ") +
-                     takers[i];
+    const auto connect = [&](const std::string& signal, const std::string& pin) {
+        signals[signal] += (signals[signal].empty() ? "" : ", ") + pin;
+    };
+    for (size_t i = 0; i < drivers.size(); ++i) connect("s" + std::to_string(i), drivers[i]);
+    for (const std::string& taker : takers) {
+        const size_t driver = below(drivers.size() + 1);
+        if (below(5) > 0) connect(driver < drivers.size() ? "s" + std::to_string(driver) : "@1", taker);
     }
-    for (int i = 0; i < pads; ++i) {
-        std::string& connected = signals["p" + std::to_string(below(2))];
-        connected += (connected.empty() ? "" : ", ") + ("\"PAD" + std::to_string(i)) + "\" \"P\"";
-    }
-    std::string text = instances("AND_2", number) + instances("STORE", number) + instances("PAD", pads);
+    for (int i = 0; i < 3; ++i) connect("p" + std::to_string(below(2)), "\"PAD" + std::to_string(i) + "\" \"P\"");
+    std::string text = instances("AND_2", number) + instances("STORE", number) + instances("PAD", 3);
     for (const auto& [signal, connected] : signals)
         text += "signal \"" + signal + "\"; connect \"" + signal + "\" : " + connected + ";\n";
     return text;
