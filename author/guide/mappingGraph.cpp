@@ -21,8 +21,11 @@ struct Node {
     const HDNTBlock* block;
     std::string page;
     double width;
+    std::vector<std::size_t> targets = {};
     Centre centre{0, 0};
 };
+
+enum class State : unsigned char { New, Open, Done };
 
 class MappingGraph {
 public:
@@ -45,7 +48,8 @@ private:
             const HDNTBlock* const target = book.find(type);
             if (!target || book.addresses().pageOf(target).empty()) continue;
             const std::size_t from = nodeOf(book, block);
-            edges_.emplace_back(from, nodeOf(book, *target));
+            const std::size_t to = nodeOf(book, *target);
+            nodes_[from].targets.push_back(to);
         }
     }
 
@@ -63,8 +67,21 @@ private:
         for (std::size_t i = 0; i < nodes_.size(); ++i)
             text += "n" + std::to_string(i) + "[width=" + number(nodes_[i].width / pointsPerInch) +
                     ",height=" + number(height / pointsPerInch) + "];";
-        for (const auto& [from, to] : edges_) text += "n" + std::to_string(from) + "->n" + std::to_string(to) + ";";
+        std::vector<State> states(nodes_.size(), State::New);
+        for (std::size_t i = 0; i < nodes_.size(); ++i) addEdges(text, i, states);
         return text + "}";
+    }
+
+    // Those that close a circle are left out: Graphviz loses memory on them. They are drawn all the same.
+    void addEdges(std::string& text, std::size_t from, std::vector<State>& states) const {
+        if (states[from] != State::New) return;
+        states[from] = State::Open;
+        for (const std::size_t to : nodes_[from].targets) {
+            if (states[to] == State::Open) continue;
+            text += "n" + std::to_string(from) + "->n" + std::to_string(to) + ";";
+            addEdges(text, to, states);
+        }
+        states[from] = State::Done;
     }
 
     void moveToOrigin() {
@@ -90,7 +107,8 @@ private:
                          {"height", number(bottom_)},
                          {"role", "group"},
                          {"aria-label", "Which blocks are mapped to which; the table below says the same"}});
-        for (const auto& [from, to] : edges_) drawEdge(svg, nodes_[from], nodes_[to]);
+        for (const Node& from : nodes_)
+            for (const std::size_t to : from.targets) drawEdge(svg, from, nodes_[to]);
         for (const Node& node : nodes_) {
             const Centre& at = node.centre;
             svg.open("a", {{"href", node.page}});
@@ -113,7 +131,6 @@ private:
 
     std::vector<Node> nodes_;
     std::map<const HDNTBlock*, std::size_t> index_;
-    std::vector<std::pair<std::size_t, std::size_t>> edges_;
     double right_ = 0;
     double bottom_ = 0;
 };

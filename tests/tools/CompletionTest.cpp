@@ -90,7 +90,8 @@ TEST_F(CompletionTest, WhatMayStandThere) {
         {{"lint", "--werror=unknown-pin,open-i"}, {"--werror=unknown-pin,open-input"}},
         {{"explain", "syntax-er"}, {"syntax-error"}},
         {{"lint", "--rule", "syntax-er"}, {}},
-        {{}, {"check", "lint", "list", "show", "expand", "print", "format", "diff", "guide", "explain", "serve", "help"}},
+        {{},
+         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "guide", "explain", "serve", "help"}},
     };
     for (const auto& each : cases) {
         std::string line;
