@@ -154,7 +154,7 @@ private:
 WrittenGuide writeGuide(const HDNTLibrary& library, const std::string& folder, const GuideOptions& options) {
     guide::GuideFolder draft(folder);
     const guide::Book book(library, options);
-    const WrittenGuide written = guide::Writer(book, draft).run();
+    WrittenGuide written = guide::Writer(book, draft).run();
     draft.finish();
     return written;
 }

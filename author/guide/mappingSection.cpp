@@ -70,7 +70,7 @@ private:
         outcomes_.push_back(std::move(broken));
     }
 
-    void add(const Book::Variant& variant, const MappingOutcome& from, Json drawing) {
+    void add(const Book::Variant& variant, const MappingOutcome& from, const Json& drawing) {
         Json entry = outcome(variant);
         entry["setting"] = from.setting;
         entry["netlist"] = from.text;
