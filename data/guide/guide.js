@@ -12,18 +12,24 @@ function element(name, attributes = {}, ...children) {
 
 // --- search
 
+const mostShown = 50;
 let entries = null;
 let whenLoaded = () => {};
 
-// search.js calls this; a page that was opened from a folder cannot read it in another way.
+// search.js calls this; a page that was opened from a folder cannot read it in another way. Short names come first, so
+// that a search needs no sorting.
 function guideEntries(list) {
-  entries = list.map(([name, kind, href, text]) => ({ name, kind, href, text, key: name.toLowerCase(), words: text.toLowerCase() }));
+  entries = list.map(([name, kind, href, text]) =>
+    ({ name, kind, href, text, key: name.toLowerCase(), words: (kind + " " + text).toLowerCase() }));
+  entries.sort((a, b) => a.name.length - b.name.length);
   whenLoaded();
 }
 
-function loadEntries() {
-  if (!document.querySelector("script[data-search]"))
-    document.head.append(element("script", { src: root + "search.js", "data-search": "" }));
+function loadEntries(whenMissing) {
+  if (document.querySelector("script[data-search]")) return;
+  const script = element("script", { src: root + "search.js", "data-search": "" });
+  script.addEventListener("error", whenMissing);
+  document.head.append(script);
 }
 
 // Blocks before their pins, names before descriptions, beginnings before middles. Every word has to be there.
@@ -31,56 +37,85 @@ function rankOf(entry, words) {
   let rank = entry.kind === "block" ? 0 : 1;
   for (const word of words) {
     const at = entry.key.indexOf(word);
-    if (at < 0 && !entry.words.includes(word) && !entry.kind.toLowerCase().includes(word)) return -1;
-    rank += entry.key === word ? 0 : at === 0 ? 2 : at > 0 ? 4 : 6;
+    if (at < 0 && !entry.words.includes(word)) return -1;
+    rank += at < 0 ? 6 : at > 0 ? 4 : entry.key === word ? 0 : 2;
   }
   return rank;
 }
 
-function found(text, most) {
+function found(text) {
   const words = text.toLowerCase().split(/\s+/).filter(Boolean);
-  if (!entries || words.length === 0) return [];
-  const ranked = entries.map((entry) => ({ entry, rank: rankOf(entry, words) })).filter(({ rank }) => rank >= 0);
-  ranked.sort((a, b) => a.rank - b.rank || a.entry.name.length - b.entry.name.length);
-  return ranked.slice(0, most).map(({ entry }) => entry);
+  const byRank = [];
+  if (words.length === 0) return byRank;
+  for (const entry of entries) {
+    const rank = rankOf(entry, words);
+    if (rank >= 0) (byRank[rank] ??= []).push(entry);
+  }
+  return byRank.flat();
+}
+
+function resultItem(hit, index) {
+  return element("li", { role: "option", id: "result-" + index, "aria-selected": "false", "data-href": hit.href },
+    element("b", {}, hit.name), element("span", { class: "kind" }, hit.kind + (hit.text ? ": " + hit.text : "")));
+}
+
+function countText(hits) {
+  if (hits.length === 0) return "Nothing found";
+  return hits.length > mostShown ? "The first " + mostShown + " of " + hits.length : hits.length + " found";
 }
 
 function addSearch() {
   const input = element("input", { type: "search", id: "search", role: "combobox", "aria-expanded": "false",
     "aria-controls": "results", "aria-autocomplete": "list", "aria-label": "Search", placeholder: "Search ( / )", autocomplete: "off" });
   const list = element("ul", { class: "results", id: "results", role: "listbox", "aria-label": "Results" });
-  const status = element("p", { class: "status", role: "status", hidden: "" });
-  document.querySelector(".top").append(element("div", { class: "search", role: "search" }, input, list, status));
+  const status = element("p", { class: "count", role: "status" });
+  const answers = element("div", { class: "answers" }, status, list);
+  document.querySelector(".top").append(element("div", { class: "search", role: "search" }, input, answers));
   let chosen = -1;
   const choose = (index) => {
-    chosen = list.children.length === 0 ? -1 : (index + list.children.length) % list.children.length;
-    [...list.children].forEach((item, i) => item.setAttribute("aria-selected", String(i === chosen)));
+    const count = list.children.length;
+    if (chosen >= 0) list.children[chosen]?.setAttribute("aria-selected", "false");
+    chosen = count === 0 ? -1 : (index + count) % count;
     if (chosen < 0) return input.removeAttribute("aria-activedescendant");
-    input.setAttribute("aria-activedescendant", list.children[chosen].id);
+    list.children[chosen].setAttribute("aria-selected", "true");
     list.children[chosen].scrollIntoView({ block: "nearest" });
+    input.setAttribute("aria-activedescendant", list.children[chosen].id);
   };
-  const open = (item) => { if (item) location.href = root + item.dataset.href; };
-  const show = () => {
-    const hits = found(input.value, 50);
-    list.replaceChildren(...hits.map((hit, i) => element("li", { role: "option", id: "result-" + i, "aria-selected": "false",
-      "data-href": hit.href }, element("b", {}, hit.name), element("span", { class: "kind" }, hit.kind + (hit.text ? ": " + hit.text : "")))));
+  const fill = (hits, text) => {
+    list.replaceChildren(...hits.slice(0, mostShown).map(resultItem));
     input.setAttribute("aria-expanded", String(hits.length > 0));
-    choose(-1 + (hits.length > 0 ? 1 : 0));
-    status.hidden = !input.value || !entries || hits.length > 0;
-    status.textContent = status.hidden ? "" : "Nothing found";
+    status.textContent = text;
+    chosen = -1;
+    choose(0);
+  };
+  const close = () => fill([], "");
+  const show = () => {
+    if (!input.value.trim()) return close();
+    if (!entries) return fill([], "Reading the names");
+    const hits = found(input.value);
+    fill(hits, countText(hits));
+  };
+  const open = (item) => {
+    if (!item) return;
+    input.value = "";
+    input.blur();
+    location.href = root + item.dataset.href;
   };
   whenLoaded = show;
-  input.addEventListener("focus", loadEntries);
-  input.addEventListener("input", () => { loadEntries(); show(); });
+  input.addEventListener("focus", () => { loadEntries(() => fill([], "search.js cannot be read")); show(); });
+  input.addEventListener("blur", close);
+  input.addEventListener("input", show);
   input.addEventListener("keydown", (event) => {
     if (event.key === "ArrowDown") choose(chosen + 1);
     else if (event.key === "ArrowUp") choose(chosen - 1);
     else if (event.key === "Enter") open(list.children[chosen]);
-    else if (event.key === "Escape") { input.value = ""; show(); input.blur(); }
+    else if (event.key === "Escape") { input.value = ""; input.blur(); }
     else return;
     event.preventDefault();
   });
-  list.addEventListener("mousedown", (event) => open(event.target.closest("li")));
+  // The field keeps the focus, or the list were gone before the click.
+  answers.addEventListener("mousedown", (event) => event.preventDefault());
+  list.addEventListener("click", (event) => open(event.target.closest("li")));
   document.addEventListener("keydown", (event) => {
     const writes = event.target.closest("input, select, textarea");
     if (event.key !== "/" || writes || event.ctrlKey || event.metaKey || event.altKey) return;
@@ -97,10 +132,9 @@ function sortBy(table, column, header) {
   const ascending = header.getAttribute("aria-sort") !== "ascending";
   for (const other of table.tHead.rows[0].cells) other.removeAttribute("aria-sort");
   header.setAttribute("aria-sort", ascending ? "ascending" : "descending");
-  const numeric = header.dataset.sort === "number";
-  const compare = (a, b) => numeric ? Number(textOf(a, column)) - Number(textOf(b, column))
-    : textOf(a, column).localeCompare(textOf(b, column), "en", { numeric: true });
-  const rows = [...table.tBodies[0].rows].sort((a, b) => (ascending ? compare(a, b) : compare(b, a)));
+  const { compare } = new Intl.Collator("en", { numeric: true });
+  const order = (a, b) => compare(textOf(a, column), textOf(b, column));
+  const rows = [...table.tBodies[0].rows].sort((a, b) => (ascending ? order(a, b) : order(b, a)));
   table.tBodies[0].append(...rows);
 }
 
@@ -112,26 +146,27 @@ function makeSortable(table) {
   });
 }
 
-function valuesIn(table, column, kind) {
-  const values = new Set();
-  for (const row of table.tBodies[0].rows)
-    for (const value of kind === "words" ? textOf(row, column).split(", ") : [textOf(row, column)]) if (value) values.add(value);
-  return [...values].sort();
+// "A:B" is in the group A as well.
+function valuesOf(row, column, kind) {
+  const text = textOf(row, column);
+  if (kind === "words") return text.split(", ");
+  return text.includes(":") ? [text.split(":")[0], text] : [text];
 }
 
 function filterFor(table, column, header) {
   const kind = header.dataset.filter;
   const name = header.textContent;
+  const values = new Set([...table.tBodies[0].rows].flatMap((row) => valuesOf(row, column, kind)));
   const control = kind === "text" ? element("input", { type: "text" })
-    : element("select", {}, element("option", { value: "" }, "all"), ...valuesIn(table, column, kind).map((value) => element("option", {}, value)));
+    : element("select", {}, element("option", { value: "" }, "all"),
+      ...[...values].filter(Boolean).sort().map((value) => element("option", {}, value)));
   const holds = (row) => {
     const wanted = control.value.trim();
-    const text = textOf(row, column);
     if (!wanted) return true;
-    if (kind === "text") return text.toLowerCase().includes(wanted.toLowerCase());
-    return kind === "words" ? text.split(", ").includes(wanted) : text === wanted;
+    return kind === "text" ? textOf(row, column).toLowerCase().includes(wanted.toLowerCase())
+      : valuesOf(row, column, kind).includes(wanted);
   };
-  return { label: element("label", {}, name, control), control, holds };
+  return { label: element("label", {}, name, control), holds };
 }
 
 function makeFiltered(table) {
@@ -168,9 +203,12 @@ function makeChoices(group, number) {
     return button;
   });
   const reveal = () => {
-    const target = document.getElementById(decodeURIComponent(location.hash.slice(1)));
+    const target = document.getElementById(location.hash.slice(1));
     const index = sections.findIndex((section) => section.contains(target));
-    if (target && index >= 0) { buttons[index].checked = true; show(sections[index]); target.scrollIntoView(); }
+    if (index < 0) return;
+    buttons[index].checked = true;
+    show(sections[index]);
+    target.scrollIntoView();
   };
   group.prepend(set);
   show(sections[0]);
@@ -181,16 +219,19 @@ function makeChoices(group, number) {
 function makeCopied(block) {
   if (!navigator.clipboard) return;
   const button = element("button", { type: "button", class: "copy" }, "Copy");
-  button.addEventListener("click", async () => {
-    await navigator.clipboard.writeText(block.textContent);
-    button.textContent = "Copied";
+  const say = (text) => {
+    button.textContent = text;
     setTimeout(() => { button.textContent = "Copy"; }, 2000);
-  });
+  };
+  button.addEventListener("click", () =>
+    navigator.clipboard.writeText(block.textContent).then(() => say("Copied"), () => say("Not copied")));
   block.before(button);
 }
 
 addSearch();
-document.querySelectorAll("table.filtered").forEach(makeFiltered);
-document.querySelectorAll("table.sorted").forEach(makeSortable);
+// One row may be the one that says there are none.
+const hasRows = (table) => table.tBodies[0].rows.length > 1;
+[...document.querySelectorAll("table.filtered")].filter(hasRows).forEach(makeFiltered);
+[...document.querySelectorAll("table.sorted")].filter(hasRows).forEach(makeSortable);
 document.querySelectorAll(".choices").forEach(makeChoices);
 document.querySelectorAll("pre.copied").forEach(makeCopied);
