@@ -17,6 +17,8 @@ namespace mustache = kainjow::mustache;
 
 constexpr const char* names[] = {"page",      "start",    "blocks",  "names", "matrix",   "mappings",
                                  "functions", "findings", "changes", "block", "property", "link"};
+/// Those that others take in. A page's own value of such a name could not be shown.
+constexpr const char* parts[] = {"property", "link"};
 
 mustache::data dataOf(const Json& json) {
     if (json.is_array()) {
@@ -64,7 +66,8 @@ Templates::~Templates() = default;
 
 std::string Templates::render(const std::string& name, const Json& page) {
     mustache::data data = dataOf(page);
-    for (const auto& [part, text] : parsed_->texts) data.set(part, mustache::partial([&text = text] { return text; }));
+    for (const char* const part : parts)
+        data.set(part, mustache::partial([&text = parsed_->texts.at(part)] { return text; }));
     return parsed_->byName.at(name).render(data);
 }
 

@@ -92,6 +92,7 @@ TEST_F(GuideTest, PagesSayWhatChangedSince) {
     EXPECT_NE(page("changes.html").find("<a href=\"blocks/HOLD.html\">HOLD</a>: pin <code>O</code> added"),
               std::string::npos);
     EXPECT_NE(page("blocks/HOLD.html").find("Changes since old.btl"), std::string::npos);
+    EXPECT_NE(page("blocks/HOLD.html").find("<li>pin <code>O</code> added"), std::string::npos);
     EXPECT_EQ(page("blocks/PASS.html").find("<li>pin"), std::string::npos);
     EXPECT_NE(page("index.html").find("<title>Small &amp; &lt;new&gt;</title>"), std::string::npos);
     EXPECT_EQ(guide({"--compare", "missing.btl"}).status, 2);
