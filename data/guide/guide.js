@@ -199,7 +199,7 @@ function makeChoices(group, number) {
     const button = element("input", { type: "radio", name: "choice-" + number });
     button.checked = i === 0;
     button.addEventListener("change", () => show(section));
-    set.append(element("label", {}, button, " " + section.querySelector("h3").textContent));
+    set.append(element("label", {}, button, section.querySelector("h3").textContent));
     return button;
   });
   const reveal = () => {
