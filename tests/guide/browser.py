@@ -53,7 +53,7 @@ def setUpModule():
     text = pathlib.Path(FOLDER.name, "hard.btl")
     text.write_text(HARD_TEXT)
     # Another library in the place of an old release, so that there are changes.
-    for options in ([SHIPPED, "--compare", SOURCES / "data/simulation.btl"], [HARD, "-l", text]):
+    for options in ([SHIPPED, "--compare", SOURCES / "data/simulation.btl"], [HARD, "-l", text, "--title", "T" * 150]):
         subprocess.run([TOOL, "guide", *options], check=True, stdout=subprocess.DEVNULL)
 
 
@@ -210,6 +210,17 @@ class Pages(Browser):
         self.run_script("location.hash = '#outcome-5'")
         self.wait(lambda: self.texts(self.outcomes) == titles[4:5])
 
+    def test_template_is_copied(self):
+        self.tell("Browser.grantPermissions", {"permissions": ["clipboardReadWrite", "clipboardSanitizedWrite"]})
+        self.open(COUNTER)
+        self.browser.find_element(By.XPATH, "//label[. = 'VHDL']/input").send_keys(Keys.SPACE)
+        section = self.browser.find_element(By.XPATH, "//section[h3[. = 'VHDL']]")
+        section.find_element(By.CSS_SELECTOR, ".copy").send_keys(Keys.ENTER)
+        self.wait(lambda: self.texts(".copy") == ["Copied"])
+        copied = self.browser.execute_async_script("navigator.clipboard.readText().then(arguments[0])")
+        self.assertIn(": COUNT_UP_8_LOAD", copied)
+        self.assertEqual(copied, section.find_element(By.TAG_NAME, "pre").get_property("textContent"))
+
     def test_all_is_there_without_script(self):
         self.tell("Emulation.setScriptExecutionDisabled", {"value": True})
         self.open(COUNTER)
@@ -227,7 +238,7 @@ class Pages(Browser):
         pages = [(SHIPPED, page) for page in KINDS]
         pages += [(HARD, str(page.relative_to(HARD))) for page in HARD.rglob("*.html")]
         for guide, page in pages:
-            for width in (360, 2560):
+            for width in (360, 1200, 2560):
                 for scheme, dark in (("light", False), ("dark", True)):
                     with self.subTest(page=page[:60], width=width, scheme=scheme):
                         self.open(page, width, scheme, guide)
