@@ -14,6 +14,7 @@ function element(name, attributes = {}, ...children) {
 
 const mostShown = 50;
 let entries = null;
+let whyNone = "Reading the names";
 let whenLoaded = () => {};
 
 // search.js calls this; a page that was opened from a folder cannot read it in another way. Short names come first, so
@@ -25,10 +26,13 @@ function guideEntries(list) {
   whenLoaded();
 }
 
-function loadEntries(whenMissing) {
+function loadEntries() {
   if (document.querySelector("script[data-search]")) return;
   const script = element("script", { src: root + "search.js", "data-search": "" });
-  script.addEventListener("error", whenMissing);
+  script.addEventListener("error", () => {
+    whyNone = "search.js cannot be read";
+    whenLoaded();
+  });
   document.head.append(script);
 }
 
@@ -74,7 +78,7 @@ function addSearch() {
   let chosen = -1;
   const choose = (index) => {
     const count = list.children.length;
-    if (chosen >= 0) list.children[chosen]?.setAttribute("aria-selected", "false");
+    if (chosen >= 0) list.children[chosen].setAttribute("aria-selected", "false");
     chosen = count === 0 ? -1 : (index + count) % count;
     if (chosen < 0) return input.removeAttribute("aria-activedescendant");
     list.children[chosen].setAttribute("aria-selected", "true");
@@ -91,7 +95,7 @@ function addSearch() {
   const close = () => fill([], "");
   const show = () => {
     if (!input.value.trim()) return close();
-    if (!entries) return fill([], "Reading the names");
+    if (!entries) return fill([], whyNone);
     const hits = found(input.value);
     fill(hits, countText(hits));
   };
@@ -102,7 +106,7 @@ function addSearch() {
     location.href = root + item.dataset.href;
   };
   whenLoaded = show;
-  input.addEventListener("focus", () => { loadEntries(() => fill([], "search.js cannot be read")); show(); });
+  input.addEventListener("focus", () => { loadEntries(); show(); });
   input.addEventListener("blur", close);
   input.addEventListener("input", show);
   input.addEventListener("keydown", (event) => {
