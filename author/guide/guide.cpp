@@ -94,10 +94,11 @@ private:
         write("blocks", "blocks.html", {{"heading", "Blocks"}, {"root", ""}, {"rows", rows_}});
         write("matrix", "architectures.html", matrixPage(book_, rows_));
         write("mappings", "mappings.html", mappingsPage(book_));
-        write("functions", "functions.html", functionsPage(book_));
+        const Json functions = functionsPage(book_);
+        write("functions", "functions.html", functions);
         write("findings", "findings.html", findingsPage(book_));
         if (book_.options().changes) write("changes", "changes.html", changesPage(book_));
-        for (const Json& function : functionsPage(book_)["rows"])
+        for (const Json& function : functions["rows"])
             names_.push_back(entry(words::cell(function["name"]), "function",
                                    "functions.html#" + words::cell(function["anchor"]), ""));
         write("names", "names.html", namesPage(names_));
