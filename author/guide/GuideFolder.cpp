@@ -71,6 +71,11 @@ fs::path placeOf(const std::string& path) {
     return place.has_filename() ? place : place.parent_path();
 }
 
+bool isAround(const fs::path& folder, const fs::path& other) {
+    const fs::path way = other.lexically_relative(folder);
+    return !way.empty() && *way.begin() != "..";
+}
+
 } // namespace
 
 GuideFolder::GuideFolder(const std::string& path) : path_(path) {
@@ -78,6 +83,8 @@ GuideFolder::GuideFolder(const std::string& path) : path_(path) {
         const fs::path place = placeOf(path);
         path_ = place.string();
         if (fs::exists(place) && !fs::is_directory(place)) fail(path, "is no folder");
+        if (isAround(place, fs::current_path()))
+            fail(path, "holds the working directory, which would be gone; name it from another one");
         if (fs::exists(place)) requireOwn(place);
         fs::create_directories(place.parent_path());
         std::string draft = (place.parent_path() / ("." + place.filename().string() + ".XXXXXX")).string();

@@ -12,7 +12,7 @@ namespace hdnt::author::guide {
 class GuideFolder {
 public:
     /// Throws HEXDataException when the folder is there and holds anything that no guide wrote, or that was changed
-    /// since; or when nothing can be written beside it.
+    /// since; when the working directory is in it; or when nothing can be written beside it.
     explicit GuideFolder(const std::string& path);
     /// Takes away what was not finished.
     ~GuideFolder();

@@ -104,5 +104,6 @@ TEST_F(GuideTest, WhatCannotBeDoneIsSaid) {
     EXPECT_EQ(ntl.run({"guide", "bad", "-l", "bad.btl"}).status, 1);
     EXPECT_FALSE(isThere("bad"));
     EXPECT_EQ(ntl.run({"guide", "", "-l", "one.btl"}).status, 2);
+    EXPECT_NE(ntl.run({"guide", ".", "-l", "one.btl"}).err.find("holds the working directory"), std::string::npos);
     EXPECT_EQ(ntl.run({"guide", "/proc/out", "-l", "one.btl"}).status, 2);
 }

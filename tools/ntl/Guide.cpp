@@ -10,6 +10,8 @@
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Progress.h"
 
+#include <filesystem>
+
 namespace ntl {
 
 namespace {
@@ -60,7 +62,8 @@ int runGuide(const Settings& settings) {
     }
     progress.clear();
     if (!written.undrawn.empty()) complain("mappings are not drawn: " + written.undrawn);
-    writeOutput(settings.guideFolder + "/index.html: " + counted(written.pages, "page") + "\n");
+    const std::string start = (std::filesystem::path(settings.guideFolder) / "index.html").string();
+    writeOutput(start + ": " + counted(written.pages, "page") + "\n");
     return Fine;
 }
 
