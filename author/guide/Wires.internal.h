@@ -52,8 +52,8 @@ private:
     std::vector<Net> nets_;
 };
 
-constexpr int bubbleSize = 6;  ///< of an inverted port, across
-constexpr int stubLength = 12; ///< of a wire that ends in a text
-constexpr int labelGap = 3;
+inline constexpr int bubbleSize = 6;  ///< of an inverted port, across
+inline constexpr int stubLength = 12; ///< of a wire that ends in a text
+inline constexpr int labelGap = 3;
 
 } // namespace hdnt::author::guide
