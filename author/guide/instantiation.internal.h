@@ -4,11 +4,11 @@
 
 #include <string>
 
-// How a block is placed into a design, as text to copy: from what jsonOf(HDNTBlock&, ...) says. Behind each port stands its
-// direction, range, type and tie, behind each parameter its type and what it may be. Parameters have their defaults;
-// one without a valid default is a comment, and so is a pin that is no port. Parameters that are read-only, hidden, of
-// simulation or of tests are left out, and so are properties of pins, which no instance sets. Pins of one base name are
-// one port, from the lowest to the highest bit.
+// How a block is placed into a design, as text to copy: from what jsonOf(HDNTBlock&, ...) says. Behind each port stands
+// its direction, range, type and tie, behind each parameter its type and what it may be. Parameters have their
+// defaults; one without a valid default is a comment, and so is a pin that is no port. Parameters that are read-only,
+// hidden, of simulation or of tests are left out, and so are properties of pins, which no instance sets. Pins of one
+// base name are one port, from the lowest to the highest bit.
 namespace hdnt::author::guide {
 
 /// An instance with named parameters and ports.
