@@ -13,9 +13,9 @@ namespace hdnt::author::guide {
 
 // A schematic between the graph of a mapping and its drawing. Lengths are in pixels, y downwards.
 
-constexpr int lineHeight = 16; ///< of the lines of a box: names, ports and values
-constexpr int padding = 7;     ///< between a box and the texts in it
-constexpr int wedgeSize = 6;   ///< of a clock
+inline constexpr int lineHeight = 16; ///< of the lines of a box: names, ports and values
+inline constexpr int padding = 7;     ///< between a box and the texts in it
+inline constexpr int wedgeSize = 6;   ///< of a clock
 
 /// One connection of a box. A port has several when parts of it lead elsewhere.
 struct Row {
@@ -83,6 +83,6 @@ std::string placeBoxes(Sheet& sheet);
 
 /// Width of a text in a font of fixed width, whichever it is.
 int textWidth(std::string_view text, int fontSize);
-constexpr int nameSize = 11, portSize = 10, smallSize = 9; ///< of fonts
+inline constexpr int nameSize = 11, portSize = 10, smallSize = 9; ///< of fonts
 
 } // namespace hdnt::author::guide
