@@ -1,4 +1,5 @@
 #include "author/exchange/blocks.h"
+#include "author/exchange/fileNames.internal.h"
 #include "author/guide/Book.internal.h"
 #include "author/judge/judge.h"
 #include "author/lint/Baseline.h"
@@ -47,8 +48,9 @@ Book::Book(const HDNTLibrary& library, const GuideOptions& options)
     : library_(library), options_(options), findings_(findingsOf(library, options)),
       title_(options.title.empty() ? library.getName() : options.title),
       blocks_(sortedBlocks(library, options.withParents)),
-      architectures_(options.architectures.empty() ? architecturesIn(*library.getConfig()) : options.architectures),
-      addresses_(blocks_) {
+      architectures_(options.architectures.empty() ? architecturesIn(*library.getConfig()) : options.architectures) {
+    FileNames names;
+    for (const HDNTBlock* block : blocks_) pages_.emplace(block, "blocks/" + names.add(block->getName()) + ".html");
     for (HDNTBlock* block : blocks_) relate(*block);
     for (const HDNTBlock* block : blocks_)
         for (const std::string& type : relations_[block].mapsTo) {
@@ -84,10 +86,16 @@ std::vector<Book::Variant> Book::variantsOf(HDNTBlock& block, Relations& relatio
     return variants;
 }
 
+const std::string& Book::pageOf(const HDNTBlock* block) const {
+    static const std::string none;
+    const auto found = pages_.find(block);
+    return found == pages_.end() ? none : found->second;
+}
+
 const HDNTBlock* Book::find(const std::string& name) const { return library_.getTypeBlockByName(name, true); }
 
 Json Book::linkTo(const HDNTBlock* block, const std::string& name, const std::string& root) const {
-    const std::string& page = addresses_.pageOf(block);
+    const std::string& page = pageOf(block);
     return {{"name", name}, {"href", page.empty() ? Json() : Json(root + page)}};
 }
 

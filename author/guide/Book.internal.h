@@ -1,11 +1,11 @@
 #pragma once
 
 #include "author/exchange/BlockJson.h"
-#include "author/guide/Addresses.internal.h"
 #include "author/guide/guide.h"
 
 #include <map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 class HDNTBlock;
@@ -37,7 +37,8 @@ public:
     const std::vector<HDNTBlock*>& blocks() const { return blocks_; }
     const std::vector<std::string>& architectures() const { return architectures_; }
     const Relations& relationsOf(const HDNTBlock& block) const { return relations_.at(&block); }
-    const Addresses& addresses() const { return addresses_; }
+    /// "blocks/NAME.html", below the guide's folder; empty when the block has no page here.
+    const std::string& pageOf(const HDNTBlock* block) const;
 
     /// Null when the library and its parents have none of that name, case aside.
     const HDNTBlock* find(const std::string& name) const;
@@ -55,7 +56,7 @@ private:
     std::string title_;
     std::vector<HDNTBlock*> blocks_;
     std::vector<std::string> architectures_;
-    Addresses addresses_;
+    std::unordered_map<const HDNTBlock*, std::string> pages_;
     std::map<const HDNTBlock*, Relations> relations_;
 };
 

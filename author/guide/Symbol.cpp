@@ -1,4 +1,4 @@
-#include "author/guide/Addresses.internal.h"
+#include "author/exchange/fileNames.internal.h"
 #include "author/guide/Svg.internal.h"
 #include "author/guide/Symbol.internal.h"
 #include "hdnt/platform/HSTStringUtils.h"

@@ -1,6 +1,7 @@
 // What the page of a block shows.
 #include "author/exchange/BlockWords.h"
 #include "author/exchange/blocks.h"
+#include "author/exchange/fileNames.internal.h"
 #include "author/guide/SourceTexts.internal.h"
 #include "author/guide/Symbol.internal.h"
 #include "author/guide/instantiation.internal.h"

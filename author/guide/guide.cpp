@@ -2,6 +2,7 @@
 
 #include "author/exchange/BlockWords.h"
 #include "author/exchange/blocks.h"
+#include "author/exchange/fileNames.internal.h"
 #include "author/guide/GuideFolder.internal.h"
 #include "author/guide/SourceTexts.internal.h"
 #include "author/guide/Templates.internal.h"
@@ -67,7 +68,7 @@ private:
                 break;
             }
         const Json facts = jsonOf(block, progression_.places);
-        const std::string& address = book_.addresses().pageOf(&block);
+        const std::string& address = book_.pageOf(&block);
         rows_.push_back(blockRow(book_, block, facts));
         addNames(facts, address);
         write("block", address, blockPage(book_, block, facts, sources_.of(block.getName()), progression_));

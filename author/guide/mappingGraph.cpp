@@ -46,7 +46,7 @@ private:
     void addEdges(const Book& book, const HDNTBlock& block) {
         for (const std::string& type : book.relationsOf(block).mapsTo) {
             const HDNTBlock* const target = book.find(type);
-            if (!target || book.addresses().pageOf(target).empty()) continue;
+            if (!target || book.pageOf(target).empty()) continue;
             const std::size_t from = nodeOf(book, block);
             const std::size_t to = nodeOf(book, *target);
             nodes_[from].targets.push_back(to);
@@ -57,7 +57,7 @@ private:
         const auto [found, isNew] = index_.try_emplace(&block, nodes_.size());
         if (!isNew) return found->second;
         const auto length = static_cast<double>(platform::characters(platform::printable(block.getName())));
-        nodes_.push_back({&block, book.addresses().pageOf(&block), length * character + 2 * margin});
+        nodes_.push_back({&block, book.pageOf(&block), length * character + 2 * margin});
         return nodes_.size() - 1;
     }
 

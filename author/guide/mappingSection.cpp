@@ -92,7 +92,7 @@ private:
 
     Json drawingOf(const HDNTExpansion& expansion) {
         const auto link = [this](const HDNTBlock& block) {
-            const std::string& page = book_.addresses().pageOf(&block);
+            const std::string& page = book_.pageOf(&block);
             return page.empty() ? page : "../" + page;
         };
         const Schematic drawing = schematicOf(expansion, link, "drawing-" + std::to_string(outcomes_.size() + 1));

@@ -1,5 +1,6 @@
 // What the pages show that are about all blocks.
 #include "author/exchange/ChangeWords.h"
+#include "author/exchange/fileNames.internal.h"
 #include "author/guide/Svg.internal.h"
 #include "author/guide/Symbol.internal.h"
 #include "author/guide/pages.internal.h"

@@ -1,5 +1,4 @@
-#include "author/guide/Addresses.internal.h"
-#include "hdnt/model/HDNTBlock.h"
+#include "author/exchange/fileNames.internal.h"
 #include "hdnt/platform/HSTStringUtils.h"
 
 #include <algorithm>
@@ -7,7 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 
-namespace hdnt::author::guide {
+namespace hdnt::author {
 
 namespace {
 
@@ -36,8 +35,6 @@ std::string sumOf(std::string_view name) {
     return hex(sum, 8);
 }
 
-} // namespace
-
 std::string fileNameOf(std::string_view name) {
     std::string result(name.substr(0, longestName));
     std::replace_if(
@@ -46,32 +43,25 @@ std::string fileNameOf(std::string_view name) {
     return isSame ? result : result + "-" + sumOf(name);
 }
 
+} // namespace
+
 std::string anchorOf(std::string_view kind, std::string_view name) {
     std::string result = std::string(kind) + "-";
     for (const char c : name) result += isPlain(c) ? std::string(1, c) : "." + hex(static_cast<unsigned char>(c), 2);
     return result;
 }
 
-Addresses::Addresses(const std::vector<HDNTBlock*>& blocks) {
-    for (const HDNTBlock* block : blocks) {
-        std::string name = fileNameOf(block->getName());
-        const auto isTaken = [&](const std::string& wanted) {
-            return !taken_.insert(HSTStringUtils::to_upper_copy(wanted)).second;
-        };
-        if (isTaken(name)) {
-            name += "-" + sumOf(block->getName());
-            std::string numbered = name;
-            for (int i = 2; isTaken(numbered); ++i) numbered = name + "-" + std::to_string(i);
-            name = numbered;
-        }
-        pages_.emplace(block, "blocks/" + name + ".html");
-    }
+bool FileNames::isTaken(const std::string& wanted) {
+    return !taken_.insert(HSTStringUtils::to_upper_copy(wanted)).second;
 }
 
-const std::string& Addresses::pageOf(const HDNTBlock* block) const {
-    static const std::string none;
-    const auto found = pages_.find(block);
-    return found == pages_.end() ? none : found->second;
+std::string FileNames::add(std::string_view name) {
+    const std::string plain = fileNameOf(name);
+    if (!isTaken(plain)) return plain;
+    const std::string summed = plain + "-" + sumOf(name);
+    std::string numbered = summed;
+    for (int i = 2; isTaken(numbered); ++i) numbered = summed + "-" + std::to_string(i);
+    return numbered;
 }
 
-} // namespace hdnt::author::guide
+} // namespace hdnt::author

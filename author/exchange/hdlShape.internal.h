@@ -1,0 +1,65 @@
+#pragma once
+
+#include "author/exchange/BlockJson.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+// Blocks, as jsonOf(HDNTBlock&) has them, as modules and components of hardware description languages.
+namespace hdnt::author {
+
+/// A line of a list, and what is said of it.
+struct HdlLine {
+    std::string code;
+    std::string comment;
+};
+
+/// The comments stand below each other, but for those of very long lines. `separator` is between the lines.
+std::string textOf(const std::vector<HdlLine>& lines, const std::string& indent, const std::string& mark,
+                   const std::string& separator);
+/// Those that are not empty, with commas.
+std::string listed(std::vector<std::string> parts);
+/// On one line, and not too long.
+std::string commentOf(const std::string& text);
+
+bool isPort(const Json& bus);
+/// What a pin is for, in a few words.
+std::string factsOf(const Json& bus);
+/// Whether designs have it to set.
+bool isParameter(const Json& property);
+/// What values it takes.
+std::string parameterFactsOf(const Json& property);
+
+/// Pins of one base name.
+struct HdlPort {
+    std::string name;
+    std::vector<const Json*> buses;           ///< at least one
+    std::optional<std::pair<int, int>> range; ///< from the lowest bit to the highest, either way
+
+    /// The range with texts around and between; empty when there is none.
+    std::string bounds(std::string_view before, std::string_view between, std::string_view behind) const;
+    const Json& direction() const { return (*buses.front())["direction"]; }
+    /// What all of them say; null when they differ.
+    Json common(const char* key) const;
+    /// "pins D[7:4] D[0]" of several; empty for one.
+    std::string pinsText() const;
+    std::string comment(const std::string& direction) const;
+};
+
+/// What of a block languages have ports and parameters for.
+struct HdlShape {
+    explicit HdlShape(const Json& block, bool (*hasParameter)(const Json& property) = isParameter);
+
+    std::vector<HdlPort> ports;
+    std::vector<const Json*> parameters;
+    std::vector<std::string> notes; ///< "NAME: why it is left out"
+
+private:
+    void addPort(const Json& bus);
+    void addParameter(const Json& property);
+};
+
+} // namespace hdnt::author
