@@ -3,6 +3,7 @@
 // Everything for programs that serve those who write libraries.
 #include "author/exchange/ChangeWords.h"
 #include "author/exchange/blocks.h"
+#include "author/exchange/exportBlocks.h"
 #include "author/expansion/ExpansionGraph.h"
 #include "author/expansion/ExpansionText.h"
 #include "author/expansion/outcomes.h"

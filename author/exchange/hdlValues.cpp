@@ -22,26 +22,20 @@ std::string realText(double value) {
     return text;
 }
 
-// Quoted, with quotes, backslashes and other bytes than those of printed ASCII as `shown` has them.
+// Quoted, with quotes, backslashes, characters of `others` and bytes that are no printed ASCII as `shown` has them.
 template <typename Shown>
-std::string quoted(const std::string& text, Shown&& shown) {
+std::string quoted(const std::string& text, std::string_view others, Shown&& shown) {
     std::string result = "\"";
     for (const char c : text) {
-        if (c >= ' ' && c <= '~' && c != '"' && c != '\\') result += c;
+        const bool isPlain = c >= ' ' && c <= '~' && c != '"' && c != '\\' && others.find(c) == others.npos;
+        if (isPlain) result += c;
         else result += shown(c, static_cast<unsigned char>(c));
     }
     return result + "\"";
 }
 
-std::string verilogString(const std::string& text) {
-    return quoted(text, [](char c, unsigned byte) {
-        if (c == '"' || c == '\\') return std::string("\\") + c;
-        return "\\" + std::to_string(byte / 64) + std::to_string(byte / 8 % 8) + std::to_string(byte % 8);
-    });
-}
-
 std::string vhdlString(const std::string& text) {
-    return quoted(text, [](char c, unsigned byte) {
+    return quoted(text, "", [](char c, unsigned byte) {
         if (c == '"' || c == '\\') return std::string(c == '"' ? "\"\"" : "\\");
         return "\" & character'val(" + std::to_string(byte) + ") & \"";
     });
@@ -66,10 +60,23 @@ bool hasHdlDefault(const Json& property) {
            (property["bitWidth"] > 0 && platform::BitText::of(cell(property["defaultDigits"]), isHex(property)));
 }
 
+std::string verilogString(const std::string& text) {
+    return quoted(text, "`", [](char c, unsigned byte) { // some readers look for macros inside of texts, too
+        if (c == '"' || c == '\\') return std::string("\\") + c;
+        return "\\" + std::to_string(byte / 64) + std::to_string(byte / 8 % 8) + std::to_string(byte % 8);
+    });
+}
+
 std::string verilogDefault(const Json& property) {
-    const Json& value = property["default"];
-    if (!property["bitWidth"].is_null())
-        return cell(property["bitWidth"]) + (isHex(property) ? "'h" : "'b") + cell(property["defaultDigits"]);
+    return verilogValue(property, property[property["bitWidth"].is_null() ? "default" : "defaultDigits"]);
+}
+
+std::string verilogValue(const Json& property, const Json& value) {
+    if (!property["bitWidth"].is_null()) {
+        const std::string digits = cell(value);
+        const bool hasRadix = digits.find('\'') != std::string::npos;
+        return hasRadix ? digits : cell(property["bitWidth"]) + (isHex(property) ? "'h" : "'b") + digits;
+    }
     if (value.is_boolean()) return value.get<bool>() ? "1'b1" : "1'b0";
     if (value.is_number_float()) return realText(value.get<double>());
     return value.is_string() ? verilogString(cell(value)) : cell(value);

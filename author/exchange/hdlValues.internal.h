@@ -13,6 +13,10 @@ bool hasHdlDefault(const Json& property);
 // Of one with such a default.
 /// Bit vectors as 8'h48, truth as 1'b1, texts with escapes for what is not printed ASCII.
 std::string verilogDefault(const Json& property);
+/// The same of any value that the property's range names.
+std::string verilogValue(const Json& property, const Json& value);
+/// A text in quotes.
+std::string verilogString(const std::string& text);
 /// Bit vectors as X"48" where their width is a multiple of four, else as B"1"; texts with character'val(N) for what is
 /// not printed ASCII.
 std::string vhdlDefault(const Json& property);

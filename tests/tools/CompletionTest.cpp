@@ -51,7 +51,7 @@ TEST_F(CompletionTest, WhatMayStandThere) {
         Words words;
         Words expected;
     } cases[] = {
-        {{"exp"}, {"expand", "explain"}},
+        {{"exp"}, {"expand", "export", "explain"}},
         {{"help", "sh"}, {"show"}},
         {{"check", ""}, {":files"}},
         {{"check", "--parent", ""}, {":files", "common"}},
@@ -61,7 +61,7 @@ TEST_F(CompletionTest, WhatMayStandThere) {
         {{"check", "--format", "s"}, {"short", "sarif"}},
         {{"check", "--format=js"}, {"--format=json"}},
         {{"list", "extra", ""}, {}},
-        {{"frobnicate", "exp"}, {"expand", "explain"}},
+        {{"frobnicate", "exp"}, {"expand", "export", "explain"}},
         {{"--arch", ""}, {"meadow", "harbor", "copper"}},
         {{"list", "--arch=co"}, {"--arch=copper"}},
         {{"list", "--arch", "nowhere", "--arch", "c"}, {"copper"}},
@@ -91,7 +91,9 @@ TEST_F(CompletionTest, WhatMayStandThere) {
         {{"explain", "syntax-er"}, {"syntax-error"}},
         {{"lint", "--rule", "syntax-er"}, {}},
         {{},
-         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "guide", "explain", "serve", "help"}},
+         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "guide", "export", "explain", "serve",
+          "help"}},
+        {{"export", "csv-p"}, {"csv-pins", "csv-properties"}},
     };
     for (const auto& each : cases) {
         std::string line;
@@ -107,7 +109,7 @@ TEST_F(CompletionTest, WhatMayStandThere) {
 
 // Every option that --help names is offered, and nothing of the completion is in the help.
 TEST_F(CompletionTest, AllOptions) {
-    for (const char* const command : {"check", "lint", "list", "show", "expand", "print", "format", "diff"}) {
+    for (const char* const command : {"check", "lint", "list", "show", "expand", "print", "format", "diff", "export"}) {
         const Words offered = complete({command, "-"});
         const std::string help = ntl.run({command, "--help"}).out;
         EXPECT_EQ(help.find("--complete"), help.npos);
@@ -128,7 +130,7 @@ TEST_F(CompletionTest, Bash) {
         const char* words;
         const char* expected;
     } cases[] = {
-        {"ntl exp", "expand explain "},
+        {"ntl exp", "expand export explain "},
         {"ntl list -l own.btl --group MUSIC :", "BEAT "},
         {"ntl expand OWN_DRUM -l own.btl --set SKIN = g", "goat "},
         {"ntl expand OWN_DRUM -l own.btl --set SKIN =", "calf goat "},

@@ -1,5 +1,6 @@
 #include "tools/ntl/Complete.h"
 
+#include "author/exchange/exportBlocks.h"
 #include "author/lint/RuleControl.h"
 #include "author/lint/lint.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -227,6 +228,7 @@ Names argumentsOf(const OptionSpec& option, const Line& line, const std::string&
     case Completion::RuleList: return listOfCodes(text);
     case Completion::RuleSeverity: return severities(text);
     case Completion::Code: return hdnt::author::allCodes();
+    case Completion::Form: return hdnt::author::exportFormNames();
     case Completion::None: break;
     }
     return {};

@@ -1,5 +1,6 @@
 #include "tools/ntl/Options.h"
 
+#include "author/exchange/exportBlocks.h"
 #include "author/lint/nearestNames.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/Complete.h"
@@ -280,6 +281,31 @@ static CommandSpec guideCommand() {
             &runGuide};
 }
 
+static std::string exportFormsText() {
+    std::string text;
+    for (const hdnt::author::ExportForm& form : hdnt::author::exportForms())
+        text += std::string("\n") + form.name + ": " + form.summary + ".";
+    return text;
+}
+
+static CommandSpec exportCommand() {
+    return {"export",
+            "write blocks for other tools",
+            "Writes each BLOCK, or without BLOCK all blocks of the library, in a form that other tools read. What the "
+            "form has nothing for is left out and said on standard error; the status is 1 then." +
+                exportFormsText(),
+            {{"FORM", "", "One of the forms.", &Settings::exportForm, Completion::Form, {}, true},
+             blockArgument(false),
+             libraryOption(),
+             parentOption(),
+             searchOption(),
+             {"-o,--output", "FILE", "Write to FILE, all or nothing, instead of standard output.",
+              &Settings::outputFile, Completion::File},
+             {"--split", "DIR", "Write a file for each block, or for each table of csv, into DIR.",
+              &Settings::splitFolder, Completion::Directory}},
+            &runExport};
+}
+
 static CommandSpec serveCommand() {
     return {
         "serve",
@@ -305,9 +331,10 @@ static CommandSpec helpCommand() {
 }
 
 const std::vector<CommandSpec>& commands() {
-    static const std::vector<CommandSpec> all = {checkCommand(),  lintCommand(),    listCommand(),   showCommand(),
-                                                 expandCommand(), printCommand(),   formatCommand(), diffCommand(),
-                                                 guideCommand(),  explainCommand(), serveCommand(),  helpCommand()};
+    static const std::vector<CommandSpec> all = {checkCommand(),  lintCommand(),   listCommand(),    showCommand(),
+                                                 expandCommand(), printCommand(),  formatCommand(),  diffCommand(),
+                                                 guideCommand(),  exportCommand(), explainCommand(), serveCommand(),
+                                                 helpCommand()};
     return all;
 }
 

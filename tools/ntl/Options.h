@@ -24,6 +24,7 @@ enum class Completion {
     RuleList,     ///< several, with commas
     RuleSeverity, ///< CODE=SEVERITY
     Code,         ///< any
+    Form,         ///< of exports
 };
 
 using Target =

@@ -64,6 +64,10 @@ struct Settings {
     std::string title;
     std::vector<std::string> architectures;
 
+    std::string exportForm;
+    std::string outputFile;  ///< empty: standard output
+    std::string splitFolder; ///< empty: one text
+
     std::vector<std::string> codes; ///< of rules and messages
 
     bool overStandardStreams = false; ///< where a server speaks always

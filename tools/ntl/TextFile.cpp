@@ -70,6 +70,43 @@ void syncDirectory(const std::string& path) {
     if (directory.number() != -1) fsync(directory.number());
 }
 
+// Behind symbolic links; empty, with errno, when nothing is there.
+std::string targetOf(const std::string& path) {
+    const std::unique_ptr<char, void (*)(void*)> target(realpath(path.c_str(), nullptr), std::free);
+    return target ? target.get() : "";
+}
+
+mode_t modeOfNewFiles() {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666U & ~mask;
+}
+
+// A temporary file is written in full and renamed, when the older one, of that status if there is any, may go then.
+template <typename MayGo>
+void putInPlace(const std::string& path, const std::string& target, const struct stat* older, const std::string& text,
+                MayGo&& mayGo) {
+    if (older && access(target.c_str(), W_OK) != 0) fail(path, "cannot be written");
+    std::string temporary = target + ".XXXXXX";
+    const SignalsHeld held;
+    Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
+    if (file.number() == -1) fail(path, "cannot make a file beside it");
+    if (older) copyOwnerAndMode(file.number(), *older);
+    else fchmod(file.number(), modeOfNewFiles());
+    errno = writeAll(file.number(), text);
+    bool done = errno == 0 && fsync(file.number()) == 0 && file.close();
+    const bool goes = mayGo();
+    if (done && goes) done = rename(temporary.c_str(), target.c_str()) == 0;
+    if (!done || !goes) {
+        const int error = errno;
+        unlink(temporary.c_str());
+        errno = error;
+        if (!done) fail(path, "cannot be written");
+        throw Failure(Unusable, path + ": was changed meanwhile; left alone");
+    }
+    syncDirectory(target);
+}
+
 } // namespace
 
 TextFile::Stamp TextFile::stampOf(const struct stat& status) {
@@ -93,29 +130,23 @@ TextFile::TextFile(std::string path) : path_(std::move(path)) {
 }
 
 void TextFile::replace(const std::string& text) const {
-    const std::unique_ptr<char, void (*)(void*)> target(realpath(path_.c_str(), nullptr), std::free);
     struct stat status {};
-    if (!target || stat(target.get(), &status) != 0) fail(path_, "cannot be replaced");
+    const std::string target = targetOf(path_);
+    if (target.empty() || stat(target.c_str(), &status) != 0) fail(path_, "cannot be replaced");
     if (!S_ISREG(status.st_mode)) throw Failure(Unusable, path_ + ": is no regular file and cannot be replaced");
-    if (access(target.get(), W_OK) != 0) fail(path_, "cannot be written");
-    const std::string targetPath = target.get();
-    std::string temporary = targetPath + ".XXXXXX";
-    const SignalsHeld held;
-    Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
-    if (file.number() == -1) fail(path_, "cannot make a file beside it");
-    copyOwnerAndMode(file.number(), status);
+    const auto isUnchanged = [&] { return stat(target.c_str(), &status) == 0 && stampOf(status) == stamp_; };
+    putInPlace(path_, target, &status, text, isUnchanged);
+}
+
+void writeWholeFile(const std::string& path, const std::string& text) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0)
+        return putInPlace(path, path.find('/') == path.npos ? "./" + path : path, nullptr, text, [] { return true; });
+    if (S_ISREG(status.st_mode)) return putInPlace(path, targetOf(path), &status, text, [] { return true; });
+    Descriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    if (file.number() == -1) fail(path, "cannot be written");
     errno = writeAll(file.number(), text);
-    bool done = errno == 0 && fsync(file.number()) == 0 && file.close();
-    const bool unchanged = stat(targetPath.c_str(), &status) == 0 && stampOf(status) == stamp_;
-    if (done && unchanged) done = rename(temporary.c_str(), targetPath.c_str()) == 0;
-    if (!done || !unchanged) {
-        const int error = errno;
-        unlink(temporary.c_str());
-        errno = error;
-        if (!done) fail(path_, "cannot be written");
-        throw Failure(Unusable, path_ + ": was changed meanwhile; left alone");
-    }
-    syncDirectory(targetPath);
+    if (errno != 0 || !file.close()) fail(path, "cannot be written");
 }
 
 } // namespace ntl

@@ -36,4 +36,8 @@ private:
     Stamp stamp_;
 };
 
+/// Writes a file, new or in the place of an older one, all or nothing as TextFile::replace() does. What is no regular
+/// file, such as a pipe, is written to. Throws Failure(Unusable).
+void writeWholeFile(const std::string& path, const std::string& text);
+
 } // namespace ntl

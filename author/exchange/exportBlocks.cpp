@@ -1,0 +1,108 @@
+#include "author/exchange/exportBlocks.h"
+
+#include "author/exchange/blocks.h"
+#include "author/exchange/exportForms.internal.h"
+#include "author/exchange/fileNames.internal.h"
+#include "author/lint/nearestNames.h"
+#include "hdnt/loading/HDNTLibraryMgr.h"
+#include "hdnt/model/HDNTBlock.h"
+#include "hdnt/platform/HEX.h"
+#include "hdnt/platform/Text.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+namespace hdnt::author {
+
+namespace {
+
+/// One text: the head, and what the blocks add to it.
+struct Table {
+    const char* name; ///< of its file, where a form has several
+    std::string (*head)();
+    void (*add)(const Json& block, std::string& text, ExportNotes& notes);
+};
+
+struct FormRow {
+    ExportForm form;
+    std::vector<Table> tables;
+};
+
+const std::vector<FormRow>& formRows() {
+    static const Table blocks = {"blocks", blockColumns, addBlockRow};
+    static const Table pins = {"pins", pinColumns, addPinRows};
+    static const Table properties = {"properties", propertyColumns, addPropertyRows};
+    static const std::vector<FormRow> rows = {
+        {{"csv", "csv", "the three tables below, as files of a folder"}, {blocks, pins, properties}},
+        {{"csv-blocks", "csv", "a table with a row for each block"}, {blocks}},
+        {{"csv-pins", "csv", "a table with a row for each pin or bus"}, {pins}},
+        {{"csv-properties", "csv", "a table with a row for each property of blocks and pins"}, {properties}},
+        {{"verilog", "v", "black-box modules for synthesis and simulation"},
+         {{"verilog", verilogHead, addVerilogModule}}},
+    };
+    return rows;
+}
+
+const FormRow& rowOf(const std::string& name) {
+    const auto isMeant = [&](const FormRow& row) { return name == row.form.name; };
+    const auto found = std::ranges::find_if(formRows(), isMeant);
+    if (found != formRows().end()) return *found;
+    const std::vector<std::string> names = exportFormNames();
+    const std::string near = question(name, names);
+    throw HEXDataException("no form '" + name + "'" + (near.empty() ? ": " + platform::joined(names, ", ") : near));
+}
+
+// In the order of the library.
+std::vector<HDNTBlock*> meantBlocks(const HDNTLibrary& library, const ExportOptions& options) {
+    const std::set<const HDNTBlock*> named(options.blocks.begin(), options.blocks.end());
+    std::vector<HDNTBlock*> blocks = blocksOf(library, options.withParents || !named.empty());
+    const std::string& architecture = HDNTLibraryMgr::getLibraryMgr()->m_architecture;
+    std::erase_if(blocks, [&](const HDNTBlock* block) {
+        if (!named.empty()) return !named.contains(block);
+        return !architecture.empty() && !isInArchitecture(*block, architecture);
+    });
+    return blocks;
+}
+
+} // namespace
+
+const std::vector<ExportForm>& exportForms() {
+    static const std::vector<ExportForm> forms = [] {
+        std::vector<ExportForm> all;
+        for (const FormRow& row : formRows()) all.push_back(row.form);
+        return all;
+    }();
+    return forms;
+}
+
+std::vector<std::string> exportFormNames() {
+    std::vector<std::string> names;
+    for (const ExportForm& form : exportForms()) names.emplace_back(form.name);
+    return names;
+}
+
+Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const ExportOptions& options) {
+    const FormRow& row = rowOf(form);
+    const bool hasTables = row.tables.size() > 1;
+    if (hasTables && !options.isSplit)
+        throw HEXDataException(form + " is several tables: name a folder for them, or one of them, as in " + form +
+                               "-" + row.tables.front().name);
+    const std::string extension = std::string(".") + row.form.extension;
+    const bool isByBlock = options.isSplit && !hasTables;
+    std::vector<ExportedFile> files;
+    if (!isByBlock)
+        for (const Table& table : row.tables) files.push_back({hasTables ? table.name + extension : "", table.head()});
+    ExportNotes notes;
+    FileNames names;
+    SourcePlaces places;
+    for (HDNTBlock* block : meantBlocks(library, options)) {
+        const Json json = jsonOf(*block, places);
+        if (isByBlock) files.push_back({names.add(block->getName()) + extension, row.tables.front().head()});
+        for (std::size_t i = 0; i < row.tables.size(); ++i)
+            row.tables[i].add(json, isByBlock ? files.back().text : files[i].text, notes);
+    }
+    return {std::move(files), std::move(notes.leftOut)};
+}
+
+} // namespace hdnt::author

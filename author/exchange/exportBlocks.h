@@ -1,0 +1,46 @@
+#pragma once
+
+#include "hdnt/platform/Export.h"
+
+#include <string>
+#include <vector>
+
+class HDNTBlock;
+class HDNTLibrary;
+
+// What a library knows, for the tools that designs are made with.
+namespace hdnt::author {
+
+struct ExportForm {
+    const char* name;
+    const char* extension; ///< of its files
+    const char* summary;
+};
+/// All that exportBlocks() can write, by name.
+HDNT_API const std::vector<ExportForm>& exportForms();
+HDNT_API std::vector<std::string> exportFormNames();
+
+struct ExportOptions {
+    /// Of the library or its parents; the order makes no difference. Empty: all own blocks that are in the architecture
+    /// in force.
+    std::vector<HDNTBlock*> blocks = {};
+    bool withParents = false; ///< where all are meant, those of the parents too
+    bool isSplit = false;     ///< a file a block, or for a form of several tables a file a table
+};
+
+struct ExportedFile {
+    std::string name; ///< for a folder; no two differ in case alone. Empty when not split
+    std::string text;
+};
+
+struct Exported {
+    std::vector<ExportedFile> files;
+    std::vector<std::string> leftOut; ///< what the form has nothing for: "BLOCK: NAME: why"
+};
+
+/// Writes blocks in a form, in the order in which the library has them. The same library gives the same bytes. Throws
+/// HEXDataException when there is no such form, or when it cannot be one text. Mappings are those that are attached.
+/// The loading thread's.
+HDNT_API Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const ExportOptions& options = {});
+
+} // namespace hdnt::author

@@ -1,0 +1,139 @@
+#include "author/exchange/BlockWords.h"
+#include "author/exchange/exportForms.internal.h"
+#include "author/exchange/hdlNames.internal.h"
+#include "author/exchange/hdlShape.internal.h"
+#include "author/exchange/hdlValues.internal.h"
+#include "hdnt/platform/Text.h"
+
+namespace hdnt::author {
+
+namespace {
+
+using platform::joined, platform::printable;
+using words::cell;
+
+// Empty without a value. Some readers look for the end of attributes inside of texts, too.
+std::string attribute(const std::string& name, const std::string& value) {
+    if (value.empty()) return {};
+    std::string text = verilogString(value);
+    for (std::size_t end = 0; (end = text.find("*)", end)) != text.npos;) text.replace(end, 2, "*\\051");
+    return name + " = " + text;
+}
+
+std::string attributesOf(const HdlPort& port) {
+    const std::string type = cell(port.common("type"));
+    const std::string text = listed(
+        {attribute("pin_type", type == "data" ? "" : type), attribute("required", cell(port.common("required")))});
+    return text.empty() ? "" : "(* " + text + " *) ";
+}
+
+// Simulations and tests of a design set those that are meant for them.
+bool isSettable(const Json& property) {
+    const auto is = [&](const char* flag) { return property[flag].get<bool>(); };
+    return is("foundByName") && !is("isReadOnly") && !is("isHidden");
+}
+
+std::string typeOf(const Json& property) {
+    if (!property["bitWidth"].is_null()) return "[" + std::to_string(property["bitWidth"].get<int>() - 1) + ":0] ";
+    if (property["type"] == "bool") return "[0:0] ";
+    if (property["type"] == "int") return "integer ";
+    return property["type"] == "double" ? "real " : ""; // a text is as long as its value
+}
+
+// What holds for values that the property allows; empty when it allows all of its type.
+std::string conditionOf(const Json& property, const std::string& name) {
+    std::vector<std::string> parts;
+    for (const Json& value : property["values"]) parts.push_back(name + " == " + verilogValue(property, value));
+    if (!parts.empty()) return joined(parts, " || ");
+    if (property["hasMinimum"] == true) parts.push_back(name + " >= " + verilogValue(property, property["minimum"]));
+    if (property["hasMaximum"] == true) parts.push_back(name + " <= " + verilogValue(property, property["maximum"]));
+    return joined(parts, " && ");
+}
+
+/// One black box. Ports and parameters share one space of names, where ports come first.
+class VerilogModule {
+public:
+    VerilogModule(const Json& block, ExportNotes& notes)
+        : name_(cell(block["name"])), block_(block), shape_(block, isSettable), notes_(notes) {
+        for (const std::string& note : shape_.notes) leaveOut(note);
+        for (const HdlPort& port : shape_.ports) addPort(port);
+        for (const Json* property : shape_.parameters) addParameter(*property);
+        for (const Json& property : block["properties"])
+            if (!isSettable(property)) leaveOut(printable(cell(property["name"])) + ": " + reasonOf(property));
+    }
+
+    std::string text() const {
+        const std::vector<std::string> facts = {"blackbox", attribute("group", cell(block_["group"])),
+                                                attribute("subgroup", cell(block_["subgroup"]))};
+        std::string text = "\n(* " + listed(facts) + " *)\nmodule " + verilogName(name_);
+        if (!parameters_.empty()) text += " #(\n" + textOf(parameters_, "    ", "//", ",") + ")";
+        if (!ports_.empty()) text += " (\n" + textOf(ports_, "    ", "//", ",") + ")";
+        text += ";\n";
+        if (!checks_.empty()) text += "`ifdef CHECK_PARAMETERS\n    initial begin\n" + checks_ + "    end\n`endif\n";
+        return text + "endmodule\n";
+    }
+
+private:
+    void leaveOut(const std::string& note) { notes_.leftOut.push_back(printable(name_) + ": " + note); }
+
+    static std::string reasonOf(const Json& property) {
+        if (!property["foundByName"].get<bool>()) return "declared before";
+        return property["isReadOnly"].get<bool>() ? "read-only, no parameter" : "hidden, no parameter";
+    }
+
+    bool take(const std::string& name, const std::string& shown) {
+        const bool isNew = names_.insert(shown).second;
+        if (!isNew) leaveOut(printable(name) + ": " + printable(shown) + " is the name of another port or parameter");
+        return isNew;
+    }
+
+    void addPort(const HdlPort& port) {
+        const std::string name = verilogName(port.name);
+        if (!take(port.name, name)) return;
+        const std::string direction = port.direction() == "bidir" ? "inout" : cell(port.direction());
+        ports_.push_back(
+            {attributesOf(port) + direction + " " + port.bounds("[", ":", "] ") + name, commentOf(port.pinsText())});
+    }
+
+    void addParameter(const Json& property) {
+        const std::string plain = cell(property["name"]);
+        const std::string name = verilogName(plain);
+        if (!take(plain, name)) return;
+        parameters_.push_back(
+            {"parameter " + typeOf(property) + name + " = " + verilogDefault(property), parameterFactsOf(property)});
+        const std::string condition = conditionOf(property, name);
+        if (condition.empty()) return;
+        checks_ += "        if (!(" + condition + ")) begin\n            $display(\"%m: %0s\", " +
+                   verilogString(plain + " is not " + words::rangeText(property)) +
+                   ");\n            $finish;\n        end\n";
+    }
+
+    std::string name_;
+    const Json& block_;
+    HdlShape shape_;
+    ExportNotes& notes_;
+    std::set<std::string> names_;
+    std::vector<HdlLine> ports_;
+    std::vector<HdlLine> parameters_;
+    std::string checks_;
+};
+
+} // namespace
+
+std::string verilogHead() {
+    std::string text =
+        "// Black boxes. With CHECK_PARAMETERS defined, simulations end where a parameter has a value that "
+        "it\n// cannot have. Ranges go the way that their library has them.\n";
+    for (const char* style : {"LITENDIAN", "WIDTH", "UNSIGNED", "CMPCONST"})
+        text += std::string("/* verilator lint_off ") + style + " */\n";
+    return text;
+}
+
+void addVerilogModule(const Json& block, std::string& text, ExportNotes& notes) {
+    const std::string name = cell(block["name"]);
+    const std::string shown = verilogName(name);
+    if (notes.modules.insert(shown).second) text += VerilogModule(block, notes).text();
+    else notes.leftOut.push_back(printable(name) + ": " + printable(shown) + " is the name of another module");
+}
+
+} // namespace hdnt::author

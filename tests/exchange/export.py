@@ -1,0 +1,208 @@
+#!/usr/bin/env python3
+"""Holds what `ntl export` writes against `ntl show`, as other programs read it.
+
+    export.py NTL csv|verilog
+"""
+import csv
+import json
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+NTL, FORM = sys.argv[1:]
+
+# \xe9 is no UTF-8.
+NAMES = [b"module", b"a b", b"a\\x20b", b"caf\xe9", b"\xc3\xa4", b"1//2", b"/*x*/", b"`include", b"$and", b"a,b;(c)", b"%d%m",
+         b"x\\", b"plain", b"Logic", b"\\up", b"endmodule ", b"(* keep *)", b"dot.dot", b"=1+1"]
+HOSTILE = b'library "odd, too" {\n' + b"".join(b"""  block "%(name)s" {
+    primgroup = "%(name)s:b,c";
+    pin "%(pin)s" input clock mustConnect; pin "up[0:7]" bidir; pin "one[0:0]" output; pin "high[65:60]" input tieLow;
+    pin "sparse[7]" input tieLow; pin "sparse[3:1]" input tieHigh; pin "wide[299:0]" output; pin "ana" bidir abstract;
+    pin "both[0]" input; pin "both[1]" output; pin "twin" input; pin "twin[1]" input; pin "in" internal;
+    property string "text" { default = "\\ ` %% // /* \xc3\xa4 \xe9 , ; %(name)s" }
+    property string "listed" { values { "%(name)s", "b", "" }, default = "b" }
+    property string "" { default = "" }
+    property int "low" { min = -2147483648, max = 5, default = -2147483648 }
+    property double "tenth" { min = -1.5, max = 100000000000000000000000.0, default = 0.1 }
+    property double "huge" { default = 123456789012345678901234567890.0 }
+    property 97'h "bits" { default = 97'h1FFFFFFFF0123456789ABCDEF }
+    property 6'h "six" { default = 6'h3F }
+    property 70'b "ones" { default = 70'b%(ones)s }
+    property bool "on" { default = true }
+    property int "up" { default = 1 }
+    property int "open" { min = 1, max = 3 }
+  }
+""" % {b"name": name, b"pin": pin, b"ones": b"10" * 35}
+    for name, pin in zip(NAMES, NAMES[1:] + NAMES[:1])) + b"}\n"
+
+HIDDEN = ("isReadOnly", "isHidden")
+DIRECTIONS = {"bidir": "inout"}
+
+
+def run(*words, check=True):
+    return subprocess.run(words, check=check, capture_output=True)
+
+
+def models(folder, parse_float=float):
+    """The options of each library, with what `ntl show` says of its blocks by name."""
+    path = os.path.join(folder, "odd.btl")
+    with open(path, "wb") as file:
+        file.write(HOSTILE)
+    for options in [], ["-l", path], ["--arch", "meadow"]:
+        listed = run(NTL, "list", "--json", *options).stdout.decode(errors="replace")
+        names = NAMES if "-l" in options else [block["name"] for block in json.loads(listed)["blocks"]]
+        said = run(NTL, "show", "--json", *options, *names).stdout.replace("\ufffd".encode(), rb"\\xe9")
+        yield options, json.loads(said, parse_float=parse_float)["blocks"]
+
+
+def escaped(name):
+    """A name as Verilog has it, without the escape."""
+    name = re.sub(r"[^!-~]|`", lambda found: "".join(f"\\x{byte:02x}" for byte in found[0].encode()), name)
+    return name or "unnamed"
+
+
+def check_csv(folder):
+    def cell(value):
+        if isinstance(value, list):
+            return "; ".join(cell(item) for item in value)
+        return "" if value is None else value if isinstance(value, str) else json.dumps(value)
+
+    def at(row, path):
+        for key in path.split("."):
+            row = None if row is None else row[int(key) if key.isdigit() else key] if isinstance(row, list) else row.get(key)
+        return cell(row)
+
+    for options, blocks in models(folder, str):
+        target = os.path.join(folder, "tables")
+        run(NTL, "export", "csv", "--split", target, *options)
+        properties = [item for block in blocks for item in block["properties"] +
+                      [{**own, "pin": bus["name"]} for bus in block["buses"] for own in bus["properties"]]]
+        expected = {"blocks": blocks, "pins": [bus for block in blocks for bus in block["buses"]], "properties": properties}
+        for table, rows in expected.items():
+            with open(os.path.join(target, table + ".csv"), encoding="utf-8", newline="") as file:
+                found = list(csv.DictReader(file, strict=True))
+            assert len(rows) == len(found), table
+            for row, cells in zip(rows, found):
+                assert {column: at(row, column) for column in cells} == cells, (cells, row)
+            one = run(NTL, "export", "csv-" + table, *options).stdout
+            with open(file.name, "rb") as file:
+                assert file.read() == one, table
+
+
+def expected_ports(block):
+    ports = {}
+    for bus in block["buses"]:
+        first = ports.get(bus["baseName"], bus)
+        if bus["isAbstract"] or bus["direction"] == "internal" or first["direction"] != bus["direction"]:
+            continue
+        if first is bus or (first["range"] and bus["range"]):
+            ports.setdefault(bus["baseName"], {**bus, "bits": []})["bits"] += bus["range"] or [0]
+    return {escaped(name): (DIRECTIONS.get(bus["direction"], bus["direction"]), max(bus["bits"]) - min(bus["bits"]) + 1,
+                            min(bus["bits"]), len(bus["bits"]) > 1 and bus["bits"][0] < bus["bits"][1])
+            for name, bus in ports.items()}
+
+
+def expected_parameters(block, ports):
+    result = {}
+    for item in block["properties"]:
+        if any(item[flag] for flag in HIDDEN) or item["default"] is None or item["defaultRefusal"] or escaped(item["name"]) in ports:
+            continue
+        value = item["default"]
+        if item["bitWidth"]:
+            digits, base = item["defaultDigits"], 16 if item["type"] == "bithex" else 2
+            value = f"{int(digits, base):0{item['bitWidth']}b}"
+        elif item["type"] in ("int", "bool"):
+            value = f"{int(value) & 0xffffffff:0{32 if item['type'] == 'int' else 1}b}"
+        result[escaped(item["name"])] = value
+    return result
+
+
+def with_plain_names(pairs):
+    """yosys leaves the escape where a name would look like one of its own."""
+    return {re.sub(r"^\\(?=[$\\0-9])", "", name): value for name, value in pairs}
+
+
+def write_top(path, names):
+    """A design with one of each module."""
+    with open(path, "w", encoding="ascii") as file:
+        instances = [f"\\{name} u{i} ();" for i, name in enumerate(names)]
+        file.write("module top;\n" + "\n".join(instances) + "\nendmodule\n")
+
+
+def check_values(folder, names, reals):
+    """What yosys does not say of black boxes, a simulation does: real defaults, and that all defaults are allowed."""
+    if not shutil.which("iverilog"):
+        return
+
+    def simulated(module, lines, *macros):
+        files = [os.path.join(folder, name) for name in ("more.v", "top.v", "all.v")]
+        with open(files[0], "w", encoding="ascii") as file:
+            file.write(f"module {module};\n" + "\n".join(lines) + "\nendmodule\n")
+        program = os.path.join(folder, "program")
+        run("iverilog", "-g2012", *macros, "-s", "top", "-s", module, "-o", program, *files)
+        return run("vvp", "-n", program).stdout.decode()
+
+    lines = [f'initial #{i} $display("%.17g", top.u{names.index(name)}.\\{parameter} );'
+             for i, (name, parameter, _) in enumerate(reals)]
+    found = [float(line) for line in simulated("reals", lines, "-DCHECK_PARAMETERS").split()]
+    assert found == [value for *_, value in reals], (found, reals)
+    if "ADD_CHAIN_LINK" in names:
+        said = simulated("more", ["ADD_CHAIN_LINK #(.HOPS(3)) wrong ();"], "-DCHECK_PARAMETERS")
+        assert said.startswith("more.wrong: HOPS is not 1, 2, 4\n"), said
+
+
+def same_value(found, value):
+    # Bytes come back one by one, some with the sign that they had. A blank ends texts that would look like bits.
+    found = re.sub("\uffffFF(..)", lambda byte: chr(int(byte[1], 16)), found)
+    value = value.encode().decode("latin-1").replace(r"\xe9", "\xe9")
+    return found in (value, value + " ")
+
+
+def check_verilog(folder):
+    for options, blocks in models(folder):
+        path, netlist = os.path.join(folder, "all.v"), os.path.join(folder, "all.json")
+        left_out = run(NTL, "export", "verilog", "-o", path, *options, check=False).stderr.decode()
+        names = {escaped(block["name"]): block for block in reversed(blocks)}
+        top = os.path.join(folder, "top.v")
+        write_top(top, names)
+        for macro in [], ["-DCHECK_PARAMETERS"]:
+            for reader in (["iverilog", "-g2005", "-Wall", "-t", "null"], ["iverilog", "-g2012", "-t", "null"],
+                           ["verilator", "--lint-only", "-Wno-PINMISSING", "--top-module", "top", top]):
+                if shutil.which(reader[0]):
+                    said = run(*reader, *macro, path, check=False)
+                    assert not said.stdout + said.stderr, (said.stdout + said.stderr).decode()
+        run("yosys", "-q", "-p", f"read_verilog -lib {path}; write_json {netlist}")
+        with open(netlist, encoding="latin-1") as file:
+            modules = json.load(file, object_pairs_hook=with_plain_names)["modules"]
+        assert set(modules) == set(names), set(modules) ^ set(names)
+        reals = []
+        for name, module in modules.items():
+            ports = {port: (facts["direction"], len(facts["bits"]), facts.get("offset", 0), bool(facts.get("upto")))
+                     for port, facts in module["ports"].items()}
+            wanted = expected_ports(names[name])
+            assert ports == wanted and list(ports) == list(wanted), (name, ports, wanted)
+            parameters = expected_parameters(names[name], wanted)
+            found = module.get("parameter_default_values", {})
+            doubles = {parameter for parameter, value in parameters.items() if isinstance(value, float)}
+            assert set(found) == set(parameters) - doubles, (name, set(found) ^ set(parameters))
+            reals += [(name, parameter, parameters[parameter]) for parameter in sorted(doubles)]
+            for parameter in found:
+                value = parameters[parameter]
+                assert same_value(found[parameter], value), (name, parameter, found[parameter], value)
+        check_values(folder, list(names), reals)
+        if "-l" in options:
+            for line in ("plain: in: internal, no port", "plain: twin[1:1]: there is a port twin",
+                         "plain: both[1:1]: another direction than both[0:0]", "plain: open: no default; int: 1 to 3",
+                         "plain: up: up is the name of another port or parameter",
+                         r"a\x20b: \a\x20b  is the name of another module"):
+                assert f"ntl: {line}\n" in left_out, (line, left_out)
+
+
+if FORM == "verilog" and not shutil.which("yosys"):
+    print("no yosys")
+    sys.exit(77)
+with tempfile.TemporaryDirectory() as temporary:
+    {"csv": check_csv, "verilog": check_verilog}[FORM](temporary)

@@ -1,0 +1,85 @@
+#include "tests/tools/NtlTool.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct ExportTest : testing::Test {
+    TempDir directory;
+    NtlTool ntl{directory};
+
+    void SetUp() override {
+        directory.write("one.btl", "library \"one\" { block \"HOLD\" { pin \"A\" input; } block \"a b\" { } "
+                                   "block \"MOVE\" { pin \"O\" output; pin \"M\" internal; } }\n");
+    }
+    Outcome exported(std::vector<std::string> words) {
+        words.insert(words.begin(), {"export", "-l", "one.btl"});
+        return ntl.run(words);
+    }
+    std::string text(const std::string& name) const { return readFile(directory.path(name)); }
+};
+
+} // namespace
+
+TEST_F(ExportTest, OrderOfNamesMakesNoDifference) {
+    const Outcome both = exported({"verilog", "MOVE", "hold", "MOVE"});
+    EXPECT_EQ(both.out, exported({"verilog", "HOLD", "move"}).out);
+    EXPECT_LT(both.out.find("module HOLD"), both.out.find("module MOVE"));
+    EXPECT_EQ(both.out.find("a\\x20b"), both.out.npos);
+    EXPECT_EQ(both.err, "ntl: MOVE: M: internal, no port\n");
+    EXPECT_EQ(both.status, 1);
+    EXPECT_EQ(exported({"verilog", "HOLD"}).status, 0);
+}
+
+TEST_F(ExportTest, FilesAreReplacedAsAWhole) {
+    directory.write("out.v", "older");
+    chmod(directory.path("out.v").c_str(), 0640);
+    EXPECT_EQ(exported({"verilog", "HOLD", "-o", "out.v"}).out, "");
+    EXPECT_EQ(text("out.v"), exported({"verilog", "HOLD"}).out);
+    EXPECT_EQ(fs::status(directory.path("out.v")).permissions(), fs::perms(0640));
+    EXPECT_EQ(exported({"verilog", "HOLD", "-o", "new.v"}).status, 0);
+    EXPECT_EQ(text("new.v"), text("out.v"));
+    EXPECT_EQ(exported({"verilog", "HOLD", "-o", "/dev/stdout"}).out, text("out.v"));
+    EXPECT_NE(exported({"verilog", "-o", "none/out.v"}).err.find("cannot make a file beside it"), std::string::npos);
+    EXPECT_EQ(exported({"verilog", "NOTHING", "-o", "out.v"}).status, 1);
+    EXPECT_EQ(text("out.v"), text("new.v")) << "nothing was found, so nothing is written";
+    for (const auto& entry : fs::directory_iterator(directory.path()))
+        EXPECT_EQ(entry.path().string().find(".v."), std::string::npos) << entry.path();
+}
+
+TEST_F(ExportTest, SplitIntoFiles) {
+    const auto names = [&](const std::string& folder) {
+        std::vector<std::string> found;
+        for (const auto& entry : fs::directory_iterator(directory.path(folder)))
+            found.push_back(entry.path().filename());
+        std::sort(found.begin(), found.end());
+        return found;
+    };
+    EXPECT_EQ(exported({"csv", "--split", "a/tables"}).status, 0);
+    EXPECT_EQ(names("a/tables"), (std::vector<std::string>{"blocks.csv", "pins.csv", "properties.csv"}));
+    EXPECT_EQ(exported({"csv-pins", "--split", "pins"}).status, 0);
+    EXPECT_EQ(names("pins"), (std::vector<std::string>{"HOLD.csv", "MOVE.csv", "a_b-10a3f9f2.csv"}));
+}
+
+TEST_F(ExportTest, WhatCannotBeMeant) {
+    const struct {
+        std::vector<std::string> words;
+        std::string error;
+    } cases[] = {
+        {{"verilgo"}, "no form 'verilgo'; did you mean verilog?"},
+        {{"?"}, "no form '?': csv, csv-blocks, csv-pins, csv-properties, verilog"},
+        {{"csv"}, "csv is several tables: name a folder for them, or one of them, as in csv-blocks"},
+        {{"verilog", "-o", "a", "--split", "b"}, "--output and --split exclude each other; see 'ntl export --help'"},
+        {{"verilog", "--split", "one.btl"}, "one.btl: cannot be made: Not a directory"},
+    };
+    for (const auto& each : cases) {
+        const Outcome refused = exported(each.words);
+        EXPECT_EQ(refused.err, "ntl: " + each.error + "\n");
+        EXPECT_EQ(refused.status, 2);
+    }
+}
