@@ -8,8 +8,6 @@
 
 #include <algorithm>
 #include <map>
-#include <optional>
-#include <string_view>
 #include <utility>
 #include <vector>
 
