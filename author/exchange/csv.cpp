@@ -39,7 +39,7 @@ const Columns& ofProperties() {
 
 // As RFC 4180 wants it. One line, whatever is in the text.
 std::string quoted(const std::string& text) {
-    const std::string shown = platform::printable(text);
+    std::string shown = platform::printable(text);
     if (shown.find_first_of(",\"") == std::string::npos) return shown;
     std::string result = "\"";
     for (const char c : shown) result.append(c == '"' ? 2 : 1, c);

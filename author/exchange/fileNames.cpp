@@ -56,7 +56,7 @@ bool FileNames::isTaken(const std::string& wanted) {
 }
 
 std::string FileNames::add(std::string_view name) {
-    const std::string plain = fileNameOf(name);
+    std::string plain = fileNameOf(name);
     if (!isTaken(plain)) return plain;
     const std::string summed = plain + "-" + sumOf(name);
     std::string numbered = summed;

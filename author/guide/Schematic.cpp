@@ -148,7 +148,8 @@ private:
         svg_.open("g", {{"class", kind}}).title(titleOf(box));
         const std::string link = linkOf(box);
         if (!link.empty()) svg_.open("a", {{"href", link}});
-        svg_.rectangle(left, box.top, box.width, box.lines * lineHeight + padding / 2, "body");
+        const int height = box.lines * lineHeight + padding / 2;
+        svg_.rectangle(left, box.top, box.width, height, "body");
         for (size_t i = 0; i < box.head.size(); ++i)
             svg_.text(middle, lineOf(box, i), "middle", box.head[i], i == 0 ? "name" : "type");
         if (!link.empty()) svg_.close();

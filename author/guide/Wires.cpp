@@ -141,6 +141,7 @@ Wires::Wires(const Sheet& sheet) : sheet_(sheet), nets_(sheet.nets.size()) {
     const std::vector<std::vector<Passage>> passages = this->passages();
     for (const std::vector<Passage>& channel : passages) {
         std::vector<ChannelNet> nets;
+        nets.reserve(channel.size());
         for (const Passage& passage : channel) nets.push_back(passage.ends());
         channels_.push_back(routed(nets, lineHeight / 2));
     }
