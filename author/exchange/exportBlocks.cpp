@@ -82,6 +82,8 @@ std::vector<std::string> exportFormNames() {
     return names;
 }
 
+const ExportForm& exportForm(const std::string& name) { return rowOf(name).form; }
+
 Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const ExportOptions& options) {
     const FormRow& row = rowOf(form);
     const bool hasTables = row.tables.size() > 1;

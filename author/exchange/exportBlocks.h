@@ -19,6 +19,8 @@ struct ExportForm {
 /// All that exportBlocks() can write, by name.
 HDNT_API const std::vector<ExportForm>& exportForms();
 HDNT_API std::vector<std::string> exportFormNames();
+/// Throws HEXDataException, which names those near to it, when there is none of that name.
+HDNT_API const ExportForm& exportForm(const std::string& name);
 
 struct ExportOptions {
     /// Of the library or its parents; the order makes no difference. Empty: all own blocks that are in the architecture

@@ -27,14 +27,19 @@ void write(const Settings& settings, const std::vector<ExportedFile>& files) {
     else writeOutput(files.front().text);
 }
 
-hdnt::author::Exported exported(const OpenedLibrary& opened, const Settings& settings,
-                                const hdnt::author::ExportOptions& options) {
+template <typename Action>
+auto orUnusable(Action&& action) {
     try {
-        const OutputToError redirect;
-        return exportBlocks(*opened.library, settings.exportForm, options);
+        return action();
     } catch (const HEXDataException& error) {
         throw Failure(Unusable, error.what());
     }
+}
+
+hdnt::author::Exported exported(const OpenedLibrary& opened, const Settings& settings,
+                                const hdnt::author::ExportOptions& options) {
+    const OutputToError redirect;
+    return orUnusable([&] { return exportBlocks(*opened.library, settings.exportForm, options); });
 }
 
 } // namespace
@@ -42,6 +47,7 @@ hdnt::author::Exported exported(const OpenedLibrary& opened, const Settings& set
 int runExport(const Settings& settings) {
     if (!settings.outputFile.empty() && !settings.splitFolder.empty())
         throw Failure(Unusable, "--output and --split exclude each other; see 'ntl export --help'");
+    orUnusable([&] { return hdnt::author::exportForm(settings.exportForm); }); // before a long load
     enableByDefault(settings, "ntl.enableMapLib");
     const OpenedLibrary opened = openLibrary(settings);
     hdnt::author::ExportOptions options;
