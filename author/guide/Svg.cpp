@@ -28,6 +28,15 @@ std::string number(double value) {
     return text;
 }
 
+Svg& Svg::start(std::string_view cssClass, double width, double height, std::string_view role, std::string_view label) {
+    return open("svg", {{"class", std::string(cssClass)},
+                        {"viewBox", "0 0 " + number(width) + " " + number(height)},
+                        {"width", number(width)},
+                        {"height", number(height)},
+                        {"role", std::string(role)},
+                        {"aria-label", std::string(label)}});
+}
+
 Svg& Svg::open(std::string_view name, const Attributes& attributes) {
     text_.append("<").append(name);
     for (const auto& [key, value] : attributes)

@@ -17,6 +17,9 @@ class Svg {
 public:
     using Attributes = std::vector<std::pair<std::string_view, std::string>>;
 
+    /// The outermost element, from (0, 0). The role is "img", or "group" for one with links in it; the label is its
+    /// text alternative.
+    Svg& start(std::string_view cssClass, double width, double height, std::string_view role, std::string_view label);
     /// Elements that follow are inside of it until close().
     Svg& open(std::string_view name, const Attributes& attributes = {});
     Svg& close();

@@ -150,12 +150,7 @@ std::string drawn(const std::string& name, std::vector<Pin>& pins) {
     const double edge = margin + stub;
     const double width = box + 2 * edge;
     Svg svg;
-    svg.open("svg", {{"class", "symbol"},
-                     {"viewBox", "0 0 " + number(width) + " " + number(height + 2)},
-                     {"width", number(width)},
-                     {"height", number(height + 2)},
-                     {"role", "group"},
-                     {"aria-label", "Symbol of " + platform::printable(name)}});
+    svg.start("symbol", width, height + 2, "group", "Symbol of " + name);
     svg.rectangle(edge, 1, box, height, "box");
     svg.text(width / 2, 20, "middle", name, "title");
     for (const auto& [side, at] : {std::pair{&left, edge}, std::pair{&right, edge + box}})
@@ -172,12 +167,7 @@ std::string sampleOf(Pin pin, const std::string& text) {
     constexpr double width = 140;
     pin.y = row / 2;
     Svg svg;
-    svg.open("svg", {{"class", "symbol"},
-                     {"viewBox", "0 0 " + number(width) + " " + number(row)},
-                     {"width", number(width)},
-                     {"height", number(row)},
-                     {"role", "img"},
-                     {"aria-label", text}});
+    svg.start("symbol", width, row, "img", text);
     const double edge = pin.isLeft() ? margin + stub : width - margin - stub;
     svg.line(edge, 0, edge, row, "box");
     drawPin(svg, pin, edge);

@@ -101,12 +101,7 @@ private:
 
     std::string svg() const {
         Svg svg;
-        svg.open("svg", {{"class", "graph"},
-                         {"viewBox", "0 0 " + number(right_) + " " + number(bottom_)},
-                         {"width", number(right_)},
-                         {"height", number(bottom_)},
-                         {"role", "group"},
-                         {"aria-label", "Which blocks are mapped to which; the table below says the same"}});
+        svg.start("graph", right_, bottom_, "group", "Which blocks are mapped to which; the table below says the same");
         for (const Node& from : nodes_)
             for (const std::size_t to : from.targets) drawEdge(svg, from, nodes_[to]);
         for (const Node& node : nodes_) {

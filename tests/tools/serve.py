@@ -39,6 +39,17 @@ class Server:
         return self.process.returncode, out, err
 
 
+def serving(path, text):
+    """A server that has a file of that text open."""
+    path.write_text(text)
+    server = Server()
+    server.ask("initialize", {"capabilities": {}})
+    server.send(method="initialized", params={})
+    server.send(method="textDocument/didOpen", params={
+        "textDocument": {"uri": path.as_uri(), "languageId": "ntl", "version": 1, "text": text}})
+    return server
+
+
 class Session(unittest.TestCase):
     uri = "untitled:a.btl"
 
@@ -81,12 +92,7 @@ class Session(unittest.TestCase):
             pathlib.Path(folder, ".ntl.cfg").write_text(
                 'cells = [ "cells.csv" ]; parents = [ "common" ]; rules = { only = [ "unregistered-block", "no-group" ]; };')
             text = 'library "L" {\n  block "OWN_CELL" { pin "B" input; }\n  block "OTHER" { pin "B" input; }\n}\n'
-            path.write_text(text)
-            server = Server()
-            server.ask("initialize", {"capabilities": {}})
-            server.send(method="initialized", params={})
-            server.send(method="textDocument/didOpen", params={
-                "textDocument": {"uri": path.as_uri(), "languageId": "ntl", "version": 1, "text": text}})
+            server = serving(path, text)
             self.assertEqual(server.receive()["params"]["diagnostics"], [])
             found = server.receive()["params"]["diagnostics"]
             lint = subprocess.run([sys.argv[1], "lint", "--format", "short", folder], capture_output=True, text=True)
@@ -104,12 +110,7 @@ class Session(unittest.TestCase):
             text = ('library "L" {\n  function int intProperty(string);\n  block "A" { pin "B" input; }\n'
                     '  block "C" {\n    pin "D" input;\n    property int "N" { min = 0, max = 3, default = 0 }\n'
                     '  } expandsto {\n    if (intProperty("N") > 2) inst "a" "A";\n  }\n}\n')
-            path.write_text(text)
-            server = Server()
-            server.ask("initialize", {"capabilities": {}})
-            server.send(method="initialized", params={})
-            server.send(method="textDocument/didOpen", params={
-                "textDocument": {"uri": path.as_uri(), "languageId": "ntl", "version": 1, "text": text}})
+            server = serving(path, text)
             lenses = server.ask("textDocument/codeLens", {"textDocument": {"uri": path.as_uri()}})
             message = server.ask("workspace/executeCommand", lenses["result"][0]["command"])
             said = [subprocess.run([sys.argv[1], "expand", "C", "-l", folder, *options], capture_output=True, text=True,
