@@ -12,7 +12,7 @@
 class HDNTBlock;
 class HDNTNode;
 
-// What the model says, as JSON. The only header that needs nlohmann-json.
+// What the model says, as JSON. This header and those that include it need nlohmann-json; author.h does not.
 namespace hdnt::author {
 
 /// Texts are as the library has them: bytes that are no UTF-8 are replaced, or refused, when a document is written.

@@ -42,6 +42,10 @@ std::vector<std::string> groupsOf(const std::vector<HDNTBlock*>& blocks) {
     return {groups.begin(), groups.end()};
 }
 
+const HDNTNetlist* mappingFor(HDNTBlock& block, const std::string& architecture) {
+    return architecture.empty() ? block.getNetlist() : block.getNetlist(architecture);
+}
+
 std::string mapLibraryOf(const HDNTBlock& block) {
     const std::string directory = ConfigBase::getDataLocation("maplib");
     if (directory.empty()) return {};

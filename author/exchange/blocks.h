@@ -7,6 +7,7 @@
 
 class HDNTBlock;
 class HDNTLibrary;
+class HDNTNetlist;
 
 // What lists of blocks ask for.
 namespace hdnt::author {
@@ -22,6 +23,9 @@ HDNT_API std::string groupOf(const HDNTBlock& block);
 /// The groups of the blocks, with and without subgroups, by name.
 HDNT_API std::vector<std::string> groupsOf(const std::vector<HDNTBlock*>& blocks);
 
+/// The mapping of a block for an architecture, which may have to be loaded; an empty one is that of
+/// HDNTBlock::getNetlist(). Null when there is none. Throws HEXDataException for a broken map library.
+HDNT_API const HDNTNetlist* mappingFor(HDNTBlock& block, const std::string& architecture);
 /// The file of the block's map library, whether it exists or not; empty when there is no place for them.
 HDNT_API std::string mapLibraryOf(const HDNTBlock& block);
 

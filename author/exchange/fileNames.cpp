@@ -29,10 +29,9 @@ std::string hex(std::uint64_t number, int digits) {
     return text.data();
 }
 
-std::string sumOf(std::string_view name) {
-    std::uint32_t sum = 2166136261U;
-    for (const char c : name) sum = (sum ^ static_cast<unsigned char>(c)) * 16777619U;
-    return hex(sum, 8);
+std::string shortSumOf(std::string_view name) {
+    const std::uint64_t sum = sumOf(name);
+    return hex((sum ^ (sum >> 32U)) & 0xffffffffU, 8);
 }
 
 std::string fileNameOf(std::string_view name) {
@@ -40,10 +39,16 @@ std::string fileNameOf(std::string_view name) {
     std::replace_if(
         result.begin(), result.end(), [](char c) { return !isPlain(c); }, '_');
     const bool isSame = result == name && !result.empty() && !isReserved(HSTStringUtils::to_upper_copy(result));
-    return isSame ? result : result + "-" + sumOf(name);
+    return isSame ? result : result + "-" + shortSumOf(name);
 }
 
 } // namespace
+
+std::uint64_t sumOf(std::string_view bytes) {
+    std::uint64_t sum = 0xcbf29ce484222325U;
+    for (const char c : bytes) sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
+    return sum;
+}
 
 std::string anchorOf(std::string_view kind, std::string_view name) {
     std::string result = std::string(kind) + "-";
@@ -58,7 +63,7 @@ bool FileNames::isTaken(const std::string& wanted) {
 std::string FileNames::add(std::string_view name) {
     std::string plain = fileNameOf(name);
     if (!isTaken(plain)) return plain;
-    const std::string summed = plain + "-" + sumOf(name);
+    const std::string summed = plain + "-" + shortSumOf(name);
     std::string numbered = summed;
     for (int i = 2; isTaken(numbered); ++i) numbered = summed + "-" + std::to_string(i);
     return numbered;

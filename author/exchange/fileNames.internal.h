@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <string_view>
@@ -18,6 +19,9 @@ private:
 
     std::set<std::string> taken_;
 };
+
+/// FNV-1a: the same in every process, and no help against those who mean it.
+std::uint64_t sumOf(std::string_view bytes);
 
 /// "pin-D", "property-INIT": other names have other anchors. All other characters are as ".3C".
 std::string anchorOf(std::string_view kind, std::string_view name);

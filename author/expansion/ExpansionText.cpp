@@ -3,6 +3,7 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 #include "hdnt/netlist/Words.h"
+#include "hdnt/platform/HUTFile.h"
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
@@ -175,7 +176,7 @@ std::string expansionText(const ExpandedBlock& expanded) {
 
 std::string BriefPlaces::brief(const Place& place) {
     if (place.file.empty()) return "(unknown place)";
-    const std::string name = place.file.substr(place.file.rfind('/') + 1);
+    const std::string name = HUTPathUtils::leafOf(place.file);
     const std::string& first = fileByName_.emplace(name, place.file).first->second;
     const std::string& shown = first == place.file ? name : place.file;
     return place.isKnown() ? shown + ":" + std::to_string(place.line) : shown;

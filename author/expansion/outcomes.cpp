@@ -1,5 +1,6 @@
 #include "author/expansion/outcomes.h"
 
+#include "author/exchange/blocks.h"
 #include "author/expansion/ExpansionText.h"
 #include "author/lint/SettingCover.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -99,8 +100,7 @@ private:
 } // namespace
 
 MappingOutcomes outcomesOf(HDNTBlock& block, const OutcomeOptions& options) {
-    const HDNTNetlist* const netlist =
-        options.architecture.empty() ? block.getNetlist() : block.getNetlist(options.architecture);
+    const HDNTNetlist* const netlist = mappingFor(block, options.architecture);
     return netlist ? OutcomeFinder(block, *netlist, options).find() : MappingOutcomes();
 }
 

@@ -72,8 +72,7 @@ std::vector<Book::Variant> Book::variantsOf(HDNTBlock& block, Relations& relatio
     const bool isForAll = block.hasOwnNetlist() || architectures_.empty();
     for (const std::string& architecture : isForAll ? one : architectures_) {
         try {
-            const HDNTNetlist* const netlist =
-                architecture.empty() ? block.getNetlist() : block.getNetlist(architecture);
+            const HDNTNetlist* const netlist = mappingFor(block, architecture);
             if (!netlist) continue;
             addTypes(*netlist, relations.mapsTo);
             const bool holdsForAll = block.getNetlistKind() == HDNTBlock::AnyArchitecture;

@@ -1,3 +1,4 @@
+#include "author/exchange/fileNames.internal.h"
 #include "author/guide/GuideFolder.internal.h"
 #include "hdnt/platform/HEX.h"
 
@@ -24,13 +25,6 @@ constexpr const char* listName = "guide.files"; ///< a line for each file: its s
 
 [[noreturn]] void fail(const std::string& path, const std::string& reason) {
     throw HEXDataException(path + ": " + reason);
-}
-
-// FNV-1a: tells a file that somebody edited, not one that somebody forged.
-std::uint64_t sumOf(std::string_view bytes) {
-    std::uint64_t sum = 0xcbf29ce484222325U;
-    for (const char c : bytes) sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
-    return sum;
 }
 
 std::string contentOf(const fs::path& path) {

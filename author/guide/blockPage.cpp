@@ -7,6 +7,7 @@
 #include "author/guide/instantiation.internal.h"
 #include "author/guide/pages.internal.h"
 #include "hdnt/model/HDNTBlock.h"
+#include "hdnt/platform/HUTFile.h"
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
@@ -20,8 +21,6 @@ namespace {
 using namespace words; // NOLINT: that is what this file is made of
 
 constexpr const char* upwards = "../"; ///< from a page of a block to the guide's folder
-
-std::string baseName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 std::string yesNo(bool is) { return is ? "yes" : "no"; }
 
@@ -38,7 +37,7 @@ private:
 };
 
 // "file.btl:12", since pages shall be the same wherever the library is.
-std::string shortPlace(const Json& location) { return baseName(placeOf(location)); }
+std::string shortPlace(const Json& location) { return HUTPathUtils::leafOf(placeOf(location)); }
 
 Json factsOf(const Json& block) {
     Facts facts;
@@ -151,7 +150,7 @@ Json seeAlsoLinks(const Book& book, const HDNTBlock& block) {
 
 Json shownSources(Json sources) {
     for (Json& source : sources) {
-        source["file"] = baseName(cell(source["file"]));
+        source["file"] = HUTPathUtils::leafOf(cell(source["file"]));
         if (source["leftOut"] == 0) source["leftOut"] = nullptr;
     }
     return sources;

@@ -60,13 +60,11 @@ public:
 
 private:
     void addBlock(HDNTBlock& block) {
-        // Shows the mapping of the first architecture that has one.
-        for (const Book::Variant& variant : book_.relationsOf(block).variants)
-            if (variant.problem.empty()) {
-                if (variant.architecture.empty()) block.getNetlist();
-                else block.getNetlist(variant.architecture);
-                break;
-            }
+        // The facts speak of the mapping for the first architecture that has one.
+        const auto& variants = book_.relationsOf(block).variants;
+        const auto first =
+            std::ranges::find_if(variants, [](const Book::Variant& variant) { return variant.problem.empty(); });
+        if (first != variants.end()) mappingFor(block, first->architecture);
         const Json facts = jsonOf(block, progression_.places);
         const std::string& address = book_.pageOf(&block);
         rows_.push_back(blockRow(book_, block, facts));

@@ -5,6 +5,7 @@
 #include "author/guide/pages.internal.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/netlist/HDNTExpansion.h"
+#include "hdnt/platform/HUTFile.h"
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@ namespace hdnt::author::guide {
 namespace {
 
 std::string shortPlace(const Place& place) {
-    return place.file.substr(place.file.rfind('/') + 1) + ":" + std::to_string(place.line);
+    return HUTPathUtils::leafOf(place.file) + ":" + std::to_string(place.line);
 }
 
 class MappingSection {

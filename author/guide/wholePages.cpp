@@ -10,6 +10,7 @@
 #include "hdnt/model/Words.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/platform/HSTStringUtils.h"
+#include "hdnt/platform/HUTFile.h"
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
@@ -134,7 +135,7 @@ Json findingsPage(const Book& book) {
     std::set<std::string> codes;
     for (const Diagnostic& finding : book.findings()) {
         Place place = finding.place;
-        place.file = place.file.substr(place.file.rfind('/') + 1);
+        place.file = HUTPathUtils::leafOf(place.file);
         const std::string block =
             finding.element.starts_with("block ") ? finding.element.substr(6, finding.element.find('/') - 6) : "";
         page["rows"].push_back({{"severity", nameOf(finding.severity)},

@@ -79,6 +79,8 @@ std::string HUTPathUtils::replaceExtension(const std::string& path, const std::s
 
 std::string HUTPathUtils::directoryOf(const std::string& path) { return fs::path(path).parent_path().string(); }
 
+std::string HUTPathUtils::leafOf(const std::string& path) { return path.substr(path.rfind('/') + 1); } // npos + 1 is 0
+
 std::string HUTPathUtils::findInPath(const char* list, const std::string& lastDirectory, const std::string& name) {
     if (name.empty()) return {};
     std::string_view rest = list ? list : "";

@@ -54,6 +54,8 @@ public:
     /// extension is given without its dot.
     static std::string replaceExtension(const std::string& path, const std::string& extension);
     static std::string directoryOf(const std::string& path);
+    /// What follows the last slash: the whole text without one.
+    static std::string leafOf(const std::string& path);
     /// The first existing <directory>/<name>, for the directories of a colon-separated list (null or empty: none; empty
     /// items are skipped) and then lastDirectory; empty when there is none, or when name is empty.
     static std::string findInPath(const char* list, const std::string& lastDirectory, const std::string& name);
