@@ -63,25 +63,29 @@ std::string rowOf(const Columns& columns, const Json& json) {
     return lineOf(cells);
 }
 
-} // namespace
+using Head = std::string (*)(const HDNTLibrary&);
+template <const Columns& (*columns)()>
+constexpr Head headOf = [](const HDNTLibrary&) { return lineOf(columns()); };
 
-std::string blockColumns() { return lineOf(ofBlocks()); }
-std::string pinColumns() { return lineOf(ofPins()); }
-std::string propertyColumns() { return lineOf(ofProperties()); }
+void addBlock(const ExportedBlock& block, std::string& text, ExportNotes&) { text += rowOf(ofBlocks(), block.json); }
 
-void addBlockRow(const Json& block, std::string& text, ExportNotes&) { text += rowOf(ofBlocks(), block); }
-
-void addPinRows(const Json& block, std::string& text, ExportNotes&) {
-    for (const Json& bus : block["buses"]) text += rowOf(ofPins(), bus);
+void addPins(const ExportedBlock& block, std::string& text, ExportNotes&) {
+    for (const Json& bus : block.json["buses"]) text += rowOf(ofPins(), bus);
 }
 
-void addPropertyRows(const Json& block, std::string& text, ExportNotes&) {
-    for (const Json& property : block["properties"]) text += rowOf(ofProperties(), property);
-    for (const Json& bus : block["buses"])
+void addProperties(const ExportedBlock& block, std::string& text, ExportNotes&) {
+    for (const Json& property : block.json["properties"]) text += rowOf(ofProperties(), property);
+    for (const Json& bus : block.json["buses"])
         for (Json property : bus["properties"]) {
             property["pin"] = bus["name"];
             text += rowOf(ofProperties(), property);
         }
 }
+
+} // namespace
+
+constinit const ExportTable blockTable = {"blocks", headOf<ofBlocks>, addBlock};
+constinit const ExportTable pinTable = {"pins", headOf<ofPins>, addPins};
+constinit const ExportTable propertyTable = {"properties", headOf<ofProperties>, addProperties};
 
 } // namespace hdnt::author

@@ -17,29 +17,18 @@ namespace hdnt::author {
 
 namespace {
 
-/// One text: the head, and what the blocks add to it.
-struct Table {
-    const char* name; ///< of its file, where a form has several
-    std::string (*head)();
-    void (*add)(const Json& block, std::string& text, ExportNotes& notes);
-};
-
 struct FormRow {
     ExportForm form;
-    std::vector<Table> tables;
+    std::vector<ExportTable> tables;
 };
 
 const std::vector<FormRow>& formRows() {
-    static const Table blocks = {"blocks", blockColumns, addBlockRow};
-    static const Table pins = {"pins", pinColumns, addPinRows};
-    static const Table properties = {"properties", propertyColumns, addPropertyRows};
     static const std::vector<FormRow> rows = {
-        {{"csv", "csv", "the three tables below, as files of a folder"}, {blocks, pins, properties}},
-        {{"csv-blocks", "csv", "a table with a row for each block"}, {blocks}},
-        {{"csv-pins", "csv", "a table with a row for each pin or bus"}, {pins}},
-        {{"csv-properties", "csv", "a table with a row for each property of blocks and pins"}, {properties}},
-        {{"verilog", "v", "black-box modules for synthesis and simulation"},
-         {{"verilog", verilogHead, addVerilogModule}}},
+        {{"csv", "csv", "the three tables below, as files of a folder"}, {blockTable, pinTable, propertyTable}},
+        {{"csv-blocks", "csv", "a table with a row for each block"}, {blockTable}},
+        {{"csv-pins", "csv", "a table with a row for each pin or bus"}, {pinTable}},
+        {{"csv-properties", "csv", "a table with a row for each property of blocks and pins"}, {propertyTable}},
+        {{"verilog", "v", "black-box modules for synthesis and simulation"}, {verilogTable}},
     };
     return rows;
 }
@@ -93,17 +82,21 @@ Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const
     const std::string extension = std::string(".") + row.form.extension;
     const bool isByBlock = options.isSplit && !hasTables;
     std::vector<ExportedFile> files;
+    const auto begin = [&](const ExportTable& table, const std::string& name) {
+        files.push_back({name, table.head(library)});
+    };
     if (!isByBlock)
-        for (const Table& table : row.tables) files.push_back({hasTables ? table.name + extension : "", table.head()});
+        for (const ExportTable& table : row.tables) begin(table, hasTables ? table.name + extension : "");
     ExportNotes notes;
     FileNames names;
     SourcePlaces places;
     for (HDNTBlock* block : meantBlocks(library, options)) {
         const Json json = jsonOf(*block, places);
-        if (isByBlock) files.push_back({names.add(block->getName()) + extension, row.tables.front().head()});
+        if (isByBlock) begin(row.tables.front(), names.add(block->getName()) + extension);
         for (std::size_t i = 0; i < row.tables.size(); ++i)
-            row.tables[i].add(json, isByBlock ? files.back().text : files[i].text, notes);
+            row.tables[i].add({*block, json}, isByBlock ? files.back().text : files[i].text, notes);
     }
+    for (std::size_t i = 0; i < files.size(); ++i) files[i].text += row.tables[isByBlock ? 0 : i].foot;
     return {std::move(files), std::move(notes.leftOut)};
 }
 

@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+class HDNTBlock;
+class HDNTLibrary;
+
 // The forms of exportBlocks().
 namespace hdnt::author {
 
@@ -15,16 +18,20 @@ struct ExportNotes {
     std::set<std::string> modules; ///< names that are taken
 };
 
-// Each adds to a text what a block, as jsonOf(HDNTBlock&) has it, is in that form.
-void addBlockRow(const Json& block, std::string& text, ExportNotes& notes);
-void addPinRows(const Json& block, std::string& text, ExportNotes& notes);
-void addPropertyRows(const Json& block, std::string& text, ExportNotes& notes);
-void addVerilogModule(const Json& block, std::string& text, ExportNotes& notes);
+struct ExportedBlock {
+    HDNTBlock& model;
+    const Json& json; ///< as jsonOf(HDNTBlock&) has it
+};
 
-// What stands before the first block.
-std::string blockColumns();
-std::string pinColumns();
-std::string propertyColumns();
-std::string verilogHead();
+/// One text: what stands before the first block, what each block adds, and what stands behind the last.
+struct ExportTable {
+    const char* name; ///< of its file, where a form has several
+    std::string (*head)(const HDNTLibrary& library);
+    void (*add)(const ExportedBlock& block, std::string& text, ExportNotes& notes);
+    const char* foot = "";
+};
+
+extern const ExportTable blockTable, pinTable, propertyTable;
+extern const ExportTable verilogTable;
 
 } // namespace hdnt::author

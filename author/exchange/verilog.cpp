@@ -118,9 +118,7 @@ private:
     std::string checks_;
 };
 
-} // namespace
-
-std::string verilogHead() {
+std::string head(const HDNTLibrary&) {
     std::string text =
         "// Black boxes. With CHECK_PARAMETERS defined, simulations end where a parameter has a value that "
         "it\n// cannot have. Ranges go the way that their library has them.\n";
@@ -129,11 +127,15 @@ std::string verilogHead() {
     return text;
 }
 
-void addVerilogModule(const Json& block, std::string& text, ExportNotes& notes) {
-    const std::string name = cell(block["name"]);
+void addModule(const ExportedBlock& block, std::string& text, ExportNotes& notes) {
+    const std::string name = cell(block.json["name"]);
     const std::string shown = verilogName(name);
-    if (notes.modules.insert(shown).second) text += VerilogModule(block, notes).text();
+    if (notes.modules.insert(shown).second) text += VerilogModule(block.json, notes).text();
     else notes.leftOut.push_back(printable(name) + ": " + printable(shown) + " is the name of another module");
 }
+
+} // namespace
+
+constinit const ExportTable verilogTable = {"verilog", head, addModule};
 
 } // namespace hdnt::author
