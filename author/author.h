@@ -4,6 +4,7 @@
 #include "author/exchange/ChangeWords.h"
 #include "author/exchange/blocks.h"
 #include "author/exchange/exportBlocks.h"
+#include "author/exchange/importBlocks.h"
 #include "author/expansion/ExpansionGraph.h"
 #include "author/expansion/ExpansionText.h"
 #include "author/expansion/outcomes.h"

@@ -3,11 +3,10 @@
 #include "author/exchange/blocks.h"
 #include "author/exchange/exportForms.internal.h"
 #include "author/exchange/fileNames.internal.h"
-#include "author/lint/nearestNames.h"
+#include "author/exchange/forms.internal.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/platform/HEX.h"
-#include "hdnt/platform/Text.h"
 
 #include <algorithm>
 #include <set>
@@ -18,7 +17,7 @@ namespace hdnt::author {
 namespace {
 
 struct FormRow {
-    ExportForm form;
+    ExchangeForm form;
     std::vector<ExportTable> tables;
 };
 
@@ -28,18 +27,10 @@ const std::vector<FormRow>& formRows() {
         {{"csv-blocks", "csv", "a table with a row for each block"}, {blockTable}},
         {{"csv-pins", "csv", "a table with a row for each pin or bus"}, {pinTable}},
         {{"csv-properties", "csv", "a table with a row for each property of blocks and pins"}, {propertyTable}},
+        {{"json", "json", "everything, also for ntl import"}, {libraryTable}},
         {{"verilog", "v", "black-box modules for synthesis and simulation"}, {verilogTable}},
     };
     return rows;
-}
-
-const FormRow& rowOf(const std::string& name) {
-    const auto isMeant = [&](const FormRow& row) { return name == row.form.name; };
-    const auto found = std::ranges::find_if(formRows(), isMeant);
-    if (found != formRows().end()) return *found;
-    const std::vector<std::string> names = exportFormNames();
-    const std::string near = question(name, names);
-    throw HEXDataException("no form '" + name + "'" + (near.empty() ? ": " + platform::joined(names, ", ") : near));
 }
 
 // In the order of the library.
@@ -56,25 +47,12 @@ std::vector<HDNTBlock*> meantBlocks(const HDNTLibrary& library, const ExportOpti
 
 } // namespace
 
-const std::vector<ExportForm>& exportForms() {
-    static const std::vector<ExportForm> forms = [] {
-        std::vector<ExportForm> all;
-        for (const FormRow& row : formRows()) all.push_back(row.form);
-        return all;
-    }();
-    return forms;
-}
+std::vector<ExchangeForm> exportForms() { return formsOf(formRows()); }
 
-std::vector<std::string> exportFormNames() {
-    std::vector<std::string> names;
-    for (const ExportForm& form : exportForms()) names.emplace_back(form.name);
-    return names;
-}
-
-const ExportForm& exportForm(const std::string& name) { return rowOf(name).form; }
+ExchangeForm exportForm(const std::string& name) { return rowNamed(name, formRows()).form; }
 
 Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const ExportOptions& options) {
-    const FormRow& row = rowOf(form);
+    const FormRow& row = rowNamed(form, formRows());
     const bool hasTables = row.tables.size() > 1;
     if (hasTables && !options.isSplit)
         throw HEXDataException(form + " is several tables: name a folder for them, or one of them, as in " + form +

@@ -11,16 +11,16 @@ class HDNTLibrary;
 // What a library knows, for the tools that designs are made with.
 namespace hdnt::author {
 
-struct ExportForm {
+/// What another tool reads or writes.
+struct ExchangeForm {
     const char* name;
     const char* extension; ///< of its files
     const char* summary;
 };
 /// All that exportBlocks() can write, by name.
-HDNT_API const std::vector<ExportForm>& exportForms();
-HDNT_API std::vector<std::string> exportFormNames();
+HDNT_API std::vector<ExchangeForm> exportForms();
 /// Throws HEXDataException, which names those near to it, when there is none of that name.
-HDNT_API const ExportForm& exportForm(const std::string& name);
+HDNT_API ExchangeForm exportForm(const std::string& name);
 
 struct ExportOptions {
     /// Of the library or its parents; the order makes no difference. Empty: all own blocks that are in the architecture

@@ -32,6 +32,7 @@ struct ExportTable {
 };
 
 extern const ExportTable blockTable, pinTable, propertyTable;
+extern const ExportTable libraryTable;
 extern const ExportTable verilogTable;
 
 } // namespace hdnt::author

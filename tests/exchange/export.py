@@ -1,10 +1,14 @@
 #!/usr/bin/env python3
 """Holds what `ntl export` writes against `ntl show`, as other programs read it.
 
-    export.py NTL csv|verilog
+    export.py NTL csv|json|verilog [SOURCES]
 """
 import csv
+import functools
+import glob
+import importlib.util
 import json
+import operator
 import os
 import re
 import shutil
@@ -12,7 +16,7 @@ import subprocess
 import sys
 import tempfile
 
-NTL, FORM = sys.argv[1:]
+NTL, FORM, *SOURCES = sys.argv[1:]
 
 # \xe9 is no UTF-8.
 NAMES = [b"module", b"a b", b"a\\x20b", b"caf\xe9", b"\xc3\xa4", b"1//2", b"/*x*/", b"`include", b"$and", b"a,b;(c)", b"%d%m",
@@ -43,7 +47,9 @@ DIRECTIONS = {"bidir": "inout"}
 
 
 def run(*words, check=True):
-    return subprocess.run(words, check=check, capture_output=True)
+    done = subprocess.run(words, capture_output=True)
+    assert not check or done.returncode == 0, (words, done.stdout[-500:], done.stderr[-1000:])
+    return done
 
 
 def models(folder, parse_float=float):
@@ -201,8 +207,115 @@ def check_verilog(folder):
                 assert f"ntl: {line}\n" in left_out, (line, left_out)
 
 
-if FORM == "verilog" and not shutil.which("yosys"):
-    print("no yosys")
+# What mappings, numbers and texts can hold, beside tests/corpus.
+INFINITE = "1" + "0" * 310 + ".0"
+RICH = """library "rich" { function bool odd(1'h, 1'b, string, double, int, bool); function string none();
+  block "other" { pin "A" input; }
+  block "rich" {
+    property double "most" { min = -%(inf)s, max = %(inf)s, default = %(inf)s, precision = 0 }
+    property double "few" { values { 0.1, -0.0, 100000000000000000000000.0 }, default = -0.0, units = "ns" }
+    property int "at_most" { simulation = false, max = 3, description = "%% \\ {}" }
+    property bool "flags" { default = true, simulation = true, test = true, constraintsOnly = true, muxControl = true }
+    property 6'h "wider" { min = 6'h1, default = 10'h03f }
+    property 5'b "none" { simulation = true, units = "bits" }
+    pin "P[3:0]" input test abstract clock mustConnect { property string "S" { values { "", "a" }, default = "" } }
+  } retargetsto {
+    none(); inst "i" "other"; inst "j" "nowhere"; odd("8'h0F", "2'b01", "x", -2.5, 3, true);
+    signal "s[1:0]"; signal "t" : "P[0]", "i" "A", "j" "~A"; connect "@1" : "P[1]";
+    assign block property "i" "v" 1 - (2 - 3) * 4 %% 5; assign pin property "i" "A", "w" "a" == none() || 1 < 2;
+    if (odd("1'h1", "1'b1", "(;{", 0.1, 1, false)) if (true) inst "k" "other"; else { }
+    else if (1 >= 2) { { connect "s" : "P[2]"; } if (true) signal "u"; } else connect "s" : "P[3]";
+  }
+}
+""" % {"inf": INFINITE}
+
+
+# What an import refuses of the document below, and where.
+REFUSED = [
+    ("/blocks/0/name", 'qu"ote', "/blocks/0/name: holds a quote or a line break, which no text of NTL does"),
+    ("/blocks/0/buses", {}, "/blocks/0/buses: a list is due"),
+    ("/blocks/0/buses/0/direction", "up", '/blocks/0/buses/0/direction: "up" is none of input, output, bidir, internal'),
+    ("/blocks/0/buses/0/range/0", -1, "/blocks/0/buses/0/range/0: a whole number from 0 to 2147483647 is due"),
+    ("/blocks/0/properties/0/default", "8'b1", "/blocks/0/properties/0/default: \"8'b1\" is no constant such as 8'h0"),
+    ("/blocks/0/properties/0/type", "int", "/blocks/0/properties/0/default: a whole number from -2147483648 to 2147483647 is due"),
+    ("/blocks/0/netlist/statements/0/branches/0/condition", "1) { } if (2",
+     '/blocks/0/netlist/statements/0/branches/0/condition: "1) { } if (2" is no expression of NTL'),
+    ("/blocks/0/netlist/statements/0/branches/0/then/kind", "wish",
+     '/blocks/0/netlist/statements/0/branches/0/then/kind: "wish" is none of instance, signal, connect, blockProperty, '
+     "pinProperty, call, if"),
+    ("/blocks/0/netlist/statements/0/branches/0/then/function", "block",
+     '/blocks/0/netlist/statements/0/branches/0/then/function: "block" is no name of a function'),
+]
+SMALL = {"format": "hdnt-library", "version": 1, "library": "small", "blocks": [
+    {"name": "one", "buses": [{"baseName": "D", "range": [0, 1], "direction": "input"}],
+     "properties": [{"name": "INIT", "type": "bithex", "bitWidth": 8, "default": "0F"}],
+     "netlist": {"section": "mapsto", "statements": [
+         {"kind": "if", "branches": [{"condition": "true", "then": {"kind": "call", "function": "f"}}]}]}}]}
+
+
+# A second validator. It knows the draft before, in which all that the schema uses means the same.
+PERL = """use JSON::PP; use JSON::Validator::Schema::Draft201909;
+my ($schema, $document) = map { open my $file, "<", $_ or die; local $/; JSON::PP::decode_json(<$file>) } @ARGV;
+$schema->{"\\$schema"} = JSON::Validator::Schema::Draft201909->new->specification;
+print "$_\\n" for JSON::Validator::Schema::Draft201909->new($schema)->validate($document);"""
+
+
+def check_json(folder):
+    import jsonschema
+    schema_file = os.path.join(SOURCES[0], "data/schema/hdnt-library-1.json")
+    with open(schema_file, encoding="utf-8") as file:
+        schema = json.load(file)
+    jsonschema.Draft202012Validator.check_schema(schema)
+    validator = jsonschema.Draft202012Validator(schema)
+    document, text, errors = (os.path.join(folder, name) for name in ("a.json", "b.btl", "errors"))
+
+    def check_round(library, *options):
+        for target in (document, os.path.join(folder, "again.json")):
+            said = run(NTL, "export", "json", "-l", library, *options, "-o", target).stderr
+            assert not said, (library, said)
+        with open(document, "rb") as first, open(target, "rb") as again:
+            exported = first.read()
+            assert exported == again.read()
+        validator.validate(json.loads(exported))
+        run(NTL, "import", "json", document, "-o", text)
+        run(NTL, "diff", library, text, *options)
+        return document
+
+    def written(name, content):
+        path = os.path.join(folder, name)
+        with open(path, "wb") as file:
+            file.write(content)
+        return path
+
+    data, corpus = (os.path.join(SOURCES[0], path) for path in ("data", "tests/corpus/good"))
+    check_round(os.path.join(data, "tessels"))
+    said = run("perl", "-e", PERL, schema_file, document)
+    assert not said.stdout, said
+    check_round(os.path.join(data, "tessels.test"), "--parent", os.path.join(data, "tessels"))
+    for library in [os.path.join(data, "simulation.btl"), written("rich.btl", RICH.encode()),
+                    written("odd.btl", HOSTILE.replace(b"\xe9", b"e"))] + sorted(glob.glob(corpus + "/*.btl")):
+        check_round(library)
+    for pointer, value, refusal in [("", None, None)] + REFUSED:
+        changed = json.loads(json.dumps(SMALL))
+        *path, last = [int(key) if key.isdigit() else key for key in pointer.split("/")[1:]] or [None]
+        if last is not None:
+            functools.reduce(operator.getitem, path, changed)[last] = value
+        outcome = run(NTL, "import", "json", written("small.json", json.dumps(changed).encode()), "-o", text, check=False)
+        assert outcome.stderr.decode() == (f"ntl: {folder}/small.json: {refusal}\n" if refusal else ""), outcome
+        assert outcome.returncode == (1 if refusal else 0)
+    said = run(NTL, "export", "json", "-l", written("odd.btl", HOSTILE), "-o", document, check=False)
+    assert said.returncode == 1 and b"plain: bytes that are no UTF-8 are written as U+FFFD\n" in said.stderr, said
+
+
+def is_missing():
+    """Whether a reader is not installed."""
+    if FORM == "json":
+        return not importlib.util.find_spec("jsonschema") or run("perl", "-MJSON::Validator", "-e", "1", check=False).returncode
+    return FORM == "verilog" and not shutil.which("yosys")
+
+
+if is_missing():
+    print("a reader is not installed")
     sys.exit(77)
 with tempfile.TemporaryDirectory() as temporary:
-    {"csv": check_csv, "verilog": check_verilog}[FORM](temporary)
+    {"csv": check_csv, "json": check_json, "verilog": check_verilog}[FORM](temporary)

@@ -91,8 +91,8 @@ TEST_F(CompletionTest, WhatMayStandThere) {
         {{"explain", "syntax-er"}, {"syntax-error"}},
         {{"lint", "--rule", "syntax-er"}, {}},
         {{},
-         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "guide", "export", "explain", "serve",
-          "help"}},
+         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "guide", "export", "import", "explain",
+          "serve", "help"}},
         {{"export", "csv-p"}, {"csv-pins", "csv-properties"}},
     };
     for (const auto& each : cases) {

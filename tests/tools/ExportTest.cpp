@@ -72,7 +72,6 @@ TEST_F(ExportTest, WhatCannotBeMeant) {
         std::string error;
     } cases[] = {
         {{"verilgo"}, "no form 'verilgo'; did you mean verilog?"},
-        {{"?"}, "no form '?': csv, csv-blocks, csv-pins, csv-properties, verilog"},
         {{"csv"}, "csv is several tables: name a folder for them, or one of them, as in csv-blocks"},
         {{"verilog", "-o", "a", "--split", "b"}, "--output and --split exclude each other; see 'ntl export --help'"},
         {{"verilog", "--split", "one.btl"}, "one.btl: cannot be made: Not a directory"},

@@ -17,6 +17,7 @@ int runDiff(const Settings& settings);
 int runFormat(const Settings& settings);
 int runExport(const Settings& settings);
 int runGuide(const Settings& settings);
+int runImport(const Settings& settings);
 int runServe(const Settings& settings);
 int runHelp(const Settings& settings);
 

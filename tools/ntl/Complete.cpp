@@ -1,6 +1,6 @@
 #include "tools/ntl/Complete.h"
 
-#include "author/exchange/exportBlocks.h"
+#include "author/exchange/importBlocks.h"
 #include "author/lint/RuleControl.h"
 #include "author/lint/lint.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -212,6 +212,12 @@ Names listOfCodes(const std::string& text) {
     return codes;
 }
 
+Names namesOf(const std::vector<hdnt::author::ExchangeForm>& forms) {
+    Names names;
+    for (const hdnt::author::ExchangeForm& form : forms) names.emplace_back(form.name);
+    return names;
+}
+
 Names argumentsOf(const OptionSpec& option, const Line& line, const std::string& text) {
     if (!option.choices.empty()) return option.choices;
     switch (option.completion) {
@@ -228,7 +234,8 @@ Names argumentsOf(const OptionSpec& option, const Line& line, const std::string&
     case Completion::RuleList: return listOfCodes(text);
     case Completion::RuleSeverity: return severities(text);
     case Completion::Code: return hdnt::author::allCodes();
-    case Completion::Form: return hdnt::author::exportFormNames();
+    case Completion::ExportForm: return namesOf(hdnt::author::exportForms());
+    case Completion::ImportForm: return namesOf(hdnt::author::importForms());
     case Completion::None: break;
     }
     return {};

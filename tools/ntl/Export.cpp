@@ -1,9 +1,9 @@
 #include "author/exchange/exportBlocks.h"
-#include "hdnt/platform/HEX.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
+#include "tools/ntl/Status.h"
 #include "tools/ntl/TextFile.h"
 
 #include <filesystem>
@@ -27,19 +27,10 @@ void write(const Settings& settings, const std::vector<ExportedFile>& files) {
     else writeOutput(files.front().text);
 }
 
-template <typename Action>
-auto orUnusable(Action&& action) {
-    try {
-        return action();
-    } catch (const HEXDataException& error) {
-        throw Failure(Unusable, error.what());
-    }
-}
-
 hdnt::author::Exported exported(const OpenedLibrary& opened, const Settings& settings,
                                 const hdnt::author::ExportOptions& options) {
     const OutputToError redirect;
-    return orUnusable([&] { return exportBlocks(*opened.library, settings.exportForm, options); });
+    return orUnusable([&] { return exportBlocks(*opened.library, settings.form, options); });
 }
 
 } // namespace
@@ -47,8 +38,10 @@ hdnt::author::Exported exported(const OpenedLibrary& opened, const Settings& set
 int runExport(const Settings& settings) {
     if (!settings.outputFile.empty() && !settings.splitFolder.empty())
         throw Failure(Unusable, "--output and --split exclude each other; see 'ntl export --help'");
-    orUnusable([&] { return hdnt::author::exportForm(settings.exportForm); }); // before a long load
+    orUnusable([&] { return hdnt::author::exportForm(settings.form); }); // before a long load
     enableByDefault(settings, "ntl.enableMapLib");
+    if (settings.form == "json" && !settings.library.empty())
+        enableByDefault(settings, "arch.enableTestFeatures"); // as print and diff have it
     const OpenedLibrary opened = openLibrary(settings);
     hdnt::author::ExportOptions options;
     options.withParents = opened.withParents;

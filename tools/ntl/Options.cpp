@@ -1,6 +1,6 @@
 #include "tools/ntl/Options.h"
 
-#include "author/exchange/exportBlocks.h"
+#include "author/exchange/importBlocks.h"
 #include "author/lint/nearestNames.h"
 #include "tools/ntl/Commands.h"
 #include "tools/ntl/Complete.h"
@@ -281,11 +281,16 @@ static CommandSpec guideCommand() {
             &runGuide};
 }
 
-static std::string exportFormsText() {
+static std::string formsText(const std::vector<hdnt::author::ExchangeForm>& forms) {
     std::string text;
-    for (const hdnt::author::ExportForm& form : hdnt::author::exportForms())
+    for (const hdnt::author::ExchangeForm& form : forms)
         text += std::string("\n") + form.name + ": " + form.summary + ".";
     return text;
+}
+
+static OptionSpec outputOption() {
+    return {"-o,--output", "FILE", "Write to FILE, all or nothing, instead of standard output.", &Settings::outputFile,
+            Completion::File};
 }
 
 static CommandSpec exportCommand() {
@@ -293,17 +298,29 @@ static CommandSpec exportCommand() {
             "write blocks for other tools",
             "Writes each BLOCK, or without BLOCK all blocks of the library, in a form that other tools read. What the "
             "form has nothing for is left out and said on standard error; the status is 1 then." +
-                exportFormsText(),
-            {{"FORM", "", "One of the forms.", &Settings::exportForm, Completion::Form, {}, true},
+                formsText(hdnt::author::exportForms()),
+            {{"FORM", "", "One of the forms.", &Settings::form, Completion::ExportForm, {}, true},
              blockArgument(false),
              libraryOption(),
              parentOption(),
              searchOption(),
-             {"-o,--output", "FILE", "Write to FILE, all or nothing, instead of standard output.",
-              &Settings::outputFile, Completion::File},
+             outputOption(),
              {"--split", "DIR", "Write a file for each block, or for each table of csv, into DIR.",
               &Settings::splitFolder, Completion::Directory}},
             &runExport};
+}
+
+static CommandSpec importCommand() {
+    return {
+        "import",
+        "write what other tools know of blocks as NTL",
+        "Writes what each FILE describes as one library. What cannot be taken over is left out and said on standard "
+        "error; the status is 1 then. The text reads back, but only check says whether it is right." +
+            formsText(hdnt::author::importForms()),
+        {{"FORM", "", "One of the forms.", &Settings::form, Completion::ImportForm, {}, true},
+         {"FILE", "", "File of that form; - for standard input.", &Settings::files, Completion::File, {}, true},
+         outputOption()},
+        &runImport};
 }
 
 static CommandSpec serveCommand() {
@@ -331,10 +348,10 @@ static CommandSpec helpCommand() {
 }
 
 const std::vector<CommandSpec>& commands() {
-    static const std::vector<CommandSpec> all = {checkCommand(),  lintCommand(),   listCommand(),    showCommand(),
-                                                 expandCommand(), printCommand(),  formatCommand(),  diffCommand(),
-                                                 guideCommand(),  exportCommand(), explainCommand(), serveCommand(),
-                                                 helpCommand()};
+    static const std::vector<CommandSpec> all = {checkCommand(),  lintCommand(),   listCommand(),   showCommand(),
+                                                 expandCommand(), printCommand(),  formatCommand(), diffCommand(),
+                                                 guideCommand(),  exportCommand(), importCommand(), explainCommand(),
+                                                 serveCommand(),  helpCommand()};
     return all;
 }
 

@@ -24,7 +24,8 @@ enum class Completion {
     RuleList,     ///< several, with commas
     RuleSeverity, ///< CODE=SEVERITY
     Code,         ///< any
-    Form,         ///< of exports
+    ExportForm,
+    ImportForm,
 };
 
 using Target =

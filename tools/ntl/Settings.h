@@ -64,7 +64,7 @@ struct Settings {
     std::string title;
     std::vector<std::string> architectures;
 
-    std::string exportForm;
+    std::string form;        ///< of what is exported or imported
     std::string outputFile;  ///< empty: standard output
     std::string splitFolder; ///< empty: one text
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hdnt/platform/HEX.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -21,5 +23,15 @@ public:
 private:
     Status status_;
 };
+
+/// What the library throws of bad input, as a failure with its text.
+template <typename Action>
+auto orUnusable(Action&& action) {
+    try {
+        return action();
+    } catch (const HEXDataException& error) {
+        throw Failure(Unusable, error.what());
+    }
+}
 
 } // namespace ntl
