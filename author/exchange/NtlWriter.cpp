@@ -64,7 +64,8 @@ std::vector<std::string> valueOptions(const JsonItem& property) {
     add("default", "default");
     const bool hasMaximum = values.empty() && (!property.has("hasMaximum") || property.isTrue("hasMaximum"));
     if (options.empty() && property["type"].text() == "bool") options.emplace_back("default = false");
-    if (options.empty()) options.push_back(property.isTrue("isSimulation") ? "simulation = true" : "simulation = false");
+    if (options.empty())
+        options.push_back(property.isTrue("isSimulation") ? "simulation = true" : "simulation = false");
     if (hasMaximum) add("maximum", "max");
     return options;
 }

@@ -84,7 +84,7 @@ void addProperties(const ExportedBlock& block, std::string& text, ExportNotes&) 
 
 } // namespace
 
-constinit const ExportTable blockTable = {"blocks", headOf<ofBlocks>, addBlock};
+constinit const ExportTable blockTable = {"blocks", headOf<ofBlocks>, addBlock, "", true};
 constinit const ExportTable pinTable = {"pins", headOf<ofPins>, addPins};
 constinit const ExportTable propertyTable = {"properties", headOf<ofProperties>, addProperties};
 

@@ -45,6 +45,15 @@ std::vector<HDNTBlock*> meantBlocks(const HDNTLibrary& library, const ExportOpti
     return blocks;
 }
 
+// What is wrong with a map library was reported.
+void loadMapping(HDNTBlock& block, ExportNotes& notes) {
+    try {
+        block.getNetlist(HDNTLibraryMgr::getLibraryMgr()->m_architecture);
+    } catch (const HEXDataException& error) {
+        notes.leftOut.push_back(platform::printable(block.getName() + ": mapping: " + error.what()));
+    }
+}
+
 } // namespace
 
 std::vector<ExchangeForm> exportForms() { return formsOf(formRows()); }
@@ -68,7 +77,9 @@ Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const
     ExportNotes notes;
     FileNames names;
     SourcePlaces places;
+    const bool hasMappings = std::ranges::any_of(row.tables, &ExportTable::hasMappings);
     for (HDNTBlock* block : meantBlocks(library, options)) {
+        if (hasMappings) loadMapping(*block, notes);
         const Json json = jsonOf(*block, places);
         if (isByBlock) begin(row.tables.front(), names.add(block->getName()) + extension);
         for (std::size_t i = 0; i < row.tables.size(); ++i)

@@ -41,8 +41,9 @@ struct Exported {
 };
 
 /// Writes blocks in a form, in the order in which the library has them. The same library gives the same bytes. Throws
-/// HEXDataException when there is no such form, or when it cannot be one text. Mappings are those that are attached.
-/// The loading thread's.
+/// HEXDataException when there is no such form, or when it cannot be one text. A form that tells of mappings loads
+/// those of map libraries, where the parameter "ntl.enableMapLib" is on; what is wrong with one is reported, and the
+/// block's mapping left out. The loading thread's.
 HDNT_API Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const ExportOptions& options = {});
 
 } // namespace hdnt::author

@@ -29,6 +29,7 @@ struct ExportTable {
     std::string (*head)(const HDNTLibrary& library);
     void (*add)(const ExportedBlock& block, std::string& text, ExportNotes& notes);
     const char* foot = "";
+    bool hasMappings = false; ///< whether it tells of them
 };
 
 extern const ExportTable blockTable, pinTable, propertyTable;

@@ -83,6 +83,6 @@ void addBlock(const ExportedBlock& block, std::string& text, ExportNotes& notes)
 
 } // namespace
 
-constinit const ExportTable libraryTable = {"json", head, addBlock, "\n]}\n"};
+constinit const ExportTable libraryTable = {"json", head, addBlock, "\n]}\n", true};
 
 } // namespace hdnt::author

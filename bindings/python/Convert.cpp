@@ -4,6 +4,8 @@
 #include "bindings/shared/Places.h"
 #include "hdnt/platform/HEX.h"
 
+#include <sys/stat.h>
+
 #include <new>
 #include <unordered_map>
 
@@ -100,6 +102,21 @@ py::object makeType(py::module_& module, const char* name, HDNTNodeKind kind, Py
 Handle* handleOf(py::handle object, PyTypeObject* type) {
     if (PyObject_TypeCheck(object.ptr(), type)) return reinterpret_cast<Handle*>(object.ptr());
     throw py::type_error("a " + std::string(type->tp_name) + " is wanted, not " + Py_TYPE(object.ptr())->tp_name);
+}
+
+std::string pathTextOf(const py::object& path) {
+    PyObject* bytes = nullptr;
+    if (!PyUnicode_FSConverter(path.ptr(), &bytes)) throw py::error_already_set();
+    const py::object owner = object(bytes);
+    return PyBytes_AS_STRING(bytes);
+}
+
+std::string pathOf(const py::object& path) {
+    struct stat status {};
+    std::string text = pathTextOf(path);
+    if (stat(text.c_str(), &status) == 0) return text;
+    PyErr_SetFromErrnoWithFilenameObject(PyExc_OSError, path.ptr());
+    throw py::error_already_set();
 }
 
 } // namespace hdnt::python

@@ -79,6 +79,10 @@ std::string textOf(py::handle text);
 
 /// A class of hdnt._data.
 py::object dataClass(const char* name);
+/// A path as the system has it. Throws TypeError for what is none.
+std::string pathTextOf(const py::object& path);
+/// The same of what is there. Throws OSError when nothing is.
+std::string pathOf(const py::object& path);
 
 // Fields of types: getters made of the model's own operations.
 

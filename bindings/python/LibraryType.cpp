@@ -12,9 +12,7 @@
 #include "hdnt/registry/registerCells.h"
 
 #include <pybind11/stl.h>
-#include <sys/stat.h>
 
-#include <cerrno>
 #include <optional>
 
 namespace hdnt::python {
@@ -140,22 +138,6 @@ void close(const py::object& self) {
     closeLibrary(library);
 }
 
-std::string pathTextOf(const py::object& path) {
-    PyObject* bytes = nullptr;
-    if (!PyUnicode_FSConverter(path.ptr(), &bytes)) throw py::error_already_set();
-    const py::object owner = object(bytes);
-    return PyBytes_AS_STRING(bytes);
-}
-
-// Of what is there.
-std::string pathOf(const py::object& path) {
-    struct stat status {};
-    std::string text = pathTextOf(path);
-    if (stat(text.c_str(), &status) == 0) return text;
-    PyErr_SetFromErrnoWithFilenameObject(PyExc_OSError, path.ptr());
-    throw py::error_already_set();
-}
-
 py::object load(const py::object& from, const py::object& above, bool check) {
     const std::string path = pathOf(from);
     std::optional<HandleInUse> parentUse;
@@ -186,31 +168,6 @@ py::object managed(HDNTLibrary* (*get)(), const char* name) {
         &warnings);
     if (!warnings.empty()) libraryAt(result)->state->warnings = diagnosticsOf(warnings);
     return result;
-}
-
-py::tuple lint(const py::object& self, bool thorough, size_t budget,
-               const std::optional<std::vector<std::string>>& architectures) {
-    const HandleInUse use(libraryAt(self));
-    LintOptions options;
-    options.isThorough = thorough;
-    options.budget = budget;
-    options.architectures = architectures;
-    return diagnosticsOf(scripts::lintOf(interpreterLock(), libraryOf(use), options));
-}
-
-size_t guide(const py::object& self, const py::object& folder, bool parents, const std::string& title,
-             const std::vector<std::string>& architectures, const py::object& older) {
-    const HandleInUse use(libraryAt(self));
-    author::GuideOptions options;
-    options.withParents = parents;
-    options.title = title;
-    options.architectures = architectures;
-    if (!older.is_none()) {
-        const HandleInUse before(libraryAt(older));
-        options.changes = {libraryOf(before).getName(),
-                           scripts::differencesOf(interpreterLock(), libraryOf(before), libraryOf(use))};
-    }
-    return scripts::writeGuide(interpreterLock(), libraryOf(use), pathTextOf(folder), options);
 }
 
 void releaseManaged() {
@@ -261,18 +218,6 @@ void addFunctions(py::module_& module) {
         [](const py::object& path) { hdnt::registerCells(pathOf(path)); }, py::arg("path"));
     define(module, "load", "Loads without Python warnings.", load, py::arg("path"), py::arg("parent") = py::none(),
            py::kw_only(), py::arg("check") = false);
-    define(
-        module, "lint",
-        "Tuple of what is wrong or doubtful in a library's own blocks and mappings. Without `thorough`, no mapping is "
-        "tried; `architectures` are those whose map libraries are judged, all of the configuration when it is None.",
-        lint, py::arg("library"), py::kw_only(), py::arg("thorough") = true, py::arg("budget") = LintOptions().budget,
-        py::arg("architectures") = py::none());
-    define(
-        module, "guide",
-        "Writes a library as pages into a folder, which is replaced as a whole; the number of pages. `parents` gives "
-        "the blocks of its parents pages, too, `compare` an older library whose changes are told.",
-        guide, py::arg("library"), py::arg("folder"), py::kw_only(), py::arg("parents") = false, py::arg("title") = "",
-        py::arg("architectures") = std::vector<std::string>(), py::arg("compare") = py::none());
     define(module, "common", "The common library, which belongs to the manager; loaded once.",
            [] { return managed(HDNTLibraryMgr::getCommonLibrary, "common"); });
     define(module, "simulation",

@@ -21,6 +21,7 @@ void addLibraryType(py::module_& module);
 void addTexts(py::module_& module);
 void addVisiting(py::module_& module);
 void addExpanding(py::module_& module);
+void addAuthoring(py::module_& module);
 
 /// A bool, float, str or int as a value for a property, which may be null; nothing for a number that is too large.
 /// Throws TypeError for anything else.

@@ -33,6 +33,7 @@ static void fill(py::module_& module) {
     addTexts(module);
     addVisiting(module);
     addExpanding(module);
+    addAuthoring(module);
     py::module_::import("atexit").attr("register")(py::cpp_function(beginEnd));
     Py_AtExit(forgetHandles);
 }

@@ -1,6 +1,5 @@
 #include "bindings/shared/LoadSection.h"
 
-#include "author/lint/Waivers.h"
 #include "bindings/shared/Places.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/loading/load.h"
@@ -67,9 +66,8 @@ static thread_local int readers = 0;
 
 Reading::Reading() { ++readers; }
 Reading::~Reading() { --readers; }
-void Reading::mustNotBe(const std::string& path) {
-    if (readers > 0)
-        throw std::runtime_error(path + ": no library is loaded over another one from a visitor or a function");
+void Reading::mustNotBe(const std::string& of, const char* what) {
+    if (readers > 0) throw std::runtime_error(of + ": " + what + " from a visitor or a function");
 }
 
 void Reading::mustNotAskMapLibrary(const HDNTBlock& block) {
@@ -89,7 +87,7 @@ HDNTNetlist* netlistOf(ScriptLock& lock, HDNTBlock& block, const std::string* ar
 
 std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check,
                                       std::vector<Diagnostic>& warnings) {
-    if (parent) Reading::mustNotBe(path);
+    if (parent) Reading::mustNotBe(path, "no library is loaded over another one");
     LoadOptions options;
     options.parent = parent;
     options.check = check || HPAParamMgr::getParamMgr()->getValueAsBool("ntl.enableDiagnostics");
@@ -97,27 +95,6 @@ std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* pare
     if (!loaded) throw LoadFailure(path, "the library has errors", std::move(loaded.diagnostics));
     warnings = std::move(loaded.diagnostics);
     return std::move(loaded.library);
-}
-
-std::vector<Diagnostic> lintOf(ScriptLock& lock, const HDNTLibrary& library, const LintOptions& options) {
-    if (readers > 0)
-        throw std::runtime_error(library.getName() + ": no library is judged from a visitor or a function");
-    std::vector<Diagnostic> said;
-    inSection(lock, LoadSection::Changes, library.getName(), [&] {
-        said = hdnt::lint(library, options);
-        author::applyWaivers(
-            said, {}, {author::today(), options.isThorough ? author::Judged::AllRules : author::Judged::QuickRules});
-    });
-    return said;
-}
-
-std::size_t writeGuide(ScriptLock& lock, const HDNTLibrary& library, const std::string& folder,
-                       const author::GuideOptions& options) {
-    if (readers > 0) throw std::runtime_error(library.getName() + ": no guide is written from a visitor or a function");
-    std::size_t pages = 0;
-    inSection(lock, LoadSection::Changes, library.getName(),
-              [&] { pages = author::writeGuide(library, folder, options).pages; });
-    return pages;
 }
 
 // Seen from the library, since the package may stand elsewhere.

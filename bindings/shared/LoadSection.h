@@ -1,7 +1,5 @@
 #pragma once
 
-#include "author/guide/guide.h"
-#include "author/lint/lint.h"
 #include "hdnt/diagnostics/Diagnostic.h"
 #include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/netlist/HDNTFunctionTable.h"
@@ -107,8 +105,8 @@ public:
     Reading();
     ~Reading();
     Reading(const Reading&) = delete;
-    /// Throws in a thread that reads.
-    static void mustNotBe(const std::string& path);
+    /// Throws runtime_error "OF: WHAT from a visitor or a function" in a thread that reads.
+    static void mustNotBe(const std::string& of, const char* what);
     /// The same where map libraries are in use: a mapping of one may replace what is being read.
     static void mustNotAskMapLibrary(const HDNTBlock& block);
 };
@@ -144,14 +142,6 @@ HDNTNetlist* netlistOf(ScriptLock& lock, HDNTBlock& block, const std::string* ar
 /// replaced. What is said of a good library goes to `warnings`.
 std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check,
                                       std::vector<Diagnostic>& warnings);
-
-/// What hdnt::lint says of a library, without what its text waives. In a section. Throws runtime_error while the thread
-/// is Reading, since map libraries may replace mappings.
-std::vector<Diagnostic> lintOf(ScriptLock& lock, const HDNTLibrary& library, const LintOptions& options);
-
-/// As author::writeGuide; the number of pages. As lintOf().
-std::size_t writeGuide(ScriptLock& lock, const HDNTLibrary& library, const std::string& folder,
-                       const author::GuideOptions& options);
 
 /// Where the command-line tool is, seen from the library; empty when that is not known.
 std::string toolPath();

@@ -1,5 +1,6 @@
 #include "bindings/shared/Parameters.h"
 #include "bindings/shared/Text.h"
+#include "bindings/tcl/Command.h"
 #include "bindings/tcl/Subcommand.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
@@ -63,39 +64,17 @@ Tcl_Obj* close(const Call& call) {
     return Tcl_NewObj();
 }
 
-// Commands of the package: what the words behind the name ask for.
-
-struct Command {
-    Session& session;
-    Tcl_Interp* interp;
-    int count;
-    Tcl_Obj* const* words;
-
-    int arguments() const { return count - 1; }
-    Tcl_Obj* argument(int index) const { return words[index + 1]; }
-    void check(int least, int most, const char* usage) const {
-        if (arguments() >= least && arguments() <= most) return;
-        Tcl_WrongNumArgs(interp, 1, words, usage);
-        throw ResultIsSet();
-    }
-};
+// Commands of the package.
 
 Tcl_Obj* load(const Command& command) {
-    static const char* const usage = "path ?-parent library? ?-check boolean?";
-    static const std::array<const char*, 3> options = {"-check", "-parent", nullptr};
-    command.check(1, 5, usage);
-    if (command.arguments() % 2 == 0) command.check(0, 0, usage);
+    static const std::array<const char*, 3> names = {"-check", "-parent", nullptr};
     bool check = false;
     std::optional<HandleInUse> below;
-    for (int i = 1; i < command.arguments(); i += 2) {
-        int which = 0;
-        if (Tcl_GetIndexFromObj(command.interp, command.argument(i), options.data(), "option", TCL_EXACT, &which) !=
-            TCL_OK)
-            throw ResultIsSet();
-        if (which == 0) check = boolOf(command.argument(i + 1));
-        else if (Tcl_GetCharLength(command.argument(i + 1)) == 0) below.reset();
-        else below.emplace(handleOf(command.session, command.argument(i + 1), HDNTNodeKind::Library));
-    }
+    command.options(1, names, "path ?-parent library? ?-check boolean?", [&](int which, Tcl_Obj* value) {
+        if (which == 0) check = boolOf(value);
+        else if (Tcl_GetCharLength(value) == 0) below.reset();
+        else below.emplace(handleOf(command.session, value, HDNTNodeKind::Library));
+    });
     const std::string path = pathOf(command.interp, command.argument(0));
     std::unique_ptr<HDNTLibrary> library;
     std::vector<Diagnostic> warnings;
@@ -152,58 +131,6 @@ Tcl_Obj* diff(const Command& command) {
     const HandleInUse before(handleOf(command.session, command.argument(0), kind));
     const HandleInUse after(handleOf(command.session, command.argument(1), kind));
     return differences(before, after);
-}
-
-Tcl_Obj* lint(const Command& command) {
-    static const char* const usage = "library ?-architectures list? ?-budget number? ?-thorough boolean?";
-    static const std::array<const char*, 4> names = {"-architectures", "-budget", "-thorough", nullptr};
-    command.check(1, 7, usage);
-    if (command.arguments() % 2 == 0) command.check(0, 0, usage);
-    LintOptions options;
-    std::vector<std::string> architectures;
-    for (int i = 1; i < command.arguments(); i += 2) {
-        int which = 0;
-        Tcl_Obj* const value = command.argument(i + 1);
-        if (Tcl_GetIndexFromObj(command.interp, command.argument(i), names.data(), "option", TCL_EXACT, &which) !=
-            TCL_OK)
-            throw ResultIsSet();
-        if (which == 2) options.isThorough = boolOf(value);
-        else if (which == 1) options.budget = static_cast<size_t>(std::max(intOf(value), 1));
-        else
-            for (Tcl_Obj* const name : wordsOf(command.interp, value)) architectures.push_back(textOf(name));
-        if (which == 0) options.architectures = architectures;
-    }
-    const HandleInUse use(handleOf(command.session, command.argument(0), HDNTNodeKind::Library));
-    return toTcl(scripts::lintOf(scriptLock(), *use.life()->library(), options));
-}
-
-Tcl_Obj* guide(const Command& command) {
-    static const char* const usage =
-        "library folder ?-architectures list? ?-compare library? ?-parents boolean? ?-title text?";
-    static const std::array<const char*, 5> names = {"-architectures", "-compare", "-parents", "-title", nullptr};
-    command.check(2, 10, usage);
-    if (command.arguments() % 2 == 1) command.check(0, 0, usage);
-    const HandleInUse use(handleOf(command.session, command.argument(0), HDNTNodeKind::Library));
-    const HDNTLibrary& library = *use.life()->library();
-    author::GuideOptions options;
-    for (int i = 2; i < command.arguments(); i += 2) {
-        int which = 0;
-        Tcl_Obj* const value = command.argument(i + 1);
-        if (Tcl_GetIndexFromObj(command.interp, command.argument(i), names.data(), "option", TCL_EXACT, &which) !=
-            TCL_OK)
-            throw ResultIsSet();
-        if (which == 0)
-            for (Tcl_Obj* const name : wordsOf(command.interp, value)) options.architectures.push_back(textOf(name));
-        if (which == 1) {
-            const HandleInUse before(handleOf(command.session, value, HDNTNodeKind::Library));
-            const HDNTLibrary& older = *before.life()->library();
-            options.changes = {older.getName(), scripts::differencesOf(scriptLock(), older, library)};
-        }
-        if (which == 2) options.withParents = boolOf(value);
-        if (which == 3) options.title = textOf(value);
-    }
-    const std::size_t pages = scripts::writeGuide(scriptLock(), library, textOf(command.argument(1)), options);
-    return Tcl_NewWideIntObj(static_cast<Tcl_WideInt>(pages));
 }
 
 Tcl_Obj* alive(const Command& command) {
@@ -297,21 +224,6 @@ Tcl_Obj* checkName(const Command& command) {
     throw DeadHandle(name.substr(begin, name.find_first_of("0123456789") - begin), name);
 }
 
-template <Tcl_Obj* (*Run)(const Command&)>
-int runCommand(ClientData, Tcl_Interp* interp, int count, Tcl_Obj* const words[]) {
-    Session* const found = Session::of(interp);
-    if (!found) return TCL_ERROR;
-    const std::shared_ptr<Session> session = found->shared_from_this();
-    Tcl_Preserve(interp);
-    const int status = guarded(interp, [&] {
-        const Locked lock;
-        return Run({*session, interp, count, words});
-    });
-    session->sweep();
-    Tcl_Release(interp);
-    return status;
-}
-
 } // namespace
 
 std::vector<Subcommand> librarySubcommands() {
@@ -335,16 +247,12 @@ std::vector<Subcommand> librarySubcommands() {
 }
 
 void addCommands(Tcl_Interp* interp) {
-    const auto add = [&](const char* name, Tcl_ObjCmdProc* run) {
-        Tcl_CreateObjCommand(interp, (std::string("::hdnt::") + name).c_str(), run, nullptr, nullptr);
-    };
+    const auto add = [&](const char* name, Tcl_ObjCmdProc* run) { addCommand(interp, name, run); };
     add("load", runCommand<load>);
     add("common", runCommand<common>);
     add("simulation", runCommand<simulation>);
     add("release", runCommand<release>);
     add("diff", runCommand<diff>);
-    add("lint", runCommand<lint>);
-    add("guide", runCommand<guide>);
     add("alive", runCommand<alive>);
     add("libraries", runCommand<libraries>);
     add("parameter", runCommand<parameter>);

@@ -58,6 +58,7 @@ Tcl_Obj* visit(const Call& call);
 Tcl_Obj* expand(const Call& call);
 /// The package's own commands.
 void addCommands(Tcl_Interp* interp);
+void addAuthoringCommands(Tcl_Interp* interp);
 void beginSession(Tcl_Interp* interp);
 
 /// The list of differences of two libraries or blocks.

@@ -5,5 +5,6 @@ extern "C" __attribute__((visibility("default"))) int Hdnt_Init(Tcl_Interp* inte
     if (!Tcl_InitStubs(interp, "8.6", 0)) return TCL_ERROR;
     hdnt::tcl::beginSession(interp);
     hdnt::tcl::addCommands(interp);
+    hdnt::tcl::addAuthoringCommands(interp);
     return TCL_OK;
 }

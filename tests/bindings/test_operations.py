@@ -287,6 +287,29 @@ class Operations(unittest.TestCase):
             hdnt.guide(self.library, mine)
         self.assertEqual(hdnt.guide(self.library, self.folder / "other", compare=self.library), pages + 1)
 
+    def test_export_and_import_as_the_tool_does(self):
+        exported = hdnt.export_blocks(self.library, "json")
+        self.assertEqual(exported, (tool("export", "json", "-l", self.path), None, ()))
+        document = self.folder / "exported.json"
+        document.write_text(exported.text)
+        back = self.folder / "back.btl"
+        back.write_text(hdnt.import_blocks("json", [document]).text)
+        self.assertEqual(self.library.diff(hdnt.load(back)), [])
+        split = hdnt.export_blocks(self.library, "csv", [self.block.name.lower()], split=True)
+        self.assertEqual((sorted(split.files), split.text), (["blocks.csv", "pins.csv", "properties.csv"], None))
+        self.assertEqual(split.files["blocks.csv"].count(self.block.name), 1)
+        document.write_text(exported.text.replace('"direction": "input"', '"direction": "in"'))
+        self.assertRegex(hdnt.import_blocks("json", [document]).left_out[0], '/blocks/0/buses/0/direction: "in" is none of')
+        for form, blocks, reason in ("jsn", [], "no form 'jsn'; did you mean json"), ("json", ["X"], "no block 'X'"), \
+                ("csv", [], "csv is several tables"):
+            with self.assertRaisesRegex(hdnt.Error, reason):
+                hdnt.export_blocks(self.library, form, blocks)
+        document.write_text("{")
+        with self.assertRaisesRegex(hdnt.Error, "is no JSON: parse error at line 1"):
+            hdnt.import_blocks("json", [document])
+        with self.assertRaises(FileNotFoundError):
+            hdnt.import_blocks("json", ["nowhere"])
+
     def test_diff_as_the_tool_does(self):
         changed = self.folder / "changed.btl"
         changed.write_text(TEXT.replace("max = 9", "max = 8").replace('pin "Q" output; property int', "property int"))

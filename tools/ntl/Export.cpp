@@ -30,6 +30,7 @@ void write(const Settings& settings, const std::vector<ExportedFile>& files) {
 hdnt::author::Exported exported(const OpenedLibrary& opened, const Settings& settings,
                                 const hdnt::author::ExportOptions& options) {
     const OutputToError redirect;
+    const WarningsShown shown;
     return orUnusable([&] { return exportBlocks(*opened.library, settings.form, options); });
 }
 
@@ -52,8 +53,6 @@ int runExport(const Settings& settings) {
         else status = Faulty;
     }
     if (options.blocks.empty() && status == Faulty) return status;
-    const bool hasNames = !options.blocks.empty();
-    if (!loadMappings(hasNames ? options.blocks : blocksOf(*opened.library, opened.withParents))) status = Faulty;
     const hdnt::author::Exported result = exported(opened, settings, options);
     write(settings, result.files);
     for (const std::string& one : result.leftOut) complain(one);

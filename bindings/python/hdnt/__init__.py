@@ -15,12 +15,12 @@ import warnings as _warnings
 
 from . import _hdnt, _views
 from ._data import (Branch, CheckResult, Connection, DeadObjectError, Diagnostic, Difference, Error, ExpandedCall,
-                    ExpandedInstance, ExpandedSignal, Expansion, Level, LoadError, LoadWarning, Location, Origin,
+                    ExpandedInstance, ExpandedSignal, Expansion, Exported, Imported, Level, LoadError, LoadWarning, Location, Origin,
                     Problem, PropertyValue, RelatedPlace)
 from ._hdnt import (Block, BlockAssign, BoolConstant, Bus, Call, Connect, DoubleConstant, Expression, Function, If,
                     Instance, IntConstant, Library, Netlist, Node, Operation, Pin, PinAssign, PinRef, Property, Signal,
                     Statements, StringConstant, View, add_search_directory, architecture, common, error_count,
-                    guide, lint, live_handles, parameter, register_cells, release, set_architecture, set_parameter, simulation)
+                    export_blocks, guide, import_blocks, lint, live_handles, parameter, register_cells, release, set_architecture, set_parameter, simulation)
 from ._hdnt import __version__
 from ._visitor import Visitor
 

@@ -13,6 +13,8 @@ from ._data import ExpandedCall as ExpandedCall
 from ._data import ExpandedInstance as ExpandedInstance
 from ._data import ExpandedSignal as ExpandedSignal
 from ._data import Expansion as Expansion
+from ._data import Exported as Exported
+from ._data import Imported as Imported
 from ._data import Level as Level
 from ._data import LoadError as LoadError
 from ._data import LoadWarning as LoadWarning
@@ -500,6 +502,15 @@ def guide(
     architectures: Sequence[str] = ...,
     compare: Library | None = ...,
 ) -> int: ...
+def export_blocks(
+    library: Library,
+    form: str,
+    blocks: Iterable[str] = ...,
+    *,
+    parents: bool = ...,
+    split: bool = ...,
+) -> Exported: ...
+def import_blocks(form: str, files: Iterable[str | PathLike[str]]) -> Imported: ...
 @overload
 def diff(old: Library, new: Library) -> list[Difference]: ...
 @overload

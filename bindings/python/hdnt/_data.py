@@ -1,5 +1,5 @@
 """Plain data that the package hands out, and its exceptions."""
-from typing import TYPE_CHECKING, Any, Iterable, NamedTuple, Optional, Tuple, Union
+from typing import TYPE_CHECKING, Any, Dict, Iterable, NamedTuple, Optional, Tuple, Union
 
 from ._words import Change, Code, Effect, Element, Facet, Section, Severity
 
@@ -115,6 +115,19 @@ class Difference(NamedTuple):
     new: str
     old_location: Optional[Location]
     new_location: Optional[Location]
+
+
+class Exported(NamedTuple):
+    """Blocks in a form that other tools read: one text, or the text of each file by its name; the other is None."""
+    text: Optional[str]
+    files: Optional[Dict[str, str]]
+    left_out: Tuple[str, ...]  # what the form has nothing for: "BLOCK: NAME: why"
+
+
+class Imported(NamedTuple):
+    """What other tools know of blocks, as NTL."""
+    text: str
+    left_out: Tuple[str, ...]  # what could not be taken over: "FILE: WHERE: why"
 
 
 class Origin(NamedTuple):
