@@ -1,4 +1,5 @@
 #include "author/exchange/NtlWriter.internal.h"
+#include "author/syntax/SyntaxTree.h"
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/model/Words.h"
 #include "hdnt/platform/Text.h"
@@ -145,6 +146,14 @@ std::string blockHead(const JsonItem& block) {
     return text;
 }
 
+// Which options a type has, and in what order, is for the language to say.
+std::string readable(const JsonItem& item, const std::string& declaration) {
+    SyntaxTree tree;
+    if (!tree.read("library \"\" { block \"\" {\n" + declaration + "} }\n")) item.refuse(tree.refusal().reason);
+    if (!tree.messages().empty()) item.refuse(tree.messages().front().text);
+    return declaration;
+}
+
 } // namespace
 
 std::string ntlName(const JsonItem& item) { return quoted(item, item.text()); }
@@ -164,7 +173,7 @@ std::string ntlProperty(const JsonItem& property) {
     };
     add("units", "units");
     add(property.json().contains("declaredDescription") ? "declaredDescription" : "description", "description");
-    return declared + " { " + joined(options, ", ") + " }\n";
+    return readable(property, declared + " { " + joined(options, ", ") + " }\n");
 }
 
 template <typename Action>

@@ -31,11 +31,14 @@ const std::string& expression(const JsonItem& item) {
     return item.text();
 }
 
+void requireNoInversion(const JsonItem& pin) {
+    if (pin.text().starts_with('~')) pin.refuse("begins with \"~\", which would invert it");
+}
+
 std::string pinTexts(const JsonItem& pins) {
     std::string texts;
     pins.forEach([&](const JsonItem& pin) {
-        const std::string& name = pin["pin"].text();
-        if (name.starts_with('~')) pin["pin"].refuse("begins with \"~\", which would invert it: set isInverted");
+        if (!pin.isTrue("isInverted")) requireNoInversion(pin["pin"]);
         texts += texts.empty() ? "" : ", ";
         if (pin.has("instance")) texts += ntlName(pin["instance"]) + " ";
         texts += ntlName(pin["pin"]).insert(1, pin.isTrue("isInverted") ? "~" : "");
@@ -56,6 +59,7 @@ std::string connectText(const JsonItem& connect) {
 
 std::string assignText(const JsonItem& assign) {
     const bool isOfPin = assign["kind"].text() == "pinProperty";
+    if (isOfPin) requireNoInversion(assign["pin"]);
     return std::string("assign ") + (isOfPin ? "pin" : "block") + " property " + ntlName(assign["instance"]) + " " +
            (isOfPin ? ntlName(assign["pin"]) + ", " : "") + ntlName(assign["property"]) + " " +
            expression(assign["value"]);

@@ -238,6 +238,7 @@ REFUSED = [
     ("/blocks/0/buses/0/range/0", -1, "/blocks/0/buses/0/range/0: a whole number from 0 to 2147483647 is due"),
     ("/blocks/0/properties/0/default", "8'b1", "/blocks/0/properties/0/default: \"8'b1\" is no constant such as 8'h0"),
     ("/blocks/0/properties/0/type", "int", "/blocks/0/properties/0/default: a whole number from -2147483648 to 2147483647 is due"),
+    ("/blocks/0/properties/0/precision", 3, "/blocks/0/properties/0: 'precision' is no option of this property"),
     ("/blocks/0/netlist/statements/0/branches/0/condition", "1) { } if (2",
      '/blocks/0/netlist/statements/0/branches/0/condition: "1) { } if (2" is no expression of NTL'),
     ("/blocks/0/netlist/statements/0/branches/0/then/kind", "wish",

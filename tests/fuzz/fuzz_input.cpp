@@ -1,8 +1,6 @@
 // Reading of possibly compressed files: a text within its limits, or a reason.
 #include "hdnt/platform/InputFile.h"
-
-#include <sys/mman.h>
-#include <unistd.h>
+#include "tests/support/MemoryFile.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -11,26 +9,6 @@
 #include <string_view>
 
 namespace {
-
-class MemoryFile {
-public:
-    explicit MemoryFile(std::string_view bytes) : descriptor_(memfd_create("input", MFD_CLOEXEC)) {
-        require(descriptor_ >= 0, "memfd_create");
-        require(write(descriptor_, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()), "write");
-    }
-    ~MemoryFile() { close(descriptor_); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-    std::string path() const { return std::string("/proc/self/fd/").append(std::to_string(descriptor_)); }
-
-private:
-    static void require(bool ok, const char* what) {
-        if (ok) return;
-        std::perror(what);
-        std::exit(3);
-    }
-    int descriptor_;
-};
 
 bool looksPacked(std::string_view bytes) {
     using namespace std::literals;
@@ -56,7 +34,7 @@ void require(bool ok, const char* what) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    const MemoryFile file(bytes);
+    const support::MemoryFile file(bytes);
     hdnt::platform::InputLimits limits;
     limits.maxBytes = std::size_t{1} << 20;
     limits.ratioFloor = std::size_t{1} << 16;
