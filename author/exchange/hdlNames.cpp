@@ -91,4 +91,9 @@ std::string vhdlExtendedName(std::string_view name) {
     return extended + "\\";
 }
 
+std::string unescapedVerilogName(std::string_view name) {
+    const std::string shown = verilogName(name);
+    return shown.front() == '\\' ? shown.substr(1, shown.size() - 2) : shown;
+}
+
 } // namespace hdnt::author

@@ -15,4 +15,7 @@ std::string vhdlName(std::string_view name);
 /// An extended identifier in any case.
 std::string vhdlExtendedName(std::string_view name);
 
+/// A name of Verilog as its readers know it: without the escape.
+std::string unescapedVerilogName(std::string_view name);
+
 } // namespace hdnt::author

@@ -42,9 +42,13 @@ std::string factsOf(const Json& bus) {
                    bus["isTest"].get<bool>() ? "for tests" : ""});
 }
 
-bool isParameter(const Json& property) {
+bool isSettable(const Json& property) {
     const auto is = [&](const char* flag) { return property[flag].get<bool>(); };
-    return is("foundByName") && !is("isReadOnly") && !is("isHidden") && !is("isSimulation") && !is("isTest");
+    return is("foundByName") && !is("isReadOnly") && !is("isHidden");
+}
+
+bool isParameter(const Json& property) {
+    return isSettable(property) && !property["isSimulation"].get<bool>() && !property["isTest"].get<bool>();
 }
 
 std::string parameterFactsOf(const Json& property) {

@@ -30,6 +30,8 @@ bool isPort(const Json& bus);
 std::string factsOf(const Json& bus);
 /// Whether designs have it to set.
 bool isParameter(const Json& property);
+/// The same, with those that only simulations and tests set.
+bool isSettable(const Json& property);
 /// What values it takes.
 std::string parameterFactsOf(const Json& property);
 

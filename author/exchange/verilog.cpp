@@ -27,12 +27,6 @@ std::string attributesOf(const HdlPort& port) {
     return text.empty() ? "" : "(* " + text + " *) ";
 }
 
-// Simulations and tests of a design set those that are meant for them.
-bool isSettable(const Json& property) {
-    const auto is = [&](const char* flag) { return property[flag].get<bool>(); };
-    return is("foundByName") && !is("isReadOnly") && !is("isHidden");
-}
-
 std::string typeOf(const Json& property) {
     if (!property["bitWidth"].is_null()) return "[" + std::to_string(property["bitWidth"].get<int>() - 1) + ":0] ";
     if (property["type"] == "bool") return "[0:0] ";

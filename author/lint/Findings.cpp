@@ -15,9 +15,12 @@ static std::string filledIn(std::string_view wording, std::span<const std::strin
     return text;
 }
 
-Diagnostic finding(LintCode code, Place place, std::span<const std::string> arguments) {
-    const DiagnosticRule& rule = lintRules()[static_cast<std::size_t>(code)];
+Diagnostic finding(const DiagnosticRule& rule, Place place, std::span<const std::string> arguments) {
     return {rule.severity, std::string(rule.name), std::move(place), filledIn(rule.wording, arguments), {}, {}};
+}
+
+Diagnostic finding(LintCode code, Place place, std::span<const std::string> arguments) {
+    return finding(lintRules()[static_cast<std::size_t>(code)], std::move(place), arguments);
 }
 
 void Findings::add(LintCode code, const HDNTNode& node, const std::vector<std::string>& arguments) {

@@ -17,6 +17,7 @@ class HDNTNode;
 namespace hdnt::author {
 
 /// A finding of a rule, its wording filled with the arguments.
+Diagnostic finding(const DiagnosticRule& rule, Place place, std::span<const std::string> arguments);
 Diagnostic finding(LintCode code, Place place, std::span<const std::string> arguments);
 
 /// What judges collect.

@@ -115,8 +115,7 @@ static Json jsonOf(const CheckResult& result) {
     return json;
 }
 
-std::string jsonDocument(const std::vector<CheckResult>& results, int exitStatus) {
-    Json json = jsonHead("check");
+std::string jsonDocument(Json json, const std::vector<CheckResult>& results, int exitStatus) {
     json["exitStatus"] = exitStatus;
     json["inputs"] = Json::array();
     for (const CheckResult& result : results) json["inputs"].push_back(jsonOf(result));

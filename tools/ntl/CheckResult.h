@@ -2,6 +2,7 @@
 
 #include "author/judge/judge.h"
 #include "hdnt/diagnostics/Diagnostic.h"
+#include "tools/ntl/Json.h"
 #include "tools/ntl/Settings.h"
 #include "tools/ntl/Status.h"
 
@@ -39,7 +40,7 @@ std::string faultLines(const CheckResult& result, size_t most);
 std::string textLine(const CheckResult& result);
 /// "1,000 libraries: 3 with errors, 12 warnings"
 std::string sumLine(size_t libraries, size_t failed, size_t warnings);
-std::string jsonDocument(const std::vector<CheckResult>& results, int exitStatus);
+std::string jsonDocument(Json head, const std::vector<CheckResult>& results, int exitStatus);
 std::string sarifDocument(const std::vector<CheckResult>& results);
 /// A line for each error, warning and note, by place.
 std::string shortLines(const CheckResult& result);

@@ -61,6 +61,23 @@ static std::uintmax_t sizeOf(const std::vector<Input>& inputs) {
     return sum;
 }
 
+bool fails(CheckResult& result, const Settings& settings) {
+    const bool failed = hasFailed(result, allWarningsAreErrors(settings));
+    if (failed && result.status == Fine)
+        result.reason =
+            result.input + ": " + counted(countOf(result.warnings, hdnt::Severity::warning), "warning") + " (--werror)";
+    return failed;
+}
+
+void write(const CheckResult& result, bool failed, const Settings& settings) {
+    if (settings.format == "short") return writeOutput(shortLines(result));
+    std::string lines = faultLines(result, static_cast<size_t>(settings.mostErrors));
+    for (const hdnt::Diagnostic& warning : result.warnings) lines += warningLine(warning);
+    writeError(lines);
+    if (failed) complain(result.reason);
+    else if (settings.format == "text" && !settings.quiet) writeOutput(textLine(result));
+}
+
 Checker::Checker(const Settings& settings, Judge judge)
     : settings_(settings), judge_(std::move(judge)), baselines_(settings), inputs_(inputsOf(settings)),
       isText_(settings.format == "text"), isShort_(settings.format == "short"), totalSize_(sizeOf(inputs_)),
@@ -158,7 +175,7 @@ int Checker::finish() {
     baselines_.finish();
     if (isText_ && !settings_.quiet && inputs_.size() > 1 && !settings_.inputs.empty())
         writeOutput(sumLine(inputs_.size(), failed_, warnings_));
-    if (settings_.format == "json") writeOutput(jsonDocument(results_, status_));
+    if (settings_.format == "json") writeOutput(jsonDocument(jsonHead("check"), results_, status_));
     if (settings_.format == "sarif") writeOutput(sarifDocument(results_));
     return status_;
 }
@@ -181,10 +198,7 @@ void Checker::take(size_t i, const WorkerResult& worker) {
     if (result.parentFailed) result.reason = result.input + ": parent library: " + result.reason;
     errorFree_ = errorFree_ && (result.status == Fine || result.isLoaded);
     baselines_.take(result);
-    const bool failed = hasFailed(result, allWarningsAreErrors(settings_));
-    if (failed && result.status == Fine)
-        result.reason =
-            result.input + ": " + counted(countOf(result.warnings, hdnt::Severity::warning), "warning") + " (--werror)";
+    const bool failed = fails(result, settings_);
     if (failed) ++failed_;
     warnings_ += countOf(result.warnings, hdnt::Severity::warning);
     status_ = std::max<int>(status_, failed ? std::max(result.status, Faulty) : Fine);
@@ -194,12 +208,7 @@ void Checker::take(size_t i, const WorkerResult& worker) {
 
 void Checker::write(const CheckResult& result, bool failed) {
     progress_.clear();
-    if (isShort_) return writeOutput(shortLines(result));
-    std::string lines = faultLines(result, static_cast<size_t>(settings_.mostErrors));
-    for (const hdnt::Diagnostic& warning : result.warnings) lines += warningLine(warning);
-    writeError(lines);
-    if (failed) complain(result.reason);
-    else if (isText_ && !settings_.quiet) writeOutput(textLine(result));
+    ntl::write(result, failed, settings_);
 }
 
 void Checker::writeDepfile() const {

@@ -27,6 +27,11 @@ struct Input {
 /// Those of the command line; without any, the shipped libraries.
 std::vector<Input> inputsOf(const Settings& settings);
 
+/// Whether the input fails; when by --werror alone, the result gets that for its reason.
+bool fails(CheckResult& result, const Settings& settings);
+/// Says what has become of an input, in the forms of output that have something for each.
+void write(const CheckResult& result, bool failed, const Settings& settings);
+
 /// Judges inputs, each in a process of its own, and writes what comes of it, in the order of the inputs.
 class Checker {
 public:

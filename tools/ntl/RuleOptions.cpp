@@ -9,29 +9,35 @@
 
 namespace ntl {
 
+std::vector<OptionSpec> severityOptions() {
+    return {{"--rule", "CODE",
+             "Say only what has this code, and errors of the text. May be repeated; 'ntl lint --list-rules' lists the "
+             "codes.",
+             &Settings::onlyRules, Completion::Rule},
+            {"--no-rule", "CODE", "Say nothing that has this code. May be repeated.", &Settings::rulesOff,
+             Completion::Rule},
+            {"--severity", "CODE=SEVERITY",
+             "Say what has this code as error, warning or note, or not at all: off. May be repeated.",
+             &Settings::severities, Completion::RuleSeverity},
+            {"--werror",
+             "CODE,...",
+             "Let warnings count as errors: all, or with codes behind '=' those that have one of them.",
+             &Settings::warningsAreErrors,
+             Completion::RuleList,
+             {},
+             false,
+             true}};
+}
+
 std::vector<OptionSpec> ruleOptions() {
-    return {
-        {"--rule", "CODE",
-         "Say only what has this code, and errors of the text. May be repeated; 'ntl lint --list-rules' lists the "
-         "codes.",
-         &Settings::onlyRules, Completion::Rule},
-        {"--no-rule", "CODE", "Say nothing that has this code. May be repeated.", &Settings::rulesOff,
-         Completion::Rule},
-        {"--severity", "CODE=SEVERITY",
-         "Say what has this code as error, warning or note, or not at all: off. May be repeated.",
-         &Settings::severities, Completion::RuleSeverity},
+    std::vector<OptionSpec> options = severityOptions();
+    const std::vector<OptionSpec> more = {
         {"--no-project", "", "Read no file .ntl.cfg of a project.", &Settings::noProject},
         {"--baseline", "FILE", "Say nothing of the findings that are in FILE.", &Settings::baseline, Completion::File},
         {"--write-baseline", "FILE", "Write the findings to FILE instead of saying them.", &Settings::newBaseline,
-         Completion::File},
-        {"--werror",
-         "CODE,...",
-         "Let warnings count as errors: all, or with codes behind '=' those that have one of them.",
-         &Settings::warningsAreErrors,
-         Completion::RuleList,
-         {},
-         false,
-         true}};
+         Completion::File}};
+    options.insert(options.end(), more.begin(), more.end());
+    return options;
 }
 
 // What --werror gives without an argument.

@@ -9,6 +9,8 @@
 
 namespace ntl {
 
+/// The options that say by code what is said, and how severely.
+std::vector<OptionSpec> severityOptions();
 /// The options of check and lint that say which findings count, and how much.
 std::vector<OptionSpec> ruleOptions();
 /// What --rule, --no-rule, --severity and --werror with codes say. Throws Failure(Unusable) for what is refused.
