@@ -3,6 +3,7 @@
 // Everything for programs that serve those who write libraries.
 #include "author/exchange/ChangeWords.h"
 #include "author/exchange/blocks.h"
+#include "author/exchange/compareModels.h"
 #include "author/exchange/exportBlocks.h"
 #include "author/exchange/importBlocks.h"
 #include "author/expansion/ExpansionGraph.h"

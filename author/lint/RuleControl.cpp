@@ -1,5 +1,6 @@
 #include "author/lint/RuleControl.h"
 
+#include "author/exchange/compareModels.h"
 #include "author/lint/lint.h"
 #include "author/lint/nearestNames.h"
 
@@ -17,7 +18,8 @@ std::string refusalOfCode(std::string_view code) {
 bool isAlwaysError(std::string_view code) {
     const DiagnosticRule* const rule = findRule(code);
     const auto isIt = [&](const DiagnosticRule& one) { return &one == rule; };
-    return rule && rule->severity == Severity::error && std::ranges::none_of(lintRules(), isIt);
+    return rule && rule->severity == Severity::error && std::ranges::none_of(lintRules(), isIt) &&
+           std::ranges::none_of(modelRules(), isIt);
 }
 
 } // namespace

@@ -14,8 +14,8 @@
 namespace hdnt::author {
 
 /// Which rules speak, and how severely. What the library reports as an error, and faults of syntax, are always said and
-/// always errors; everything else can be turned off, raised and lowered: rules of lint, also those that are errors, and
-/// the library's warnings.
+/// always errors; everything else can be turned off, raised and lowered: rules of lint, also those that are errors, the
+/// library's warnings, and differences of models.
 ///
 /// The operations that take a code return why it is refused, in a line without a full stop; empty when it was taken. A
 /// code that there is not is refused with those near to it. Reads: any thread.

@@ -1,3 +1,4 @@
+#include "author/exchange/compareModels.h"
 #include "author/lint/Findings.internal.h"
 #include "author/lint/LintRows.internal.h"
 #include "author/syntax/SyntaxCode.h"
@@ -31,9 +32,12 @@ std::vector<RuleGroup> ruleGroups() {
             (rule.severity == Severity::error ? errors : losses).rules.push_back(&rule);
     RuleGroup syntax{"Errors of syntax", false, {}};
     for (const DiagnosticRule& rule : syntaxRules()) syntax.rules.push_back(&rule);
+    RuleGroup models{"Simulation models", false, {}};
+    for (const DiagnosticRule& rule : modelRules()) models.rules.push_back(&rule);
     return {std::move(errors),
             std::move(syntax),
             std::move(losses),
+            std::move(models),
             lintGroup("Declarations", declarationRows()),
             lintGroup("References of mappings", referenceRows()),
             lintGroup("By trying mappings", trialRows()),

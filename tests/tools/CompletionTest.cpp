@@ -91,8 +91,8 @@ TEST_F(CompletionTest, WhatMayStandThere) {
         {{"explain", "syntax-er"}, {"syntax-error"}},
         {{"lint", "--rule", "syntax-er"}, {}},
         {{},
-         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "guide", "export", "import", "explain",
-          "serve", "help"}},
+         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "guide", "export", "import",
+          "compare-models", "explain", "serve", "help"}},
         {{"export", "csv-p"}, {"csv-pins", "csv-properties"}},
     };
     for (const auto& each : cases) {
@@ -109,7 +109,8 @@ TEST_F(CompletionTest, WhatMayStandThere) {
 
 // Every option that --help names is offered, and nothing of the completion is in the help.
 TEST_F(CompletionTest, AllOptions) {
-    for (const char* const command : {"check", "lint", "list", "show", "expand", "print", "format", "diff", "export"}) {
+    for (const char* const command :
+         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "export", "compare-models"}) {
         const Words offered = complete({command, "-"});
         const std::string help = ntl.run({command, "--help"}).out;
         EXPECT_EQ(help.find("--complete"), help.npos);

@@ -107,8 +107,8 @@ TEST_F(UsageTest, HelpAndVersion) {
     EXPECT_EQ(ntl.run({"--version"}).out.find("ntl "), 0U);
     const Outcome help = ntl.run({"--help"});
     EXPECT_EQ(help.status, 0);
-    for (const char* const command :
-         {"check", "lint", "list", "show", "expand", "print", "format", "diff", "explain", "serve", "help"}) {
+    for (const char* const command : {"check", "lint", "list", "show", "expand", "print", "format", "diff",
+                                      "compare-models", "explain", "serve", "help"}) {
         EXPECT_NE(help.out.find(std::string("\n  ") + command + " "), std::string::npos);
         const Outcome own = ntl.run({command, "--help"});
         EXPECT_EQ(own.status, 0);
@@ -156,7 +156,8 @@ TEST_F(UsageTest, HelpNeedsNoData) {
 
 TEST_F(UsageTest, PagesKnowEveryOption) {
     std::set<std::string> wanted;
-    for (const char* const command : {"check", "list", "show", "expand", "print", "format", "diff", "help"})
+    for (const char* const command :
+         {"check", "list", "show", "expand", "print", "format", "diff", "compare-models", "help"})
         wanted.merge(longOptions(ntl.run({command, "--help"}).out));
     wanted.merge(longOptions(ntl.run({"--help"}).out));
     const std::string page = std::regex_replace(readFile(NTL_GENERATED_DIR "/ntl.1"), std::regex("\\\\-"), "-");

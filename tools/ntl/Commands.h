@@ -15,6 +15,7 @@ int runExpand(const Settings& settings);
 int runPrint(const Settings& settings);
 int runDiff(const Settings& settings);
 int runFormat(const Settings& settings);
+int runCompareModels(const Settings& settings);
 int runExport(const Settings& settings);
 int runGuide(const Settings& settings);
 int runImport(const Settings& settings);

@@ -68,17 +68,25 @@ static OptionSpec blockArgument(bool isRequired) {
 
 static OptionSpec jsonOption() { return {"--json", "", "Write JSON.", &Settings::json}; }
 
+static OptionSpec formatOption() {
+    return {"--format",
+            "FORMAT",
+            "Form of standard output: text; short, which has a line for each error, warning and note; json or sarif.",
+            &Settings::format,
+            Completion::None,
+            {"text", "short", "json", "sarif"}};
+}
+
+static OptionSpec quietOption() {
+    return {"-q,--quiet", "", "Write nothing of inputs that are in order, and no sum.", &Settings::quiet};
+}
+
 static std::vector<OptionSpec> checkOptions() {
     std::vector<OptionSpec> options = {
         {"INPUT", "", "File or folder of .btl files; - for standard input.", &Settings::inputs, Completion::Library},
         searchOption(),
         {"-j,--jobs", "N", "Check up to N inputs at once; 0: as many as there are processors.", &Settings::jobs},
-        {"--format",
-         "FORMAT",
-         "Form of standard output: text; short, which has a line for each error, warning and note; json or sarif.",
-         &Settings::format,
-         Completion::None,
-         {"text", "short", "json", "sarif"}},
+        formatOption(),
         {"--max-errors", "N",
          "Say up to N errors of an input in lines of the tool's own, beside the library's reports; 0: all. Without it "
          "20. Of standard error alone.",
@@ -87,7 +95,7 @@ static std::vector<OptionSpec> checkOptions() {
          &Settings::depfile, Completion::File},
         {"--deptarget", "NAME", "What depends on the files in the rules of --depfile; without it, FILE itself.",
          &Settings::depTarget, Completion::File},
-        {"-q,--quiet", "", "Write nothing of inputs that are in order, and no sum.", &Settings::quiet},
+        quietOption(),
         {"--root", "DIR", "Refuse INCLUDE and INLINE files that are not below DIR.", &Settings::rootFolder,
          Completion::Directory},
         parentOption()};
@@ -323,6 +331,37 @@ static CommandSpec importCommand() {
         &runImport};
 }
 
+static CommandSpec compareModelsCommand() {
+    std::vector<OptionSpec> options = {
+        {"FILE",
+         "",
+         "File of Verilog, or of SystemVerilog when it ends in .sv; - for standard input.",
+         &Settings::files,
+         Completion::File,
+         {},
+         true},
+        libraryOption(),
+        parentOption(),
+        {"-I,--include", "DIR", "Look for the files that FILE or the library include in DIR, too. May be repeated.",
+         &Settings::searchDirectories, Completion::Directory},
+        {"--all", "", "Each block of the library has to have a model.", &Settings::allBlocks},
+        formatOption(),
+        quietOption()};
+    const std::vector<OptionSpec> severities = severityOptions();
+    options.insert(options.end(), severities.begin(), severities.end());
+    return {"compare-models",
+            "hold simulation models against a library",
+            "Compares ports and parameters of each module in FILE with the block of its name, as 'ntl export verilog' "
+            "would write it: what is missing or too much, and other directions, ranges, types, widths and defaults. "
+            "Each difference is said with its place in the model and in the library.\n"
+            "FILE is read by yosys, which has to be installed. Bodies of modules are not read. The status is 0 without "
+            "differences, 1 with some, and 2 when a FILE cannot be read.",
+            std::move(options),
+            &runCompareModels,
+            true,
+            false};
+}
+
 static CommandSpec serveCommand() {
     return {
         "serve",
@@ -348,10 +387,10 @@ static CommandSpec helpCommand() {
 }
 
 const std::vector<CommandSpec>& commands() {
-    static const std::vector<CommandSpec> all = {checkCommand(),  lintCommand(),   listCommand(),   showCommand(),
-                                                 expandCommand(), printCommand(),  formatCommand(), diffCommand(),
-                                                 guideCommand(),  exportCommand(), importCommand(), explainCommand(),
-                                                 serveCommand(),  helpCommand()};
+    static const std::vector<CommandSpec> all = {
+        checkCommand(),  lintCommand(),          listCommand(),    showCommand(),  expandCommand(),
+        printCommand(),  formatCommand(),        diffCommand(),    guideCommand(), exportCommand(),
+        importCommand(), compareModelsCommand(), explainCommand(), serveCommand(), helpCommand()};
     return all;
 }
 
