@@ -134,8 +134,15 @@ std::string functionText(const JsonItem& function) {
            joined(formals, ", ") + ");\n";
 }
 
+// As comments on lines of their own.
+std::string remarksText(const JsonItem& item) {
+    std::string text;
+    item.forEach("remarks", [&](const JsonItem& remark) { text += "// " + platform::printable(remark.text()) + "\n"; });
+    return text;
+}
+
 std::string blockHead(const JsonItem& block) {
-    std::string text = "\nblock " + ntlName(block["name"]) + " {\n";
+    std::string text = "\n" + remarksText(block) + "block " + ntlName(block["name"]) + " {\n";
     if (block.isTrue("isInternal")) text += "internal = true;\n";
     if (block.isTrue("isTest")) text += "test = true;\n";
     if (block.has("maturity")) {
@@ -173,7 +180,7 @@ std::string ntlProperty(const JsonItem& property) {
     };
     add("units", "units");
     add(property.json().contains("declaredDescription") ? "declaredDescription" : "description", "description");
-    return readable(property, declared + " { " + joined(options, ", ") + " }\n");
+    return remarksText(property) + readable(property, declared + " { " + joined(options, ", ") + " }\n");
 }
 
 template <typename Action>

@@ -7,7 +7,8 @@
 
 namespace hdnt::author {
 
-/// NTL of what JSON says of a library, with the keys of jsonOf(HDNTBlock&) and of the form "json". Not laid out.
+/// NTL of what JSON says of a library, with the keys of jsonOf(HDNTBlock&) and of the form "json".
+/// Blocks and properties may have `remarks`, lines of a comment above them. Not laid out.
 class NtlWriter {
 public:
     /// Throws JsonRefusal when there is nothing to go on with. What is wrong inside is left out and goes to refusals().

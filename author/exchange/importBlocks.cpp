@@ -2,6 +2,7 @@
 
 #include "author/exchange/forms.internal.h"
 #include "author/exchange/importForms.internal.h"
+#include "author/format/HDNTFormatter.h"
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/platform/InputFile.h"
 
@@ -17,6 +18,7 @@ struct FormRow {
 const std::vector<FormRow>& formRows() {
     static const std::vector<FormRow> rows = {
         {{"json", "json", "a library as ntl export json writes it"}, importJson},
+        {{"verilog", "v", "heads of modules, a start for authors; yosys has to be installed"}, importVerilog},
     };
     return rows;
 }
@@ -32,6 +34,13 @@ std::string fileText(const std::string& file) {
     if (!platform::readInput(file, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, text, reason))
         throw HEXDataException(file + ": cannot be read: " + reason);
     return text;
+}
+
+std::string laidOut(const std::string& file, const std::string& text) {
+    std::string result;
+    HDNTFormatProblem problem;
+    if (!HDNTFormatter::format(text, result, problem)) throw HEXDataException(file + ": " + problem.reason);
+    return result;
 }
 
 Imported importBlocks(const std::string& form, const std::vector<std::string>& files) {

@@ -2,7 +2,6 @@
 // are passed over.
 #include "author/exchange/NtlWriter.internal.h"
 #include "author/exchange/importForms.internal.h"
-#include "author/format/HDNTFormatter.h"
 #include "hdnt/platform/HEX.h"
 
 namespace hdnt::author {
@@ -22,13 +21,6 @@ void requireForm(const JsonItem& document) {
     if (!document.has("format") || document["format"].json() != "hdnt-library")
         document.refuse("is no library: its \"format\" is not \"hdnt-library\"");
     if (document["version"].json() != 1) document["version"].refuse("is not 1, which is all that is known here");
-}
-
-std::string laidOut(const std::string& file, const std::string& text) {
-    std::string result;
-    HDNTFormatProblem problem;
-    if (!HDNTFormatter::format(text, result, problem)) throw HEXDataException(file + ": " + problem.reason);
-    return result;
 }
 
 } // namespace

@@ -308,6 +308,15 @@ def check_json(folder):
     assert said.returncode == 1 and b"plain: bytes that are no UTF-8 are written as U+FFFD\n" in said.stderr, said
 
 
+def check(is_missing, action):
+    """Runs it in a folder of its own, unless its reader is not installed."""
+    if is_missing:
+        print("a reader is not installed")
+        sys.exit(77)
+    with tempfile.TemporaryDirectory() as temporary:
+        action(temporary)
+
+
 def is_missing():
     """Whether a reader is not installed."""
     if FORM == "json":
@@ -315,8 +324,5 @@ def is_missing():
     return FORM == "verilog" and not shutil.which("yosys")
 
 
-if is_missing():
-    print("a reader is not installed")
-    sys.exit(77)
-with tempfile.TemporaryDirectory() as temporary:
-    {"csv": check_csv, "json": check_json, "verilog": check_verilog}[FORM](temporary)
+if __name__ == "__main__":
+    check(is_missing(), {"csv": check_csv, "json": check_json, "verilog": check_verilog}[FORM])
