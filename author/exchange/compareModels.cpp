@@ -200,13 +200,13 @@ public:
         return file;
     }
 
-    void count(bool isComplete, ModelComparison& comparison) {
+    void count(bool withMissing, ModelComparison& comparison) {
         const std::string& architecture = HDNTLibraryMgr::getLibraryMgr()->m_architecture;
         for (HDNTBlock* block : blocksOf(library_, false)) {
             if (!architecture.empty() && !isInArchitecture(*block, architecture)) continue;
             ++comparison.ownBlocks;
             if (modelled_.contains(block)) ++comparison.modelled;
-            else if (isComplete) comparison.missing.push_back(missing(*block));
+            else if (withMissing) comparison.missing.push_back(missing(*block));
         }
     }
 
@@ -234,7 +234,7 @@ ModelComparison compareModels(const HDNTLibrary& library, const std::vector<std:
     Comparison comparison(library);
     ModelComparison result;
     for (const std::string& file : files) result.files.push_back(comparison.judge(file, options.searchDirectories));
-    comparison.count(options.isComplete, result);
+    comparison.count(options.withMissing, result);
     return result;
 }
 

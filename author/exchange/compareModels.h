@@ -36,7 +36,7 @@ HDNT_API const DiagnosticRule& modelRule(ModelCode code);
 struct ModelOptions {
     /// For what files include, behind the folder that they are in.
     std::vector<std::string> searchDirectories = {};
-    bool isComplete = false; ///< each own block of the library has to have a model
+    bool withMissing = false; ///< each own block of the library has to have a model
 };
 
 struct ModelFile {

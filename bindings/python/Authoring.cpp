@@ -67,10 +67,20 @@ py::object exportBlocks(const py::object& self, const std::string& form, const p
     return dataClass("Exported")(text, split ? py::object(files) : py::none(), tupleOf(exported.leftOut));
 }
 
-py::object importBlocks(const std::string& form, const py::iterable& files) {
+std::vector<std::string> pathsOf(const py::iterable& files) {
     std::vector<std::string> paths;
     for (const py::handle file : files) paths.push_back(pathOf(py::reinterpret_borrow<py::object>(file)));
-    const author::Imported imported = scripts::importBlocks(interpreterLock(), form, paths);
+    return paths;
+}
+
+py::tuple compareModels(const py::object& self, const py::iterable& files, const py::iterable& include, bool missing) {
+    const HandleInUse use(libraryAt(self));
+    return diagnosticsOf(
+        scripts::compareModels(interpreterLock(), libraryOf(use), pathsOf(files), {pathsOf(include), missing}));
+}
+
+py::object importBlocks(const std::string& form, const py::iterable& files) {
+    const author::Imported imported = scripts::importBlocks(interpreterLock(), form, pathsOf(files));
     return dataClass("Imported")(textObject(imported.text), tupleOf(imported.leftOut));
 }
 
@@ -94,6 +104,13 @@ void addAuthoring(py::module_& module) {
            "Exported. With `split`, a file for each block or table.",
            exportBlocks, py::arg("library"), py::arg("form"), py::arg("blocks") = py::tuple(), py::kw_only(),
            py::arg("parents") = false, py::arg("split") = false);
+    define(
+        module, "compare_models",
+        "What differs between modules in Verilog files and the blocks of a library that have their names: a tuple of "
+        "Diagnostic. `include` are directories for what files include; with `missing`, each block has to have a "
+        "model.",
+        compareModels, py::arg("library"), py::arg("files"), py::kw_only(), py::arg("include") = py::tuple(),
+        py::arg("missing") = false);
     define(module, "import_blocks", "What files in a form describe, as NTL: an Imported. Nothing is loaded.",
            importBlocks, py::arg("form"), py::arg("files"));
 }

@@ -41,6 +41,19 @@ author::Exported exportBlocks(ScriptLock& lock, const HDNTLibrary& library, cons
     return exported;
 }
 
+std::vector<Diagnostic> compareModels(ScriptLock& lock, const HDNTLibrary& library,
+                                      const std::vector<std::string>& files, const author::ModelOptions& options) {
+    Reading::mustNotBe(library.getName(), "no models are compared");
+    std::vector<Diagnostic> findings;
+    inSection(lock, LoadSection::Changes, library.getName(), [&] {
+        const author::ModelComparison comparison = author::compareModels(library, files, options);
+        for (const author::ModelFile& file : comparison.files)
+            findings.insert(findings.end(), file.findings.begin(), file.findings.end());
+        findings.insert(findings.end(), comparison.missing.begin(), comparison.missing.end());
+    });
+    return findings;
+}
+
 author::Imported importBlocks(ScriptLock& lock, const std::string& form, const std::vector<std::string>& files) {
     author::Imported imported;
     inSection(lock, LoadSection::Quiet, form, [&] { imported = author::importBlocks(form, files); });

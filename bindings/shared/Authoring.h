@@ -1,5 +1,6 @@
 #pragma once
 
+#include "author/exchange/compareModels.h"
 #include "author/exchange/importBlocks.h"
 #include "author/guide/guide.h"
 #include "author/lint/lint.h"
@@ -27,6 +28,10 @@ struct ExportRequest {
 };
 /// As author::exportBlocks. Throws HEXDataException for a form or block that does not exist.
 author::Exported exportBlocks(ScriptLock& lock, const HDNTLibrary& library, const ExportRequest& request);
+
+/// As author::compareModels: what was found in the files, in their order, then blocks that have no model.
+std::vector<Diagnostic> compareModels(ScriptLock& lock, const HDNTLibrary& library,
+                                      const std::vector<std::string>& files, const author::ModelOptions& options);
 
 /// As author::importBlocks.
 author::Imported importBlocks(ScriptLock& lock, const std::string& form, const std::vector<std::string>& files);

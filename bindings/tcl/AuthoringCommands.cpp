@@ -75,12 +75,29 @@ Tcl_Obj* exportBlocks(const Command& command) {
                      .obj());
 }
 
+std::vector<std::string> pathsOf(const Command& command, Tcl_Obj* list) {
+    std::vector<std::string> paths;
+    for (Tcl_Obj* const path : wordsOf(command.interp, list)) paths.push_back(pathOf(command.interp, path));
+    return paths;
+}
+
+Tcl_Obj* compareModels(const Command& command) {
+    static const std::array<const char*, 3> names = {"-include", "-missing", nullptr};
+    author::ModelOptions options;
+    command.options(2, names, "library files ?-include directories? ?-missing boolean?",
+                    [&](int which, Tcl_Obj* value) {
+                        if (which == 1) options.withMissing = boolOf(value);
+                        if (which == 0) options.searchDirectories = pathsOf(command, value);
+                    });
+    const HandleInUse use(handleOf(command.session, command.argument(0), HDNTNodeKind::Library));
+    return toTcl(
+        scripts::compareModels(scriptLock(), *use.life()->library(), pathsOf(command, command.argument(1)), options));
+}
+
 Tcl_Obj* importBlocks(const Command& command) {
     command.check(2, 2, "form files");
-    std::vector<std::string> files;
-    for (Tcl_Obj* const file : wordsOf(command.interp, command.argument(1)))
-        files.push_back(pathOf(command.interp, file));
-    const author::Imported imported = scripts::importBlocks(scriptLock(), textOf(command.argument(0)), files);
+    const author::Imported imported =
+        scripts::importBlocks(scriptLock(), textOf(command.argument(0)), pathsOf(command, command.argument(1)));
     return toTcl(Dict().put("text", imported.text).put("left_out", imported.leftOut).obj());
 }
 
@@ -89,6 +106,7 @@ Tcl_Obj* importBlocks(const Command& command) {
 void addAuthoringCommands(Tcl_Interp* interp) {
     addCommand(interp, "lint", runCommand<lint>);
     addCommand(interp, "guide", runCommand<guide>);
+    addCommand(interp, "compare_models", runCommand<compareModels>);
     addCommand(interp, "export_blocks", runCommand<exportBlocks>);
     addCommand(interp, "import_blocks", runCommand<importBlocks>);
 }

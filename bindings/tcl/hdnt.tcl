@@ -1,6 +1,6 @@
 # The package hdnt: libraries of cell primitives, as they are described in NTL. See docs/scripting.md.
 namespace eval ::hdnt {
-    namespace export load common simulation release check check_all diff export_blocks guide import_blocks lint alive libraries parameter architecture \
+    namespace export load common simulation release check check_all compare_models diff export_blocks guide import_blocks lint alive libraries parameter architecture \
         add_search_directory register_cells error_count live_handles
     namespace ensemble create
 }

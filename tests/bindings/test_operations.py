@@ -5,6 +5,7 @@ import json
 import os
 import pathlib
 import pickle
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -309,6 +310,16 @@ class Operations(unittest.TestCase):
             hdnt.import_blocks("json", [document])
         with self.assertRaises(FileNotFoundError):
             hdnt.import_blocks("json", ["nowhere"])
+
+    @unittest.skipUnless(shutil.which("yosys"), "no yosys")
+    def test_compare_models_as_the_tool_does(self):
+        model = self.folder / "model.v"
+        model.write_text(hdnt.export_blocks(self.library, "verilog", [self.block.name]).text.replace("input ", "output "))
+        found = hdnt.compare_models(self.library, [model], missing=True)
+        said = json.loads(tool("compare-models", model, "-l", self.path, "--missing", "--format", "json"))["inputs"]
+        self.assertEqual([(d.code, d.line, d.message) for d in found],
+                         [(d["code"], d["location"]["line"], d["message"]) for one in said for d in one["diagnostics"]])
+        self.assertIn("port-direction", {d.code for d in found})
 
     def test_diff_as_the_tool_does(self):
         changed = self.folder / "changed.btl"

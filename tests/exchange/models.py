@@ -165,7 +165,7 @@ def check_including(folder):
     os.makedirs(os.path.join(folder, "in here"))
     written(os.path.join(folder, "in here", "wide.vh"), "parameter WIDE = 1;\n")
     model = written(os.path.join(folder, "in here", "other.v"), 'module OTHER(input A);\n`include "wide.vh"\nendmodule\n')
-    status, document = compared("-l", library, "--all", model)
+    status, document = compared("-l", library, "--missing", model)
     found = document["inputs"][0]["diagnostics"][0]
     assert found["code"] == "extra-parameter" and found["location"]["file"].endswith("in here/wide.vh"), found
     assert [one["message"] for one in document["inputs"][1]["diagnostics"]] == ["block QUEUE has no model"]

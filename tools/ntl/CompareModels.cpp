@@ -20,7 +20,7 @@ ModelComparison comparisonOf(const OpenedLibrary& opened, const Settings& settin
     for (const std::string& name : settings.files) files.push_back(pathOfInput(name));
     const OutputToError redirect;
     return orUnusable([&] {
-        return hdnt::author::compareModels(*opened.library, files, {settings.searchDirectories, settings.allBlocks});
+        return hdnt::author::compareModels(*opened.library, files, {settings.searchDirectories, settings.withMissing});
     });
 }
 
@@ -45,7 +45,7 @@ std::vector<CheckResult> resultsOf(const ModelComparison& comparison, const std:
         results.back().status = Unusable;
         results.back().reason = settings.files[i] + ": cannot be read";
     }
-    if (settings.allBlocks) results.push_back(resultOf(library, comparison.ownBlocks, comparison.missing, settings));
+    if (settings.withMissing) results.push_back(resultOf(library, comparison.ownBlocks, comparison.missing, settings));
     return results;
 }
 

@@ -12,7 +12,8 @@ namespace ntl {
 int runImport(const Settings& settings) {
     std::vector<std::string> files = settings.files;
     std::ranges::replace(files, "-", "/dev/stdin");
-    const hdnt::author::Imported imported = orUnusable([&] { return hdnt::author::importBlocks(settings.form, files); });
+    const hdnt::author::Imported imported =
+        orUnusable([&] { return hdnt::author::importBlocks(settings.form, files); });
     if (settings.outputFile.empty()) writeOutput(imported.text);
     else writeWholeFile(settings.outputFile, imported.text);
     for (const std::string& one : imported.leftOut) complain(one);

@@ -344,7 +344,7 @@ static CommandSpec compareModelsCommand() {
         parentOption(),
         {"-I,--include", "DIR", "Look for the files that FILE or the library include in DIR, too. May be repeated.",
          &Settings::searchDirectories, Completion::Directory},
-        {"--all", "", "Each block of the library has to have a model.", &Settings::allBlocks},
+        {"--missing", "", "Each block of the library has to have a model.", &Settings::withMissing},
         formatOption(),
         quietOption()};
     const std::vector<OptionSpec> severities = severityOptions();

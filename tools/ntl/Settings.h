@@ -46,6 +46,7 @@ struct Settings {
     std::vector<std::string> connectedPins;
     bool deep = false;
     bool allBlocks = false;
+    bool withMissing = false; ///< whether each block has to have a model
     std::string expansionFormat = "ntl";
 
     std::vector<std::string> files; ///< "-": standard input

@@ -20,7 +20,7 @@ from ._data import (Branch, CheckResult, Connection, DeadObjectError, Diagnostic
 from ._hdnt import (Block, BlockAssign, BoolConstant, Bus, Call, Connect, DoubleConstant, Expression, Function, If,
                     Instance, IntConstant, Library, Netlist, Node, Operation, Pin, PinAssign, PinRef, Property, Signal,
                     Statements, StringConstant, View, add_search_directory, architecture, common, error_count,
-                    export_blocks, guide, import_blocks, lint, live_handles, parameter, register_cells, release, set_architecture, set_parameter, simulation)
+                    compare_models, export_blocks, guide, import_blocks, lint, live_handles, parameter, register_cells, release, set_architecture, set_parameter, simulation)
 from ._hdnt import __version__
 from ._visitor import Visitor
 

@@ -510,6 +510,13 @@ def export_blocks(
     parents: bool = ...,
     split: bool = ...,
 ) -> Exported: ...
+def compare_models(
+    library: Library,
+    files: Iterable[str | PathLike[str]],
+    *,
+    include: Iterable[str | PathLike[str]] = ...,
+    missing: bool = ...,
+) -> tuple[Diagnostic, ...]: ...
 def import_blocks(form: str, files: Iterable[str | PathLike[str]]) -> Imported: ...
 @overload
 def diff(old: Library, new: Library) -> list[Difference]: ...
