@@ -63,9 +63,9 @@ std::string rowOf(const Columns& columns, const Json& json) {
     return lineOf(cells);
 }
 
-using Head = std::string (*)(const HDNTLibrary&);
+using Head = std::string (*)(const ExportNotes&);
 template <const Columns& (*columns)()>
-constexpr Head headOf = [](const HDNTLibrary&) { return lineOf(columns()); };
+constexpr Head headOf = [](const ExportNotes&) { return lineOf(columns()); };
 
 void addBlock(const ExportedBlock& block, std::string& text, ExportNotes&) { text += rowOf(ofBlocks(), block.json); }
 

@@ -1,11 +1,14 @@
 #include "author/exchange/exportBlocks.h"
 
+#include "author/exchange/BlockWords.h"
 #include "author/exchange/blocks.h"
 #include "author/exchange/exportForms.internal.h"
 #include "author/exchange/fileNames.internal.h"
 #include "author/exchange/forms.internal.h"
+#include "author/exchange/hdlNames.internal.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
+#include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
 
 #include <algorithm>
@@ -29,6 +32,7 @@ const std::vector<FormRow>& formRows() {
         {{"csv-properties", "csv", "a table with a row for each property of blocks and pins"}, {propertyTable}},
         {{"json", "json", "everything, also for ntl import"}, {libraryTable}},
         {{"verilog", "v", "black-box modules for synthesis and simulation"}, {verilogTable}},
+        {{"vhdl", "vhd", "a package of component declarations"}, {vhdlTable}},
     };
     return rows;
 }
@@ -54,6 +58,39 @@ void loadMapping(HDNTBlock& block, ExportNotes& notes) {
     }
 }
 
+std::vector<ExportedFile> filesOfBlocks(const std::vector<HDNTBlock*>& blocks, const ExportTable& table,
+                                        const std::string& extension, ExportNotes& notes) {
+    std::vector<ExportedFile> files;
+    FileNames names;
+    SourcePlaces places;
+    for (HDNTBlock* block : blocks) {
+        if (table.hasMappings) loadMapping(*block, notes);
+        notes.block = block->getName();
+        notes.renamed.clear();
+        const Json json = jsonOf(*block, places);
+        std::string text;
+        table.add({*block, json}, text, notes);
+        files.push_back({names.add(block->getName()) + extension, table.whole(text, notes)});
+    }
+    return files;
+}
+
+std::vector<ExportedFile> filesOfTables(const std::vector<HDNTBlock*>& blocks, const std::vector<ExportTable>& tables,
+                                        const std::string& extension, ExportNotes& notes) {
+    std::vector<ExportedFile> files;
+    files.reserve(tables.size());
+    for (const ExportTable& table : tables) files.push_back({tables.size() > 1 ? table.name + extension : "", ""});
+    SourcePlaces places;
+    const bool hasMappings = std::ranges::any_of(tables, &ExportTable::hasMappings);
+    for (HDNTBlock* block : blocks) {
+        if (hasMappings) loadMapping(*block, notes);
+        const Json json = jsonOf(*block, places);
+        for (std::size_t i = 0; i < tables.size(); ++i) tables[i].add({*block, json}, files[i].text, notes);
+    }
+    for (std::size_t i = 0; i < files.size(); ++i) files[i].text = tables[i].whole(files[i].text, notes);
+    return files;
+}
+
 } // namespace
 
 std::vector<ExchangeForm> exportForms() { return formsOf(formRows()); }
@@ -66,27 +103,34 @@ Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const
     if (hasTables && !options.isSplit)
         throw HEXDataException(form + " is several tables: name a folder for them, or one of them, as in " + form +
                                "-" + row.tables.front().name);
+    const std::vector<HDNTBlock*> blocks = meantBlocks(library, options);
     const std::string extension = std::string(".") + row.form.extension;
-    const bool isByBlock = options.isSplit && !hasTables;
-    std::vector<ExportedFile> files;
-    const auto begin = [&](const ExportTable& table, const std::string& name) {
-        files.push_back({name, table.head(library)});
-    };
-    if (!isByBlock)
-        for (const ExportTable& table : row.tables) begin(table, hasTables ? table.name + extension : "");
-    ExportNotes notes;
-    FileNames names;
-    SourcePlaces places;
-    const bool hasMappings = std::ranges::any_of(row.tables, &ExportTable::hasMappings);
-    for (HDNTBlock* block : meantBlocks(library, options)) {
-        if (hasMappings) loadMapping(*block, notes);
-        const Json json = jsonOf(*block, places);
-        if (isByBlock) begin(row.tables.front(), names.add(block->getName()) + extension);
-        for (std::size_t i = 0; i < row.tables.size(); ++i)
-            row.tables[i].add({*block, json}, isByBlock ? files.back().text : files[i].text, notes);
-    }
-    for (std::size_t i = 0; i < files.size(); ++i) files[i].text += row.tables[isByBlock ? 0 : i].foot;
+    ExportNotes notes{library};
+    std::vector<ExportedFile> files = options.isSplit && !hasTables
+                                          ? filesOfBlocks(blocks, row.tables.front(), extension, notes)
+                                          : filesOfTables(blocks, row.tables, extension, notes);
     return {std::move(files), std::move(notes.leftOut)};
+}
+
+void ExportNotes::leaveOut(const Json& block, const std::vector<std::string>& what) {
+    for (const std::string& one : what) leftOut.push_back(platform::printable(words::cell(block["name"])) + ": " + one);
+}
+
+bool ExportNotes::take(const Json& block, const std::string& shown, const std::string& kind) {
+    const bool isNew = modules.insert(shown).second;
+    if (!isNew) leaveOut(block, {platform::printable(shown) + " is the name of another " + kind});
+    return isNew;
+}
+
+void ExportNotes::rename(const std::string& where, const std::string& name, const std::string& shown) {
+    if (shown != name) renamed.push_back(asciiOf(where + name, "*") + " is " + shown);
+}
+
+std::string ExportNotes::renamedText(const std::string& before, const std::string& behind) const {
+    if (renamed.empty()) return {};
+    std::string text = before + "Names that are not as the library has them:" + behind + "\n";
+    for (const std::string& line : renamed) text.append(before).append("    ").append(line).append(behind).append("\n");
+    return text;
 }
 
 } // namespace hdnt::author

@@ -40,6 +40,9 @@ constexpr std::string_view vhdlWords =
     "record register reject release rem report restrict restrict_guarantee return rol ror select sequence "
     "severity shared signal sla sll sra srl strong subtype then to transport type unaffected units until "
     "use variable vmode vprop vunit wait when while with xnor xor ";
+constexpr std::string_view vhdlDeclared =
+    " bit_vector boolean character false ieee integer real std std_logic std_logic_1164 std_logic_vector string true "
+    "work ";
 
 bool isAmong(std::string_view words, std::string_view name) {
     return words.find(" " + std::string(name) + " ") != std::string_view::npos;
@@ -48,17 +51,20 @@ bool isAmong(std::string_view words, std::string_view name) {
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool isLetterOrDigit(char c) { return isLetter(c) || (c >= '0' && c <= '9'); }
 
-// Characters of `others`, and all but printed ASCII, as \xNN.
-std::string without(std::string_view others, std::string_view name) {
+// Characters of `others`, and all but printed ASCII, in hexadecimal digits.
+std::string without(std::string_view others, std::string_view name, const char* before = "\\x",
+                    const char* behind = "") {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string shown;
     for (const char c : name) {
         const auto byte = static_cast<unsigned char>(c);
         if (c >= ' ' && c <= '~' && others.find(c) == std::string_view::npos) shown += c;
-        else ((shown += "\\x") += digits[byte / 16]) += digits[byte % 16];
+        else (((shown += before) += digits[byte / 16]) += digits[byte % 16]) += behind;
     }
-    return shown.empty() ? "unnamed" : shown;
+    return shown;
 }
+
+std::string_view orUnnamed(std::string_view name) { return name.empty() ? "unnamed" : name; }
 
 bool isPlainVerilog(std::string_view name) {
     const auto isInside = [](char c) { return isLetterOrDigit(c) || c == '_' || c == '$'; };
@@ -67,27 +73,28 @@ bool isPlainVerilog(std::string_view name) {
 }
 
 bool isPlainVhdl(std::string_view name) {
+    const std::string lower = HSTStringUtils::to_lower_copy(std::string(name));
     const auto isInside = [](char c) { return isLetterOrDigit(c) || c == '_'; };
     return !name.empty() && isLetter(name[0]) && name.back() != '_' && name.find("__") == std::string_view::npos &&
-           std::ranges::all_of(name, isInside) && !isAmong(vhdlWords, HSTStringUtils::to_lower_copy(name));
+           std::ranges::all_of(name, isInside) && !isAmong(vhdlWords, lower) && !isAmong(vhdlDeclared, lower);
 }
 
 } // namespace
 
 std::string verilogName(std::string_view name) {
     if (isPlainVerilog(name)) return std::string(name);
-    const std::string shown = without(" `", name); // some readers look for macros inside of names, too
+    const std::string shown = without(" `", orUnnamed(name)); // some readers look for macros inside of names, too
     return isPlainVerilog(shown) ? shown : "\\" + shown + " ";
 }
 
 std::string vhdlName(std::string_view name) {
-    if (isPlainVhdl(name)) return std::string(name);
-    return name.empty() ? without("", name) : vhdlExtendedName(name);
+    const std::string_view shown = orUnnamed(name);
+    return isPlainVhdl(shown) ? std::string(shown) : vhdlExtendedName(shown);
 }
 
 std::string vhdlExtendedName(std::string_view name) {
     std::string extended = "\\";
-    for (const char c : without("", name)) extended.append(c == '\\' ? 2 : 1, c);
+    for (const char c : asciiOf(orUnnamed(name))) extended.append(c == '\\' ? 2 : 1, c);
     return extended + "\\";
 }
 
@@ -95,5 +102,13 @@ std::string unescapedVerilogName(std::string_view name) {
     const std::string shown = verilogName(name);
     return shown.front() == '\\' ? shown.substr(1, shown.size() - 2) : shown;
 }
+
+std::string libertyName(std::string_view name) {
+    const std::string_view first = name.starts_with('$') ? "$" : "";
+    return without(first, name.substr(0, first.size()), "_x", "_") +
+           without(" `*\"\\[]", orUnnamed(name).substr(first.size()), "_x", "_");
+}
+
+std::string asciiOf(std::string_view text, std::string_view others) { return without(others, text); }
 
 } // namespace hdnt::author

@@ -1,6 +1,8 @@
 #include "author/exchange/BlockWords.h"
+#include "author/exchange/hdlNames.internal.h"
 #include "author/exchange/hdlShape.internal.h"
 #include "author/exchange/hdlValues.internal.h"
+#include "hdnt/platform/HSTStringUtils.h"
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
@@ -128,6 +130,48 @@ void HdlShape::addPort(const Json& bus) {
 void HdlShape::addParameter(const Json& property) {
     if (hasHdlDefault(property)) parameters.push_back(&property);
     else notes.push_back(printable(cell(property["name"])) + ": no default; " + parameterFactsOf(property));
+}
+
+void HdlShape::keepDistinct(const std::function<std::string(const std::string&)>& nameOf) {
+    std::set<std::string> names;
+    const auto isTaken = [&](const std::string& name) {
+        const std::string shown = nameOf(name);
+        if (names.insert(shown).second) return false;
+        notes.push_back(printable(name) + ": " + printable(shown) + " is the name of another port or parameter");
+        return true;
+    };
+    std::erase_if(ports, [&](const HdlPort& port) { return isTaken(port.name); });
+    std::erase_if(parameters, [&](const Json* property) { return isTaken(cell((*property)["name"])); });
+}
+
+std::vector<std::string> unsettableNotes(const Json& block) {
+    std::vector<std::string> notes;
+    for (const Json& property : block["properties"]) {
+        if (isSettable(property)) continue;
+        const char* reason = property["isReadOnly"].get<bool>() ? "read-only, no parameter" : "hidden, no parameter";
+        if (!property["foundByName"].get<bool>()) reason = "declared before";
+        notes.push_back(printable(cell(property["name"])) + ": " + reason);
+    }
+    return notes;
+}
+
+std::string vhdlModeAndType(const HdlPort& port) {
+    static const std::map<std::string, std::string> modes = {{"input", "in"}, {"output", "out"}, {"bidir", "inout"}};
+    const bool isUpwards = port.range && port.range->first < port.range->second;
+    return modes.at(cell(port.direction())) + " std_logic" +
+           port.bounds("_vector(", isUpwards ? " to " : " downto ", ")");
+}
+
+VhdlNaming::VhdlNaming(const HdlShape& shape) {
+    for (const HdlPort& port : shape.ports) add(port.name);
+    for (const Json* property : shape.parameters) add(cell((*property)["name"]));
+}
+
+void VhdlNaming::add(const std::string& name) { names_[HSTStringUtils::to_lower_copy(vhdlName(name))].insert(name); }
+
+std::string VhdlNaming::of(const std::string& name) const {
+    const std::string shown = vhdlName(name);
+    return names_.at(HSTStringUtils::to_lower_copy(shown)).size() > 1 ? vhdlExtendedName(name) : shown;
 }
 
 } // namespace hdnt::author

@@ -2,7 +2,10 @@
 
 #include "author/exchange/BlockJson.h"
 
+#include <functional>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -59,9 +62,31 @@ struct HdlShape {
     std::vector<const Json*> parameters;
     std::vector<std::string> notes; ///< "NAME: why it is left out"
 
+    /// Leaves out what would have the name of another in a language where ports, which come first, and parameters share
+    /// one space of names.
+    void keepDistinct(const std::function<std::string(const std::string& name)>& nameOf);
+
 private:
     void addPort(const Json& bus);
     void addParameter(const Json& property);
+};
+
+/// Why properties that are not settable are left out, as notes.
+std::vector<std::string> unsettableNotes(const Json& block);
+
+/// "in std_logic", "out std_logic_vector(7 downto 0)".
+std::string vhdlModeAndType(const HdlPort& port);
+
+/// Names of VHDL for all generics and ports of a block: those that differ in case alone are extended.
+class VhdlNaming {
+public:
+    explicit VhdlNaming(const HdlShape& shape);
+    std::string of(const std::string& name) const;
+
+private:
+    void add(const std::string& name);
+
+    std::map<std::string, std::set<std::string>> names_; ///< by what they are in small letters
 };
 
 } // namespace hdnt::author

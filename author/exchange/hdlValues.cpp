@@ -1,6 +1,7 @@
 #include "author/exchange/BlockWords.h"
 #include "author/exchange/hdlValues.internal.h"
 #include "hdnt/platform/BitText.h"
+#include "hdnt/platform/HSTStringUtils.h"
 #include "hdnt/platform/HUTConvert.h"
 #include "hdnt/platform/Text.h"
 
@@ -14,6 +15,8 @@ namespace {
 using words::cell;
 
 bool isHex(const Json& property) { return property["type"] == "bithex"; }
+
+bool isInfinite(const Json& value) { return value.is_number_float() && !std::isfinite(value.get<double>()); }
 
 // With digits on both sides of a point, as both languages want them.
 std::string realText(double value) {
@@ -54,10 +57,13 @@ std::string vhdlBits(const Json& property) {
 
 bool hasHdlDefault(const Json& property) {
     const Json& value = property["default"];
-    if (value.is_null() || !property["defaultRefusal"].is_null()) return false;
-    if (value.is_number_float()) return std::isfinite(value.get<double>());
+    if (value.is_null() || !property["defaultRefusal"].is_null() || isInfinite(value)) return false;
     return property["bitWidth"].is_null() ||
            (property["bitWidth"] > 0 && platform::BitText::of(cell(property["defaultDigits"]), isHex(property)));
+}
+
+bool hasHdlBound(const Json& property, const std::string& which) {
+    return property["has" + which] == true && !isInfinite(property[HSTStringUtils::to_lower_copy(which)]);
 }
 
 std::string verilogString(const std::string& text) {
@@ -85,9 +91,13 @@ std::string verilogValue(const Json& property, const Json& value) {
 std::string vhdlDefault(const Json& property) {
     const Json& value = property["default"];
     if (!property["bitWidth"].is_null()) return vhdlBits(property);
+    return value.is_string() ? vhdlString(cell(value)) : vhdlValue(value);
+}
+
+std::string vhdlValue(const Json& value) {
     if (value.is_boolean()) return value.get<bool>() ? "TRUE" : "FALSE";
     if (value.is_number_float()) return realText(value.get<double>());
-    return value.is_string() ? vhdlString(cell(value)) : cell(value);
+    return cell(value);
 }
 
 } // namespace hdnt::author

@@ -9,6 +9,8 @@ namespace hdnt::author {
 
 /// Whether there is a default that the property allows, and that can be written.
 bool hasHdlDefault(const Json& property);
+/// Whether the property declares its "Minimum" or "Maximum", and it can be written.
+bool hasHdlBound(const Json& property, const std::string& which);
 
 // Of one with such a default.
 /// Bit vectors as 8'h48, truth as 1'b1, texts with escapes for what is not printed ASCII.
@@ -20,5 +22,7 @@ std::string verilogString(const std::string& text);
 /// Bit vectors as X"48" where their width is a multiple of four, else as B"1"; texts with character'val(N) for what is
 /// not printed ASCII.
 std::string vhdlDefault(const Json& property);
+/// A number or truth.
+std::string vhdlValue(const Json& value);
 
 } // namespace hdnt::author

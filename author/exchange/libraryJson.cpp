@@ -33,11 +33,11 @@ Json functionsOf(const HDNTLibrary& library) {
 }
 
 // Up to the list of blocks, which is open.
-std::string head(const HDNTLibrary& library) {
+std::string head(const ExportNotes& notes) {
     const Json document = {{"format", "hdnt-library"},
                            {"version", 1},
-                           {"library", library.getName()},
-                           {"functions", functionsOf(library)},
+                           {"library", notes.library.getName()},
+                           {"functions", functionsOf(notes.library)},
                            {"blocks", Json::array()}};
     std::string text = document.dump(1, ' ', false, replaced);
     return text.erase(text.rfind(']'));
@@ -78,7 +78,7 @@ void addBlock(const ExportedBlock& block, std::string& text, ExportNotes& notes)
     if (!isUtf8(json)) losses.emplace_back("bytes that are no UTF-8 are written as U+FFFD");
     const std::string name = printable(cell(json["name"]));
     for (const std::string& loss : losses) notes.leftOut.push_back(name + ": " + loss);
-    text += (text.back() == '[' ? "\n" : ",\n") + json.dump(1, ' ', false, replaced);
+    text += (text.empty() ? "\n" : ",\n") + json.dump(1, ' ', false, replaced);
 }
 
 } // namespace

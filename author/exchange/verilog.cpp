@@ -9,7 +9,7 @@ namespace hdnt::author {
 
 namespace {
 
-using platform::joined, platform::printable;
+using platform::joined;
 using words::cell;
 
 // Empty without a value. Some readers look for the end of attributes inside of texts, too.
@@ -39,27 +39,26 @@ std::string conditionOf(const Json& property, const std::string& name) {
     std::vector<std::string> parts;
     for (const Json& value : property["values"]) parts.push_back(name + " == " + verilogValue(property, value));
     if (!parts.empty()) return joined(parts, " || ");
-    if (property["hasMinimum"] == true) parts.push_back(name + " >= " + verilogValue(property, property["minimum"]));
-    if (property["hasMaximum"] == true) parts.push_back(name + " <= " + verilogValue(property, property["maximum"]));
+    if (hasHdlBound(property, "Minimum")) parts.push_back(name + " >= " + verilogValue(property, property["minimum"]));
+    if (hasHdlBound(property, "Maximum")) parts.push_back(name + " <= " + verilogValue(property, property["maximum"]));
     return joined(parts, " && ");
 }
 
 /// One black box. Ports and parameters share one space of names, where ports come first.
 class VerilogModule {
 public:
-    VerilogModule(const Json& block, ExportNotes& notes)
-        : name_(cell(block["name"])), block_(block), shape_(block, isSettable), notes_(notes) {
-        for (const std::string& note : shape_.notes) leaveOut(note);
+    VerilogModule(const Json& block, ExportNotes& notes) : block_(block), shape_(block, isSettable) {
+        shape_.keepDistinct(verilogName);
+        notes.leaveOut(block, shape_.notes);
+        notes.leaveOut(block, unsettableNotes(block));
         for (const HdlPort& port : shape_.ports) addPort(port);
         for (const Json* property : shape_.parameters) addParameter(*property);
-        for (const Json& property : block["properties"])
-            if (!isSettable(property)) leaveOut(printable(cell(property["name"])) + ": " + reasonOf(property));
     }
 
     std::string text() const {
         const std::vector<std::string> facts = {"blackbox", attribute("group", cell(block_["group"])),
                                                 attribute("subgroup", cell(block_["subgroup"]))};
-        std::string text = "\n(* " + listed(facts) + " *)\nmodule " + verilogName(name_);
+        std::string text = "\n(* " + listed(facts) + " *)\nmodule " + verilogName(cell(block_["name"]));
         if (!parameters_.empty()) text += " #(\n" + textOf(parameters_, "    ", "//", ",") + ")";
         if (!ports_.empty()) text += " (\n" + textOf(ports_, "    ", "//", ",") + ")";
         text += ";\n";
@@ -68,31 +67,15 @@ public:
     }
 
 private:
-    void leaveOut(const std::string& note) { notes_.leftOut.push_back(printable(name_) + ": " + note); }
-
-    static std::string reasonOf(const Json& property) {
-        if (!property["foundByName"].get<bool>()) return "declared before";
-        return property["isReadOnly"].get<bool>() ? "read-only, no parameter" : "hidden, no parameter";
-    }
-
-    bool take(const std::string& name, const std::string& shown) {
-        const bool isNew = names_.insert(shown).second;
-        if (!isNew) leaveOut(printable(name) + ": " + printable(shown) + " is the name of another port or parameter");
-        return isNew;
-    }
-
     void addPort(const HdlPort& port) {
-        const std::string name = verilogName(port.name);
-        if (!take(port.name, name)) return;
         const std::string direction = port.direction() == "bidir" ? "inout" : cell(port.direction());
-        ports_.push_back(
-            {attributesOf(port) + direction + " " + port.bounds("[", ":", "] ") + name, commentOf(port.pinsText())});
+        ports_.push_back({attributesOf(port) + direction + " " + port.bounds("[", ":", "] ") + verilogName(port.name),
+                          commentOf(port.pinsText())});
     }
 
     void addParameter(const Json& property) {
         const std::string plain = cell(property["name"]);
         const std::string name = verilogName(plain);
-        if (!take(plain, name)) return;
         parameters_.push_back(
             {"parameter " + typeOf(property) + name + " = " + verilogDefault(property), parameterFactsOf(property)});
         const std::string condition = conditionOf(property, name);
@@ -102,17 +85,14 @@ private:
                    ");\n            $finish;\n        end\n";
     }
 
-    std::string name_;
     const Json& block_;
     HdlShape shape_;
-    ExportNotes& notes_;
-    std::set<std::string> names_;
     std::vector<HdlLine> ports_;
     std::vector<HdlLine> parameters_;
     std::string checks_;
 };
 
-std::string head(const HDNTLibrary&) {
+std::string head(const ExportNotes&) {
     std::string text =
         "// Black boxes. With CHECK_PARAMETERS defined, simulations end where a parameter has a value that "
         "it\n// cannot have. Ranges go the way that their library has them.\n";
@@ -122,10 +102,8 @@ std::string head(const HDNTLibrary&) {
 }
 
 void addModule(const ExportedBlock& block, std::string& text, ExportNotes& notes) {
-    const std::string name = cell(block.json["name"]);
-    const std::string shown = verilogName(name);
-    if (notes.modules.insert(shown).second) text += VerilogModule(block.json, notes).text();
-    else notes.leftOut.push_back(printable(name) + ": " + printable(shown) + " is the name of another module");
+    if (notes.take(block.json, verilogName(cell(block.json["name"])), "module"))
+        text += VerilogModule(block.json, notes).text();
 }
 
 } // namespace

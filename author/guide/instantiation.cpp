@@ -7,7 +7,6 @@
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 #include <vector>
 
@@ -32,21 +31,6 @@ std::string notesText(const HdlShape& shape, const std::string& mark) {
     for (const std::string& note : shape.notes) text.append(mark).append(" ").append(note).append("\n");
     return text;
 }
-
-/// Names of VHDL for all generics and ports of a block: those that differ in case alone are extended.
-class VhdlNaming {
-public:
-    explicit VhdlNaming(const HdlShape& shape) {
-        for (const HdlPort& port : shape.ports) ++uses_[HSTStringUtils::to_lower_copy(port.name)];
-        for (const Json* property : shape.parameters) ++uses_[HSTStringUtils::to_lower_copy(cell((*property)["name"]))];
-    }
-    std::string of(const std::string& name) const {
-        return uses_.at(HSTStringUtils::to_lower_copy(name)) > 1 ? vhdlExtendedName(name) : vhdlName(name);
-    }
-
-private:
-    std::map<std::string, int> uses_;
-};
 
 /// Statements of a mapping that place the block; what NTL has no text for becomes a comment.
 class NtlStatements {
@@ -128,19 +112,14 @@ std::string verilogInstance(const Json& block) {
 }
 
 std::string vhdlInstance(const Json& block) {
-    static const std::map<std::string, std::string> modes = {{"input", "in"}, {"output", "out"}, {"bidir", "inout"}};
     const HdlShape shape(block);
     const VhdlNaming naming(shape);
     std::vector<HdlLine> generics, ports;
     for (const Json* property : shape.parameters)
         generics.push_back(
             {naming.of(cell((*property)["name"])) + " => " + vhdlDefault(*property), parameterFactsOf(*property)});
-    for (const HdlPort& port : shape.ports) {
-        const bool isUpwards = port.range && port.range->first < port.range->second;
-        const std::string type = " std_logic" + port.bounds("_vector(", isUpwards ? " to " : " downto ", ")");
-        ports.push_back({naming.of(port.name) + " => " + naming.of(port.name),
-                         port.comment(modes.at(cell(port.direction())) + type)});
-    }
+    for (const HdlPort& port : shape.ports)
+        ports.push_back({naming.of(port.name) + " => " + naming.of(port.name), port.comment(vhdlModeAndType(port))});
     std::string text = notesText(shape, "--") + instanceName(block) + " : " + vhdlName(cell(block["name"]));
     if (!generics.empty()) text += "\n    generic map (\n" + textOf(generics, "        ", "--", ",") + "    )";
     if (!ports.empty()) text += "\n    port map (\n" + textOf(ports, "        ", "--", ",") + "    )";

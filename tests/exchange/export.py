@@ -52,21 +52,21 @@ def run(*words, check=True):
     return done
 
 
-def models(folder, parse_float=float):
+def models(folder, parse_float=float, more=()):
     """The options of each library, with what `ntl show` says of its blocks by name."""
     path = os.path.join(folder, "odd.btl")
     with open(path, "wb") as file:
         file.write(HOSTILE)
-    for options in [], ["-l", path], ["--arch", "meadow"]:
+    for options in [], ["-l", path], ["--arch", "meadow"], *more:
         listed = run(NTL, "list", "--json", *options).stdout.decode(errors="replace")
-        names = NAMES if "-l" in options else [block["name"] for block in json.loads(listed)["blocks"]]
+        names = NAMES if path in options else [block["name"] for block in json.loads(listed)["blocks"]]
         said = run(NTL, "show", "--json", *options, *names).stdout.replace("\ufffd".encode(), rb"\\xe9")
         yield options, json.loads(said, parse_float=parse_float)["blocks"]
 
 
-def escaped(name):
+def escaped(name, others=r"[^!-~]|`"):
     """A name as Verilog has it, without the escape."""
-    name = re.sub(r"[^!-~]|`", lambda found: "".join(f"\\x{byte:02x}" for byte in found[0].encode()), name)
+    name = re.sub(others, lambda found: "".join(f"\\x{byte:02x}" for byte in found[0].encode()), name)
     return name or "unnamed"
 
 
@@ -98,7 +98,7 @@ def check_csv(folder):
                 assert file.read() == one, table
 
 
-def expected_ports(block):
+def expected_ports(block, shown=escaped):
     ports = {}
     for bus in block["buses"]:
         first = ports.get(bus["baseName"], bus)
@@ -106,15 +106,15 @@ def expected_ports(block):
             continue
         if first is bus or (first["range"] and bus["range"]):
             ports.setdefault(bus["baseName"], {**bus, "bits": []})["bits"] += bus["range"] or [0]
-    return {escaped(name): (DIRECTIONS.get(bus["direction"], bus["direction"]), max(bus["bits"]) - min(bus["bits"]) + 1,
+    return {shown(name): (DIRECTIONS.get(bus["direction"], bus["direction"]), max(bus["bits"]) - min(bus["bits"]) + 1,
                             min(bus["bits"]), len(bus["bits"]) > 1 and bus["bits"][0] < bus["bits"][1])
             for name, bus in ports.items()}
 
 
-def expected_parameters(block, ports):
+def expected_parameters(block, ports, shown=escaped):
     result = {}
     for item in block["properties"]:
-        if any(item[flag] for flag in HIDDEN) or item["default"] is None or item["defaultRefusal"] or escaped(item["name"]) in ports:
+        if any(item[flag] for flag in HIDDEN) or item["default"] is None or item["defaultRefusal"] or shown(item["name"]) in ports:
             continue
         value = item["default"]
         if item["bitWidth"]:
@@ -122,7 +122,7 @@ def expected_parameters(block, ports):
             value = f"{int(digits, base):0{item['bitWidth']}b}"
         elif item["type"] in ("int", "bool"):
             value = f"{int(value) & 0xffffffff:0{32 if item['type'] == 'int' else 1}b}"
-        result[escaped(item["name"])] = value
+        result[shown(item["name"])] = value
     return result
 
 

@@ -64,6 +64,12 @@ TEST_F(ExportTest, SplitIntoFiles) {
     EXPECT_EQ(names("a/tables"), (std::vector<std::string>{"blocks.csv", "pins.csv", "properties.csv"}));
     EXPECT_EQ(exported({"csv-pins", "--split", "pins"}).status, 0);
     EXPECT_EQ(names("pins"), (std::vector<std::string>{"HOLD.csv", "MOVE.csv", "a_b-e2bca18b.csv"}));
+    EXPECT_EQ(exported({"vhdl", "--split", "packages"}).status, 1);
+    EXPECT_EQ(text("packages/a_b-e2bca18b.vhd")
+                  .find("-- Names that are not as the library has them:\n--     a b is \\a b\\\n"),
+              0);
+    for (const char* name : {"HOLD", "MOVE"})
+        EXPECT_EQ(text(std::string("packages/") + name + ".vhd").find("library ieee;\n"), 0) << "its own names alone";
 }
 
 TEST_F(ExportTest, WhatCannotBeMeant) {
