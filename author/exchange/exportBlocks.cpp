@@ -31,6 +31,7 @@ const std::vector<FormRow>& formRows() {
         {{"csv-pins", "csv", "a table with a row for each pin or bus"}, {pinTable}},
         {{"csv-properties", "csv", "a table with a row for each property of blocks and pins"}, {propertyTable}},
         {{"json", "json", "everything, also for ntl import"}, {libraryTable}},
+        {{"liberty", "lib", "cells with pins and directions, without timing"}, {libertyTable}},
         {{"verilog", "v", "black-box modules for synthesis and simulation"}, {verilogTable}},
         {{"vhdl", "vhd", "a package of component declarations"}, {vhdlTable}},
     };
@@ -66,6 +67,7 @@ std::vector<ExportedFile> filesOfBlocks(const std::vector<HDNTBlock*>& blocks, c
     for (HDNTBlock* block : blocks) {
         if (table.hasMappings) loadMapping(*block, notes);
         notes.block = block->getName();
+        notes.declared.clear();
         notes.renamed.clear();
         const Json json = jsonOf(*block, places);
         std::string text;

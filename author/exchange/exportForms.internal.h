@@ -18,8 +18,9 @@ struct ExportNotes {
     std::vector<std::string> leftOut = {};
     std::set<std::string> modules = {}; ///< names that are taken
     // Of the text at hand:
-    std::string block = {};                ///< the name of the one that it is for; empty when it is for all
-    std::vector<std::string> renamed = {}; ///< "BLOCK: NAME is NAME", where it has another name
+    std::string block = {};                 ///< the name of the one that it is for; empty when it is for all
+    std::vector<std::string> declared = {}; ///< what its head declares for its blocks
+    std::vector<std::string> renamed = {};  ///< "BLOCK: NAME is NAME", where it has another name
 
     /// Each is "NAME: why".
     void leaveOut(const Json& block, const std::vector<std::string>& what);
@@ -50,6 +51,7 @@ struct ExportTable {
 
 extern const ExportTable blockTable, pinTable, propertyTable;
 extern const ExportTable libraryTable;
+extern const ExportTable libertyTable;
 extern const ExportTable verilogTable;
 extern const ExportTable vhdlTable;
 
