@@ -26,12 +26,14 @@ struct FormRow {
 
 const std::vector<FormRow>& formRows() {
     static const std::vector<FormRow> rows = {
+        {{"c++", "h", "a header with enumerations of names and constants of defaults"}, {cppTable}},
         {{"csv", "csv", "the three tables below, as files of a folder"}, {blockTable, pinTable, propertyTable}},
         {{"csv-blocks", "csv", "a table with a row for each block"}, {blockTable}},
         {{"csv-pins", "csv", "a table with a row for each pin or bus"}, {pinTable}},
         {{"csv-properties", "csv", "a table with a row for each property of blocks and pins"}, {propertyTable}},
         {{"json", "json", "everything, also for ntl import"}, {libraryTable}},
         {{"liberty", "lib", "cells with pins and directions, without timing"}, {libertyTable}},
+        {{"python", "py", "a module with enumerations of names and constants of defaults"}, {pythonTable}},
         {{"verilog", "v", "black-box modules for synthesis and simulation"}, {verilogTable}},
         {{"vhdl", "vhd", "a package of component declarations"}, {vhdlTable}},
     };
@@ -108,6 +110,9 @@ Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const
     const std::vector<HDNTBlock*> blocks = meantBlocks(library, options);
     const std::string extension = std::string(".") + row.form.extension;
     ExportNotes notes{library};
+    std::set<std::string> names;
+    for (const HDNTBlock* block : blocks)
+        if (names.insert(block->getName()).second) notes.blocks.texts.push_back(block->getName());
     std::vector<ExportedFile> files = options.isSplit && !hasTables
                                           ? filesOfBlocks(blocks, row.tables.front(), extension, notes)
                                           : filesOfTables(blocks, row.tables, extension, notes);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "author/exchange/BlockJson.h"
+#include "author/exchange/codeNames.internal.h"
 
 #include <set>
 #include <string>
@@ -15,6 +16,7 @@ namespace hdnt::author {
 /// What the texts of one export share.
 struct ExportNotes {
     const HDNTLibrary& library; ///< the one that is exported
+    CodeEnum blocks = {};       ///< all that are; identifiers are for who wants them
     std::vector<std::string> leftOut = {};
     std::set<std::string> modules = {}; ///< names that are taken
     // Of the text at hand:
@@ -51,6 +53,7 @@ struct ExportTable {
 
 extern const ExportTable blockTable, pinTable, propertyTable;
 extern const ExportTable libraryTable;
+extern const ExportTable cppTable, pythonTable;
 extern const ExportTable libertyTable;
 extern const ExportTable verilogTable;
 extern const ExportTable vhdlTable;

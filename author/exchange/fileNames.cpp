@@ -29,11 +29,6 @@ std::string hex(std::uint64_t number, int digits) {
     return text.data();
 }
 
-std::string shortSumOf(std::string_view name) {
-    const std::uint64_t sum = sumOf(name);
-    return hex((sum ^ (sum >> 32U)) & 0xffffffffU, 8);
-}
-
 std::string fileNameOf(std::string_view name) {
     std::string result(name.substr(0, longestName));
     std::replace_if(
@@ -48,6 +43,11 @@ std::uint64_t sumOf(std::string_view bytes) {
     std::uint64_t sum = 0xcbf29ce484222325U;
     for (const char c : bytes) sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
     return sum;
+}
+
+std::string shortSumOf(std::string_view name) {
+    const std::uint64_t sum = sumOf(name);
+    return hex((sum ^ (sum >> 32U)) & 0xffffffffU, 8);
 }
 
 std::string anchorOf(std::string_view kind, std::string_view name) {

@@ -22,6 +22,8 @@ private:
 
 /// FNV-1a: the same in every process, and no help against those who mean it.
 std::uint64_t sumOf(std::string_view bytes);
+/// Eight digits of it.
+std::string shortSumOf(std::string_view bytes);
 
 /// "pin-D", "property-INIT": other names have other anchors. All other characters are as ".3C".
 std::string anchorOf(std::string_view kind, std::string_view name);
