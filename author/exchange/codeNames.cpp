@@ -2,7 +2,7 @@
 #include "author/exchange/codeNames.internal.h"
 #include "author/exchange/exportForms.internal.h"
 #include "author/exchange/fileNames.internal.h"
-#include "hdnt/platform/HSTStringUtils.h"
+#include "author/exchange/hdlValues.internal.h"
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
@@ -111,11 +111,7 @@ const std::string& CodeEnum::identifierOf(const std::string& text) const {
 
 bool CodeProperty::hasDefault() const { return !(*facts)["default"].is_null() && (*facts)["defaultRefusal"].is_null(); }
 
-const std::string& CodeProperty::defaultIdentifier() const {
-    const std::string text = cell((*facts)["default"]);
-    const auto isSame = [&](const std::string& value) { return HSTStringUtils::iequals(value, text); };
-    return values.identifiers[std::ranges::find_if(values.texts, isSame) - values.texts.begin()];
-}
+const std::string& CodeProperty::defaultIdentifier() const { return values.identifierOf(cell(listedDefault(*facts))); }
 
 CodeBlock::CodeBlock(const Json& block, ExportNotes& notes) {
     const std::string name = cell(block["name"]);

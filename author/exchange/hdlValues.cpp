@@ -62,6 +62,14 @@ bool hasHdlDefault(const Json& property) {
            (property["bitWidth"] > 0 && platform::BitText::of(cell(property["defaultDigits"]), isHex(property)));
 }
 
+const Json& listedDefault(const Json& property) {
+    const Json& value = property["default"];
+    if (!value.is_string() || property["type"] != "string") return value;
+    for (const Json& listed : property["values"])
+        if (HSTStringUtils::iequals(cell(listed), cell(value))) return listed;
+    return value;
+}
+
 bool hasHdlBound(const Json& property, const std::string& which) {
     return property["has" + which] == true && !isInfinite(property[HSTStringUtils::to_lower_copy(which)]);
 }
@@ -74,7 +82,7 @@ std::string verilogString(const std::string& text) {
 }
 
 std::string verilogDefault(const Json& property) {
-    return verilogValue(property, property[property["bitWidth"].is_null() ? "default" : "defaultDigits"]);
+    return verilogValue(property, property["bitWidth"].is_null() ? listedDefault(property) : property["defaultDigits"]);
 }
 
 std::string verilogValue(const Json& property, const Json& value) {
@@ -89,8 +97,8 @@ std::string verilogValue(const Json& property, const Json& value) {
 }
 
 std::string vhdlDefault(const Json& property) {
-    const Json& value = property["default"];
     if (!property["bitWidth"].is_null()) return vhdlBits(property);
+    const Json& value = listedDefault(property);
     return value.is_string() ? vhdlString(cell(value)) : vhdlValue(value);
 }
 

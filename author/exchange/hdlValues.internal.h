@@ -12,6 +12,9 @@ bool hasHdlDefault(const Json& property);
 /// Whether the property declares its "Minimum" or "Maximum", and it can be written.
 bool hasHdlBound(const Json& property, const std::string& which);
 
+/// The default, as the listed value that it is: of texts, case does not count.
+const Json& listedDefault(const Json& property);
+
 // Of one with such a default.
 /// Bit vectors as 8'h48, truth as 1'b1, texts with escapes for what is not printed ASCII.
 std::string verilogDefault(const Json& property);

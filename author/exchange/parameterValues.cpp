@@ -84,7 +84,7 @@ std::optional<int> wordIn(const ModuleParameter& parameter) {
 }
 
 bool hasDefaultOf(const Json& property, const ModuleParameter& parameter) {
-    const Json& value = property["default"];
+    const Json& value = listedDefault(property);
     if (parameter.kind == Kind::None) return false;
     if (isReal(property)) {
         if (parameter.kind != Kind::Real) return wordIn(parameter) && *wordIn(parameter) == value.get<double>();

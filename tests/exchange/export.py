@@ -27,7 +27,7 @@ HOSTILE = b'library "odd, too" {\n' + b"".join(b"""  block "%(name)s" {
     pin "sparse[7]" input tieLow; pin "sparse[3:1]" input tieHigh; pin "wide[299:0]" output; pin "ana" bidir abstract;
     pin "both[0]" input; pin "both[1]" output; pin "twin" input; pin "twin[1]" input; pin "in" internal;
     property string "text" { default = "\\ ` %% // /* \xc3\xa4 \xe9 , ; %(name)s" }
-    property string "listed" { values { "%(name)s", "b", "" }, default = "b" }
+    property string "listed" { values { "%(name)s", "b", "" }, default = "B" }
     property string "" { default = "" }
     property int "low" { min = -2147483648, max = 5, default = -2147483648 }
     property double "tenth" { min = -1.5, max = 100000000000000000000000.0, default = 0.1 }
@@ -116,7 +116,7 @@ def expected_parameters(block, ports, shown=escaped):
     for item in block["properties"]:
         if any(item[flag] for flag in HIDDEN) or item["default"] is None or item["defaultRefusal"] or shown(item["name"]) in ports:
             continue
-        value = item["default"]
+        value = next((one for one in item["values"] if isinstance(one, str) and one.lower() == str(item["default"]).lower()), item["default"])
         if item["bitWidth"]:
             digits, base = item["defaultDigits"], 16 if item["type"] == "bithex" else 2
             value = f"{int(digits, base):0{item['bitWidth']}b}"
