@@ -35,6 +35,7 @@ const std::vector<FormRow>& formRows() {
         {{"liberty", "lib", "cells with pins and directions, without timing"}, {libertyTable}},
         {{"python", "py", "a module with enumerations of names and constants of defaults"}, {pythonTable}},
         {{"verilog", "v", "black-box modules for synthesis and simulation"}, {verilogTable}},
+        {{"verilog-map", "v", "mappings as modules for techmap in synthesis"}, {verilogMapTable}},
         {{"vhdl", "vhd", "a package of component declarations"}, {vhdlTable}},
     };
     return rows;
@@ -61,6 +62,16 @@ void loadMapping(HDNTBlock& block, ExportNotes& notes) {
     }
 }
 
+// Leaves those that have a mapping.
+void keepMapped(std::vector<HDNTBlock*>& blocks, bool areNamed, ExportNotes& notes) {
+    std::erase_if(blocks, [&](HDNTBlock* block) {
+        loadMapping(*block, notes);
+        const bool isMapped = block->getAttachedNetlist();
+        if (!isMapped && areNamed) notes.leftOut.push_back(platform::printable(block->getName()) + ": no mapping");
+        return !isMapped;
+    });
+}
+
 std::vector<ExportedFile> filesOfBlocks(const std::vector<HDNTBlock*>& blocks, const ExportTable& table,
                                         const std::string& extension, ExportNotes& notes) {
     std::vector<ExportedFile> files;
@@ -74,6 +85,7 @@ std::vector<ExportedFile> filesOfBlocks(const std::vector<HDNTBlock*>& blocks, c
         const Json json = jsonOf(*block, places);
         std::string text;
         table.add({*block, json}, text, notes);
+        if (table.onlyMapped && text.empty()) continue;
         files.push_back({names.add(block->getName()) + extension, table.whole(text, notes)});
     }
     return files;
@@ -107,9 +119,10 @@ Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const
     if (hasTables && !options.isSplit)
         throw HEXDataException(form + " is several tables: name a folder for them, or one of them, as in " + form +
                                "-" + row.tables.front().name);
-    const std::vector<HDNTBlock*> blocks = meantBlocks(library, options);
+    std::vector<HDNTBlock*> blocks = meantBlocks(library, options);
     const std::string extension = std::string(".") + row.form.extension;
     ExportNotes notes{library};
+    if (row.tables.front().onlyMapped) keepMapped(blocks, !options.blocks.empty(), notes);
     std::set<std::string> names;
     for (const HDNTBlock* block : blocks)
         if (names.insert(block->getName()).second) notes.blocks.texts.push_back(block->getName());

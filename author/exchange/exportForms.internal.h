@@ -3,6 +3,7 @@
 #include "author/exchange/BlockJson.h"
 #include "author/exchange/codeNames.internal.h"
 
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -19,6 +20,8 @@ struct ExportNotes {
     CodeEnum blocks = {};       ///< all that are; identifiers are for who wants them
     std::vector<std::string> leftOut = {};
     std::set<std::string> modules = {}; ///< names that are taken
+    /// For mappings that were written, the types of their instances.
+    std::map<const HDNTBlock*, std::set<const HDNTBlock*>> mappedTo = {};
     // Of the text at hand:
     std::string block = {};                 ///< the name of the one that it is for; empty when it is for all
     std::vector<std::string> declared = {}; ///< what its head declares for its blocks
@@ -47,6 +50,7 @@ struct ExportTable {
     void (*add)(const ExportedBlock& block, std::string& text, ExportNotes& notes);
     const char* foot = "";
     bool hasMappings = false; ///< whether it tells of them
+    bool onlyMapped = false;  ///< other blocks are left out; those that were named are a complaint
 
     std::string whole(const std::string& text, const ExportNotes& notes) const { return head(notes) + text + foot; }
 };
@@ -56,6 +60,7 @@ extern const ExportTable libraryTable;
 extern const ExportTable cppTable, pythonTable;
 extern const ExportTable libertyTable;
 extern const ExportTable verilogTable;
+extern const ExportTable verilogMapTable;
 extern const ExportTable vhdlTable;
 
 } // namespace hdnt::author

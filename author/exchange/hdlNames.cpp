@@ -87,6 +87,13 @@ std::string verilogName(std::string_view name) {
     return isPlainVerilog(shown) ? shown : "\\" + shown + " ";
 }
 
+std::string VerilogNames::add(const std::string& name) {
+    int& number = numbers_.try_emplace(name, 1).first->second;
+    std::string shown = verilogName(name);
+    while (!take(shown)) shown = verilogName(name + "_" + std::to_string(++number));
+    return shown;
+}
+
 std::string vhdlName(std::string_view name) {
     const std::string_view shown = orUnnamed(name);
     return isPlainVhdl(shown) ? std::string(shown) : vhdlExtendedName(shown);

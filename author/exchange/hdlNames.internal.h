@@ -1,5 +1,7 @@
 #pragma once
 
+#include <map>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -10,6 +12,20 @@ namespace hdnt::author {
 /// A plain identifier, or an escaped one with the blank that ends it; blanks and backquotes are "\xNN". The words that
 /// SystemVerilog keeps for itself are escaped, too: few tools read one language without the other.
 std::string verilogName(std::string_view name);
+
+/// Those of one module, each once.
+class VerilogNames {
+public:
+    /// False when it is another's.
+    bool take(const std::string& shown) { return taken_.insert(shown).second; }
+    /// The name, with a number behind it if it is another's.
+    std::string add(const std::string& name);
+
+private:
+    std::set<std::string> taken_;
+    std::map<std::string, int> numbers_; ///< the last one behind a name
+};
+
 /// A plain identifier, or an extended one, which names of types that declarations need are, too. Plain ones that differ
 /// in case alone are the same to VHDL.
 std::string vhdlName(std::string_view name);

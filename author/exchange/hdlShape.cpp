@@ -86,6 +86,11 @@ std::string HdlPort::comment(const std::string& direction) const {
     return commentOf(listed({direction, std::ranges::all_of(buses, isSame) ? facts : "", pinsText()}));
 }
 
+std::string verilogPort(const HdlPort& port, const std::string& name) {
+    const std::string direction = port.direction() == "bidir" ? "inout" : cell(port.direction());
+    return direction + " " + port.bounds("[", ":", "] ") + name;
+}
+
 namespace {
 
 // Upwards only where what was there before is upwards, or has one bit.

@@ -54,6 +54,9 @@ struct HdlPort {
     std::string comment(const std::string& direction) const;
 };
 
+/// "input [7:0] NAME"
+std::string verilogPort(const HdlPort& port, const std::string& name);
+
 /// What of a block languages have ports and parameters for.
 struct HdlShape {
     explicit HdlShape(const Json& block, bool (*hasParameter)(const Json& property) = isParameter);

@@ -91,9 +91,32 @@ std::string verilogValue(const Json& property, const Json& value) {
         const bool hasRadix = digits.find('\'') != std::string::npos;
         return hasRadix ? digits : cell(property["bitWidth"]) + (isHex(property) ? "'h" : "'b") + digits;
     }
+    return verilogPlain(value);
+}
+
+std::string verilogPlain(const Json& value) {
     if (value.is_boolean()) return value.get<bool>() ? "1'b1" : "1'b0";
     if (value.is_number_float()) return realText(value.get<double>());
     return value.is_string() ? verilogString(cell(value)) : cell(value);
+}
+
+std::string verilogParameter(const Json& property, const std::string& name) {
+    const auto typeOf = [](const Json& one) -> std::string {
+        if (!one["bitWidth"].is_null()) return "[" + std::to_string(one["bitWidth"].get<int>() - 1) + ":0] ";
+        if (one["type"] == "bool") return "[0:0] ";
+        if (one["type"] == "int") return "integer ";
+        return one["type"] == "double" ? "real " : ""; // a text is as long as its value
+    };
+    return "parameter " + typeOf(property) + name + " = " + verilogDefault(property);
+}
+
+std::string verilogCondition(const Json& property, const std::string& name) {
+    std::vector<std::string> parts;
+    for (const Json& value : property["values"]) parts.push_back(name + " == " + verilogValue(property, value));
+    if (!parts.empty()) return platform::joined(parts, " || ");
+    if (hasHdlBound(property, "Minimum")) parts.push_back(name + " >= " + verilogValue(property, property["minimum"]));
+    if (hasHdlBound(property, "Maximum")) parts.push_back(name + " <= " + verilogValue(property, property["maximum"]));
+    return platform::joined(parts, " && ");
 }
 
 std::string vhdlDefault(const Json& property) {

@@ -20,6 +20,12 @@ const Json& listedDefault(const Json& property);
 std::string verilogDefault(const Json& property);
 /// The same of any value that the property's range names.
 std::string verilogValue(const Json& property, const Json& value);
+/// A value of no bit vector.
+std::string verilogPlain(const Json& value);
+/// "parameter integer NAME = 5": `integer`, `real`, as wide as bit vectors and truth values are, or without type.
+std::string verilogParameter(const Json& property, const std::string& name);
+/// What holds for the values of `name` that the property allows; empty when it allows all of its type.
+std::string verilogCondition(const Json& property, const std::string& name);
 /// A text in quotes.
 std::string verilogString(const std::string& text);
 /// Bit vectors as X"48" where their width is a multiple of four, else as B"1"; texts with character'val(N) for what is

@@ -9,7 +9,6 @@ namespace hdnt::author {
 
 namespace {
 
-using platform::joined;
 using words::cell;
 
 // Empty without a value. Some readers look for the end of attributes inside of texts, too.
@@ -25,23 +24,6 @@ std::string attributesOf(const HdlPort& port) {
     const std::string text = listed(
         {attribute("pin_type", type == "data" ? "" : type), attribute("required", cell(port.common("required")))});
     return text.empty() ? "" : "(* " + text + " *) ";
-}
-
-std::string typeOf(const Json& property) {
-    if (!property["bitWidth"].is_null()) return "[" + std::to_string(property["bitWidth"].get<int>() - 1) + ":0] ";
-    if (property["type"] == "bool") return "[0:0] ";
-    if (property["type"] == "int") return "integer ";
-    return property["type"] == "double" ? "real " : ""; // a text is as long as its value
-}
-
-// What holds for values that the property allows; empty when it allows all of its type.
-std::string conditionOf(const Json& property, const std::string& name) {
-    std::vector<std::string> parts;
-    for (const Json& value : property["values"]) parts.push_back(name + " == " + verilogValue(property, value));
-    if (!parts.empty()) return joined(parts, " || ");
-    if (hasHdlBound(property, "Minimum")) parts.push_back(name + " >= " + verilogValue(property, property["minimum"]));
-    if (hasHdlBound(property, "Maximum")) parts.push_back(name + " <= " + verilogValue(property, property["maximum"]));
-    return joined(parts, " && ");
 }
 
 /// One black box. Ports and parameters share one space of names, where ports come first.
@@ -68,17 +50,14 @@ public:
 
 private:
     void addPort(const HdlPort& port) {
-        const std::string direction = port.direction() == "bidir" ? "inout" : cell(port.direction());
-        ports_.push_back({attributesOf(port) + direction + " " + port.bounds("[", ":", "] ") + verilogName(port.name),
-                          commentOf(port.pinsText())});
+        ports_.push_back({attributesOf(port) + verilogPort(port, verilogName(port.name)), commentOf(port.pinsText())});
     }
 
     void addParameter(const Json& property) {
         const std::string plain = cell(property["name"]);
         const std::string name = verilogName(plain);
-        parameters_.push_back(
-            {"parameter " + typeOf(property) + name + " = " + verilogDefault(property), parameterFactsOf(property)});
-        const std::string condition = conditionOf(property, name);
+        parameters_.push_back({verilogParameter(property, name), parameterFactsOf(property)});
+        const std::string condition = verilogCondition(property, name);
         if (condition.empty()) return;
         checks_ += "        if (!(" + condition + ")) begin\n            $display(\"%m: %0s\", " +
                    verilogString(plain + " is not " + words::rangeText(property)) +

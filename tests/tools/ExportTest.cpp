@@ -36,6 +36,24 @@ TEST_F(ExportTest, OrderOfNamesMakesNoDifference) {
     EXPECT_EQ(exported({"verilog", "HOLD"}).status, 0);
 }
 
+TEST_F(ExportTest, MappingsOfBlocksThatHaveThem) {
+    directory.write("maps.btl", "library \"maps\" { function bool host(); block \"PLAIN\" { pin \"O\" output; } "
+                                "block \"TIED\" { pin \"O\" output; } mapsto { signal \"@1\" : \"O\"; } "
+                                "block \"ASKS\" { } mapsto { if (host()) { } } }\n");
+    const auto exported = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"export", "verilog-map", "-l", "maps.btl"});
+        return ntl.run(words);
+    };
+    const std::string asks = "ntl: ASKS: calls host(), which only the host can answer\n";
+    EXPECT_EQ(exported({"TIED"}).status, 0);
+    EXPECT_EQ(exported({"PLAIN", "ASKS"}).err, "ntl: PLAIN: no mapping\n" + asks);
+    const Outcome split = exported({"--split", "maps"});
+    EXPECT_EQ(split.err, asks);
+    EXPECT_EQ(split.status, 1);
+    EXPECT_EQ(text("maps/TIED.v"), exported({"TIED"}).out);
+    EXPECT_FALSE(fs::exists(directory.path("maps/PLAIN.v")) || fs::exists(directory.path("maps/ASKS.v")));
+}
+
 TEST_F(ExportTest, FilesAreReplacedAsAWhole) {
     directory.write("out.v", "older");
     chmod(directory.path("out.v").c_str(), 0640);
