@@ -53,19 +53,21 @@ std::vector<HDNTBlock*> meantBlocks(const HDNTLibrary& library, const ExportOpti
     return blocks;
 }
 
-// What is wrong with a map library was reported.
-void loadMapping(HDNTBlock& block, ExportNotes& notes) {
-    try {
-        block.getNetlist(HDNTLibraryMgr::getLibraryMgr()->m_architecture);
-    } catch (const HEXDataException& error) {
-        notes.leftOut.push_back(platform::printable(block.getName() + ": mapping: " + error.what()));
+// Of all, before anything is said of one: a map library may have mappings of other blocks, too. What is wrong with one
+// was reported.
+void loadMappings(const std::vector<HDNTBlock*>& blocks, ExportNotes& notes) {
+    for (HDNTBlock* block : blocks) {
+        try {
+            block->getNetlist(HDNTLibraryMgr::getLibraryMgr()->m_architecture);
+        } catch (const HEXAll& error) {
+            notes.leftOut.push_back(platform::printable(block->getName() + ": mapping: " + error.what()));
+        }
     }
 }
 
 // Leaves those that have a mapping.
 void keepMapped(std::vector<HDNTBlock*>& blocks, bool areNamed, ExportNotes& notes) {
-    std::erase_if(blocks, [&](HDNTBlock* block) {
-        loadMapping(*block, notes);
+    std::erase_if(blocks, [&](const HDNTBlock* block) {
         const bool isMapped = block->getAttachedNetlist();
         if (!isMapped && areNamed) notes.leftOut.push_back(platform::printable(block->getName()) + ": no mapping");
         return !isMapped;
@@ -78,7 +80,6 @@ std::vector<ExportedFile> filesOfBlocks(const std::vector<HDNTBlock*>& blocks, c
     FileNames names;
     SourcePlaces places;
     for (HDNTBlock* block : blocks) {
-        if (table.hasMappings) loadMapping(*block, notes);
         notes.block = block->getName();
         notes.declared.clear();
         notes.renamed.clear();
@@ -97,9 +98,7 @@ std::vector<ExportedFile> filesOfTables(const std::vector<HDNTBlock*>& blocks, c
     files.reserve(tables.size());
     for (const ExportTable& table : tables) files.push_back({tables.size() > 1 ? table.name + extension : "", ""});
     SourcePlaces places;
-    const bool hasMappings = std::ranges::any_of(tables, &ExportTable::hasMappings);
     for (HDNTBlock* block : blocks) {
-        if (hasMappings) loadMapping(*block, notes);
         const Json json = jsonOf(*block, places);
         for (std::size_t i = 0; i < tables.size(); ++i) tables[i].add({*block, json}, files[i].text, notes);
     }
@@ -122,6 +121,7 @@ Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const
     std::vector<HDNTBlock*> blocks = meantBlocks(library, options);
     const std::string extension = std::string(".") + row.form.extension;
     ExportNotes notes{library};
+    if (std::ranges::any_of(row.tables, &ExportTable::hasMappings)) loadMappings(blocks, notes);
     if (row.tables.front().onlyMapped) keepMapped(blocks, !options.blocks.empty(), notes);
     std::set<std::string> names;
     for (const HDNTBlock* block : blocks)

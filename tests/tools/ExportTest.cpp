@@ -54,6 +54,23 @@ TEST_F(ExportTest, MappingsOfBlocksThatHaveThem) {
     EXPECT_FALSE(fs::exists(directory.path("maps/PLAIN.v")) || fs::exists(directory.path("maps/ASKS.v")));
 }
 
+TEST_F(ExportTest, MapLibrariesOfOthersCount) {
+    directory.makeDir("data/maplib");
+    directory.write("cells.btl", libraryOf("block \"GATE_BUFFER\" { pin \"A\" input; }\n"
+                                           "block \"GATE_INVERT\" { pin \"A\" input; }"));
+    const std::string maps = R"(library "x" { block "GATE_INVERT" mapsto { } block "GATE_BUFFER" mapsto { } })";
+    directory.write("data/maplib/GATE_INVERT.btl", maps);
+    const std::vector<std::string> words = {"export", "csv-blocks", "-l", "cells.btl", "--data", "data"};
+    EXPECT_EQ(countOf(ntl.run(words).out, ",mapsto,"), 2U) << "that of the first is in the library of the second";
+    directory.write("data/maplib/GATE_INVERT.btl", maps + std::string(1000, '\n'));
+    std::vector<std::string> limited = words;
+    limited.insert(limited.end(), {"--limit", "inputBytes=1000"});
+    const Outcome broken = ntl.run(limited);
+    EXPECT_NE(broken.out.find("GATE_INVERT"), std::string::npos);
+    EXPECT_NE(broken.err.find("ntl: GATE_INVERT: mapping: "), std::string::npos) << broken.err;
+    EXPECT_EQ(broken.status, 1);
+}
+
 TEST_F(ExportTest, FilesAreReplacedAsAWhole) {
     directory.write("out.v", "older");
     chmod(directory.path("out.v").c_str(), 0640);
