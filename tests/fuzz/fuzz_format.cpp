@@ -1,42 +1,16 @@
 // Any bytes are refused for what is wrong with them, or come out with the same tokens and other blanks.
 #include "author/format/HDNTFormatter.h"
-#include "hdnt/diagnostics/HDNTError.h"
-#include "hdnt/diagnostics/HDNTLimits.h"
+#include "tests/fuzz/quiet.h"
 #include "tests/support/Tokens.h"
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
-namespace {
-
-class Silence : public HDNTErrorListener {
-public:
-    bool report(const HDNTReport&) override { return true; }
-};
-
-/// No output, and no file of the machine that an input names.
-bool prepare() {
-    static Silence silence;
-    HDNTError::setListener(&silence);
-    HDNTLimits limits;
-    limits.rootFolder = "/nowhere";
-    HDNTLimits::set(limits);
-    return std::freopen("/dev/null", "w", stdout) != nullptr;
-}
-
-void require(bool ok, const char* what, const std::string& text) {
-    if (ok) return;
-    std::fprintf(stderr, "%s\n%s\n", what, text.c_str());
-    std::abort();
-}
-
-} // namespace
+using fuzz::require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const bool prepared = prepare();
-    if (!prepared) std::exit(3);
+    static const bool isQuiet = (fuzz::beQuiet(), true);
+    (void)isQuiet;
     const std::string text(reinterpret_cast<const char*>(data), size);
     HDNTError::numErrors = 0;
     std::string once;

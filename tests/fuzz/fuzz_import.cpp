@@ -3,43 +3,26 @@
 #include "author/exchange/importBlocks.h"
 #include "author/syntax/SyntaxTree.h"
 #include "hdnt/compare/HDNTComparison.h"
-#include "hdnt/diagnostics/HDNTError.h"
-#include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/model/HDNTLibrary.h"
 #include "hdnt/platform/HEX.h"
+#include "tests/fuzz/quiet.h"
 #include "tests/support/MemoryFile.h"
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 namespace {
 
 using namespace hdnt::author;
 
-class Silence : public HDNTErrorListener {
-public:
-    bool report(const HDNTReport&) override { return true; }
-};
+using fuzz::require;
 
-/// Once a process: no output, and a root library, so that the configuration is not read in every run.
+/// Once a process: a root library, so that the configuration is not read in every run.
 HDNTLibrary* prepare() {
-    static Silence silence;
-    if (!std::freopen("/dev/null", "w", stdout)) std::exit(3);
-    HDNTError::setListener(&silence);
-    HDNTLimits limits;
-    limits.rootFolder = "/nowhere"; // an input is to name no file of the machine it runs on
-    HDNTLimits::set(limits);
+    fuzz::beQuiet();
     static HDNTLibrary root(nullptr);
     return &root;
-}
-
-void require(bool ok, const char* what, const std::string& text) {
-    if (ok) return;
-    std::fprintf(stderr, "%s\n%s\n", what, text.c_str());
-    std::abort();
 }
 
 Imported imported(std::string_view document) {

@@ -1,8 +1,6 @@
 // A text from scanner to checked model, expanded mappings and text again: any bytes give a result or a report, and what
 // gives a library can be written and read back to an equal one.
 #include "hdnt/compare/HDNTComparison.h"
-#include "hdnt/diagnostics/HDNTError.h"
-#include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
 #include "hdnt/model/HDNTBlock.h"
@@ -10,30 +8,21 @@
 #include "hdnt/netlist/HDNTExpansion.h"
 #include "hdnt/netlist/HDNTVisitor.h"
 #include "hdnt/platform/HEX.h"
+#include "tests/fuzz/quiet.h"
 #include "tests/support/Written.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
 namespace {
 
-class Silence : public HDNTErrorListener {
-public:
-    bool report(const HDNTReport&) override { return true; }
-};
-
 /// Once a process: no output, all checks, and a root library, so that the configuration is not read in every run.
 HDNTLibrary* prepare() {
-    static Silence silence;
-    if (!std::freopen("/dev/null", "w", stdout)) std::exit(3);
-    HDNTError::setListener(&silence);
     HDNTLibraryMgr::m_diagnostics = true;
     HDNTLimits limits;
     limits.expansionInstances = 1000;
-    limits.rootFolder = "/nowhere"; // an input is to name no file of the machine it runs on
-    HDNTLimits::set(limits);
+    fuzz::beQuiet(limits);
     static HDNTLibrary root(nullptr);
     return &root;
 }

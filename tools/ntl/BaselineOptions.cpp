@@ -13,11 +13,7 @@ Baselines::Baselines(const Settings& settings)
     if (!writtenPath_.empty()) written_.emplace(writtenPath_);
     if (knownPath_.empty()) return;
     known_.emplace(knownPath_);
-    try {
-        known_->read();
-    } catch (const HEXDataException& error) {
-        throw Failure(Unusable, error.what());
-    }
+    orUnusable([&] { known_->read(); });
 }
 
 void Baselines::take(CheckResult& result) {
@@ -39,11 +35,7 @@ void Baselines::finish() {
                  "; --write-baseline writes it without");
     if (!written_) return;
     if (!isWhole_) return complain(writtenPath_ + ": not written, since an input has errors");
-    try {
-        written_->write();
-    } catch (const HEXDataException& error) {
-        throw Failure(Unusable, error.what());
-    }
+    orUnusable([&] { written_->write(); });
     complain(writtenPath_ + ": " + entries(written_->size()) + " written");
 }
 

@@ -28,31 +28,19 @@ CheckPlan::CheckPlan(const Settings& settings)
 CheckPlan::CheckPlan(const Settings& settings, const std::string& input) : CheckPlan(settings) {
     const std::string path = projectOf(settings, input);
     if (path.empty()) return;
-    try {
-        project_ = hdnt::author::readProject(path);
-    } catch (const HEXDataException& error) {
-        throw Failure(Unusable, error.what());
-    }
+    project_ = orUnusable([&] { return hdnt::author::readProject(path); });
     rules_ = project_->rules;
     rules_.add(commandLine_);
 }
 
 void CheckPlan::enter() const {
     if (!project_) return;
-    try {
-        hdnt::author::enterProject(*project_);
-    } catch (const HEXDataException& error) {
-        throw Failure(Unusable, error.what());
-    }
+    orUnusable([&] { hdnt::author::enterProject(*project_); });
 }
 
 std::vector<std::string> CheckPlan::parents(const std::vector<std::string>& ofCommandLine) const {
     if (!project_ || !ofCommandLine.empty()) return ofCommandLine;
-    try {
-        return hdnt::author::parentPaths(*project_);
-    } catch (const HEXDataException& error) {
-        throw Failure(Unusable, error.what());
-    }
+    return orUnusable([&] { return hdnt::author::parentPaths(*project_); });
 }
 
 hdnt::LintOptions CheckPlan::lintOptions() const {

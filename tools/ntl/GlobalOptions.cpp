@@ -138,12 +138,10 @@ static void addSearchDirectories(const Settings& settings) {
 // Asks for the table of cells once, so that a broken one is told apart from a broken library; but a project file may
 // add tables in the process of its input, and nobody may ask before.
 static void registerTables(const Settings& settings, bool findsProjects) {
-    try {
+    orUnusable([&] {
         for (const std::string& path : settings.cellTables) hdnt::registerCells(path);
         if (!findsProjects && !haveProject(settings)) HDNTCellviewLib::getGlobal();
-    } catch (const HEXDataException& error) {
-        throw Failure(Unusable, error.what());
-    }
+    });
 }
 
 void requireKnownArchitecture(const std::string& architecture) {
@@ -154,12 +152,10 @@ void requireKnownArchitecture(const std::string& architecture) {
 }
 
 static void probeConfiguration(const std::string& architecture) {
-    try {
+    orUnusable([&] {
         configuredLibrary();
         if (!architecture.empty()) requireKnownArchitecture(architecture);
-    } catch (const HEXDataException& error) {
-        throw Failure(Unusable, error.what());
-    }
+    });
 }
 
 void applyGlobalSettings(const Settings& settings, bool findsProjects) {

@@ -53,13 +53,10 @@ int runGuide(const Settings& settings) {
     options.findings = findingsOf(opened);
     Progress progress(opened.library->getNumTypeBlocks(opened.withParents));
     options.progress = [&](size_t done, size_t) { progress.show(done); };
-    hdnt::author::WrittenGuide written;
-    try {
+    const hdnt::author::WrittenGuide written = orUnusable([&] {
         const OutputToError redirect;
-        written = writeGuide(*opened.library, settings.guideFolder, options);
-    } catch (const HEXDataException& error) {
-        throw Failure(Unusable, error.what());
-    }
+        return writeGuide(*opened.library, settings.guideFolder, options);
+    });
     progress.clear();
     if (!written.undrawn.empty()) complain("mappings are not drawn: " + written.undrawn);
     const std::string start = (std::filesystem::path(settings.guideFolder) / "index.html").string();

@@ -122,11 +122,7 @@ void Loader::forget() {
 std::vector<std::string> commonLibraryPaths() { return parentPaths("common"); }
 
 std::vector<std::string> parentPaths(const std::string& parent) {
-    try {
-        return hdnt::author::parentPaths(parent);
-    } catch (const HEXDataException& error) {
-        throw Failure(Unusable, error.what());
-    }
+    return orUnusable([&] { return hdnt::author::parentPaths(parent); });
 }
 
 std::string pathOfInput(const std::string& name) { return name == "-" ? "/dev/stdin" : name; }
