@@ -97,6 +97,7 @@ public:
         const ModuleFile read = readModules(file, {});
         for (const Diagnostic& refusal : read.refusals)
             throw HEXDataException(describe(refusal.place) + ": " + textOf(refusal));
+        if (read.modules.empty()) leftOut_.push_back(printable(file) + ": has no module");
         for (const Module& module : read.modules)
             attempt(module.place, printable(module.name), [&] { addBlock(module); });
     }

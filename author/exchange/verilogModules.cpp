@@ -9,6 +9,7 @@
 #include "hdnt/platform/HUTFile.h"
 #include "hdnt/platform/Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <span>
@@ -178,6 +179,12 @@ ModuleFile readModules(const std::string& path, const std::vector<std::string>& 
         text = fileText(path);
     } catch (const HEXDataException& error) {
         return {{}, {unreadable(path, std::string(error.what()).substr(path.size() + 2))}};
+    }
+    if (const std::size_t zero = text.find('\0'); zero != text.npos) { // yosys would take it for the end
+        Diagnostic one = unreadable(path, "holds a byte 0, which no text does");
+        one.place.line = one.place.order =
+            1 + static_cast<int>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(zero), '\n'));
+        return {{}, {std::move(one)}};
     }
     return YosysRun(path, std::move(text), searchDirectories).run();
 }

@@ -123,6 +123,7 @@ CHANGES = [
     ('"SLOW"', '"FAST"', ["parameter-default"]),
     ("module QUEUE", "module Queue", ["extra-module"]),
     ("input [`", "input [[`", ["unreadable-verilog"]),
+    ("endmodule", "endmodule\n\0", ["unreadable-verilog"], None, "\0"),
     ("define BITS", "define OTHER", ["unreadable-verilog"], None, "D;"),
     ("`timescale", "module QUEUE; endmodule\n`timescale", ["unreadable-verilog"], None, "module QUEUE (CLOCK"),
 ]
@@ -209,6 +210,8 @@ def check_refusals(folder):
     assert b"default = 70'h020000000000000001 }" in outcome.stdout and b"default = 0.3333333 }" in outcome.stdout
     system = run(NTL, "import", "verilog", written(os.path.join(folder, "a.sv"), SYSTEM)).stdout.decode()
     assert system.endswith('  block "OTHER" {\n' + SYSTEM_AS_NTL), system
+    empty = run(NTL, "import", "verilog", written(modules, "// nothing\n"), check=False)
+    assert (empty.returncode, empty.stderr) == (1, f"ntl: {modules}: has no module\n".encode()), empty
     broken = run(NTL, "import", "verilog", written(modules, "module M(input a;\nendmodule"), check=False)
     assert broken.returncode == 2 and broken.stderr.startswith(f"ntl: {modules}:1: ".encode()), broken
 
