@@ -173,6 +173,9 @@ void ModelReceiver::closePinRef() {
 
 // --- expressions
 
+// Closing parentheses are not counted: any number of them may follow each other, and what was taken before the
+// expression has to stay.
+
 void ModelReceiver::expressionBegins() {
     if (taken(0).token == T_Assign && count_ > 0 && lastTaken().token == T_StringConstant)
         assigned_ = unquoted(lastTaken());
@@ -210,6 +213,7 @@ void ModelReceiver::closeOperation() {
 void ModelReceiver::closeParentheses() {
     operands_.back().place = upToLast(operators_.back().place);
     operators_.pop_back();
+    --count_;
     depth_ -= 2;
 }
 
@@ -232,6 +236,7 @@ void ModelReceiver::callEnds() {
     const Call one = calls_.back();
     calls_.pop_back();
     const yyltype place = upToLast(one.place);
+    --count_;
     depth_ -= 3;
     build(69, [&] {
         operands_.push_back({nullptr, place});
