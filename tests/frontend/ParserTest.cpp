@@ -231,3 +231,27 @@ TEST(ParseEntry, MapLibrariesAreOffByDefault) {
     HDNTLibrary library(nullptr);
     EXPECT_FALSE(library.loadMaplib("ADD", "x"));
 }
+
+// What is kept of a statement's tokens is little, and a statement may be of any length.
+TEST(Parser, NamesOutliveLongExpressions) {
+    const auto times = [](size_t count, const std::string& text) {
+        std::string all;
+        for (size_t i = 0; i < count; ++i) all += text;
+        return all;
+    };
+    for (const size_t n : {size_t{28}, size_t{29}, size_t{31}, size_t{70}})
+        for (const std::string& value :
+             {times(n, "(") + "1" + times(n, ")"), times(n, "(") + "1" + times(n, " + 1)"),
+              times(n, "f(") + "1" + times(n, ")"), "1" + times(n, " + (1)"), "g(1" + times(n, ", (1)") + ")"}) {
+            const auto library =
+                support::parsed(support::inBlock("} mapsto { assign block property \"inst\" \"name\" " + value +
+                                                 "; assign pin property \"inst\" \"pin\", \"name\" " + value + ";"));
+            ASSERT_NE(library, nullptr) << value;
+            library->finalize();
+            const HDNTNetlist& netlist = *library->getTypeBlock(0)->getAttachedNetlist();
+            const HDNTAssignBlockProperty& ofBlock = *netlist.blockPropertyAssigns().at(0);
+            const HDNTAssignPinProperty& ofPin = *netlist.pinPropertyAssigns().at(0);
+            EXPECT_EQ(ofBlock.instName() + "/" + ofBlock.propName(), "inst/name") << value;
+            EXPECT_EQ(ofPin.instName() + "/" + ofPin.pinName() + "/" + ofPin.propName(), "inst/pin/name") << value;
+        }
+}
