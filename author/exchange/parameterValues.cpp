@@ -103,10 +103,10 @@ bool hasDefaultOf(const Json& property, const ModuleParameter& parameter) {
 
 std::string defaultText(const ModuleParameter& parameter, const Json& property) {
     if (parameter.kind == Kind::Text) return verilogString(parameter.value);
-    if (parameter.kind == Kind::Real) return verilogValue({{"bitWidth", nullptr}}, parameter.real);
+    if (parameter.kind == Kind::Real) return verilogPlain(parameter.real);
     if (parameter.kind == Kind::None) return "nothing";
     const std::optional<int> number = wordIn(parameter);
-    if (number && (parameter.isInteger || property["type"] == "int")) return std::to_string(*number);
+    if (number && (parameter.isInteger || cell(property["type"]) == "int")) return std::to_string(*number);
     const std::string width = std::to_string(parameter.value.size());
     if (parameter.value.find_first_not_of("01") != std::string::npos || parameter.value.size() < 4)
         return width + "'b" + parameter.value;
