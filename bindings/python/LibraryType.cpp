@@ -138,14 +138,14 @@ void close(const py::object& self) {
     closeLibrary(library);
 }
 
-py::object load(const py::object& from, const py::object& above, bool check) {
+py::object load(const py::object& from, const py::object& above, bool check, bool untrusted) {
     const std::string path = pathOf(from);
     std::optional<HandleInUse> parentUse;
     if (!above.is_none()) parentUse.emplace(libraryAt(above));
     std::unique_ptr<HDNTLibrary> library;
     std::vector<Diagnostic> warnings;
     inSection(above.is_none() ? LoadSection::Quiet : LoadSection::Changes, path, [&] {
-        library = scripts::loadFrom(path, parentUse ? &libraryOf(*parentUse) : nullptr, check, warnings);
+        library = scripts::loadFrom(path, {parentUse ? &libraryOf(*parentUse) : nullptr, check, untrusted}, warnings);
     });
     HDNTLibrary& loaded = *library;
     py::object result = object(wrapLibrary(loaded, std::move(library)));
@@ -217,7 +217,7 @@ void addFunctions(py::module_& module) {
         "Adds a table of cells, 'value,NAME' a line, to the one that is built in; before the first load only.",
         [](const py::object& path) { hdnt::registerCells(pathOf(path)); }, py::arg("path"));
     define(module, "load", "Loads without Python warnings.", load, py::arg("path"), py::arg("parent") = py::none(),
-           py::kw_only(), py::arg("check") = false);
+           py::kw_only(), py::arg("check") = false, py::arg("untrusted") = false);
     define(module, "common", "The common library, which belongs to the manager; loaded once.",
            [] { return managed(HDNTLibraryMgr::getCommonLibrary, "common"); });
     define(module, "simulation",

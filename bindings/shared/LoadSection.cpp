@@ -85,12 +85,13 @@ HDNTNetlist* netlistOf(ScriptLock& lock, HDNTBlock& block, const std::string* ar
     return ask();
 }
 
-std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check,
+std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, const LoadRequest& request,
                                       std::vector<Diagnostic>& warnings) {
-    if (parent) Reading::mustNotBe(path, "no library is loaded over another one");
+    if (request.parent) Reading::mustNotBe(path, "no library is loaded over another one");
     LoadOptions options;
-    options.parent = parent;
-    options.check = check || HPAParamMgr::getParamMgr()->getValueAsBool("ntl.enableDiagnostics");
+    options.parent = request.parent;
+    if (request.untrusted) options.limits = HDNTLimits::forUntrusted();
+    options.check = request.check || HPAParamMgr::getParamMgr()->getValueAsBool("ntl.enableDiagnostics");
     Loaded loaded = hdnt::load(path, options);
     if (!loaded) throw LoadFailure(path, "the library has errors", std::move(loaded.diagnostics));
     warnings = std::move(loaded.diagnostics);

@@ -137,10 +137,15 @@ void withFunctions(ScriptLock& lock, LoadSection::Kind kind, HDNTFunctionTable& 
 /// is none. It may be loaded for that, which throws LoadFailure, and runtime_error while the thread is Reading.
 HDNTNetlist* netlistOf(ScriptLock& lock, HDNTBlock& block, const std::string* architecture);
 
-/// A library of its own from a file or folder over a parent, which may be null; with `check` its content is checked.
+struct LoadRequest {
+    HDNTLibrary* parent = nullptr;
+    bool check = false;     ///< whether its content is checked
+    bool untrusted = false; ///< whether HDNTLimits::forUntrusted() hold
+};
+/// A library of its own from a file or folder.
 /// In a section. Throws LoadFailure, and over a parent while the thread is Reading, since mappings of the parent may be
 /// replaced. What is said of a good library goes to `warnings`.
-std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, HDNTLibrary* parent, bool check,
+std::unique_ptr<HDNTLibrary> loadFrom(const std::string& path, const LoadRequest& request,
                                       std::vector<Diagnostic>& warnings);
 
 /// Where the command-line tool is, seen from the library; empty when that is not known.

@@ -67,19 +67,22 @@ Tcl_Obj* close(const Call& call) {
 // Commands of the package.
 
 Tcl_Obj* load(const Command& command) {
-    static const std::array<const char*, 3> names = {"-check", "-parent", nullptr};
-    bool check = false;
+    static const std::array<const char*, 4> names = {"-check", "-parent", "-untrusted", nullptr};
+    scripts::LoadRequest request;
     std::optional<HandleInUse> below;
-    command.options(1, names, "path ?-parent library? ?-check boolean?", [&](int which, Tcl_Obj* value) {
-        if (which == 0) check = boolOf(value);
-        else if (Tcl_GetCharLength(value) == 0) below.reset();
-        else below.emplace(handleOf(command.session, value, HDNTNodeKind::Library));
-    });
+    command.options(1, names, "path ?-parent library? ?-check boolean? ?-untrusted boolean?",
+                    [&](int which, Tcl_Obj* value) {
+                        if (which == 0) request.check = boolOf(value);
+                        else if (which == 2) request.untrusted = boolOf(value);
+                        else if (Tcl_GetCharLength(value) == 0) below.reset();
+                        else below.emplace(handleOf(command.session, value, HDNTNodeKind::Library));
+                    });
     const std::string path = pathOf(command.interp, command.argument(0));
     std::unique_ptr<HDNTLibrary> library;
     std::vector<Diagnostic> warnings;
+    if (below) request.parent = below->life()->library();
     inSection(below ? LoadSection::Changes : LoadSection::Quiet, path,
-              [&] { library = scripts::loadFrom(path, below ? below->life()->library() : nullptr, check, warnings); });
+              [&] { library = scripts::loadFrom(path, request, warnings); });
     const std::shared_ptr<SharedLibrary> life = command.session.own(std::move(library));
     life->path = path;
     life->warnings = std::move(warnings);

@@ -20,6 +20,13 @@ struct HDNT_API HDNTLimits {
     int parserDepth = 4000;                   ///< entries of the parser's stack; at least 200 are always there
     long expansionInstances = 1000000;        ///< instances that one expanded mapping may have
     std::string rootFolder;                   ///< INCLUDE, INLINE and map libraries stay below it; empty: anywhere
+    size_t includedBytes = size_t{1} << 34;   ///< bytes of all INCLUDE and INLINE files of one file together
+    int seconds = 0;            ///< after which no INCLUDE or INLINE file of a file is opened; 0: any number
+    bool ownFolderOnly = false; ///< INCLUDE and INLINE stay below the folder of the file, by relative names
+
+    /// Those for files that someone else has written: ownFolderOnly, no more than 64 MiB of text and as much included,
+    /// 10 seconds, and 100,000 instances. docs/limits.md says what a load may cost then.
+    static HDNTLimits forUntrusted();
 
     /// The limits in force in this thread: those of the innermost Scope, else those of the process. Read at the start
     /// of each parse; the reference lives as long as the scope or the process.

@@ -87,14 +87,17 @@ void copySource(std::string_view text, std::string& out) {
     out.assign(text);
 }
 
-bool isInsideRoot(const std::string& path, std::string& reason) {
+bool isBelow(const std::string& folder, const std::string& path) {
     namespace fs = std::filesystem;
-    const std::string& rootFolder = HDNTLimits::get().rootFolder;
-    if (rootFolder.empty()) return true;
     std::error_code error;
-    const fs::path root = fs::canonical(rootFolder, error);
+    const fs::path root = fs::canonical(folder, error);
     const fs::path file = error ? fs::path() : fs::canonical(path, error);
-    if (!error && std::mismatch(root.begin(), root.end(), file.begin(), file.end()).first == root.end()) return true;
+    return !error && std::mismatch(root.begin(), root.end(), file.begin(), file.end()).first == root.end();
+}
+
+bool isInsideRoot(const std::string& path, std::string& reason) {
+    const std::string& rootFolder = HDNTLimits::get().rootFolder;
+    if (rootFolder.empty() || isBelow(rootFolder, path)) return true;
     reason = "not below the root folder " + rootFolder + " (limit rootFolder)";
     return false;
 }

@@ -52,6 +52,9 @@ private:
 /// Replaces `out` by a copy of the text.
 void copySource(std::string_view text, std::string& out);
 
+/// Whether a path, links resolved, is below a folder.
+bool isBelow(const std::string& folder, const std::string& path);
+
 /// Whether a path that a text names may be opened: everything may, unless a root folder is set and the path, links
 /// resolved, is not below it. False with a reason.
 bool isInsideRoot(const std::string& path, std::string& reason);

@@ -3,12 +3,14 @@
 #include "hdnt/frontend/Keywords.internal.h"
 #include "hdnt/frontend/ScannerState.internal.h"
 #include "hdnt/platform/HSTUniqString.h"
+#include "hdnt/platform/HUTFile.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace hdnt::frontend {
 
+using diagnostics::isBelow;
 using diagnostics::isInsideRoot;
 using diagnostics::sourceExists;
 
@@ -146,15 +148,41 @@ void Scanner::include(const std::string& name, bool once) {
     passOver(once);
 }
 
+// Whether the limits in force let a found file be opened. False with a reason.
+bool Scanner::mayOpen(const std::string& path, std::string& reason) const {
+    const HDNTLimits& limits = HDNTLimits::get();
+    if (saved_.size() >= static_cast<size_t>(std::max(limits.includeDepth, 0)))
+        reason = "more than " + std::to_string(limits.includeDepth) + " files open at once (limit includeDepth)";
+    else if (limits.seconds > 0 && std::chrono::steady_clock::now() - begin_ > std::chrono::seconds(limits.seconds))
+        reason = "more than " + std::to_string(limits.seconds) + " s have passed (limit seconds)";
+    else if (limits.ownFolderOnly) return isInOwnFolder(path, reason) && isInsideRoot(path, reason);
+    else return isInsideRoot(path, reason);
+    return false;
+}
+
+bool Scanner::isInOwnFolder(const std::string& path, std::string& reason) const {
+    const char* const top = saved_.empty() ? fileName_ : saved_.front().fileName;
+    const std::string folder = top ? HUTPathUtils::directoryOf(top) : "";
+    if (top && isBelow(folder.empty() ? "." : folder, path)) return true;
+    reason = top ? "not below the folder of " + std::string(top) : "a text that is no file has no folder";
+    reason += " (limit ownFolderOnly)";
+    return false;
+}
+
+// What was read into `text` counts, whatever becomes of it.
+bool Scanner::countIncluded(const SourceText& text, std::string& reason) {
+    const size_t limit = HDNTLimits::get().includedBytes;
+    includedBytes_ += text.view().size();
+    if (includedBytes_ <= limit) return true;
+    reason = "more than " + std::to_string(limit) + " bytes of included files (limit includedBytes)";
+    return false;
+}
+
 // Opens a found file and makes it the input; false, with a line on standard output, when that fails.
 bool Scanner::open(const std::string& path, bool once) {
-    const int depth = HDNTLimits::get().includeDepth;
     auto text = std::make_shared<SourceText>();
     std::string reason;
-    bool opened = false;
-    if (saved_.size() >= static_cast<size_t>(std::max(depth, 0)))
-        reason = "more than " + std::to_string(depth) + " files open at once (limit includeDepth)";
-    else opened = isInsideRoot(path, reason) && read(path, *text, reason);
+    const bool opened = mayOpen(path, reason) && read(path, *text, reason) && countIncluded(*text, reason);
     if (prints()) std::printf("\t Loading File : %s\n", path.c_str());
     if (!opened) {
         if (prints()) std::printf("file %s could not be opened\n", path.c_str());

@@ -1,3 +1,4 @@
+#include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/frontend/ScannerState.internal.h"
 #include "hdnt/platform/Bytes16.internal.h"
 #include "hdnt/platform/HSTUniqString.h"
@@ -123,6 +124,8 @@ void Scanner::init() {
     pushState(State::LineCapture);
     dropSaved();
     line_ = globalLine_ = column_ = 1;
+    includedBytes_ = 0;
+    if (HDNTLimits::get().seconds > 0) begin_ = std::chrono::steady_clock::now();
     pendingCapture_ = false;
     storeOffset_ = folderMode_ ? static_cast<int>(lines_.size()) : filteredText_;
     const bool named = ntl_parse_top_level_file && !pieces_;

@@ -6,6 +6,7 @@
 #include "hdnt/frontend/Scanner.h"
 #include "hdnt/platform/Bytes16.internal.h"
 
+#include <chrono>
 #include <cstdint>
 #include <istream>
 #include <memory>
@@ -235,6 +236,9 @@ private:
     int fileStatement();
     void include(const std::string& name, bool once);
     bool open(const std::string& path, bool once);
+    bool mayOpen(const std::string& path, std::string& reason) const;
+    bool isInOwnFolder(const std::string& path, std::string& reason) const;
+    bool countIncluded(const SourceText& text, std::string& reason);
     void passOver(bool once);
     void takeFileName(const char* lineEnd);
     void passedOver(std::string_view line);
@@ -278,6 +282,8 @@ private:
     std::vector<std::shared_ptr<SourceText>> kept_; ///< texts that were left, and may still be looked at
     std::vector<size_t> keptBefore_;                ///< how many there were when each open text began
     Files files_;
+    size_t includedBytes_ = 0; ///< since init()
+    std::chrono::steady_clock::time_point begin_{};
     std::istream* input_ = nullptr;
     FILE* output_ = nullptr;
     diagnostics::SharedTexts folderTexts_;

@@ -14,7 +14,7 @@ namespace ntl {
 
 // That of standard input is sought from the working directory.
 static std::string projectOf(const Settings& settings, const std::string& input) {
-    return settings.noProject ? "" : hdnt::author::findProject(input == "-" ? "." : input);
+    return settings.noProject || settings.untrusted ? "" : hdnt::author::findProject(input == "-" ? "." : input);
 }
 
 bool haveProject(const Settings& settings) {

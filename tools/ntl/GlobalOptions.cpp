@@ -19,8 +19,11 @@
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <charconv>
+#include <csignal>
 #include <cstdlib>
 #include <sstream>
 #include <type_traits>
@@ -78,6 +81,8 @@ static const std::vector<std::pair<std::string, LimitField>>& limitFields() {
         {"parserDepth", &HDNTLimits::parserDepth},
         {"expansionInstances", &HDNTLimits::expansionInstances},
         {"rootFolder", &HDNTLimits::rootFolder},
+        {"includedBytes", &HDNTLimits::includedBytes},
+        {"seconds", &HDNTLimits::seconds},
     };
     return fields;
 }
@@ -158,12 +163,25 @@ static void probeConfiguration(const std::string& architecture) {
     });
 }
 
+// In a signal handler.
+[[noreturn]] static void endInTime(int) {
+    writeError("ntl: more time than the limit seconds allows\n");
+    _exit(Unusable);
+}
+
+void beginTimeLimit() {
+    std::signal(SIGALRM, endInTime);
+    alarm(static_cast<unsigned>(HDNTLimits::get().seconds));
+}
+
+void endTimeLimit() { alarm(0); }
+
 void applyGlobalSettings(const Settings& settings, bool findsProjects) {
     registerTables(settings, findsProjects);
     if (!settings.data.empty()) setDataDirectory(settings.data);
     for (const std::string& parameter : settings.parameters) setParameter(parameter);
     if (!settings.architecture.empty()) setArchitecture(settings.architecture);
-    HDNTLimits limits = HDNTLimits::get();
+    HDNTLimits limits = settings.untrusted ? HDNTLimits::forUntrusted() : HDNTLimits::get();
     for (const std::string& limit : settings.limits) setLimit(limits, limit);
     if (!settings.rootFolder.empty()) {
         if (!HUTFile(settings.rootFolder).isDir())
@@ -171,6 +189,7 @@ void applyGlobalSettings(const Settings& settings, bool findsProjects) {
         limits.rootFolder = settings.rootFolder;
     }
     HDNTLimits::set(limits);
+    beginTimeLimit();
     addSearchDirectories(settings);
     probeConfiguration(settings.architecture);
 }

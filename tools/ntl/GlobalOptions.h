@@ -13,6 +13,11 @@ namespace ntl {
 /// or any that are found later.
 void applyGlobalSettings(const Settings& settings, bool findsProjects = false);
 
+/// From here the process ends with a line and Unusable when the limit "seconds" is over. applyGlobalSettings begins it;
+/// a process that is forked begins its own.
+void beginTimeLimit();
+void endTimeLimit();
+
 /// Throws Failure(Unusable) when the configuration lists architectures, and not this one.
 void requireKnownArchitecture(const std::string& architecture);
 

@@ -36,6 +36,11 @@ const std::vector<OptionSpec>& globalOptions() {
         {"--arch", "NAME", "Answer for this architecture.", &Settings::architecture, Completion::Architecture},
         {"--limit", "NAME=VALUE", "Set a bound on what is read, e.g. includeDepth=16. May be repeated.",
          &Settings::limits},
+        {"--untrusted", "",
+         "Read files of someone else: INCLUDE and INLINE stay below the folder of the input, and tight bounds hold for "
+         "size "
+         "and time.",
+         &Settings::untrusted},
         {"--color",
          "WHEN",
          "Colour the tool's own lines: auto (on a terminal), always or never.",

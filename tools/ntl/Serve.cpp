@@ -13,6 +13,7 @@ namespace ntl {
 int runServe(const Settings& settings) {
     for (const char* const parameter : {"ntl.enableDiagnostics", "arch.enableTestFeatures", "ntl.enableMapLib"})
         enableByDefault(settings, parameter);
+    endTimeLimit(); // sessions last
     const int output = ::dup(STDOUT_FILENO);
     if (output < 0) throw Failure(Unusable, "there is no standard output");
     const OutputToError redirect;

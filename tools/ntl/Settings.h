@@ -28,6 +28,7 @@ struct Settings {
     std::vector<std::string> severities; ///< CODE=SEVERITY
     std::string baseline;
     std::string newBaseline; ///< to be written
+    bool untrusted = false;
     std::string rootFolder;
     int budget = -1; ///< expansions of one mapping; -1: not said
     bool noProject = false;

@@ -1,5 +1,6 @@
 #include "tools/ntl/Workers.h"
 
+#include "tools/ntl/GlobalOptions.h"
 #include "tools/ntl/Output.h"
 
 #include <poll.h>
@@ -58,6 +59,7 @@ public:
     explicit Pool(const WorkerTasks& tasks) : tasks_(tasks), states_(tasks.count) {}
 
     void run() {
+        endTimeLimit(); // each worker has its own
         while (finished_ < tasks_.count) {
             while (nextTask_ < tasks_.count && workers_.size() < static_cast<size_t>(tasks_.atOnce) && start()) {
             }
@@ -94,6 +96,8 @@ private:
         dup2(text.writeEnd, STDERR_FILENO);
         text.close();
         close(result.readEnd);
+        beginTimeLimit();
+        std::signal(SIGALRM, SIG_DFL); // the parent says it
         writeAll(result.writeEnd, tasks_.work(nextTask_));
         close(result.writeEnd);
         end();
@@ -145,7 +149,8 @@ private:
         }
         if (WIFSIGNALED(status)) {
             const int signal = WTERMSIG(status);
-            state.result.accident = "killed by signal " + std::to_string(signal) + " (" + strsignal(signal) + ")";
+            if (signal == SIGALRM) state.result.accident = "ended, since the limit seconds is over";
+            else state.result.accident = "killed by signal " + std::to_string(signal) + " (" + strsignal(signal) + ")";
         } else if (WEXITSTATUS(status) != EXIT_SUCCESS || state.result.bytes.empty()) {
             state.result.accident = "ended early, with status " + std::to_string(WEXITSTATUS(status));
         }

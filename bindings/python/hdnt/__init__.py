@@ -30,13 +30,14 @@ __all__ = [name for name in dir() if not name.startswith("_")] + ["check", "chec
 _views.complete(Library, View)
 
 
-def load(path, parent=None, *, check=False):
+def load(path, parent=None, *, check=False, untrusted=False):
     """Loads a file, or all .btl files of a folder, as a library that belongs to the script.
 
-    With `check`, the content is checked too. Raises LoadError with every diagnostic for a text with errors, and OSError
-    when nothing is at `path`. What the text has that is passed over comes as LoadWarning, and is in `library.warnings`.
+    With `check`, the content is checked too. With `untrusted`, the limits for files of someone else hold. Raises
+    LoadError with every diagnostic for a text with errors, and OSError when nothing is at `path`. What the text has that
+    is passed over comes as LoadWarning, and is in `library.warnings`.
     """
-    library = _hdnt.load(path, parent, check=check)
+    library = _hdnt.load(path, parent, check=check, untrusted=untrusted)
     for warning in library.warnings:
         _warnings.warn(LoadWarning(str(warning)), stacklevel=2)
     return library
