@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <functional>
 #include <sstream>
 
 static std::vector<int> tokensOf(const std::string& text) {
@@ -195,11 +197,11 @@ TEST(Include, ATextThatBeginsWithTheLettersOfAnArchiveIsRead) {
 
 TEST(Include, FilesOfSomeoneElseAreLimited) {
     const TempDir dir;
-    fs::create_directories(dir.path("own/below"));
+    std::filesystem::create_directories(dir.path("own/below"));
     dir.write("outside", "pin");
     dir.write("own/near", "pin pin");
     dir.write("own/below/deep", "INLINE ../near;\npin");
-    fs::create_symlink(dir.path("outside"), dir.path("own/link"));
+    std::filesystem::create_symlink(dir.path("outside"), dir.path("own/link"));
     const auto own = [](HDNTLimits& limits) { limits.ownFolderOnly = true; };
     const struct {
         std::string name;

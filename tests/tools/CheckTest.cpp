@@ -373,3 +373,31 @@ TEST_F(CheckTest, LimitsAndRoot) {
     EXPECT_NE(range.err.find("more than 9 (limit rangeElements)"), std::string::npos);
     EXPECT_EQ(ntl.run({"check", "--limit=rangeElements=10", "-Iparts", "main.btl"}).status, 0);
 }
+
+TEST_F(CheckTest, FilesOfSomeoneElse) {
+    directory.makeDir("own");
+    directory.write("secret.inc", "a secret");
+    directory.write("own/.ntl.cfg", "rules = 3;");
+    directory.write("own/gate.inc", R"(block "GATE_INVERT" { pin "I" input; })");
+    directory.write("own/main.btl", libraryOf("INCLUDE gate.inc ;\nINLINE " + directory.path("secret.inc") + " ;"));
+    const Outcome trusted = ntl.run({"check", "-Iown", "--no-project", "own/main.btl"});
+    EXPECT_NE(trusted.err.find("secret"), std::string::npos);
+    EXPECT_EQ(trusted.status, 1);
+    const Outcome mistrusted = ntl.run({"check", "--untrusted", "-Iown", "own/main.btl"});
+    EXPECT_EQ(mistrusted.err.find("a secret"), std::string::npos);
+    EXPECT_NE(mistrusted.err.find("not below the folder of own/main.btl (limit ownFolderOnly) [include-not-opened]"),
+              std::string::npos)
+        << mistrusted.err;
+    EXPECT_EQ(mistrusted.status, 0);
+    ASSERT_EQ(mkfifo(directory.path("own/pipe.inc").c_str(), 0600), 0); // an opening that does not come back
+    directory.write("own/slow.btl", libraryOf("INCLUDE pipe.inc ;"));
+    const Outcome slow =
+        ntl.run({"check", "--untrusted", "--limit=seconds=1", "-Iown", "own/slow.btl", "own/main.btl"});
+    EXPECT_EQ(slow.status, 1);
+    EXPECT_NE(slow.err.find("own/slow.btl: ended, since the limit seconds is over"), std::string::npos)
+        << slow.err;
+    EXPECT_NE(slow.out.find("own/main.btl: 1 block"), std::string::npos);
+    const Outcome print = ntl.run({"print", "--limit=seconds=1", "-Iown", "own/slow.btl"});
+    EXPECT_EQ(print.err, "ntl: more time than the limit seconds allows\n");
+    EXPECT_EQ(print.status, 2);
+}
