@@ -22,7 +22,7 @@ struct HDNT_API HDNTLimits {
     std::string rootFolder;                   ///< INCLUDE, INLINE and map libraries stay below it; empty: anywhere
     size_t includedBytes = size_t{1} << 34;   ///< bytes of all INCLUDE and INLINE files of one file together
     int seconds = 0;            ///< after which no INCLUDE or INLINE file of a file is opened; 0: any number
-    bool ownFolderOnly = false; ///< INCLUDE and INLINE stay below the folder of the file, by relative names
+    bool ownFolderOnly = false; ///< INCLUDE and INLINE name files below the folder of the file, and no absolute names
 
     /// Those for files that someone else has written: ownFolderOnly, no more than 64 MiB of text and as much included,
     /// 10 seconds, and 100,000 instances. docs/limits.md says what a load may cost then.

@@ -143,18 +143,19 @@ void Scanner::include(const std::string& name, bool once) {
     } else {
         if (debug_) std::printf("CURRENT FILE IS %s\n", path.c_str());
         if (once) files_.included.insert(name);
-        if (open(path, once)) return;
+        if (open(name, path, once)) return;
     }
     passOver(once);
 }
 
-// Whether the limits in force let a found file be opened. False with a reason.
-bool Scanner::mayOpen(const std::string& path, std::string& reason) const {
+// Whether the limits in force let a file be opened that was found by a name. False with a reason.
+bool Scanner::mayOpen(const std::string& name, const std::string& path, std::string& reason) const {
     const HDNTLimits& limits = HDNTLimits::get();
     if (saved_.size() >= static_cast<size_t>(std::max(limits.includeDepth, 0)))
         reason = "more than " + std::to_string(limits.includeDepth) + " files open at once (limit includeDepth)";
     else if (limits.seconds > 0 && std::chrono::steady_clock::now() - begin_ > std::chrono::seconds(limits.seconds))
         reason = "more than " + std::to_string(limits.seconds) + " s have passed (limit seconds)";
+    else if (limits.ownFolderOnly && name.starts_with('/')) reason = "an absolute name (limit ownFolderOnly)";
     else if (limits.ownFolderOnly) return isInOwnFolder(path, reason) && isInsideRoot(path, reason);
     else return isInsideRoot(path, reason);
     return false;
@@ -178,11 +179,11 @@ bool Scanner::countIncluded(const SourceText& text, std::string& reason) {
     return false;
 }
 
-// Opens a found file and makes it the input; false, with a line on standard output, when that fails.
-bool Scanner::open(const std::string& path, bool once) {
+// Opens a file that was found by a name and makes it the input; false, with a line on standard output, when that fails.
+bool Scanner::open(const std::string& name, const std::string& path, bool once) {
     auto text = std::make_shared<SourceText>();
     std::string reason;
-    const bool opened = mayOpen(path, reason) && read(path, *text, reason) && countIncluded(*text, reason);
+    const bool opened = mayOpen(name, path, reason) && read(path, *text, reason) && countIncluded(*text, reason);
     if (prints()) std::printf("\t Loading File : %s\n", path.c_str());
     if (!opened) {
         if (prints()) std::printf("file %s could not be opened\n", path.c_str());

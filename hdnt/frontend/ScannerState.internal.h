@@ -235,8 +235,8 @@ private:
     int beginFileStatement(int keyword);
     int fileStatement();
     void include(const std::string& name, bool once);
-    bool open(const std::string& path, bool once);
-    bool mayOpen(const std::string& path, std::string& reason) const;
+    bool open(const std::string& name, const std::string& path, bool once);
+    bool mayOpen(const std::string& name, const std::string& path, std::string& reason) const;
     bool isInOwnFolder(const std::string& path, std::string& reason) const;
     bool countIncluded(const SourceText& text, std::string& reason);
     void passOver(bool once);

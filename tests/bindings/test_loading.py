@@ -57,6 +57,17 @@ class Errors(Folder):
         region = log["runs"][0]["results"][0]["locations"][0]["physicalLocation"]["region"]
         self.assertEqual([(region["startLine"], region["startColumn"], region["endColumn"])], expected)
 
+    def test_files_of_someone_else(self):
+        (self.folder / "own").mkdir()
+        self.write("own/near.btl", 'block "NEAR_GATE" { pin "I" input; }\n')
+        self.write("far.btl", 'block "FAR_GATE" { pin "I" input; }\n')
+        hdnt.add_search_directory(self.folder / "own")
+        path = self.write("own/main.btl", f'library "l" {{\nINCLUDE near.btl;\nINLINE ../far.btl;\nINLINE {self.folder}/far.btl;\n}}\n')
+        with warnings.catch_warnings(record=True) as caught:
+            warnings.simplefilter("always")
+            self.assertEqual([block.name for block in hdnt.load(path, untrusted=True).blocks], ["NEAR_GATE"])
+        self.assertEqual([str(one.message).count("(limit ownFolderOnly)") for one in caught], [1, 1])
+
     def test_a_load_prints_nothing(self):
         self.write("part.btl", 'block "FLOP_RISE" { pin "Q" output; }\n')
         self.write("main.btl", 'library "l" {\nINCLUDE part.btl;\nINCLUDE none.btl;\n"open\n')

@@ -111,7 +111,7 @@ class Documentation(unittest.TestCase):
         self.assertGreater(count, 120)
 
     def test_signatures(self):
-        for item, expected in ((hdnt.load, "(path, parent=None, *, check=False)"), (hdnt.common, "()"),
+        for item, expected in ((hdnt.load, "(path, parent=None, *, check=False, untrusted=False)"), (hdnt.common, "()"),
                                (hdnt.set_parameter, "(name, value)"), (hdnt.Block.pin_tuples, "(self)"),
                                (hdnt.common().find, "(name)"), (hdnt.Library.get, "(self, name, default=None)"),
                                (hdnt.common()["FLOP_RISE"].expand, "(values=None, *, connected=(), deep=False, "

@@ -204,22 +204,24 @@ TEST(Include, FilesOfSomeoneElseAreLimited) {
     std::filesystem::create_symlink(dir.path("outside"), dir.path("own/link"));
     const auto own = [](HDNTLimits& limits) { limits.ownFolderOnly = true; };
     const struct {
-        std::string name;
+        std::string name; ///< sought from own/below
         size_t tokens;
         std::string reason;
         std::function<void(HDNTLimits&)> change;
     } cases[] = {
-        {"own/near", 2, "", [](HDNTLimits&) {}},
-        {"own/near", 2, "", [](HDNTLimits& limits) { limits.includedBytes = 7; }},
-        {"own/near", 0, "more than 6 bytes of included files (limit includedBytes)",
+        {"../near", 2, "", [](HDNTLimits&) {}},
+        {dir.path("own/near"), 2, "", [](HDNTLimits&) {}},
+        {dir.path("own/near"), 0, "an absolute name (limit ownFolderOnly)", own},
+        {"../near", 2, "", [](HDNTLimits& limits) { limits.includedBytes = 7; }},
+        {"../near", 0, "more than 6 bytes of included files (limit includedBytes)",
          [](HDNTLimits& limits) { limits.includedBytes = 6; }},
-        {"own/below/deep", 1, "more than 25 bytes of included files (limit includedBytes)",
+        {"deep", 1, "more than 25 bytes of included files (limit includedBytes)",
          [](HDNTLimits& limits) { limits.includedBytes = 25; }},
-        {"own/near", 2, "", own},
-        {"own/below/deep", 3, "", own},
-        {"own/link", 0, "not below the folder of " + dir.path("own/top") + " (limit ownFolderOnly)", own},
-        {"outside", 0, "not below the folder of " + dir.path("own/top") + " (limit ownFolderOnly)", own},
-        {"own/near", 2, "", [](HDNTLimits& limits) { limits.seconds = 1; }},
+        {"../near", 2, "", own},
+        {"deep", 3, "", own},
+        {"../link", 0, "not below the folder of " + dir.path("own/top") + " (limit ownFolderOnly)", own},
+        {"../../outside", 0, "not below the folder of " + dir.path("own/top") + " (limit ownFolderOnly)", own},
+        {"../near", 2, "", [](HDNTLimits& limits) { limits.seconds = 1; }},
     };
     ntl_parse_top_level_file = strdup(dir.path("own/top").c_str());
     for (const auto& each : cases) {
@@ -233,7 +235,7 @@ TEST(Include, FilesOfSomeoneElseAreLimited) {
         HDNTLimits::set(limits);
         NtlAddSearchDirectory(dir.path("own/below"));
         std::vector<int> tokens;
-        support::printedBy([&] { tokens = tokensOf("INLINE " + dir.path(each.name) + ";\n"); });
+        support::printedBy([&] { tokens = tokensOf("INLINE " + each.name + ";\n"); });
         HDNTError::setListener(before);
         EXPECT_EQ(tokens.size(), each.tokens) << each.name << each.reason;
         EXPECT_EQ(listener.reason, each.reason) << each.name;

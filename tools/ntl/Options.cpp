@@ -37,9 +37,8 @@ const std::vector<OptionSpec>& globalOptions() {
         {"--limit", "NAME=VALUE", "Set a bound on what is read, e.g. includeDepth=16. May be repeated.",
          &Settings::limits},
         {"--untrusted", "",
-         "Read files of someone else: INCLUDE and INLINE stay below the folder of the input, and tight bounds hold for "
-         "size "
-         "and time.",
+         "Read files of someone else: what they include stays below their folder, and tight bounds hold for size and "
+         "time.",
          &Settings::untrusted},
         {"--color",
          "WHEN",
