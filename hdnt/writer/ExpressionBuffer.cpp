@@ -1,8 +1,6 @@
 #include "hdnt/writer/Elements.internal.h"
 #include "hdnt/writer/ExpressionBuffer.internal.h"
 
-#include <algorithm>
-
 namespace hdnt::writer {
 
 void ExpressionBuffer::takeAppended() {
@@ -30,7 +28,8 @@ size_t ExpressionBuffer::close() {
     return closed.start;
 }
 
-void ExpressionBuffer::parenthesise(const Operand& operand) {
+void ExpressionBuffer::parenthesise(Operand& operand) {
+    operand.depth = depthInParentheses(operand.depth);
     openings_.push_back(operand.start);
     buffer_ += ')';
 }
@@ -42,10 +41,19 @@ void ExpressionBuffer::beginCall(std::string_view name) {
     open(start);
 }
 
+// Behind the name and its parenthesis; the second argument and those after it also behind a list and a comma.
+size_t ExpressionBuffer::depthOfCall() const {
+    size_t depth = 4;
+    for (size_t i = operandsBefore(); i < operands_.size(); ++i)
+        depth = std::max(depth, operands_[i].depth + (i == operandsBefore() ? 2 : 4));
+    return depth;
+}
+
 void ExpressionBuffer::endCall() {
     takeAppended();
     buffer_ += ')';
-    operands_.push_back({close(), leaf});
+    const size_t depth = depthOfCall();
+    operands_.push_back({close(), leaf, depth});
     known_ = buffer_.size();
 }
 
@@ -74,19 +82,33 @@ ExpressionBuffer::Operand ExpressionBuffer::takeRight() {
 }
 
 void ExpressionBuffer::endOperator(HDNTExpr::FOPERATOR op) {
-    const Operand right = takeRight();
-    if (op == HDNTExpr::NEGATE) buffer_ += ')';
-    else if (right.precedence <= precedenceOf(op)) parenthesise(right);
+    Operand right = takeRight();
+    if (op == HDNTExpr::NEGATE) {
+        buffer_ += ')';
+        right.depth = depthInParentheses(right.depth);
+    } else if (right.precedence <= precedenceOf(op)) {
+        parenthesise(right);
+    }
+    if (!operands_.empty())
+        operands_.back().depth = std::max(operands_.back().depth, right.depth + (op == HDNTExpr::NEGATE ? 1 : 2));
     known_ = buffer_.size();
 }
 
 void ExpressionBuffer::endNegation(std::string_view falseText) {
     const int precedence = precedenceOf(HDNTExpr::EQUAL);
-    const Operand right = takeRight();
+    Operand right = takeRight();
     if (right.precedence < precedence) parenthesise(right);
     buffer_.append(" == ").append(falseText);
-    if (!operands_.empty()) operands_.back().precedence = precedence;
+    if (!operands_.empty()) {
+        operands_.back().precedence = precedence;
+        operands_.back().depth = std::max<size_t>(right.depth, 3);
+    }
     known_ = buffer_.size();
+}
+
+size_t ExpressionBuffer::depth() {
+    takeAppended();
+    return operands_.empty() ? 0 : operands_.back().depth;
 }
 
 std::string_view ExpressionBuffer::finish() {

@@ -2,6 +2,7 @@
 
 #include "hdnt/netlist/HDNTExpr.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +33,9 @@ public:
     /// Likewise for a negation, which the language can write only as a comparison with this text.
     void endNegation(std::string_view falseText);
 
+    /// How many symbols a parser has on its stack while it reads what is complete so far.
+    size_t depth();
+
     /// The text, valid until the next operation.
     std::string_view finish();
     void clear();
@@ -40,6 +44,7 @@ private:
     struct Operand {
         size_t start;
         int precedence;
+        size_t depth = 1; ///< symbols on the parser's stack
     };
     /// An operator or call whose operands come: what is on the stack above them is theirs.
     struct Open {
@@ -52,7 +57,9 @@ private:
     void open(size_t start);
     size_t close();
     void takeAppended();
-    void parenthesise(const Operand& operand);
+    void parenthesise(Operand& operand);
+    static size_t depthInParentheses(size_t depth) { return std::max<size_t>(depth + 1, 3); }
+    size_t depthOfCall() const;
     Operand takeRight();
 
     std::string& buffer_;

@@ -1,5 +1,6 @@
 #include "hdnt/writer/HDNTSourceVisitor.h"
 
+#include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTProperty.h"
 #include "hdnt/netlist/HDNTAssignProperty.h"
@@ -13,9 +14,11 @@
 #include "hdnt/netlist/HDNTStmt.h"
 #include "hdnt/netlist/Words.h"
 #include "hdnt/writer/Elements.internal.h"
+#include "hdnt/writer/ExpressionBuffer.internal.h"
 #include "hdnt/writer/Line.internal.h"
 #include "hdnt/writer/PropertyText.internal.h"
 
+#include <algorithm>
 #include <typeinfo>
 #include <utility>
 
@@ -182,10 +185,35 @@ void HDNTSourceVisitor::visit(HDNTAssignBlockProperty* assign) {
     HDNTPrintVisitor::visit(assign);
 }
 
+void HDNTSourceVisitor::postVisit(HDNTAssignBlockProperty* assign) {
+    checkDepth(assign, 5 + text_->depth());
+    HDNTPrintVisitor::postVisit(assign);
+}
+
 void HDNTSourceVisitor::visit(HDNTAssignPinProperty* assign) {
     enterAssign(*assign);
     if (assign->pinName().starts_with('~')) cannotWrite("a pin name that begins with \"~\"");
     HDNTPrintVisitor::visit(assign);
+}
+
+void HDNTSourceVisitor::postVisit(HDNTAssignPinProperty* assign) {
+    checkDepth(assign, 6 + text_->depth());
+    HDNTPrintVisitor::postVisit(assign);
+}
+
+// What a text nests is more than what the model does: parentheses that it cannot do without.
+void HDNTSourceVisitor::checkDepth(const HDNTNetlistEntity* statement, size_t symbols) {
+    constexpr size_t aroundStatements = 13;
+    symbols += aroundStatements;
+    for (const HDNTNode* node = statement; const HDNTNode* const around = node->getParent(); node = around) {
+        const auto* const branch = nodeCast<HDNTIfStmt>(around);
+        if (branch) symbols += node == branch->elseStmt() ? 6 : 4;
+        else if (nodeCast<HDNTStmtBlock>(around)) symbols += 2;
+        else break;
+    }
+    const int limit = std::max(HDNTLimits::get().parserDepth, 200);
+    if (symbols >= static_cast<size_t>(limit))
+        cannotWrite("what nests deeper than the limit parserDepth allows, which is " + std::to_string(limit));
 }
 
 // What the grammar knows as a statement, and visitors deliver.
@@ -206,6 +234,7 @@ void HDNTSourceVisitor::checkExpression(const HDNTExpr* expr) {
 void HDNTSourceVisitor::visit(HDNTStmtBlock* block) {
     enterElement("statement block", nullptr);
     for (const HDNTNetlistEntity* statement : block->statements()) checkStatement(statement);
+    checkDepth(block, 3);
     if (!std::exchange(branchDue_, false)) return HDNTPrintVisitor::visit(block);
     write(" {\n");
     indentMore();
@@ -230,6 +259,7 @@ void HDNTSourceVisitor::writeBranch(const HDNTNetlistEntity* branch) {
 }
 
 void HDNTSourceVisitor::postVisit(HDNTIfStmt* stmt) {
+    checkDepth(stmt, std::max<size_t>(2 + text_->depth(), 6));
     writeExpression(")");
     writeBranch(stmt->thenStmt());
 }
@@ -247,6 +277,13 @@ void HDNTSourceVisitor::visit(HDNTFunctionCall* call) {
     checkFunctionName(call->name());
     for (const HDNTExpr* actual : call->actuals()) checkExpression(actual);
     HDNTPrintVisitor::visit(call);
+}
+
+void HDNTSourceVisitor::postVisit(HDNTFunctionCall* call) {
+    if (!call->isStatement()) return HDNTPrintVisitor::postVisit(call);
+    text_->endCall();
+    checkDepth(call, text_->depth());
+    writeExpression(";\n");
 }
 
 void HDNTSourceVisitor::visit(HDNTCompoundExpr* expr) {

@@ -38,12 +38,15 @@ public:
     void visit(HDNTSignal* signal) override;
     void visit(HDNTConnect* connect) override;
     void visit(HDNTAssignBlockProperty* assign) override;
+    void postVisit(HDNTAssignBlockProperty* assign) override;
     void visit(HDNTAssignPinProperty* assign) override;
+    void postVisit(HDNTAssignPinProperty* assign) override;
     void visit(HDNTStmtBlock* block) override;
     void visit(HDNTIfStmt* stmt) override;
     void postVisit(HDNTIfStmt* stmt) override;
     void elseVisit(HDNTIfStmt* stmt) override;
     void visit(HDNTFunctionCall* call) override;
+    void postVisit(HDNTFunctionCall* call) override;
     void visit(HDNTCompoundExpr* expr) override;
 
 private:
@@ -61,6 +64,8 @@ private:
     HDNT_LOCAL void enterAssign(const HDNTAssignProperty& assign);
     HDNT_LOCAL void checkFunctionName(const std::string& name);
     HDNT_LOCAL void checkStatement(const HDNTNetlistEntity* statement);
+    /// Of a statement whose parts nest so many symbols deep in it.
+    HDNT_LOCAL void checkDepth(const HDNTNetlistEntity* statement, size_t symbols);
     HDNT_LOCAL void checkExpression(const HDNTExpr* expr);
     HDNT_LOCAL void writeBranch(const HDNTNetlistEntity* branch);
 

@@ -396,6 +396,54 @@ TEST(SourceForm, NamesDeclarationsThatNoTextHas) {
     }
 }
 
+// Each form of nesting, from less than the reader takes to more: what is written reads back, or it is refused.
+TEST(SourceForm, IsRefusedWhereItNestsTooDeep) {
+    HDNTLimits limits = HDNTLimits::get();
+    limits.parserDepth = 300;
+    HDNTLimits::set(limits);
+    const auto repeat = [](const std::string& text, int times) {
+        std::string all;
+        for (int i = 0; i < times; ++i) all += text;
+        return all;
+    };
+    const struct {
+        const char* before;
+        const char* opening;
+        const char* middle;
+        const char* closing;
+        const char* behind;
+        bool isEverRefused; ///< the form is deeper than its text
+    } cases[] = {
+        {"assign block property \"U\" \"P\" ", "- ", "f(1)", "", ";", true},
+        {"assign pin property \"U\" \"I\", \"P\" ", "- ", "f(1)", "", ";", true},
+        {"assign block property \"U\" \"P\" ", "-(1 + ", "2", ")", ";", false},
+        {"assign block property \"U\" \"P\" ", "2 - (", "1 + 1", ")", ";", false},
+        {"assign block property \"U\" \"P\" ", "(", "1", ")", ";", false},
+        {"if (1 < 2) f(1); else if (", "- ", "f(1)", "", " == 1) f(2);", true},
+        {"if (1 < 2) { f(1, ", "f(", "2, f()", ")", "); }", false},
+        {"f(", "f(1, - -", "2", ", 3)", ");", true},
+        {"", "if (1 < 2) { ", "f(- - - - - - - - - -1);", "}", "", true},
+        {"", "if (1 < 2) f(1); else ", "if (- - - - - - -1 < 0) { }", "", "", true},
+    };
+    for (const auto& [before, opening, middle, closing, behind, isEverRefused] : cases) {
+        SCOPED_TRACE(opening);
+        bool isWritten[2] = {};
+        for (int times = 1; times < 300; ++times) {
+            const auto library =
+                support::loaded("library \"L\" { block \"ADD\" { } mapsto { " + (before + repeat(opening, times)) +
+                                middle + repeat(closing, times) + behind + " } }");
+            if (!library) break;
+            bool isComplete = false;
+            const std::string text =
+                support::writtenBy([&](FILE* stream) { isComplete = library->printSource(stream, nullptr); });
+            ASSERT_EQ(isComplete, support::loaded(text) != nullptr) << times;
+            isWritten[isComplete ? 1 : 0] = true;
+        }
+        EXPECT_TRUE(isWritten[1]);
+        EXPECT_EQ(isWritten[0], isEverRefused);
+    }
+}
+
 // In a thread with a stack of one megabyte: chains are long, and parentheses and statements deep.
 TEST(BothForms, WriteWhatIsDeep) {
     const auto run = [](void*) -> void* {
@@ -415,6 +463,7 @@ TEST(BothForms, WriteWhatIsDeep) {
         if (!library) return nullptr;
         const std::string text = support::source(*library);
         EXPECT_NE(text.find(sum), text.npos);
+        EXPECT_NE(text.rfind("\"U\" \"P\" "), text.find("\"U\" \"P\" "));
         EXPECT_EQ(support::source(*support::loaded(text)), text);
         EXPECT_NE(support::printed(*library).find(sum), text.npos);
         return nullptr;
