@@ -322,7 +322,8 @@ Repair Recovery::skip() const {
         const bool first = item == fault_.item;
         if (!first && beginsBlock(item)) break; // however many braces are open
         if (!(first && again) && braces == 0) {
-            if (fault_.expected.contains(token) || token == '}' || (token == ';' && !isInList())) break;
+            const bool goesOn = !fault_.tooDeep && fault_.expected.contains(token); // what nests would nest again
+            if (goesOn || token == '}' || (token == ';' && !isInList())) break;
             if (beginners.contains(token) && items_[item].newlines > 0) break;
         }
         if (token == '{') ++braces;

@@ -89,13 +89,14 @@ private:
         for (;;) {
             const int level = levelOf(to_.token());
             if constexpr (Receiver::recovers) expected_ |= operators;
-            while (operations_.size() > outside && operations_.back().level >= std::max(level, 1))
-                begin = leaveOperation();
+            leaveOperators(outside, std::max(level, 1), begin);
             if (level > 0) {
-                if (!enterOperation({Operation::operation, level, begin}, NtlPart::operation))
-                    return Tokens::stepOf(lacks());
-                take();
-                return Step::inside;
+                if (enterOperation({Operation::operation, level, begin}, NtlPart::operation)) {
+                    take();
+                    return Step::inside;
+                }
+                if (!lacks()) return Step::failed;
+                leaveOperators(outside, 1, begin);
             }
             if (operations_.size() == outside) return Step::done;
             if (operations_.back().kind == Operation::call) {
@@ -107,6 +108,11 @@ private:
             begin = leaveOperation();
             if (isStatement && operations_.size() == outside) return Step::done;
         }
+    }
+
+    // Those that bind as tight, or tighter.
+    void leaveOperators(std::size_t outside, int level, typename Receiver::Mark& begin) {
+        while (operations_.size() > outside && operations_.back().level >= level) begin = leaveOperation();
     }
 
     bool enterOperation(Operation&& operation, NtlPart part) {

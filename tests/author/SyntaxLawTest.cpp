@@ -149,6 +149,20 @@ TEST(SyntaxLaw, SameVerdictAndFirstErrorOnMutants) {
         ASSERT_NO_FATAL_FAILURE(expectLaw(support::mutant(tokens, random), i % 20 == 0)) << i;
 }
 
+// Deeper than the tree nests: its nodes still lie in each other, and there is no more to do than the text is long.
+TEST(SyntaxLaw, TreesOfTextsThatNestTooDeep) {
+    const std::string head = "library \"L\" { block \"A\" mapsto { assign block property \"U\" \"P\" ";
+    for (const char* const opening : {"-(", "(-", "1 * (2 + ", "a(-(1 + ", "a(1, ", "!"})
+        for (const int times : {3998, 4001, 100000}) {
+            std::string text = head;
+            for (int i = 0; i < times; ++i) text += opening;
+            SyntaxTree tree;
+            ASSERT_TRUE(tree.read(text));
+            ASSERT_NO_FATAL_FAILURE(expectTree(tree, text)) << opening;
+            EXPECT_FALSE(tree.messages().empty());
+        }
+}
+
 namespace {
 
 bool operator==(const SyntaxNode& a, const SyntaxNode& b) {
