@@ -72,7 +72,7 @@ void Recovery::addNode(NtlPart part, std::size_t begin, std::size_t end, int tok
 // Behind what was taken last, and inside of what is open.
 void Recovery::addMissing(int token) {
     if (trial_) return;
-    const std::size_t at = std::max<std::size_t>(end_, open_.empty() ? 0 : nodes_[open_.back()].begin);
+    const std::size_t at = std::max<std::size_t>(end_, open_.empty() ? 0 : opened().begin);
     addNode(NtlPart::missing, at, at, token);
 }
 
@@ -96,13 +96,13 @@ void Recovery::take(const TokenSet& couldBe) {
 
 void Recovery::open(NtlPart part) {
     if (trial_) return;
-    open_.push_back(nodes_.size());
+    open_.push_back({nodes_.size(), false});
     addNode(part, item_, item_, 0);
 }
 
 void Recovery::close(NtlPart) {
     if (trial_) return;
-    SyntaxNode& node = nodes_[open_.back()];
+    SyntaxNode& node = opened();
     open_.pop_back();
     node.end = std::max(node.begin, static_cast<std::uint32_t>(end_));
     end_ = node.end; // an empty part may lie behind a comment
@@ -112,11 +112,31 @@ void Recovery::close(NtlPart) {
 void Recovery::openAt(const Mark& mark, NtlPart part) {
     if (trial_) return;
     auto begin = static_cast<std::uint32_t>(mark.item);
-    if (mark.node < nodes_.size()) begin = std::min(begin, nodes_[mark.node].begin); // missing, before a comment
-    const auto at = nodes_.begin() + static_cast<std::ptrdiff_t>(mark.node);
-    for (auto node = at; node != nodes_.end(); ++node) ++node->next;
-    nodes_.insert(at, {begin, begin, 0, 0, part});
-    open_.push_back(mark.node);
+    const bool isAround = mark.node < nodes_.size();
+    if (isAround) begin = std::min(begin, nodes_[mark.node].begin); // missing, before a comment
+    open_.push_back({isAround ? around_.size() : nodes_.size(), isAround});
+    if (isAround) around_.push_back({mark.node, {begin, begin, 0, 0, part}});
+    else addNode(part, begin, begin, 0);
+}
+
+// Of those around one node, the later are outside.
+void Recovery::layAround() {
+    std::reverse(around_.begin(), around_.end());
+    std::stable_sort(around_.begin(), around_.end(), [](const Around& a, const Around& b) { return a.node < b.node; });
+    std::vector<SyntaxNode> all;
+    all.reserve(nodes_.size() + around_.size());
+    std::vector<std::uint32_t> placeOf; // of each node with all that is around it
+    placeOf.reserve(nodes_.size() + 1);
+    auto next = around_.begin();
+    for (std::size_t node = 0; node < nodes_.size(); ++node) {
+        placeOf.push_back(static_cast<std::uint32_t>(all.size()));
+        for (; next != around_.end() && next->node == node; ++next) all.push_back(next->part);
+        all.push_back(nodes_[node]);
+    }
+    placeOf.push_back(static_cast<std::uint32_t>(all.size()));
+    for (SyntaxNode& node : all) node.next = placeOf[node.next];
+    nodes_ = std::move(all);
+    around_.clear();
 }
 
 bool Recovery::deeper() {
@@ -137,7 +157,7 @@ bool Recovery::lacks(const TokenSet& expected) {
     fault_ = {item_,
               taken_,
               ahead_,
-              open_.empty() ? NtlPart::file : nodes_[open_.back()].part,
+              open_.empty() ? NtlPart::file : opened().part,
               expected,
               couldBe_,
               std::exchange(tooDeep_, false),
@@ -161,7 +181,7 @@ void Recovery::answerAtEnd(const TokenSet& expected) {
 
 Recovery::Start Recovery::start() {
     forced_ = false;
-    return {item_, edit_, nodes_.size(), taken_, end_};
+    return {item_, edit_, nodes_.size(), around_.size(), taken_, end_};
 }
 
 void Recovery::rewind(const Start& begin) {
@@ -169,7 +189,10 @@ void Recovery::rewind(const Start& begin) {
     edit_ = begin.edit;
     taken_ = begin.taken;
     end_ = begin.end;
-    if (!trial_) nodes_.resize(begin.nodes);
+    if (!trial_) {
+        nodes_.resize(begin.nodes);
+        around_.resize(begin.around);
+    }
     look();
 }
 

@@ -75,6 +75,7 @@ public:
         std::size_t item;
         std::size_t edit;
         std::size_t nodes;
+        std::size_t around;
         std::size_t taken;
         std::size_t end;
     };
@@ -101,6 +102,8 @@ public:
 
     /// To be called when the grammar gave up.
     void sayLast();
+    /// To be called after the parse, before the nodes are read.
+    void layAround();
 
     /// The text goes on behind its items, nobody knows how: what may stand there is asked for.
     void askAtEnd();
@@ -149,6 +152,9 @@ private:
     void insertEdits(const std::vector<Edit>& edits, std::size_t from);
     void addMissing(int token);
     void addNode(NtlPart part, std::size_t begin, std::size_t end, int token);
+    SyntaxNode& opened() {
+        return open_.back().isAround ? around_[open_.back().index].part : nodes_[open_.back().index];
+    }
 
     const SourceItems& items_;
     std::vector<SyntaxNode>& nodes_;
@@ -161,7 +167,18 @@ private:
     int ahead_ = 0;
     std::vector<Edit> edits_; ///< by item; those before edit_ are done with
 
-    std::vector<std::size_t> open_; ///< nodes
+    /// A part that began at a node that was there already. It is laid around that node when all are known, since to put
+    /// each in its place at once takes a time that grows with the square of an expression.
+    struct Around {
+        std::size_t node;
+        SyntaxNode part;
+    };
+    std::vector<Around> around_;
+    struct Open {
+        std::size_t index;
+        bool isAround;
+    };
+    std::vector<Open> open_;
     TokenSet couldBe_;
     std::size_t taken_ = Fault::none; ///< the item taken last
     std::size_t end_ = 0;             ///< behind what was taken or dropped last

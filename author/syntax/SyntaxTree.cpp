@@ -149,6 +149,7 @@ void SyntaxTree::parse() {
     content_ = contentOf(items_, recovery);
     const bool whole = content_ == NtlList::none ? grammar.file() : grammar.fragment(content_);
     if (!whole) recovery.sayLast();
+    recovery.layAround();
     trials_ = recovery.trials();
     nodes_.front().end = static_cast<std::uint32_t>(items_.size());
     collectMessages();

@@ -90,6 +90,7 @@ bool SyntaxTree::parsePatch(Patch& patch, const frontend::SourceItems::Change& c
         patch.end = old;
         patch.oldItem = oldItem;
         patch.trials = recovery.trials();
+        recovery.layAround();
         return true;
     }
 }
