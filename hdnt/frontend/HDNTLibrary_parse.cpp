@@ -16,6 +16,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <utility>
 
 using namespace hdnt::frontend;
@@ -32,9 +33,9 @@ void HDNTLibrary::enterParser() {
     NtlInitParser();
 }
 
-static void setTopLevelFile(const char* name) noexcept {
-    std::free(ntl_parse_top_level_file);
-    ntl_parse_top_level_file = name ? strdup(name) : nullptr;
+static void setTopLevelFile(const char* name) {
+    std::free(std::exchange(ntl_parse_top_level_file, nullptr));
+    if (name && !(ntl_parse_top_level_file = strdup(name))) throw std::bad_alloc();
 }
 
 void HDNTLibrary::leaveParser() noexcept {

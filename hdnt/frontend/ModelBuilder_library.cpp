@@ -10,6 +10,7 @@
 #include "hdnt/registry/HDNTCellviewLib.h"
 
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace hdnt::frontend::build {
@@ -20,7 +21,8 @@ using hdnt::netlist::MappingJournal;
 
 // Blocks of the parse in progress. The parser owns them until they are handed to the library.
 model::LateBlockNames& pendingBlocks() {
-    static auto* const blocks = new model::LateBlockNames;
+    alignas(model::LateBlockNames) static char memory[sizeof(model::LateBlockNames)];
+    static auto* const blocks = new (memory) model::LateBlockNames; // asked for where no exception may come
     return *blocks;
 }
 
@@ -85,8 +87,8 @@ void library(std::string_view name, std::vector<HDNTDecl*>* decls, const yyltype
     HDNTLibrary& library = target();
     library.setLocation(place);
     tellOfFunctions(*decls, library);
-    std::vector<HDNTDecl*> items(std::move(*decls));
-    library.init(std::string(name), &items);
+    library.init(std::string(name), decls);
+    decls->clear();
 }
 
 } // namespace hdnt::frontend::build

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 namespace hdnt::frontend {
 
@@ -191,14 +192,17 @@ bool Scanner::open(const std::string& name, const std::string& path, bool once) 
         return false;
     }
     notify(HDNTNotice::Kind::FileOpened, path);
+    auto buffer = std::make_unique<yy_buffer_state>();
+    buffer->ownedByScanner = true;
+    buffer->text = std::move(text);
+    const char* const fileName = HSTUniqString::internCString(path);
+    files_.opened.push_back(path);
+    makeRoomToKeep();
     unload();
     saved_.push_back({buffers_.back(), fileName_, line_});
-    buffers_.back() = new yy_buffer_state;
-    buffers_.back()->ownedByScanner = true;
-    buffers_.back()->text = std::move(text);
+    buffers_.back() = buffer.release();
     load();
-    fileName_ = HSTUniqString::internCString(path);
-    files_.opened.push_back(path);
+    fileName_ = fileName;
     line_ = 1;
     endStatement(once);
     return true;

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <memory>
 #include <utility>
 
 namespace hdnt::frontend {
@@ -93,6 +94,12 @@ char* Scanner::matchText() {
     return matchText_.data();
 }
 
+// So that each open text can be kept when it is left, which no exception may interrupt.
+void Scanner::makeRoomToKeep() {
+    const size_t needed = kept_.size() + buffers_.size() + saved_.size() + 1;
+    if (kept_.capacity() < needed) kept_.reserve(2 * needed);
+}
+
 // The text of a buffer that is no longer scanned. A parse may still look at tokens in it.
 void Scanner::release(std::shared_ptr<SourceText> text) {
     if (!keptBefore_.empty()) return kept_.push_back(std::move(text));
@@ -157,8 +164,12 @@ void Scanner::dropSaved() {
 void Scanner::beginText(std::shared_ptr<SourceText> text) {
     unload();
     dropSaved();
-    buffers_.push_back(new yy_buffer_state);
-    buffers_.back()->text = std::move(text);
+    makeRoomToKeep();
+    auto buffer = std::make_unique<yy_buffer_state>();
+    buffer->text = std::move(text);
+    keptBefore_.reserve(keptBefore_.size() + 1);
+    buffers_.push_back(buffer.get());
+    buffer.release();
     keptBefore_.push_back(kept_.size());
 }
 

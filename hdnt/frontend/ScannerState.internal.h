@@ -224,6 +224,7 @@ private:
     void setInputOf(yy_buffer_state& buffer, std::istream* input);
     void discard(yy_buffer_state* buffer);
     void release(std::shared_ptr<SourceText> text);
+    void makeRoomToKeep();
     void letGo();
     void readLine();
     bool refill(size_t& scanned);

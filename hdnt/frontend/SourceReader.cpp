@@ -30,14 +30,13 @@ static_assert(SourceItem::LineComment == +Scanner::LineComment && SourceItem::Bl
 class SourceReader::Session : private HDNTErrorListener {
 public:
     Session(const std::shared_ptr<SourceText>& text, SourceProblem& problem, std::vector<std::uint32_t>* refusals)
-        : text_(text->bytes), problem_(problem), refusals_(refusals), listener_(HDNTError::setListener(this)),
-          errors_(HDNTError::numErrors) {
-        scanner_.setPieces(true);
+        : Session(text->bytes, problem, refusals) {
         scanner_.beginText(text);
+        isOpen_ = true;
         scanner_.init();
     }
     ~Session() override {
-        scanner_.endText();
+        if (isOpen_) scanner_.endText();
         scanner_.setPieces(false);
         HDNTError::numErrors = errors_;
         HDNTError::setListener(listener_);
@@ -54,6 +53,13 @@ public:
     }
 
 private:
+    // The destructor puts back also when the other constructor throws: this one is done by then.
+    Session(const std::string& text, SourceProblem& problem, std::vector<std::uint32_t>* refusals)
+        : text_(text), problem_(problem), refusals_(refusals), listener_(HDNTError::setListener(this)),
+          errors_(HDNTError::numErrors) {
+        scanner_.setPieces(true);
+    }
+
     bool scan(std::vector<SourceItem>& items) {
         const std::size_t begin = items.size();
         Scanner& scanner = scanner_;
@@ -203,6 +209,7 @@ private:
     HDNTErrorListener* listener_;
     int errors_;
     Scanner& scanner_ = Scanner::instance();
+    bool isOpen_ = false;
     std::vector<SourceItem>* items_ = nullptr; ///< while some are read
     std::size_t directiveEnd_ = 0;
     std::size_t gapStart_ = 0;

@@ -9,6 +9,7 @@
 #include "hdnt/platform/HUTMemWatcher.h"
 
 #include <algorithm>
+#include <new>
 #include <numeric>
 
 HDNTLibrary::HDNTLibrary(HDNTLibrary* parent)
@@ -40,8 +41,8 @@ void HDNTLibrary::init(const std::string& name, std::vector<HDNTDecl*>* decls) {
     name_ = name;
     const bool testFeatures = HPAParamMgr::getParamMgr()->getValueAsBool("arch.enableTestFeatures");
     if (!decls) return;
-    for (HDNTDecl* decl : *decls) {
-        if (!decl) continue;
+    const auto take = [&](HDNTDecl* decl) {
+        if (!decl) return;
         decl->setParent(this);
         if (auto* const block = nodeCast<HDNTBlock>(decl)) {
             if (block->isTest() && !testFeatures) delete block;
@@ -49,12 +50,24 @@ void HDNTLibrary::init(const std::string& name, std::vector<HDNTDecl*>* decls) {
         } else if (!adoptFunction(decl)) {
             throw HEXAlgException("Invalid library declaration type");
         }
+    };
+    auto next = decls->begin();
+    try {
+        for (; next != decls->end(); ++next) take(*next);
+    } catch (const std::bad_alloc&) {
+        std::fill(decls->begin(), next, nullptr);
+        throw;
     }
 }
 
 void HDNTLibrary::adopt(HDNTBlock* block) {
     blocks_.push_back(block);
-    adopted_.add(block);
+    try {
+        adopted_.add(block);
+    } catch (...) {
+        blocks_.pop_back();
+        throw;
+    }
 }
 
 HDNTBlock* HDNTLibrary::getDeclaredBlock(const std::string& name) const {

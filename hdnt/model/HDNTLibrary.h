@@ -97,7 +97,7 @@ public:
     /// Adopts parsed declarations: blocks and function declarations, in order; null entries are skipped. Blocks with
     /// the test flag are deleted unless the parameter "arch.enableTestFeatures" is on. The vector stays the caller's
     /// and may be null. Another kind throws HEXAlgException "Invalid library declaration type"; what came before stays
-    /// adopted.
+    /// adopted. Behind std::bad_alloc, what was adopted or deleted is null in the vector.
     void init(const std::string& name, std::vector<HDNTDecl*>* decls);
 
     /// The name in the last text parsed into this library; empty before.

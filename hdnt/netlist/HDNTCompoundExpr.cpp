@@ -14,18 +14,24 @@ HDNTCompoundExpr::HDNTCompoundExpr(HDNTExpr* lhs, FOPERATOR op, HDNTExpr* rhs) :
     if (rhs) rhs->setParent(this);
 }
 
-// In a loop, as every walk: operands are taken out before their operation is deleted.
-HDNTCompoundExpr::~HDNTCompoundExpr() {
-    std::vector<HDNTExpr*> operands{lhs_, rhs_};
-    while (!operands.empty()) {
-        HDNTExpr* const operand = operands.back();
-        operands.pop_back();
-        if (auto* const compound = nodeCast<HDNTCompoundExpr>(operand)) {
-            operands.push_back(std::exchange(compound->lhs_, nullptr));
-            operands.push_back(std::exchange(compound->rhs_, nullptr));
+// In a loop, as every walk, and without memory for it: an operation on the left comes above the one it is an operand
+// of, until only its right side is left.
+void HDNTCompoundExpr::deleteAll(HDNTExpr* expr) noexcept {
+    while (auto* const top = nodeCast<HDNTCompoundExpr>(expr)) {
+        if (auto* const left = nodeCast<HDNTCompoundExpr>(top->lhs_)) {
+            top->lhs_ = std::exchange(left->rhs_, top);
+            expr = left;
+        } else {
+            expr = std::exchange(top->rhs_, nullptr);
+            delete top;
         }
-        delete operand;
     }
+    delete expr;
+}
+
+HDNTCompoundExpr::~HDNTCompoundExpr() {
+    deleteAll(std::exchange(lhs_, nullptr));
+    deleteAll(std::exchange(rhs_, nullptr));
 }
 
 void HDNTCompoundExpr::check() {

@@ -40,6 +40,7 @@ public:
 
 private:
     HDNT_LOCAL void deriveType();
+    HDNT_LOCAL static void deleteAll(HDNTExpr* expr) noexcept;
 
     HDNTExpr* lhs_;
     HDNTExpr* rhs_;

@@ -7,7 +7,9 @@
 #include <libconfig.h++>
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
+#include <new>
 #include <set>
 #include <string_view>
 #include <unordered_map>
@@ -77,12 +79,15 @@ void ConfigBase::readFile(const std::string& fileName, const std::string& sectio
         std::set<std::string> seen;
         refuseDirectories(path, directory, seen);
         fresh->setIncludeDir(directory.c_str());
+        errno = 0;
         try {
             fresh->readFile(path.c_str());
         } catch (const libconfig::ParseException& e) {
             const std::string file = e.getFile() ? e.getFile() : path;
             reject(file, ":" + std::to_string(e.getLine()) + ": " + (e.getError() ? e.getError() : "syntax error"));
         } catch (const libconfig::FileIOException&) {
+            const int reason = errno;
+            if (reason == ENOMEM) throw std::bad_alloc();
             reject(path, ": cannot be read");
         }
     }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <mutex>
+#include <new>
 #include <vector>
 
 using hdnt::platform::equalTexts;
@@ -171,7 +172,9 @@ void HSTUniqString::drop(const Entry* entry) noexcept {
 }
 
 const std::string& HSTUniqString::emptyText() {
-    static const std::string* const text = new std::string;
+    // Outlives whatever else is static, and needs no memory.
+    alignas(std::string) static char memory[sizeof(std::string)];
+    static const std::string* const text = new (memory) std::string;
     return *text;
 }
 

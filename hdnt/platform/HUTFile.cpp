@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -46,6 +47,7 @@ HUTFileIter* HUTFile::createFileIter() const {
         if (name != "." && name != "..") names.emplace_back(name);
         errno = 0;
     }
+    if (errno == ENOMEM) throw std::bad_alloc();
     if (errno != 0)
         throw HEXDataException("Could not read directory " + path_ + ": " + std::generic_category().message(errno));
     std::sort(names.begin(), names.end());

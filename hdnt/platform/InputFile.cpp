@@ -127,7 +127,7 @@ bool expand(Decoder& decoder, std::string_view archive, const InputLimits& limit
     std::string_view rest = archive;
     for (;;) {
         if (!decoder.recognises(rest)) return why = "bytes after the end of the archive", false;
-        if (!decoder.begin()) return why = systemReason(ENOMEM), false;
+        if (!decoder.begin()) throw std::bad_alloc();
         Decoder::Status status = Decoder::Status::More;
         while (status == Decoder::Status::More) {
             const std::size_t before = rest.size();
@@ -162,14 +162,14 @@ bool readText(const std::string& path, const InputLimits& limits, std::string& o
 } // namespace
 
 bool readInput(const std::string& path, const InputLimits& limits, std::string& out, std::string& why) {
-    bool good = false;
     try {
-        good = readText(path, limits, out, why);
-    } catch (const std::bad_alloc&) {
-        why = systemReason(ENOMEM);
+        if (readText(path, limits, out, why)) return true;
+    } catch (...) {
+        out = std::string();
+        throw;
     }
-    if (!good) out = std::string();
-    return good;
+    out = std::string();
+    return false;
 }
 
 } // namespace hdnt::platform

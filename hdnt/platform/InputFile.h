@@ -18,7 +18,8 @@ struct InputLimits {
 /// several members of the same kind in a row are one text; anything else is taken as it is. An empty file is an empty
 /// text. False, with a short reason in `why` and `out` emptied, when the file is missing, unreadable or a directory,
 /// when an archive is cut anywhere, damaged, or followed by other bytes, and when a limit is passed: expansion stops
-/// there, so that memory stays within the limit's order. Pipes are read to their end. Safe in any thread.
+/// there, so that memory stays within the limit's order. Pipes are read to their end. Throws std::bad_alloc, with `out`
+/// emptied, so that a lack of memory is not taken for a missing file. Safe in any thread.
 HDNT_API bool readInput(const std::string& path, const InputLimits& limits, std::string& out, std::string& why);
 
 } // namespace hdnt::platform
