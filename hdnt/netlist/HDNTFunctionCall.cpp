@@ -2,6 +2,7 @@
 
 #include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/model/HDNTLibrary.h"
+#include "hdnt/netlist/CompoundWalk.internal.h"
 #include "hdnt/netlist/Evaluate.internal.h"
 #include "hdnt/netlist/HDNTFunctionDecl.h"
 #include "hdnt/netlist/HDNTValue.h"
@@ -24,9 +25,8 @@ HDNTExpr* HDNTFunctionCall::getActual(size_t i) const {
 }
 
 HDNTFunctionDecl* HDNTFunctionCall::getDecl() const {
-    for (const HDNTNode* node = this; node; node = node->getParent())
-        if (const auto* const library = nodeCast<HDNTLibrary>(node)) return library->getFunctionDeclByName(name());
-    return nullptr;
+    const HDNTLibrary* const library = hdnt::netlist::WayUp::libraryAbove(*this);
+    return library ? library->getFunctionDeclByName(name()) : nullptr;
 }
 
 void HDNTFunctionCall::check() {
@@ -38,6 +38,26 @@ void HDNTFunctionCall::check() {
 void HDNTFunctionCall::finalize() {
     for (HDNTExpr* actual : actuals_) actual->finalize();
     if (const HDNTFunctionDecl* const decl = getDecl()) setExprType(static_cast<unsigned>(decl->getType()));
+}
+
+constinit thread_local hdnt::netlist::WayUp* hdnt::netlist::WayUp::innermost = nullptr;
+
+// Only of calls in what is walked: others, which a listener may ask for, need not live as long as the walk.
+HDNTLibrary* hdnt::netlist::WayUp::libraryAbove(const HDNTNode& call) {
+    bool isWalked = false;
+    const HDNTNode* node = &call;
+    for (; node && !nodeCast<HDNTLibrary>(node); node = node->getParent()) {
+        if (!innermost) continue;
+        isWalked = isWalked || node == innermost->walked_ || node == innermost->known_;
+        if (node == innermost->known_) break;
+    }
+    const bool isKnown = node && innermost && node == innermost->known_;
+    auto* const library = isKnown ? innermost->library_ : const_cast<HDNTLibrary*>(nodeCast<HDNTLibrary>(node));
+    if (isWalked) {
+        innermost->known_ = call.getParent()->getParent();
+        innermost->library_ = library;
+    }
+    return library;
 }
 
 void HDNTFunctionCall::evaluate() { hdnt::netlist::evaluateAndStore(*this); }
