@@ -57,6 +57,7 @@ enum class DiagnosticCode : unsigned char {
     folderEntry,
     configuration,
     refused,
+    tooManyDiagnostics,
     // Notices of the library
     includeSkipped,
     includeNotFound,

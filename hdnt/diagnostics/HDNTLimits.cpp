@@ -16,6 +16,7 @@ HDNTLimits HDNTLimits::forUntrusted() {
     limits.expansionFloor = size_t{1} << 20;
     limits.rangeElements = 65536;
     limits.expansionInstances = 100000;
+    limits.diagnostics = 10000;
     limits.seconds = 10;
     limits.ownFolderOnly = true;
     return limits;

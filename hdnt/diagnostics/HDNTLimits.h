@@ -19,6 +19,7 @@ struct HDNT_API HDNTLimits {
     int precision = 100;                      ///< fraction digits of a double property
     int parserDepth = 4000;                   ///< entries of the parser's stack; at least 200 are always there
     long expansionInstances = 1000000;        ///< instances that one expanded mapping may have
+    size_t diagnostics = 1000000;             ///< that hdnt::load keeps; of the rest one says how many they are
     std::string rootFolder;                   ///< INCLUDE, INLINE and map libraries stay below it; empty: anywhere
     size_t includedBytes = size_t{1} << 34;   ///< bytes of all INCLUDE and INLINE files of one file together
     int seconds = 0;            ///< after which no INCLUDE or INLINE file of a file is opened; 0: any number

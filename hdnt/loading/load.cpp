@@ -26,18 +26,38 @@ public:
     Recorder(Loaded& loaded, HDNTErrorListener* other) : loaded_(loaded), other_(other) {}
 
     bool report(const HDNTReport& report) override {
-        loaded_.diagnostics.push_back(diagnosticOf(report));
+        if (isKept(Severity::error)) loaded_.diagnostics.push_back(diagnosticOf(report));
         return !other_ || other_->report(report);
     }
     void notice(const HDNTNotice& notice) override {
-        if (notice.kind != HDNTNotice::Kind::FileOpened) loaded_.diagnostics.push_back(diagnosticOf(notice));
+        if (notice.kind != HDNTNotice::Kind::FileOpened && isKept(Severity::warning))
+            loaded_.diagnostics.push_back(diagnosticOf(notice));
         if (other_) other_->notice(notice);
     }
     bool silencesOutput() const override { return !other_ || other_->silencesOutput(); }
 
+    /// To be called behind the load.
+    void sayHowManyAreNotKept() {
+        if (notKept_ == 0) return;
+        const DiagnosticRule& rule = ruleOf(DiagnosticCode::tooManyDiagnostics);
+        Diagnostic& last = loaded_.diagnostics.emplace_back();
+        last.severity = worst_;
+        last.code = rule.name;
+        last.message = filledIn(rule.wording, {std::to_string(notKept_)});
+    }
+
 private:
+    bool isKept(Severity severity) {
+        if (loaded_.diagnostics.size() < HDNTLimits::get().diagnostics) return true;
+        ++notKept_;
+        if (severity == Severity::error) worst_ = severity;
+        return false;
+    }
+
     Loaded& loaded_;
     HDNTErrorListener* other_;
+    size_t notKept_ = 0;
+    Severity worst_ = Severity::warning;
 };
 
 bool underWay = false;
@@ -162,6 +182,7 @@ Loaded load(const std::string& path, const LoadOptions& options) {
     Recorder recorder(loaded, options.listener);
     const Surroundings surroundings(options, recorder);
     loadInto(loaded, path, options);
+    recorder.sayHowManyAreNotKept();
     if (HDNTError::numErrors > 0) loaded.library.reset();
     target.isReplaced = loaded.library != nullptr;
     return loaded;

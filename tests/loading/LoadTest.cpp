@@ -94,6 +94,27 @@ TEST_F(Load, ReadsTextsInPlaceOfFiles) {
     EXPECT_EQ(brief(hdnt::load(main, options)), (Texts{"warning include-not-found 3:8-17 39-48"}));
 }
 
+TEST_F(Load, KeepsSoManyDiagnostics) {
+    const struct {
+        std::string text;
+        std::size_t limit;
+        std::string last;
+    } cases[] = {
+        {"!!!", 3, "error unrecognized-character Unrecognized char: '!'"},
+        {"!!!", 2, "error too-many-diagnostics 1 more are not kept (limit diagnostics)"},
+        {"!!!", 0, "error too-many-diagnostics 3 more are not kept (limit diagnostics)"},
+        {"INCLUDE none;\nINCLUDE none;", 1, "warning too-many-diagnostics 1 more are not kept (limit diagnostics)"},
+    };
+    for (const auto& [text, limit, last] : cases) {
+        LoadOptions options;
+        options.limits.emplace().diagnostics = limit;
+        const Loaded loaded = hdnt::load(library("l.btl", text + "\n"), options);
+        const Diagnostic& one = loaded.diagnostics.back();
+        EXPECT_EQ(std::string(nameOf(one.severity)) + " " + one.code + " " + one.message, last);
+        EXPECT_EQ(bool(loaded), one.severity == hdnt::Severity::warning);
+    }
+}
+
 TEST_F(Load, LeavesNothingBehindAndPrintsNothing) {
     const std::string bad = library("bad.btl", "INCLUDE part.inc;\n\"open\nblock 7");
     file("part.inc", "block \"HOLD\" { pin \"A\" input; }");

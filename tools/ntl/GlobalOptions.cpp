@@ -80,6 +80,7 @@ static const std::vector<std::pair<std::string, LimitField>>& limitFields() {
         {"precision", &HDNTLimits::precision},
         {"parserDepth", &HDNTLimits::parserDepth},
         {"expansionInstances", &HDNTLimits::expansionInstances},
+        {"diagnostics", &HDNTLimits::diagnostics},
         {"rootFolder", &HDNTLimits::rootFolder},
         {"includedBytes", &HDNTLimits::includedBytes},
         {"seconds", &HDNTLimits::seconds},
