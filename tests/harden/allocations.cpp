@@ -166,7 +166,8 @@ std::string guiding() {
 struct Operation {
     std::string name;
     std::function<std::string()> run;
-    /// The JSON library takes memory when it destroys a value, and ends the process when there is none.
+    /// The JSON library takes memory when it destroys a value, and ends the process when there is none; optimized, it
+    /// destroys values that were not made for lack of memory.
     bool isOfJson = false;
 };
 
@@ -268,7 +269,8 @@ private:
     void judge(std::size_t n) {
         const Outcome one = tried(n);
         const long allowed = std::max(clean_.live[0], clean_.live[1]);
-        if (!one.isDone && operation_.isOfJson && WIFSIGNALED(status_) && WTERMSIG(status_) == SIGABRT) ++ended_;
+        const int signal = WIFSIGNALED(status_) ? WTERMSIG(status_) : 0;
+        if (!one.isDone && operation_.isOfJson && (signal == SIGABRT || signal == SIGSEGV)) ++ended_;
         else if (!one.isDone) find(n, end_);
         else if (one.complaint[0] != '\0') find(n, std::string("thrown: ") + one.complaint);
         else if (one.hasFailed && !one.isRefused && one.results[0] != clean_.results[0]) find(n, "another result");
