@@ -3,6 +3,7 @@
 #include "author/lint/Findings.internal.h"
 #include "author/lint/RuleControl.h"
 #include "author/lint/Statements.internal.h"
+#include "hdnt/platform/Text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -120,6 +121,8 @@ public:
         if (text.find(mark) == text.npos || !tree_.read(std::move(text))) return false;
         file_ = file;
         const auto& items = tree_.items();
+        const std::string_view all = items.text();
+        for (std::size_t end = 0; (end = all.find('\n', end)) != all.npos;) lines_.push_back(++end);
         for (std::size_t i = 0; i < items.size(); ++i)
             if (const auto said = items[i].isComment() ? waiverIn(items.textOf(i)) : std::nullopt) add(i, *said);
         return !waivers_.empty();
@@ -162,17 +165,20 @@ private:
         if (waiver.fault.empty() && !waiver.covered) waiver.fault = "no statement stands behind it";
         if (!waiver.fault.empty()) waiver.covered.reset();
         if (waiver.covered) {
-            waiver.firstLine = problem(waiver.covered->begin).line;
-            waiver.lastLine = problem(waiver.covered->end).line;
+            waiver.firstLine = lineOf(waiver.covered->begin);
+            waiver.lastLine = lineOf(waiver.covered->end);
         }
         waivers_.push_back(std::move(waiver));
     }
 
-    std::optional<Stretch> coveredBy(std::size_t comment) const {
+    // Asked in the order of the comments, of which those before one statement are walked once.
+    std::optional<Stretch> coveredBy(std::size_t comment) {
         const auto& items = tree_.items();
         if (!items[comment].startsLine) return coveredBy(statementAround(tree_, comment - 1));
-        std::size_t next = comment + 1;
-        while (next < items.size() && (items[next].isComment() || items[next].kind == SourceItem::Directive)) ++next;
+        next_ = std::max(next_, comment + 1);
+        while (next_ < items.size() && (items[next_].isComment() || items[next_].kind == SourceItem::Directive))
+            ++next_;
+        const std::size_t next = next_;
         if (next == items.size()) return std::nullopt;
         if (items[next].kind == SourceItem::FileStatement) return stretchOf(next, next + 1);
         if (items.textOf(next) == "library") return stretchOf(next, items.size());
@@ -188,28 +194,32 @@ private:
         return {tree_.items()[begin].offset, last.offset + last.length};
     }
 
-    frontend::SourceProblem problem(std::size_t offset) const {
-        return frontend::problemAt(tree_.items().text(), offset, {});
+    int lineOf(std::size_t offset) const {
+        return static_cast<int>(std::upper_bound(lines_.begin(), lines_.end(), offset) - lines_.begin());
     }
 
     Place placeOf(const Stretch& stretch) const {
         const std::string_view text = tree_.items().text();
         const std::size_t end = std::min(stretch.end, text.find('\n', stretch.begin));
-        const frontend::SourceProblem first = problem(stretch.begin);
         Place place;
         place.file = file_;
-        place.line = place.textLine = place.order = first.line;
-        place.column = first.column;
-        place.endColumn = problem(end).column;
+        place.line = place.textLine = place.order = lineOf(stretch.begin);
+        const std::size_t lineStart = lines_[static_cast<std::size_t>(place.line) - 1];
+        const auto columnOf = [&](std::size_t offset) {
+            return static_cast<int>(platform::characters(text.substr(lineStart, offset - lineStart))) + 1;
+        };
+        place.column = columnOf(stretch.begin);
+        place.endColumn = columnOf(std::min(end, text.size()));
         place.offset = stretch.begin;
         place.endOffset = end;
-        const std::size_t lineStart = text.rfind('\n', stretch.begin) + 1;
         place.text = text.substr(lineStart, text.find('\n', lineStart) - lineStart);
         return place;
     }
 
     std::string file_;
     SyntaxTree tree_;
+    std::vector<std::size_t> lines_{0}; ///< where each begins
+    std::size_t next_ = 0;
     std::vector<Waiver> waivers_;
 };
 

@@ -183,19 +183,22 @@ private:
                  const MappingView::In<HDNTConnect>& connect) {
         const PinOfInstance pin(&reference.instName(), pins.first() + index);
         const std::string& signal = connect.node->signalName();
-        const auto [first, last] = uses_.equal_range(pin);
-        const auto other = std::find_if(first, last, [&](const auto& use) {
-            return *use.second.signal != signal && isAlways(use.second.scope, connect.scope);
+        std::vector<Use>& uses = uses_[pin];
+        const auto other = std::find_if(uses.begin(), uses.end(), [&](const Use& use) {
+            return *use.signal != signal && isAlways(use.scope, connect.scope);
         });
-        if (other != last) {
+        if (other != uses.end()) {
             const std::string instance = reference.instName().empty() ? "" : quoted(reference.instName()) + ' ';
             const HDNTBus& bus = *pins.declaration();
             const std::size_t bit = pin.second - static_cast<std::size_t>(bus.getFirstPinIndex());
             findings_.add(LintCode::pinOnTwoSignals, at,
-                          {instance + quoted(bus.pins()[bit].getName(false)), *other->second.signal, signal});
-            findings_.relate(*other->second.at, "first connected here");
+                          {instance + quoted(bus.pins()[bit].getName(false)), *other->signal, signal});
+            findings_.relate(*other->at, "first connected here");
+        } else if (std::any_of(uses.begin(), uses.end(),
+                               [&](const Use& use) { return *use.signal == signal && use.scope == connect.scope; })) {
+            return; // one of many is enough to find another signal by
         }
-        uses_.emplace(pin, Use{&signal, connect.scope, &at});
+        uses.push_back({&signal, connect.scope, &at});
     }
 
     static std::string rangeText(const HDNTBus& bus) {
@@ -310,7 +313,7 @@ private:
     BlockFinder& finder_;
     Findings& findings_;
     std::unordered_map<Name, std::vector<Instance>> instances_;
-    std::unordered_multimap<PinOfInstance, Use, PinHash> uses_;
+    std::unordered_map<PinOfInstance, std::vector<Use>, PinHash> uses_;
 };
 
 } // namespace
