@@ -74,6 +74,9 @@ TEST(FormatterTest, Layout) {
         {"", ""},
         {" \n\t\n", ""},
         {"// end", "// end\n"},
+        {"// end \t ", "// end\n"},
+        {"f(1); // blanks \t \nf(2);//\t\n//  \n", "f(1);  // blanks\nf(2);  //\n//\n"},
+        {"f(/* x */ - g(1), g( /* y */- (2)));", "f(/* x */ -g(1), g(/* y */ -(2)));\n"},
         {"library \"l\"{}", "library \"l\" { }\n"},
         {"\n\nlibrary\"l\" // x\n{\n\n\n/* y */\n\n\nblock \"A\" { }\n\n}\n\n", // around braces
          "library \"l\"  // x\n{\n  /* y */\n\n  block \"A\" { }\n}\n"},

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
+#include <cstring>
 
 using support::parsed;
 using support::Reports;
@@ -265,8 +267,34 @@ TEST(Comparison, PlacesAndBytes) {
     EXPECT_EQ(differences[0].newPlace.line, differences[0].oldPlace.line + 2);
     EXPECT_EQ(differences[0].oldPlace.column, 5);
     const std::string bytes = HDNTModelTree(*before).toBytes();
-    for (const std::string& bad : {std::string(), bytes.substr(1), bytes.substr(0, bytes.size() - 1), bytes + "x"})
+    for (const std::string& bad : {std::string(), bytes.substr(1), bytes.substr(0, bytes.size() - 1), bytes + "x",
+                                   bytes.substr(0, 24), std::string(bytes.size(), '\xff')})
         EXPECT_THROW(HDNTModelTree::fromBytes(bad), HEXDataException);
+}
+
+// Counts of the head that no memory could hold, or whose bytes are few only once they have wrapped.
+TEST(Comparison, DamagedBytesAreRefusedOrCompared) {
+    const auto library = finished(base);
+    const HDNTModelTree whole(*library);
+    const std::string bytes = whole.toBytes();
+    const auto with = [&](size_t word, std::uint64_t value) {
+        std::string damaged = bytes;
+        std::memcpy(damaged.data() + 8 * word, &value, 8);
+        return damaged;
+    };
+    for (const std::uint64_t count : {1ULL << 40, 1ULL << 60, 1ULL << 62, 1ULL << 63, ~0ULL})
+        for (const size_t word : {0U, 1U, 2U})
+            EXPECT_THROW(HDNTModelTree::fromBytes(with(word, count)), HEXDataException) << word << ' ' << count;
+    size_t refused = 0;
+    for (size_t word = 0; word < bytes.size() / 8; ++word) {
+        try {
+            HDNTComparison::compare(HDNTModelTree::fromBytes(with(word, ~0ULL)), whole);
+        } catch (const HEXDataException&) {
+            ++refused;
+        }
+    }
+    // Only places and texts may be anything.
+    EXPECT_GT(refused, 3 + 6 * whole.elements().size() + 3 * whole.facets().size() - 1);
 }
 
 // Redefined elements are not lost; blocks with more buses than pins are walked.

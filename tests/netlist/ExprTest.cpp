@@ -236,6 +236,39 @@ TEST(Expr, EvaluationStoresTheResultsInside) {
     EXPECT_EQ(resultOf(*difference), 7);
 }
 
+TEST(Expr, ADeclarationAnswersWhetherArgumentsFit) {
+    const Reports reports;
+    const std::vector<HATAttrTypes::AttrType> formals = {HATAttrTypes::TypeInt, HATAttrTypes::TypeString};
+    const HDNTFunctionDecl sum("sum", HATAttrTypes::TypeInt, &formals);
+    const HDNTFunctionDecl none("none", HATAttrTypes::TypeInt, nullptr);
+    HDNTFunctionCall call("sum", nullptr);
+    HDNTIntConstant number(1);
+    HDNTStringConstant text("a");
+    HDNTFunctionCall unknown("unknown", nullptr); // of no declaration, so of no type
+    const std::pair<std::vector<HDNTExpr*>, bool> cases[] = {
+        {{&number, &text}, true},   {{&unknown, &unknown}, true}, {{}, false},
+        {{&number}, false},         {{&text, &text}, false},      {{&number, &number}, false},
+        {{&text, &number}, false},  {{&number, &text, &text}, false}};
+    for (const auto& [actuals, fits] : cases) {
+        EXPECT_EQ(sum.matchArgs(&actuals, &call), fits) << actuals.size();
+        EXPECT_EQ(none.matchArgs(&actuals, &call), actuals.empty()) << actuals.size();
+    }
+    EXPECT_TRUE(none.matchArgs(nullptr, &call));
+    EXPECT_FALSE(sum.matchArgs(nullptr, &call));
+}
+
+TEST(Expr, AMillionOperationsAreDeletedHoweverTheyAreNested) {
+    for (const bool isRight : {true, false}) {
+        HDNTExpr* expr = new HDNTIntConstant(1);
+        for (int i = 0; i < 1000000; ++i) {
+            auto* const other = new HDNTIntConstant(1);
+            expr = isRight ? new HDNTCompoundExpr(other, HDNTExpr::ADD, expr)
+                           : new HDNTCompoundExpr(expr, HDNTExpr::ADD, other);
+        }
+        delete expr;
+    }
+}
+
 // Of a class that the library does not know; without a result when `result` is null.
 class HostsExpr : public HDNTExpr {
 public:

@@ -188,6 +188,9 @@ TEST(Netlist, PseudoDifferential) {
         const auto library = loaded(mapped(body).insert(13, "block \"GATE_AND_2\" { } "));
         EXPECT_EQ(library->getTypeBlock(1)->hasPseudoDifferentialExpansion(""), expected) << body;
         EXPECT_FALSE(library->getTypeBlock(0)->hasPseudoDifferentialExpansion("x"));
+        HDNTPseudoDiffVisitor unbound(nullptr);
+        library->getTypeBlock(1)->getNetlist()->accept(unbound);
+        EXPECT_FALSE(unbound.found()) << body;
     }
     // Of the common library's blocks once it is loaded; it is not loaded for the question.
     dir.makeDir("tessels");
