@@ -7,6 +7,7 @@ import json
 import os
 import subprocess
 import sys
+import tempfile
 import unittest
 import weakref
 
@@ -193,22 +194,57 @@ class Containers(unittest.TestCase):
         self.assertEqual([repr(view) for view in views],
                          ["<blocks of hdnt.Library (gone)>", "<pins of hdnt.Block (gone)>"])
 
-    def test_representations_of_mappings_are_short(self):
-        kinds = set()
+    def test_representations_of_every_kind(self):
+        shown = {}
+        visitor = type("Showing", (hdnt.Visitor,), {
+            name: lambda self, node: shown.setdefault(type(node).__name__, repr(node)[6:-1])
+            for name in dir(hdnt.Visitor) if name.startswith("visit_")})()
+        library = self.of("""library "l" { function bool f(int); block "OWN" { pin "D" input clock;
+            property 4'h "P" { default = 4'hA } } mapsto { f(1); inst "u" "OWN"; signal "s" : "D", "u" "~D";
+            assign block property "u" "P" "%s"; assign pin property "u" "D", "L" 1.5;
+            if (true && 1 < 2) { inst "v" "OWN"; } } }""" % ("x" * 70))
+        library.accept(visitor)
+        self.assertEqual(shown, {kind: ("%s %s" % (kind, facts)).rstrip() for kind, facts in {
+            "Library": "'l' of 1 block", "Function": "'f'", "Block": "'OWN' 1 pin, 1 property", "Bus": "'D' input clock",
+            "Pin": "'D' input clock", "Property": "'P' bithex, default \"4'hA\"", "Netlist": "mapsto of 1 instance",
+            "Call": "'f(1);'", "IntConstant": "'1'", "Instance": "'u' of 'OWN'", "Signal": "'s'",
+            "Connect": "'s' to 2 pins", "PinRef": "'D'", "PinAssign": "'L' of 'u.D'", "DoubleConstant": "'1.500000'",
+            "BlockAssign": "'P' of 'u'", "StringConstant": "'\"%s...'" % ("x" * 59), "If": "'true && 1 < 2'",
+            "BoolConstant": "'true'", "Operation": "'true && 1 < 2'", "Statements": "of 1 statement"}.items()})
 
-        def show(node):
-            kinds.add(type(node))
-            self.assertRegex(repr(node), "^<hdnt.%s.{0,160}>$" % type(node).__name__)
+    def of(self, text):
+        with tempfile.NamedTemporaryFile("w", suffix=".btl") as file:
+            file.write(text)
+            file.flush()
+            return hdnt.load(file.name)
 
-        visitor = type("Showing", (hdnt.Visitor,), {name: lambda self, node: show(node) for name in dir(hdnt.Visitor)
-                                                    if name.startswith("visit_")})()
-        hdnt.common().accept(visitor)
-        self.assertGreaterEqual(len(kinds), 17)
-        mapping = hdnt.common()["ADD_CHAIN_8"].netlist
-        one = mapping.instances[0]
-        self.assertEqual([repr(mapping), repr(one)],
-                         ["<hdnt.Netlist %s of %d instances>" % (mapping.section, len(mapping.instances)),
-                          "<hdnt.Instance '%s' of '%s'>" % (one.name, one.type_name)])
+    def test_names_are_found_in_any_case_and_types_in_the_common_library(self):
+        library = self.of("""library "l" { block "Own" { pin "D[1:0]" input; property int "Size" { default = 1 } } mapsto {
+            inst "a" "oWN"; inst "b" "add_chain_8"; inst "c" "NO_SUCH"; } }""")
+        block = library["Own"]
+        for view, item, written in ((library, block, "Own"), (library.blocks, block, "Own"), (library.all_blocks, block, "Own"),
+                                    (block.buses, block.buses[0], "D"), (block.pins, block.pins[1], "D[0]"),
+                                    (block.properties, block.properties[0], "Size")):
+            for name in (written, written.upper(), written.lower()):
+                self.assertIs(view[name], item)
+                self.assertIn(name, view)
+                self.assertIs(view.get(name), item)
+        self.assertEqual((library.find("OWN"), library.starting_with("oW")[:]), (block, [block]))
+        self.assertEqual([one.type_block for one in block.netlist.instances],
+                         [block, hdnt.common()["ADD_CHAIN_8"], None])
+
+    def test_what_fails_while_the_last_handle_goes_is_what_is_raised(self):
+        class Closing:
+            def __index__(self):
+                library.close()
+                raise ZeroDivisionError("own")
+        before, library = hdnt.live_handles(), self.of('library "l" { block "OWN" { } }')
+        with self.assertRaisesRegex(ZeroDivisionError, "own"):
+            library.blocks[Closing()]
+        with self.assertRaisesRegex(KeyError, "NONE"):
+            self.of('library "l" { block "OWN" { } }')["NONE"]
+        del library, Closing
+        self.assertEqual(hdnt.live_handles(), before)
 
     def test_views_are_equal_when_they_are_of_the_same(self):
         block = hdnt.common()["ADD_CHAIN_8"]

@@ -116,7 +116,10 @@ class Operations(unittest.TestCase):
                 ("LEAST", 2, ValueError, "2 is below 3; allowed are 3 and above"),
                 ("MOST", 4, ValueError, "4 is above 3; allowed are 3 and below"),
                 ("LIST", 3, ValueError, "3 is none of 4, 2"),
-                ("LIST", 2 ** 40, ValueError, "1099511627776 is no int value; write one of 4, 2"),
+                *(("LIST", far, ValueError, "%d is no int value; write one of 4, 2" % far)
+                  for far in (2 ** 31, -2 ** 31 - 1, 2 ** 40, 2 ** 63, -2 ** 70)),
+                ("LIST", 2 ** 31 - 1, ValueError, "2147483647 is none of 4, 2"),
+                ("LIST", -2 ** 31, ValueError, "-2147483648 is none of 4, 2"),
                 ("FLAG", 1, ValueError, "1 is no bool value; write true or false"),
                 ("X", 3, ValueError, "3.0 is above 2.0; allowed are 0.5 to 2.0"),
                 ("X", 10 ** 30, ValueError, "1e+30 is above 2.0; allowed are 0.5 to 2.0"),
@@ -129,6 +132,9 @@ class Operations(unittest.TestCase):
             with self.assertRaises(error) as caught:
                 block.expand({name: value})
             self.assertEqual(str(caught.exception), "block FLOP_RISE: %s: %s" % (name, reason))
+            if error is ValueError:
+                one = block.properties[name]
+                self.assertEqual((one.refusal(value), one.accepts(value)), ("%s: %s" % (name, reason), False))
         self.assertEqual(block.properties["H"].refusal("hello"), "H: 'hello' is no 4'h value; write 4'h0 to 4'hF")
         self.assertEqual(block.properties["H"].refusal("4'b0101"), None)
         with self.assertRaisesRegex(ValueError, "S: 'THREE' is none of ONE, TWO$"):
@@ -212,6 +218,10 @@ class Operations(unittest.TestCase):
             "visit_section", "visit_if", "visit_int", "visit_operation", "visit_int", "leave_operation", "leave_if",
             "visit_statements", "visit_instance", "leave_statements", "leave_netlist"])
         self.assertEqual({kind for name, kind in seen if name == "visit_int"}, {"IntConstant"})
+
+        class Unheard(hdnt.Visitor):
+            visit_nothing = visit_pins = leave_pin = leave_instance = enter_block = leave_else = lambda self, node: 1 / 0
+        self.library.accept(Unheard())
 
         class NoMappings(hdnt.Visitor):
             blocks = 0

@@ -246,9 +246,9 @@ TEST(Expr, ADeclarationAnswersWhetherArgumentsFit) {
     HDNTStringConstant text("a");
     HDNTFunctionCall unknown("unknown", nullptr); // of no declaration, so of no type
     const std::pair<std::vector<HDNTExpr*>, bool> cases[] = {
-        {{&number, &text}, true},   {{&unknown, &unknown}, true}, {{}, false},
-        {{&number}, false},         {{&text, &text}, false},      {{&number, &number}, false},
-        {{&text, &number}, false},  {{&number, &text, &text}, false}};
+        {{&number, &text}, true},  {{&unknown, &unknown}, true},    {{}, false},
+        {{&number}, false},        {{&text, &text}, false},         {{&number, &number}, false},
+        {{&text, &number}, false}, {{&number, &text, &text}, false}};
     for (const auto& [actuals, fits] : cases) {
         EXPECT_EQ(sum.matchArgs(&actuals, &call), fits) << actuals.size();
         EXPECT_EQ(none.matchArgs(&actuals, &call), actuals.empty()) << actuals.size();

@@ -176,6 +176,35 @@ TEST_F(CheckFormatsTest, JsonHoldsWhatTheTextSays) {
     EXPECT_EQ(json["inputs"][2]["diagnostics"][0]["code"], "unregistered-block");
 }
 
+// Those of the parent are not among them, unless it is the input itself.
+TEST_F(CheckFormatsTest, FilesAreThoseOfTheInput) {
+    directory.write("own.btl", libraryOf("block \"OWN\" { pin \"A\" input; }"));
+    directory.makeDir("folder");
+    directory.write("over.btl", libraryOf("INCLUDE part.inc;\nINLINE part.inc;"));
+    directory.write("part.inc", "");
+    directory.write("bad.btl", libraryOf("#"));
+    directory.write("folder/a.btl", libraryOf(""));
+    using Names = std::vector<std::string>;
+    const Names own = {"own.btl"};
+    const Names over = {"over.btl", "./part.inc", "./part.inc"};
+    const Names bad = {"bad.btl"};
+    const std::tuple<const char*, Names, std::vector<Names>> cases[] = {
+        {"own.btl", {"over.btl", "own.btl"}, {over, own}},
+        {"over.btl", {"over.btl", "bad.btl", "over.btl", "folder"}, {over, bad, over, {"folder/a.btl"}}},
+        {"folder", {"folder", "own.btl"}, {{"folder/a.btl"}, own}},
+        {"common", {"own.btl"}, {own}},
+        {"bad.btl", {"own.btl", "bad.btl"}, {bad}}, // broken, so that no input is read
+    };
+    for (const auto& [parent, inputs, expected] : cases) {
+        Names arguments = {"check", "--format=json", "-I.", "--parent", parent};
+        arguments.insert(arguments.end(), inputs.begin(), inputs.end());
+        const Json document = Json::parse(ntl.run(arguments).out);
+        std::vector<Names> found;
+        for (const Json& input : document["inputs"]) found.push_back(input["files"]);
+        EXPECT_EQ(found, expected) << parent;
+    }
+}
+
 TEST_F(CheckFormatsTest, SarifPlacesResults) {
     directory.write("a b.btl", libraryOf("block \"OWN\" { pin \"A\" input; }\n#"));
     const Json log = Json::parse(ntl.run({"check", "--format", "sarif", "a b.btl", "missing.btl"}).out);

@@ -23,12 +23,13 @@ void NtlTool::become(const std::vector<std::string>& arguments) const {
         unsetenv(name);
     for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
     if (!standardInput.empty()) dup2(open(standardInput.c_str(), O_RDONLY), STDIN_FILENO);
-    const auto bound = [](int resource, size_t bytes) {
-        const rlimit limit = {bytes, bytes};
-        if (bytes > 0) setrlimit(static_cast<__rlimit_resource>(resource), &limit);
+    const auto bound = [](int resource, size_t most) {
+        const rlimit limit = {most, most};
+        if (most > 0) setrlimit(static_cast<__rlimit_resource>(resource), &limit);
     };
     bound(RLIMIT_AS, addressSpace);
     bound(RLIMIT_FSIZE, fileSize);
+    bound(RLIMIT_NOFILE, descriptors);
     std::vector<std::string> words = {NTL_TOOL};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv(words.size() + 1);

@@ -34,6 +34,7 @@ public:
     std::string standardInput; ///< a file to read instead
     size_t addressSpace = 0;   ///< bytes; 0: no limit
     size_t fileSize = 0;       ///< likewise
+    size_t descriptors = 0;    ///< open at once; 0: no limit
 
 private:
     [[noreturn]] void become(const std::vector<std::string>& arguments) const;

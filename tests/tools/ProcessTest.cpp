@@ -60,6 +60,30 @@ TEST_F(ProcessTest, MemoryRunsOutInOneWorkerOnly) {
 }
 #endif
 
+// More files than may be open at once: as inputs, in a folder, and as files included by one.
+TEST_F(ProcessTest, FilesAreClosedOnceTheyAreRead) {
+    constexpr int count = 60;
+    std::vector<std::string> inputs = {"check", "-I.", "--jobs", "2", "folder", "all.btl"};
+    std::string includes;
+    directory.makeDir("folder");
+    for (int i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        directory.write("part" + number + ".inc", "block \"P" + number + "\" { pin \"A\" input; }\n");
+        includes += "INCLUDE part" + number + ".inc;\n";
+        directory.write("folder/" + number + ".btl", libraryOf("block \"F" + number + "\" { pin \"A\" input; }"));
+        inputs.push_back("folder/" + number + ".btl");
+    }
+    directory.write("all.btl", libraryOf(includes));
+    ntl.descriptors = 24;
+    const Outcome outcome = ntl.run(inputs);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out.find("folder: 60 blocks, no errors, 60 warnings\nall.btl: 60 blocks"), 0U) << outcome.out;
+    EXPECT_NE(outcome.out.find("\n62 libraries: no errors"), outcome.out.npos) << outcome.out;
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"lint", "folder", "-q"}, {"format", "--check", "folder"}, {"print", "folder"}})
+        EXPECT_EQ(ntl.run(command).err.find("open files"), std::string::npos) << command[0];
+}
+
 TEST_F(ProcessTest, OutputThatCannotBeWritten) {
     directory.write("good.btl", libraryOf("block \"HOLD\" { pin \"A\" input; }"));
     int ends[2];
