@@ -137,6 +137,20 @@ void take(std::string_view& bytes, T* items, size_t count) {
     bytes.remove_prefix(count * sizeof(T));
 }
 
+// Whether all is below the first element, and nothing below two that are not below each other: such a thing would be
+// walked once for each way that leads to it.
+bool isTree(const std::vector<HDNTModelTree::Element>& elements) {
+    std::vector<size_t> ends = {elements.size()}; // of the elements that are open, the outermost first
+    for (size_t i = 0; i < elements.size(); ++i) {
+        while (ends.back() == i) ends.pop_back();
+        const size_t below = elements[i].numDescendants;
+        const size_t room = ends.back() - i - 1;
+        if (below > room || (i == 0 && below < room)) return false;
+        ends.push_back(i + 1 + below);
+    }
+    return true;
+}
+
 } // namespace
 
 std::string HDNTModelTree::toBytes() const {
@@ -162,15 +176,12 @@ HDNTModelTree HDNTModelTree::fromBytes(std::string_view bytes) {
     take(bytes, tree.texts_.data(), head.texts);
     const auto fits = [](size_t begin, size_t length, size_t size) { return begin <= size && length <= size - begin; };
     const auto isText = [&](const Text& text) { return fits(text.begin, text.length, head.texts); };
-    bool good = bytes.empty();
+    bool good = bytes.empty() && isTree(tree.elements_);
     for (const Facet& facet : tree.facets_)
         good = good && facet.facet <= HDNTElementFacet::disabled && isText(facet.text);
-    for (size_t i = 0; i < head.elements; ++i) {
-        const Element& element = tree.elements_[i];
+    for (const Element& element : tree.elements_)
         good = good && element.kind <= HDNTElementKind::expression && isText(element.name) && isText(element.file) &&
-               fits(element.firstFacet, element.numFacets, head.facets) &&
-               fits(i + 1, element.numDescendants, head.elements);
-    }
+               fits(element.firstFacet, element.numFacets, head.facets);
     if (!good) throw HEXDataException("Not a model tree");
     return tree;
 }
