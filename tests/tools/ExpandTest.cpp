@@ -231,60 +231,53 @@ TEST_F(ExpandTest, JsonHoldsOrigins) {
         {"file": "own.btl", "line": 34, "column": 2, "endColumn": 63, "offset": 1304, "endOffset": 1365, "textLine": 34}}})"));
 }
 
-// One of everything; places are told apart above, so here each stands for its line.
+// One of everything. Places are told apart above: here a line stands for each, and an origin is a line and a branch.
 TEST_F(ExpandTest, JsonHoldsEveryKey) {
-    directory.write("keys.btl", libraryOf(R"(function bool reserve(int);
+    directory.write("keys.btl", libraryOf(R"(function bool reserve(int); function bool ready();
         block "LEAF" { pin "I" input { property double "LOAD" { default = 1.0 } } property int "N" { default = 1 } }
         mapsto { signal "t" : "I"; }
         block "TOP" { pin "D" input { property double "LOAD" { default = 1.0 } } property int "N" { default = 1 } }
         expandsto {
             if (true) { assign block property "u" "N" 2; assign pin property "u" "I", "LOAD" 0.5; }
-            inst "u" "LEAF"; inst "x" "NONE"; reserve(1);
+            inst "u" "LEAF"; inst "x" "NONE"; reserve(1); ready();
             signal "s" : "D", "u" "~I";
             assign pin property "D", "LOAD" 2.5;
         })"));
-    const Outcome outcome = ntl.run({"expand", "TOP", "-l", "keys.btl", "--deep", "--format", "json", "--set", "N=3",
-                                     "--connect", "D", "--arch", "meadow"});
-    Json document = Json::parse(outcome.out);
-    for (std::vector<Json*> left = {&document}; !left.empty();) {
+    Json found = Json::parse(ntl.run({"expand", "TOP", "-l", "keys.btl", "--deep", "--format", "json", "--set", "N=3",
+                                      "--connect", "D", "--arch", "meadow"})
+                                 .out);
+    for (std::vector<Json*> left = {&found}; !left.empty();) {
         Json& each = *left.back();
         left.pop_back();
-        if (each.is_object() && each.contains("location")) each["location"] = each["location"]["line"];
+        if (each.contains("origin"))
+            each["origin"] = Json::array({each["origin"]["location"]["line"], each["origin"]["branch"]});
+        if (each.contains("location")) each["location"] = each["location"]["line"];
         if (each.is_structured())
             for (Json& inner : each) left.push_back(&inner);
     }
-    const auto at = [](int line, const char* branch = "null") {
-        return R"("origin": {"location": )" + std::to_string(line) + R"(, "branch": )" + branch + "}}";
-    };
-    EXPECT_EQ(document, Json::parse(R"({"version": 2, "command": "expand", "path": "keys.btl", "architecture": "meadow",
-        "blocks": [{"block": "TOP", "values": {"N": "3"}, "connected": ["D"],
+    EXPECT_EQ(found, Json::parse(R"({"version": 2, "command": "expand", "path": "keys.btl", "architecture": "meadow",
+      "blocks": [{"block": "TOP", "values": {"N": "3"}, "connected": ["D"],
         "problems": [{"level": 0, "message": "There is no block NONE.", "location": 8}],
         "levels": [{"path": "", "outer": null, "type": "TOP", "section": "expandsto", "location": 6, "isMapLibrary": false,
-            "branches": [{"taken": true, )" +
-                                    at(7) + R"(],
+            "branches": [{"taken": true, "origin": [7, null]}],
             "instances": [{"name": "u", "type": "LEAF", "exists": true, "level": 1, "properties": [
-                {"pin": null, "name": "N", "value": 2, )" +
-                                    at(7, "0") + R"(,
-                {"pin": "I", "name": "LOAD", "value": 0.5, )" +
-                                    at(7, "0") + "], " + at(8) + R"(,
-                {"name": "x", "type": "NONE", "exists": false, "level": null, "properties": [], )" +
-                                    at(8) + R"(],
-            "signals": [{"name": "s", )" +
-                                    at(9) + R"(],
-            "connections": [{"signal": "s", "instance": null, "pin": "D", "inverted": false, )" +
-                                    at(9) + R"(,
-                {"signal": "s", "instance": "u", "pin": "I", "inverted": true, )" +
-                                    at(9) + R"(],
-            "pinProperties": [{"pin": "D", "name": "LOAD", "value": 2.5, )" +
-                                    at(10) + R"(],
-            "calls": [{"name": "reserve", "arguments": [1], "made": false, )" +
-                                    at(8) + R"(]},
-        {"path": "u", "outer": 0, "type": "LEAF", "section": "mapsto", "location": 4, "isMapLibrary": false, "branches": [],
-            "instances": [], "signals": [{"name": "t", )" +
-                                    at(4) + R"(], "connections": [
-                {"signal": "t", "instance": null, "pin": "I", "inverted": false, )" +
-                                    at(4) + R"(],
+                {"pin": null, "name": "N", "value": 2, "origin": [7, 0]},
+                {"pin": "I", "name": "LOAD", "value": 0.5, "origin": [7, 0]}], "origin": [8, null]},
+              {"name": "x", "type": "NONE", "exists": false, "level": null, "properties": [], "origin": [8, null]}],
+            "signals": [{"name": "s", "origin": [9, null]}],
+            "connections": [
+                {"signal": "s", "instance": null, "pin": "D", "inverted": false, "origin": [9, null]},
+                {"signal": "s", "instance": "u", "pin": "I", "inverted": true, "origin": [9, null]}],
+            "pinProperties": [{"pin": "D", "name": "LOAD", "value": 2.5, "origin": [10, null]}],
+            "calls": [{"name": "reserve", "arguments": [1], "made": false, "origin": [8, null]},
+                {"name": "ready", "arguments": [], "made": false, "origin": [8, null]}]},
+          {"path": "u", "outer": 0, "type": "LEAF", "section": "mapsto", "location": 4, "isMapLibrary": false,
+            "branches": [], "instances": [], "signals": [{"name": "t", "origin": [4, null]}],
+            "connections": [{"signal": "t", "instance": null, "pin": "I", "inverted": false, "origin": [4, null]}],
             "pinProperties": [], "calls": []}]}]})"));
+    const Json plain = document({"TOP"});
+    EXPECT_EQ(plain["values"], Json::object());
+    EXPECT_EQ(plain["problems"], Json::array());
 }
 
 TEST_F(ExpandTest, DeepShowsEveryLevel) {
