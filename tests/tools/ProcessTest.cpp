@@ -79,9 +79,10 @@ TEST_F(ProcessTest, FilesAreClosedOnceTheyAreRead) {
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.out.find("folder: 60 blocks, no errors, 60 warnings\nall.btl: 60 blocks"), 0U) << outcome.out;
     EXPECT_NE(outcome.out.find("\n62 libraries: no errors"), outcome.out.npos) << outcome.out;
-    for (const std::vector<std::string>& command :
-         {std::vector<std::string>{"lint", "folder", "-q"}, {"format", "--check", "folder"}, {"print", "folder"}})
-        EXPECT_EQ(ntl.run(command).err.find("open files"), std::string::npos) << command[0];
+    inputs = {inputs.begin() + 6, inputs.end()};
+    inputs.insert(inputs.begin(), {"format", "--check"});
+    EXPECT_EQ(countOf(ntl.run(inputs).out, "folder/"), 60U); // in another style, all of them
+    EXPECT_EQ(countOf(ntl.run({"print", "folder"}).out, "block \"F"), 60U);
 }
 
 TEST_F(ProcessTest, OutputThatCannotBeWritten) {
