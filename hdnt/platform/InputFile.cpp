@@ -102,8 +102,8 @@ bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, st
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) return why = systemReason(errno), false;
         if (out.size() > maxBytes) return why = sizeReason(maxBytes), false;
-        const bool isWhole = S_ISREG(status.st_mode) && got < static_cast<ssize_t>(room);
-        if (got == 0 || isWhole) return true; // of a regular file less than was asked for is all that is left
+        const bool isWhole = out.size() == expected && got < static_cast<ssize_t>(room);
+        if (got == 0 || isWhole) return true; // a read may also give less than there is
     }
 }
 
