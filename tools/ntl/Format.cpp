@@ -5,7 +5,6 @@
 #include "tools/ntl/TextFile.h"
 
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
 
 namespace ntl {
@@ -78,7 +77,6 @@ int runFormat(const Settings& settings) {
         throw Failure(Unusable, "--check and --in-place exclude each other; see 'ntl format --help'");
     if (settings.inPlace && std::count(settings.files.begin(), settings.files.end(), "-") > 0)
         throw Failure(Unusable, "--in-place: standard input cannot be replaced");
-    std::signal(SIGXFSZ, SIG_IGN); // a file that grows too large is a failed write like any other
     Status status = Fine;
     for (const std::string& input : settings.files) {
         try {

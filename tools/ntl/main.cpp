@@ -8,7 +8,7 @@
 
 int main(int argc, char** argv) {
     ntl::openStandardStreams();
-    std::signal(SIGPIPE, SIG_IGN);
+    for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN); // a failed write like any other
     try {
         return ntl::runCommandLine(argc, argv);
     } catch (const ntl::Failure& failure) {
