@@ -1,5 +1,6 @@
 #include "author/lint/Statements.internal.h"
 #include "hdnt/diagnostics/HDNTLimits.h"
+#include "hdnt/platform/HEX.h"
 #include "hdnt/platform/InputFile.h"
 
 #include <algorithm>
@@ -52,8 +53,9 @@ std::string textOfFile(const std::string& file, const std::map<std::string, std:
     std::string text;
     std::string reason;
     const HDNTLimits& limits = HDNTLimits::get();
-    if (std::filesystem::is_regular_file(file, error))
-        platform::readInput(file, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, text, reason);
+    if (std::filesystem::is_regular_file(file, error) &&
+        !platform::readInput(file, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, text, reason))
+        throw HEXDataException(file + ": cannot be read: " + reason);
     return text;
 }
 

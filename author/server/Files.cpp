@@ -2,6 +2,7 @@
 #include "author/server/Files.internal.h"
 #include "author/server/Workspace.internal.h"
 #include "hdnt/loading/HDNTLibraryMgr.h"
+#include "hdnt/platform/HEX.h"
 
 #include <exception>
 #include <system_error>
@@ -22,7 +23,11 @@ const Document* Files::at(const std::string& path) {
     if (isKnown) return &entry->document;
     entry->size = size;
     entry->time = time;
-    entry->document.read(textOfFile(path, {}));
+    try {
+        entry->document.read(textOfFile(path, {}));
+    } catch (const HEXDataException&) {
+        entry->document.read({});
+    }
     return &entry->document;
 }
 

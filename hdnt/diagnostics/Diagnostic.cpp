@@ -5,8 +5,10 @@
 #include "hdnt/diagnostics/LineStore.internal.h"
 #include "hdnt/diagnostics/SourceInput.internal.h"
 #include "hdnt/diagnostics/SourceLine.internal.h"
+#include "hdnt/platform/HEX.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <optional>
 #include <utility>
 
@@ -118,17 +120,18 @@ SourcePlaces::SourcePlaces(std::map<std::string, std::string> texts) : texts_(st
 SourcePlaces::~SourcePlaces() = default;
 
 SourcePlaces::File& SourcePlaces::fileAt(const std::string& path) {
-    std::unique_ptr<File>& file = files_[path];
-    if (file) return *file;
-    file = std::make_unique<File>();
+    if (const auto known = files_.find(path); known != files_.end()) return *known->second;
+    auto file = std::make_unique<File>();
     std::string reason;
+    std::error_code error;
     std::optional<diagnostics::TextsInPlace> inPlace;
     if (!texts_.empty()) inPlace.emplace(texts_);
-    if (!diagnostics::readSource(path, file->bytes, reason)) return *file;
+    if (!diagnostics::readSource(path, file->bytes, reason) && std::filesystem::is_regular_file(path, error))
+        throw HEXDataException(path + ": cannot be read: " + reason);
     const std::string& bytes = file->bytes;
     for (std::size_t start = 0; start < bytes.size(); start = std::min(bytes.find('\n', start), bytes.size()) + 1)
         file->starts.push_back(start);
-    return *file;
+    return *files_.emplace(path, std::move(file)).first->second;
 }
 
 Place SourcePlaces::placeOf(const yyltype& location) {

@@ -66,7 +66,7 @@ HDNT_API Diagnostic diagnosticOf(const HDNTNotice& notice);
 
 /// Places of what was read at some time, such as of model objects: reads each file again, once, compressed or not and
 /// within the limits in force, to count characters. When a file is gone, or the text was one in memory, the columns
-/// are not known. Any thread, one at a time.
+/// are not known; when it is there and cannot be read, HEXDataException. Any thread, one at a time.
 class HDNT_API SourcePlaces {
 public:
     SourcePlaces();
