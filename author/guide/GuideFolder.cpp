@@ -1,6 +1,7 @@
 #include "author/exchange/fileNames.internal.h"
 #include "author/guide/GuideFolder.internal.h"
 #include "hdnt/platform/HEX.h"
+#include "hdnt/platform/InputFile.h"
 
 #include <fcntl.h>
 #include <stdio.h> // NOLINT: renameat2 is no part of <cstdio>
@@ -12,8 +13,8 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
+#include <utility>
 
 namespace hdnt::author::guide {
 
@@ -28,12 +29,15 @@ constexpr const char* listName = "guide.files"; ///< a line for each file: its s
 }
 
 std::string contentOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string text;
+    std::string why;
+    if (!platform::readInput(path.string(), {}, text, why)) fail(path.string(), "cannot be read: " + why);
+    return text;
 }
 
 std::map<std::string, std::uint64_t> listOf(const fs::path& folder) {
     std::map<std::string, std::uint64_t> list;
+    if (!fs::exists(folder / listName)) return list;
     std::istringstream lines(contentOf(folder / listName));
     for (std::string line; std::getline(lines, line);) {
         const std::size_t blank = line.find(' ');
@@ -115,18 +119,27 @@ void GuideFolder::finish() {
     for (const auto& [name, sum] : written_) list << sum << ' ' << name << '\n';
     write(listName, list.str());
     std::error_code error;
-    if (renameat2(AT_FDCWD, draft_.c_str(), AT_FDCWD, path_.c_str(), RENAME_EXCHANGE) == 0) return; // draft: the older
+    // The draft is the older one then.
+    if (renameat2(AT_FDCWD, draft_.c_str(), AT_FDCWD, path_.c_str(), RENAME_EXCHANGE) == 0) return;
     if (errno == ENOENT) fs::rename(draft_, path_, error);
+    else if (errno != EINVAL && errno != ENOSYS) fail(path_, std::strerror(errno));
     else {
         // The file system cannot exchange; only an empty folder can be replaced then.
         const std::string older = draft_ + ".old";
         fs::rename(path_, older, error);
-        if (!error) fs::rename(draft_, path_, error);
-        if (error) fs::rename(older, path_);
+        if (error) fail(path_, error.message());
+        fs::rename(draft_, path_, error);
+        if (std::error_code ignored; error) fs::rename(older, path_, ignored);
         else draft_ = older;
     }
     if (error) fail(path_, error.message());
-    if (!fs::exists(draft_)) draft_.clear();
+}
+
+std::string GuideFolder::removeOlder() {
+    std::error_code error;
+    fs::remove_all(draft_, error);
+    const std::string left = std::exchange(draft_, std::string());
+    return error ? left + ": the older pages cannot be removed: " + error.message() : std::string();
 }
 
 } // namespace hdnt::author::guide

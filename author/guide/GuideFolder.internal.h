@@ -23,10 +23,12 @@ public:
     void write(const std::string& name, std::string_view bytes);
     /// Puts the folder in its place. Throws HEXDataException; the older one is still there, then.
     void finish();
+    /// Takes away what was replaced; says why it could not, and is empty otherwise.
+    std::string removeOlder();
 
 private:
     std::string path_;
-    std::string draft_; ///< where it is written; empty when finished
+    std::string draft_; ///< where it is written; when finished, what was replaced
     std::map<std::string, std::uint64_t> written_;
 };
 

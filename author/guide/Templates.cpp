@@ -2,11 +2,10 @@
 #include "author/guide/Templates.internal.h"
 #include "hdnt/platform/DataDirectory.h"
 #include "hdnt/platform/HEX.h"
+#include "hdnt/platform/InputFile.h"
 
 #include <kainjow/mustache.hpp>
 
-#include <fstream>
-#include <iterator>
 #include <map>
 
 namespace hdnt::author::guide {
@@ -41,9 +40,10 @@ mustache::data dataOf(const Json& json) {
 
 std::string guideFile(const std::string& name) {
     const std::string path = platform::findData("guide", name);
-    std::ifstream file(path, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (path.empty() || !file) throw HEXDataException("the guide's template '" + name + "' is missing from the data");
+    if (path.empty()) throw HEXDataException("the guide's template '" + name + "' is missing from the data");
+    std::string text;
+    std::string why;
+    if (!platform::readInput(path, {}, text, why)) throw HEXDataException(path + ": cannot be read: " + why);
     return text;
 }
 

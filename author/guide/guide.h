@@ -33,8 +33,9 @@ struct GuideOptions {
 
 struct WrittenGuide {
     std::size_t pages = 0;
-    std::size_t drawings = 0; ///< of mappings
-    std::string undrawn = {}; ///< why there are none, when none can be drawn here; else empty
+    std::size_t drawings = 0;    ///< of mappings
+    std::string undrawn = {};    ///< why there are none, when none can be drawn here; else empty
+    std::string leftBehind = {}; ///< beside the folder, and why, when what was replaced cannot be removed; else empty
 };
 
 /// Writes a library as pages for a browser, which need no server and no network: a page for each block with its symbol,

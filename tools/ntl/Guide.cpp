@@ -59,6 +59,7 @@ int runGuide(const Settings& settings) {
     });
     progress.clear();
     if (!written.undrawn.empty()) complain("mappings are not drawn: " + written.undrawn);
+    if (!written.leftBehind.empty()) complain(written.leftBehind);
     const std::string start = (std::filesystem::path(settings.guideFolder) / "index.html").string();
     writeOutput(start + ": " + counted(written.pages, "page") + "\n");
     return Fine;
