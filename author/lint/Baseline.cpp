@@ -62,14 +62,20 @@ void Baseline::read() {
     if (number == 1) throw HEXDataException(path_ + ":1: no baseline; --write-baseline writes one");
 }
 
-void Baseline::write() const {
-    errno = 0;
-    std::ofstream out(path_, std::ios::binary);
+std::string Baseline::text() const {
+    std::ostringstream out;
     out << head << '\n';
     for (const auto& [key, entry] : entries_) {
         const auto& [file, element, code] = key;
         out << code << '\t' << file << '\t' << element << '\t' << entry.count << '\n';
     }
+    return std::move(out).str();
+}
+
+void Baseline::write() const {
+    errno = 0;
+    std::ofstream out(path_, std::ios::binary);
+    out << text();
     out.close();
     if (!out) throw HEXDataException(path_ + ": cannot be written: " + std::strerror(errno));
 }

@@ -27,7 +27,9 @@ public:
     explicit Baseline(std::string path);
     /// Reads the file. Throws HEXDataException with "file:line: what is wrong".
     void read();
-    /// Replaces the file. Throws HEXDataException when it cannot be written.
+    /// What the file holds when it is written.
+    std::string text() const;
+    /// Writes the file over an older one. Throws HEXDataException when it cannot be written, and may be cut short then.
     void write() const;
 
     /// Adds what one library has. What several have, such as findings of a file that they include, counts once.

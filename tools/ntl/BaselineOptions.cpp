@@ -3,6 +3,7 @@
 #include "hdnt/platform/HEX.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/Status.h"
+#include "tools/ntl/TextFile.h"
 
 namespace ntl {
 
@@ -35,7 +36,7 @@ void Baselines::finish() {
                  "; --write-baseline writes it without");
     if (!written_) return;
     if (!isWhole_) return complain(writtenPath_ + ": not written, since an input has errors");
-    orUnusable([&] { written_->write(); });
+    writeWholeFile(writtenPath_, written_->text());
     complain(writtenPath_ + ": " + entries(written_->size()) + " written");
 }
 

@@ -6,12 +6,11 @@
 #include "tools/ntl/Loading.h"
 #include "tools/ntl/Output.h"
 #include "tools/ntl/RuleOptions.h"
+#include "tools/ntl/TextFile.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <thread>
 #include <utility>
 
@@ -213,11 +212,8 @@ void Checker::write(const CheckResult& result, bool failed) {
 
 void Checker::writeDepfile() const {
     if (settings_.depfile.empty()) return;
-    errno = 0;
-    std::ofstream file(settings_.depfile, std::ios::binary);
-    file << makeRules(settings_.depTarget.empty() ? settings_.depfile : settings_.depTarget, results_);
-    file.close();
-    if (!file) throw Failure(Unusable, "cannot write " + settings_.depfile + ": " + std::strerror(errno));
+    writeWholeFile(settings_.depfile,
+                   makeRules(settings_.depTarget.empty() ? settings_.depfile : settings_.depTarget, results_));
 }
 
 } // namespace ntl
