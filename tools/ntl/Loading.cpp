@@ -127,7 +127,16 @@ std::vector<std::string> parentPaths(const std::string& parent) {
 
 std::string pathOfInput(const std::string& name) { return name == "-" ? "/dev/stdin" : name; }
 
-OpenedLibrary openLibrary(const Settings& settings) {
+static std::vector<hdnt::Diagnostic> passedOver(std::vector<hdnt::Diagnostic> warnings) {
+    using hdnt::DiagnosticCode;
+    std::erase_if(warnings, [](const hdnt::Diagnostic& one) {
+        return one.code != hdnt::ruleOf(DiagnosticCode::includeNotFound).name &&
+               one.code != hdnt::ruleOf(DiagnosticCode::includeNotOpened).name;
+    });
+    return warnings;
+}
+
+OpenedLibrary openLibrary(const Settings& settings, bool saysAll) {
     const bool isCommon = settings.library.empty();
     if (isCommon && !settings.parent.empty()) throw Failure(Unusable, "--parent needs --library");
     std::vector<std::string> paths = isCommon ? commonLibraryPaths() : parentPaths(settings.parent);
@@ -137,6 +146,7 @@ OpenedLibrary openLibrary(const Settings& settings) {
     for (const std::string& path : paths) {
         loader.forget();
         library = loader.load(path, library);
+        warn(saysAll && path == paths.back() ? loader.diagnostics() : passedOver(loader.diagnostics()));
     }
     return {library, isCommon, paths.back(), loader.diagnostics(), loader.files()};
 }

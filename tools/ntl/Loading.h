@@ -89,7 +89,8 @@ struct OpenedLibrary {
     std::vector<hdnt::Diagnostic> warnings; ///< of itself, not of its parents
     std::vector<std::string> files;         ///< likewise
 };
-OpenedLibrary openLibrary(const Settings& settings);
+/// Says which files were passed over, since what a command writes is less without them; or all of its own warnings.
+OpenedLibrary openLibrary(const Settings& settings, bool saysAll = false);
 using hdnt::author::blocksOf, hdnt::author::groupOf, hdnt::author::groupsOf;
 using hdnt::author::isInArchitecture, hdnt::author::isRegistered;
 /// A block of it or its parents, case aside; null when there is none, which is then said with the names near to it.

@@ -33,8 +33,7 @@ static void printSource(HDNTLibrary& library, FILE* stream) {
 int runPrint(const Settings& settings) {
     if (settings.library.empty()) throw Failure(Unusable, "FILE is empty; name a file or a folder");
     enableByDefault(settings, "arch.enableTestFeatures");
-    const OpenedLibrary opened = openLibrary(settings);
-    warn(opened.warnings);
+    const OpenedLibrary opened = openLibrary(settings, true);
     if (settings.source) warnOfMappingsGivenAway(opened);
     else if (!loadMappings(blocksOf(*opened.library, true))) return Faulty;
     ResultStream stream;
