@@ -92,6 +92,7 @@ GuideFolder::GuideFolder(const std::string& path) : path_(path) {
         umask(mask);
         fs::permissions(draft_, static_cast<fs::perms>(0777U & ~mask));
     } catch (const fs::filesystem_error& error) {
+        if (std::error_code ignored; !draft_.empty()) fs::remove_all(draft_, ignored);
         fail(path, error.code().message());
     }
 }

@@ -57,12 +57,22 @@ private:
     throw Failure(Unusable, path + ": " + what + ": " + std::strerror(errno));
 }
 
+// False, with errno, when the file has another mode then. Where a file system has only one, it need not be set.
+bool setMode(int descriptor, mode_t mode) {
+    if (fchmod(descriptor, mode) == 0) return true;
+    const int error = errno;
+    struct stat status {};
+    if (fstat(descriptor, &status) == 0 && (status.st_mode & 07777U) == mode) return true;
+    errno = error;
+    return false;
+}
+
 // The owner first: a change of it may clear bits of the mode.
-void copyOwnerAndMode(int descriptor, const struct stat& status) {
+bool copyOwnerAndMode(int descriptor, const struct stat& status) {
     mode_t mode = status.st_mode & 07777U;
     if (fchown(descriptor, status.st_uid, status.st_gid) != 0 && fchown(descriptor, -1, status.st_gid) != 0)
         mode &= 0777U;
-    fchmod(descriptor, mode);
+    return setMode(descriptor, mode);
 }
 
 void syncDirectory(const std::string& path) {
@@ -91,10 +101,9 @@ void putInPlace(const std::string& path, const std::string& target, const struct
     const SignalsHeld held;
     Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
     if (file.number() == -1) fail(path, "cannot make a file beside it");
-    if (older) copyOwnerAndMode(file.number(), *older);
-    else fchmod(file.number(), modeOfNewFiles());
-    errno = writeAll(file.number(), text);
-    bool done = errno == 0 && fsync(file.number()) == 0 && file.close();
+    bool done = older ? copyOwnerAndMode(file.number(), *older) : setMode(file.number(), modeOfNewFiles());
+    if (done) errno = writeAll(file.number(), text);
+    done = done && errno == 0 && fsync(file.number()) == 0 && file.close();
     const bool goes = mayGo();
     if (done && goes) done = rename(temporary.c_str(), target.c_str()) == 0;
     if (!done || !goes) {
