@@ -152,23 +152,22 @@ class Command:
         if self.status not in (0, 1) or any(not part(self.after, target) for target in targets):
             sys.exit(f"{name}: does not work: {tool.said}")
 
-    def calls(self):
-        """Kind and path of each call that can fail."""
+    def faulty(self, wish):
+        """Status, standard output, and kind and path of the call that failed; of each call that can, with wish 0."""
         report = pathlib.Path(self.tool.beside, "report")
         report.write_text("")
-        self.tool.start(self.arguments, self.tool.faulty("0"))
-        self.tool.end()
-        self.tool.reset(self.tool.files())
-        found = [line.split("\t") for line in report.read_text().splitlines()]
-        if not found:
-            sys.exit(f"{self.name}: nothing can fail; is {self.tool.shim} loaded?")
-        return found
+        self.tool.start(self.arguments, self.tool.faulty(wish))
+        return *self.tool.end(), [line.split("\t") for line in report.read_text().splitlines()]
 
     def tries(self):
-        for number, (kind, path) in enumerate(self.calls(), 1):
+        _, _, calls = self.faulty("0")
+        self.tool.reset(self.tool.files())
+        if not calls:
+            sys.exit(f"{self.name}: nothing can fail; is {self.tool.shim} loaded?")
+        for number, (kind, path) in enumerate(calls, 1):
             ends = ("kill", "alarm") if self.targets and self.decides(path) else ()
             for way in WAYS.get(kind, USUAL) + ends:
-                yield number, kind, path, way
+                yield number, way
 
     def decides(self, path):
         """Whether a fault there leaves only old and new; what check writes also depends on how much it could load, and
@@ -178,13 +177,13 @@ class Command:
     def find(self, where, what):
         self.findings.append(f"{self.name}: {where}: {what}: {' | '.join(self.tool.said)[:300]}")
 
-    def attempt(self, number, kind, path, way):
+    def attempt(self, number, way):
         self.tried += 1
-        self.tool.start(self.arguments, self.tool.faulty(f"{number} {NAMED.get(way, way)}"))
-        status, output = self.tool.end()
-        short = os.path.relpath(path, self.tool.place)
+        status, output, failed = self.faulty(f"{number} {NAMED.get(way, way)}")
+        kind, path = failed[0] if failed else ("none", "")
+        short = os.path.relpath(path, self.tool.place) if path else ""
         where = f"{way} at call {number}, {kind} {short}"
-        if way == "kill" and status != -signal.SIGKILL:
+        if not failed:
             self.find(where, "did not come to that call")
         now = self.tool.files()
         told = " ".join(self.tool.said) + str(now.get("out/baseline"))

@@ -3,7 +3,8 @@
 //   a number of the system (5)   it is not done, and returns that error; a close is done, and returns it
 //   short                        a read or a write does half of what it was asked for
 //   kill, alarm                  the process gets SIGKILL or SIGALRM before it; a write does its first half
-// With number 0 nothing fails, and the file HDNT_IO_REPORT gets a line for each: its kind, a tab, its path.
+// The file HDNT_IO_REPORT gets a line for it: its kind, a tab, its path. With number 0 nothing fails, and each gets
+// one.
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -45,7 +46,7 @@ struct Plan {
         how += *how == ' ';
         fault = std::strcmp(how, "short") == 0 ? Fault::Short : std::strchr("ka", *how) ? Fault::Signal : Fault::Error;
         number = *how == 'k' ? SIGKILL : *how == 'a' ? SIGALRM : std::atoi(how);
-        const char* const file = failing == 0 ? std::getenv("HDNT_IO_REPORT") : nullptr;
+        const char* const file = std::getenv("HDNT_IO_REPORT");
         if (file) report = static_cast<int>(syscall(SYS_openat, AT_FDCWD, file, O_WRONLY | O_APPEND | O_CLOEXEC));
         void* const page = mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         if (page != MAP_FAILED) passed = new (page) std::atomic<long>(0);
@@ -73,9 +74,10 @@ std::string pathAt(int folder, const char* name) {
 Fault faultOf(const char* kind, const std::string& path) {
     const Plan& now = plan();
     if (!now.passed || !path.starts_with(now.folder)) return Fault::None;
+    const bool isNow = ++*now.passed == now.failing;
     const std::string line = std::string(kind) + "\t" + path + "\n";
-    if (now.report != -1) syscall(SYS_write, now.report, line.data(), line.size());
-    if (++*now.passed != now.failing) return Fault::None;
+    if (now.report != -1 && (isNow || now.failing == 0)) syscall(SYS_write, now.report, line.data(), line.size());
+    if (!isNow) return Fault::None;
     if (now.fault == Fault::Signal && std::strcmp(kind, "write") != 0) raise(now.number);
     errno = now.number;
     return now.fault;
