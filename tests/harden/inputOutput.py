@@ -185,6 +185,9 @@ class Command:
         where = f"{way} at call {number}, {kind} {short}"
         if not failed:
             self.find(where, "did not come to that call")
+        if (kind in ("sync", "close") and way in NAMED and status == self.status
+                and short not in self.tool.first and short != "stdout"):
+            self.find(where, "what may not have arrived is taken for written")
         now = self.tool.files()
         told = " ".join(self.tool.said) + str(now.get("out/baseline"))
         if short == "in/part.btl" and "include-not-opened" in told and status in (0, 1):
