@@ -186,7 +186,7 @@ class Command:
         if not failed:
             self.find(where, "did not come to that call")
         if (kind in ("sync", "close") and way in NAMED and status == self.status
-                and short not in self.tool.first and short != "stdout"):
+                and short not in self.tool.first.keys() | self.after.keys() and short != "stdout"):
             self.find(where, "what may not have arrived is taken for written")
         now = self.tool.files()
         told = " ".join(self.tool.said) + str(now.get("out/baseline"))
