@@ -32,7 +32,8 @@ struct LintOptions {
 };
 
 /// What is wrong or doubtful in a finished library's own blocks and their mappings, in the order of the text; see
-/// lintRules(). Reads the library's files again for the places, but for those among the texts.
+/// lintRules(). Reads the library's files again for the places and waivers, but for those among the texts; throws
+/// HEXDataException when one is there and cannot be read.
 ///
 /// An instance whose block is nowhere else is sought in the common library, which is loaded for that; map libraries are
 /// loaded, and leave the mapping for the last architecture attached. What they report is among the findings, and
