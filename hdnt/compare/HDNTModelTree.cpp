@@ -11,6 +11,8 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
+#include <limits>
 
 namespace hdnt::compare {
 
@@ -119,23 +121,42 @@ const HDNTModelTree::Text* HDNTModelTree::find(size_t element, HDNTElementFacet 
 
 namespace {
 
-struct Head {
-    size_t elements;
-    size_t facets;
-    size_t texts;
+// Each number is a word of its own: between the members of a structure there would be what was in memory before.
+using Word = std::uint64_t;
+constexpr size_t wordsOfHead = 3;
+constexpr size_t wordsOfElement = 10;
+constexpr size_t wordsOfFacet = 3;
+
+void put(std::string& bytes, std::initializer_list<Word> words) {
+    bytes.append(reinterpret_cast<const char*>(words.begin()), words.size() * sizeof(Word));
+}
+
+[[noreturn]] void refuse() { throw HEXDataException("Not a model tree"); }
+
+/// Takes from bytes of which there are enough; refuses numbers that do not fit.
+class Words {
+public:
+    explicit Words(const char* bytes) : bytes_(bytes) {}
+    Word next(Word greatest) {
+        Word word = 0;
+        std::memcpy(&word, bytes_, sizeof word);
+        bytes_ += sizeof word;
+        if (word > greatest) refuse();
+        return word;
+    }
+    template <typename Enum>
+    Enum kind(Enum last) {
+        return static_cast<Enum>(next(static_cast<Word>(last)));
+    }
+    int number() { return static_cast<int>(next(std::numeric_limits<std::uint32_t>::max())); }
+    HDNTModelTree::Text text(Word size) {
+        const Word begin = next(size);
+        return {begin, next(size - begin)};
+    }
+
+private:
+    const char* bytes_;
 };
-
-template <typename T>
-std::string_view bytesOf(const std::vector<T>& items) {
-    return {reinterpret_cast<const char*>(items.data()), items.size() * sizeof(T)};
-}
-
-template <typename T>
-void take(std::string_view& bytes, T* items, size_t count) {
-    if (bytes.size() / sizeof(T) < count) throw HEXDataException("Not a model tree");
-    if (count > 0) std::memcpy(items, bytes.data(), count * sizeof(T));
-    bytes.remove_prefix(count * sizeof(T));
-}
 
 // Whether all is below the first element, and nothing below two that are not below each other: such a thing would be
 // walked once for each way that leads to it.
@@ -154,34 +175,45 @@ bool isTree(const std::vector<HDNTModelTree::Element>& elements) {
 } // namespace
 
 std::string HDNTModelTree::toBytes() const {
-    const Head head{elements_.size(), facets_.size(), texts_.size()};
-    std::string bytes(reinterpret_cast<const char*>(&head), sizeof head);
-    bytes += bytesOf(elements_);
-    bytes += bytesOf(facets_);
+    std::string bytes;
+    put(bytes, {elements_.size(), facets_.size(), texts_.size()});
+    const auto word = [](int number) { return Word{static_cast<std::uint32_t>(number)}; };
+    for (const Element& one : elements_)
+        put(bytes, {static_cast<Word>(one.kind), one.name.begin, one.name.length, one.firstFacet, one.numFacets,
+                    one.numDescendants, one.file.begin, one.file.length, word(one.line), word(one.column)});
+    for (const Facet& one : facets_) put(bytes, {static_cast<Word>(one.facet), one.text.begin, one.text.length});
     return bytes += texts_;
 }
 
 HDNTModelTree HDNTModelTree::fromBytes(std::string_view bytes) {
-    Head head{};
-    take(bytes, &head, 1);
-    if (head.elements == 0 || head.elements > bytes.size() / sizeof(Element) ||
-        head.facets > bytes.size() / sizeof(Facet) || head.texts > bytes.size())
-        throw HEXDataException("Not a model tree");
+    const size_t size = bytes.size() / sizeof(Word);
+    if (size < wordsOfHead) refuse();
+    Words words(bytes.data());
+    const size_t elements = words.next(size / wordsOfElement);
+    const size_t facets = words.next(size / wordsOfFacet);
+    const size_t texts = words.next(bytes.size());
+    const size_t numbers = (wordsOfHead + elements * wordsOfElement + facets * wordsOfFacet) * sizeof(Word);
+    if (elements == 0 || numbers + texts != bytes.size()) refuse();
     HDNTModelTree tree;
-    tree.elements_.resize(head.elements);
-    tree.facets_.resize(head.facets);
-    tree.texts_.resize(head.texts);
-    take(bytes, tree.elements_.data(), head.elements);
-    take(bytes, tree.facets_.data(), head.facets);
-    take(bytes, tree.texts_.data(), head.texts);
-    const auto fits = [](size_t begin, size_t length, size_t size) { return begin <= size && length <= size - begin; };
-    const auto isText = [&](const Text& text) { return fits(text.begin, text.length, head.texts); };
-    bool good = bytes.empty() && isTree(tree.elements_);
-    for (const Facet& facet : tree.facets_)
-        good = good && facet.facet <= HDNTElementFacet::disabled && isText(facet.text);
-    for (const Element& element : tree.elements_)
-        good = good && element.kind <= HDNTElementKind::expression && isText(element.name) && isText(element.file) &&
-               fits(element.firstFacet, element.numFacets, head.facets);
-    if (!good) throw HEXDataException("Not a model tree");
+    tree.texts_ = bytes.substr(numbers);
+    tree.elements_.reserve(elements);
+    for (size_t i = 0; i < elements; ++i) {
+        Element& one = tree.elements_.emplace_back();
+        one.kind = words.kind(HDNTElementKind::expression);
+        one.name = words.text(texts);
+        one.firstFacet = words.next(facets);
+        one.numFacets = words.next(facets - one.firstFacet);
+        one.numDescendants = words.next(elements - i - 1);
+        one.file = words.text(texts);
+        one.line = words.number();
+        one.column = words.number();
+    }
+    tree.facets_.reserve(facets);
+    for (size_t i = 0; i < facets; ++i) {
+        Facet& one = tree.facets_.emplace_back();
+        one.facet = words.kind(HDNTElementFacet::disabled);
+        one.text = words.text(texts);
+    }
+    if (!isTree(tree.elements_)) refuse();
     return tree;
 }
