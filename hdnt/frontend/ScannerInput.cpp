@@ -168,8 +168,8 @@ void Scanner::beginText(std::shared_ptr<SourceText> text) {
     auto buffer = std::make_unique<yy_buffer_state>();
     buffer->text = std::move(text);
     keptBefore_.reserve(keptBefore_.size() + 1);
-    buffers_.push_back(buffer.get());
-    buffer.release();
+    buffers_.reserve(buffers_.size() + 1);
+    buffers_.push_back(buffer.release());
     keptBefore_.push_back(kept_.size());
 }
 
