@@ -39,6 +39,7 @@ std::map<std::string, std::uint64_t> listOf(const fs::path& folder) {
     std::map<std::string, std::uint64_t> list;
     if (!fs::exists(folder / listName)) return list;
     std::istringstream lines(contentOf(folder / listName));
+    lines.exceptions(std::ios::badbit); // std::bad_alloc, which would else be taken for the end
     for (std::string line; std::getline(lines, line);) {
         const std::size_t blank = line.find(' ');
         std::uint64_t sum = 0;

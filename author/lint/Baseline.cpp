@@ -43,6 +43,7 @@ void Baseline::read() {
     std::string why;
     if (!platform::readInput(path_, {}, text, why)) throw HEXDataException(path_ + ": cannot be read: " + why);
     std::istringstream lines(text);
+    lines.exceptions(std::ios::badbit); // std::bad_alloc, which would else be taken for the end
     int number = 1;
     for (std::string line; std::getline(lines, line); ++number) {
         const auto fail = [&](const std::string& reason) {
@@ -51,6 +52,7 @@ void Baseline::read() {
         if (number == 1 && line != head) fail("no baseline; --write-baseline writes one");
         if (number == 1 || line.empty()) continue;
         std::istringstream cells(line);
+        cells.exceptions(std::ios::badbit);
         std::array<std::string, 4> cell;
         for (std::string& one : cell) std::getline(cells, one, '\t');
         std::size_t count = 0;

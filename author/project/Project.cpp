@@ -68,6 +68,7 @@ private:
         if (!platform::readInput(project_.path, {greatestFile, 200, greatestFile}, text, why))
             throw HEXDataException(project_.path + ": cannot be read: " + why);
         std::istringstream lines(text);
+        lines.exceptions(std::ios::badbit); // std::bad_alloc, which would else be taken for the end
         unsigned number = 1;
         for (std::string line; std::getline(lines, line); ++number)
             if (line.find("@include") != line.npos)

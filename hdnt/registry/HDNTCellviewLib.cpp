@@ -47,6 +47,7 @@ void hdnt::registerCells(const std::string& path) {
 static void addCellsOfEnvironment() {
     const char* const paths = std::getenv("HDNT_CELLVIEWS");
     std::istringstream list(paths ? paths : "");
+    list.exceptions(std::ios::badbit); // std::bad_alloc, which would else be taken for the end
     for (std::string path; std::getline(list, path, ':');)
         if (!path.empty()) hdnt::registry::addCells(path);
 }

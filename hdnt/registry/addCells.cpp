@@ -34,6 +34,7 @@ public:
         std::string why;
         if (!platform::readInput(path_, {}, text, why)) throw HEXDataException(path_ + ": cannot be opened: " + why);
         std::istringstream lines(std::move(text));
+        lines.exceptions(std::ios::badbit); // std::bad_alloc, which would else be taken for the end
         for (std::string line; std::getline(lines, line);) {
             ++line_;
             addRow(line);
