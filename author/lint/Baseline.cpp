@@ -6,11 +6,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <set>
 #include <sstream>
 
@@ -72,14 +69,6 @@ std::string Baseline::text() const {
         out << code << '\t' << file << '\t' << element << '\t' << entry.count << '\n';
     }
     return std::move(out).str();
-}
-
-void Baseline::write() const {
-    errno = 0;
-    std::ofstream out(path_, std::ios::binary);
-    out << text();
-    out.close();
-    if (!out) throw HEXDataException(path_ + ": cannot be written: " + std::strerror(errno));
 }
 
 void Baseline::add(const std::vector<Diagnostic>& findings) {

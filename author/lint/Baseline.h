@@ -27,10 +27,8 @@ public:
     explicit Baseline(std::string path);
     /// Reads the file. Throws HEXDataException with "file:line: what is wrong".
     void read();
-    /// What the file holds when it is written.
+    /// What the file is to hold. Whoever writes it sees to it that an older one is not lost when that fails.
     std::string text() const;
-    /// Writes the file over an older one. Throws HEXDataException when it cannot be written, and may be cut short then.
-    void write() const;
 
     /// Adds what one library has. What several have, such as findings of a file that they include, counts once.
     void add(const std::vector<Diagnostic>& findings);

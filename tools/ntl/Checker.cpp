@@ -9,7 +9,6 @@
 #include "tools/ntl/TextFile.h"
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 #include <thread>
 #include <utility>
