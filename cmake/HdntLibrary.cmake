@@ -5,7 +5,9 @@ include(CMakePackageConfigHelpers)
 # Each component has an export set of its own, hdnt-COMPONENT, and a pkg-config file made of cmake/TARGET.pc.in.
 function(hdnt_shared_library target component folder)
   set(exported ${CMAKE_SOURCE_DIR}/cmake/exported.map)
-  target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions -Wl,--version-script=${exported})
+  # What is process-wide lives as long as the process, so the library does, too: a host that opens and closes it, or a
+  # plugin that uses it, has its names and tables once, not once each time.
+  target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions -Wl,-z,nodelete -Wl,--version-script=${exported})
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${exported})
   if(NOT HDNT_SANITIZE) # clang leaves sanitizer symbols to programs
     target_link_options(${target} PRIVATE -Wl,--no-undefined)
