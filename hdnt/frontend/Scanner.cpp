@@ -2,7 +2,6 @@
 
 #include "hdnt/frontend/Keywords.internal.h"
 #include "hdnt/frontend/ScannerState.internal.h"
-#include "hdnt/frontend/TokenText.internal.h"
 #include "hdnt/platform/Bytes16.internal.h"
 #include "hdnt/platform/Text.h"
 
@@ -374,20 +373,18 @@ int Scanner::scan() {
     return scanHere(start, [this] { return scanOn(); });
 }
 
-static std::string* copied(std::string_view text) { return TokenTexts::make(text.data(), text.data() + text.size()); }
-
 void Scanner::giveValue(int token) {
     switch (token) {
     case T_IntConstant: HDNTParserlval.intValue = number_.asInt; break;
     case T_DoubleConstant: HDNTParserlval.doubleValue = number_.asDouble; break;
     case T_BoolConstant: HDNTParserlval.boolValue = *matchBegin_ == 't'; break;
-    case T_StringConstant: HDNTParserlval.text = copied(stringText()); break;
+    case T_StringConstant: HDNTParserlval.text = new std::string(stringText()); break;
     case T_Identifier: {
         const std::string_view read = tokenText().substr(0, sizeof HDNTParserlval.identifier - 1);
         *std::copy(read.begin(), read.end(), HDNTParserlval.identifier) = '\0';
         break;
     }
-    default: HDNTParserlval.text = copied(tokenText());
+    default: HDNTParserlval.text = new std::string(tokenText());
     }
 }
 
