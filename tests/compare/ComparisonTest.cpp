@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 
@@ -108,6 +109,7 @@ TEST(Comparison, OneEditIsOneDifference) {
         {"max = 32,", "", "compatible changed property/maximum ADD/WIDTH: 32 -> none"},
         {"min = 10'h001", "min = 10'h000", "compatible changed property/minimum ADD/INIT: 10'h001 -> 10'h000"},
         {"min = 10'h001", "min = 10'h0a0", "breaking changed property/minimum ADD/INIT: 10'h001 -> 10'h0a0"},
+        {"min = 10'h001", "min = 10'h002", "breaking changed property/minimum ADD/INIT: 10'h001 -> 10'h002"},
         {"default = 10'h00F", "default = 10'hF", "breaking changed property/default ADD/INIT: 10'h00F -> 10'hF"},
         {"default = 10'h00F", "max = 10'h3FF, default = 10'h00F",
          "breaking changed property/maximum ADD/INIT: none -> 10'h3FF"},
@@ -317,6 +319,37 @@ TEST(Comparison, DamagedModels) {
     const std::string swapped = "library \"L\" { block \"A\" { } block \"A\" { pin \"D\" input; } }";
     EXPECT_EQ(compared(twice, swapped), "breaking removed pin/whole A/D: direction input, type data -> \n"
                                         "breaking added pin/whole A#2/D:  -> direction input, type data");
+}
+
+// Trees that no text has.
+TEST(Comparison, WhatOnlyProgramsMake) {
+    class HostsPin : public HDNTPinInst {
+    public:
+        void check() override {}
+        void accept(HDNTVisitor&) override {}
+    };
+    const auto made = [](HDNTExpr::FOPERATOR op, double number) {
+        auto library = finished("library \"L\" { block \"A\" { } }");
+        std::vector<HDNTNetlistEntity*> entities{
+            new HDNTIfStmt(new HDNTBoolConstant(true), new HDNTDoubleConstant(number), nullptr),
+            new HDNTAssignBlockProperty("U", "P", new HDNTCompoundExpr(nullptr, op, new HDNTIntConstant(1))),
+            new HDNTAssignBlockProperty("U", "Q",
+                                        new HDNTCompoundExpr(new HDNTIntConstant(2), op, new HDNTIntConstant(1))),
+            new HDNTConnect("@0", std::vector<HDNTPinInst*>{new HostsPin}),
+        };
+        const auto unknown = static_cast<HDNTExpr::FOPERATOR>(15); // ends finalizing
+        entities.push_back(new HDNTAssignBlockProperty("V", "Q", new HDNTCompoundExpr(nullptr, unknown, nullptr)));
+        EXPECT_THROW(library->getTypeBlock(0)->setNetlist(new HDNTNetlist(&entities)), HEXAlgException);
+        return library;
+    };
+    const auto one = made(HDNTExpr::NEGATE, std::nan("1"));
+    const auto other = made(HDNTExpr::NOT, std::nan("2"));
+    EXPECT_EQ(linesOf(HDNTComparison::compare(*one, *one)), "");
+    EXPECT_EQ(linesOf(HDNTComparison::compare(*one, *other)),
+              "breaking changed block assign/value A/mapping/U/P: -(1) -> !(1)\n"
+              "breaking changed block assign/value A/mapping/U/Q: -(2, 1) -> !(2, 1)\n"
+              "breaking changed expression/value A/mapping/if/then/expression: nan:7ff8000000000001 -> "
+              "nan:7ff8000000000002");
 }
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

@@ -138,6 +138,35 @@ TEST(Scanner, BuffersStack) {
     yylex_destroy();
 }
 
+TEST(Scanner, BuffersAreSwitchedAndFlushed) {
+    YY_BUFFER_STATE const first = yy_scan_string("block pin");
+    NtlInitScanner();
+    EXPECT_EQ(HDNTParserlex(), T_Block);
+    std::istringstream stream("library end");
+    YY_BUFFER_STATE const second = yy_create_buffer(&stream, 16384);
+    yy_switch_to_buffer(second);
+    EXPECT_EQ(HDNTParserlex(), T_Library);
+    yy_switch_to_buffer(first);
+    EXPECT_EQ(HDNTParserlex(), T_Pin);
+    yy_switch_to_buffer(second);
+    yy_flush_buffer(second);
+    yy_flush_buffer(nullptr);
+    EXPECT_EQ(HDNTParserlex(), 0);
+    std::istringstream next("int");
+    yyset_in(&next); // goes on in a buffer that is at its end
+    EXPECT_EQ(yyget_in(), &next);
+    EXPECT_EQ(HDNTParserlex(), T_Int);
+    yyset_lineno(41);
+    EXPECT_EQ(yyget_lineno(), 41);
+    yyset_out(stderr);
+    EXPECT_EQ(yyget_out(), stderr);
+    void* const block = yyrealloc(yyalloc(1), 100);
+    EXPECT_NE(block, nullptr);
+    yyfree(block);
+    yylex_destroy();
+    yy_delete_buffer(first);
+}
+
 struct BadBuffer : std::streambuf {
     int underflow() override { throw std::runtime_error("disk"); }
 };

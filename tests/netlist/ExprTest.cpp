@@ -57,6 +57,8 @@ TEST(Expr, IntOperators) {
 TEST(Expr, OperatorsOfOtherTypes) {
     EXPECT_EQ(operated(1.0, HDNTExpr::DIVIDE, 0.0), "Divide by zero");
     EXPECT_EQ(operated(1.0, HDNTExpr::DIVIDE, 4.0), "0.25");
+    EXPECT_EQ(operated(1.0, HDNTExpr::ADD, 4.0) + operated(1.0, HDNTExpr::SUBTRACT, 4.0), "5.0-3.0");
+    EXPECT_EQ(operated(1.5, HDNTExpr::MULTIPLY, 4.0) + operated(1.5, HDNTExpr::NEGATE, 4.0), "6.0-4.0");
     EXPECT_EQ(operated(5.0, HDNTExpr::REMAINDER, 2.0), "HDNTNetlist: illegal modulo operation for type double");
     const double nan = std::nan("");
     EXPECT_EQ(operated(nan, HDNTExpr::EQUAL, nan) + operated(nan, HDNTExpr::NOT_EQUAL, nan), "falsetrue");

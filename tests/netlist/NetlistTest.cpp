@@ -110,6 +110,21 @@ TEST(Netlist, SignalListsBecomeSignals) {
     EXPECT_EQ(reports.take().size(), 1U);
 }
 
+// As a host builds one: a list of a plain name is one signal, and names are found before anything is finalized.
+TEST(Netlist, ListsOfHosts) {
+    std::vector<HDNTNetlistEntity*> entities{new HDNTSigList("A"), new HDNTSigList("D[1:0]")};
+    HDNTNetlist netlist(&entities);
+    EXPECT_EQ(netlist.findSignal("A"), netlist.signals()[0]);
+    EXPECT_EQ(netlist.getSignal("B"), nullptr);
+    netlist.finalize();
+    Texts names;
+    for (const HDNTSignal* signal : netlist.signals()) names.push_back(signal->name());
+    EXPECT_EQ(names, (Texts{"A", "D[1]", "D[0]"}));
+    EXPECT_EQ(netlist.signals()[0]->sigList(), nullptr);
+    EXPECT_EQ(netlist.findSignal("D[0]"), netlist.signals()[2]);
+    EXPECT_EQ(HDNTConnect("A", std::vector<HDNTPinInst*>{}).getSignal(), nullptr);
+}
+
 TEST(Netlist, ASignalOfTwoBillionIsOneReport) {
     Reports reports;
     const auto library = loaded(mapped("signal \"N[2000000000:0]\";"));
