@@ -76,3 +76,43 @@ TEST(ShippedData, ExamplesOfTheLanguageReference) {
     }
     EXPECT_GE(examples, 45U);
 }
+
+// Of each limit, by default and for files of someone else, as the page has them.
+TEST(ShippedData, LimitsAreThoseOfTheirPage) {
+    std::ifstream page(HDNT_DOCS "/limits.md");
+    const HDNTLimits usual;
+    const HDNTLimits tight = HDNTLimits::forUntrusted();
+    const auto written = [](std::string text) { // "64 MiB", "1,048,576", "none", "yes"
+        std::erase(text, ',');
+        const std::size_t shift = text.ends_with(" GiB") ? 30 : text.ends_with(" MiB") ? 20 : 0;
+        return text == "yes" ? 1 : std::strtoull(text.c_str(), nullptr, 10) << shift;
+    };
+    std::size_t numLimits = 0;
+    const auto expectRow = [&](const std::string& row, const char* name, auto member) {
+        const std::string begin = std::string("| `") + name + "` | ";
+        if (!row.starts_with(begin)) return;
+        const std::size_t middle = row.find(" | ", begin.size());
+        const std::string untrusted = row.substr(middle + 3, row.find(" | ", middle + 3) - middle - 3);
+        EXPECT_EQ(written(row.substr(begin.size(), middle - begin.size())), static_cast<std::size_t>(usual.*member))
+            << row;
+        EXPECT_EQ(written(untrusted), static_cast<std::size_t>(tight.*member)) << row;
+        ++numLimits;
+    };
+    for (std::string row;
+         std::getline(page, row) && row != "What is at a limit is read as if there were none. What is above it:";) {
+        expectRow(row, "includeDepth", &HDNTLimits::includeDepth);
+        expectRow(row, "inputBytes", &HDNTLimits::inputBytes);
+        expectRow(row, "includedBytes", &HDNTLimits::includedBytes);
+        expectRow(row, "expansionRatio", &HDNTLimits::expansionRatio);
+        expectRow(row, "expansionFloor", &HDNTLimits::expansionFloor);
+        expectRow(row, "rangeElements", &HDNTLimits::rangeElements);
+        expectRow(row, "bitWidth", &HDNTLimits::bitWidth);
+        expectRow(row, "precision", &HDNTLimits::precision);
+        expectRow(row, "parserDepth", &HDNTLimits::parserDepth);
+        expectRow(row, "expansionInstances", &HDNTLimits::expansionInstances);
+        expectRow(row, "diagnostics", &HDNTLimits::diagnostics);
+        expectRow(row, "seconds", &HDNTLimits::seconds);
+        expectRow(row, "ownFolderOnly", &HDNTLimits::ownFolderOnly);
+    }
+    EXPECT_EQ(numLimits, 13U);
+}

@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <new>
 #include <set>
 #include <stdexcept>
+#include <vector>
 
 namespace {
 
@@ -74,6 +76,26 @@ std::size_t numPlacesOfFailures() {
         EXPECT_EQ(inPlace, std::set<const void*>{memory});
     }
     return places.size();
+}
+
+// Where slabs were full, what is deleted makes room for what comes next, and all is well when the rest goes.
+TEST(NodeMemory, OfFullSlabsIsUsedAgain) {
+    if (!ownMemory) GTEST_SKIP();
+    std::vector<std::unique_ptr<HDNTIntConstant>> nodes(100000);
+    for (auto& node : nodes) node = std::make_unique<HDNTIntConstant>(1);
+    for (const int step : {2, 3, 7}) {
+        std::set<const void*> free;
+        for (std::size_t i = 0; i < nodes.size(); i += static_cast<std::size_t>(step)) {
+            free.insert(nodes[i].get());
+            nodes[i].reset();
+        }
+        std::size_t numUsed = 0;
+        for (auto& node : nodes)
+            if (!node) numUsed += free.contains((node = std::make_unique<HDNTIntConstant>(1)).get());
+        EXPECT_EQ(numUsed, free.size()) << step;
+    }
+    nodes.clear();
+    EXPECT_EQ(HDNTIntConstant(3).getValue(), 3);
 }
 
 TEST(NodeMemory, GoesBackWhenAConstructorThrows) {
