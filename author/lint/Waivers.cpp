@@ -47,6 +47,7 @@ std::optional<year_month_day> dateOf(std::string_view text) {
 struct Stretch {
     std::size_t begin = 0; ///< bytes of the text
     std::size_t end = 0;
+    bool operator==(const Stretch&) const = default;
 };
 
 struct Waiver {
@@ -55,18 +56,58 @@ struct Waiver {
     std::string fault; ///< why it has no effect
     Stretch comment;
     std::optional<Stretch> covered;
-    int firstLine = 0; ///< of what is covered
-    int lastLine = 0;
-    std::set<std::string> used; ///< codes that something was waived of
+};
 
-    bool covers(const Place& place) const {
-        if (!covered) return false;
-        if (place.offset == Place::unknown) return place.line >= firstLine && place.line <= lastLine;
-        return place.offset >= covered->begin && place.offset < covered->end;
+/// Where a code is waived. Stretches are statements, so that each two lie apart or one in the other; many waivers may
+/// be of one.
+class WaivedStretches {
+public:
+    void add(const Stretch& stretch) { all_.push_back({stretch}); }
+
+    /// To be called when all are added, before the rest.
+    void order() {
+        std::ranges::sort(all_, isBefore);
+        all_.erase(std::unique(all_.begin(), all_.end(), [](auto& a, auto& b) { return a.at == b.at; }), all_.end());
+        for (std::size_t i = 0; i < all_.size(); ++i) {
+            std::size_t outer = i - 1; // none before the first
+            while (outer != none && all_[outer].at.end <= all_[i].at.begin) outer = all_[outer].outer;
+            all_[i].outer = outer;
+        }
     }
-    bool allows(const Diagnostic& finding) const {
-        return covers(finding.place) && std::ranges::find(codes, finding.code) != codes.end();
+
+    /// Whether the byte is in one. All that it is in are used then.
+    bool use(std::size_t offset) {
+        const auto behind = std::ranges::upper_bound(all_, offset, {}, [](const One& one) { return one.at.begin; });
+        auto i = static_cast<std::size_t>(behind - all_.begin()) - 1;
+        while (i != none && all_[i].at.end <= offset) i = all_[i].outer;
+        if (i == none) return false;
+        for (; i != none && !all_[i].isUsed; i = all_[i].outer) all_[i].isUsed = true;
+        return true;
     }
+
+    /// The same for a line, where the byte is not known.
+    bool use(const Stretch& line) {
+        bool is = false;
+        for (One& one : all_) {
+            if (one.at.begin >= line.end || one.at.end < line.begin) continue;
+            is = one.isUsed = true;
+        }
+        return is;
+    }
+
+    bool isUsed(const Stretch& stretch) const { return std::ranges::lower_bound(all_, One{stretch}, isBefore)->isUsed; }
+
+private:
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+    struct One {
+        Stretch at;
+        std::size_t outer = none; ///< the least that it lies in
+        bool isUsed = false;
+    };
+    static bool isBefore(const One& a, const One& b) {
+        return a.at.begin != b.at.begin ? a.at.begin < b.at.begin : a.at.end > b.at.end;
+    }
+    std::vector<One> all_;
 };
 
 std::string faultOfCodes(const std::vector<std::string>& codes) {
@@ -129,13 +170,10 @@ public:
     }
 
     bool waives(const Diagnostic& finding) {
-        bool is = false;
-        for (Waiver& waiver : waivers_) {
-            if (!waiver.allows(finding)) continue;
-            waiver.used.insert(finding.code);
-            is = true;
-        }
-        return is;
+        const auto found = stretches_.find(finding.code);
+        if (found == stretches_.end()) return false;
+        const Place& place = finding.place;
+        return place.offset == Place::unknown ? found->second.use(lineAt(place.line)) : found->second.use(place.offset);
     }
 
     void judge(std::vector<Diagnostic>& findings, Judged judged) const {
@@ -147,14 +185,19 @@ public:
             else if (!waiver.covered) say(LintCode::waiverExpired, waiver.until);
             else
                 for (const std::string& code : waiver.codes)
-                    if (!waiver.used.contains(code) && isJudged(code, judged)) say(LintCode::waiverUnused, code);
+                    if (!stretches_.at(code).isUsed(*waiver.covered) && isJudged(code, judged))
+                        say(LintCode::waiverUnused, code);
         }
     }
 
-    /// Ends those whose last day is over.
-    void end(const year_month_day& today) {
-        for (Waiver& waiver : waivers_)
+    /// Ends those whose last day is over; the others hold from here on.
+    void begin(const year_month_day& today) {
+        for (Waiver& waiver : waivers_) {
             if (waiver.fault.empty() && !waiver.until.empty() && *dateOf(waiver.until) < today) waiver.covered.reset();
+            if (!waiver.covered) continue;
+            for (const std::string& code : waiver.codes) stretches_[code].add(*waiver.covered);
+        }
+        for (auto& [code, stretches] : stretches_) stretches.order();
     }
 
 private:
@@ -164,10 +207,6 @@ private:
         waiver.covered = coveredBy(item);
         if (waiver.fault.empty() && !waiver.covered) waiver.fault = "no statement stands behind it";
         if (!waiver.fault.empty()) waiver.covered.reset();
-        if (waiver.covered) {
-            waiver.firstLine = lineOf(waiver.covered->begin);
-            waiver.lastLine = lineOf(waiver.covered->end);
-        }
         waivers_.push_back(std::move(waiver));
     }
 
@@ -198,6 +237,14 @@ private:
         return static_cast<int>(std::upper_bound(lines_.begin(), lines_.end(), offset) - lines_.begin());
     }
 
+    /// With its end, empty where there is no such line.
+    Stretch lineAt(int line) const {
+        const std::size_t behind = tree_.items().text().size() + 1;
+        const auto number = static_cast<std::size_t>(std::max(line, 0));
+        if (number == 0 || number > lines_.size()) return {behind, behind};
+        return {lines_[number - 1], number == lines_.size() ? behind : lines_[number]};
+    }
+
     Place placeOf(const Stretch& stretch) const {
         const std::string_view text = tree_.items().text();
         const std::size_t end = std::min(stretch.end, text.find('\n', stretch.begin));
@@ -221,6 +268,7 @@ private:
     std::vector<std::size_t> lines_{0}; ///< where each begins
     std::size_t next_ = 0;
     std::vector<Waiver> waivers_;
+    std::map<std::string, WaivedStretches, std::less<>> stretches_; ///< by code
 };
 
 } // namespace
@@ -232,7 +280,7 @@ void applyWaivers(std::vector<Diagnostic>& findings, const std::vector<std::stri
     for (const std::string& name : all) {
         WaivedFile file;
         if (!file.read(name, textOfFile(name, options.texts))) continue;
-        file.end(options.today);
+        file.begin(options.today);
         std::erase_if(findings, [&](const Diagnostic& one) { return one.place.file == name && file.waives(one); });
         file.judge(findings, options.judged);
     }

@@ -38,6 +38,7 @@ TEXTS = {
     "equal pins": (lambda n: BEGIN + 'pin "A" input;\n' * n + "} }\n", "pin-redefined"),
     "equal blocks": (lambda n: 'library "L" {\n' + 'block "B" { pin "A" input; }\n' * n + "}\n", "block-redefined"),
     "groups": (lambda n: 'library "L" {\n' + "".join(f'block "B{i}" {{ primgroup = "G{i}"; pin "A" input; }}\n' for i in range(n)) + "}\n", ""),
+    "waived": (lambda n: 'library "L" {\n' + rows(n, "// ntl: allow include-not-found: none\nINCLUDE x%d.btl;\n") + "}\n", ""),
     "waivers": (lambda n: 'library "L" {\n' + "// ntl: allow no-group: none\n" * n + "}\n", "waiver-form"),
     "faults": (lambda n: 'library "L" {\n' + rows(n, 'block "B%d" { pinn "A" input; }\n') + "}\n", "misspelt-word"),
     "foreign characters": (lambda n: 'library "L" {\n' + "$\n" * n + "}\n", "unexpected-token"),
