@@ -3,14 +3,15 @@
 #include "hdnt/platform/DataDirectory.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HUTFile.h"
+#include "hdnt/platform/InputFile.h"
 
 #include <libconfig.h++>
 
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
 #include <new>
 #include <set>
+#include <sstream>
 #include <string_view>
 #include <unordered_map>
 
@@ -49,8 +50,12 @@ void refuseDirectories(const std::string& path, const std::string& includeDirect
     constexpr std::string_view Keyword = "@include";
     if (!seen.insert(path).second) return;
     if (HUTFile(path).isDir()) reject(path, ": is a directory");
-    std::ifstream file(path);
-    for (std::string line; std::getline(file, line);) {
+    std::string text;
+    std::string why; // libconfig says it once more
+    hdnt::platform::readInput(path, {}, text, why);
+    std::istringstream lines(std::move(text));
+    lines.exceptions(std::ios::badbit); // std::bad_alloc, which would else be taken for the end
+    for (std::string line; std::getline(lines, line);) {
         const std::size_t begin = line.find_first_not_of(" \t");
         if (begin == std::string::npos || line.compare(begin, Keyword.size(), Keyword) != 0) continue;
         const std::size_t name = line.find('"', begin) + 1, end = line.find('"', name);
