@@ -146,7 +146,8 @@ public:
     /// Plain digits of a hex or binary value in the property's radix and width, without leading zeros but one unless
     /// they are kept. Values of other types come back unchanged.
     std::string formatValue(std::string value, bool keepLeadingZeros) const;
-    /// The value through a Boost.Format format that takes width, radix letter and digits, as in "%d'%c%s".
+    /// The value through a Boost.Format format that takes width, radix letter and digits, as in "%d'%c%s". Throws
+    /// boost::io::format_error, a std::exception, for one that takes fewer or more, or is none.
     std::string formatValue(const std::string& value, char binaryRadix, char hexRadix, const char* format) const;
 
     /// "bool", "int", "double", "string", "bithex", "bitbinary". Throws HEXAlgException "Unknown HDNTProperty type".

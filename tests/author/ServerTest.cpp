@@ -132,6 +132,12 @@ TEST(Server, EncodingIsThatOfTheClient) {
     EXPECT_EQ(encodingFor({{"general", {{"positionEncodings", 3}}}}), "utf-16");
 }
 
+TEST(Server, OffersWhatItNames) {
+    const Json all = Dialogue().initialize().run().at(0)["result"]["capabilities"];
+    EXPECT_GE(all.size(), 24U);
+    for (const auto& [name, capability] : all.items()) EXPECT_NE(capability, false) << name;
+}
+
 TEST(Server, EndsWhenNobodyReads) {
     std::signal(SIGPIPE, SIG_IGN);
     std::array<int, 2> in{};

@@ -173,7 +173,7 @@ private:
         case 5: return void(property.isValidValue(next.text(), reason));
         case 6: return void(property.isValidValue(1.0 / next.number(), reason));
         case 7: return void(property.formatValue(next.text(), next.byte() % 2 == 0));
-        case 8: return void(property.formatValue(next.text(), 'b', 'h', "%s"));
+        case 8: return void(property.formatValue(next.text(), 'b', 'h', "%d'%c%s"));
         case 9: return void(property.getDefaultValue()), void(property.getAllowedValues());
         case 10: return void(property.getMinHexValue()), void(property.getAllowedIntValues());
         default: return property.describe(next.text());
