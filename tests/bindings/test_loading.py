@@ -178,6 +178,7 @@ class Ends(Folder):
                  lambda: library.print(), lambda: library.diff(library), lambda: library.find("X"),
                  lambda: block.expand(), lambda: block.pin_tuples(), lambda: block.accept(hdnt.Visitor()),
                  lambda: nodes[4].accepts(3), lambda: hdnt.load(EXAMPLES / "first.btl", parent=library)])
+        self.assertFalse(library.closed)
         library.close()
         library.close()
         self.assertTrue(library.closed)
