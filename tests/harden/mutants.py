@@ -26,6 +26,12 @@ _STATEMENT = {
 _CONDITION = {"cpp": r"\b(if|while) (\()", "py": r"\b(if|elif|while) ()", "tcl": r"\b(if|while) (\{)"}
 
 
+def read_judged(path):
+    """The lines of a list of what was judged one by one; the lines that begin with a blank say why."""
+    with open(path, encoding="utf-8") as file:
+        return {line for line in file.read().splitlines() if line and not line.startswith(("#", " "))}
+
+
 def kind_of(path):
     return {"cpp": "cpp", "h": "cpp", "py": "py", "tcl": "tcl"}.get(path.rpartition(".")[2])
 

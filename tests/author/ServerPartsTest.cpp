@@ -1,4 +1,6 @@
+// Parts of the server that no client sees.
 #include "author/server/Worker.internal.h"
+#include "author/server/Workspace.internal.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -100,4 +102,26 @@ TEST(Worker, EndsAtOnceAndForTheNext) {
     ASSERT_TRUE(worker.start([](const Send& send) { send("next"); }));
     EXPECT_EQ(allOf(worker), std::vector<std::string>{"next"});
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(60));
+}
+
+TEST(Uris, NameFiles) {
+    using hdnt::author::server::pathOf;
+    using hdnt::author::server::uriOf;
+    const struct {
+        const char* uri;
+        const char* path;
+        bool isOwn = true; // as the server writes it
+    } cases[] = {
+        {"file:///a/b.btl", "/a/b.btl"},
+        {"file:///a%20b/%C3%BC%25.btl", "/a b/\xc3\xbc%.btl"},
+        {"file:///a/./c/../b.btl", "/a/b.btl", false},
+        {"file://localhost/a/b.btl", "/a/b.btl", false},
+        {"file:///a%2fb%4", "/a/b%4", false},
+        {"file://host", "", false},
+        {"untitled:Untitled-1", "", false},
+    };
+    for (const auto& [uri, path, isOwn] : cases) {
+        EXPECT_EQ(pathOf(uri), path) << uri;
+        EXPECT_EQ(uriOf(path) == uri, isOwn) << uriOf(path);
+    }
 }
