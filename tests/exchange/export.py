@@ -190,6 +190,10 @@ def check_verilog(folder):
                      for port, facts in module["ports"].items()}
             wanted = expected_ports(names[name])
             assert ports == wanted and list(ports) == list(wanted), (name, ports, wanted)
+            groups = {key: names[name][key] for key in ("group", "subgroup") if re.fullmatch("[A-Z_]+", names[name][key] or "")}
+            assert {key: module["attributes"].get(key) for key in groups} == groups, (name, module["attributes"])
+            types = {net["attributes"].get("pin_type", "data") for port, net in module["netnames"].items() if port in ports}
+            assert types == {bus["type"] for bus in names[name]["buses"] if escaped(bus["baseName"]) in wanted}, (name, types)
             parameters = expected_parameters(names[name], wanted)
             found = module.get("parameter_default_values", {})
             doubles = {parameter for parameter, value in parameters.items() if isinstance(value, float)}

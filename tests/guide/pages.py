@@ -131,6 +131,15 @@ def check_properties(block, tree):
         assert row[5] == shown(one["units"]) and row[6].startswith(shown(one["description"])), (block["name"], row)
 
 
+def check_facts(block, tree):
+    page = texts(tree)
+    for label, key in (("Group", "group"), ("Earlier group", "legacyGroup"), ("Maturity", "maturity"),
+                       ("Pin of the master driver", "masterDriverPin"), ("Shadow pins", "shadowPins")):
+        assert (label in page) == bool(block[key]), (block["name"], label)
+        for value in block[key] if isinstance(block[key], list) else [block[key] or ""]:
+            assert value in page, (block["name"], label, value)
+
+
 def check_symbol(block, tree):
     """Each pin once, inputs on the left, in the directions and with the ties of the model."""
     symbol = next(one for one in tree.iter(SVG + "svg") if one.get("class") == "symbol")
@@ -166,6 +175,7 @@ def check_model(folder, pages, *library):
     assert sorted(of_blocks) == sorted(names)
     for block in sheets["blocks"]:
         tree = of_blocks[block["name"]]
+        check_facts(block, tree)
         check_pins(block, tree)
         check_properties(block, tree)
         check_symbol(block, tree)

@@ -281,6 +281,9 @@ TEST(Expansion, InstancesAreLimited) {
         limits.expansionInstances = limit;
         HDNTLimits::set(limits);
         HDNTExpansion expansion(*library->getTypeBlock(0));
-        for (int time = 0; time < 3; ++time) EXPECT_EQ(expansion.expand(true), limit >= 6) << limit << ' ' << time;
+        for (int time = 0; time < 3; ++time) {
+            EXPECT_EQ(expansion.expand(true), limit >= 6) << limit << ' ' << time;
+            EXPECT_EQ(expansion.problems().size(), limit >= 6 ? 0U : 1U) << limit;
+        }
     }
 }
