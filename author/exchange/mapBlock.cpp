@@ -8,6 +8,8 @@
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/Text.h"
 
+#include <algorithm>
+
 namespace hdnt::author {
 
 namespace {
@@ -89,9 +91,8 @@ std::vector<PortBit> MapBlock::bitsOf(const HdlPort& port) {
 }
 
 const Json& MapBlock::jsonOf(const HDNTProperty& property) const {
-    for (const Json& one : json_["properties"])
-        if (isFoundByName(one) && one["name"] == property.getName()) return one;
-    throw HEXDataException("Block " + model_.getName() + " has no property " + property.getName());
+    const auto isIt = [&](const Json& one) { return isFoundByName(one) && one["name"] == property.getName(); };
+    return *std::ranges::find_if(json_["properties"], isIt);
 }
 
 std::string textOf(const MapNet& net) {

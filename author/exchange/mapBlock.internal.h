@@ -17,7 +17,7 @@ struct PortBit {
     const HdlPort* port = nullptr;
     int bit = -1; ///< -1: the port has no range
     bool operator<(const PortBit& other) const { return std::pair(port, bit) < std::pair(other.port, other.bit); }
-    bool operator==(const PortBit& other) const { return port == other.port && bit == other.bit; }
+    bool operator==(const PortBit& other) const = default;
 };
 /// Throws HEXDataException for a name that techmap keeps for itself.
 void requireFree(const std::string& name);
@@ -34,7 +34,6 @@ public:
     /// another one may have in Verilog, too.
     void requireNames() const;
     const HDNTBlock& model() const { return model_; }
-    const Json& json() const { return json_; }
     const HdlShape& shape() const { return shape_; }
     /// The bits that a name means, as NamedPins has it. Throws HEXDataException when there are none, or no port for
     /// them.
