@@ -80,6 +80,10 @@ ODD = """
     connect "bus[1]" : "a_E" "Q[0]"; connect "bus[0]" : "X[2]", "a_E" "I[1]";
     signal "@0" : "a" "B", "a_E" "~I[2]"; signal "p" : "P", "a_E" "B"; connect "l[0]" : "a" "Q[1]", "a_E" "I[0]";
     if (isConnected("Z")) connect "z" : "Z", "a" "E", "Y"; else { connect "l[0]" : "a" "~E", "Y"; }
+    if (boolProperty("M")) {
+      if (boolProperty("H")) connect "K" : "a_E" "U[2]";
+      connect "K" : "a_E" "U[2]"; if (intProperty("K") %% 3 == 1) connect "K" : "a_E" "U[2]";
+    }
   }
   block "ODD_PAIRS" {%(own)s
   } mapsto {
@@ -87,11 +91,7 @@ ODD = """
     if ("one" == stringProperty("S")) { connect "z[01]" : "g" "E"; connect "a" : "p" "U"; }
     if (stringProperty("W") == stringProperty("W") && stringProperty("NOTE") == stringProperty("FREE"))
       connect "a" : "p" "U";
-    if (boolProperty("M")) {
-      if (boolProperty("H")) connect "a" : "g" "I[1]";
-      connect "a" : "g" "I[1]"; if (intProperty("K") %% intProperty("L") != 1) connect "a" : "g" "I[1]";
-    }
-    assign block property "g" "N" intProperty("K"); assign block property "p" "FEW" intProperty("L");
+    assign block property "g" "N" intProperty("K"); assign block property "p" "FEW" intProperty("K");
     assign block property "g" "ANY" -2147483647 - 1; assign block property "g" "W" "1F";
     connect "@1" : "P"; connect "@0" : "V"; connect "@1" : "g" "I[2]"; connect "@1" : "g" "I[3]";
     if (boolProperty("M")) assign block property "g" "S" stringProperty("NOTE"); else connect "@0" : "g" "B";
