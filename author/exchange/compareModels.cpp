@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <map>
 #include <set>
+#include <span>
 #include <utility>
 
 namespace hdnt::author {
@@ -192,6 +193,12 @@ public:
                 continue;
             }
             modelled_.insert(found->second);
+            if (module.isDeferred) {
+                const std::string what = printable(module.name) + ": " + deferredReason;
+                file.findings.push_back(
+                    finding(modelRule(ModelCode::unreadableVerilog), module.place, std::span(&what, 1)));
+                continue;
+            }
             file.blocks.push_back(found->second->getName());
             const Json block = jsonOf(*found->second, places_);
             ModelJudge(block, module, file.findings).judge();

@@ -71,7 +71,6 @@ Json propertyOf(const ModuleParameter& parameter) {
     requireName(parameter.name);
     Json property;
     property["name"] = parameter.name;
-    if (parameter.kind == Kind::None) throw Refusal{"without a default, its type is not known"};
     if (parameter.kind == Kind::Text) {
         setText(property, parameter.value);
     } else if (parameter.kind == Kind::Real) {
@@ -132,6 +131,7 @@ private:
 
     void addBlock(const Module& module) {
         requireName(module.name);
+        if (module.isDeferred) throw Refusal{deferredReason};
         requireNew(names_, module.name, "a module");
         Json block;
         block["name"] = module.name;

@@ -46,8 +46,8 @@ public:
     const std::vector<Parameter>& parameters() const { return parameters_; }
     /// Throws HEXDataException for one whose value would arrive as another.
     void requireHandedDown(const Parameter& parameter) const;
-    /// For ports that a condition asks for: the name of the parameter that techmap sets when they are connected. Nothing
-    /// else has such a name, for mappings with one are refused.
+    /// For ports that a condition asks for: the name of the parameter that techmap sets when they are connected.
+    /// Nothing else has such a name, for mappings with one are refused.
     const std::map<const HdlPort*, std::string>& connected() const { return connected_; }
     /// Constants that values go through.
     const std::vector<std::string>& constants() const { return constants_; }

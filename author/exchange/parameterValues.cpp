@@ -44,25 +44,16 @@ std::string kindOf(const Json& property) {
 }
 
 std::string kindOf(const ModuleParameter& parameter) {
-    switch (parameter.kind) {
-    case Kind::Text: return "a text";
-    case Kind::Real: return "a real number";
-    case Kind::Bits: return "a number of bits";
-    case Kind::None: break;
-    }
-    return "without default";
+    return parameter.kind == Kind::Text   ? "a text"
+           : parameter.kind == Kind::Real ? "a real number"
+                                          : "a number of bits";
 }
 
 bool canHold(const ModuleParameter& parameter, const Json& property) {
-    switch (parameter.kind) {
-    case Kind::Real: return isReal(property);
-    case Kind::Text: return isText(property) || (parameter.isDeclared && !isReal(property));
-    case Kind::Bits:
-        if (isText(property)) return parameter.isDeclared && !parameter.isInteger;
-        return !isReal(property) || (parameter.isInteger && !parameter.isDeclared);
-    case Kind::None: break;
-    }
-    return true;
+    if (parameter.kind == Kind::Real) return isReal(property);
+    if (parameter.kind == Kind::Text) return isText(property) || (parameter.isDeclared && !isReal(property));
+    if (isText(property)) return parameter.isDeclared && !parameter.isInteger;
+    return !isReal(property) || (parameter.isInteger && !parameter.isDeclared);
 }
 
 int bitsOf(const Json& property) {
@@ -85,7 +76,6 @@ std::optional<int> wordIn(const ModuleParameter& parameter) {
 
 bool hasDefaultOf(const Json& property, const ModuleParameter& parameter) {
     const Json& value = listedDefault(property);
-    if (parameter.kind == Kind::None) return false;
     if (isReal(property)) {
         if (parameter.kind != Kind::Real) return wordIn(parameter) && *wordIn(parameter) == value.get<double>();
         const double wanted = value, found = parameter.real;
@@ -104,7 +94,6 @@ bool hasDefaultOf(const Json& property, const ModuleParameter& parameter) {
 std::string defaultText(const ModuleParameter& parameter, const Json& property) {
     if (parameter.kind == Kind::Text) return verilogString(parameter.value);
     if (parameter.kind == Kind::Real) return verilogPlain(parameter.real);
-    if (parameter.kind == Kind::None) return "nothing";
     const std::optional<int> number = wordIn(parameter);
     if (number && (parameter.isInteger || cell(property["type"]) == "int")) return std::to_string(*number);
     const std::string width = std::to_string(parameter.value.size());

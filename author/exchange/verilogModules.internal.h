@@ -19,10 +19,10 @@ struct ModulePort {
 };
 
 struct ModuleParameter {
-    enum class Kind { None, Bits, Text, Real };
+    enum class Kind { Bits, Text, Real };
 
     std::string name;       ///< without escape
-    Kind kind = Kind::None; ///< of the default; none without one
+    Kind kind = Kind::Text; ///< of the default
     std::string value;      ///< bits, the highest first and "x" and "z" among them; or the text
     double real = 0;
     bool isExact = true;     ///< else the number has seven digits
@@ -33,6 +33,7 @@ struct ModuleParameter {
 
 struct Module {
     std::string name;                ///< without escape
+    bool isDeferred = false;         ///< a parameter has no default: nothing but the name is known
     bool hasParametricPorts = false; ///< widths are those of the defaults
     std::vector<ModulePort> ports;
     std::vector<ModuleParameter> parameters;
@@ -43,6 +44,9 @@ struct ModuleFile {
     std::vector<Module> modules;
     std::vector<Diagnostic> refusals; ///< "unreadable-verilog"; there are no modules then
 };
+
+/// Why a module that is deferred is not taken.
+constexpr const char* deferredReason = "the ports are not known, for a parameter has no default";
 
 /// Reads a file, of SystemVerilog when its name ends in .sv or .svh. Those that it includes are sought beside it, then
 /// in the directories, then in the working directory. Bodies of modules are not read, see moduleHeads(). Throws

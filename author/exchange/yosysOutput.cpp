@@ -53,6 +53,9 @@ std::string nameOf(const std::string& key) {
     return isEscaped ? name.substr(1) : name;
 }
 
+// In front of the name of a module that waits for values of its parameters.
+constexpr std::string_view deferredMark = "$abstract\\";
+
 bool isBits(std::string_view text) { return text.find_first_not_of("01xz") == text.npos; }
 
 // A blank is added to texts that would look like bits.
@@ -251,7 +254,8 @@ std::vector<Module> modulesOf(const std::string& json, const std::string& dump, 
     try {
         for (const auto& [key, one] : document.at("modules").items()) {
             Module& module = modules.emplace_back();
-            module.name = nameOf(key);
+            module.isDeferred = key.starts_with(deferredMark);
+            module.name = nameOf(module.isDeferred ? key.substr(deferredMark.size()) : key);
             module.hasParametricPorts = one.at("attributes").contains("dynports");
             module.ports = portsOf(one, facts.of(module.name), texts);
             module.parameters = parametersOf(one, facts.of(module.name));
