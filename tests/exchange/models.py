@@ -18,9 +18,9 @@ LIBRARY = """library "small" {
     property 16'h "START" { default = 16'h00AB } property int "DEPTH" { default = 8 } property int "SHIFT" { default = -3 }
     property bool "FAST" { default = true } property double "DELAY" { default = 0.123456789012 }
     property string "MODE" { default = "SLOW" } property string "MARK" { default = "0101" }
-    property 3'b "CODE" { default = 3'b101 }
+    property 8'b "CODE" { default = 8'b01000001 }
   }
-  block "OTHER" { pin "A" input; }
+  block "OTHER" { pin "A" input; property int "A" { default = 1 } property int "MUST" { min = 1, max = 2 } }
 }
 """
 MODEL = """`timescale 1ns / 1ps
@@ -34,7 +34,7 @@ module QUEUE (CLOCK, D, Q, WIRE, SENSE);
   parameter signed [31:0] SHIFT = -3;
   parameter FAST = 1'b1, MARK = "0101";
   parameter [8*4:1] MODE = "SLOW";
-  parameter [2:0] CODE = 3'd5;
+  parameter [7:0] CODE = 8'd65;
   localparam WIDTH = log2(200), HALF = WIDTH / 2;
   localparam HARD = $realtobits(DELAY);
   input CLOCK;
@@ -58,20 +58,33 @@ module QUEUE (CLOCK, D, Q, WIRE, SENSE);
   invert i(a, b); defparam i.x = 1;
 endmodule
 """
-ODD_MODULES = """module M(input a, input [40000:39999] b, input [1:-1] c, input \\d.e , input [1:0] f);
+ODD_MODULES = """module M(input a, input [40000:39999] b, input [1:-1] c, input \\d.e , input \\$f , input \\1g , input \\é );
   parameter low = 1, LOW = 2, TEXT = "a \\" b", OPEN = 4'b1x01, KEPT = 70'h2_0000_0000_0000_0001, SUM = 1.0 / 3;
+  parameter NONE = "", NOT_ASCII = "é~", BLANK = "01 ";
 endmodule
 module m(input a); endmodule
 module EMPTY; endmodule
+module WIDE(input [32767:0] a, input [32767:0] b, input c); endmodule
+module BRANCH(input a); localparam L
+`ifdef NEVER
+  = 1; endmodule
+`elsif EVER
+  = 2; endmodule
+`else
+  = 3; endmodule
+`endif
 """
 ODD_REFUSALS = """M: b: bits above 32767
 M: c: bits below 0
 M: d.e: names of NTL are letters, digits and _
+M: $f: names of NTL are letters, digits and _
+M: é: names of NTL are letters, digits and _
 M: LOW: a parameter of that name is there before, case aside
 M: TEXT: its default has a character that no text of NTL has
 M: OPEN: its default has bits that are no number
 m: a module of that name is there before, case aside
-EMPTY: a block has a pin at least"""
+EMPTY: a block has a pin at least
+WIDE: c: more than 65536 pins"""
 
 SYSTEM = """module OTHER #(parameter int DEPTH = 8, parameter bit FAST = 1'b1, parameter logic [7:0] INIT = 8'h3C)
   (input logic CLOCK, input wire logic [7:0] D, output var logic [7:0] Q);
@@ -84,6 +97,8 @@ SYSTEM = """module OTHER #(parameter int DEPTH = 8, parameter bit FAST = 1'b1, p
   always_ff @(posedge CLOCK) unique case (D) 1: Q <= D; default: ; endcase
   parameter BIG = 64'd5;
 endmodule : OTHER
+module DEFERRED #(parameter int DEPTH) (input A);
+endmodule
 """
 SYSTEM_AS_NTL = """    pin "CLOCK"  input;
     pin "D[7:0]" input;
@@ -96,7 +111,8 @@ SYSTEM_AS_NTL = """    pin "CLOCK"  input;
 }
 """
 
-# What is changed in the model, and what is said at the line of the change; an empty one is at the module's.
+# What is changed in the model, and the codes, some with a part of the message, of what is said at the line of the change;
+# an empty one is at the module's.
 CHANGES = [
     ("", "", []),
     (", WIRE, ", ", ", ["missing-port"], ("  inout tri1 WIRE;\n", "")),
@@ -104,6 +120,9 @@ CHANGES = [
     ("  inout SENSE;", "  inout SENSE, EXTRA;", ["extra-port"], ("SENSE);", "SENSE, EXTRA);")),
     ("  inout SENSE;", "  inout SENSE, DEEP;", ["extra-port"], ("SENSE);", "SENSE, DEEP);")),
     ("input CLOCK;", "inout CLOCK;", ["port-direction"]),
+    ("input CLOCK;", "input [3:3] CLOCK;", []),
+    ("input CLOCK;", "input [3:2] CLOCK;", ["port-width: CLOCK has 2 bits, not 1"]),
+    ("[`BITS(WIDTH)] D", "D", ["port-width: D has 1 bit, not 8"], None, "input D;"),
     ("[`BITS(WIDTH)] D", "[`BITS(HALF)] D", ["port-width"]),
     ("[0:7] Q", "[7:0] Q", ["port-range"]),
     ("[0:7] Q", "[1:8] Q", ["port-range"]),
@@ -111,20 +130,39 @@ CHANGES = [
     ("MARK =", "MORE = 1, MARK =", ["extra-parameter"]),
     ("0.123_456_789_012", "0.123_456_789_013", ["parameter-default"]),
     ("real DELAY = 0.123_456_789_012", "integer DELAY = 1", ["parameter-type"]),
+    ("real DELAY = 0.123_456_789_012", 'DELAY = "0.12"', ["parameter-type: is a text, not a real"]),
+    ("real DELAY = 0.123_456_789_012", "DELAY = 1", ["parameter-default: is 1 by default, not 0.123456789012"]),
+    ("real DELAY = 0.123_456_789_012", "DELAY = 0.1 + 0.023_456_789", []),
+    ("real DELAY = 0.123_456_789_012", "DELAY = 0.1 + 0.03", ["parameter-default: is 0.13 "]),
     ("[15:0] START", "[16:0] START", ["parameter-width"]),
     ("'hAB", "16'b1010_1011", []),
-    ("'hAB", "'hAx", ["parameter-default"]),
-    ("DEPTH = 4 * 2", "DEPTH = 4 * 3", ["parameter-default"]),
+    ("'hAB", "'hAx", ["parameter-default: is 16'b000000001010xxxx "]),
+    ("'hAB", "'hAC", ["parameter-default: is 16'h00AC by default, not 16'h00AB"]),
+    ("8'd65", '"A"', []),
+    ("8'd65", '"B"', ["parameter-default: is \"B\" by default, not 8'b01000001"]),
+    ("DEPTH = 4 * 2", "DEPTH = 4 * 3", ["parameter-default: is 12 "]),
     ("SHIFT = -3", "SHIFT = 3", ["parameter-default"]),
+    ("[31:0] SHIFT", "[39:0] SHIFT", ["parameter-width"]),
+    ("[31:0] SHIFT = -3", "[39:0] SHIFT = 40'hFFFFFFFD", ["parameter-default", "parameter-width: has 40 bits, not 32"]),
     ("FAST = 1'b1", "FAST = 1", []),
     ("FAST = 1'b1", "FAST = 2'b1", ["parameter-width"]),
     ("FAST = 1'b1", 'FAST = "TRUE"', ["parameter-type"]),
     ('"0101"', "4'b0101", ["parameter-type"]),
     ('"SLOW"', '"FAST"', ["parameter-default"]),
+    ('"SLOW"', "32'h534C_4F57", []),
+    ('"SLOW"', "32'h4641_5354", ["parameter-default"]),
+    ('[8*4:1] MODE = "SLOW"', "MODE = 1.5", ["parameter-type: is a real number, not a text"]),
     ("module QUEUE", "module Queue", ["extra-module"]),
     ("input [`", "input [[`", ["unreadable-verilog"]),
     ("endmodule", "endmodule\n\0", ["unreadable-verilog"], None, "\0"),
     ("define BITS", "define OTHER", ["unreadable-verilog"], None, "D;"),
+    ("1;\nendmodule\n", "1;\nendmodule", []),
+    ("1;\nendmodule\n", "1;\nendmodule // the end", []),
+    ("1;\nendmodule\n", "1;\nendmodule config c; design d; endconfig", []),
+    ("1;\nendmodule\n", "1;\nmodule LAST; endmodule\n", ["unreadable-verilog"], None, "module LAST"),
+    ('"endmodule"; end', '"\\"endmodule"; end', []),
+    ("begin : inner", 'begin : inner\n`include "none.vh"\n`default_nettype none\n', []),
+    ("`define BITS", "`define TOP HALF + 3\n`define BITS", [], ("[`BITS(WIDTH)] D", "[`TOP:0] D")),
     ("`timescale", "module QUEUE; endmodule\n`timescale", ["unreadable-verilog"], None, "module QUEUE (CLOCK"),
 ]
 STATUS = {"extra-module": 0, "unreadable-verilog": 2}
@@ -155,9 +193,12 @@ def check_changes(folder):
         text = text.replace(*other, 1) if other else text
         assert not old or text != MODEL, old
         where = where or (new.strip() if new and codes != ["missing-port"] else "module QUEUE")
-        wanted = [(code, text[:text.index(where)].count("\n") + 1) for code in codes]
+        line = text[:text.index(where)].count("\n") + 1
+        codes, parts = [code.split(": ")[0] for code in codes], [code.partition(": ")[2] for code in codes]
         status, document = compared("-l", library, "--", written(path, text))
-        assert said(document) == wanted, (old, new, said(document), wanted)
+        assert said(document) == [(code, line) for code in codes], (old, new, said(document), line)
+        messages = [one["message"] for one in document["inputs"][0]["diagnostics"]]
+        assert all(part in message for part, message in zip(parts, messages)), (old, new, messages)
         assert status == (STATUS.get(codes[0], 1) if codes else 0), (old, new, status)
 
 
@@ -165,7 +206,7 @@ def check_including(folder):
     library = written(os.path.join(folder, "small.btl"), LIBRARY)
     os.makedirs(os.path.join(folder, "in here"))
     written(os.path.join(folder, "in here", "wide.vh"), "parameter WIDE = 1;\n")
-    model = written(os.path.join(folder, "in here", "other.v"), 'module OTHER(input A);\n`include "wide.vh"\nendmodule\n')
+    model = written(os.path.join(folder, "in here", "other.v"), 'module OTHER(input A);\nparameter MUST = 3;\n`include "wide.vh"\nendmodule\n')
     status, document = compared("-l", library, "--missing", model)
     found = document["inputs"][0]["diagnostics"][0]
     assert found["code"] == "extra-parameter" and found["location"]["file"].endswith("in here/wide.vh"), found
@@ -173,6 +214,9 @@ def check_including(folder):
     assert status == 1 and (document["ownBlockCount"], document["modelledBlockCount"]) == (2, 1)
     status, document = compared("-l", library, "--no-rule", "extra-parameter", model)
     assert status == 0 and not said(document)
+    deferred = written(os.path.join(folder, "other.sv"), "\nmodule OTHER #(parameter int MUST) (input A); endmodule\n")
+    status, document = compared("-l", library, "--missing", deferred)
+    assert status == 1 and said(document) == [("unreadable-verilog", 2)] and document["modelledBlockCount"] == 1, document
     alone = {**os.environ, "PATH": folder}
     for command in ["compare-models", model], ["import", "verilog", model]:
         outcome = export.subprocess.run([NTL, *command], env=alone, capture_output=True, check=False)
@@ -207,9 +251,12 @@ def check_refusals(folder):
     outcome = run(NTL, "import", "verilog", modules, check=False)
     assert [line.split(": ", 2)[2] for line in outcome.stderr.decode().splitlines()] == ODD_REFUSALS.splitlines(), outcome
     assert outcome.returncode == 1
-    assert b"default = 70'h020000000000000001 }" in outcome.stdout and b"default = 0.3333333 }" in outcome.stdout
-    system = run(NTL, "import", "verilog", written(os.path.join(folder, "a.sv"), SYSTEM)).stdout.decode()
-    assert system.endswith('  block "OTHER" {\n' + SYSTEM_AS_NTL), system
+    for default in "70'h020000000000000001", "0.3333333", '""', '"é~"', '"01 "':
+        assert f"default = {default} }}".encode() in outcome.stdout, default
+    system = run(NTL, "import", "verilog", written(os.path.join(folder, "a.sv"), SYSTEM), check=False)
+    assert system.stdout.decode().endswith('  block "OTHER" {\n' + SYSTEM_AS_NTL), system
+    assert system.stderr.endswith(b"a.sv:12: DEFERRED: the ports are not known, for a parameter has no default\n"), system
+    assert system.returncode == 1
     empty = run(NTL, "import", "verilog", written(modules, "// nothing\n"), check=False)
     assert (empty.returncode, empty.stderr) == (1, f"ntl: {modules}: has no module\n".encode()), empty
     broken = run(NTL, "import", "verilog", written(modules, "module M(input a;\nendmodule"), check=False)
