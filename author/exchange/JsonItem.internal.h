@@ -24,8 +24,7 @@ public:
     explicit JsonItem(const Json& document) : json_(&document) {}
 
     const Json& json() const { return *json_; }
-    /// A JSON pointer.
-    const std::string& place() const { return place_; }
+    /// With the place in front, a JSON pointer.
     [[noreturn]] void refuse(const std::string& why) const;
 
     /// Whether the object has something other than null there.

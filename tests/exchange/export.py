@@ -235,21 +235,43 @@ RICH = """library "rich" { function bool odd(1'h, 1'b, string, double, int, bool
 
 
 # What an import refuses of the document below, and where.
+STATEMENT = "/blocks/0/netlist/statements/0"
+INVERTED = {"kind": "connect", "signal": "s", "pins": [{"pin": "~A"}]}
+NO_CONSTANTS = ["8'b1", "'h1", "8x'h1", "8'", "8'hG", "", "0G"]
+NO_EXPRESSIONS = ["1) { } if (2", "(1", "1) + (1", "1 // one", "1; 2", ""]
+NO_FUNCTIONS = ["block", "f g", "f(", "", 'f"']
 REFUSED = [
+    ("/format", "other", 'the document: is no library: its "format" is not "hdnt-library"'),
+    ("/version", 2, "/version: is not 1, which is all that is known here"),
+    ("/blocks/0", [], "/blocks/0: an object is due"),
+    ("/blocks/0/name", 3, "/blocks/0/name: a text is due"),
+    ("/blocks/0/isTest", 1, "/blocks/0/isTest: true or false is due"),
+    ("/blocks/0/buses/0/range", [1], "/blocks/0/buses/0/range: the first and the last bit are due"),
+    ("/blocks/0/buses/0/range/1", 2 ** 64 - 1, "/blocks/0/buses/0/range/1: a whole number from 0 to 2147483647 is due"),
+    ("/blocks/0/properties/0", {"name": "R", "type": "double", "default": "x"},
+     '/blocks/0/properties/0/default: a number, "inf" or "-inf" is due'),
+    ("/blocks/0/properties/0", {"name": "B", "type": "bool", "default": 1},
+     "/blocks/0/properties/0/default: true or false is due"),
+    (STATEMENT, {"kind": "connect", "signal": "s", "pins": []}, STATEMENT + "/pins: a pin is due"),
+    (STATEMENT, INVERTED, STATEMENT + '/pins/0/pin: begins with "~", which would invert it'),
+    (STATEMENT + "/branches/0/condition", "1\n", STATEMENT + '/branches/0/condition: "1\\n" is no expression of NTL'),
+    (STATEMENT, {"kind": "if", "branches": []}, STATEMENT + "/branches: a branch is due"),
+    (STATEMENT, functools.reduce(lambda inner, _: [inner], range(250), []),
+     STATEMENT + "/0" * 250 + ": statements nested more than 250 deep"),
+    *(("/blocks/0/properties/0/default", text, f"/blocks/0/properties/0/default: \"{text}\" is no constant such as 8'h0")
+      for text in NO_CONSTANTS),
+    *((STATEMENT + "/branches/0/condition", text, f'{STATEMENT}/branches/0/condition: "{text}" is no expression of NTL')
+      for text in NO_EXPRESSIONS),
+    *((STATEMENT + "/branches/0/then/function", text,
+       f'{STATEMENT}/branches/0/then/function: "{text}" is no name of a function') for text in NO_FUNCTIONS),
     ("/blocks/0/name", 'qu"ote', "/blocks/0/name: holds a quote or a line break, which no text of NTL does"),
     ("/blocks/0/buses", {}, "/blocks/0/buses: a list is due"),
     ("/blocks/0/buses/0/direction", "up", '/blocks/0/buses/0/direction: "up" is none of input, output, bidir, internal'),
     ("/blocks/0/buses/0/range/0", -1, "/blocks/0/buses/0/range/0: a whole number from 0 to 2147483647 is due"),
-    ("/blocks/0/properties/0/default", "8'b1", "/blocks/0/properties/0/default: \"8'b1\" is no constant such as 8'h0"),
     ("/blocks/0/properties/0/type", "int", "/blocks/0/properties/0/default: a whole number from -2147483648 to 2147483647 is due"),
     ("/blocks/0/properties/0/precision", 3, "/blocks/0/properties/0: 'precision' is no option of this property"),
-    ("/blocks/0/netlist/statements/0/branches/0/condition", "1) { } if (2",
-     '/blocks/0/netlist/statements/0/branches/0/condition: "1) { } if (2" is no expression of NTL'),
-    ("/blocks/0/netlist/statements/0/branches/0/then/kind", "wish",
-     '/blocks/0/netlist/statements/0/branches/0/then/kind: "wish" is none of instance, signal, connect, blockProperty, '
-     "pinProperty, call, if"),
-    ("/blocks/0/netlist/statements/0/branches/0/then/function", "block",
-     '/blocks/0/netlist/statements/0/branches/0/then/function: "block" is no name of a function'),
+    (STATEMENT + "/branches/0/then/kind", "wish",
+     STATEMENT + '/branches/0/then/kind: "wish" is none of instance, signal, connect, blockProperty, pinProperty, call, if'),
 ]
 SMALL = {"format": "hdnt-library", "version": 1, "library": "small", "blocks": [
     {"name": "one", "buses": [{"baseName": "D", "range": [0, 1], "direction": "input"}],
@@ -308,7 +330,9 @@ def check_json(folder):
             functools.reduce(operator.getitem, path, changed)[last] = value
         outcome = run(NTL, "import", "json", written("small.json", json.dumps(changed).encode()), "-o", text, check=False)
         assert outcome.stderr.decode() == (f"ntl: {folder}/small.json: {refusal}\n" if refusal else ""), outcome
-        assert outcome.returncode == (1 if refusal else 0)
+        assert outcome.returncode == (2 if last in ("format", "version") else 1 if refusal else 0)
+    twice = run(NTL, "import", "json", document, document, check=False)
+    assert (twice.returncode, twice.stderr) == (2, b"ntl: one file holds a library as JSON; name one\n"), twice
     said = run(NTL, "export", "json", "-l", written("odd.btl", HOSTILE), "-o", document, check=False)
     assert said.returncode == 1 and b"plain: bytes that are no UTF-8 are written as U+FFFD\n" in said.stderr, said
 
