@@ -92,10 +92,11 @@ std::string groupText(const JsonItem& block, const char* group, const char* subg
 
 // A block without a group of the earlier scheme has its group in that, too.
 std::string groupsText(const JsonItem& block) {
-    const bool differs = block.has("legacyGroup") && block["legacyGroup"].json() != block["group"].json();
     const std::string text = groupText(block, "group", "subgroup");
+    const char* const legacy = block.has("legacyGroup") ? "legacyGroup" : "group";
+    const bool differs = groupText(block, legacy, "") != groupText(block, "group", "");
     if (!differs && !block.has("legacySubgroup")) return text;
-    return text + ", " + groupText(block, block.has("legacyGroup") ? "legacyGroup" : "group", "legacySubgroup");
+    return text + ", " + groupText(block, legacy, "legacySubgroup");
 }
 
 std::string quoted(const JsonItem& item, const std::string& text) {
@@ -149,7 +150,8 @@ std::string blockHead(const JsonItem& block) {
         const std::string_view level = block["maturity"].word(hdnt::words::maturityLevels);
         if (level != hdnt::words::maturityLevels.wordOf(0)) text += "maturityLevel = " + std::string(level) + ";\n";
     }
-    if (block.has("group")) text += "primgroup = " + quoted(block["group"], groupsText(block)) + ";\n";
+    if (const std::string groups = groupsText(block); !groups.empty())
+        text += "primgroup = " + quoted(block, groups) + ";\n";
     return text;
 }
 

@@ -214,7 +214,8 @@ def check_verilog(folder):
 # What mappings, numbers and texts can hold, beside tests/corpus.
 INFINITE = "1" + "0" * 310 + ".0"
 RICH = """library "rich" { function bool odd(1'h, 1'b, string, double, int, bool); function string none();
-  block "other" { pin "A" input; }
+  block "other" { primgroup = "g, g:m"; pin "A" input; } block "sub" { primgroup = ":s"; }
+  block "later" { primgroup = ", l"; }
   block "rich" {
     property double "most" { min = -%(inf)s, max = %(inf)s, default = %(inf)s, precision = 0 }
     property double "few" { values { 0.1, -0.0, 100000000000000000000000.0 }, default = -0.0, units = "ns" }
