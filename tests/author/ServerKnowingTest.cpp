@@ -18,12 +18,15 @@ const std::string below = "library \"base\" {\n"
                           "    pin \"O\" output;\n"
                           "    property string \"MODE\" { values { \"FAST\", \"SLOW\" }, default = \"SLOW\" }\n"
                           "    property 8'h \"MASK\" { default = \"8'h00\" }\n"
+                          "    property \"BARE\" { default = 1 }\n"
+                          "    property int \"ODD\" { default = 1, units = ns }\n"
+                          "    pin \"R[x]\" input; pin \"T[\" input;\n"
                           "  }\n"
                           "}\n";
 
 Desk deskWith(const std::string& text) {
     Desk desk;
-    desk.file(".ntl.cfg", "parents = [ \"below/base.btl\" ];").file("below/base.btl", below);
+    desk.file(".ntl.cfg", "parents = [ \"below/base.btl\" ]; include = [ \"parts\" ];").file("below/base.btl", below);
     desk.file("a.btl", text).open("a.btl", text);
     return desk;
 }
@@ -104,7 +107,22 @@ TEST(ServerKnowing, InlayHints) {
          "assign pin property \"g\" \"A[1]\", \"delay\"{: int, ns} 1; assign pin property \"E\", \"DELAY\" 1;"},
         {"^if (isConnected(\"IN\") && isConnected(\"E\") && intProperty(\"IN\") == 1) { }",
          "if (isConnected(\"IN{[1:0]}\") && isConnected(\"E\") && intProperty(\"IN\") == 1) { }"},
+        {"connect \"s\" : ^\"g\" \"A\", \"in\";", "connect \"s\" : \"g\" \"A{[3:0]}\", \"in{[1:0]}\";"},
+        {"if (true) inst \"x\" \"GATE\"; else inst \"x\" \"gate\";\n^connect \"s\" : \"x\" \"A\";",
+         "connect \"s{[7:4]}\" : \"x\" \"A{[3:0]}\";"},
+        {"connect \"s\" : \"E\"; }\n  function int f(int);\n  block \"B\" { pin \"P[2:0]\" input; } mapsto {\n"
+         "^connect \"s\" : \"P\";\n} block \"C\" { pin \"P[3:0]\" input; } mapsto {\nconnect \"s\" : \"P\"; } }",
+         "connect \"s\" : \"P{[2:0]}\";"},
         // Where nobody knows which counts, and in texts with faults
+        {"^signal \"q[\"; signal \"r[x]\"; connect \"q\" : \"g\" \"R\"; connect \"r\" : \"g\" \"T\";", ""},
+        {"^assign block property \"g\" \"BARE\" 1; assign block property \"g\" \"ODD\" 1;",
+         "assign block property \"g\" \"BARE\" 1; assign block property \"g\" \"ODD\"{: int} 1;"},
+        {"^connect : \"g\" \"A\"; connect \"s\" : ; connect \"s\" : \"g\" \"A\" \"O\";",
+         "connect : \"g\" \"A{[3:0]}\"; connect \"s{[7:4]}\" : ; connect \"s{[7:4]}\" : \"g\" \"A{[3:0]}\" \"O\";"},
+        {"^assign pin property \"g\" \"A\" 1; assign pin property , \"DELAY\" 1; assign pin property 1;",
+         "assign pin property \"g\" \"A{[3:0]}\" 1; assign pin property , \"DELAY\" 1; assign pin property 1;"},
+        {"^if (isConnected() && isConnected(1) && isConnected(\"IN\" && isConnected) { }",
+         "if (isConnected() && isConnected(1) && isConnected(\"IN{[1:0]}\" && isConnected) { }"},
         {"if (true) inst \"x\" \"GATE\"; else inst \"x\" \"USER\";\n^connect \"one\" : \"x\" \"A\", \"x\" \"IN\";", ""},
         {"signal \"s[3:0]\";\n^connect \"s\" : \"E\";", ""},
         {"^assign block property \"g\" ; connect \"s\" \"g\" \"A\" assign block property \"MODE\" \"FAST\";",
@@ -123,8 +141,14 @@ TEST(ServerKnowing, InlayHints) {
         for (const Json& hint : hints)
             text.insert(Desk::offsetIn(text, hint["position"]), "{" + hint["label"].get<std::string>() + "}");
         const std::size_t lineBegin = text.rfind('\n', mark) + 1;
-        EXPECT_EQ(hints.empty() ? "" : text.substr(lineBegin, text.find('\n', mark) - lineBegin), each.expected);
+        EXPECT_EQ(hints.empty() ? "" : text.substr(lineBegin, text.find('\n', mark) - lineBegin), each.expected)
+            << each.text;
     }
+    Desk parts = deskWith(mapping("\nINCLUDE rest.inc;\n } }"));
+    const std::string rest = "inst \"g\" \"GATE\"; connect \"s\" : \"g\" \"A\", \"IN\";";
+    parts.file("parts/rest.inc", rest).open("parts/rest.inc", "^" + rest);
+    const Json all = {{"start", {{"line", 0}, {"character", 0}}}, {"end", {{"line", 1}, {"character", 0}}}};
+    EXPECT_EQ(parts.result("textDocument/inlayHint", {{"range", all}}).size(), 2U) << "the block is in another file";
 }
 
 namespace {
@@ -136,9 +160,8 @@ Desk deskOfUsers() {
         "  block \"USER\" { } mapsto { inst \"g\" \"g^ate\"; if (none()) inst \"h\" \"GATE\"; }\n"
         "  block \"TOP\" { } expandsto { inst \"u\" \"User\"; inst \"n\" \"NOWHERE\"; \nINLINE rest.inc;\n }\n"
         "  block \"GATE_2\" { }\n  block \"TWICE\" { } mapsto { }\n}\n";
-    Desk desk;
-    desk.file(".ntl.cfg", "parents = [ \"below/base.btl\" ]; include = [ \"parts\" ];").file("below/base.btl", below);
-    desk.file("parts/rest.inc", "inst \"r\" \"GATE\";\n").file("a.btl", user).open("a.btl", user);
+    Desk desk = deskWith(user);
+    desk.file("parts/rest.inc", "inst \"r\" \"GATE\";\n");
     desk.file("b.btl", "library \"L\" { }")
         .open("b.btl", "library \"L\" {\n block \"GATE\" mapsto { inst \"t\" "
                        "\"TOP\"; inst \"u\" \"USER\";\n inst \"v\" \"USER\"; }\n}");
