@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -30,6 +32,7 @@ public:
         std::array<int, 2> in{};
         std::array<int, 2> out{};
         require(::pipe(in.data()) == 0 && ::pipe(out.data()) == 0, "no pipe");
+        std::fflush(nullptr); // what waits to be written is this process's alone
         server_ = ::fork();
         require(server_ >= 0, "no process");
         if (server_ == 0) {
@@ -37,7 +40,7 @@ public:
             ::close(out[0]);
             const int status = hdnt::author::serve(in[0], out[1]);
             const bool isAlone = ::waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
-            ::_exit(isAlone ? status : leftChildren);
+            std::exit(isAlone ? status : leftChildren);
         }
         ::close(in[0]);
         ::close(out[1]);

@@ -27,6 +27,8 @@ Desk deskWith(const std::string& text) {
         .file("below/base.btl", gates)
         .file("parts/pins.inc", "pin \"X\" input;\n")
         .file("parts/deep/more.inc", "")
+        .file("parts/.hidden.inc", "")
+        .file("parts/of two.inc", "")
         .file("b.btl", "library \"L\" {\n  // Holds one\n  block \"HIDDEN\" { INCLUDE pins.inc;\n } \n"
                        "  block \"Part\" { INCLUDE pins.inc;\n pin \"Y[1:0]\" output; }\n}\n")
         .file("a.btl", text)
@@ -111,6 +113,13 @@ TEST(ServerCompletion, Names) {
         {"if (stringProperty(\"BITS\") == ^) { }", "1'b0, 1'b1, f:function int f(int)"},
         {"if (intProperty(\"BITS\") == \"^\") { }", "1'b0, 1'b1"},
         {"if (\"KIND\" == \"^\") { }", ""},
+        {"if (f(\"KIND\") == \"^\") { }", ""},
+        {"if (f(1, \"KIND\") == \"^\") { }", ""},
+        {"if (isConnected(\"IN\") == \"^\") { }", ""},
+        {"if (stringProperty(\"NONE\") == \"^\") { }", ""},
+        {"if (stringProperty(\"KIND\") > \"^\") { }", ""},
+        {"if ((1) == \"^\") { }", ""},
+        {"assign block property \"g\" \"NONE\" \"^\";", ""},
         {"assign block property \"g\" \"ON\" t^;", "false, true, f:function int f(int)"},
         {"if (intProperty(\"^\") > 1) { }", "BITS:1'b, KIND:string, N:int"},
         {"if (intProperty(\"^", "BITS:1'b, KIND:string, N:int"},
@@ -150,10 +159,14 @@ TEST(ServerCompletion, KeywordsOfDeclarations) {
         {library + "property 4'h \"N\" { values { 4'h1, 4'h2 }, default = ^ }\n  }\n}\n", "4'h1, 4'h2"},
         {library + "property bool \"N\" { default = ^", "false, true"},
         {library + "property int \"N\" { min = ^", ""},
-        {library + "primgroup = \"^\";\n } block \"C\" { primgroup = \"LOGIC\"; }", "LOGIC"},
+        {library + "primgroup = \"^\";\n } block \"C\" { test = true; primgroup = \"LOGIC\"; }", "LOGIC"},
+        {library + "property \"N\" { default = ^ }\n  }\n}\n", ""},
+        {library + "property \"N\" { default = 1 } } mapsto { if (intProperty(\"^", "N"},
+        {"if (\"A\" == \"^", ""},
         {library + "property ^", "1'b, 4'h, bool, double, int, string"},
         {library + "INCLUDE ^", "pins.inc, deep/"},
         {library + "INCLUDE deep/^;\n } }", "deep/more.inc"},
+        {library + "INCLUDE none/^;\n } }", ""},
         {library + "INCLUDE pins.inc; ^", ""},
         {library + "} ^", "block, expandsto, function, mapsto, modifiedby, retargetsto"},
     };

@@ -81,7 +81,7 @@ TEST(ServerDocuments, TokensHaveTheirTypes) {
 // What the editor shows to choose from: "title: text with its edits", in the order of the list.
 TEST(ServerDocuments, MendsAreOffered) {
     const std::string text = "library \"L\" {\nblock \"\xc3\x84\" { pin \"A\" inptu; pin \"B\" output }\n"
-                             "mapsto { inst \"i\" \"GATE_ND\"; } }\n";
+                             "mapsto { inst \"i\" \"GATE_ND\"; } } ) \n";
     const auto at = [](int line, int character, int end) { return rangeOf(line, character, line, end); };
     const Json unknown = {{"range", at(2, 18, 27)},
                           {"message", "no block \"GATE_ND\"; did you mean GATE_AND, GATE_OR?"}};
@@ -95,7 +95,7 @@ TEST(ServerDocuments, MendsAreOffered) {
                                       2);
         std::string all;
         for (const Json& action : actions) {
-            all += action["title"].get<std::string>() + ":";
+            all += action["title"].get<std::string>() + (action.contains("diagnostics") ? " (said):" : ":");
             for (const Json& edit : action["edit"]["changes"]["a"])
                 all += " " + edit["range"]["start"]["character"].dump() + "-" +
                        edit["range"]["end"]["character"].dump() + " " + edit["newText"].get<std::string>();
@@ -107,10 +107,34 @@ TEST(ServerDocuments, MendsAreOffered) {
     EXPECT_EQ(offered(at(1, 24, 24), quick, literal), "Write 'input': 20-25 input\n");
     EXPECT_EQ(offered(at(1, 0, 60), quick, literal), "Write 'input': 20-25 input\nInsert ';': 41-41 ;\n");
     EXPECT_EQ(offered(at(2, 20, 20), {{"diagnostics", {unknown}}, {"only", {"quickfix"}}}, literal),
-              "Write 'GATE_AND': 19-26 GATE_AND\nWrite 'GATE_OR': 19-26 GATE_OR\n");
+              "Write 'GATE_AND' (said): 19-26 GATE_AND\nWrite 'GATE_OR' (said): 19-26 GATE_OR\n");
     EXPECT_EQ(offered(at(0, 0, 0), {{"diagnostics", Json::array()}}, literal),
               "Mend all that there is one way to mend: 20-25 input 41-41 ;\n");
     EXPECT_EQ(offered(at(1, 0, 60), quick, nothing), "");
+    const auto only = [](const char* kind) { return Json{{"only", {kind}}}; };
+    EXPECT_EQ(offered(at(1, 24, 24), only(""), literal),
+              "Write 'input': 20-25 input\nMend all that there is one way to mend: 20-25 input 41-41 ;\n");
+    for (const char* kind : {"quick", "quickfix.more", "refactor"})
+        EXPECT_EQ(offered(at(1, 0, 60), only(kind), literal), "");
+    // The client's own diagnostic of a mend, and others that have no name to put in
+    const Json misspelt = {{"range", at(1, 20, 25)}, {"message", "x"}, {"code", "misspelt-word"}};
+    Json other = misspelt, context = {{"only", {"quickfix"}}};
+    other["code"] = "missing-token";
+    for (const auto& [said, isIt] : {std::pair(misspelt, true), std::pair(other, false), std::pair(unknown, false)}) {
+        context["diagnostics"] = {said};
+        EXPECT_EQ(offered(at(1, 24, 24), context, literal).starts_with("Write 'input' (said)"), isIt) << said;
+    }
+    const std::string name(50, 'G');
+    const std::pair<std::string, std::string> messages[] = {
+        {"\"\" or \"GATE_XD\"; did you mean GATE_AND?", ""},
+        {"\"i\" \"G; did you mean A?", ""},
+        {"\"GATE_XD\", \"GATE_ND\"; did you mean " + name + "?",
+         "Write '" + name.substr(0, 40) + "...' (said): 19-26 " + name + "\n"},
+    };
+    for (const auto& [message, expected] : messages) {
+        context["diagnostics"] = {{{"range", at(2, 9, 27)}, {"message", message}}};
+        EXPECT_EQ(offered(at(2, 20, 20), context, literal), expected) << message;
+    }
 }
 
 // After each message the changed document is as one that was opened with its text.

@@ -70,7 +70,25 @@ TEST(ServerNames, Definitions) {
         {mapping(parts + "F^(1);"), ""},
         {mapping("inst \"g\" \"NONE^\";"), ""},
         {mapping("in^st \"g\" \"GATE\";"), ""},
+        {mapping(parts + "assign pin property \"g\" \"~A[0]\", \"delay^\" 1;"), "below/base.btl:3:DELAY"},
+        {mapping(parts + "f(1, \"IN^\"); other(\"N\");"), ""},
+        {mapping(parts + "other(\"^N\");"), ""},
+        {mapping(parts + "if (stringProperty(\"X\") == \"^N\") { }"), ""},
+        // Of instances in branches, the one whose block has the pin
+        {mapping("if (true) inst \"x\" \"PART\"; else inst \"x\" \"GATE\"; connect \"t\" : \"x\" \"A^\";"),
+         "below/base.btl:3:A[3:0]"},
+        {mapping("if (true) inst \"x\" \"PART\"; else inst \"x\" \"GATE\"; connect \"t\" : \"x\" \"NONE^\";"), ""},
+        {"library \"L\" {\n block \"pa^rt\" mapsto { }\n}", "b.btl:1:Part"},
+        // Statements that no block includes
+        {"inst \"g\" \"GA^TE\";", "below/base.btl:2:GATE"},
+        {"connect \"t\" : \"IN^\";", ""},
+        {"^", ""},
         // Faults before, at and behind the place
+        {mapping("inst \"p\"; connect \"t\" : \"p\" \"X^\";"), ""},
+        {mapping("assign pin property , \"DELAY^\" 1;"), ""},
+        {"library \"L\" { block \"B\" { } mapsto { inst \"p\" ^\"", ""},
+        {"library \"L\" { block \"B\" \"GATE^\" { } }", ""},
+        {"library \"L\" { block \"B\" { connect \"s\" : \"g\" \"A^\"; } }", ""},
         {mapping("inst \"x\" ; ( inst \"p\" \"PART^\" connect"), "b.btl:1:Part"},
         {"library \"L\" {\n block \"B { \n block \"C\" { pin \"I\" input } mapsto { inst \"p\" \"PART\"; connect \"s\" "
          ": "
