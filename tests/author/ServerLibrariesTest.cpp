@@ -163,36 +163,36 @@ TEST_F(ServerLibraries, WhatRulesFindIsMended) {
         "library \"L\" {\n"
         "// ntl: allow open-input: long mended\n"
         "block \"FLOP_RISE\" { // ntl: allow no-group: nor this\n"
-        "pin \"d[1:0]\" input data; pin \"Q\" output;\n"
+        "pin \"d[1:0]\" input data; pin \"Q\" output { property int \"P\" { default = 1 } }\n"
         "property int \"N\" { min = 9, max = /* most */ 3, default = 4 }\n"
         "property 8'h \"H\" { min = 8'h00, max = 8'hff, default = 8'h01 }\n"
         "property 8'h \"J\" { min = 8'h01, max = 8'hFF } property 8'h \"K\" { min = 8'h00, max = 8'h0F }\n"
-        "}\n"
+        "} mapsto { assign pin property \"~Q\", \"P\" 1; }\n"
         "  INCLUDE parts.inc; block \"LATCH_RISE\" { }\n"
         "}\n";
     const std::string mended = "library \"L\" {\n"
                                "block \"FLOP_RISE\" {\n"
-                               "pin \"D[1:0]\" input data; pin \"Q\" output;\n"
+                               "pin \"D[1:0]\" input data; pin \"Q\" output { property int \"P\" { default = 1 } }\n"
                                "property int \"N\" { min = 3, max = /* most */ 9, default = 4 }\n"
                                "property 8'h \"H\" { default = 8'h01 }\n"
                                "property 8'h \"J\" { min = 8'h01 } property 8'h \"K\" { min = 8'h00, max = 8'h0F }\n"
-                               "}\n"
+                               "} mapsto { assign pin property \"Q\", \"P\" 1; }\n"
                                "  INCLUDE parts.inc;\nblock \"LATCH_RISE\" { }\n"
                                "}\n";
     write({{".ntl.cfg", quiet + "include = [ \".\" ];"}, {"parts.inc", ""}, {"a.btl", text}});
     Editor editor;
     editor.initialize({{"textDocument", {{"codeAction", {{"codeActionLiteralSupport", Json::object()}}}}}});
     editor.open(uri("a.btl"), text);
-    EXPECT_TRUE(editor.awaitSaid(uri("a.btl"),
-                                 "4:pin-lower-case 5:min-above-max 9:include-trailing-text 2:waiver-unused "
-                                 "3:waiver-unused 6:needless-bound 6:needless-bound 7:needless-bound"))
+    EXPECT_TRUE(editor.awaitSaid(
+        uri("a.btl"), "4:pin-lower-case 5:min-above-max 8:inversion-dropped 9:include-trailing-text 2:waiver-unused "
+                      "3:waiver-unused 6:needless-bound 6:needless-bound 7:needless-bound"))
         << editor.said(uri("a.btl"));
     const auto actions = [&](const char* kind) {
         editor.ask("codeAction", uri("a.btl"),
                    {{"range", rangeOf(0, 0, 9, 0)}, {"context", {{"diagnostics", Json::array()}, {"only", {kind}}}}});
         return editor.await([](const Json& message) { return message.contains("result"); })["result"];
     };
-    EXPECT_EQ(actions("quickfix").size(), 8U);
+    EXPECT_EQ(actions("quickfix").size(), 9U);
     const Json all = actions("source.fixAll");
     ASSERT_EQ(all.size(), 1U);
     std::string after = text;
