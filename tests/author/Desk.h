@@ -33,9 +33,16 @@ public:
         return *this;
     }
 
-    /// Its folder is one of the workspace.
-    Desk& inWorkspace() {
-        started_ = {{"workspaceFolders", {{{"uri", uri("")}, {"name", "desk"}}}}};
+    /// Its folder is one of the workspace, as clients say that.
+    Desk& inWorkspace() { return startedWith({{"workspaceFolders", {asFolder()}}}); }
+    Json asFolder() const { return {{"uri", uri("")}, {"name", "desk"}}; }
+    Desk& startedWith(Json params) {
+        started_ = std::move(params);
+        return *this;
+    }
+    /// Said before anything is opened.
+    Desk& notified(const std::string& method, Json params) {
+        notified_.emplace_back(method, std::move(params));
         return *this;
     }
 
@@ -47,6 +54,7 @@ public:
     std::vector<Json> conversation(const std::string& method, Json params = Json::object()) {
         Dialogue dialogue;
         dialogue.initialize(capabilities_, started_);
+        for (const auto& [told, what] : notified_) dialogue.notify(told, what);
         for (const auto& [name, text] : opened_) dialogue.open(uri(name), text);
         params["textDocument"] = {{"uri", uri(marked_)}};
         params["position"] = positionIn(markedText_, offset_, false);
@@ -104,6 +112,7 @@ private:
     std::unique_ptr<TempDir> folder_ = std::make_unique<TempDir>();
     Json capabilities_ = Json::object();
     Json started_ = Json::object();
+    std::vector<std::pair<std::string, Json>> notified_;
     std::vector<std::pair<std::string, std::string>> opened_;
     std::map<std::string, std::string> texts_;
     std::string marked_;

@@ -239,6 +239,10 @@ TEST_F(ServerLibraries, FindingsMoveWithTheTextAndEndWithIt) {
     editor.change(a, {{{"text", libraryOf(hint)}}}, 4);
     ASSERT_TRUE(editor.awaitSaid(a, "2:needless-bound"));
     // What is closed is as its file, which the editor may not have saved.
+    editor.notify("textDocument/didClose", {{"textDocument", {{"uri", a}}}});
+    EXPECT_EQ(support::brieflyOf(editor.await("textDocument/publishDiagnostics")["params"]["diagnostics"]),
+              "2:needless-bound");
+    editor.open(a, libraryOf(hint));
     editor.change(a, {{{"text", libraryOf(gate)}}}, 5);
     ASSERT_TRUE(editor.awaitSaid(a, ""));
     editor.notify("textDocument/didClose", {{"textDocument", {{"uri", a}}}});

@@ -251,8 +251,16 @@ TEST(ServerNames, MapLibrariesBelongToTheirBlocks) {
     Desk desk = deskWith(mapping("inst \"g\" \"GATE\"; signal \"s\" : \"^IN\";"));
     setenv("HDNT_DATA_PATH", desk.path("data").c_str(), 1);
     desk.file("data/maplib/USER.btl", map).file("data/maplib/NOWHERE.btl", map);
+    // One in the way of reading
+    desk.file("c.btl", "\x1f\x8b no archive").file("data/maplib/b.btl", "\x1f\x8b");
     EXPECT_EQ(desk.briefs(desk.result("textDocument/references", {{"context", {{"includeDeclaration", true}}}})),
               "a.btl:1:IN a.btl:2:IN data/maplib/USER.btl:2:IN");
+    // Such a file is over the common library.
+    Desk alone;
+    setenv("HDNT_DATA_PATH", alone.path("data").c_str(), 1);
+    const std::string marked = std::string(map).insert(map.find("GATE"), "^");
+    alone.file("data/tessels", gates).file("data/maplib/USER.btl", marked).open("data/maplib/USER.btl", marked);
+    EXPECT_EQ(alone.briefs(alone.result("textDocument/definition")), "data/tessels:2:GATE");
 }
 
 // Behind what hovering shows of the name, when there is one.

@@ -111,6 +111,7 @@ TEST(ServerRename, ChangesAllPlaces) {
         {"\"slo", "EDGE", "a.btl:7:\"EDGE\" b.btl:2:\"EDGE\""},
         {"intProperty(\"N", "M", "a.btl:2:\"M\" a.btl:8:intProperty(\"M\")"},
         {"> f", "g", "a.btl:1:g(int); a.btl:8:g(1))"},
+        {"signal \"t", "\"u\"", "a.btl:4:\"u\";"},
     };
     for (const Case& each : cases)
         EXPECT_EQ(outcome(deskWith(marked(first, each.before)), each.newName), each.expected) << each.before;
@@ -136,6 +137,9 @@ TEST(ServerRename, SaysWhyItDoesNot) {
         {"signal \"t", "a\tb", unwritable("a\tb", characters)},
         {"signal \"t", "u[2]", unwritable("u[2]", "only the name before the brackets is changed")},
         {"signal \"t", "@1", unwritable("@1", "a signal of that name is a constant")},
+        {"signal \"t", "@0", unwritable("@0", "a signal of that name is a constant")},
+        {"signal \"t", "\"t", unwritable("\"t", characters)},
+        {"signal \"t", "a\x7f", unwritable("a\x7f", characters)},
         {"\"p\" \"y[0", "U@", unwritable("U@", "the name of a bus has no \"@\"")},
         {"pin \"IN", "U[2]", unwritable("U[2]", "only the name before the brackets is changed")},
         {"\"par", "a b", unwritable("a b", plain)},
@@ -155,6 +159,15 @@ TEST(ServerRename, SaysWhyItDoesNot) {
     for (const Case& each : cases)
         EXPECT_EQ(outcome(deskWith(marked(first, each.before)), each.newName), each.expected) << each.before;
     EXPECT_EQ(outcome(deskWith("library \"L\" {\nINCLUDE b^.btl;\n}\n"), "x"), "here is no name that can be changed");
+    for (const char* constant : {"@0", "@1"}) {
+        const std::string text =
+            "library \"L\" { block \"B\" { } mapsto { signal \"^" + std::string(constant) + "\"; } }";
+        EXPECT_EQ(outcome(deskWith(text), "x"), '"' + std::string(constant) + "\" is a constant");
+    }
+    Desk mapped = deskWith(marked(first, "\"USE"));
+    setenv("HDNT_DATA_PATH", mapped.path("data").c_str(), 1);
+    mapped.file("data/maplib/USER.btl", "library \"L\" { block \"USER\" mapsto { } }");
+    EXPECT_EQ(outcome(std::move(mapped), "x"), "\"USER\" has a map library of its name, USER.btl");
 }
 
 TEST(ServerRename, WhatIsTakenElsewhereIsFree) {
@@ -252,6 +265,20 @@ TEST(ServerRename, ReachesLibrariesOverThisOne) {
         EXPECT_EQ(outcome(std::move(desk), each.newName), each.expected) << each.before;
     }
     EXPECT_EQ(outcome(deskAt("\"GA", second), "PORT"), "below/base.btl:2:\"PORT\"");
+    for (const bool isUri : {true, false}) { // as older clients say it
+        Desk desk = deskAt("\"GA", second);
+        desk.startedWith(isUri ? Json{{"rootUri", desk.uri("")}} : Json{{"rootPath", desk.path("")}});
+        EXPECT_EQ(outcome(std::move(desk), "PORT"), cases[0].expected);
+    }
+    for (const char* change : {"added", "removed"}) {
+        Desk desk = deskAt("\"GA", second);
+        Json event = {{"added", Json::array()}, {"removed", Json::array()}};
+        event[change].push_back(desk.asFolder());
+        const bool isAdded = event["removed"].empty();
+        if (!isAdded) desk.inWorkspace();
+        desk.notified("workspace/didChangeWorkspaceFolders", {{"event", event}});
+        EXPECT_EQ(outcome(std::move(desk), "PORT"), isAdded ? cases[0].expected : "below/base.btl:2:\"PORT\"");
+    }
     Desk beside = deskAt("\"GA", second);
     beside.open("a.btl", first);
     EXPECT_EQ(outcome(std::move(beside), "PORT"), cases[0].expected);
