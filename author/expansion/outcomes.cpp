@@ -8,6 +8,7 @@
 #include "hdnt/netlist/HDNTFunctionTable.h"
 #include "hdnt/netlist/HDNTNetlist.h"
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
@@ -24,10 +25,17 @@ public:
     MappingOutcomes find() {
         MappingOutcomes found;
         std::set<std::string> known;
-        for (const SettingChoice& choice : cover_.choices(options_.settings)) {
+        const std::size_t most = std::max<std::size_t>(options_.settings, 1);
+        std::vector<SettingChoice> choices = cover_.choices(most + 1);
+        found.isCut = choices.size() > most;
+        if (found.isCut) choices.pop_back();
+        for (const SettingChoice& choice : choices) {
             std::string outcome = outcomeOf(choice);
             if (!known.insert(outcome).second) continue;
-            if ((found.isCut = found.list.size() == options_.most)) break;
+            if (found.list.size() == options_.most) {
+                found.isCut = true;
+                break;
+            }
             found.list.push_back(written(shrunk(choice, outcome)));
         }
         return found;

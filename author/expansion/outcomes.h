@@ -30,7 +30,7 @@ struct MappingOutcome {
 
 struct MappingOutcomes {
     std::vector<MappingOutcome> list; ///< empty: the block has no mapping
-    bool isCut = false;               ///< there are more
+    bool isCut = false;               ///< there are more, or settings that were not tried
 };
 
 struct OutcomeOptions {

@@ -80,6 +80,16 @@ TEST(ServerExpand, EachResultWithItsSetting) {
         EXPECT_EQ(answer["error"]["code"], -32803);
         EXPECT_EQ(answer["error"]["message"], reason);
     }
+    // A project that cannot be followed, and one that tries less
+    const auto withProject = [&](const std::string& project) {
+        return desk.file(".ntl.cfg", project).ask("workspace/executeCommand", expand(desk.uri("a.btl"), "user"));
+    };
+    EXPECT_EQ(withProject("parents = [ \"none.btl\" ];")["error"]["message"],
+              "Could not open file: " + desk.path("none.btl") + ": No such file or directory");
+    EXPECT_EQ(withProject("parents = [ ")["error"]["message"],
+              desk.path(".ntl.cfg") + ":1: syntax error; mend it here or just before");
+    const std::string less = withProject("parents = [ \"below/base.btl\" ]; budget = 1;")["result"]["text"];
+    EXPECT_TRUE(less.ends_with(common + "}\n\n// What other settings give is left out.\n")) << less;
 }
 
 TEST(ServerExpand, NoMoreThanTwelve) {
