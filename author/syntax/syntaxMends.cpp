@@ -16,17 +16,9 @@ using MaybeMend = std::optional<SyntaxMend>;
 
 std::uint32_t endOf(const SourceItem& item) { return item.offset + item.length; }
 
-// Empty: its text is not known.
+// Empty: its text is not known, or, of operators, which of them is meant.
 std::string spellingOf(int token) {
-    switch (token) {
-    case T_GreaterEqual: return ">=";
-    case T_LessEqual: return "<=";
-    case T_EqualTo: return "==";
-    case T_NotEqual: return "!=";
-    case T_AndAnd: return "&&";
-    case T_OrOr: return "||";
-    default: break;
-    }
+    if (frontend::operators.contains(token)) return {};
     if (token > 0 && token < T_Library) return {static_cast<char>(token)};
     return std::string(frontend::spellingOf(token));
 }

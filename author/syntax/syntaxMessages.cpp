@@ -55,13 +55,7 @@ std::string nameOf(int token) {
     case T_BoolConstant: return "true or false";
     case T_HexConstant: return "a hexadecimal such as 8'hFF";
     case T_BinaryConstant: return "a binary such as 4'b1010";
-    case T_GreaterEqual: return "'>='";
-    case T_LessEqual: return "'<='";
-    case T_EqualTo: return "'=='";
-    case T_NotEqual: return "'!='";
-    case T_AndAnd: return "'&&'";
-    case T_OrOr: return "'||'";
-    default:
+    default: // operators of two characters are expected with all others
         return token < T_Library ? std::string{'\'', static_cast<char>(token), '\''}
                                  : std::string(frontend::spellingOf(token));
     }
@@ -121,8 +115,7 @@ public:
             return at(fault_.before, SyntaxCode::unexpectedToken,
                       "unexpected " + textOf(fault_.before) + " before " + textOf(fault_.item));
         case Kind::wrong:
-            return atFault(SyntaxCode::wrongToken,
-                           "expected " + nameOf(repair_.token) + " instead of " + textOf(fault_.item));
+            return atFault(SyntaxCode::wrongToken, "expected " + wanted() + " instead of " + textOf(fault_.item));
         case Kind::swapped: return swapped();
         default:
             return atFault(SyntaxCode::unexpectedToken,
@@ -159,6 +152,14 @@ private:
                                  : "expected " + names + "; did you mean " + meant + "?");
     }
 
+    // Which operator or value is meant, where any would do, nobody knows.
+    std::string wanted() const {
+        const bool isAnyValue =
+            frontend::constants.contains(repair_.token) && (fault_.expected | frontend::constants) == fault_.expected;
+        const bool isOneOfMany = isAnyValue || frontend::operators.contains(repair_.token);
+        return isOneOfMany ? namesOf(fault_.expected) : nameOf(repair_.token);
+    }
+
     // All that would do, when it is one of few words.
     std::string alternatives() const {
         std::size_t number = 0;
@@ -168,7 +169,7 @@ private:
             words &= token >= T_Library;
         });
         constexpr std::size_t few = 6;
-        return words && number <= few ? namesOf(fault_.expected) : nameOf(repair_.token);
+        return words && number <= few ? namesOf(fault_.expected) : wanted();
     }
 
     SyntaxMessage missing() const {
@@ -177,11 +178,10 @@ private:
         constexpr TokenSet closing = {';', ',', ')', '}', ':', '='};
         const bool begins = fault_.item < items_.size() && items_[fault_.item].newlines > 0;
         if (begins && !closing.contains(repair_.token))
-            return atFault(SyntaxCode::missingToken,
-                           "expected " + nameOf(repair_.token) + " before " + textOf(fault_.item));
-        const std::string wanted = repair_.token >= T_Library ? alternatives() : nameOf(repair_.token);
+            return atFault(SyntaxCode::missingToken, "expected " + wanted() + " before " + textOf(fault_.item));
         const std::string after = hasBefore() ? " after " + textOf(fault_.before) : " at the beginning";
-        return behind(SyntaxCode::missingToken, "expected " + wanted + after);
+        const std::string missed = repair_.token >= T_Library ? alternatives() : wanted();
+        return behind(SyntaxCode::missingToken, "expected " + missed + after);
     }
 
     SyntaxMessage extra() const {
