@@ -70,7 +70,8 @@ TEST(Waivers, CoverWhatStandsBehindThemOrBeforeThemInTheirLine) {
 
 TEST(Waivers, ThoseWithAFaultSaySoAndWaiveNothing) {
     const std::string form = "1:1-$ waiver-form: waiver without effect: ";
-    const std::pair<std::string, std::string> cases[] = {
+    std::vector<std::pair<std::string, std::string>> cases = {
+        {"", kept + form + "no code" + gone},
         {"no-group", kept + form + "no reason" + gone},
         {"no-group:", kept + form + "no reason" + gone},
         {"no-group until 2026-06-30", kept + form + "no reason" + gone},
@@ -80,14 +81,17 @@ TEST(Waivers, ThoseWithAFaultSaySoAndWaiveNothing) {
         {"pin-redefined: r",
          kept + form + "'pin-redefined' is an error of the text, which is always said and always an error\n"},
         {"waiver-unused: r", kept + form + "'waiver-unused' cannot be waived\n"},
-        {"no-group until 2026-02-30: r", kept + form + "'2026-02-30' is no date; write YEAR-MONTH-DAY\n"},
-        {"no-group until June: r", kept + form + "'June' is no date; write YEAR-MONTH-DAY\n"},
+        {"no-group, xuntil 2026-06-29: r", kept + form + "no code 'xuntil 2026-06-29'\n"},
         {"no-group until 2026-06-29: r", kept + "1:1-$ waiver-expired: the waiver ended on 2026-06-29\n"},
         {"no-group until 2026-06-30: r", ""},
         {"no-group, min-above-max: r", "1:1-$ waiver-unused: nothing here is min-above-max, which the waiver allows\n"},
     };
+    for (const std::string date : {"2026-02-30", "June", "2026-6-30", "2026/06-30", "2026-06/30", "20x6-06-30",
+                                   "2026-+6-30", "2026-00-30", "2026-06-00", "2026-13-01", "2026-06-3x"})
+        cases.emplace_back("no-group until " + date + ": r",
+                           kept + form + "'" + date + "' is no date; write YEAR-MONTH-DAY\n");
     for (const auto& [said, expected] : cases) {
-        const std::string comment = "// ntl: allow " + said;
+        const std::string comment = std::string("// ntl: allow") + (said.empty() ? "" : " ") + said;
         std::string wanted = expected;
         if (const std::size_t at = wanted.find('$'); at != wanted.npos)
             wanted.replace(at, 1, std::to_string(comment.size() + 1));
