@@ -53,6 +53,7 @@ TEST_F(CompletionTest, WhatMayStandThere) {
     } cases[] = {
         {{"exp"}, {"expand", "export", "explain"}},
         {{"help", "sh"}, {"show"}},
+        {{"import", ""}, {"json", "verilog"}},
         {{"check", ""}, {":files"}},
         {{"check", "--parent", ""}, {":files", "common"}},
         {{"check", "-I", ""}, {":directories"}},

@@ -80,6 +80,8 @@ TEST_F(ExportTest, FilesAreReplacedAsAWhole) {
     EXPECT_EQ(exported({"verilog", "HOLD", "-o", "new.v"}).status, 0);
     EXPECT_EQ(text("new.v"), text("out.v"));
     EXPECT_EQ(exported({"verilog", "HOLD", "-o", "/dev/stdout"}).out, text("out.v"));
+    EXPECT_EQ(exported({"verilog", "HOLD", "-o", "/dev/full"}).err,
+              "ntl: /dev/full: cannot be written: No space left on device\n");
     EXPECT_NE(exported({"verilog", "-o", "none/out.v"}).err.find("cannot make a file beside it"), std::string::npos);
     EXPECT_EQ(exported({"verilog", "NOTHING", "-o", "out.v"}).status, 1);
     EXPECT_EQ(text("out.v"), text("new.v")) << "nothing was found, so nothing is written";

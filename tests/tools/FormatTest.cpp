@@ -94,6 +94,9 @@ TEST_F(FormatTest, LeavesAloneWhatItRefuses) {
         EXPECT_NE(outcome.err.find("ntl: " + name + ": not formatted\n"), std::string::npos);
     }
     EXPECT_EQ(ntl.run({"format", "crlf.btl", "missing.btl", "last.btl"}).status, 2);
+    const Outcome limited = ntl.run({"format", "--limit", "inputBytes=10", "last.btl"});
+    EXPECT_EQ(limited.err, "ntl: last.btl: longer than the limit inputBytes\n");
+    EXPECT_EQ(limited.status, 2);
 }
 
 TEST_F(FormatTest, ASymbolicLinkStaysOne) {

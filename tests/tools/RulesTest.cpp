@@ -99,6 +99,17 @@ TEST_F(RulesTest, WhatCannotBeSaidIsRefused) {
     }
 }
 
+TEST_F(RulesTest, CodesAreExplained) {
+    const Outcome explained = ntl.run({"explain", "pin-lower-case", "open-inptu", "syntax-error"});
+    EXPECT_EQ(explained.err, "ntl: no code 'open-inptu'; did you mean open-input?\n");
+    EXPECT_EQ(explained.status, 1);
+    EXPECT_TRUE(explained.out.starts_with("pin-lower-case (warning)\n\n")) << explained.out;
+    EXPECT_EQ(countOf(explained.out, "\n\nsyntax-error (error)\n\n"), 1U);
+    const Outcome listed = ntl.run({"lint", "--list-rules"});
+    EXPECT_EQ(linesOf(listed.out).size(), 1 + countOf(readFile(NTL_SOURCE_DIR "/docs/lint.md"), "\n### `"));
+    EXPECT_EQ(countOf(listed.out, "\npin-lower-case "), 1U);
+}
+
 TEST_F(RulesTest, CommentsWaiveFindings) {
     directory.makeDir("parts");
     directory.write("parts/a.inc", "// ntl: allow unregistered-block: a part\nblock \"GLUE_2\" { }");
