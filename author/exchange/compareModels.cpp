@@ -197,6 +197,7 @@ public:
                 const std::string what = printable(module.name) + ": " + deferredReason;
                 file.findings.push_back(
                     finding(modelRule(ModelCode::unreadableVerilog), module.place, std::span(&what, 1)));
+                file.findings.back().element = "block " + found->second->getName();
                 continue;
             }
             file.blocks.push_back(found->second->getName());

@@ -7,8 +7,7 @@ const std::vector<DiagnosticRule>& modelRules() {
     static const std::vector<DiagnosticRule> rules = {
         {"unreadable-verilog", error, "%",
          "The file of Verilog cannot be opened, or yosys refuses it; nothing is known of its modules then. Or a "
-         "parameter "
-         "of a module has no default, and so its ports are not known."},
+         "parameter of a module has no default, and so its ports are not known."},
         {"missing-model", error, "block % has no model",
          "None of the files has a module of the block's name. Said when a model of each block is asked for."},
         {"extra-module", Severity::warning, "module % is no block of the library%",
