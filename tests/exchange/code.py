@@ -7,7 +7,7 @@ import os
 import re
 import shutil
 
-from export import FORM, NTL, check, escaped, models, run
+from export import FORM, NTL, check, escaped, models, read, run, written
 
 # The last names of a scope are those that the others would take.
 WORDS = ["class", "None", "NULL", "EIO", "std", "namesOf", "Block", "enum", "mro", "name", "value", "2", "__x", "a b", "a.b", "in", "***", "a_b", "in_",
@@ -71,10 +71,9 @@ def cpp_asserts(library, blocks):
 def check_cpp(files, text, blocks, is_split):
     library = re.search(r"^namespace (hdnt_names::\w+)", text, re.M)[1]
     source = os.path.join(os.path.dirname(files[0]), "main.cpp")
-    with open(source, "w", encoding="ascii") as file:
-        file.write("".join(f"#include {name}\n" for name in HEADERS + [f'"{name}"' for name in files]))
-        conditions = ["true"] if is_split else cpp_asserts(library, blocks)
-        file.writelines(f"static_assert({condition});\n" for condition in conditions)
+    lines = [f"#include {name}\n" for name in HEADERS + [f'"{name}"' for name in files]]
+    conditions = ["true"] if is_split else cpp_asserts(library, blocks)
+    written(source, "".join(lines + [f"static_assert({condition});\n" for condition in conditions]))
     for compiler in "g++", "clang++":
         if shutil.which(compiler):
             run(compiler, "-std=c++20", "-Wall", "-Wextra", "-Wpedantic", "-Werror", "-fsyntax-only", source)
@@ -109,9 +108,7 @@ def check_python(files, _, blocks, is_split):
 
 
 def check_code(folder):
-    path = os.path.join(folder, "words.btl")
-    with open(path, "w", encoding="ascii") as file:
-        file.write(ODD)
+    path = written(os.path.join(folder, "words.btl"), ODD)
     extension, mark, check_files = {"c++": ("h", "//", check_cpp), "python": ("py", "#", check_python)}[FORM]
     for number, (options, blocks) in enumerate(models(folder, more=[["-l", path]])):
         if "--arch" in options:
@@ -121,8 +118,7 @@ def check_code(folder):
             assert not run(NTL, "export", FORM, *target, *options).stderr
         files = sorted(glob.glob(os.path.join(split, "*." + extension)))
         assert len(files) == len(blocks), files
-        with open(whole, encoding="utf-8") as file:
-            text = file.read()
+        text = read(whole)
         renamed = dict(re.findall(rf"^{mark}     (.*) is (\w+)$", text, re.M))
         named = {block["name"]: Block(block, renamed) for block in blocks}
         check_files([whole], text, named, False)

@@ -52,11 +52,20 @@ def run(*words, check=True):
     return done
 
 
+def written(path, content):
+    with open(path, "wb") as file:
+        file.write(content if isinstance(content, bytes) else content.encode())
+    return path
+
+
+def read(path):
+    with open(path, encoding="utf-8") as file:
+        return file.read()
+
+
 def models(folder, parse_float=float, more=()):
     """The options of each library, with what `ntl show` says of its blocks by name."""
-    path = os.path.join(folder, "odd.btl")
-    with open(path, "wb") as file:
-        file.write(HOSTILE)
+    path = written(os.path.join(folder, "odd.btl"), HOSTILE)
     for options in [], ["-l", path], ["--arch", "meadow"], *more:
         listed = run(NTL, "list", "--json", *options).stdout.decode(errors="replace")
         names = NAMES if path in options else [block["name"] for block in json.loads(listed)["blocks"]]
@@ -133,9 +142,8 @@ def with_plain_names(pairs):
 
 def write_top(path, names):
     """A design with one of each module."""
-    with open(path, "w", encoding="ascii") as file:
-        instances = [f"\\{name} u{i} ();" for i, name in enumerate(names)]
-        file.write("module top;\n" + "\n".join(instances) + "\nendmodule\n")
+    instances = [f"\\{name} u{i} ();" for i, name in enumerate(names)]
+    written(path, "module top;\n" + "\n".join(instances) + "\nendmodule\n")
 
 
 def check_values(folder, names, reals):
@@ -145,8 +153,7 @@ def check_values(folder, names, reals):
 
     def simulated(module, lines, *macros):
         files = [os.path.join(folder, name) for name in ("more.v", "top.v", "all.v")]
-        with open(files[0], "w", encoding="ascii") as file:
-            file.write(f"module {module};\n" + "\n".join(lines) + "\nendmodule\n")
+        written(files[0], f"module {module};\n" + "\n".join(lines) + "\nendmodule\n")
         program = os.path.join(folder, "program")
         run("iverilog", "-g2012", *macros, "-s", "top", "-s", module, "-o", program, *files)
         return run("vvp", "-n", program).stdout.decode()
@@ -291,8 +298,7 @@ print "$_\\n" for JSON::Validator::Schema::Draft201909->new($schema)->validate($
 def check_json(folder):
     import jsonschema
     schema_file = os.path.join(SOURCES[0], "data/schema/hdnt-library-1.json")
-    with open(schema_file, encoding="utf-8") as file:
-        schema = json.load(file)
+    schema = json.loads(read(schema_file))
     jsonschema.Draft202012Validator.check_schema(schema)
     validator = jsonschema.Draft202012Validator(schema)
     document, text, errors = (os.path.join(folder, name) for name in ("a.json", "b.btl", "errors"))
@@ -310,31 +316,28 @@ def check_json(folder):
         run(NTL, "diff", library, text, *options)
         return document
 
-    def written(name, content):
-        path = os.path.join(folder, name)
-        with open(path, "wb") as file:
-            file.write(content)
-        return path
+    def placed(name, content):
+        return written(os.path.join(folder, name), content)
 
     data, corpus = (os.path.join(SOURCES[0], path) for path in ("data", "tests/corpus/good"))
     check_round(os.path.join(data, "tessels"))
     said = run("perl", "-e", PERL, schema_file, document)
     assert not said.stdout, said
     check_round(os.path.join(data, "tessels.test"), "--parent", os.path.join(data, "tessels"))
-    for library in [os.path.join(data, "simulation.btl"), written("rich.btl", RICH.encode()),
-                    written("odd.btl", HOSTILE.replace(b"\xe9", b"e"))] + sorted(glob.glob(corpus + "/*.btl")):
+    for library in [os.path.join(data, "simulation.btl"), placed("rich.btl", RICH),
+                    placed("odd.btl", HOSTILE.replace(b"\xe9", b"e"))] + sorted(glob.glob(corpus + "/*.btl")):
         check_round(library, "-I", os.path.join(corpus, "../include"))
     for pointer, value, refusal in [("", None, None)] + REFUSED:
         changed = json.loads(json.dumps(SMALL))
         *path, last = [int(key) if key.isdigit() else key for key in pointer.split("/")[1:]] or [None]
         if last is not None:
             functools.reduce(operator.getitem, path, changed)[last] = value
-        outcome = run(NTL, "import", "json", written("small.json", json.dumps(changed).encode()), "-o", text, check=False)
+        outcome = run(NTL, "import", "json", placed("small.json", json.dumps(changed)), "-o", text, check=False)
         assert outcome.stderr.decode() == (f"ntl: {folder}/small.json: {refusal}\n" if refusal else ""), outcome
         assert outcome.returncode == (2 if last in ("format", "version") else 1 if refusal else 0)
     twice = run(NTL, "import", "json", document, document, check=False)
     assert (twice.returncode, twice.stderr) == (2, b"ntl: one file holds a library as JSON; name one\n"), twice
-    said = run(NTL, "export", "json", "-l", written("odd.btl", HOSTILE), "-o", document, check=False)
+    said = run(NTL, "export", "json", "-l", placed("odd.btl", HOSTILE), "-o", document, check=False)
     assert said.returncode == 1 and b"plain: bytes that are no UTF-8 are written as U+FFFD\n" in said.stderr, said
 
 

@@ -5,7 +5,7 @@ import os
 import re
 import shutil
 
-from export import NTL, check, expected_ports, models, run, with_plain_names
+from export import NTL, check, expected_ports, models, read, run, with_plain_names, written
 
 TOKEN = re.compile(r'\s*(?:/\*.*?\*/\s*)*(?:"([ !#-\[\]-~]*)"|([A-Za-z_][\w.]*|-?\d+(?:\.\d+)?)|([(){}:;,]))', re.S)
 FUNCTIONS = {"A B": lambda a, b: a & b, "!(A+B)'^A": lambda a, b: (a | b) ^ a, "0 | B'": lambda a, b: 1 - b, "A": lambda a, b: a}
@@ -82,16 +82,14 @@ def check_functions(folder):
         blocks += f'block "{block}" {{ pin "A" input; pin "B" input; {pins}{more}}} '
         functions = "".join(f'O{i} = "{text}"; ' for i, text in enumerate(texts))
         cells += f'{block} = {{ pinFunctions = {{ {functions}A = "!B"; Q = "!A"; }}; }}; '
-    with open(path + ".btl", "w", encoding="ascii") as file:
-        file.write(f'library "gates" {{ {blocks}}}')
-    with open(os.path.join(folder, "HDNTApplicationData.cfg"), "w", encoding="ascii") as file:
-        file.write(f"CELLS = {{ {cells}}};")
+    written(path + ".btl", f'library "gates" {{ {blocks}}}')
+    written(os.path.join(folder, "HDNTApplicationData.cfg"), f"CELLS = {{ {cells}}};")
     command = [NTL, "--data", folder, "export", "liberty", "-l", path + ".btl", "-o", path + ".lib"]
     done = run(*command, check=False)
     refused = [f"NO: O{i}" for i, text in enumerate(NO_FUNCTIONS) if set(text) & set("+*()")] + ["NO: Q"]
     assert re.findall(r"^ntl: (.*?): no function of single pins", done.stderr.decode(), re.M) == refused, done.stderr
-    with open(path + ".lib", encoding="ascii") as file:
-        yes, no = ([facts["function"] for *_, facts, _ in inside if "function" in facts] for *_, inside in groups(file.read())[3][-2:])
+    cells = groups(read(path + ".lib"))[3][-2:]
+    yes, no = ([facts["function"] for *_, facts, _ in inside if "function" in facts] for *_, inside in cells)
     assert yes == list(FUNCTIONS) and not no, (yes, no)
     run(*command, "YES")
     shows = " ".join(f"-show O{i}" for i in range(len(FUNCTIONS)))

@@ -9,7 +9,7 @@ import os
 import shutil
 
 import export
-from export import NTL, run
+from export import NTL, run, written
 
 LIBRARY = """library "small" {
   block "QUEUE" {
@@ -176,12 +176,6 @@ def compared(*words):
 
 def said(document):
     return [(one["code"], one["location"]["line"]) for one in document["inputs"][0]["diagnostics"]]
-
-
-def written(path, text):
-    with open(path, "w", encoding="utf-8") as file:
-        file.write(text)
-    return path
 
 
 def check_changes(folder):

@@ -9,10 +9,11 @@ import os
 import re
 import shutil
 import subprocess
-import sys
-import tempfile
 
-NTL, SETTINGS = sys.argv[1:]
+import export
+from export import NTL, escaped, read, written
+
+SETTINGS = export.FORM
 
 DECLARED = """
   function int intProperty(string); function double doubleProperty(string); function bool boolProperty(string);
@@ -200,10 +201,6 @@ def run(*words, check=True):
     return subprocess.run(words, check=check, capture_output=True, text=True)
 
 
-def escaped(name):
-    return re.sub(r"[^!-~]|`", lambda found: f"\\x{ord(found[0]):02x}", name)
-
-
 class Groups:
     """What is connected, and whether by way of an inverter."""
 
@@ -349,16 +346,14 @@ def check(folder, options, architecture, path):
     shown = json.loads(run(NTL, "show", "--json", *options, *sorted(types)).stdout)["blocks"]
     blocks = {block["name"]: block for block in shown}
     texts = [cell_text(name, i, setting, ports_of(blocks[name])) for i, (name, setting) in enumerate(cases)]
-    with open(os.path.join(folder, "top.v"), "w", encoding="ascii") as file:
-        file.write("module top;\n" + "".join(texts) + "endmodule\n")
+    written(os.path.join(folder, "top.v"), "module top;\n" + "".join(texts) + "endmodule\n")
     run(NTL, "export", "verilog", "-o", os.path.join(folder, "cells.v"), *options, check=False)
     # The last step ends, whatever a cell becomes in turn.
     script = ("read_verilog -lib cells.v; read_verilog top.v; techmap -max_iter 1 -map map.v; write_json all.json; "
               "techmap -map map.v")
     said = subprocess.run(["yosys", "-q", "-p", script], cwd=folder, check=False, capture_output=True, text=True)
     assert said.returncode == 0, said.stderr[-500:]
-    with open(os.path.join(folder, "all.json"), encoding="utf-8") as file:
-        design = json.load(file)["modules"]["top"]
+    design = json.loads(read(os.path.join(folder, "all.json")))["modules"]["top"]
     for number, (name, setting) in enumerate(cases):
         try:
             Mapped(design, number, blocks, name, setting).check()
@@ -367,16 +362,15 @@ def check(folder, options, architecture, path):
     return len(settings), refused
 
 
-if not shutil.which("yosys"):
-    print("no yosys")
-    sys.exit(77)
-with tempfile.TemporaryDirectory() as temporary:
+def check_all(temporary):
     for line in ("meadow", "harbor", "copper"):
         count, left_out = check(temporary, ["--arch", line], line, [])
         reasons = re.compile("only the host can|no properties of pins")
         assert count > 50 and all(reasons.search(reason) for reason in left_out.values()), left_out
-    odd = os.path.join(temporary, "odd.btl")
-    with open(odd, "w", encoding="ascii") as file:
-        file.write(library())
+    odd = written(os.path.join(temporary, "odd.btl"), library())
     count, left_out = check(temporary, ["-l", odd], "", [odd])
     assert left_out == refusals(), set(left_out.items()) ^ set(refusals().items())
+
+
+if __name__ == "__main__":
+    export.check(not shutil.which("yosys"), check_all)

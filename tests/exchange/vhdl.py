@@ -6,7 +6,7 @@ import shutil
 import sys
 import xml.etree.ElementTree
 
-from export import FORM, NTL, check, escaped, expected_parameters, expected_ports, models, run
+from export import FORM, NTL, check, escaped, expected_parameters, expected_ports, models, read, run, written
 
 MODES = {"input": "in", "output": "out", "inout": "inout"}
 KINDS = {"string": "string", "int": "integer", "bool": "boolean", "double": "real"}
@@ -103,14 +103,12 @@ def check_vhdl(folder):
         names = {named(block["name"]): block for block in reversed(blocks)}
         pairs = [(component, next(block for name, block in names.items() if is_name(component[0], name))) for component in declared(path)]
         assert len({id(block) for _, block in pairs}) == len(pairs) == len(names), (len(pairs), len(names))
-        with open(path, encoding="ascii") as file:
-            text = file.read()
+        text = read(path)
         check_ranges(text, blocks)
         package = re.search(r"^package (.*) is$", text, re.M)[1]
         entities, signals, instances, expected = zip(*(bench_of(index, *pair) for index, pair in enumerate(pairs)))
-        with open(bench, "w", encoding="ascii") as file:
-            file.write(HELPERS + "".join(entities) + "library ieee; use ieee.std_logic_1164.all;\nentity top is end;\n"
-                       f"use work.{package}.all;\narchitecture a of top is\n{''.join(signals)}begin\n{''.join(instances)}end;\n")
+        written(bench, HELPERS + "".join(entities) + "library ieee; use ieee.std_logic_1164.all;\nentity top is end;\n"
+                f"use work.{package}.all;\narchitecture a of top is\n{''.join(signals)}begin\n{''.join(instances)}end;\n")
         run("ghdl", "-a", "--std=08", "--workdir=" + work, bench)
         said = run("ghdl", "--elab-run", "--std=08", "--workdir=" + work, "top", "--assert-level=warning", check=False)
         assert said.returncode == 0 and not said.stderr, said.stderr.decode()
