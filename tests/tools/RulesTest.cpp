@@ -105,9 +105,16 @@ TEST_F(RulesTest, CodesAreExplained) {
     EXPECT_EQ(explained.status, 1);
     EXPECT_TRUE(explained.out.starts_with("pin-lower-case (warning)\n\n")) << explained.out;
     EXPECT_EQ(countOf(explained.out, "\n\nsyntax-error (error)\n\n"), 1U);
+    EXPECT_NE(explained.out.find("\nMended:\n\n    library \"example\" {\n"), std::string::npos) << explained.out;
     const Outcome listed = ntl.run({"lint", "--list-rules"});
-    EXPECT_EQ(linesOf(listed.out).size(), 1 + countOf(readFile(NTL_SOURCE_DIR "/docs/lint.md"), "\n### `"));
-    EXPECT_EQ(countOf(listed.out, "\npin-lower-case "), 1U);
+    std::vector<std::string> all = linesOf(listed.out);
+    EXPECT_EQ(all.size(), 1 + countOf(readFile(NTL_SOURCE_DIR "/docs/lint.md"), "\n### `"));
+    all.front() = "explain"; // for the heads of the columns
+    for (std::string& line : all) line = line.substr(0, line.find(' '));
+    const Outcome each = ntl.run(all);
+    EXPECT_EQ(each.status, 0);
+    for (std::size_t i = 1; i < all.size(); ++i)
+        EXPECT_EQ(countOf("\n" + each.out, "\n" + all[i] + " ("), 1U) << all[i];
 }
 
 TEST_F(RulesTest, CommentsWaiveFindings) {

@@ -120,22 +120,6 @@ TEST_F(UsageTest, HelpAndVersion) {
     }
 }
 
-TEST_F(UsageTest, CodesAreExplained) {
-    std::vector<std::string> arguments = {"explain"};
-    for (const std::string& line : linesOf(ntl.run({"lint", "--list-rules"}).out))
-        if (line.find('-') < line.find(' ')) arguments.push_back(line.substr(0, line.find(' ')));
-    ASSERT_GT(arguments.size(), 40U);
-    const Outcome all = ntl.run(arguments);
-    EXPECT_EQ(all.status, 0);
-    for (std::size_t i = 1; i < arguments.size(); ++i)
-        EXPECT_NE(("\n" + all.out).find("\n" + arguments[i] + " ("), std::string::npos) << arguments[i];
-    const Outcome one = ntl.run({"explain", "no-grop", "no-group"}); // the rest is said all the same
-    EXPECT_EQ(one.status, 1);
-    EXPECT_EQ(one.err, "ntl: no code 'no-grop'; did you mean no-group?\n");
-    EXPECT_TRUE(one.out.starts_with("no-group (note)\n\nA block for production has no primgroup")) << one.out;
-    EXPECT_NE(one.out.find("\nMended:\n\n    library \"example\" {\n"), std::string::npos) << one.out;
-}
-
 // As its reader's program sees it.
 TEST_F(UsageTest, ThePageOfTheManualIsSound) {
     const std::string page = directory.write("ntl.1", ntl.run({"--generate", "man"}).out);
