@@ -2,7 +2,6 @@
 #include "author/guide/Svg.internal.h"
 #include "author/lint/Statements.internal.h"
 #include "author/syntax/TokenKinds.h"
-#include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HSTStringUtils.h"
 #include "hdnt/platform/Text.h"
 
@@ -103,15 +102,10 @@ SourceTexts::SourceTexts(const std::vector<std::string>& files) {
         if (std::ranges::find(files_, file) == files_.end()) read(file);
 }
 
-// A map library that cannot be read has no text; its block's page says why.
 void SourceTexts::read(const std::string& file) {
     files_.push_back(file);
     SyntaxTree tree;
-    try {
-        if (!tree.read(textOfFile(file, {}))) return;
-    } catch (const HEXDataException&) {
-        return;
-    }
+    if (!tree.read(textOfFile(file, {}))) return;
     const std::string_view text = tree.items().text();
     std::size_t counted = 0, line = 1;
     for (std::uint32_t node = 1; node < tree.nodes().size(); node = tree.nodes()[node].next) {
