@@ -46,16 +46,6 @@ void populate([[maybe_unused]] const char* part, [[maybe_unused]] std::size_t si
 #endif
 }
 
-// A large text stands in large pages, where the system has them.
-void adviseLargePages([[maybe_unused]] const std::string& text) {
-#ifdef MADV_HUGEPAGE
-    constexpr std::uintptr_t page = std::uintptr_t{1} << 21;
-    const auto begin = (reinterpret_cast<std::uintptr_t>(text.data()) + page - 1) & ~(page - 1);
-    const auto end = (reinterpret_cast<std::uintptr_t>(text.data()) + text.capacity()) & ~(page - 1);
-    if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
-#endif
-}
-
 // Appends what `write` puts at the place that it is given, up to `room` bytes; it returns how many.
 template <typename Write>
 void appendWritten(std::string& text, std::size_t room, Write&& write) {
@@ -71,10 +61,7 @@ void appendWritten(std::string& text, std::size_t room, Write&& write) {
 
 // Makes room for a part more, in pages that are there.
 void makeRoomBehind(std::string& text, std::size_t room) {
-    if (text.capacity() - text.size() < room) {
-        text.reserve(std::max(2 * text.capacity(), text.size() + room));
-        adviseLargePages(text);
-    }
+    if (text.capacity() - text.size() < room) text.reserve(std::max(2 * text.capacity(), text.size() + room));
     populate(text.data() + text.size(), room);
 }
 
@@ -89,7 +76,6 @@ bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, st
     // One byte more than expected, so that the end of an unchanged file shows without growing the buffer, and room for
     // the scanner.
     out.reserve(expected + 1 + bytes16Room);
-    adviseLargePages(out);
     for (;;) {
         const std::size_t size = out.size();
         const std::size_t room = expected >= size ? std::min(expected + 1 - size, ChunkBytes) : ChunkBytes;
@@ -123,7 +109,6 @@ bool expand(Decoder& decoder, std::string_view archive, const InputLimits& limit
     // it.
     std::size_t room = said <= std::min(likely, limits.maxBytes) ? std::max(usual, said) : usual;
     if (room > usual) out.reserve(room + bytes16Room);
-    adviseLargePages(out);
     std::string_view rest = archive;
     for (;;) {
         if (!decoder.recognises(rest)) return why = "bytes after the end of the archive", false;

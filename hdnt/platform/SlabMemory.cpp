@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
+#include <chrono>
 #include <cstdint>
 #include <iterator>
 #include <memory>
@@ -74,6 +76,34 @@ struct alignas(64) Slab {
     }
 };
 
+/// Asks for large pages where they are cheap. A virtual machine's host may have taken their memory back, and to get it
+/// again takes five times as long as small pages, which come from memory in use. So there is a pause when one was slow.
+class LargePages {
+public:
+    void ask([[maybe_unused]] char* place) noexcept {
+#ifdef MADV_HUGEPAGE
+        if (pause_.load(relaxed) > 0) {
+            pause_.fetch_sub(1, relaxed);
+            return;
+        }
+        madvise(place, largePageBytes, MADV_HUGEPAGE);
+        const auto begin = Clock::now();
+        *static_cast<volatile char*>(place) = 0;
+        if (Clock::now() - begin > longest) pause_.store(pauseAfterSlow, relaxed);
+#endif
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::memory_order relaxed = std::memory_order_relaxed;
+    static constexpr std::chrono::microseconds longest{1000}; ///< that the small pages in its place would take
+    static constexpr int pauseAfterSlow = 15;
+
+    std::atomic<int> pause_ = 0; ///< how many not to ask for
+};
+
+constinit LargePages largePages;
+
 /// Of the size of a large page, and at such an address; of large pages when that is wanted and the system has them.
 /// The system gives pages, so a range of twice the size is asked for and what stands over at both ends given back.
 char* mapRange(bool large) {
@@ -84,9 +114,7 @@ char* mapRange(bool large) {
     if (before > 0) munmap(begin, before);
     char* const place = begin + before;
     munmap(place + largePageBytes, largePageBytes - before);
-#ifdef MADV_HUGEPAGE
-    if (large) madvise(place, largePageBytes, MADV_HUGEPAGE);
-#endif
+    if (large) largePages.ask(place);
     return place;
 }
 
