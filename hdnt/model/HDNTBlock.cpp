@@ -76,6 +76,8 @@ void HDNTBlock::adopt(std::vector<HDNTBlockEntity*>& entities) {
         for (; entity != entities.end(); ++entity) delete *entity;
         throw;
     }
+    // By base name and bit, so one entry a bus, not one a bit; here, while the buses are in the caches.
+    busesByName_.build(buses_.size(), [this](size_t i) { return buses_[i]->getBaseNameHash(); });
 }
 
 void HDNTBlock::adoptEntity(HDNTBlockEntity* entity) {

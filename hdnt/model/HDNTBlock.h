@@ -204,7 +204,7 @@ private:
     HDNT_LOCAL void adoptBus(HDNTBus& bus);
     HDNT_LOCAL void applyGroup(const HDNTPrimGroup& group);
     HDNT_LOCAL bool applyAttribute(const HDNTBlockEntity& entity);
-    HDNT_LOCAL void indexPins();
+    HDNT_LOCAL void reportRedefinedPins() const;
     HDNT_LOCAL void indexProperties();
     HDNT_LOCAL void describeProperties(const HDNTLibrary& library);
     HDNT_LOCAL void findRedefinedPins(const hdnt::platform::NameIndex::Positions& buses,

@@ -19,20 +19,15 @@ static void fetch(const std::vector<T*>& list) {
 }
 
 void HDNTBlock::finalize() {
-    if (!indexed_) {
-        fetch(buses_);
-        fetch(properties_);
-    }
+    if (!indexed_) fetch(properties_);
     finalizeNetlist();
     if (indexed_) return;
     indexed_ = true;
-    indexPins();
+    reportRedefinedPins();
     indexProperties();
 }
 
-// Pins are found by base name and bit, so the index has one entry a bus, not one a bit.
-void HDNTBlock::indexPins() {
-    busesByName_.build(buses_.size(), [this](size_t i) { return buses_[i]->getBaseNameHash(); });
+void HDNTBlock::reportRedefinedPins() const {
     std::vector<size_t> redefined;
     busesByName_.forEachShared([&](const auto& buses) { findRedefinedPins(buses, redefined); });
     std::sort(redefined.begin(), redefined.end());

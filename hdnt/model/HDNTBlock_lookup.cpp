@@ -78,7 +78,7 @@ HDNTPin* HDNTBlock::lookUpPin(std::string_view name) const {
     const UpperCase query(name);
     std::string_view baseName = query.view();
     int bit = -1;
-    if (!splitPinName(baseName, bit)) return nullptr;
+    if (!indexed_ || !splitPinName(baseName, bit)) return nullptr;
     for (const uint32_t position : busesByName_.find(textHash(baseName))) {
         const HDNTBus& bus = *buses_[position];
         const bool declaresBit = std::min(bus.getFirstIndex(), bus.getLastIndex()) <= bit &&

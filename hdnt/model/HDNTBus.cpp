@@ -16,15 +16,15 @@ static constexpr size_t greatestPinCount = 65536;
 
 HDNTBus::HDNTBus(std::string_view name, HDNT_PIN_DIRECTION dir, bool test, bool abstract, HDNT_PIN_TYPE type,
                  HDNT_PIN_REQUIREDVALUE required, std::vector<HDNTProperty*>* props)
-    : name_(name), direction_(dir), type_(type), required_(required), test_(test), abstract_(abstract) {
+    : direction_(dir), type_(type), required_(required), test_(test), abstract_(abstract), name_(name) {
     setKind(HDNTNodeKind::Bus);
-    if (!props) return;
-    properties_ = *props;
-    for (HDNTProperty* property : properties_) property->setParent(this);
+    if (!props || props->empty()) return;
+    properties_ = std::make_unique<const Properties>(*props);
+    for (HDNTProperty& property : properties()) property.setParent(this);
 }
 
 HDNTBus::~HDNTBus() {
-    for (const HDNTProperty* property : properties_) delete property;
+    for (const HDNTProperty& property : properties()) delete &property;
 }
 
 void HDNTBus::elaborate(std::vector<HDNTPin*>& pins) {
@@ -102,8 +102,8 @@ std::string HDNTBus::getName() const {
 }
 
 HDNTProperty* HDNTBus::getProperty(unsigned short i) const {
-    if (i >= properties_.size()) throw HEXAlgException("Property index out of range");
-    return properties_[i];
+    if (i >= getNumProperties()) throw HEXAlgException("Property index out of range");
+    return (*properties_)[i];
 }
 
 HDNTProperty* HDNTBus::getPropertyByName(const std::string& name) const { return lookUpProperty(name); }
@@ -112,9 +112,9 @@ const HDNTProperty* HDNTBus::findProperty(std::string_view name) const { return 
 HDNTProperty* HDNTBus::findProperty(std::string_view name) { return lookUpProperty(name); }
 
 HDNTProperty* HDNTBus::lookUpProperty(std::string_view name) const {
-    const auto found = std::find_if(properties_.begin(), properties_.end(),
-                                    [&](const HDNTProperty* property) { return property->getName() == name; });
-    return found == properties_.end() ? nullptr : *found;
+    const auto all = propertyNodes<HDNTProperty>();
+    const auto found = std::find_if(all.begin(), all.end(), [&](const HDNTProperty& p) { return p.getName() == name; });
+    return found == all.end() ? nullptr : &*found;
 }
 
 bool HDNTBus::getPinFunction(std::string& out) const {

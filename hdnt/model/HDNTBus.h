@@ -4,7 +4,9 @@
 #include "hdnt/model/Nodes.h"
 #include "hdnt/platform/HSTUniqString.h"
 
+#include <memory>
 #include <string_view>
+#include <vector>
 
 class HDNTBlock;
 class HDNTPin;
@@ -101,13 +103,13 @@ public:
     /// Its pins in the block; none before a block adopted it.
     hdnt::Nodes<const HDNTPin> pins() const;
     hdnt::Nodes<HDNTPin> pins();
-    hdnt::Nodes<const HDNTProperty> properties() const { return hdnt::Nodes<const HDNTProperty>(properties_); }
-    hdnt::Nodes<HDNTProperty> properties() { return hdnt::Nodes<HDNTProperty>(properties_); }
+    hdnt::Nodes<const HDNTProperty> properties() const { return propertyNodes<const HDNTProperty>(); }
+    hdnt::Nodes<HDNTProperty> properties() { return propertyNodes<HDNTProperty>(); }
     /// The first one of exactly that name, or null.
     const HDNTProperty* findProperty(std::string_view name) const;
     HDNTProperty* findProperty(std::string_view name);
 
-    size_t getNumProperties() const { return properties_.size(); }
+    size_t getNumProperties() const { return properties().size(); }
     /// Throws HEXAlgException "Property index out of range".
     HDNTProperty* getProperty(unsigned short i) const;
     HDNTProperty* getPropertyByName(const std::string& name) const;
@@ -118,14 +120,21 @@ public:
 private:
     HDNT_LOCAL HDNTProperty* lookUpProperty(std::string_view name) const;
 
-    HSTUniqString name_;
+    using Properties = std::vector<HDNTProperty*>;
+    template <typename Property>
+    hdnt::Nodes<Property> propertyNodes() const {
+        return properties_ ? hdnt::Nodes<Property>(*properties_) : hdnt::Nodes<Property>();
+    }
+
+    // A cache line for all: the first of these are where the node leaves room.
+    HDNT_PIN_DIRECTION direction_ : 4;
+    HDNT_PIN_TYPE type_ : 6;
+    HDNT_PIN_REQUIREDVALUE required_ : 4;
+    bool test_ : 1;
+    bool abstract_ : 1;
     int firstIndex_ = -1;
     int lastIndex_ = -1;
     int firstPinIndex_ = -1;
-    HDNT_PIN_DIRECTION direction_;
-    HDNT_PIN_TYPE type_;
-    HDNT_PIN_REQUIREDVALUE required_;
-    std::vector<HDNTProperty*> properties_;
-    bool test_;
-    bool abstract_;
+    HSTUniqString name_;
+    std::unique_ptr<const Properties> properties_; ///< null: none, as most have
 };

@@ -18,7 +18,7 @@ using Type = HATAttrTypes::AttrType;
 
 HDNTProperty::HDNTProperty(std::string_view name, Type type, bool test, bool simulation, bool constraintsOnly,
                            bool muxControl, std::string_view units)
-    : spec_(type, 0), muxControl_(muxControl) {
+    : muxControl_(muxControl), spec_(type, 0) {
     setKind(HDNTNodeKind::Property);
     spec_.setName(name);
     spec_.setTest(test);

@@ -156,14 +156,14 @@ public:
 private:
     HDNT_LOCAL void completeHexRange();
 
+    bool muxControl_; ///< first, where the node leaves room
+    bool nibbleSized_ = false;
     HATAttrSpec spec_;
     HATOwnText declaredDescription_; ///< set once describedByConfig_ is
     int index_ = -1;
     bool describedByConfig_ = false;
     bool minCompleted_ = false;
     bool maxCompleted_ = false;
-    bool nibbleSized_ = false;
-    bool muxControl_;
 };
 
 /// Drops leading zeros of the digits but one; a width and radix prefix, as in 8'h, stays.

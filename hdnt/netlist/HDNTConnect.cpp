@@ -8,7 +8,7 @@
 #include <string_view>
 
 HDNTBlockPinName::HDNTBlockPinName(std::string_view instName, std::string_view pinName)
-    : instName_(instName), inverted_(pinName.starts_with('~')) {
+    : inverted_(pinName.starts_with('~')), instName_(instName) {
     setKind(HDNTNodeKind::BlockPinName);
     pinName_ = HSTUniqString(pinName.substr(inverted_ ? 1 : 0));
 }

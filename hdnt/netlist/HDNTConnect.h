@@ -34,9 +34,9 @@ public:
     bool inverted() const { return inverted_; }
 
 private:
+    bool inverted_; ///< first, where the node leaves room
     HSTUniqString instName_;
     HSTUniqString pinName_;
-    bool inverted_;
 };
 
 /// Pins that are connected to a signal: `connect "N1" : "U0" "Q", "O";`.

@@ -64,6 +64,6 @@ protected:
     void setExprType(unsigned type) { exprType_ = type; }
 
 private:
+    unsigned exprType_ = 0; ///< first, where the entity leaves room
     std::unique_ptr<HDNTExpr> evaluatedExpr_;
-    unsigned exprType_ = 0;
 };

@@ -27,6 +27,6 @@ public:
     void setEnabled(bool enabled) { enabled_ = enabled; }
 
 private:
+    bool enabled_ = true; ///< first, where the node leaves room
     int mark_ = 0;
-    bool enabled_ = true;
 };

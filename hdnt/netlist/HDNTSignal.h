@@ -41,11 +41,11 @@ public:
     HDNTBlock* getBlock();
 
 private:
+    bool isOne_ = false; ///< first, where the entity leaves room
+    bool isZero_ = false;
     HSTUniqString name_;
     std::unique_ptr<HDNTConnect> connect_;
     HDNTSigList* sigList_ = nullptr;
-    bool isOne_ = false;
-    bool isZero_ = false;
 };
 
 /// A declaration of several signals by one ranged name, as in `signal "N[3:0]";`. Finalizing the netlist replaces it by

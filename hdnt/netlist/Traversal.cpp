@@ -83,7 +83,7 @@ void HDNTBlock::acceptDeclared(HDNTVisitor& visitor) {
 
 void HDNTBus::accept(HDNTVisitor& visitor) {
     visitor.visit(this);
-    acceptAll(properties_, visitor);
+    if (properties_) acceptAll(*properties_, visitor);
     visitor.postVisit(this);
 }
 

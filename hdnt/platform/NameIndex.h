@@ -1,14 +1,17 @@
 #pragma once
 
+#include "hdnt/platform/Export.h"
+
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <utility>
 
 namespace hdnt::platform {
 
 /// Where in a list the items of a name stand: built once, then read by any number of threads. It holds hashes, so that
-/// what it finds has to be compared, and 12 to 16 bytes an item.
+/// what it finds has to be compared, and 12 to 16 bytes an item, in memory beside the model's.
 class NameIndex {
     static constexpr std::uint32_t none = UINT32_MAX;
     /// Items whose hashes have the same low bits are a chain, in the order of the list.
@@ -52,15 +55,25 @@ public:
         Iterator begin_;
     };
 
+    NameIndex() = default;
+    NameIndex(NameIndex&& other) noexcept { swap(other); }
+    NameIndex& operator=(NameIndex&& other) noexcept {
+        swap(other);
+        return *this;
+    }
+    ~NameIndex() {
+        if (items_) release();
+    }
+
     /// `hashOfItem` gives the hash of the item at a position.
     template <typename HashOfItem>
     void build(std::size_t count, HashOfItem&& hashOfItem) {
-        items_.resize(count);
-        chains_.assign(std::bit_ceil(count), none);
+        makeRoom(static_cast<std::uint32_t>(count));
+        std::fill_n(chains(), numChains(), none);
         hasShared_ = false;
-        for (auto i = static_cast<std::uint32_t>(count); i-- > 0;) {
+        for (std::uint32_t i = count_; i-- > 0;) {
             const std::uint32_t hash = folded(hashOfItem(i));
-            std::uint32_t& first = chains_[hash & (chains_.size() - 1)];
+            std::uint32_t& first = chainOf(hash);
             for (std::uint32_t at = first; at != none && !hasShared_; at = items_[at].next)
                 hasShared_ = items_[at].hash == hash;
             items_[i] = {hash, first};
@@ -68,18 +81,15 @@ public:
         }
     }
 
-    bool empty() const { return items_.empty(); }
+    bool empty() const { return count_ == 0; }
 
-    Positions find(std::uint64_t hash) const {
-        const std::uint32_t first = empty() ? none : chains_[folded(hash) & (chains_.size() - 1)];
-        return {items_.data(), first, folded(hash)};
-    }
+    Positions find(std::uint64_t hash) const { return {items_, empty() ? none : chainOf(folded(hash)), folded(hash)}; }
 
     /// Calls visit(positions) for each hash that more than one item has.
     template <typename Visit>
     void forEachShared(Visit&& visit) const {
         if (!hasShared_) return;
-        for (std::uint32_t i = 0; i < items_.size(); ++i) {
+        for (std::uint32_t i = 0; i < count_; ++i) {
             const Positions positions = find(std::uint64_t{items_[i].hash} << 32);
             auto second = positions.begin();
             if (*second == i && ++second != Positions::end()) visit(positions);
@@ -87,10 +97,23 @@ public:
     }
 
 private:
+    void swap(NameIndex& other) noexcept {
+        std::swap(items_, other.items_);
+        std::swap(count_, other.count_);
+        std::swap(hasShared_, other.hasShared_);
+    }
     static std::uint32_t folded(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32); }
 
-    std::vector<Item> items_;
-    std::vector<std::uint32_t> chains_; ///< the first of each; their number is a power of two
+    /// The first of each chain; their number is a power of two.
+    std::uint32_t* chains() const { return reinterpret_cast<std::uint32_t*>(items_ + count_); }
+    std::size_t numChains() const { return empty() ? 0 : std::bit_ceil(count_); }
+    std::uint32_t& chainOf(std::uint32_t hash) const { return chains()[hash & (numChains() - 1)]; }
+    std::size_t bytes() const { return count_ * sizeof(Item) + numChains() * sizeof(std::uint32_t); }
+    HDNT_API void makeRoom(std::uint32_t count);
+    HDNT_API void release() noexcept;
+
+    Item* items_ = nullptr; ///< and the chains behind them
+    std::uint32_t count_ = 0;
     bool hasShared_ = false;
 };
 
