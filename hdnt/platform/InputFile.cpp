@@ -2,6 +2,7 @@
 
 #include "hdnt/platform/Bytes16.internal.h"
 #include "hdnt/platform/Decoder.internal.h"
+#include "hdnt/platform/SlabMemory.internal.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -34,15 +35,23 @@ struct Descriptor {
     const int value;
 };
 
-// Gets the pages of a buffer's next part at once: a page fault for each costs more than reading them. A system that
-// cannot do that has the faults.
-void populate([[maybe_unused]] const char* part, [[maybe_unused]] std::size_t size) {
+std::size_t upTo(const char* place, std::size_t pageBytes) {
+    return -reinterpret_cast<std::uintptr_t>(place) & (pageBytes - 1);
+}
+
+// Gets the pages for what is read next behind a text at once: a page fault for each costs more than reading them. A
+// system that cannot do that has the faults. Large pages begin in that part and are all in the text's memory.
+void populate(std::string& text, std::size_t size) {
+    char* const part = text.data() + text.size();
+    const char* const end = text.data() + text.capacity();
+    for (std::size_t at = upTo(part, largePageBytes); at < size; at += largePageBytes)
+        if (part + at + largePageBytes <= end) askForLargePage(part + at);
 #ifdef MADV_POPULATE_WRITE
-    constexpr std::uintptr_t page = 4096;
-    const auto begin = (reinterpret_cast<std::uintptr_t>(part) + page - 1) & ~(page - 1);
-    const auto end = (reinterpret_cast<std::uintptr_t>(part) + size) & ~(page - 1);
-    constexpr std::uintptr_t worthIt = 16 * page;
-    if (begin + worthIt <= end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE);
+    constexpr std::size_t page = 4096;
+    constexpr std::size_t worthIt = 16 * page;
+    const std::size_t begin = upTo(part, page);
+    const std::size_t bytes = size > begin ? (size - begin) & ~(page - 1) : 0;
+    if (bytes >= worthIt) madvise(part + begin, bytes, MADV_POPULATE_WRITE);
 #endif
 }
 
@@ -62,7 +71,7 @@ void appendWritten(std::string& text, std::size_t room, Write&& write) {
 // Makes room for a part more, in pages that are there.
 void makeRoomBehind(std::string& text, std::size_t room) {
     if (text.capacity() - text.size() < room) text.reserve(std::max(2 * text.capacity(), text.size() + room));
-    populate(text.data() + text.size(), room);
+    populate(text, room);
 }
 
 bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, std::string& why) {
@@ -79,7 +88,7 @@ bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, st
     for (;;) {
         const std::size_t size = out.size();
         const std::size_t room = expected >= size ? std::min(expected + 1 - size, ChunkBytes) : ChunkBytes;
-        if (size + room <= out.capacity()) populate(out.data() + size, room);
+        if (size + room <= out.capacity()) populate(out, room);
         ssize_t got = 0;
         appendWritten(out, room, [&](char* part) {
             got = read(file.value, part, room);

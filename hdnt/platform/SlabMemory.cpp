@@ -276,6 +276,8 @@ void freeObject(void* object) noexcept {
     freeObject(object, slab->objectSize);
 }
 
+void askForLargePage(char* place) noexcept { largePages.ask(place); }
+
 std::shared_ptr<char[]> largePage() {
     return {mapRange(true), [](char* page) { munmap(page, largePageBytes); }};
 }

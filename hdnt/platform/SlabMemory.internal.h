@@ -30,6 +30,8 @@ void freeObject(void* object, std::size_t size) noexcept;
 void freeObject(void* object) noexcept;
 
 inline constexpr std::size_t largePageBytes = std::size_t{1} << 21;
+/// That fresh memory of that size, at such an address, be one page where the system has such, and has it at hand.
+void askForLargePage(char* place) noexcept;
 /// Memory of that size, in one page where the system has such. Throws std::bad_alloc.
 std::shared_ptr<char[]> largePage();
 
