@@ -100,8 +100,8 @@ HDNTBus* bus(std::string_view name, int direction, bool test, bool abstract, int
              std::vector<HDNTProperty*>* properties, const yyltype& place) {
     OwnedList<HDNTProperty> owned(properties);
     auto* const result =
-        new HDNTBus(name, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract, static_cast<HDNT_PIN_TYPE>(type),
-                    static_cast<HDNT_PIN_REQUIREDVALUE>(required), properties);
+        HDNTBus::declared(name, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract,
+                          static_cast<HDNT_PIN_TYPE>(type), static_cast<HDNT_PIN_REQUIREDVALUE>(required), properties);
     owned.releaseItems();
     return placed(result, place);
 }

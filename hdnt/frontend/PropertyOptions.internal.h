@@ -70,7 +70,12 @@ struct PropertyOptions {
         ints.reset();
         doubles.reset();
         texts.clear();
-        textMin = textMax = textDefault = description = units = {};
+        // One by one: each a copy of the next, they would wait for what was just written.
+        textMin = {};
+        textMax = {};
+        textDefault = {};
+        description = {};
+        units = {};
         boolDefault = test = simulation = constraintsOnly = muxControl = false;
         precision = defaultPrecision;
         said = repeated = 0;

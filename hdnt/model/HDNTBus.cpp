@@ -5,10 +5,12 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/model/RangedName.internal.h"
 #include "hdnt/platform/HEX.h"
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 // What the fields of a pin can hold.
 static constexpr int greatestBit = 32767;
@@ -21,6 +23,36 @@ HDNTBus::HDNTBus(std::string_view name, HDNT_PIN_DIRECTION dir, bool test, bool 
     if (!props || props->empty()) return;
     properties_ = std::make_unique<const Properties>(*props);
     for (HDNTProperty& property : properties()) property.setParent(this);
+}
+
+static int digitsOf(int number) {
+    int digits = 1;
+    while (number /= 10) ++digits;
+    return digits;
+}
+
+// A range that placePins() takes, and getName() writes as it was written.
+static std::optional<hdnt::model::RangedName> usualRange(std::string_view name) {
+    if (!name.ends_with(']')) return std::nullopt;
+    const std::optional<hdnt::model::RangedName> range = hdnt::model::rangedName(name);
+    const auto isUsual = [&] {
+        const size_t length =
+            range->base.size() + static_cast<size_t>(digitsOf(range->first) + digitsOf(range->second) + 3);
+        return std::max(range->first, range->second) <= greatestBit && length == name.size() &&
+               hdnt::model::isWithinLimit(range->first, range->second);
+    };
+    return range && isUsual() ? range : std::nullopt;
+}
+
+HDNTBus* HDNTBus::declared(std::string_view name, HDNT_PIN_DIRECTION dir, bool test, bool abstract, HDNT_PIN_TYPE type,
+                           HDNT_PIN_REQUIREDVALUE required, std::vector<HDNTProperty*>* props) {
+    const auto range = usualRange(name);
+    auto* const bus = new HDNTBus(range ? range->base : name, dir, test, abstract, type, required, props);
+    if (range) {
+        bus->firstIndex_ = range->first;
+        bus->lastIndex_ = range->second;
+    }
+    return bus;
 }
 
 HDNTBus::~HDNTBus() {
@@ -48,8 +80,13 @@ void HDNTBus::placePins(size_t before) {
     }
     const size_t count = before + static_cast<size_t>(std::abs(first - last)) + 1;
     if (count > greatestPinCount) {
+        const std::string name = firstPinIndex_ < 0 ? getName() : declared; // was it cut before?
         HDNTError::report(hdnt::DiagnosticCode::pinCount, getLocation(),
-                          {declared, std::to_string(count), std::to_string(greatestPinCount)});
+                          {name, std::to_string(count), std::to_string(greatestPinCount)});
+        if (firstPinIndex_ < 0) {
+            name_ = HSTUniqString(name);
+            firstIndex_ = lastIndex_ = -1;
+        }
         return;
     }
     if (ranged) name_ = HSTUniqString(baseName);

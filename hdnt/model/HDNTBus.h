@@ -66,6 +66,12 @@ public:
     /// it appends pins of the same bits.
     void elaborate(std::vector<HDNTPin*>& pins);
 
+    /// Internal: of a declaration, for a block. The name is cut at once if that is all there is to do with it: most
+    /// ranged names are not there already, and would be shared only to be dropped again.
+    HDNT_LOCAL static HDNTBus* declared(std::string_view name, HDNT_PIN_DIRECTION dir, bool test, bool abstract,
+                                        HDNT_PIN_TYPE type, HDNT_PIN_REQUIREDVALUE required,
+                                        std::vector<HDNTProperty*>* props);
+
     // The two halves of elaborate(), for the block that the bus belongs to: what is declared wrong is told at once,
     // pins are made when they are asked for.
 

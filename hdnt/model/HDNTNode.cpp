@@ -3,13 +3,20 @@
 #include "hdnt/diagnostics/HDNTError.h"
 #include "hdnt/diagnostics/HDNTLimits.h"
 #include "hdnt/model/ManagerState.internal.h"
+#include "hdnt/model/RangedName.internal.h"
 #include "hdnt/platform/SlabMemory.internal.h"
+#include "hdnt/platform/TextHash.internal.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdlib>
 #include <limits>
+
+using hdnt::model::RangedName;
+using hdnt::model::rangedName;
+using hdnt::platform::hasByte;
+using hdnt::platform::TextEnds;
 
 namespace {
 
@@ -27,32 +34,14 @@ bool readBound(const char*& p, const char* end, int& bound) {
     return true;
 }
 
-struct RangedName {
-    size_t baseLength;
-    int first;
-    int second;
-};
-
-// base[m:n] or base[n], the whole text.
-bool parseRangedName(const std::string& name, RangedName& out) {
-    const char* p = name.data();
-    const char* const end = p + name.size();
-    while (p != end && isPlainPart(*p)) ++p;
-    out.baseLength = static_cast<size_t>(p - name.data());
-    if (out.baseLength == 0 || p == end || *p++ != '[') return false;
-    if (!readBound(p, end, out.first)) return false;
-    out.second = out.first;
-    if (p != end && *p == ':' && !readBound(++p, end, out.second)) return false;
-    return p != end && *p == ']' && p + 1 == end;
-}
+long elementsOf(int first, int last) { return std::labs(static_cast<long>(first) - last) + 1; }
 
 // What is wrong with a well-formed range; empty when nothing is.
 std::string faultOf(const std::string& name, int first, int last) {
-    const long elements = std::labs(static_cast<long>(first) - last) + 1;
-    const long limit = HDNTLimits::get().rangeElements;
-    if (elements <= limit) return {};
-    return hdnt::filledIn(hdnt::ruleOf(hdnt::DiagnosticCode::rangeElements).wording,
-                          {name, std::to_string(elements), std::to_string(limit)});
+    if (hdnt::model::isWithinLimit(first, last)) return {};
+    return hdnt::filledIn(
+        hdnt::ruleOf(hdnt::DiagnosticCode::rangeElements).wording,
+        {name, std::to_string(elementsOf(first, last)), std::to_string(HDNTLimits::get().rangeElements)});
 }
 
 void appendElements(const std::string& baseName, int first, int last, std::vector<std::string>& names,
@@ -65,6 +54,22 @@ void appendElements(const std::string& baseName, int first, int last, std::vecto
 }
 
 } // namespace
+
+std::optional<RangedName> hdnt::model::rangedName(std::string_view name) {
+    const char* p = name.data();
+    const char* const end = p + name.size();
+    while (p != end && isPlainPart(*p)) ++p;
+    RangedName out = {name.substr(0, static_cast<size_t>(p - name.data())), 0, 0};
+    if (out.base.empty() || p == end || *p++ != '[') return std::nullopt;
+    if (!readBound(p, end, out.first)) return std::nullopt;
+    out.second = out.first;
+    if (p != end && *p == ':' && !readBound(++p, end, out.second)) return std::nullopt;
+    return p != end && *p == ']' && p + 1 == end ? std::optional(out) : std::nullopt;
+}
+
+bool hdnt::model::isWithinLimit(int first, int last) {
+    return elementsOf(first, last) <= HDNTLimits::get().rangeElements;
+}
 
 void* HDNTNode::operator new(std::size_t size) { return hdnt::platform::allocateObject(size); }
 void HDNTNode::operator delete(void* object, std::size_t size) noexcept { hdnt::platform::freeObject(object, size); }
@@ -84,19 +89,23 @@ void HDNTNode::check() {}
 void HDNTNode::finalize() {}
 
 bool HDNTNode::isMultipleInstances(const std::string& name) const {
-    return std::any_of(name.begin(), name.end(), [](char c) { return c == '[' || c == ']'; });
+    const auto isBracket = [](char c) { return c == '[' || c == ']'; };
+    if (name.size() > TextEnds::most) return std::any_of(name.begin(), name.end(), isBracket);
+    const TextEnds ends(name);
+    const auto isIn = [&](char c) { return hasByte(ends.first, c) || hasByte(ends.last, c); };
+    return isIn('[') || isIn(']');
 }
 
 bool HDNTNode::checkValidMultipleInstFormat(const std::string& name, std::string& baseName, int& first,
                                             int& second) const {
-    RangedName range;
-    if (!parseRangedName(name, range)) {
+    const std::optional<RangedName> range = rangedName(name);
+    if (!range) {
         HDNTError::InvalidArrayFormatName(getLocation(), name.c_str());
         return false;
     }
-    baseName.assign(name, 0, range.baseLength);
-    first = range.first;
-    second = range.second;
+    baseName.assign(range->base);
+    first = range->first;
+    second = range->second;
     return true;
 }
 
@@ -154,13 +163,13 @@ std::string HDNTNode::unfoldRangedName(const std::string& name, std::vector<std:
         names.push_back(name);
         return {};
     }
-    RangedName range;
-    if (!parseRangedName(name, range))
+    const std::optional<RangedName> range = rangedName(name);
+    if (!range)
         return "\"" + name +
                "\" is no name: with brackets it is letters, digits and \"_\" before one bit or a range, " +
                "as in D[3] or D[3:0].";
-    std::string fault = faultOf(name, range.first, range.second);
-    if (fault.empty()) appendElements(name.substr(0, range.baseLength), range.first, range.second, names, indices);
+    std::string fault = faultOf(name, range->first, range->second);
+    if (fault.empty()) appendElements(std::string(range->base), range->first, range->second, names, indices);
     return fault;
 }
 

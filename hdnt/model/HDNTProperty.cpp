@@ -78,16 +78,15 @@ void HDNTProperty::finalize(const hdnt::model::PropertyContext& context) {
 }
 
 void HDNTProperty::completeHexRange() {
-    if (!spec_.getLowHexRange().empty() && !spec_.getHighHexRange().empty()) return;
-    const int digits = getBitWidth() / 4;
-    const int rest = getBitWidth() % 4;
-    std::string low = spec_.getLowHexRange();
-    std::string high = spec_.getHighHexRange();
+    const std::string& low = spec_.getLowHexRange();
+    const std::string& high = spec_.getHighHexRange();
+    if (!low.empty() && !high.empty()) return;
     minCompleted_ |= low.empty();
     maxCompleted_ |= high.empty();
-    if (high.empty()) high = hdnt::platform::BitText::greatest(getBitWidth(), true);
-    if (low.empty()) low.assign(static_cast<size_t>(std::max(digits + (rest != 0), 0)), '0');
-    spec_.setHexRange(low, high);
+    const int digits = getBitWidth() / 4 + (getBitWidth() % 4 != 0);
+    const std::string least = low.empty() ? std::string(static_cast<size_t>(std::max(digits, 0)), '0') : std::string();
+    const std::string greatest = high.empty() ? hdnt::platform::BitText::greatest(getBitWidth(), true) : std::string();
+    spec_.setHexRange(low.empty() ? least : low, high.empty() ? greatest : high);
 }
 
 void HDNTProperty::describe(std::string_view text) {

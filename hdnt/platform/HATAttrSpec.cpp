@@ -94,15 +94,15 @@ std::size_t HATAttrSpec::listBegin(unsigned list) const {
     return begin;
 }
 
-void HATAttrSpec::insertSlot(std::size_t index, std::uint64_t value) {
+void HATAttrSpec::insertSlots(std::size_t index, std::initializer_list<std::uint64_t> values) {
     const std::size_t count = numSlots();
-    if (const std::size_t capacity = capacityFor(count + 1), old = capacityFor(count); capacity != old) {
+    if (const std::size_t capacity = capacityFor(count + values.size()), old = capacityFor(count); capacity != old) {
         std::uint64_t* const grown = allocateSlots(capacity);
         std::copy_n(slots_, count, grown);
         freeSlots(std::exchange(slots_, grown), old);
     }
-    std::memmove(slots_ + index + 1, slots_ + index, (count - index) * sizeof *slots_);
-    slots_[index] = value;
+    std::memmove(slots_ + index + values.size(), slots_ + index, (count - index) * sizeof *slots_);
+    std::copy(values.begin(), values.end(), slots_ + index);
 }
 
 // A facet once set keeps its slot, also when it is set back: realloc to a smaller size is not worth its code.
@@ -110,17 +110,17 @@ void HATAttrSpec::put(Facet facet, std::uint64_t value, std::uint64_t absent) {
     if (has(facet)) {
         slots_[indexOf(facet)] = value;
     } else if (value != absent) {
-        insertSlot(indexOf(facet), value);
+        insertSlots(indexOf(facet), {value});
         present_ |= 1U << facet;
     }
 }
 
 void HATAttrSpec::append(Facet list, std::uint64_t value) {
     if (!has(list)) {
-        insertSlot(indexOf(list), 0);
+        insertSlots(indexOf(list), {0});
         present_ |= 1U << list;
     }
-    insertSlot(listBegin(list) + listLength(list), value);
+    insertSlots(listBegin(list) + listLength(list), {value});
     ++slots_[indexOf(list)];
 }
 
@@ -188,18 +188,24 @@ void HATAttrSpec::addDiscreteDoubleRange(double value) { append(DoubleList, bits
 void HATAttrSpec::setDoubleDefault(double value) { put(DoubleDefault, bitsOf(value), bitsOf(0.0)); }
 double HATAttrSpec::getDoubleDefault() const { return decode<double>(get(DoubleDefault, bitsOf(0.0))); }
 
-// Both texts are taken before either is put: one given may be the other's old value.
-void HATAttrSpec::setHexRange(std::string_view low, std::string_view high) {
-    HSTUniqString newLow(low), newHigh(high);
-    putText(HexLow, std::move(newLow));
-    putText(HexHigh, std::move(newHigh));
+// Both texts are taken before either is put: one given may be the other's old value. Where both are new, which is what
+// completes the range of a property, they are put at once.
+void HATAttrSpec::putRange(Facet low, std::string_view least, std::string_view greatest) {
+    const auto high = static_cast<Facet>(low + 1);
+    HSTUniqString newLow(least), newHigh(greatest);
+    if (has(low) || has(high) || newLow.empty() || newHigh.empty()) {
+        putText(low, std::move(newLow));
+        putText(high, std::move(newHigh));
+        return;
+    }
+    insertSlots(indexOf(low), {bitsOf(newLow.id()), bitsOf(newHigh.id())});
+    present_ |= 3U << low;
+    newLow.detach();
+    newHigh.detach();
 }
 
-void HATAttrSpec::setBinaryRange(std::string_view low, std::string_view high) {
-    HSTUniqString newLow(low), newHigh(high);
-    putText(BinaryLow, std::move(newLow));
-    putText(BinaryHigh, std::move(newHigh));
-}
+void HATAttrSpec::setHexRange(std::string_view low, std::string_view high) { putRange(HexLow, low, high); }
+void HATAttrSpec::setBinaryRange(std::string_view low, std::string_view high) { putRange(BinaryLow, low, high); }
 
 void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
     spec.description_ = std::move(description_);

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -200,7 +201,8 @@ private:
     HDNT_API void putText(Facet facet, HSTUniqString value);
     HDNT_API void append(Facet list, std::uint64_t value);
     HDNT_API void appendText(Facet list, HSTUniqString value);
-    HDNT_LOCAL void insertSlot(std::size_t index, std::uint64_t value);
+    HDNT_LOCAL void putRange(Facet low, std::string_view least, std::string_view greatest);
+    HDNT_LOCAL void insertSlots(std::size_t index, std::initializer_list<std::uint64_t> values);
     template <typename T>
     HDNT_API HATValueIter<T>* makeIter(Facet list) const;
 

@@ -156,7 +156,8 @@ HSTUniqString::HSTUniqString(std::string_view text, std::uint64_t hash) {
     const std::lock_guard lock(shard.lock);
     const Entry* entry = shard.find(sought);
     if (!entry) entry = shard.add(sought);
-    entry->references.fetch_add(1, relaxed);
+    if (isOnlyThread()) entry->references.store(entry->references.load(relaxed) + 1, relaxed);
+    else entry->references.fetch_add(1, relaxed);
     return entry;
 }
 

@@ -19,6 +19,13 @@ constexpr std::uint64_t upperCased(std::uint64_t bytes) {
     return bytes ^ lowerCase >> 2;
 }
 
+/// Whether one of eight bytes is that one.
+constexpr bool hasByte(std::uint64_t bytes, char byte) {
+    constexpr std::uint64_t each = 0x0101010101010101;
+    const std::uint64_t other = bytes ^ each * static_cast<unsigned char>(byte);
+    return ((other - each) & ~other & each * 0x80) != 0;
+}
+
 /// Where the process was loaded: so that texts which collide cannot be written beforehand.
 inline std::uint64_t hashSeed() {
     static const char here = 0;
