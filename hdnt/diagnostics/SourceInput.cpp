@@ -3,7 +3,7 @@
 #include "hdnt/diagnostics/SourceInput.internal.h"
 #include "hdnt/platform/Bytes16.internal.h"
 #include "hdnt/platform/HUTFile.h"
-#include "hdnt/platform/InputFile.h"
+#include "hdnt/platform/InputFile.internal.h"
 #include "hdnt/platform/SlabMemory.internal.h"
 
 #include <sys/mman.h>
@@ -38,13 +38,17 @@ const std::string* TextsInPlace::find(const std::string& path) {
 
 bool sourceExists(const std::string& path) { return TextsInPlace::find(path) || HUTPathUtils::exists(path); }
 
+static platform::InputLimits inputLimits() {
+    const HDNTLimits& limits = HDNTLimits::get();
+    return {limits.inputBytes, limits.expansionRatio, limits.expansionFloor};
+}
+
 bool readSource(const std::string& path, std::string& out, std::string& reason) {
     if (const std::string* const text = TextsInPlace::find(path)) {
         copySource(*text, out);
         return true;
     }
-    const HDNTLimits& limits = HDNTLimits::get();
-    return platform::readInput(path, {limits.inputBytes, limits.expansionRatio, limits.expansionFloor}, out, reason);
+    return platform::readInput(path, inputLimits(), out, reason);
 }
 
 char* SharedTexts::take(std::size_t size) {
@@ -60,15 +64,11 @@ char* SharedTexts::take(std::size_t size) {
 
 bool SharedTexts::read(const std::string& path, SourceText& text, std::string& reason) {
     constexpr std::size_t largest = std::size_t{64} << 10;
-    if (!readSource(path, read_, reason)) return false;
-    if (read_.size() > largest || platform::usesGeneralHeap) {
-        text.bytes.swap(read_);
-        return true;
-    }
-    char* const place = take(read_.size() + platform::bytes16Room);
-    std::memcpy(place, read_.data(), read_.size());
-    std::memset(place + read_.size(), 0, platform::bytes16Room);
-    text.part = {place, read_.size()};
+    if (platform::usesGeneralHeap || TextsInPlace::find(path)) return readSource(path, text.bytes, reason);
+    const platform::TextPlace place = {folder_, largest, [this](std::size_t size) { return take(size); }};
+    if (!platform::readInput(path, inputLimits(), &place, text.bytes, text.part, reason)) return false;
+    if (!text.part.data()) return true;
+    std::memset(block_.get() + (text.part.end() - block_.get()), 0, platform::bytes16Room);
     text.shared = block_;
     return true;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hdnt/platform/InputFile.internal.h"
+
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -43,7 +45,7 @@ public:
 private:
     char* take(std::size_t size);
 
-    std::string read_; ///< is reused
+    platform::OpenFolder folder_;
     std::shared_ptr<char[]> block_;
     std::size_t used_ = 0;
     std::size_t size_ = 0;

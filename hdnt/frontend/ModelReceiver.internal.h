@@ -13,17 +13,78 @@
 
 namespace hdnt::frontend {
 
+/// The lists that a parse fills. They are kept for the next one, with the room they have: a folder's texts are small,
+/// and lists that grow from nothing would be a part of their time.
+class ReceiverLists {
+protected:
+    struct Operand {
+        HDNTExpr* expr;
+        yyltype place;
+    };
+    struct Operator {
+        HDNTExpr::FOPERATOR op;
+        bool isPrefix;
+        int rule;
+        yyltype place; ///< of a prefix or a parenthesis
+    };
+    struct Call {
+        std::string_view name;
+        std::size_t begin; ///< of its arguments
+        yyltype place;
+    };
+    struct Braces {
+        std::size_t begin; ///< of the statements in them
+        yyltype place;
+    };
+    struct If {
+        yyltype place;
+        HDNTNetlistEntity* thenStmt = nullptr; ///< with an "else" behind it
+        yyltype elsePlace{};
+        bool hasElse = false;
+    };
+
+    /// Those kept, or new ones with as much room as most texts need.
+    ReceiverLists();
+    /// Keeps them, unless they have grown large.
+    ~ReceiverLists();
+    ReceiverLists(const ReceiverLists&) = delete;
+    ReceiverLists& operator=(const ReceiverLists&) = delete;
+
+    std::vector<HDNTDecl*> decls_;
+    std::vector<HATAttrTypes::AttrType> formals_;
+    std::vector<HDNTBlockEntity*> entities_;
+    std::vector<HDNTProperty*> properties_;
+    PropertyOptions options_;
+    std::vector<HDNTNetlistEntity*> statements_;
+    std::vector<Braces> braces_;
+    std::vector<If> ifs_;
+    std::vector<HDNTPinInst*> pins_;
+    std::vector<Operand> operands_;
+    std::vector<Operator> operators_;
+    std::vector<Call> calls_;
+    std::vector<HDNTExpr*> arguments_;
+
+private:
+    struct Empty {};
+    explicit ReceiverLists(Empty) {}
+    static ReceiverLists& kept() noexcept;
+    void swap(ReceiverLists& other) noexcept;
+    /// Calls act(list, the same of the other) for each.
+    template <typename Act>
+    void forEach(ReceiverLists& other, Act&& act);
+};
+
 /// Receives the parts of a text for the model: has each built as soon as its last token is read. For one parse; stops
 /// at the first fault, which it reports. Internal.
 ///
 /// What a generated parser would do is kept, since hosts see it: when it looks ahead, in which order things are built,
 /// and how much is on its stack when mappings nest, for which there is a limit.
-class ModelReceiver {
+class ModelReceiver : private ReceiverLists {
 public:
     static constexpr bool recovers = false;
     struct Mark {};
 
-    ModelReceiver();
+    ModelReceiver() = default;
     ~ModelReceiver();
     ModelReceiver(const ModelReceiver&) = delete;
     ModelReceiver& operator=(const ModelReceiver&) = delete;
@@ -140,32 +201,6 @@ private:
         Scanner::Number number{};
         bool isTrue() const { return text.front() == 't'; }
     };
-    struct Operand {
-        HDNTExpr* expr;
-        yyltype place;
-    };
-    struct Operator {
-        HDNTExpr::FOPERATOR op;
-        bool isPrefix;
-        int rule;
-        yyltype place; ///< of a prefix or a parenthesis
-    };
-    struct Call {
-        std::string_view name;
-        std::size_t begin; ///< of its arguments
-        yyltype place;
-    };
-    struct Braces {
-        std::size_t begin; ///< of the statements in them
-        yyltype place;
-    };
-    struct If {
-        yyltype place;
-        HDNTNetlistEntity* thenStmt = nullptr; ///< with an "else" behind it
-        yyltype elsePlace{};
-        bool hasElse = false;
-    };
-
     // Tokens
     void scan();
     bool takesString();
@@ -279,40 +314,27 @@ private:
 
     yyltype libraryPlace_{};
     std::string_view libraryName_;
-    std::vector<HDNTDecl*> decls_;
     HDNTDecl* decl_ = nullptr; ///< null for a mapping that stands by itself
-    std::vector<HATAttrTypes::AttrType> formals_;
 
     yyltype blockPlace_{};
     yyltype declaredPlace_{}; ///< of the block, without the mapping behind it
     std::string_view blockName_;
     bool isDeclared_ = false; ///< the block; else it is a mapping that stands by itself
     HDNTNetlist::Section section_ = HDNTNetlist::Section::mapsto;
-    std::vector<HDNTBlockEntity*> entities_;
     HDNTBlockEntity* entity_ = nullptr;
     yyltype pinPlace_{};
     std::size_t pinEnd_ = 0; ///< tokens of a pin up to the brace that is open; 0: none is
-    std::vector<HDNTProperty*> properties_;
     HDNTProperty* property_ = nullptr;
     std::size_t propertyBegin_ = 0;
     std::size_t optionBegin_ = 0;
-    PropertyOptions options_;
 
     yyltype netlistPlace_{};
     HDNTNetlist* netlist_ = nullptr;
-    std::vector<HDNTNetlistEntity*> statements_;
     HDNTNetlistEntity* statement_ = nullptr;
     yyltype statementPlace_{}; ///< of the statement
-    std::vector<Braces> braces_;
-    std::vector<If> ifs_;
     yyltype pinRefPlace_{};
     HDNTBlockPinName* pin_ = nullptr;
-    std::vector<HDNTPinInst*> pins_;
-    std::string_view assigned_; ///< property of a pin
-    std::vector<Operand> operands_;
-    std::vector<Operator> operators_;
-    std::vector<Call> calls_;
-    std::vector<HDNTExpr*> arguments_;
+    std::string_view assigned_;    ///< property of a pin
     std::size_t operandBegin_ = 0; ///< tokens before an expression
     bool inExpression_ = false;    ///< not in a call that is a statement
     yyltype callPlace_{};

@@ -60,11 +60,6 @@ struct PropertyOptions {
     static constexpr unsigned bitOf(Option option) { return 1U << static_cast<unsigned>(option); }
     bool hasSaid(Option option) const { return (said & bitOf(option)) != 0; }
 
-    void reserve(std::size_t values) {
-        ints.values.reserve(values);
-        doubles.values.reserve(values);
-        texts.reserve(values);
-    }
     /// Back to nothing said; the lists keep their room.
     void reset() noexcept {
         ints.reset();

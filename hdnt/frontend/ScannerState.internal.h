@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <istream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -120,12 +121,15 @@ public:
     /// of one folder make one library.
     void setFolderMode(bool on) {
         folderMode_ = on;
-        folderTexts_ = {};
-        if (on) files_.opened.clear();
+        folderTexts_.reset();
+        if (!on) return;
+        folderTexts_.emplace();
+        files_.opened.clear();
     }
     /// As readSource(); the texts of a folder share memory.
     bool read(const std::string& path, SourceText& text, std::string& reason) {
-        return folderMode_ ? folderTexts_.read(path, text, reason) : diagnostics::readSource(path, text.bytes, reason);
+        return folderTexts_ ? folderTexts_->read(path, text, reason)
+                            : diagnostics::readSource(path, text.bytes, reason);
     }
     /// What the locations of coming texts bear instead, when it is below 0: see FilteredText.
     void setFilteredText(int storeOffset) { filteredText_ = storeOffset; }
@@ -287,7 +291,7 @@ private:
     std::chrono::steady_clock::time_point begin_{};
     std::istream* input_ = nullptr;
     FILE* output_ = nullptr;
-    diagnostics::SharedTexts folderTexts_;
+    std::optional<diagnostics::SharedTexts> folderTexts_; ///< in folder mode
     LineStore& lines_ = LineStore::instance();
 };
 

@@ -48,12 +48,24 @@ constinit std::atomic<const Section*> latest = nullptr;
 
 const Section& sectionAt(std::uint64_t number) { return pieces[number / pieceSize][number % pieceSize]; }
 
+// The one behind the latest, where texts are read in the order that they were read in before; else null.
+const Section* sectionAhead(std::size_t count) {
+    const Section* const last = latest.load(std::memory_order_acquire);
+    const std::uint64_t next = last ? fieldOf(last->bits, sectionFrom, sectionBits) + 1 : 0;
+    return next < count ? &sectionAt(next) : nullptr;
+}
+
 // Zero when there is no number left.
 [[gnu::noinline]] std::uint64_t searchBits(const char* fileName, int lineOffset, int storeOffset) {
     using Numbers = std::map<std::tuple<std::uintptr_t, int, int>, std::uint32_t>;
     static auto* const numbers = new Numbers; // never destroyed: objects may be made while the process exits
     static auto* const mutex = new std::mutex;
     const std::lock_guard lock(*mutex);
+    if (const Section* const ahead = sectionAhead(numbers->size());
+        ahead && ahead->isSame(fileName, lineOffset, storeOffset)) {
+        latest.store(ahead, std::memory_order_release);
+        return ahead->bits;
+    }
     const Numbers::key_type key(reinterpret_cast<std::uintptr_t>(fileName), lineOffset, storeOffset);
     auto found = numbers->find(key);
     if (found == numbers->end()) {

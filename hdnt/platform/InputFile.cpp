@@ -1,7 +1,6 @@
-#include "hdnt/platform/InputFile.h"
-
 #include "hdnt/platform/Bytes16.internal.h"
 #include "hdnt/platform/Decoder.internal.h"
+#include "hdnt/platform/InputFile.internal.h"
 #include "hdnt/platform/SlabMemory.internal.h"
 
 #include <fcntl.h>
@@ -21,6 +20,7 @@ namespace hdnt::platform {
 namespace {
 
 constexpr std::size_t ChunkBytes = std::size_t{256} << 10;
+constexpr int readable = O_RDONLY | O_CLOEXEC | O_NOCTTY;
 
 std::string systemReason(int code) { return std::generic_category().message(code); }
 std::string sizeReason(std::size_t limit) { return "larger than " + std::to_string(limit) + " bytes"; }
@@ -74,14 +74,43 @@ void makeRoomBehind(std::string& text, std::size_t room) {
     populate(text, room);
 }
 
-bool readRaw(const std::string& path, std::size_t maxBytes, std::string& out, std::string& why) {
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+// Reads up to `size` bytes; less only at the end. Negative for a fault, which errno tells.
+ssize_t readFully(int file, char* to, std::size_t size) {
+    std::size_t read = 0;
+    while (read < size) {
+        const ssize_t got = ::read(file, to + read, size - read);
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) return got;
+        if (got == 0) break;
+        read += static_cast<std::size_t>(got);
+    }
+    return static_cast<ssize_t>(read);
+}
+
+// Reads what the file has where the place says, if that is all of a text; else leaves it in `out`. False for a fault.
+bool readToPlace(int file, std::size_t expected, const TextPlace& place, std::string& out, std::string_view& text) {
+    char* const begin = place.take(expected + bytes16Room);
+    const ssize_t got = readFully(file, begin, expected + 1);
+    if (got < 0) return false;
+    const std::string_view bytes(begin, static_cast<std::size_t>(got));
+    if (bytes.size() <= expected && !Decoder::forArchive(bytes)) text = bytes;
+    else out = bytes;
+    return true;
+}
+
+bool readRaw(const std::string& path, std::size_t maxBytes, const TextPlace* place, std::string& out,
+             std::string_view& text, std::string& why) {
+    const Descriptor file(place ? place->folder.open(path) : open(path.c_str(), readable));
     struct stat status {};
     if (file.value < 0 || fstat(file.value, &status) != 0) return why = systemReason(errno), false;
     if (S_ISDIR(status.st_mode)) return why = systemReason(EISDIR), false;
     std::size_t expected = S_ISREG(status.st_mode) && status.st_size > 0 ? static_cast<std::size_t>(status.st_size) : 0;
     if (expected > maxBytes) return why = sizeReason(maxBytes), false;
     out.clear();
+    if (place && expected > 0 && expected <= place->most) {
+        if (!readToPlace(file.value, expected, *place, out, text)) return why = systemReason(errno), false;
+        if (text.data()) return true;
+    }
     // One byte more than expected, so that the end of an unchanged file shows without growing the buffer, and room for
     // the scanner.
     out.reserve(expected + 1 + bytes16Room);
@@ -143,27 +172,52 @@ bool expand(Decoder& decoder, std::string_view archive, const InputLimits& limit
     }
 }
 
-bool readText(const std::string& path, const InputLimits& limits, std::string& out, std::string& why) {
-    if (!readRaw(path, limits.maxBytes, out, why)) return false;
+bool readText(const std::string& path, const InputLimits& limits, const TextPlace* place, std::string& out,
+              std::string_view& text, std::string& why) {
+    if (!readRaw(path, limits.maxBytes, place, out, text, why)) return false;
+    if (text.data()) return true;
     const std::unique_ptr<Decoder> decoder = Decoder::forArchive(out);
     if (!decoder) return true;
-    std::string text;
-    if (!expand(*decoder, out, limits, text, why)) return false;
-    out = std::move(text);
+    std::string expanded;
+    if (!expand(*decoder, out, limits, expanded, why)) return false;
+    out = std::move(expanded);
     return true;
 }
 
 } // namespace
 
-bool readInput(const std::string& path, const InputLimits& limits, std::string& out, std::string& why) {
+OpenFolder::~OpenFolder() {
+    if (folder_ >= 0) close(folder_);
+}
+
+// A folder that cannot be opened may still have files that can.
+int OpenFolder::open(const std::string& path) {
+    const std::string_view way = std::string_view(path).substr(0, path.rfind('/') + 1);
+    if (way.empty()) return ::open(path.c_str(), readable);
+    if (way != way_) {
+        if (folder_ >= 0) close(folder_);
+        way_ = way;
+        folder_ = ::open(way_.c_str(), readable | O_DIRECTORY);
+    }
+    return folder_ >= 0 ? openat(folder_, path.c_str() + way.size(), readable) : ::open(path.c_str(), readable);
+}
+
+bool readInput(const std::string& path, const InputLimits& limits, const TextPlace* place, std::string& out,
+               std::string_view& text, std::string& why) {
+    text = {};
     try {
-        if (readText(path, limits, out, why)) return true;
+        if (readText(path, limits, place, out, text, why)) return true;
     } catch (...) {
         out = std::string();
         throw;
     }
     out = std::string();
     return false;
+}
+
+bool readInput(const std::string& path, const InputLimits& limits, std::string& out, std::string& why) {
+    std::string_view text;
+    return readInput(path, limits, nullptr, out, text, why);
 }
 
 } // namespace hdnt::platform
