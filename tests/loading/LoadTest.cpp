@@ -189,6 +189,29 @@ TEST_F(Load, ASilencingListenerHearsEveryLine) {
                                            Kind::IncludeSkipped, Kind::UnterminatedString, Kind::UnterminatedComment}));
 }
 
+// Small ones share memory, others have their own.
+TEST_F(Load, FilesOfAFolderInEachForm) {
+    const auto text = [](const std::string& name) { return "library \"l\" {\nblock \"" + name + "\" { }\n}\n"; };
+    dir.makeDir("d");
+    dir.makeDir("e");
+    dir.write("d/1.btl", text("A"));
+    gzip(dir.path("d/2.btl"), text("B"));
+    dir.write("d/3.btl", std::string(100000, '\n') + text("C"));
+    dir.write("e/inner.btl", "block \"D\" { }\n");
+    dir.write("d/4.btl", "library \"l\" {\nINCLUDE " + dir.path("e/inner.btl") + ";\n}\n");
+    dir.write("d/5.btl", text("E"));
+    for (int i = 0; i < 2; ++i) {
+        const Loaded loaded = hdnt::load(dir.path("d"));
+        ASSERT_TRUE(loaded);
+        Texts names;
+        for (const HDNTBlock& block : loaded.library->blocks()) names.push_back(block.getName());
+        EXPECT_EQ(names, (Texts{"A", "B", "C", "D", "E"}));
+        EXPECT_EQ(loaded.library->blocks()[4].copyOfLocation()->fileName, dir.path("d/5.btl"));
+    }
+    dir.write("d/5.btl", text("A"));
+    EXPECT_EQ(hdnt::load(dir.path("d")).diagnostics.at(0).place.text, "block \"A\" { }");
+}
+
 // The library manager fails at such an entry, so a folder with one is no good library anywhere.
 TEST_F(Load, ShortNamesInFoldersAreRefusedByName) {
     dir.makeDir("d");

@@ -5,6 +5,7 @@
 
 using support::inBlock;
 using support::loaded;
+using support::parsed;
 using support::Reports;
 using support::Texts;
 
@@ -165,6 +166,21 @@ TEST(Pins, ABusElaboratedAgainHasTheSameBits) {
             EXPECT_EQ(bus.getFirstPinIndex(), static_cast<int>(before));
         }
     }
+}
+
+// Ranges without a fault are cut before the block has them.
+TEST(Pins, WhatIsTooMuchKeepsItsNameAsWritten) {
+    Reports reports;
+    const auto library = parsed(inBlock("pin \"A[32767:0]\" input;\npin \"B[0:32766]\" input;\npin \"C[0:7]\" input;\n"
+                                        "pin \"D[05:4]\" input;\npin \"E[32768:0]\" input;\npin \"F[5]\" input;"));
+    Texts names;
+    for (const HDNTBus& bus : library->blocks()[0].buses())
+        names.push_back(bus.getBaseName() + " " + bus.getName() + " " + std::to_string(bus.pinCount()));
+    EXPECT_EQ(names, (Texts{"A A[32767:0] 32768", "B B[0:32766] 32767", "C[0:7] C[0:7] 0", "D[05:4] D[05:4] 0",
+                            "E[32768:0] E[32768:0] 0", "F F[5:5] 1"}));
+    EXPECT_EQ(reports.take(), (Texts{"5:1-19 Pin \"C[0:7]\" makes 65543 pins of its block, more than 65536.",
+                                     "6:1-20 Pin \"D[05:4]\" makes 65537 pins of its block, more than 65536.",
+                                     "7:1-23 Pin \"E[32768:0]\" has bit 32768, above 32767."}));
 }
 
 TEST(Pins, FaultsOfDeclarations) {
