@@ -15,6 +15,7 @@
 #include <new>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace hdnt::platform {
 namespace {
@@ -43,9 +44,9 @@ std::size_t upTo(const char* place, std::size_t pageBytes) {
 // system that cannot do that has the faults. Large pages begin in that part and are all in the text's memory.
 void populate(std::string& text, std::size_t size) {
     char* const part = text.data() + text.size();
-    const char* const end = text.data() + text.capacity();
-    for (std::size_t at = upTo(part, largePageBytes); at < size; at += largePageBytes)
-        if (part + at + largePageBytes <= end) askForLargePage(part + at);
+    const std::size_t room = text.capacity() - text.size();
+    for (std::size_t at = upTo(part, largePageBytes); at < size && at + largePageBytes <= room; at += largePageBytes)
+        askForLargePage(part + at);
 #ifdef MADV_POPULATE_WRITE
     constexpr std::size_t page = 4096;
     constexpr std::size_t worthIt = 16 * page;
@@ -76,15 +77,15 @@ void makeRoomBehind(std::string& text, std::size_t room) {
 
 // Reads up to `size` bytes; less only at the end. Negative for a fault, which errno tells.
 ssize_t readFully(int file, char* to, std::size_t size) {
-    std::size_t read = 0;
-    while (read < size) {
-        const ssize_t got = ::read(file, to + read, size - read);
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t got = read(file, to + done, size - done);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) return got;
         if (got == 0) break;
-        read += static_cast<std::size_t>(got);
+        done += static_cast<std::size_t>(got);
     }
-    return static_cast<ssize_t>(read);
+    return static_cast<ssize_t>(done);
 }
 
 // Reads what the file has where the place says, if that is all of a text; else leaves it in `out`. False for a fault.
@@ -195,7 +196,7 @@ int OpenFolder::open(const std::string& path) {
     const std::string_view way = std::string_view(path).substr(0, path.rfind('/') + 1);
     if (way.empty()) return ::open(path.c_str(), readable);
     if (way != way_) {
-        if (folder_ >= 0) close(folder_);
+        if (folder_ >= 0) close(std::exchange(folder_, -1));
         way_ = way;
         folder_ = ::open(way_.c_str(), readable | O_DIRECTORY);
     }
