@@ -6,6 +6,13 @@
 
 namespace hdnt::platform {
 
+// Rounded up: each size of small objects has memory of its own, and blocks are of all sizes.
+std::size_t NameIndex::bytes() const {
+    constexpr std::size_t step = 64;
+    const std::size_t used = count_ * sizeof(Item) + numChains() * sizeof(std::uint32_t);
+    return (used + step - 1) & ~(step - 1);
+}
+
 void NameIndex::makeRoom(std::uint32_t count) {
     if (items_) release();
     if (count == 0) return;

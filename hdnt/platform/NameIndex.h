@@ -108,7 +108,7 @@ private:
     std::uint32_t* chains() const { return reinterpret_cast<std::uint32_t*>(items_ + count_); }
     std::size_t numChains() const { return empty() ? 0 : std::bit_ceil(count_); }
     std::uint32_t& chainOf(std::uint32_t hash) const { return chains()[hash & (numChains() - 1)]; }
-    std::size_t bytes() const { return count_ * sizeof(Item) + numChains() * sizeof(std::uint32_t); }
+    HDNT_LOCAL std::size_t bytes() const;
     HDNT_LOCAL void makeRoom(std::uint32_t count);
     HDNT_API void release() noexcept;
 
