@@ -14,7 +14,7 @@ std::size_t NameIndex::bytes() const {
 }
 
 void NameIndex::makeRoom(std::uint32_t count) {
-    if (items_) release();
+    release();
     if (count == 0) return;
     count_ = count;
     try {
@@ -26,7 +26,7 @@ void NameIndex::makeRoom(std::uint32_t count) {
 }
 
 void NameIndex::release() noexcept {
-    freeObject(std::exchange(items_, nullptr), bytes());
+    if (items_) freeObject(std::exchange(items_, nullptr), bytes());
     count_ = 0;
 }
 

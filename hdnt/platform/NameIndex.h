@@ -82,6 +82,8 @@ public:
     }
 
     bool empty() const { return count_ == 0; }
+    /// Gives the memory back; the index is empty then.
+    HDNT_API void release() noexcept;
 
     Positions find(std::uint64_t hash) const { return {items_, empty() ? none : chainOf(folded(hash)), folded(hash)}; }
 
@@ -110,7 +112,6 @@ private:
     std::uint32_t& chainOf(std::uint32_t hash) const { return chains()[hash & (numChains() - 1)]; }
     HDNT_LOCAL std::size_t bytes() const;
     HDNT_LOCAL void makeRoom(std::uint32_t count);
-    HDNT_API void release() noexcept;
 
     Item* items_ = nullptr; ///< and the chains behind them
     std::uint32_t count_ = 0;
