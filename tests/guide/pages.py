@@ -167,6 +167,15 @@ def check_symbol(block, tree):
         assert len(wedges) == (1 if bus["type"] == "clock" else 0), (block["name"], bus["name"])
 
 
+def check_graph(tree):
+    """As many lines as the table beside it has, and each leads to the right: no shipped mapping leads in a circle."""
+    graph = next(one for one in tree.iter(SVG + "svg") if one.get("class") == "graph")
+    lines = [re.findall(r"[\d.]+", one.get("d")) for one in graph.iter(SVG + "path") if one.get("class") == "edge"]
+    assert lines and all(float(line[0]) < float(line[-2]) for line in lines), lines
+    rows = next(one for one in tree.iter(HTML + "table") if one.get("id") == "mappings").find(HTML + "tbody")
+    assert len(lines) == sum(len(list(row[1].iter(HTML + "a"))) for row in rows)
+
+
 def check_model(folder, pages, *library):
     listed = json.loads(subprocess.run([NTL, "list", "--json", *library], check=True, capture_output=True).stdout)
     names = [block["name"] for block in listed["blocks"]]
@@ -217,6 +226,7 @@ def main():
         check_links(common, pages)
         check_file_names(common)
         check_model(common, pages)
+        check_graph(pages["mappings.html"])
         before = bytes_of(common)
         guide(common)
         assert bytes_of(common) == before
