@@ -15,7 +15,7 @@
 using fuzz::require;
 
 // libconfig loses a text that stands before a fault.
-extern "C" const char* __lsan_default_suppressions() {
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
     return "leak:libconfig++\n";
 } // NOLINT(bugprone-reserved-identifier)
 
