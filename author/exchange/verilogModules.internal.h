@@ -46,7 +46,7 @@ struct ModuleFile {
 };
 
 /// Why a module that is deferred is not taken.
-constexpr const char* deferredReason = "the ports are not known, for a parameter has no default";
+inline constexpr const char* deferredReason = "the ports are not known, for a parameter has no default";
 
 /// Reads a file, of SystemVerilog when its name ends in .sv or .svh. Those that it includes are sought beside it, then
 /// in the directories, then in the working directory. Bodies of modules are not read, see moduleHeads(). Throws
