@@ -8,8 +8,6 @@
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/Text.h"
 
-#include <algorithm>
-
 namespace hdnt::author {
 
 namespace {
@@ -91,8 +89,9 @@ std::vector<PortBit> MapBlock::bitsOf(const HdlPort& port) {
 }
 
 const Json& MapBlock::jsonOf(const HDNTProperty& property) const {
-    const auto isIt = [&](const Json& one) { return isFoundByName(one) && one["name"] == property.getName(); };
-    return *std::ranges::find_if(json_["properties"], isIt);
+    for (const Json& one : json_["properties"])
+        if (isFoundByName(one) && one["name"] == property.getName()) return one;
+    throw HEXDataException("Block " + model_.getName() + " has no property " + property.getName());
 }
 
 std::string textOf(const MapNet& net) {

@@ -57,7 +57,7 @@ void requireKept(const std::string& name, const Value& value) {
         throw HEXDataException(name + ": " + hdnt::textOf(value) + " has more digits than readers keep");
 }
 
-bool isBits(const HDNTProperty& property) { return HATAttrTypes::isBitVector(property.getType()); }
+bool isBits(const HDNTProperty* property) { return property && HATAttrTypes::isBitVector(property->getType()); }
 
 bool isSameVector(const HDNTProperty& a, const HDNTProperty& b) {
     return a.getType() == b.getType() && a.getBitWidth() == b.getBitWidth();
@@ -124,7 +124,7 @@ std::string MapTerms::valueFor(const HDNTProperty& target, const MapBlock& type,
     if (term.isConstant) {
         if (const std::string refusal = target.refusalOf(term.example); !refusal.empty())
             throw HEXDataException(refusal);
-        if (isBits(target)) return bitsOf(target, json, std::get<std::string>(term.example));
+        if (isBits(&target)) return bitsOf(target, json, std::get<std::string>(term.example));
         requireKept(target.getName(), term.example);
         return bare(constantText(term.example));
     }
@@ -236,16 +236,16 @@ std::string MapTerms::spelled(const HDNTProperty& property, const std::string& t
     return spell(text);
 }
 
-// Nothing is reckoned with texts: one that is no constant is the value of a property.
 std::pair<std::string, std::string> MapTerms::compared(const MapTerm& left, const MapTerm& right) {
     const auto sideOf = [this](const MapTerm& term, const MapTerm& other) {
         if (!term.isConstant) return term.text;
         const std::string& text = std::get<std::string>(term.example);
-        if (isBits(*other.property)) return spelled(*other.property, text);
+        if (isBits(other.property)) return spelled(*other.property, text);
         if (text.find('\0') != text.npos) throw HEXDataException("a text with a zero byte");
         return term.text;
     };
-    if (left.property && right.property && (isBits(*left.property) || isBits(*right.property))) {
+    const bool areProperties = left.property && right.property;
+    if (areProperties && (isBits(left.property) || isBits(right.property))) {
         if (!isSameVector(*left.property, *right.property)) throw HEXDataException("compares vectors of two types");
         for (const Value& value : namedValues(*right.property)) spelled(*left.property, std::get<std::string>(value));
     }
@@ -255,7 +255,7 @@ std::pair<std::string, std::string> MapTerms::compared(const MapTerm& left, cons
 std::string MapTerms::handedDown(const HDNTProperty& target, const Json& json, const MapTerm& source,
                                  const std::string& guard) {
     const HDNTProperty& property = *source.property;
-    if ((isBits(property) || isBits(target)) && !isSameVector(property, target))
+    if ((isBits(&property) || isBits(&target)) && !isSameVector(property, target))
         throw HEXDataException(target.getName() + ": gets " + property.getName() + ", which is of another type");
     for (const Value& value : namedValues(property)) requireKept(property.getName(), value);
     const std::string condition = verilogCondition(json, source.text);

@@ -336,9 +336,9 @@ def sweep(arguments, scratch):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("ntl")
-    parser.add_argument("shim")
-    parser.add_argument("source")
+    parser.add_argument("ntl", type=os.path.abspath)
+    parser.add_argument("shim", type=os.path.abspath)
+    parser.add_argument("source", type=os.path.abspath)
     parser.add_argument("--seconds", type=float, default=0)
     parser.add_argument("--kills", type=int, default=200)
     parser.add_argument("--seed", type=int, default=0)
