@@ -144,7 +144,9 @@ void SyntaxTree::lay(const Patch& patch, std::ptrdiff_t items, std::ptrdiff_t by
 
 bool SyntaxTree::parseChanged(const frontend::SourceItems::Change& change, std::ptrdiff_t shift) {
     if (nodes_.empty()) return false;
-    if (change.sameKinds && faults_.empty()) { // in a name, a number, a comment: the parts are the same
+    // In a name, a number, a comment, and the parts are the same. Not where one was mended, of which nothing need be
+    // said beside characters that are no language: lines count there.
+    if (change.sameKinds && faults_.empty() && trials_.empty()) {
         collectMessages();
         return true;
     }
