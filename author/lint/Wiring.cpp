@@ -76,7 +76,7 @@ void Wiring::join(Net& net, const Connection& connection, HDNT_PIN_DIRECTION dir
     } else if (direction == (isInside ? HDNT_PIN_OUTPUT : HDNT_PIN_INPUT)) {
         if (!net.load) net.load = &connection;
     } else if (direction == HDNT_PIN_BIDIR) {
-        ++net.both;
+        net.mayBeDriven = true;
     }
     ++net.pins;
 }
@@ -96,7 +96,7 @@ void Wiring::addNetFaults(std::vector<WiringFault>& faults) const {
             const std::string first = isTied ? "the constant" : wordsFor(*net.drivers.front());
             faults.push_back({LintCode::twoDrivers, net.at, {std::string(name), first, wordsFor(*net.drivers.back())}});
         }
-        if (net.drivers.empty() && !isTied && net.both == 0 && net.load)
+        if (net.drivers.empty() && !isTied && !net.mayBeDriven && net.load)
             faults.push_back({LintCode::undrivenSignal, net.at, {std::string(name), wordsFor(*net.load)}});
     }
 }

@@ -40,7 +40,7 @@ private:
         std::vector<const Connection*> drivers;
         const Connection* load = nullptr; ///< the first one
         std::size_t pins = 0;
-        std::size_t both = 0; ///< pins of either direction, or of none that is known
+        bool mayBeDriven = false; ///< by a pin of either direction, or of none that is known
     };
     /// What is connected of a block: by position of the pin.
     using Connected = std::vector<bool>;

@@ -89,6 +89,8 @@ TEST(FormatterTest, Layout) {
         {"pin \"B\" bidir active data;\npin \"CC\" output active enable active clock; pin \"C\" input active enable;",
          "pin \"B\" bidir active data;\npin \"CC\" output active enable active clock;\n"
          "pin \"C\" input active enable;\n"},
+        {"pin \"LONGER_\xc3\xa4\" input; pin \"B\" input;",
+         "pin \"LONGER_\xc3\xa4\" input;\npin \"B\"        input;\n"},
         {"inst \"a\" \"B\"; inst \"aaa\" \"C\";\nsignal \"s\"; signal \"t\":\"x\",\"y\" \"z\"; signal \"tt\" : \"x\";",
          "inst \"a\"   \"B\";\ninst \"aaa\" \"C\";\nsignal \"s\";\nsignal \"t\"  : \"x\", \"y\" \"z\";\nsignal \"tt\" "
          ": \"x\";\n"},

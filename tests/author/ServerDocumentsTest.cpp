@@ -95,7 +95,8 @@ TEST(ServerDocuments, MendsAreOffered) {
                                       2);
         std::string all;
         for (const Json& action : actions) {
-            all += action["title"].get<std::string>() + (action.contains("diagnostics") ? " (said):" : ":");
+            all += action["title"].get<std::string>() + (action.contains("diagnostics") ? " (said)" : "") +
+                   (action.contains("isPreferred") ? "!:" : ":");
             for (const Json& edit : action["edit"]["changes"]["a"])
                 all += " " + edit["range"]["start"]["character"].dump() + "-" +
                        edit["range"]["end"]["character"].dump() + " " + edit["newText"].get<std::string>();
@@ -104,8 +105,8 @@ TEST(ServerDocuments, MendsAreOffered) {
         return all;
     };
     const Json quick = {{"diagnostics", Json::array()}, {"only", {"quickfix"}}};
-    EXPECT_EQ(offered(at(1, 24, 24), quick, literal), "Write 'input': 20-25 input\n");
-    EXPECT_EQ(offered(at(1, 0, 60), quick, literal), "Write 'input': 20-25 input\nInsert ';': 41-41 ;\n");
+    EXPECT_EQ(offered(at(1, 24, 24), quick, literal), "Write 'input'!: 20-25 input\n");
+    EXPECT_EQ(offered(at(1, 0, 60), quick, literal), "Write 'input'!: 20-25 input\nInsert ';'!: 41-41 ;\n");
     EXPECT_EQ(offered(at(2, 20, 20), {{"diagnostics", {unknown}}, {"only", {"quickfix"}}}, literal),
               "Write 'GATE_AND' (said): 19-26 GATE_AND\nWrite 'GATE_OR' (said): 19-26 GATE_OR\n");
     EXPECT_EQ(offered(at(0, 0, 0), {{"diagnostics", Json::array()}}, literal),
@@ -113,7 +114,7 @@ TEST(ServerDocuments, MendsAreOffered) {
     EXPECT_EQ(offered(at(1, 0, 60), quick, nothing), "");
     const auto only = [](const char* kind) { return Json{{"only", {kind}}}; };
     EXPECT_EQ(offered(at(1, 24, 24), only(""), literal),
-              "Write 'input': 20-25 input\nMend all that there is one way to mend: 20-25 input 41-41 ;\n");
+              "Write 'input'!: 20-25 input\nMend all that there is one way to mend: 20-25 input 41-41 ;\n");
     for (const char* kind : {"quick", "quickfix.more", "refactor"})
         EXPECT_EQ(offered(at(1, 0, 60), only(kind), literal), "");
     // The client's own diagnostic of a mend, and others that have no name to put in
@@ -129,7 +130,7 @@ TEST(ServerDocuments, MendsAreOffered) {
         {"\"\" or \"GATE_XD\"; did you mean GATE_AND?", ""},
         {"\"i\" \"G; did you mean A?", ""},
         {"\"GATE_XD\", \"GATE_ND\"; did you mean " + name + "?",
-         "Write '" + name.substr(0, 40) + "...' (said): 19-26 " + name + "\n"},
+         "Write '" + name.substr(0, 40) + "...' (said)!: 19-26 " + name + "\n"},
     };
     for (const auto& [message, expected] : messages) {
         context["diagnostics"] = {{{"range", at(2, 9, 27)}, {"message", message}}};

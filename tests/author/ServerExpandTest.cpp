@@ -92,6 +92,17 @@ TEST(ServerExpand, EachResultWithItsSetting) {
     EXPECT_TRUE(less.ends_with(common + "}\n\n// What other settings give is left out.\n")) << less;
 }
 
+TEST(ServerExpand, FunctionsOfTheHostAnswerEitherWay) {
+    Desk desk;
+    desk.open("a.btl", "library \"L\" { function bool host(int); block \"GATE\" { pin \"A\" input; }\n"
+                       "block \"USER\" { pin \"I\" input; } mapsto { if (host(1)) inst \"g\" \"GATE\"; ^ } }\n");
+    const std::string text = desk.result("workspace/executeCommand", expand(desk.uri("a.btl"), "USER"))["text"];
+    const std::size_t other = text.find("// With host() = true");
+    ASSERT_NE(other, text.npos) << text;
+    EXPECT_EQ(text.substr(0, other).find("inst \"g\""), text.npos) << text;
+    EXPECT_NE(text.find("inst \"g\"", other), text.npos) << text;
+}
+
 TEST(ServerExpand, NoMoreThanTwelve) {
     std::string text =
         "library \"L\" {\n function int intProperty(string);\n block \"USER\" { property int \"N\" { values { ";

@@ -70,6 +70,7 @@ TEST(ServerKnowing, SignatureHelp) {
         {"unknown(^", ""},
         {"} function int maskOf(int, ^", ""},
     };
+    EXPECT_EQ(Desk().open("a.btl", "^(1").result("textDocument/signatureHelp"), Json());
     for (const Case& each : cases) {
         const Json knows = Json::parse(R"({"textDocument": {"signatureHelp": {"signatureInformation":
             {"parameterInformation": {"labelOffsetSupport": true}}}}})");
@@ -115,6 +116,7 @@ TEST(ServerKnowing, InlayHints) {
          "connect \"s\" : \"P{[2:0]}\";"},
         // Where nobody knows which counts, and in texts with faults
         {"^signal \"q[\"; signal \"r[x]\"; connect \"q\" : \"g\" \"R\"; connect \"r\" : \"g\" \"T\";", ""},
+        {"^signal \"q[7:0\"; connect \"q\" : \"g\" \"R\";", ""},
         {"^assign block property \"g\" \"BARE\" 1; assign block property \"g\" \"ODD\" 1;",
          "assign block property \"g\" \"BARE\" 1; assign block property \"g\" \"ODD\"{: int} 1;"},
         {"^connect : \"g\" \"A\"; connect \"s\" : ; connect \"s\" : \"g\" \"A\" \"O\";",

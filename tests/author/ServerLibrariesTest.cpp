@@ -265,6 +265,22 @@ TEST_F(ServerLibraries, FindingsMoveWithTheTextAndEndWithIt) {
     EXPECT_EQ(editor.end(), 0);
 }
 
+TEST_F(ServerLibraries, RelatedPlacesMoveWithTheText) {
+    write({{".ntl.cfg", quiet}});
+    const std::string a = uri("a.btl");
+    Editor editor;
+    editor.initialize({{"textDocument", {{"publishDiagnostics", {{"relatedInformation", true}}}}}})
+        .open(a, libraryOf(gate + "\n" + gate));
+    ASSERT_TRUE(editor.awaitSaid(a, "3:block-redefined"));
+    for (const int line : {3, 5}) {
+        editor.change(a, {{{"range", rangeOf(0, 0, 0, 0)}, {"text", "\n\n"}}}, line);
+        const Json moved = editor.await("textDocument/publishDiagnostics")["params"]["diagnostics"];
+        EXPECT_EQ(moved.at(0)["relatedInformation"].at(0)["location"]["range"], rangeOf(line, 0, line, 52)) << moved;
+    }
+    editor.request("shutdown").notify("exit");
+    EXPECT_EQ(editor.end(), 0);
+}
+
 TEST_F(ServerLibraries, NewerChangesEndOlderWorkers) {
     const std::string a = uri("a.btl");
     Editor editor;

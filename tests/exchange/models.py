@@ -194,6 +194,7 @@ def check_changes(folder):
         messages = [one["message"] for one in document["inputs"][0]["diagnostics"]]
         assert all(part in message for part, message in zip(parts, messages)), (old, new, messages)
         assert status == (STATUS.get(codes[0], 1) if codes else 0), (old, new, status)
+        assert status or document["inputs"][0]["blockCount"] == document["modelledBlockCount"], (old, new, document)
 
 
 def check_including(folder):

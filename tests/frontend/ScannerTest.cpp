@@ -251,6 +251,8 @@ TEST(Include, FilesOfSomeoneElseAreLimited) {
         {"../link", 0, "not below the folder of " + dir.path("own/top") + " (limit ownFolderOnly)", own},
         {"../../outside", 0, "not below the folder of " + dir.path("own/top") + " (limit ownFolderOnly)", own},
         {"../near", 2, "", [](HDNTLimits& limits) { limits.seconds = 1; }},
+        {"deep", 1, "more than 1 files open at once (limit includeDepth)",
+         [](HDNTLimits& limits) { limits.includeDepth = 1; }},
     };
     ntl_parse_top_level_file = strdup(dir.path("own/top").c_str());
     for (const auto& each : cases) {

@@ -145,6 +145,8 @@ def check_symbol(block, tree):
     symbol = next(one for one in tree.iter(SVG + "svg") if one.get("class") == "symbol")
     box = next(one for one in symbol.iter(SVG + "rect"))
     left, right = float(box.get("x")), float(box.get("x")) + float(box.get("width"))
+    title = next(one for one in symbol.iter(SVG + "text") if one.get("class") == "title")
+    assert abs(float(title.get("x")) - (left + right) / 2) < 1, block["name"]
     drawn = {}
     for group in symbol.iter(SVG + "g"):
         drawn[group.get("data-pin")] = group

@@ -302,6 +302,7 @@ TEST_F(Load, PlacesInMapLibrariesAreThoseOfTheirFiles) {
         EXPECT_EQ(place.text, "  inst \"i\" \"T\";");
         EXPECT_EQ(text.substr(place.offset, place.endOffset - place.offset), "inst \"i\" \"T\";");
         EXPECT_EQ(describe(places.placeOf(*netlist->getLocation())), path + ":7:10");
+        EXPECT_EQ(describe(places.placeOf({path.c_str(), 0, 0, 1, 0, 1})), path);
     }
 }
 

@@ -342,6 +342,10 @@ TEST_F(CheckTest, Parents) {
     EXPECT_EQ(broken.out, "");
     EXPECT_EQ(broken.err, badReport + "ntl: bad.btl: 1 error\n");
     EXPECT_EQ(ntl.run({"check", "--parent", "missing.btl", "good.btl"}).status, 2);
+    directory.write(".ntl.cfg", "parents = [ \"bad.btl\" ];\n");
+    const Outcome project = ntl.run({"check", "good.btl"});
+    EXPECT_EQ(project.err, badReport + "ntl: good.btl: parent library: bad.btl: 1 error\n");
+    EXPECT_EQ(project.status, 1);
 }
 
 TEST_F(CheckTest, TablesOfCellsAreAddedToTheOneBuiltIn) {

@@ -377,6 +377,10 @@ TEST_F(ExpandTest, DrawingsShowBusesConstantsAndInversions) {
                                       R"( -> n0:p2:w \[penwidth=3, label="P to C\[2:1\]"\];$)",
                                       R"( -> n0:p2:w \[label="v"\];$)", R"(style=dashed.* label="u"\];$)"})
         EXPECT_TRUE(hasLine(bus, pattern)) << pattern << " in\n" << bus;
+    directory.write("shift.btl", libraryOf(R"(block "HOLD" { pin "A[3:0]" input; } expandsto {
+        inst "one" "HOLD"; signal "s" : "A[1]", "one" "A[0]"; signal "t" : "A[2]", "one" "A[1]"; })"));
+    const std::string shifted = ntl.run({"expand", "HOLD", "-l", "shift.btl", "--format", "dot"}).out;
+    EXPECT_TRUE(hasLine(shifted, R"(label="A\[2:1\] to A\[1:0\]"\];$)")) << shifted;
     const auto repeated = [](const std::string& text, int times) {
         std::string result;
         for (int i = 0; i < times; ++i) result += text;

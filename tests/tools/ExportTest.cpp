@@ -40,6 +40,14 @@ TEST_F(ExportTest, MappingsOfBlocksThatHaveThem) {
     directory.write("maps.btl", "library \"maps\" { function bool host(); block \"PLAIN\" { pin \"O\" output; } "
                                 "block \"TIED\" { pin \"O\" output; } mapsto { signal \"@1\" : \"O\"; } "
                                 "block \"ASKS\" { } mapsto { if (host()) { } } }\n");
+    directory.write("few.btl", R"(library "few" { function int intProperty(string);
+        block "GATE" { property int "M" { default = 1 } pin "A" input; }
+        block "USER" { property int "N" { min = 1, max = 8, default = 2 } property int "L" { min = 0, max = 9, default = 3 }
+            pin "A" input; } mapsto {
+            inst "g" "GATE"; assign block property "g" "M" intProperty("N") + 1; signal "a" : "A", "g" "A"; } })");
+    const std::string few = ntl.run({"export", "verilog-map", "-l", "few.btl"}).out;
+    EXPECT_EQ(countOf(few, "if (!(N >= 1 && N <= 8)) begin : refused\n"), 1U) << few;
+    EXPECT_EQ(countOf(few, "refused"), 1U) << "of what nothing depends on, every value will do";
     const auto exported = [&](std::vector<std::string> words) {
         words.insert(words.begin(), {"export", "verilog-map", "-l", "maps.btl"});
         return ntl.run(words);

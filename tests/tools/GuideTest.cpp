@@ -98,6 +98,25 @@ TEST_F(GuideTest, PagesSayWhatChangedSince) {
     EXPECT_EQ(guide({"--compare", "missing.btl"}).status, 2);
 }
 
+TEST_F(GuideTest, PagesLeadToWhatBelongsTogether) {
+    directory.write("some.btl",
+                    "library \"some\" {\n"
+                    "  block \"HOLD\" { primgroup = \"G\"; pin \"A\" input; } mapsto { inst \"u\" \"PASS\"; }\n"
+                    "  block \"PASS\" { pin \"I\" input; }\n"
+                    "  block \"TWIN\" { primgroup = \"G\"; pin \"I\" input; } mapsto { }\n}\n");
+    EXPECT_EQ(ntl.run({"guide", "out", "-l", "some.btl"}).status, 0);
+    const struct {
+        std::string page;
+        bool mapsTo, isUsed, seeAlso;
+    } pages[] = {{"HOLD", true, false, true}, {"PASS", false, true, false}, {"TWIN", false, false, true}};
+    for (const auto& [name, mapsTo, isUsed, seeAlso] : pages) {
+        const std::string text = page("blocks/" + name + ".html");
+        EXPECT_EQ(text.find("<dt>Maps to</dt>") != text.npos, mapsTo) << name;
+        EXPECT_EQ(text.find("<dt>Is used by</dt>") != text.npos, isUsed) << name;
+        EXPECT_EQ(text.find("<dt>See also, in ") != text.npos, seeAlso) << name;
+    }
+}
+
 TEST_F(GuideTest, WhatCannotBeDoneIsSaid) {
     EXPECT_EQ(guide({"--arch", "nowhere"}).status, 2);
     directory.write("bad.btl", "library \"x\" { block }\n");
