@@ -233,6 +233,10 @@ bool Recovery::repair(const Start& begin, const Again& again) {
     }
     const bool skips = best.kind == Repair::Kind::none;
     if (skips) best = skip();
+    if (const int meant = skips ? misspeltStatement() : 0; meant != 0) {
+        best.kind = Repair::Kind::misspeltBefore;
+        best.token = meant;
+    }
     say(best);
     insertEdits(best.edits, begin.edit);
     rewind(begin);
@@ -240,6 +244,13 @@ bool Recovery::repair(const Start& begin, const Again& again) {
     forced_ = skips && !statement;
     if (forced_) skippedTo_ = best.edits.empty() ? fault_.item : tokenFrom(best.edits.back().item + 1);
     return true;
+}
+
+// A word that nobody knows begins a call; what it is more likely to be when no "(" is behind it, or 0.
+int Recovery::misspeltStatement() const {
+    const bool isCall = fault_.part == NtlPart::call && fault_.expectedBefore.contains(T_Inst);
+    const std::string_view word = isCall ? items_.textOf(fault_.before) : std::string_view();
+    return word.size() > 2 ? likelyToken(word, fault_.expectedBefore) : 0;
 }
 
 // What a repair brings: how many tokens it lets the grammar take, less what it costs. Nothing when that is too few.

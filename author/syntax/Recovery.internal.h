@@ -134,6 +134,7 @@ private:
     std::vector<Candidate> candidates(const Start& begin) const;
     void addReplacements(std::vector<Candidate>& all, bool hasBefore) const;
     int score(const Start& begin, const Candidate& candidate, const Again& again);
+    int misspeltStatement() const;
     Repair skip() const;
     bool beginsBlock(std::size_t item) const;
     bool isInList() const;

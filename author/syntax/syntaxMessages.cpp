@@ -145,7 +145,8 @@ private:
     }
 
     SyntaxMessage misspelt(std::size_t item, const TokenSet& expected) const {
-        const std::string meant = repair_.token == T_BoolConstant ? lower(items_.textOf(item)) : nameOf(repair_.token);
+        const bool isTrue = lower(items_.textOf(item))[0] == 't';
+        const std::string meant = repair_.token != T_BoolConstant ? nameOf(repair_.token) : isTrue ? "true" : "false";
         const std::string names = namesOf(expected);
         return at(item, SyntaxCode::misspeltWord,
                   names == meant ? "expected " + names + " instead of " + textOf(item)

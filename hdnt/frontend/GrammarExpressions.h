@@ -68,6 +68,8 @@ private:
             if (!at(T_Identifier)) return this->template within<NtlPart::constant>([&] { return need(constants); });
         }
         if (!enterOperation({Operation::call, 0, begin, !isStatement}, NtlPart::call)) return lacks();
+        if constexpr (Receiver::recovers)
+            if (!isStatement) expected_ |= constants; // the word may be a misspelt one
         if (!need(T_Identifier) || !need('(')) return false;
         to_.callBegins();
         if (!at(')')) return !(whole = false);

@@ -353,7 +353,11 @@ private:
                 return need(T_Signal) && need(T_StringConstant) && (!may(':') || pinRefs()) && need(';');
             });
         case T_Assign: return assign();
-        default: return leaf<NtlPart::call>(around, [&] { return call() && need(';'); });
+        default:
+            return leaf<NtlPart::call>(around, [&] {
+                if constexpr (Receiver::recovers) this->expected_ |= firstOf(around); // the word may be misspelt
+                return call() && need(';');
+            });
         }
     }
 

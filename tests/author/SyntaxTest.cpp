@@ -122,6 +122,14 @@ TEST(Syntax, UsualSlips) {
          "3:27 missing-token: expected a value after '=='"},
         {"} mapsto { if (f(\"N\") <> 1) inst \"a\" \"B\"; } block \"X\" {",
          "3:26 wrong-token: expected a value instead of '>'"},
+        {"} mapsto { conect \"a\" : \"B\"; } block \"X\" {",
+         "3:14 misspelt-word: expected a statement; did you mean connect?"},
+        {"} mapsto { asign block property \"a\" \"N\" 1; } block \"X\" {",
+         "3:14 misspelt-word: expected a statement; did you mean assign?"},
+        {"} mapsto { f \"a\"; } block \"X\" {", "3:16 unexpected-token: expected '(' instead of '\"a\"'"},
+        {"} mapsto { if (flase || g(2) == f(1)) inst \"a\" \"B\"; } block \"X\" {",
+         "3:18 misspelt-word: expected a value; did you mean false?"},
+        {"property bool \"A\" ture;", "3:21 misspelt-word: expected true or false or '{'; did you mean true?"},
         {"Include \"a.inc\";", "3:3 misspelt-word: files are brought in by INCLUDE NAME; or INLINE NAME; in capitals, "
                                "without quotes"},
         {"pin \"A\" input {\n    property bool \"P\" true;\n  pin \"B\" input;",
@@ -141,7 +149,7 @@ TEST(Syntax, UsualSlips) {
         EXPECT_EQ(allOf(better), better == text ? slip.said : "") << better;
         mends += better == text ? 0 : 1;
     }
-    EXPECT_EQ(mends, 14);
+    EXPECT_EQ(mends, 18);
 }
 
 TEST(Syntax, WhatIsWrongAllOverIsSaidOnce) {
