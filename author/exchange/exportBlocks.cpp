@@ -129,6 +129,9 @@ Exported exportBlocks(const HDNTLibrary& library, const std::string& form, const
     std::vector<ExportedFile> files = options.isSplit && !hasTables
                                           ? filesOfBlocks(blocks, row.tables.front(), extension, notes)
                                           : filesOfTables(blocks, row.tables, extension, notes);
+    for (const ExportTable& table : row.tables)
+        if (std::string loss = table.loss ? table.loss(library) : std::string(); !loss.empty())
+            notes.leftOut.push_back(std::move(loss));
     return {std::move(files), std::move(notes.leftOut)};
 }
 

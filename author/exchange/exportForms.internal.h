@@ -51,6 +51,7 @@ struct ExportTable {
     const char* foot = "";
     bool hasMappings = false; ///< whether it tells of them
     bool onlyMapped = false;  ///< other blocks are left out; those that were named are a complaint
+    std::string (*loss)(const HDNTLibrary& library) = nullptr; ///< beside its blocks; empty: none
 
     std::string whole(const std::string& text, const ExportNotes& notes) const { return head(notes) + text + foot; }
 };

@@ -65,6 +65,13 @@ bool isUtf8(const Json& json) {
     }
 }
 
+constexpr std::string_view replacedBytes = "bytes that are no UTF-8 are written as U+FFFD";
+
+std::string lossOf(const HDNTLibrary& library) {
+    const std::string& name = library.getName();
+    return isUtf8(name) ? std::string() : "library " + printable(name) + ": " + std::string(replacedBytes);
+}
+
 void addBlock(const ExportedBlock& block, std::string& text, ExportNotes& notes) {
     Json json = block.json;
     std::vector<std::string> losses;
@@ -75,7 +82,7 @@ void addBlock(const ExportedBlock& block, std::string& text, ExportNotes& notes)
     }
     nameInfiniteOf(json["properties"]);
     for (Json& bus : json["buses"]) nameInfiniteOf(bus["properties"]);
-    if (!isUtf8(json)) losses.emplace_back("bytes that are no UTF-8 are written as U+FFFD");
+    if (!isUtf8(json)) losses.emplace_back(replacedBytes);
     const std::string name = printable(cell(json["name"]));
     for (const std::string& loss : losses) notes.leftOut.push_back(name + ": " + loss);
     text += (text.empty() ? "\n" : ",\n") + json.dump(1, ' ', false, replaced);
@@ -83,6 +90,6 @@ void addBlock(const ExportedBlock& block, std::string& text, ExportNotes& notes)
 
 } // namespace
 
-constinit const ExportTable libraryTable = {"json", head, addBlock, "\n]}\n", true};
+constinit const ExportTable libraryTable = {"json", head, addBlock, "\n]}\n", true, false, lossOf};
 
 } // namespace hdnt::author
