@@ -9,6 +9,7 @@
 #include "hdnt/netlist/HDNTBlockInst.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/HSTStringUtils.h"
+#include "hdnt/platform/Text.h"
 
 #include <algorithm>
 #include <set>
@@ -83,6 +84,16 @@ std::vector<Book::Variant> Book::variantsOf(HDNTBlock& block, Relations& relatio
         }
     }
     return variants;
+}
+
+std::vector<std::string> Book::problems() const {
+    std::vector<std::string> all;
+    for (const HDNTBlock* block : blocks_)
+        for (const Variant& variant : relationsOf(*block).variants)
+            if (!variant.problem.empty())
+                all.push_back(platform::printable(block->getName()) + ": mapping for " + variant.architecture + ": " +
+                              variant.problem);
+    return all;
 }
 
 const std::string& Book::pageOf(const HDNTBlock* block) const {

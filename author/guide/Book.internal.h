@@ -36,6 +36,8 @@ public:
     /// By name, case aside.
     const std::vector<HDNTBlock*>& blocks() const { return blocks_; }
     const std::vector<std::string>& architectures() const { return architectures_; }
+    /// Of all blocks, with their names and architectures.
+    std::vector<std::string> problems() const;
     const Relations& relationsOf(const HDNTBlock& block) const { return relations_.at(&block); }
     /// "blocks/NAME.html", below the guide's folder; empty when the block has no page here.
     const std::string& pageOf(const HDNTBlock* block) const;

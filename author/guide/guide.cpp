@@ -156,6 +156,7 @@ WrittenGuide writeGuide(const HDNTLibrary& library, const std::string& folder, c
     const guide::Book book(library, options);
     WrittenGuide written = guide::Writer(book, draft).run();
     draft.finish();
+    written.problems = book.problems();
     written.leftBehind = draft.removeOlder();
     return written;
 }

@@ -33,8 +33,10 @@ struct GuideOptions {
 
 struct WrittenGuide {
     std::size_t pages = 0;
-    std::size_t drawings = 0;    ///< of mappings
-    std::string undrawn = {};    ///< why there are none, when none can be drawn here; else empty
+    std::size_t drawings = 0; ///< of mappings
+    std::string undrawn = {}; ///< why there are none, when none can be drawn here; else empty
+    /// Mappings that could not be had, as on the pages of their blocks: "GATE: mapping for river: ...".
+    std::vector<std::string> problems = {};
     std::string leftBehind = {}; ///< beside the folder, and why, when what was replaced cannot be removed; else empty
 };
 

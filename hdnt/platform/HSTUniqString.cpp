@@ -146,10 +146,6 @@ HSTUniqString::HSTUniqString(std::string_view text) {
     entry_ = taken(text, hash);
 }
 
-HSTUniqString::HSTUniqString(std::string_view text, std::uint64_t hash) {
-    if (!text.empty()) entry_ = taken(text, hash);
-}
-
 [[gnu::noinline]] const HSTUniqString::Entry* HSTUniqString::taken(std::string_view text, std::uint64_t hash) {
     const Sought sought(text, TextEnds(text), hash);
     Pool::Shard& shard = Pool::instance().shardOf(hash);

@@ -17,8 +17,6 @@ class HDNT_API HSTUniqString {
 public:
     constexpr HSTUniqString() noexcept = default;
     explicit HSTUniqString(std::string_view text);
-    /// For this library alone: with its platform::textHash(text), which is another one in every library and program.
-    HDNT_LOCAL HSTUniqString(std::string_view text, std::uint64_t hash);
     /// Null is the null string.
     explicit HSTUniqString(const char* text) : HSTUniqString(text ? std::string_view(text) : std::string_view()) {}
     HSTUniqString(const HSTUniqString& other) noexcept : entry_(other.entry_) {

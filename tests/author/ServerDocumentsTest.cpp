@@ -107,7 +107,7 @@ TEST(ServerDocuments, MendsAreOffered) {
     const Json quick = {{"diagnostics", Json::array()}, {"only", {"quickfix"}}};
     EXPECT_EQ(offered(at(1, 24, 24), quick, literal), "Write 'input'!: 20-25 input\n");
     EXPECT_EQ(offered(at(1, 0, 60), quick, literal), "Write 'input'!: 20-25 input\nInsert ';'!: 41-41 ;\n");
-    EXPECT_EQ(offered(at(2, 20, 20), {{"diagnostics", {unknown}}, {"only", {"quickfix"}}}, literal),
+    EXPECT_EQ(offered(at(2, 20, 20), {{"diagnostics", Json::array({unknown})}, {"only", {"quickfix"}}}, literal),
               "Write 'GATE_AND' (said): 19-26 GATE_AND\nWrite 'GATE_OR' (said): 19-26 GATE_OR\n");
     EXPECT_EQ(offered(at(0, 0, 0), {{"diagnostics", Json::array()}}, literal),
               "Mend all that there is one way to mend: 20-25 input 41-41 ;\n");
@@ -122,7 +122,7 @@ TEST(ServerDocuments, MendsAreOffered) {
     Json other = misspelt, context = {{"only", {"quickfix"}}};
     other["code"] = "missing-token";
     for (const auto& [said, isIt] : {std::pair(misspelt, true), std::pair(other, false), std::pair(unknown, false)}) {
-        context["diagnostics"] = {said};
+        context["diagnostics"] = Json::array({said});
         EXPECT_EQ(offered(at(1, 24, 24), context, literal).starts_with("Write 'input' (said)"), isIt) << said;
     }
     const std::string name(50, 'G');
@@ -133,7 +133,7 @@ TEST(ServerDocuments, MendsAreOffered) {
          "Write '" + name.substr(0, 40) + "...' (said)!: 19-26 " + name + "\n"},
     };
     for (const auto& [message, expected] : messages) {
-        context["diagnostics"] = {{{"range", at(2, 9, 27)}, {"message", message}}};
+        context["diagnostics"] = Json::array({Json{{"range", at(2, 9, 27)}, {"message", message}}});
         EXPECT_EQ(offered(at(2, 20, 20), context, literal), expected) << message;
     }
 }

@@ -70,7 +70,6 @@ TEST(ServerKnowing, SignatureHelp) {
         {"unknown(^", ""},
         {"} function int maskOf(int, ^", ""},
     };
-    EXPECT_EQ(Desk().open("a.btl", "^(1").result("textDocument/signatureHelp"), Json());
     for (const Case& each : cases) {
         const Json knows = Json::parse(R"({"textDocument": {"signatureHelp": {"signatureInformation":
             {"parameterInformation": {"labelOffsetSupport": true}}}}})");

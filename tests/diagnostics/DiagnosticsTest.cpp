@@ -88,6 +88,8 @@ TEST(Report, NamedErrorsHaveTheirTexts) {
     HDNTError::UnrecogChar(nullptr, 'x');
     HDNTError::FunctionNotPresentInLibaray(nullptr, "x");
     HDNTError::BlockRedefinitionError(nullptr, &at, "x");
+    HDNTError::PinRedefinition(nullptr, "x");
+    HDNTError::PropertyRedefinition(nullptr, "x");
     HDNTError::MismatchedArgument(nullptr, 2);
     HDNTError::Formatted(nullptr, "%d%s", 1, "x");
     EXPECT_EQ(reports.texts,
@@ -98,7 +100,8 @@ TEST(Report, NamedErrorsHaveTheirTexts) {
                   "Unterminated string constant: x", "Function call has mismatched number of args in function x",
                   "Property x default value not within allowed min/max range.", "Unrecognized char: 'x'",
                   "Function x is missing from library", "Block x has already been defined at location 7",
-                  "Argument type mismatch at argument 2", "1x"}));
+                  "Pin x is being redefined.", "Property x is being redefined.", "Argument type mismatch at argument 2",
+                  "1x"}));
 }
 
 TEST(Report, LongFormattedTextIsCut) {

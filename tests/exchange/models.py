@@ -252,6 +252,8 @@ def check_refusals(folder):
     assert system.stdout.decode().endswith('  block "OTHER" {\n' + SYSTEM_AS_NTL), system
     assert system.stderr.endswith(b"a.sv:12: DEFERRED: the ports are not known, for a parameter has no default\n"), system
     assert system.returncode == 1
+    widths = b"TODO: widths follow from parameters"
+    assert widths in run(NTL, "import", "verilog", written(modules, MODEL)).stdout and widths not in system.stdout
     empty = run(NTL, "import", "verilog", written(modules, "// nothing\n"), check=False)
     assert (empty.returncode, empty.stderr) == (1, f"ntl: {modules}: has no module\n".encode()), empty
     broken = run(NTL, "import", "verilog", written(modules, "module M(input a;\nendmodule"), check=False)

@@ -7,9 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <sstream>
+#include <thread>
 
 static std::vector<int> tokensOf(const std::string& text) {
     yy_scan_bytes(text.data(), static_cast<int>(text.size()));
@@ -271,6 +273,27 @@ TEST(Include, FilesOfSomeoneElseAreLimited) {
         EXPECT_EQ(tokens.size(), each.tokens) << each.name << each.reason;
         EXPECT_EQ(listener.reason, each.reason) << each.name;
     }
+}
+
+TEST(Include, NoneIsOpenedWhenTheTimeIsOver) {
+    struct : HDNTErrorListener {
+        void notice(const HDNTNotice& notice) override { reason = notice.detail; }
+        std::string reason;
+    } listener;
+    HDNTError::setListener(&listener);
+    const TempDir dir;
+    HDNTLimits limits;
+    limits.seconds = 1;
+    HDNTLimits::set(limits);
+    const std::string text = "pin\nINLINE " + dir.write("inner", "pin pin") + ";\npin";
+    yy_scan_bytes(text.data(), static_cast<int>(text.size()));
+    NtlInitScanner();
+    EXPECT_EQ(HDNTParserlex(), T_Pin);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    support::printedBy([] { EXPECT_EQ(HDNTParserlex(), T_Pin); });
+    EXPECT_EQ(HDNTParserlex(), 0);
+    EXPECT_EQ(listener.reason, "more than 1 s have passed (limit seconds)");
+    HDNTError::setListener(nullptr);
 }
 
 TEST(Include, DepthAndRootFolderAreLimited) {

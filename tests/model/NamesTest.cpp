@@ -98,6 +98,13 @@ TEST(Names, Expansion) {
     EXPECT_EQ(names, (std::vector<std::string>{"X", "D", "D", "E", "E", "F"}));
     EXPECT_EQ(indices, (std::vector<int>{1, 0, 0, 1, 5}));
     EXPECT_EQ(reports.take().size(), 1U);
+    names.clear();
+    indices.clear();
+    for (const auto& [name, fault] : {std::pair("D", ""), {"E[0:1]", ""}, {"F[", "\"F[\" is no name"}})
+        EXPECT_EQ(node.unfoldRangedName(name, names, indices).find(fault), 0U) << name;
+    EXPECT_EQ(names, (std::vector<std::string>{"D", "E", "E"}));
+    EXPECT_EQ(indices, (std::vector<int>{0, 1}));
+    EXPECT_TRUE(reports.take().empty());
 }
 
 TEST(Names, RangesAreLimited) {

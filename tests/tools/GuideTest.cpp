@@ -117,6 +117,23 @@ TEST_F(GuideTest, PagesLeadToWhatBelongsTogether) {
     }
 }
 
+TEST_F(GuideTest, BrokenMapLibrariesAreSaid) {
+    directory.makeDir("data/maplib");
+    directory.write("data/maplib/HOLD.btl", "library \"l\" { block 7 }");
+    directory.write("own.btl", libraryOf("block \"HOLD\" { pin \"A\" input; }"));
+    const Outcome outcome = ntl.run({"guide", "out", "-l", "own.btl", "--data", "data", "--arch", "meadow"});
+    EXPECT_EQ(outcome.status, 1);
+    const std::string reason = "Invalid maplib ntl file: HOLD";
+    EXPECT_EQ(linesOf(outcome.err).back(), "ntl: HOLD: mapping for meadow: " + reason);
+    EXPECT_EQ(countOf(page("blocks/HOLD.html"), reason), 1U);
+    const Outcome lint =
+        ntl.run({"lint", "own.btl", "--data", "data", "--rule", "broken-map-library", "--format", "short"});
+    EXPECT_EQ(lint.status, 1);
+    for (const char* said : {"own.btl:2:1: error: map library of block \"HOLD\", architecture \"meadow\": ",
+                             "data/maplib/HOLD.btl:1:21: error: syntax error [syntax-error]\n"})
+        EXPECT_EQ(countOf(lint.out, said), 1U) << lint.out;
+}
+
 TEST_F(GuideTest, WhatCannotBeDoneIsSaid) {
     EXPECT_EQ(guide({"--arch", "nowhere"}).status, 2);
     directory.write("bad.btl", "library \"x\" { block }\n");

@@ -371,6 +371,9 @@ TEST(SourceForm, NamesDeclarationsThatNoTextHas) {
                       p.getAttrSpec()->setUnitDefault("ns");
                   }),
          "units, which its type does not have"},
+        {new HDNTProperty("P", Type::TypeString, false, false, false, false, "ns"),
+         "units, which its type does not have"},
+        {property(Type::TypeBitHex, [](HDNTProperty& p) { p.setBitWidth(-1); }), "a width of -1 bits"},
         {property(Type::TypeBitHex, [](HDNTProperty& p) { p.getAttrSpec()->setHexDefault("FF"); }),
          "the value \"FF\", which is no constant of its type"},
         {property(Type::TypeBitBinary, [](HDNTProperty& p) { p.getAttrSpec()->addDiscreteBinary("1'b1"); }),

@@ -59,10 +59,11 @@ int runGuide(const Settings& settings) {
     });
     progress.clear();
     if (!written.undrawn.empty()) complain("mappings are not drawn: " + written.undrawn);
+    for (const std::string& problem : written.problems) complain(problem);
     if (!written.leftBehind.empty()) complain(written.leftBehind);
     const std::string start = (std::filesystem::path(settings.guideFolder) / "index.html").string();
     writeOutput(start + ": " + counted(written.pages, "page") + "\n");
-    return Fine;
+    return written.problems.empty() ? Fine : Faulty;
 }
 
 } // namespace ntl
