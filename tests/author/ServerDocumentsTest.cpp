@@ -277,7 +277,8 @@ TEST(ServerDocuments, OutlineFoldsAndSelections) {
                               .open("a", text)
                               .ask("documentSymbol", "a")
                               .ask("foldingRange", "a")
-                              .ask("selectionRange", "a", {{"positions", {rangeOf(13, 21, 0, 0)["start"]}}})
+                              .ask("selectionRange", "a",
+                                   {{"positions", {rangeOf(13, 21, 3, 10)["start"], rangeOf(13, 21, 3, 10)["end"]}}})
                               .run();
     EXPECT_EQ(outline(resultOf(messages, 2)), "L@2:8(f@3:13 A@4:6(P[1:0]@5:6[input clock tieLow] H@6:15[8'h] "
                                               "expandsto@9:2(i@11:9[\"B\"] s@13:9)))");
@@ -286,14 +287,15 @@ TEST(ServerDocuments, OutlineFoldsAndSelections) {
         folds += fold["startLine"].dump() + '-' + fold["endLine"].dump() + (fold.contains("kind") ? "c " : " ");
     EXPECT_EQ(folds, "4-13 6-7 9-13 10-11 0-1c ");
     std::string selections;
-    const Json selected = resultOf(messages, 4);
-    for (Json each = selected.at(0);; each = Json(each["parent"])) {
-        const Json& range = each["range"];
-        selections += range["start"]["line"].dump() + ':' + range["start"]["character"].dump() + '-' +
-                      range["end"]["line"].dump() + ':' + range["end"]["character"].dump() + ' ';
-        if (!each.contains("parent")) break;
-    }
-    EXPECT_EQ(selections, "13:20-13:23 13:20-13:27 13:2-13:28 9:2-14:1 4:0-14:1 2:0-15:1 0:0-16:0 ");
+    for (Json each : resultOf(messages, 4))
+        for (;; each = Json(each["parent"])) {
+            const Json& range = each["range"];
+            selections += range["start"]["line"].dump() + ':' + range["start"]["character"].dump() + '-' +
+                          range["end"]["line"].dump() + ':' + range["end"]["character"].dump() + ' ';
+            if (!each.contains("parent")) break;
+        }
+    EXPECT_EQ(selections, "13:20-13:23 13:20-13:27 13:2-13:28 9:2-14:1 4:0-14:1 2:0-15:1 0:0-16:0 "
+                          "3:9-3:12 3:0-3:23 2:0-15:1 0:0-16:0 ");
 }
 
 TEST(ServerDocuments, FormattingEditsNoMoreThanItMust) {
