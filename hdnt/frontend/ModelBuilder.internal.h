@@ -8,7 +8,6 @@
 #include "hdnt/netlist/HDNTNetlist.h"
 
 #include <string_view>
-#include <utility>
 #include <vector>
 
 class HDNTBlock;
@@ -20,36 +19,10 @@ class HDNTFunctionDecl;
 
 /// What the model is made by, a part of the text at a time. Internal.
 ///
-/// Every function owns the pointers it is given, also when it throws: lists are consumed, model objects go into the
-/// result or are deleted.
+/// Every function owns the pointers it is given, also when it throws: model objects go into the result or are deleted.
+/// It takes over what is in a list, from `begin` on where there is one, and leaves the list its room; what is still in
+/// the list when it throws stays the caller's.
 namespace hdnt::frontend::build {
-
-/// Deletes a list with the objects in it.
-template <typename T>
-void deleteList(std::vector<T*>* list) noexcept {
-    if (!list) return;
-    for (const T* item : *list) delete item;
-    delete list;
-}
-
-/// A list with the model objects in it; what is taken over is released.
-template <typename T>
-class OwnedList {
-public:
-    explicit OwnedList(std::vector<T*>* list) : list_(list) {}
-    ~OwnedList() { deleteList(list_); }
-    OwnedList(const OwnedList&) = delete;
-    OwnedList& operator=(const OwnedList&) = delete;
-    std::vector<T*>* get() const { return list_; }
-    /// Gives up the list with its items.
-    std::vector<T*>* release() { return std::exchange(list_, nullptr); }
-    void releaseItems() {
-        if (list_) list_->clear();
-    }
-
-private:
-    std::vector<T*>* list_;
-};
 
 template <typename Node>
 Node* placed(Node* node, const yyltype& place) {
@@ -64,20 +37,20 @@ HDNTProperty* bitProperty(HATAttrTypes::AttrType type, std::string_view width, s
                           const PropertyOptions& said, const yyltype& place);
 HDNTProperty* shortBoolProperty(std::string_view name, bool value, const yyltype& place);
 HDNTBus* bus(std::string_view name, int direction, bool test, bool abstract, int type, int required,
-             std::vector<HDNTProperty*>* properties, const yyltype& place);
+             std::vector<HDNTProperty*>& properties, const yyltype& place);
 HDNTBlockEntity* internalFlag(bool value, const yyltype& place);
 HDNTBlockEntity* testFlag(bool value, const yyltype& place);
 HDNTBlockEntity* maturityLevel(int level, const yyltype& place);
 HDNTBlockEntity* primGroup(std::string_view text, const yyltype& place);
 /// With the mapping that stands behind the block, or null.
-HDNTBlock* block(std::string_view name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist,
+HDNTBlock* block(std::string_view name, std::vector<HDNTBlockEntity*>& entities, HDNTNetlist* netlist,
                  HDNTNetlist::Section section, const yyltype& place);
 /// Attaches a mapping that stands by itself to its block, or drops it when the name is not registered or no block of
 /// that name was declared before.
 void mapping(std::string_view blockName, HDNTNetlist* netlist, HDNTNetlist::Section section, const yyltype& place);
-HDNTFunctionDecl* function(int type, std::string_view name, std::vector<HATAttrTypes::AttrType>* formals,
+HDNTFunctionDecl* function(int type, std::string_view name, const std::vector<HATAttrTypes::AttrType>& formals,
                            const yyltype& place);
-HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>* entities, const yyltype& place);
+HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>& entities, const yyltype& place);
 HDNTNetlistEntity* inst(std::string_view name, std::string_view type, const yyltype& place);
 HDNTNetlistEntity* assignBlockProperty(std::string_view inst, std::string_view property, HDNTExpr* value,
                                        const yyltype& place);
@@ -85,8 +58,7 @@ HDNTNetlistEntity* assignPinProperty(HDNTBlockPinName* pin, std::string_view pro
                                      const yyltype& place);
 HDNTNetlistEntity* ifStmt(HDNTExpr* condition, HDNTNetlistEntity* thenStmt, HDNTNetlistEntity* elseStmt,
                           const yyltype& place);
-HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>* statements, const yyltype& place);
-/// Takes the pins out of the list, which keeps its room; here and below.
+HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>& statements, std::size_t begin, const yyltype& place);
 HDNTNetlistEntity* connect(std::string_view signal, std::vector<HDNTPinInst*>& pins, const yyltype& place);
 HDNTNetlistEntity* signal(std::string_view name, std::vector<HDNTPinInst*>& pins, const yyltype& place);
 /// A name with brackets declares a list of signals.
@@ -98,12 +70,13 @@ HDNTExpr* constant(int value, const yyltype& place);
 HDNTExpr* constant(double value, const yyltype& place);
 HDNTExpr* constant(bool value, const yyltype& place);
 HDNTExpr* constant(std::string_view value, const yyltype& place);
-HDNTFunctionCall* call(std::string_view name, std::vector<HDNTExpr*>* actuals, const yyltype& place);
+HDNTFunctionCall* call(std::string_view name, std::vector<HDNTExpr*>& arguments, std::size_t begin,
+                       const yyltype& place);
 
 /// Forgets the blocks of the parse before. Those of the parse in progress are found by separate mappings.
 void beginParse() noexcept;
 
 /// Hands the declarations to the library that is being parsed into.
-void library(std::string_view name, std::vector<HDNTDecl*>* decls, const yyltype& place);
+void library(std::string_view name, std::vector<HDNTDecl*>& decls, const yyltype& place);
 
 } // namespace hdnt::frontend::build

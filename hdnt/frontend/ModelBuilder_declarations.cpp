@@ -97,12 +97,11 @@ HDNTProperty* shortBoolProperty(std::string_view name, bool value, const yyltype
 }
 
 HDNTBus* bus(std::string_view name, int direction, bool test, bool abstract, int type, int required,
-             std::vector<HDNTProperty*>* properties, const yyltype& place) {
-    OwnedList<HDNTProperty> owned(properties);
+             std::vector<HDNTProperty*>& properties, const yyltype& place) {
     auto* const result =
         HDNTBus::declared(name, static_cast<HDNT_PIN_DIRECTION>(direction), test, abstract,
-                          static_cast<HDNT_PIN_TYPE>(type), static_cast<HDNT_PIN_REQUIREDVALUE>(required), properties);
-    owned.releaseItems();
+                          static_cast<HDNT_PIN_TYPE>(type), static_cast<HDNT_PIN_REQUIREDVALUE>(required), &properties);
+    properties.clear();
     return placed(result, place);
 }
 
@@ -123,10 +122,9 @@ HDNTBlockEntity* primGroup(std::string_view text, const yyltype& place) {
     return placed(new HDNTPrimGroup(std::string(text)), place);
 }
 
-HDNTFunctionDecl* function(int type, std::string_view name, std::vector<HATAttrTypes::AttrType>* formals,
+HDNTFunctionDecl* function(int type, std::string_view name, const std::vector<HATAttrTypes::AttrType>& formals,
                            const yyltype& place) {
-    const std::unique_ptr<std::vector<HATAttrTypes::AttrType>> owned(formals);
-    return placed(new HDNTFunctionDecl(std::string(name), static_cast<HATAttrTypes::AttrType>(type), formals), place);
+    return placed(new HDNTFunctionDecl(std::string(name), static_cast<HATAttrTypes::AttrType>(type), &formals), place);
 }
 
 } // namespace hdnt::frontend::build

@@ -45,18 +45,37 @@ bool attach(std::unique_ptr<HDNTNetlist>& netlist, const HDNTLibrary& library, c
     return block || pending;
 }
 
+// Items for a constructor that owns them as soon as it runs, whether it succeeds or throws.
+template <typename T>
+class Handed {
+public:
+    explicit Handed(std::vector<T*>& list) : list_(list) {}
+    Handed(const Handed&) = delete;
+    Handed& operator=(const Handed&) = delete;
+    ~Handed() {
+        if (isHanded_) list_.clear();
+    }
+    std::vector<T*>* list() {
+        isHanded_ = true;
+        return &list_;
+    }
+
+private:
+    std::vector<T*>& list_;
+    bool isHanded_ = false;
+};
+
 } // namespace
 
-HDNTBlock* block(std::string_view name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist,
+HDNTBlock* block(std::string_view name, std::vector<HDNTBlockEntity*>& entities, HDNTNetlist* netlist,
                  HDNTNetlist::Section section, const yyltype& place) {
-    const OwnedList<HDNTBlockEntity> owned(entities);
     std::unique_ptr<HDNTNetlist> ownedNetlist(netlist);
+    const std::string blockName(name);
     forgetAttributes();
     HDNTLibrary& library = target();
     if (netlist) netlist->setSection(section);
-    // From here on the constructor owns the items, whether it succeeds or throws.
-    std::vector<HDNTBlockEntity*> items(std::move(*entities));
-    std::unique_ptr<HDNTBlock> result(new HDNTBlock(std::string(name), &items, ownedNetlist.release(), &library));
+    Handed<HDNTBlockEntity> handed(entities);
+    std::unique_ptr<HDNTBlock> result(new HDNTBlock(blockName, handed.list(), ownedNetlist.release(), &library));
     result->setLocation(place);
     pendingBlocks().add(result.get());
     return result.release();
@@ -82,13 +101,12 @@ void beginParse() noexcept {
     forgetAttributes();
 }
 
-void library(std::string_view name, std::vector<HDNTDecl*>* decls, const yyltype& place) {
-    const OwnedList<HDNTDecl> owned(decls);
+void library(std::string_view name, std::vector<HDNTDecl*>& decls, const yyltype& place) {
     HDNTLibrary& library = target();
     library.setLocation(place);
-    tellOfFunctions(*decls, library);
-    library.init(std::string(name), decls);
-    decls->clear();
+    tellOfFunctions(decls, library);
+    library.init(std::string(name), &decls);
+    decls.clear();
 }
 
 } // namespace hdnt::frontend::build

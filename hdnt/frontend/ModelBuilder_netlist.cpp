@@ -11,22 +11,22 @@
 #include "hdnt/netlist/HDNTStmt.h"
 #include "hdnt/netlist/HDNTValue.h"
 
-#include <algorithm>
 #include <memory>
+#include <span>
 
 namespace hdnt::frontend::build {
 
 // A netlist has no place for statement blocks at its top level.
-HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>* entities, const yyltype& place) {
-    OwnedList<HDNTNetlistEntity> owned(entities);
-    const auto homeless = std::stable_partition(
-        entities->begin(), entities->end(), [](HDNTNetlistEntity* entity) { return !nodeCast<HDNTStmtBlock>(entity); });
-    for (auto entity = homeless; entity != entities->end(); ++entity)
-        HDNTError::notify({HDNTNotice::Kind::StatementDropped, *(*entity)->getLocation(), {}, {}});
-    std::for_each(homeless, entities->end(), [](HDNTNetlistEntity* entity) { delete entity; });
-    entities->erase(homeless, entities->end());
-    auto* const result = new HDNTNetlist(entities);
-    owned.releaseItems();
+HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>& entities, const yyltype& place) {
+    for (const HDNTNetlistEntity* entity : entities)
+        if (nodeCast<HDNTStmtBlock>(entity))
+            HDNTError::notify({HDNTNotice::Kind::StatementDropped, *entity->getLocation(), {}, {}});
+    std::erase_if(entities, [](HDNTNetlistEntity* entity) {
+        const std::unique_ptr<HDNTStmtBlock> homeless(nodeCast<HDNTStmtBlock>(entity));
+        return homeless != nullptr;
+    });
+    auto* const result = new HDNTNetlist(&entities);
+    entities.clear();
     return placed(result, place);
 }
 
@@ -53,8 +53,10 @@ HDNTNetlistEntity* ifStmt(HDNTExpr* condition, HDNTNetlistEntity* thenStmt, HDNT
     return placed(new HDNTIfStmt(condition, thenStmt, elseStmt), place);
 }
 
-HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>* statements, const yyltype& place) {
-    return placed(new HDNTStmtBlock(statements), place);
+HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>& statements, std::size_t begin, const yyltype& place) {
+    auto* const result = new HDNTStmtBlock(std::span(statements).subspan(begin));
+    statements.resize(begin);
+    return placed(result, place);
 }
 
 HDNTNetlistEntity* connect(std::string_view signal, std::vector<HDNTPinInst*>& pins, const yyltype& place) {
@@ -91,8 +93,11 @@ HDNTExpr* constant(std::string_view value, const yyltype& place) {
     return placed(new HDNTStringConstant(value), place);
 }
 
-HDNTFunctionCall* call(std::string_view name, std::vector<HDNTExpr*>* actuals, const yyltype& place) {
-    return placed(new HDNTFunctionCall(name, actuals), place);
+HDNTFunctionCall* call(std::string_view name, std::vector<HDNTExpr*>& arguments, std::size_t begin,
+                       const yyltype& place) {
+    auto* const result = new HDNTFunctionCall(name, std::span(arguments).subspan(begin));
+    arguments.resize(begin);
+    return placed(result, place);
 }
 
 } // namespace hdnt::frontend::build

@@ -189,24 +189,21 @@ void ModelReceiver::listed(NtlPart part) {
 // --- declarations
 
 void ModelReceiver::endLibrary() {
-    build(3, [&] { build::library(libraryName_, given(decls_), upToLast(libraryPlace_)); });
+    build(3, [&] { build::library(libraryName_, decls_, upToLast(libraryPlace_)); });
 }
 
 void ModelReceiver::closeFunction() {
     build(9, [&] {
-        auto formals = std::make_unique<std::vector<Type>>(std::move(formals_));
+        decl_ = build::function(typeOf(taken(1).token), shortened(taken(2).text), formals_, upToLast(place_));
         formals_.clear();
-        decl_ = build::function(typeOf(taken(1).token), shortened(taken(2).text), formals.release(), upToLast(place_));
     });
 }
 
 void ModelReceiver::closeBlock() {
     const bool hasMapping = netlist_ != nullptr;
     const yyltype place = hasMapping ? extended(blockPlace_, netlistPlace_) : declaredPlace_;
-    build(hasMapping ? 20 : 24, [&] {
-        auto* const entities = given(entities_);
-        decl_ = build::block(blockName_, entities, std::exchange(netlist_, nullptr), section_, place);
-    });
+    build(hasMapping ? 20 : 24,
+          [&] { decl_ = build::block(blockName_, entities_, std::exchange(netlist_, nullptr), section_, place); });
 }
 
 void ModelReceiver::closeMapping() {
@@ -273,8 +270,8 @@ void ModelReceiver::closePin() {
     const int required = requiredValueOf(taken(at).token);
     const bool hasList = taken(at + (required == HDNT_PIN_NO_VALUE ? 0 : 1)).token == '{';
     build(hasList ? 189 : 188, [&] {
-        entity_ = build::bus(textOf(1), directionOf(taken(2).token), test, abstract, type, required,
-                             hasList ? given(properties_) : nullptr, upToLast(pinPlace_));
+        entity_ = build::bus(textOf(1), directionOf(taken(2).token), test, abstract, type, required, properties_,
+                             upToLast(pinPlace_));
     });
 }
 

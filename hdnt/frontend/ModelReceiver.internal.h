@@ -244,13 +244,6 @@ private:
         if (!ParserState::instance().guard([&] { list.push_back(item); })) return stop();
         item = nullptr;
     }
-    /// The end of a list for the builder, which takes it over.
-    template <typename T>
-    static std::vector<T*>* given(std::vector<T*>& list, std::size_t begin = 0) {
-        auto* const part = new std::vector<T*>(list.begin() + static_cast<std::ptrdiff_t>(begin), list.end());
-        list.resize(begin);
-        return part;
-    }
 
     // The stack of a parser with tables: what is on it counts in mappings, elsewhere it is never deep.
     void deepen() {

@@ -90,7 +90,7 @@ void ModelReceiver::beginStatements() {
 void ModelReceiver::endNetlist() {
     netlistPlace_ = upToLast(netlistPlace_);
     capacity_ = INT_MAX;
-    build(29, [&] { netlist_ = build::netlist(given(statements_), netlistPlace_); });
+    build(29, [&] { netlist_ = build::netlist(statements_, netlistPlace_); });
 }
 
 void ModelReceiver::closeStatements() {
@@ -98,7 +98,7 @@ void ModelReceiver::closeStatements() {
     braces_.pop_back();
     place_ = braces.place;
     reduce(3);
-    build(46, [&] { statement_ = build::stmtBlock(given(statements_, braces.begin), statementPlace_); });
+    build(46, [&] { statement_ = build::stmtBlock(statements_, braces.begin, statementPlace_); });
 }
 
 void ModelReceiver::elseBegins() {
@@ -240,8 +240,7 @@ void ModelReceiver::callEnds() {
     depth_ -= 3;
     build(69, [&] {
         operands_.push_back({nullptr, place});
-        auto* const arguments = arguments_.size() == one.begin ? nullptr : given(arguments_, one.begin);
-        operands_.back().expr = build::call(one.name, arguments, place);
+        operands_.back().expr = build::call(one.name, arguments_, one.begin, place);
     });
 }
 

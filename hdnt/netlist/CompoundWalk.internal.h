@@ -42,7 +42,9 @@ void walk(HDNTCompoundExpr& outermost, Leaf&& leaf, Between&& between, After&& a
         bool rightDone;
     };
     const WayUp wayUp(outermost);
-    std::vector<Step> steps{{&outermost, false, false}};
+    std::vector<Step> steps;
+    steps.reserve(8); // most are no deeper
+    steps.push_back({&outermost, false, false});
     const auto descend = [&](HDNTExpr* operand) {
         if (auto* const inner = nodeCast<HDNTCompoundExpr>(operand)) steps.push_back({inner, false, false});
         else if (operand) leaf(*operand);

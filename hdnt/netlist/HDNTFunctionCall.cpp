@@ -15,6 +15,12 @@ HDNTFunctionCall::HDNTFunctionCall(std::string_view name, std::vector<HDNTExpr*>
     for (HDNTExpr* actual : actuals_) actual->setParent(this);
 }
 
+HDNTFunctionCall::HDNTFunctionCall(std::string_view name, std::span<HDNTExpr* const> actuals)
+    : name_(name), actuals_(actuals.begin(), actuals.end()) {
+    setKind(HDNTNodeKind::FunctionCall);
+    for (HDNTExpr* actual : actuals_) actual->setParent(this);
+}
+
 HDNTFunctionCall::~HDNTFunctionCall() {
     for (const HDNTExpr* actual : actuals_) delete actual;
 }

@@ -3,6 +3,7 @@
 #include "hdnt/netlist/HDNTExpr.h"
 #include "hdnt/platform/HSTUniqString.h"
 
+#include <span>
 #include <string_view>
 
 class HDNTFunctionDecl;
@@ -15,6 +16,8 @@ public:
 
     /// Takes over the arguments, which get this as parent, and deletes the vector, which may be null.
     HDNTFunctionCall(std::string_view name, std::vector<HDNTExpr*>* actuals);
+    /// As with a pointer; the list stays as it is.
+    HDNTFunctionCall(std::string_view name, std::span<HDNTExpr* const> actuals);
     ~HDNTFunctionCall() override;
     /// Reports a function that the library and its parents do not declare, or arguments that do not match its
     /// declaration; then checks the arguments.

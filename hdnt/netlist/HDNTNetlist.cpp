@@ -67,6 +67,7 @@ void HDNTNetlist::expandSignals() {
     if (std::any_of(signals_.begin(), signals_.end(),
                     [](const HDNTSignal* signal) { return nodeCast<HDNTSigList>(signal) != nullptr; })) {
         std::vector<HDNTSignal*> expanded;
+        expanded.reserve(2 * signals_.size());
         for (HDNTSignal* signal : signals_) {
             auto* const list = nodeCast<HDNTSigList>(signal);
             if (!list) expanded.push_back(signal);

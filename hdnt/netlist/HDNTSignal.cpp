@@ -43,11 +43,13 @@ bool HDNTSigList::expand(std::vector<HDNTSignal*>& out) {
         append(name(), nullptr);
         return false;
     }
-    std::vector<std::string> names;
-    std::vector<int> indices;
-    expandRangedNameNames(name(), names, indices);
-    for (size_t i = 0; i < names.size(); ++i) {
-        HDNTSignal* const signal = append(names[i] + '[' + std::to_string(indices[i]) + ']', this);
+    std::string base;
+    int first = 0;
+    int last = 0;
+    if (!rangeOf(name(), base, first, last)) return true;
+    const long step = first > last ? -1 : 1;
+    for (long i = first; i != last + step; i += step) {
+        HDNTSignal* const signal = append(base + '[' + std::to_string(i) + ']', this);
         if (!firstExpanded_) firstExpanded_ = signal;
     }
     return true;

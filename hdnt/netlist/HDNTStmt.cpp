@@ -10,6 +10,10 @@ HDNTStmtBlock::HDNTStmtBlock(std::vector<HDNTNetlistEntity*>* stmts) {
     if (stmts) statements_ = std::move(*stmts);
 }
 
+HDNTStmtBlock::HDNTStmtBlock(std::span<HDNTNetlistEntity* const> stmts) : statements_(stmts.begin(), stmts.end()) {
+    setKind(HDNTNodeKind::StmtBlock);
+}
+
 HDNTStmtBlock::~HDNTStmtBlock() {
     for (const HDNTNetlistEntity* stmt : statements_) delete stmt;
 }

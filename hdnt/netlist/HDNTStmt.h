@@ -3,6 +3,7 @@
 #include "hdnt/netlist/HDNTExpr.h"
 
 #include <memory>
+#include <span>
 
 /// Statements in braces.
 class HDNT_API HDNTStmtBlock : public HDNTNetlistEntity {
@@ -11,6 +12,8 @@ public:
 
     /// Takes over the statements and deletes the vector, which may be null.
     explicit HDNTStmtBlock(std::vector<HDNTNetlistEntity*>* stmts);
+    /// Takes over the statements; the list stays as it is.
+    explicit HDNTStmtBlock(std::span<HDNTNetlistEntity* const> stmts);
     ~HDNTStmtBlock() override;
     void check() override;
     void finalize() override;

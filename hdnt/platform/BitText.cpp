@@ -55,7 +55,8 @@ std::string BitText::greatest(int width, bool hex) {
     if (!hex) return std::string(static_cast<size_t>(std::max(width, 0)), '1');
     const int rest = width % 4;
     std::string digits = rest > 0 ? std::to_string((1 << rest) - 1) : "";
-    return digits.append(static_cast<size_t>(std::max(width / 4, 0)), 'F');
+    digits.append(static_cast<size_t>(std::max(width / 4, 0)), 'F');
+    return digits;
 }
 
 bool BitText::fits(int width) const {

@@ -79,8 +79,24 @@ std::vector<T>* emptyList() {
 }
 template <typename T>
 void deleteList(std::vector<T*>* list) {
-    build::deleteList(list);
+    if (!list) return;
+    for (const T* item : *list) delete item;
+    delete list;
 }
+
+/// A list for the builder, which takes it over; null is an empty one.
+template <typename T>
+class Given {
+public:
+    explicit Given(std::vector<T*>* list) : list_(list ? list : emptyList<T*>()) {}
+    Given(const Given&) = delete;
+    Given& operator=(const Given&) = delete;
+    ~Given() { deleteList(list_); }
+    std::vector<T*>& operator*() const { return *list_; }
+
+private:
+    std::vector<T*>* list_;
+};
 template <typename T>
 std::vector<T*>* append(std::type_identity_t<std::vector<T*>>* list, T* item) {
     if (!list) list = emptyList<T*>();
@@ -135,7 +151,7 @@ inline HDNTProperty* shortBoolProperty(Text name, std::int64_t value, const yylt
 inline HDNTBus* bus(Text name, std::int64_t direction, std::int64_t test, std::int64_t abstract, std::int64_t type,
                     std::int64_t required, std::vector<HDNTProperty*>* properties, const yyltype& place) {
     return build::bus(*name, static_cast<int>(direction), test != 0, abstract != 0, static_cast<int>(type),
-                      static_cast<int>(required), properties, place);
+                      static_cast<int>(required), *Given(properties), place);
 }
 inline HDNTBlockEntity* internalFlag(std::int64_t value, const yyltype& place) {
     return build::internalFlag(value != 0, place);
@@ -149,19 +165,24 @@ inline HDNTBlockEntity* maturityLevel(std::int64_t level, const yyltype& place) 
 inline HDNTBlockEntity* primGroup(Text text, const yyltype& place) { return build::primGroup(*text, place); }
 inline HDNTBlock* block(Text name, std::vector<HDNTBlockEntity*>* entities, HDNTNetlist* netlist, Section section,
                         const yyltype& place) {
-    return build::block(*name, entities, netlist, section, place);
+    return build::block(*name, *Given(entities), netlist, section, place);
 }
 inline void mapping(Text name, HDNTNetlist* netlist, Section section, const yyltype& place) {
     build::mapping(*name, netlist, section, place);
 }
 inline HDNTFunctionDecl* function(std::int64_t type, Text name, std::vector<Type>* formals, const yyltype& place) {
-    return build::function(static_cast<int>(type), *name, formals, place);
+    const std::unique_ptr<std::vector<Type>> owned(formals);
+    return build::function(static_cast<int>(type), *name, formals ? *formals : std::vector<Type>(), place);
 }
 using build::assignBlockProperty;
 using build::compound;
 using build::ifStmt;
-using build::netlist;
-using build::stmtBlock;
+inline HDNTNetlist* netlist(std::vector<HDNTNetlistEntity*>* entities, const yyltype& place) {
+    return build::netlist(*Given(entities), place);
+}
+inline HDNTNetlistEntity* stmtBlock(std::vector<HDNTNetlistEntity*>* statements, const yyltype& place) {
+    return build::stmtBlock(*Given(statements), 0, place);
+}
 inline HDNTNetlistEntity* inst(Text name, Text type, const yyltype& place) { return build::inst(*name, *type, place); }
 inline HDNTNetlistEntity* assignBlockProperty(Text inst, Text property, HDNTExpr* value, const yyltype& place) {
     return build::assignBlockProperty(*inst, *property, value, place);
@@ -171,12 +192,10 @@ inline HDNTNetlistEntity* assignPinProperty(HDNTBlockPinName* pin, Text property
     return build::assignPinProperty(pin, *property, value, place);
 }
 inline HDNTNetlistEntity* connect(Text signal, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    const build::OwnedList<HDNTPinInst> rest(pins);
-    return build::connect(*signal, *pins, place);
+    return build::connect(*signal, *Given(pins), place);
 }
 inline HDNTNetlistEntity* signal(Text name, std::vector<HDNTPinInst*>* pins, const yyltype& place) {
-    const build::OwnedList<HDNTPinInst> rest(pins);
-    return pins ? build::signal(*name, *pins, place) : build::signal(*name, place);
+    return pins ? build::signal(*name, *Given(pins), place) : build::signal(*name, place);
 }
 inline HDNTBlockPinName* pinInst(Text inst, Text pin, const yyltype& place) {
     return build::pinInst(inst ? std::string_view(*inst) : std::string_view(), *pin, place);
@@ -186,10 +205,10 @@ inline HDNTExpr* constant(double value, const yyltype& place) { return build::co
 inline HDNTExpr* constant(bool value, const yyltype& place) { return build::constant(value, place); }
 inline HDNTExpr* constant(Text value, const yyltype& place) { return build::constant(std::string_view(*value), place); }
 inline HDNTFunctionCall* call(Text name, std::vector<HDNTExpr*>* actuals, const yyltype& place) {
-    return build::call(*name, actuals, place);
+    return build::call(*name, *Given(actuals), 0, place);
 }
 inline void library(Text name, std::vector<HDNTDecl*>* decls, const yyltype& place) {
-    build::library(*name, decls, place);
+    build::library(*name, *Given(decls), place);
 }
 
 } // namespace law
