@@ -49,7 +49,7 @@ HDNTProperty* makeProperty(HATAttrTypes::AttrType type, int bitWidth, std::strin
                            const PropertyOptions& options, const yyltype& place) {
     static auto* const draft = new HATAttrSpec::Draft;
     tellOfOptions(options, place);
-    draft->clear(); // a property that could not be made may have left something
+    draft->begin();
     auto property = std::make_unique<HDNTProperty>(name, type, options.test, options.simulation,
                                                    options.constraintsOnly, options.muxControl, std::string_view());
     property->setLocation(place);

@@ -10,16 +10,19 @@
 /// The facets of a specification that is being made, put together before they are packed: a setter of HATAttrSpec moves
 /// what stands behind its facet, which a loader of many thousands of properties should not do facet by facet. Internal.
 ///
-/// Each facet is set at most once, in any order, and all listed values belong to one facet; unset ones are as in a
-/// fresh HATAttrSpec. A draft can be used again after giveTo() and keeps its room.
+/// Each facet is set at most once after begin(), in any order, and all listed values belong to one facet; unset ones
+/// are as in a fresh HATAttrSpec. A draft can be used again and keeps its room.
 class HDNT_LOCAL HATAttrSpec::Draft {
 public:
     Draft() = default;
     Draft(const Draft&) = delete;
     ~Draft() { clear(); }
 
-    /// Forgets what was set.
-    void clear() noexcept;
+    /// For another attribute: forgets what was set for one that was never given it.
+    void begin() noexcept {
+        if (isBegun_) clear();
+        isBegun_ = true;
+    }
 
     void setDescription(std::string_view text) { description_ = HATOwnText(text); }
     void setUnit(std::string_view unit) {
@@ -58,6 +61,7 @@ public:
     void giveTo(HATAttrSpec& spec);
 
 private:
+    void clear() noexcept;
     static std::uint64_t bitsOf(double value) { return std::bit_cast<std::uint64_t>(value); }
     static std::uint64_t bitsOf(const void* token) { return reinterpret_cast<std::uintptr_t>(token); }
     static Facet ofType(HATAttrTypes::AttrType type, Facet string, Facet hex, Facet binary) {
@@ -85,4 +89,5 @@ private:
     int width_ = 0;
     int precision_ = DefaultPrecision;
     std::uint32_t present_ = 0;
+    bool isBegun_ = false;
 };

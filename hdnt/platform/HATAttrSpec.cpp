@@ -213,8 +213,8 @@ void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
     if (!items_.empty()) present_ |= 1U << list_;
     if (!unit_.empty()) present_ |= 1U << UnitList;
     const std::size_t count = bitsIn(present_) + items_.size() + !unit_.empty();
-    if (count == 0) return clear();
     std::uint64_t* const packed = allocateSlots(capacityFor(count));
+    isBegun_ = false;
     std::uint64_t* next = packed;
     for (std::uint32_t rest = present_ & ((1U << FirstList) - 1); rest != 0; rest &= rest - 1)
         *next++ = slots_[std::countr_zero(rest)];
@@ -230,7 +230,9 @@ void HATAttrSpec::Draft::giveTo(HATAttrSpec& spec) {
     spec.slots_ = packed;
     spec.present_ = std::exchange(present_, 0);
     items_.clear(); // their texts belong to the attribute now
-    clear();
+    list_ = NumFacets;
+    width_ = 0;
+    precision_ = DefaultPrecision;
 }
 
 void HATAttrSpec::Draft::clear() noexcept {
