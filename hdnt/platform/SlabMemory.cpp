@@ -22,8 +22,9 @@ namespace {
 
 constexpr std::size_t greatestSize = usesGeneralHeap ? 0 : 512;
 
-// Slabs are aligned to their size, so that an object's address leads to its slab.
-constexpr std::size_t slabBytes = std::size_t{1} << 18;
+// Slabs are aligned to their size, so that an object's address leads to its slab. Each size of objects has one that is
+// partly used, and there are some forty sizes.
+constexpr std::size_t slabBytes = std::size_t{1} << 16;
 // Sizes are rounded up to this. What needs an alignment of 16, or wants a cache line of its own, has a size that is a
 // multiple of that.
 constexpr std::size_t granule = 8;
@@ -37,12 +38,14 @@ struct alignas(64) Slab {
     Slab* previous = nullptr;
     FreeObject* freed = nullptr;                      ///< objects that were used before
     char* unused = reinterpret_cast<char*>(this + 1); ///< from here on nothing was used so far
-    char* untouched = reinterpret_cast<char*>(this);  ///< from here on the system has given no pages so far
+    char* untouched = reinterpret_cast<char*>(this);  ///< from here on the system may have given no pages so far
     std::size_t objects = 0;
     std::size_t objectSize;
     bool linked = false; ///< among those of its size that may have room
 
-    explicit Slab(std::size_t size) : objectSize(size) {}
+    Slab(std::size_t size, bool isThere) : objectSize(size) {
+        if (isThere) untouched += slabBytes;
+    }
     bool isFull(std::size_t size) const {
         return !freed && unused + size > reinterpret_cast<const char*>(this) + slabBytes;
     }
@@ -61,7 +64,7 @@ struct alignas(64) Slab {
     }
     // One page fault at a time costs more than a page's worth of objects; so pages come some at once.
     [[gnu::noinline]] void touchMore() {
-        constexpr std::size_t step = slabBytes / 8;
+        constexpr std::size_t step = slabBytes / 2;
 #ifdef MADV_POPULATE_WRITE
         madvise(untouched, step, MADV_POPULATE_WRITE);
 #endif
@@ -80,16 +83,24 @@ struct alignas(64) Slab {
 /// again takes five times as long as small pages, which come from memory in use. So there is a pause when one was slow.
 class LargePages {
 public:
-    void ask([[maybe_unused]] char* place) noexcept {
+    /// How often one was asked for.
+    std::size_t asked() const noexcept { return asked_.load(relaxed); }
+    /// Whether it is one page now, all of which is there.
+    bool ask([[maybe_unused]] char* place) noexcept {
 #ifdef MADV_HUGEPAGE
+        asked_.fetch_add(1, relaxed);
         if (pause_.load(relaxed) > 0) {
             pause_.fetch_sub(1, relaxed);
-            return;
+            return false;
         }
         madvise(place, largePageBytes, MADV_HUGEPAGE);
         const std::int64_t begin = processorTime();
         *static_cast<volatile char*>(place) = 0;
         if (processorTime() - begin > longest) pause_.store(pauseAfterSlow, relaxed);
+        unsigned char isThere = 0;
+        return mincore(place + largePageBytes - smallPageBytes, smallPageBytes, &isThere) == 0 && (isThere & 1) != 0;
+#else
+        return false;
 #endif
     }
 
@@ -103,15 +114,17 @@ private:
     static constexpr std::memory_order relaxed = std::memory_order_relaxed;
     static constexpr std::int64_t longest = 1000000; ///< that the small pages in its place would take
     static constexpr int pauseAfterSlow = 15;
+    static constexpr std::size_t smallPageBytes = 4096;
 
     std::atomic<int> pause_ = 0; ///< how many not to ask for
+    std::atomic<std::size_t> asked_ = 0;
 };
 
 constinit LargePages largePages;
 
-/// Of the size of a large page, and at such an address; of large pages when that is wanted and the system has them.
-/// The system gives pages, so a range of twice the size is asked for and what stands over at both ends given back.
-char* mapRange(bool large) {
+/// Of the size of a large page, and at such an address. The system gives pages, so a range of twice the size is asked
+/// for and what stands over at both ends given back.
+char* mapRange() {
     void* const range = mmap(nullptr, 2 * largePageBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (range == MAP_FAILED) throw std::bad_alloc();
     char* const begin = static_cast<char*>(range);
@@ -119,31 +132,32 @@ char* mapRange(bool large) {
     if (before > 0) munmap(begin, before);
     char* const place = begin + before;
     munmap(place + largePageBytes, largePageBytes - before);
-    if (large) largePages.ask(place);
     return place;
 }
 
 /// Where slabs come from: regions of the size of a large page, which stand at such addresses.
 class Regions {
 public:
-    char* takeSlab() {
+    Slab* takeSlab(std::size_t objectSize) {
         const std::lock_guard lock(lock_);
         Region& region = regionWithRoom();
         const auto at = static_cast<unsigned>(std::countr_one(region.slabs));
-        region.slabs = static_cast<std::uint8_t>(region.slabs | 1U << at);
+        region.slabs |= 1U << at;
         --free_;
-        return region.place + at * slabBytes;
+        return new (region.place + at * slabBytes) Slab(objectSize, region.isThere);
     }
 
     // Its memory goes back to the system, with the region when that was its last slab.
     void giveBack(void* slab) noexcept {
         const std::lock_guard lock(lock_);
         Region& region = *find(slab);
-        region.slabs = static_cast<std::uint8_t>(region.slabs & ~bitOf(slab));
+        region.slabs &= ~bitOf(slab);
         ++free_;
         if (region.slabs != 0) {
+            region.isThere = false;
 #ifdef MADV_NOHUGEPAGE
-            madvise(slab, slabBytes, MADV_NOHUGEPAGE); // or the system makes the region a large page again, unasked
+            // Or the system makes the region a large page again, unasked. All at once: each part that differs costs.
+            if (!std::exchange(region.isSmall, true)) madvise(region.place, regionBytes, MADV_NOHUGEPAGE);
 #endif
             madvise(slab, slabBytes, MADV_DONTNEED);
             return;
@@ -162,16 +176,18 @@ public:
 private:
     static constexpr std::size_t regionBytes = largePageBytes;
     static constexpr std::size_t slabsInRegion = regionBytes / slabBytes;
-    // Small libraries get small pages: slabs of each size begin with little in them.
-    static constexpr std::size_t regionsOfSmallPages = 3;
+    // Small libraries get small pages: slabs of each size begin with little in them. A large text asks for large ones.
+    static constexpr std::size_t mostOfSmallPages = 3;
 
     struct Region {
         char* place;
-        std::uint8_t slabs; ///< a bit for each that is in use
+        std::uint32_t slabs;  ///< a bit for each that is in use
+        bool isThere;         ///< the system has given all of its pages
+        bool isSmall = false; ///< the system was told that it gets small pages
     };
-    static_assert(slabsInRegion == 8);
+    static_assert(slabsInRegion == 32);
 
-    static unsigned bitOf(const void* slab) {
+    static std::uint32_t bitOf(const void* slab) {
         return 1U << (reinterpret_cast<std::uintptr_t>(slab) % regionBytes / slabBytes);
     }
 
@@ -188,16 +204,18 @@ private:
     Region& regionWithRoom() {
         if (free_ == 0) return addRegion();
         return *std::find_if(regions_.begin(), regions_.end(),
-                             [](const Region& region) { return region.slabs != 0xff; });
+                             [](const Region& region) { return region.slabs != ~std::uint32_t{0}; });
     }
 
     Region& addRegion() {
         regions_.reserve(regions_.size() + 1);
-        char* const place = mapRange(regions_.size() >= regionsOfSmallPages);
+        char* const place = mapRange();
+        const bool isLarge = regions_.size() + largePages.asked() >= mostOfSmallPages;
+        const bool isThere = isLarge && largePages.ask(place);
         free_ += slabsInRegion;
         const auto behind =
             std::find_if(regions_.begin(), regions_.end(), [&](const Region& region) { return region.place > place; });
-        return *regions_.insert(behind, {place, 0});
+        return *regions_.insert(behind, {place, 0, isThere});
     }
 
     SpinLock lock_;
@@ -238,7 +256,7 @@ private:
     }
     void findRoom(std::size_t size) {
         while (first_ && first_->isFull(size)) unlink(first_);
-        if (!first_) link(new (regions().takeSlab()) Slab(size));
+        if (!first_) link(regions().takeSlab(size));
     }
     void link(Slab* slab) noexcept {
         slab->linked = true;
@@ -284,7 +302,9 @@ void freeObject(void* object) noexcept {
 void askForLargePage(char* place) noexcept { largePages.ask(place); }
 
 std::shared_ptr<char[]> largePage() {
-    return {mapRange(true), [](char* page) { munmap(page, largePageBytes); }};
+    char* const range = mapRange();
+    largePages.ask(range);
+    return {range, [](char* page) { munmap(page, largePageBytes); }};
 }
 
 } // namespace hdnt::platform
