@@ -9,6 +9,7 @@
 #include "hdnt/model/ManagerState.internal.h"
 #include "hdnt/platform/HEX.h"
 #include "hdnt/platform/PartSpec.h"
+#include "hdnt/platform/SlabMemory.internal.h"
 
 #include <algorithm>
 #include <iostream>
@@ -124,6 +125,8 @@ void HDNTBlock::applyGroup(const HDNTPrimGroup& group) {
 }
 
 void HDNTBlock::check() {
+    hdnt::platform::fetch(buses_);
+    hdnt::platform::fetch(properties_);
     checkNames(name_, false);
     checkNetlist();
     for (HDNTBus* bus : buses_) {

@@ -4,6 +4,7 @@
 #include "hdnt/model/HDNTBlock.h"
 #include "hdnt/model/HDNTPin.h"
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/platform/SlabMemory.internal.h"
 #include "hdnt/platform/TextHash.internal.h"
 
 #include <algorithm>
@@ -12,14 +13,8 @@
 using hdnt::platform::caselessHash;
 using hdnt::platform::NameIndex;
 
-// In a large library they have left the caches since they were read; so they are called for side by side.
-template <typename T>
-static void fetch(const std::vector<T*>& list) {
-    for (const T* item : list) __builtin_prefetch(item);
-}
-
 void HDNTBlock::finalize() {
-    if (!indexed_) fetch(properties_);
+    if (!indexed_) hdnt::platform::fetch(properties_);
     finalizeNetlist();
     if (indexed_) return;
     indexed_ = true;

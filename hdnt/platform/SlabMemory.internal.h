@@ -29,6 +29,12 @@ void freeObject(void* object, std::size_t size) noexcept;
 /// For those who do not know it; has to search. Null is nothing.
 void freeObject(void* object) noexcept;
 
+/// Calls for the objects of a list side by side, for a walk that finds them no more in the caches.
+template <typename List>
+void fetch(const List& list) {
+    for (const auto* const object : list) __builtin_prefetch(object);
+}
+
 inline constexpr std::size_t largePageBytes = std::size_t{1} << 21;
 /// That fresh memory of that size, at such an address, be one page where the system has such, and has it at hand.
 void askForLargePage(char* place) noexcept;
