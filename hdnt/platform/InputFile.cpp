@@ -75,11 +75,12 @@ void makeRoomBehind(std::string& text, std::size_t room) {
     populate(text, room);
 }
 
-// Reads up to `size` bytes; less only at the end. Negative for a fault, which errno tells.
-ssize_t readFully(int file, char* to, std::size_t size) {
+// Reads as many bytes as expected: less at an earlier end, one more from a file that has grown. Negative for a fault,
+// which errno tells.
+ssize_t readFully(int file, char* to, std::size_t expected) {
     std::size_t done = 0;
-    while (done < size) {
-        const ssize_t got = read(file, to + done, size - done);
+    while (done < expected) {
+        const ssize_t got = read(file, to + done, expected + 1 - done);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) return got;
         if (got == 0) break;
@@ -91,7 +92,7 @@ ssize_t readFully(int file, char* to, std::size_t size) {
 // Reads what the file has where the place says, if that is all of a text; else leaves it in `out`. False for a fault.
 bool readToPlace(int file, std::size_t expected, const TextPlace& place, std::string& out, std::string_view& text) {
     char* const begin = place.take(expected + bytes16Room);
-    const ssize_t got = readFully(file, begin, expected + 1);
+    const ssize_t got = readFully(file, begin, expected);
     if (got < 0) return false;
     const std::string_view bytes(begin, static_cast<std::size_t>(got));
     if (bytes.size() <= expected && !Decoder::forArchive(bytes)) text = bytes;
