@@ -139,6 +139,8 @@ TEST(ServerNames, References) {
         {marked("; f("), "a.btl:4:f a.btl:4:f below/base.btl:1:f"},
         {marked("pin \"I"), "a.btl:1:IN a.btl:3:IN a.btl:4:in"},
         {marked("property int \"N"), "a.btl:1:N"},
+        {"library \"L\" {\n block \"OWN\" { pin \"D^[1:0]\" input; } mapsto {\n signal \"s\" : \"D[0]\"; } }",
+         "a.btl:1:D[1:0] a.btl:2:D[0]"},
     };
     for (const Case& each : cases) {
         Desk desk = deskWith(each.text);

@@ -264,6 +264,14 @@ TEST(PropertyValue, BoundsThatAreNoNumbersStopNothing) {
     EXPECT_EQ(property.refusalOf("3"), "P: 4'h3 is none of garbage");
 }
 
+TEST(PropertyValue, WhatAProgramMadeIsCompletedToo) {
+    HDNTProperty property("P", Type::TypeBitHex, false, false, false, false, "");
+    property.setBitWidth(6);
+    property.finalize();
+    EXPECT_EQ(property.getAttrSpec()->getLowHexRange() + " " + property.getAttrSpec()->getHighHexRange(), "00 3F");
+    EXPECT_FALSE(property.isMinDeclared() || property.isMaxDeclared());
+}
+
 TEST(PropertyValue, TheHostsLocaleHasNoSay) {
     struct Grouping : std::numpunct<char> {
         char do_decimal_point() const override { return ','; }

@@ -102,9 +102,11 @@ TEST_F(GuideTest, PagesLeadToWhatBelongsTogether) {
     directory.write("some.btl",
                     "library \"some\" {\n"
                     "  block \"HOLD\" { primgroup = \"G\"; pin \"A\" input; } mapsto { inst \"u\" \"PASS\"; }\n"
-                    "  block \"PASS\" { pin \"I\" input; }\n"
+                    "  block \"PASS\" { pin \"I\" input; property string \"MODE\" { values { \"FAST\", \"SLOW\" }, "
+                    "default = \"FAST\", description = \"How\" } }\n"
                     "  block \"TWIN\" { primgroup = \"G\"; pin \"I\" input; } mapsto { }\n}\n");
     EXPECT_EQ(ntl.run({"guide", "out", "-l", "some.btl"}).status, 0);
+    EXPECT_EQ(countOf(page("search.js"), "\"How FAST, SLOW\""), 1U) << "values are found by the search, too";
     const struct {
         std::string page;
         bool mapsTo, isUsed, seeAlso;
