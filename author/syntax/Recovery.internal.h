@@ -44,6 +44,7 @@ struct Repair {
         none,
         misspelt,
         misspeltBefore,
+        bareName,
         missing,
         extra,
         extraBefore,

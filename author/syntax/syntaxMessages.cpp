@@ -109,6 +109,9 @@ public:
         switch (repair_.kind) {
         case Kind::misspelt: return misspelt(fault_.item, fault_.expected);
         case Kind::misspeltBefore: return misspelt(fault_.before, fault_.expectedBefore);
+        case Kind::bareName:
+            return at(fault_.before, SyntaxCode::wrongToken,
+                      textOf(fault_.before) + " is no value: texts stand in quotes, functions have parentheses");
         case Kind::missing: return missing();
         case Kind::extra: return extra();
         case Kind::extraBefore:

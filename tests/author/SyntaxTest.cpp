@@ -129,6 +129,9 @@ TEST(Syntax, UsualSlips) {
         {"} mapsto { f \"a\"; } block \"X\" {", "3:16 unexpected-token: expected '(' instead of '\"a\"'"},
         {"} mapsto { if (flase || g(2) == f(1)) inst \"a\" \"B\"; } block \"X\" {",
          "3:18 misspelt-word: expected a value; did you mean false?"},
+        {"} mapsto { if (N == 1 && f(M) != 2) inst \"a\" \"B\"; } block \"X\" {",
+         "3:18 wrong-token: 'N' is no value: texts stand in quotes, functions have parentheses\n"
+         "3:30 wrong-token: 'M' is no value: texts stand in quotes, functions have parentheses"},
         {"property bool \"A\" ture;", "3:21 misspelt-word: expected true or false or '{'; did you mean true?"},
         {"Include \"a.inc\";", "3:3 misspelt-word: files are brought in by INCLUDE NAME; or INLINE NAME; in capitals, "
                                "without quotes"},
