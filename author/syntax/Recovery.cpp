@@ -329,8 +329,11 @@ void Recovery::addReplacements(std::vector<Candidate>& all, bool hasBefore) cons
     const int likely = likelyToken(items_.textOf(fault_.before), fault_.expectedBefore);
     if (likely != 0 && likely != tokenAt(fault_.before))
         all.push_back({{Kind::misspeltBefore, {{fault_.before, Edit::Kind::replace, likely}}, likely}, 1});
-    else if (likely == 0 && tokenAt(fault_.before) == T_Identifier && fault_.expectedBefore.contains(T_StringConstant))
-        all.push_back({{Kind::bareName, {{fault_.before, Edit::Kind::replace, T_StringConstant}}}, 2});
+    if (likely != 0 || tokenAt(fault_.before) != T_Identifier || !fault_.expectedBefore.contains(T_StringConstant))
+        return;
+    Candidate bare{{Kind::bareName, {{fault_.before, Edit::Kind::replace, T_StringConstant}}}, 1};
+    if (fault_.token == '=') bare.repair.edits.push_back({item, Edit::Kind::replace, T_EqualTo});
+    all.push_back(std::move(bare));
 }
 
 // Everything up to what would do, to the end of the statement, or to the beginning of the next one. At least one token

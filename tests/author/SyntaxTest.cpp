@@ -132,6 +132,8 @@ TEST(Syntax, UsualSlips) {
         {"} mapsto { if (N == 1 && f(M) != 2) inst \"a\" \"B\"; } block \"X\" {",
          "3:18 wrong-token: 'N' is no value: texts stand in quotes, functions have parentheses\n"
          "3:30 wrong-token: 'M' is no value: texts stand in quotes, functions have parentheses"},
+        {"} mapsto { if (N = 1 && f(2) != 2) inst \"a\" \"B\"; } block \"X\" {",
+         "3:18 wrong-token: 'N' is no value: texts stand in quotes, functions have parentheses"},
         {"property bool \"A\" ture;", "3:21 misspelt-word: expected true or false or '{'; did you mean true?"},
         {"Include \"a.inc\";", "3:3 misspelt-word: files are brought in by INCLUDE NAME; or INLINE NAME; in capitals, "
                                "without quotes"},
