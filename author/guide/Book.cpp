@@ -91,7 +91,8 @@ std::vector<std::string> Book::problems() const {
     for (const HDNTBlock* block : blocks_)
         for (const Variant& variant : relationsOf(*block).variants)
             if (!variant.problem.empty())
-                all.push_back(platform::printable(block->getName()) + ": mapping for " + variant.architecture + ": " +
+                all.push_back(platform::printable(block->getName()) + ": mapping" +
+                              (variant.architecture.empty() ? "" : " for " + variant.architecture) + ": " +
                               variant.problem);
     return all;
 }
