@@ -128,7 +128,7 @@ TEST_F(GuideTest, BrokenMapLibrariesAreSaid) {
     const std::string reason = "Invalid maplib ntl file: HOLD";
     EXPECT_EQ(linesOf(outcome.err).back(), "ntl: HOLD: mapping for meadow: " + reason);
     EXPECT_EQ(countOf(page("blocks/HOLD.html"), reason), 1U);
-    directory.write("data/HDNTApplicationData.cfg", "FORMAT_VERSION = 1;\n");
+    directory.write("data/HDNTApplicationData.cfg", "CELLS = { };\n");
     EXPECT_EQ(linesOf(ntl.run({"guide", "all", "-l", "own.btl", "--data", "data"}).err).back(),
               "ntl: HOLD: mapping: " + reason);
     fs::remove(directory.path("data/HDNTApplicationData.cfg"));
