@@ -53,10 +53,10 @@ bool readSource(const std::string& path, std::string& out, std::string& reason) 
 
 char* SharedTexts::take(std::size_t size) {
     if (size_ - used_ < size) {
-        constexpr std::size_t first = std::size_t{256} << 10; // most folders are small
-        const bool isFirst = size_ == 0;
-        block_ = isFirst ? std::shared_ptr<char[]>(new char[first]) : platform::largePage();
-        size_ = isFirst ? first : platform::largePageBytes;
+        constexpr std::size_t little = std::size_t{256} << 10; // most folders are small
+        const bool isSmall = size_ == 0 && size * files_ < platform::largePageBytes;
+        block_ = isSmall ? std::shared_ptr<char[]>(new char[little]) : platform::largePage();
+        size_ = isSmall ? little : platform::largePageBytes;
         used_ = 0;
     }
     return block_.get() + std::exchange(used_, used_ + size);

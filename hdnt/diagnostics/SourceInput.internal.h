@@ -39,12 +39,16 @@ private:
 /// costs more than what is read into it. The memory of a text goes with the last one that shares it.
 class SharedTexts {
 public:
+    /// So many are to come, more or less.
+    explicit SharedTexts(std::size_t files) : files_(files) {}
+
     /// As readSource(). Large ones have memory of their own, and all where an address sanitizer looks on.
     bool read(const std::string& path, SourceText& text, std::string& reason);
 
 private:
     char* take(std::size_t size);
 
+    std::size_t files_;
     platform::OpenFolder folder_;
     std::shared_ptr<char[]> block_;
     std::size_t used_ = 0;

@@ -134,10 +134,10 @@ void Scanner::init() {
     includedBytes_ = 0;
     if (HDNTLimits::get().seconds > 0) begin_ = std::chrono::steady_clock::now();
     pendingCapture_ = false;
-    storeOffset_ = folderMode_ ? static_cast<int>(lines_.size()) : filteredText_;
+    storeOffset_ = folderTexts_ ? static_cast<int>(lines_.size()) : filteredText_;
     const bool named = ntl_parse_top_level_file && !pieces_;
     fileName_ = named ? HSTUniqString::internCString(ntl_parse_top_level_file) : nullptr;
-    if (!folderMode_ && !pieces_) files_.opened.clear();
+    if (!folderTexts_ && !pieces_) files_.opened.clear();
     if (fileName_) files_.opened.emplace_back(fileName_);
     HDNTParserlloc = {};
     HDNTParserlloc.fileName = fileName_;

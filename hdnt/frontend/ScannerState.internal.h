@@ -117,15 +117,13 @@ public:
     bool debug() const { return debug_; }
     void setDebug(bool on) { debug_ = on; }
 
-    /// While on, locations bear the number of lines stored before their text, and opened files accumulate: the texts
-    /// of one folder make one library.
-    void setFolderMode(bool on) {
-        folderMode_ = on;
-        folderTexts_.reset();
-        if (!on) return;
-        folderTexts_.emplace();
+    /// Until endFolder(), locations bear the number of lines stored before their text, and opened files accumulate: the
+    /// texts of one folder make one library.
+    void beginFolder(std::size_t files) {
+        folderTexts_.emplace(files);
         files_.opened.clear();
     }
+    void endFolder() { folderTexts_.reset(); }
     /// As readSource(); the texts of a folder share memory.
     bool read(const std::string& path, SourceText& text, std::string& reason) {
         return folderTexts_ ? folderTexts_->read(path, text, reason)
@@ -263,7 +261,6 @@ private:
     bool lineRead_ = false;  ///< nor of the line at the cursor
     bool follows_ = false;   ///< the next line to store is behind the one that was stored last
     bool debug_ = false;
-    bool folderMode_ = false;
     bool pieces_ = false;
     int line_ = 1;
     int globalLine_ = 1;
@@ -291,7 +288,7 @@ private:
     std::chrono::steady_clock::time_point begin_{};
     std::istream* input_ = nullptr;
     FILE* output_ = nullptr;
-    std::optional<diagnostics::SharedTexts> folderTexts_; ///< in folder mode
+    std::optional<diagnostics::SharedTexts> folderTexts_; ///< within a folder
     LineStore& lines_ = LineStore::instance();
 };
 

@@ -21,11 +21,11 @@ std::vector<std::string> entriesOf(const std::string& folder) {
 }
 
 bool parseFolder(HDNTLibrary& library, const std::vector<std::string>& entries) {
-    struct FolderMode {
-        FolderMode() { frontend::Scanner::instance().setFolderMode(true); }
-        ~FolderMode() { frontend::Scanner::instance().setFolderMode(false); }
+    struct Folder {
+        explicit Folder(std::size_t files) { frontend::Scanner::instance().beginFolder(files); }
+        ~Folder() { frontend::Scanner::instance().endFolder(); }
     };
-    const FolderMode mode;
+    const Folder folder(entries.size());
     // The names of files stay for good. Among those of a library, they would keep its memory when it goes.
     for (const std::string& entry : entries)
         if (entry.ends_with(suffix)) HSTUniqString::internCString(entry);

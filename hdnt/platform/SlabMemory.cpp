@@ -83,7 +83,7 @@ struct alignas(64) Slab {
 /// again takes five times as long as small pages, which come from memory in use. So there is a pause when one was slow.
 class LargePages {
 public:
-    /// How often one was asked for.
+    /// How often one was asked for: where texts are large, so is their model.
     std::size_t asked() const noexcept { return asked_.load(relaxed); }
     /// Whether it is one page now, all of which is there.
     bool ask([[maybe_unused]] char* place) noexcept {
@@ -134,6 +134,34 @@ char* mapRange() {
     munmap(place + largePageBytes, largePageBytes - before);
     return place;
 }
+
+/// Some pages that were given back, for the next that are wanted: a heap keeps as much of one text of their size. The
+/// system may have their memory meanwhile.
+class SparePages {
+public:
+    /// Null when there is none.
+    char* take() noexcept {
+        const std::lock_guard lock(lock_);
+        return count_ > 0 ? pages_[--count_] : nullptr;
+    }
+    /// False when there are enough.
+    bool put(char* page) noexcept {
+        const std::lock_guard lock(lock_);
+        if (count_ == pages_.size()) return false;
+#ifdef MADV_FREE
+        madvise(page, largePageBytes, MADV_FREE);
+#endif
+        pages_[count_++] = page;
+        return true;
+    }
+
+private:
+    SpinLock lock_;
+    std::array<char*, 8> pages_{};
+    std::size_t count_ = 0;
+};
+
+constinit SparePages sparePages;
 
 /// Where slabs come from: regions of the size of a large page, which stand at such addresses.
 class Regions {
@@ -210,7 +238,7 @@ private:
     Region& addRegion() {
         regions_.reserve(regions_.size() + 1);
         char* const place = mapRange();
-        const bool isLarge = regions_.size() + largePages.asked() >= mostOfSmallPages;
+        const bool isLarge = regions_.size() >= mostOfSmallPages || largePages.asked() > 0;
         const bool isThere = isLarge && largePages.ask(place);
         free_ += slabsInRegion;
         const auto behind =
@@ -302,9 +330,14 @@ void freeObject(void* object) noexcept {
 void askForLargePage(char* place) noexcept { largePages.ask(place); }
 
 std::shared_ptr<char[]> largePage() {
-    char* const range = mapRange();
-    largePages.ask(range);
-    return {range, [](char* page) { munmap(page, largePageBytes); }};
+    char* range = sparePages.take();
+    if (!range) {
+        range = mapRange();
+        largePages.ask(range);
+    }
+    return {range, [](char* page) {
+                if (!sparePages.put(page)) munmap(page, largePageBytes);
+            }};
 }
 
 } // namespace hdnt::platform

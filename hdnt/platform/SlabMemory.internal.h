@@ -38,7 +38,8 @@ void fetch(const List& list) {
 inline constexpr std::size_t largePageBytes = std::size_t{1} << 21;
 /// That fresh memory of that size, at such an address, be one page where the system has such, and has it at hand.
 void askForLargePage(char* place) noexcept;
-/// Memory of that size, in one page where the system has such. Throws std::bad_alloc.
+/// Memory of that size, in one page where the system has such; up to 16 MB of it are kept for the next to ask. Its
+/// contents are unknown. Throws std::bad_alloc.
 std::shared_ptr<char[]> largePage();
 
 } // namespace hdnt::platform
