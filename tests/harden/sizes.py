@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Texts that are large in one way each: 'ntl check' reads them or refuses them by name, in memory that grows as they do.
 
-sizes.py NTL [--size N] [--growth]     N of each thing (20000); with --growth, also twice as many, and what that costs
+sizes.py NTL [--size N] [--growth] [--only KIND]...
+    N of each thing (20000), or of these kinds; with --growth, also twice as many, and what that costs
 """
 import argparse
 import gzip
@@ -91,23 +92,32 @@ class Folder:
         return subprocess.run(["grep", "-qe", word, "said"], cwd=self.folder, check=False).returncode == 0
 
 
-def inputs(folder, size):
-    """Names, files, and what is to be said of them."""
-    for name, (make, wanted) in TEXTS.items():
-        in_child(lambda: folder.write("input.btl", make(size).encode()))
-        yield name, "input.btl", wanted
-    files = max(size // 10, 300)
+def write_includes(folder, files):
     for i in range(files):
         folder.write(f"part{i}", f'block "I{i}" {{ pin "A" input; }}\n'.encode())
+    folder.write("input.btl", ('library "L" {\n' + rows(files, "INCLUDE part%d;\n") + "}\n").encode())
+
+
+def write_nested_includes(folder, files):
+    for i in range(files):
         folder.write(f"deep{i}", f"INCLUDE deep{i + 1};\n".encode())
-    folder.write("wide.btl", ('library "L" {\n' + rows(files, "INCLUDE part%d;\n") + "}\n").encode())
-    yield "includes", "wide.btl", ""
-    folder.write("deep.btl", b'library "L" {\nINCLUDE deep0;\n}\n')
-    yield "includes in each other", "deep.btl", "include-not-opened"
-    with gzip.open(os.path.join(folder.folder, "small.btl"), "wb", 9) as archive:
-        for _ in range(max(size // 100, 100)):
+    folder.write("input.btl", b'library "L" {\nINCLUDE deep0;\n}\n')
+
+
+def write_archive(folder, megabytes):
+    with gzip.open(os.path.join(folder.folder, "input.btl"), "wb", 9) as archive:
+        for _ in range(megabytes):
             archive.write(b" " * (1 << 20))
-    yield "an archive of blanks", "small.btl", "times its size|bytes"
+
+
+# By name: what writes them, and what is said.
+FILES = {
+    "includes": (lambda folder, n: write_includes(folder, max(n // 10, 300)), ""),
+    "includes in each other": (lambda folder, n: write_nested_includes(folder, max(n // 10, 300)), "include-not-opened"),
+    "an archive of blanks": (lambda folder, n: write_archive(folder, max(n // 100, 100)), "times its size|bytes"),
+    **{name: (lambda folder, n, make=make: folder.write("input.btl", make(n).encode()), wanted)
+       for name, (make, wanted) in TEXTS.items()},
+}
 
 
 def judge(folder, name, result, wanted):
@@ -124,6 +134,7 @@ def main():
     parser.add_argument("tool")
     parser.add_argument("--size", type=int, default=20000)
     parser.add_argument("--growth", action="store_true")
+    parser.add_argument("--only", action="append", choices=FILES, metavar="KIND")
     arguments = parser.parse_args()
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     found = []
@@ -132,8 +143,10 @@ def main():
         costs = {}
         for size in (arguments.size, 2 * arguments.size) if arguments.growth else (arguments.size,):
             print(f"{size} of each:")
-            for name, file, wanted in inputs(folder, size):
-                result = folder.check(file)
+            for name in arguments.only or FILES:
+                write, wanted = FILES[name]
+                in_child(lambda: write(folder, size))
+                result = folder.check("input.btl")
                 found.append(judge(folder, name, result, wanted))
                 before = costs.setdefault(name, result)
                 if result[1] > max(3 * before[1], 1) or result[2] > max(3 * before[2], 100):
