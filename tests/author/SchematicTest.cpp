@@ -47,7 +47,10 @@ public:
         : library_(support::loaded("library \"L\" {\n"
                                    "block \"AND_2\" { pin \"A[1:0]\" input; pin \"O\" output; }\n"
                                    "block \"STORE\" { pin \"D\" input; pin \"C\" input clock; pin \"Q\" output; }\n"
-                                   "block \"PAD\" { pin \"P\" bidir; }\n"
+                                   "block \"PAD\" { pin \"P\" bidir; property int \"P1\" { default = 0 }\n"
+                                   "property int \"P2\" { default = 0 } property int \"P3\" { default = 0 }\n"
+                                   "property int \"P4\" { default = 0 } property int \"P5\" { default = 0 }\n"
+                                   "property int \"P6\" { default = 0 } property int \"P7\" { default = 0 } }\n"
                                    "block \"HOLD\" { pin \"D\" input; pin \"C\" input; pin \"W[7:0]\" input;\n"
                                    "pin \"X\" bidir; pin \"Q\" output; pin \"V[7:0]\" output; } " +
                                    section + " {\n" + netlist + "\n} }")),
@@ -118,6 +121,17 @@ protected:
 };
 
 } // namespace
+
+TEST_F(SchematicTest, NoBoxHasMoreThanSixValues) {
+    std::string text = instances("PAD", 1);
+    for (int i = 1; i <= 7; ++i) {
+        const std::string number = std::to_string(i);
+        text += "assign block property \"PAD0\" \"P" + number + "\" " + number + ";\n";
+        const std::string svg = Mapping(text).draw().svg;
+        EXPECT_EQ(svg.find(">P" + number + " = " + number + "</text>") != svg.npos, i < 7) << svg;
+        EXPECT_EQ(svg.find(">...</text>") != svg.npos, i == 7) << svg;
+    }
+}
 
 TEST_F(SchematicTest, ShippedMappings) {
     HPAParamMgr::getParamMgr()->setValueAsBool("arch.enableTestFeatures", true);

@@ -239,6 +239,12 @@ TEST(ServerDocuments, DiagnosticsSayWhereAndOfWhichVersion) {
     EXPECT_FALSE(later[1]["params"]["diagnostics"][0].contains("relatedInformation"));
     EXPECT_EQ(later[2]["params"], (Json{{"uri", "a"}, {"version", 9}, {"diagnostics", Json::array()}}));
     EXPECT_EQ(later[3]["params"], (Json{{"uri", "a"}, {"diagnostics", Json::array()}}));
+    const Json unversioned = {{"textDocument", {{"uri", "a"}, {"version", nullptr}}},
+                              {"contentChanges", Json::array({Json{{"text", "$"}}})}};
+    const Json last =
+        Dialogue().initialize().open("a", text).notify("textDocument/didChange", unversioned).run().back();
+    EXPECT_FALSE(last["params"].contains("version"));
+    EXPECT_FALSE(last["params"]["diagnostics"].empty());
 }
 
 // A message may quote a text that is cut within a character, and a text may be none.

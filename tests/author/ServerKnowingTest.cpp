@@ -86,6 +86,7 @@ TEST(ServerKnowing, SignatureHelp) {
         }
         EXPECT_EQ(shown, each.expected) << each.text;
     }
+    EXPECT_TRUE(deskWith("(^1, 2").result("textDocument/signatureHelp").is_null());
     const Json help = deskWith(mapping("maskOf(^")).result("textDocument/signatureHelp");
     EXPECT_EQ(help["signatures"][0]["parameters"], Json::parse(R"([{"label": "4'b"}, {"label": "bool"}])"));
 }

@@ -55,6 +55,7 @@ TEST(Server, BrokenHeadersAndLengthsThatLie) {
         {"Content-Length: 99999999999999999999999\r\n\r\n" + framed(request), "null -32700, 1 result"},
         {"Content-Length: 0\r\n\r\n" + framed(request), "null -32700, 1 result"},
         {"no header\r\nContent-Length: " + size + "\r\n\r\n" + request, "null -32700, 1 result"},
+        {noHeader, "null -32700"},
         {noHeader + framed(request), "null -32700, 1 result"},
         {std::string(3, '\0') + "\n" + framed(request), "null -32700, 1 result"},
         // Too small: JSON that is cut, and a rest before the next headers. Too great: that takes the next headers

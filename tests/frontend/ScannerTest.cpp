@@ -133,6 +133,10 @@ TEST(Scanner, BuffersStack) {
     EXPECT_EQ(HDNTParserlex(), T_Pin);
     EXPECT_EQ(HDNTParserlloc.first_column, 14);
     yy_delete_buffer(outer);
+    std::istringstream instead("primgroup");
+    yypush_buffer_state(yy_create_buffer(&instead, 16384));
+    EXPECT_EQ(HDNTParserlex(), T_PrimGroup);
+    yypop_buffer_state();
     char text[] = "end\0"; // and the terminator
     EXPECT_EQ(yy_scan_buffer(text, 4), nullptr);
     ASSERT_NE(yy_scan_buffer(text, 5), nullptr);
