@@ -49,9 +49,10 @@ TEST(SyntaxLaw, SameVerdictAndFirstErrorOnMutants) {
 TEST(SyntaxLaw, TreesOfTextsThatNestTooDeep) {
     const std::string head = "library \"L\" { block \"A\" mapsto { assign block property \"U\" \"P\" ";
     for (const char* const opening : {"-(", "(-", "1 * (2 + ", "a(-(1 + ", "a(1, ", "!"})
-        for (const int times : {3998, 4001, 100000}) {
+        for (const int times : {3997, 3998, 3999, 4001, 100000}) {
             std::string text = head;
             for (int i = 0; i < times; ++i) text += opening;
+            text += "1 + 2";
             SyntaxTree tree;
             ASSERT_TRUE(tree.read(text));
             EXPECT_EQ(support::brokenTree(tree, text), "") << opening;

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <filesystem>
 #include <thread>
 
 namespace {
@@ -210,6 +211,28 @@ TEST_F(Load, FilesOfAFolderInEachForm) {
     }
     dir.write("d/5.btl", text("A"));
     EXPECT_EQ(hdnt::load(dir.path("d")).diagnostics.at(0).place.text, "block \"A\" { }");
+}
+
+// More text than is kept for the next load, which must not see what stands there.
+TEST_F(Load, LargeFoldersAgainAndAgain) {
+    dir.makeDir("d");
+    for (const int length : {60000, 59000, 100, 60000}) {
+        const std::string comment = "/*" + std::string(static_cast<size_t>(length), length == 59000 ? '"' : 'x') + "*/";
+        Texts expected;
+        for (int i = 100; i < 450; ++i) {
+            expected.push_back(std::to_string(i) + "_" + std::to_string(length));
+            dir.write("d/" + std::to_string(i) + ".btl",
+                      "library \"l\" {" + comment + "\nblock \"" + expected.back() + "\" { }\n}");
+        }
+        const Loaded loaded = hdnt::load(dir.path("d"));
+        ASSERT_TRUE(loaded);
+        Texts names;
+        for (const HDNTBlock& block : loaded.library->blocks()) names.push_back(block.getName());
+        EXPECT_EQ(names, expected);
+        dir.write("d/450.btl", "library \"l\" {\nblock \"" + expected.back() + "\" { }\n}");
+        EXPECT_EQ(hdnt::load(dir.path("d")).diagnostics.at(0).place.text, "block \"" + expected.back() + "\" { }");
+        std::filesystem::remove(dir.path("d/450.btl"));
+    }
 }
 
 // The library manager fails at such an entry, so a folder with one is no good library anywhere.
