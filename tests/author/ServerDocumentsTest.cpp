@@ -266,6 +266,20 @@ TEST(ServerDocuments, OddTexts) {
         EXPECT_FALSE(messages[1]["params"]["diagnostics"].empty()) << text;
         EXPECT_EQ(outline(messages[7]["result"]), "L@0:8") << text;
     }
+    // What becomes an archive while it is typed, and a text again.
+    const auto messages = Dialogue()
+                              .initialize()
+                              .open("a", "library \"L\" { }")
+                              .change("a", {{{"range", rangeOf(0, 0, 0, 0)}, {"text", "BZh91AY&SY"}}})
+                              .ask("documentSymbol", "a")
+                              .change("a", {{{"range", rangeOf(0, 0, 0, 10)}, {"text", ""}}})
+                              .ask("documentSymbol", "a")
+                              .run();
+    ASSERT_EQ(messages.size(), 6U);
+    EXPECT_FALSE(messages[2]["params"]["diagnostics"].empty());
+    EXPECT_EQ(outline(messages[3]["result"]), "");
+    EXPECT_EQ(messages[4]["params"]["diagnostics"], Json::array());
+    EXPECT_EQ(outline(messages[5]["result"]), "L@0:8");
 }
 
 TEST(ServerDocuments, OutlineFoldsAndSelections) {
