@@ -143,6 +143,27 @@ TEST_F(LintTest, NothingIsSaidOfAllSettingsWhenNotAllWereTried) {
         EXPECT_FALSE(codes.contains(code)) << code;
 }
 
+TEST_F(LintTest, MessagesTellTheSettings) {
+    const fs::path several = HDNT_AUTHOR_TESTS "/faulty.btl";
+    const fs::path one = written("one.btl", "library \"l\" { block \"ONE\" { pin \"A\" input; pin \"Q\" output; } "
+                                            "mapsto { if (1 > 2) signal \"q\" : \"A\", \"Q\"; } }");
+    const struct {
+        fs::path path;
+        std::string code, end;
+    } cases[] = {{several, "mapping-problem", "; with RATE = 0 (1 of 3 settings)"},
+                 {several, "two-drivers", "; with BOTH = true, SIDE = \"RIGHT\" (1 of 6 settings)"},
+                 {several, "undriven-signal", "has no driver; in every setting"},
+                 {several, "condition-always-true", "the condition holds in each of 7 settings"},
+                 {one, "undriven-output", "nothing drives output Q of block \"ONE\""},
+                 {one, "branch-never-taken", "the condition never holds in the only setting"}};
+    for (const auto& each : cases) {
+        const auto isIt = [&](const Diagnostic& one) {
+            return one.code == each.code && one.message.ends_with(each.end);
+        };
+        EXPECT_TRUE(std::ranges::any_of(saidOf(each.path), isIt)) << each.end;
+    }
+}
+
 TEST_F(LintTest, ShippedDataIsClean) {
     for (const Diagnostic& one : saidOf(HDNT_DATA "/tessels")) ADD_FAILURE() << one.message << " [" << one.code << ']';
 }

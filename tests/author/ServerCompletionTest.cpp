@@ -168,6 +168,7 @@ TEST(ServerCompletion, KeywordsOfDeclarations) {
         {library + "INCLUDE deep/^;\n } }", "deep/more.inc"},
         {library + "INCLUDE none/^;\n } }", ""},
         {library + "INCLUDE pins.inc; ^", ""},
+        {"block \"B\" { } ^", "block, expandsto, function, mapsto, modifiedby, retargetsto"},
         {library + "} ^", "block, expandsto, function, mapsto, modifiedby, retargetsto"},
     };
     for (const Case& each : cases)

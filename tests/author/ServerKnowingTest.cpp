@@ -106,6 +106,8 @@ TEST(ServerKnowing, InlayHints) {
          "property \"g\" \"MASK\"{: 8'h} \"8'hFF\";"},
         {"^assign pin property \"g\" \"A[1]\", \"delay\" 1; assign pin property \"E\", \"DELAY\" 1;",
          "assign pin property \"g\" \"A[1]\", \"delay\"{: int, ns} 1; assign pin property \"E\", \"DELAY\" 1;"},
+        {"assign pin property \"g\" \"A[1]\", ^\"delay\" 1;",
+         "assign pin property \"g\" \"A[1]\", \"delay\"{: int, ns} 1;"},
         {"^if (isConnected(\"IN\") && isConnected(\"E\") && intProperty(\"IN\") == 1) { }",
          "if (isConnected(\"IN{[1:0]}\") && isConnected(\"E\") && intProperty(\"IN\") == 1) { }"},
         {"connect \"s\" : ^\"g\" \"A\", \"in\";", "connect \"s\" : \"g\" \"A{[3:0]}\", \"in{[1:0]}\";"},

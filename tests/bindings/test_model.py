@@ -340,8 +340,9 @@ class Identity(unittest.TestCase):
         for name in ("name", "other"):
             with self.assertRaises(AttributeError):
                 setattr(block, name, "X")
+        own = type("Own", (hdnt.Node,), {"__slots__": ["note"]})
         with self.assertRaises(TypeError):
-            type("Own", (hdnt.Node,), {})()
+            own()
         with self.assertRaises(TypeError):
             hdnt.Block.pin_tuples(block.pins[0])
 

@@ -170,6 +170,7 @@ TEST(Scanner, BuffersAreSwitchedAndFlushed) {
     EXPECT_NE(block, nullptr);
     yyfree(block);
     yylex_destroy();
+    EXPECT_EQ(yyget_out(), stdout);
     yy_delete_buffer(first);
 }
 

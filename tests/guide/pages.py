@@ -169,6 +169,14 @@ def check_symbol(block, tree):
         assert len(wedges) == (1 if bus["type"] == "clock" else 0), (block["name"], bus["name"])
 
 
+def check_legend(tree):
+    """The pin of each sample leads out of the middle of an edge."""
+    samples = [one for one in tree.iter(SVG + "svg") if one.get("class") == "symbol"]
+    assert samples
+    for edge, stub in (list(one.iter(SVG + "line")) for one in samples):
+        assert float(stub.get("y1")) == float(stub.get("y2")) == float(edge.get("y2")) / 2
+
+
 def check_graph(tree):
     """As many lines as the table beside it has, and each leads to the right: no shipped mapping leads in a circle."""
     graph = next(one for one in tree.iter(SVG + "svg") if one.get("class") == "graph")
@@ -228,6 +236,7 @@ def main():
         check_links(common, pages)
         check_file_names(common)
         check_model(common, pages)
+        check_legend(pages["index.html"])
         check_graph(pages["mappings.html"])
         before = bytes_of(common)
         guide(common)

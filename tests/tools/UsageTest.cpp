@@ -164,6 +164,7 @@ TEST_F(UsageTest, HelpNeedsNoData) {
     directory.makeDir("data");
     directory.write("data/HDNTApplicationData.cfg", "CELLS = {\n oops\n");
     EXPECT_EQ(ntl.run({"--data", "data", "help", "list"}).status, 0);
+    EXPECT_EQ(ntl.run({"--data", "data", "explain", "unknown-pin"}).status, 0);
     directory.write("data/HDNTApplicationData.cfg", "CELLS = { };");
     EXPECT_EQ(ntl.run({"--data", "data", "list", "--arch", "anything"}).status, 0);
 }
