@@ -33,6 +33,7 @@ public:
 
     /// What an included file holds: elements, entities or statements, and the end of the text.
     bool fragment(NtlList which) {
+        hasLibrary_ = false;
         const auto all = [&] {
             while (starts(which))
                 if (!element(which)) return false;
@@ -112,9 +113,10 @@ private:
 
     bool endOrGoOn(NtlList which, bool& closed) {
         if constexpr (!Receiver::recovers) return closed = need('}');
+        const auto closes = [&] { return hasLibrary_ || which != NtlList::elements ? need('}') : at(0) || lacks(); };
         const auto end = [&] {
             closed = false;
-            return starts(which) || (closed = need('}'));
+            return starts(which) || (closed = closes());
         };
         return unit(end, [&] { return closed ? behind(which) : onward(which); });
     }
@@ -173,7 +175,7 @@ private:
     bool optionalSection() {
         if constexpr (!Receiver::recovers) return !at(sections) || section();
         const auto decide = [&] {
-            return at(sections) || at(firstOf(NtlList::elements)) || at('}') || at(0) || lacks();
+            return at(sections) || at(firstOf(NtlList::elements)) || (hasLibrary_ && at('}')) || at(0) || lacks();
         };
         if (!unit(decide, [&] { return (!at(sections) || section()) && onward(NtlList::elements); })) return false;
         return !at(sections) || section();
@@ -395,7 +397,8 @@ private:
         });
     }
 
-    int nesting_ = 0; ///< lists of statements in each other
+    bool hasLibrary_ = true; ///< around the elements
+    int nesting_ = 0;        ///< lists of statements in each other
     std::vector<Around> around_;
 };
 

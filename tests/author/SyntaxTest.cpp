@@ -220,6 +220,10 @@ TEST(Syntax, Fragments) {
     EXPECT_EQ(allOf("block \"A\" { }\nblock \"B\" { pin \"A\" }\n"),
               "2:21 unexpected-token: expected input, output, bidir or internal instead of \'}\'");
     EXPECT_EQ(allOf(""), "1:1 unexpected-token: expected library instead of the end of the text");
+    const std::string behindBlock =
+        "block, mapsto, function, modifiedby, expandsto, retargetsto or the end of the text";
+    EXPECT_EQ(allOf("block \"A\" { } x"), "1:15 unexpected-token: unexpected 'x'; expected " + behindBlock);
+    EXPECT_EQ(allOf("block \"A\" { }\n;\nblock \"B\" { }"), "2:1 unexpected-token: no ';' behind '}'");
 }
 
 // Nothing nests or repeats so much that it takes long or runs out of stack.

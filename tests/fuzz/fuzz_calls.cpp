@@ -167,7 +167,7 @@ private:
         switch (next.byte() % 12) {
         case 0: return property.finalize();
         case 1: return property.check();
-        case 2: return property.setBitWidth(next.number());
+        case 2: return property.setBitWidth(std::min(next.number(), 1 << 20)); // who asks for gigabytes gets them
         case 3: return property.setPrecision(next.number());
         case 4: return void(property.isValidValue(next.number(), reason));
         case 5: return void(property.isValidValue(next.text(), reason));
