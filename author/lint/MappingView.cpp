@@ -24,6 +24,9 @@ MappingView::MappingView(const HDNTNetlist& netlist) {
     const auto all = [this](const auto& entities) {
         for (const auto* entity : entities) statement(*entity, 0);
     };
+    instances_.reserve(netlist.instances().size());
+    signals_.reserve(netlist.signals().size());
+    connects_.reserve(netlist.signals().size() + netlist.connects().size());
     all(netlist.preInstanceCalls());
     all(netlist.instances());
     all(netlist.signals());
@@ -59,13 +62,13 @@ void MappingView::branch(const HDNTIfStmt& stmt, bool holds, std::size_t scope) 
 }
 
 void MappingView::signal(const HDNTSignal& signal, std::size_t scope) {
+    if (signal.connect()) connects_.push_back({signal.connect(), scope});
+    if (!nodeCast<HDNTSigList>(&signal)) return signals_.push_back({signal.name(), &signal, scope});
     std::vector<std::string> names;
     std::vector<int> bits;
-    if (!nodeCast<HDNTSigList>(&signal)) names.push_back(signal.name());
-    else signal.unfoldRangedName(signal.name(), names, bits);
+    signal.unfoldRangedName(signal.name(), names, bits);
     for (std::size_t i = 0; i < names.size(); ++i)
         signals_.push_back({bits.empty() ? names[i] : names[i] + '[' + std::to_string(bits[i]) + ']', &signal, scope});
-    if (signal.connect()) connects_.push_back({signal.connect(), scope});
 }
 
 bool MappingView::isWithin(std::size_t inner, std::size_t outer) const {
@@ -81,12 +84,17 @@ bool MappingView::areExclusive(std::size_t a, std::size_t b) const {
     return false;
 }
 
+static bool isBaseName(const HDNTBus& bus, std::string_view name) {
+    return std::ranges::equal(name, bus.getBaseName(),
+                              [](char c, char of) { return HSTStringUtils::to_upper(c) == of; });
+}
+
 // As HDNTExpansion finds them: names upper-cased, a bus by its base name alone.
 NamedPins::NamedPins(const HDNTBlock& block, const std::string& name) {
     const std::size_t bracket = name.find('[');
     const HDNTBus* const bus = bracket == name.npos ? block.findBus(name) : nullptr;
     if (bracket != name.npos) takeBit(block, name, bracket);
-    if (!bus || HSTStringUtils::to_upper_copy(name) != bus->getBaseName()) return;
+    if (!bus || !isBaseName(*bus, name)) return;
     isBus_ = bus->getFirstIndex() >= 0;
     take(*bus, 0, bus->pinCount());
 }
@@ -106,10 +114,10 @@ void NamedPins::takeBit(const HDNTBlock& block, const std::string& name, std::si
     const bool isPlain = read.ec == std::errc() && read.ptr + 1 == end && *read.ptr == ']' &&
                          (bit == 0 ? read.ptr == name.data() + bracket + 2 : name[bracket + 1] != '0');
     if (!isPlain || bit < 0) return;
-    const HDNTBus* const bus = block.findBus(std::string_view(name).substr(0, bracket));
+    const std::string_view base = std::string_view(name).substr(0, bracket);
+    const HDNTBus* const bus = block.findBus(base);
     const auto [least, greatest] = bus ? std::minmax({bus->getFirstIndex(), bus->getLastIndex()}) : std::pair(0, -1);
-    const bool isBase = bus && HSTStringUtils::to_upper_copy(name.substr(0, bracket)) == bus->getBaseName();
-    if (isBase && least >= 0 && bit >= least && bit <= greatest)
+    if (bus && isBaseName(*bus, base) && least >= 0 && bit >= least && bit <= greatest)
         return take(*bus, static_cast<std::size_t>(std::abs(bit - bus->getFirstIndex())), 1);
     const HDNTPin* const pin = block.findPin(name);
     if (pin) take(*pin->getBus(), pin->getPinIndex() - static_cast<std::size_t>(pin->getBus()->getFirstPinIndex()), 1);
@@ -117,10 +125,7 @@ void NamedPins::takeBit(const HDNTBlock& block, const std::string& name, std::si
 
 void forEachExpr(const HDNTExpr* outermost, const std::function<void(const HDNTExpr&)>& visit) {
     std::vector<const HDNTExpr*> left;
-    if (outermost) left.push_back(outermost);
-    while (!left.empty()) {
-        const HDNTExpr* const expr = left.back();
-        left.pop_back();
+    for (const HDNTExpr* expr = outermost; expr;) {
         visit(*expr);
         if (const auto* const operation = nodeCast<HDNTCompoundExpr>(expr)) {
             for (const HDNTExpr* operand : {operation->rhs(), operation->lhs()})
@@ -128,6 +133,8 @@ void forEachExpr(const HDNTExpr* outermost, const std::function<void(const HDNTE
         } else if (const auto* const call = nodeCast<HDNTFunctionCall>(expr)) {
             left.insert(left.end(), call->actuals().rbegin(), call->actuals().rend());
         }
+        expr = left.empty() ? nullptr : left.back();
+        if (expr) left.pop_back();
     }
 }
 

@@ -7,6 +7,7 @@
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <unordered_map>
 
@@ -22,8 +23,6 @@ std::string valueText(const Value& value) {
     const auto* const number = std::get_if<double>(&value);
     return number ? platform::DoubleText(*number, platform::DoubleForm::Shortest).str() : textOf(value);
 }
-
-std::string textOrNone(const std::optional<Value>& bound) { return bound ? textOf(*bound) : std::string(); }
 
 // One property under judgement. Texts name it, and the pin it belongs to.
 class PropertyJudge {
@@ -53,14 +52,15 @@ private:
 
     void judgeValue() const {
         const Value value = property_.getDefaultValue();
+        if (property_.refusalOf(value).empty()) return;
         const std::optional<Value> low = isListed() ? std::nullopt : property_.getMinValue();
         const std::optional<Value> high = isListed() ? std::nullopt : property_.getMaxValue();
         if (low && high && *high < *low) warnSwapped(valueText(*low), valueText(*high));
-        else if (!property_.refusalOf(value).empty()) warnOutside(valueText(value));
+        else warnOutside(valueText(value));
     }
 
     // The number, when the text is one and nothing is said of it.
-    std::optional<BitText> judgeText(const std::string& what, const std::string& text) const {
+    std::optional<BitText> judgeText(const char* what, const std::string& text) const {
         if (text.empty()) return std::nullopt;
         std::optional<BitText> number = BitText::of(text, property_.getType() == Type::TypeBitHex);
         const int width = property_.getAdjustedBitWidth();
@@ -73,15 +73,20 @@ private:
 
     // A default that is not listed is an error of the library, so only a range is looked at.
     void judgeBits() const {
-        const std::string value = textOf(property_.getDefaultValue());
+        const HATAttrSpec& spec = *property_.getAttrSpec();
+        const bool isHex = property_.getType() == Type::TypeBitHex;
+        const std::string& value = isHex ? spec.getHexDefault() : spec.getBinaryDefault();
         const std::optional<BitText> chosen = judgeText("default", value);
         if (isListed()) {
-            for (const Value& listed : property_.getAllowedValues())
-                if (textOf(listed) != value) judgeText("value", textOf(listed));
+            const std::unique_ptr<HATTextIter> listed(isHex ? spec.createHexIter() : spec.createBinaryIter());
+            while (listed->hasNext()) {
+                listed->next();
+                if (listed->current() != value) judgeText("value", listed->current());
+            }
             return;
         }
-        const std::string low = textOrNone(property_.getMinValue());
-        const std::string high = textOrNone(property_.getMaxValue());
+        const std::string& low = isHex ? spec.getLowHexRange() : spec.getLowBinaryRange();
+        const std::string& high = isHex ? spec.getHighHexRange() : spec.getHighBinaryRange();
         const std::optional<BitText> least = judgeText("minimum", low);
         const std::optional<BitText> greatest = judgeText("maximum", high);
         if (least && greatest && *greatest < *least) warnSwapped(low, high);

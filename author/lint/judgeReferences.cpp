@@ -16,7 +16,9 @@
 #include "hdnt/netlist/HDNTValue.h"
 
 #include <algorithm>
+#include <memory_resource>
 #include <unordered_map>
+#include <vector>
 
 namespace hdnt::author {
 
@@ -104,8 +106,8 @@ private:
     // Architectures in which the mapping holds and the block is not there.
     Names missingArchitectures(const HDNTBlock& type) const {
         const Names there = type.getCellArchesCfg();
-        Names wanted = architecture_.empty() ? block_.getCellArchesCfg() : Names{architecture_};
         if (there.empty()) return {};
+        Names wanted = architecture_.empty() ? block_.getCellArchesCfg() : Names{architecture_};
         std::erase_if(wanted, [&](const std::string& one) { return std::ranges::find(there, one) != there.end(); });
         return wanted;
     }
@@ -128,9 +130,10 @@ private:
 
     /// The blocks that a reference may mean: those of the instances of that name in branches that can be taken
     /// together with its own. None when the instance is unknown, which is said, or its block is.
-    std::vector<const HDNTBlock*> targetsOf(const HDNTNode& at, const std::string& instance, std::size_t scope) {
-        if (instance.empty()) return {&block_};
-        std::vector<const HDNTBlock*> targets;
+    std::pmr::vector<const HDNTBlock*> targetsOf(const HDNTNode& at, const std::string& instance, std::size_t scope) {
+        std::pmr::vector<const HDNTBlock*> targets(&memory_);
+        if (instance.empty()) targets.push_back(&block_);
+        if (instance.empty()) return targets;
         const auto found = instances_.find(&instance);
         bool isHere = false;
         for (std::size_t i = 0; found != instances_.end() && i < found->second.size(); ++i) {
@@ -163,7 +166,7 @@ private:
 
     // The pins of the first target that has them; when none has, that is said.
     NamedPins pinsOf(const HDNTNode& at, const std::string& instance, const std::string& pin, std::size_t scope) {
-        const std::vector<const HDNTBlock*> targets = targetsOf(at, instance, scope);
+        const auto targets = targetsOf(at, instance, scope);
         for (const HDNTBlock* target : targets)
             if (const NamedPins pins(*target, pin); pins) return pins;
         if (!targets.empty()) reportPin(at, *targets.front(), pin);
@@ -183,7 +186,7 @@ private:
                  const MappingView::In<HDNTConnect>& connect) {
         const PinOfInstance pin(&reference.instName(), pins.first() + index);
         const std::string& signal = connect.node->signalName();
-        std::vector<Use>& uses = uses_[pin];
+        std::pmr::vector<Use>& uses = uses_[pin];
         const auto other = std::find_if(uses.begin(), uses.end(), [&](const Use& use) {
             return *use.signal != signal && isAlways(use.scope, connect.scope);
         });
@@ -312,8 +315,9 @@ private:
     std::string architecture_;
     BlockFinder& finder_;
     Findings& findings_;
-    std::unordered_map<Name, std::vector<Instance>> instances_;
-    std::unordered_map<PinOfInstance, std::vector<Use>, PinHash> uses_;
+    std::pmr::monotonic_buffer_resource memory_; ///< of the many small lists, which all go at once
+    std::pmr::unordered_map<Name, std::pmr::vector<Instance>> instances_{&memory_};
+    std::pmr::unordered_map<PinOfInstance, std::pmr::vector<Use>, PinHash> uses_{&memory_};
 };
 
 } // namespace

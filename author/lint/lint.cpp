@@ -11,6 +11,7 @@
 #include <libconfig.h++>
 
 #include <set>
+#include <string_view>
 #include <tuple>
 
 namespace hdnt {
@@ -90,17 +91,17 @@ private:
     std::vector<std::string> architectures_;
 };
 
-// A section for several architectures is judged for each.
+// A section for several architectures is read and judged for each.
 void dropRepeated(std::vector<Diagnostic>& list) {
-    std::set<std::tuple<std::string, int, int, std::string, std::string>> seen;
-    std::erase_if(list, [&](const Diagnostic& one) {
-        return !seen.emplace(one.place.file, one.place.line, one.place.column, one.code, one.message).second;
-    });
+    std::set<std::tuple<std::string_view, int, int, std::string_view, std::string_view>> seen;
+    std::vector<bool> isRepeated;
+    isRepeated.reserve(list.size());
+    for (const Diagnostic& one : list)
+        isRepeated.push_back(
+            !seen.emplace(one.place.file, one.place.line, one.place.column, one.code, one.message).second);
+    std::size_t next = 0;
+    std::erase_if(list, [&](const Diagnostic&) { return isRepeated[next++]; });
 }
-
-} // namespace
-
-namespace {
 
 /// Reports of map libraries are findings here; whoever loads next must not take them for its own.
 class CountKept {

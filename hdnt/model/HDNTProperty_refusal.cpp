@@ -1,15 +1,19 @@
 // Which values a property takes when bit vectors are numbers, and what is said of the others.
 #include "hdnt/model/HDNTProperty.h"
+#include "hdnt/model/TypedValues.internal.h"
 #include "hdnt/platform/BitText.h"
 #include "hdnt/platform/HSTStringUtils.h"
 #include "hdnt/platform/Text.h"
 
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
 
 namespace {
 
 using hdnt::Value;
+using hdnt::model::TypedValues;
+using hdnt::model::withValues;
 using hdnt::platform::BitText;
 using Type = HATAttrTypes::AttrType;
 
@@ -37,22 +41,34 @@ private:
     std::string otherType() const { return "no " + typeWord() + " value; write " + whatToWrite(); }
 
     std::string faultOf(const Value& value) const {
-        if (!isOfType(value)) return otherType();
-        if (bits_) {
-            const BitText number = *numberOf(value);
-            if (number.exceedsItsPrefix()) return widerThan(number.width());
-            if (!number.fits(property_.getAdjustedBitWidth())) return widerThan(property_.getAdjustedBitWidth());
-        }
+        return withValues(*property_.getAttrSpec(), [&](const auto& values) {
+            using Plain = typename std::remove_cvref_t<decltype(values)>::Plain;
+            const Plain* const plain = std::get_if<Plain>(&value);
+            if (!plain || !isOfType(*plain)) return otherType();
+            if constexpr (std::is_same_v<Plain, std::string>)
+                if (std::string fault = widthFault(*plain); !fault.empty()) return fault;
+            return faultIn(values, *plain);
+        });
+    }
+
+    template <typename T, typename Plain>
+    std::string faultIn(const TypedValues<T>& values, const Plain& value) const {
         if (isListed()) {
-            const std::vector<Value> allowed = property_.getAllowedValues();
-            const auto isIt = [&](const Value& one) { return areEqual(one, value); };
-            return std::any_of(allowed.begin(), allowed.end(), isIt) ? "" : "none of " + listText();
+            const auto isIt = [&](const Plain& one) { return areEqual(one, value); };
+            return values.lists(isIt) ? "" : "none of " + listText();
         }
-        const std::optional<Value> low = property_.getMinValue();
-        const std::optional<Value> high = property_.getMaxValue();
-        if (low && isLess(value, *low)) return "below " + written(*low) + "; allowed are " + rangeText();
-        if (high && isLess(*high, value)) return "above " + written(*high) + "; allowed are " + rangeText();
+        if (values.hasLow() && isLess(value, values.low))
+            return "below " + written(values.low) + "; allowed are " + rangeText();
+        if (values.hasHigh() && isLess(values.high, value))
+            return "above " + written(values.high) + "; allowed are " + rangeText();
         return {};
+    }
+
+    std::string widthFault(const std::string& text) const {
+        const std::optional<BitText> number = numberOf(text);
+        if (!number) return {};
+        if (number->exceedsItsPrefix()) return widerThan(number->width());
+        return number->fits(property_.getAdjustedBitWidth()) ? "" : widerThan(property_.getAdjustedBitWidth());
     }
 
     std::string widerThan(long bits) const {
@@ -62,29 +78,32 @@ private:
     bool isListed() const { return property_.getAttrSpec()->isEnumerated(); }
 
     // Nothing for what is no text of a bit vector.
-    std::optional<BitText> numberOf(const Value& value) const {
-        const auto* const text = bits_ ? std::get_if<std::string>(&value) : nullptr;
-        return text ? BitText::of(*text, hex_) : std::nullopt;
+    std::optional<BitText> numberOf(const std::string& text) const {
+        return bits_ ? BitText::of(text, hex_) : std::nullopt;
     }
 
-    bool isOfType(const Value& value) const {
-        if (bits_) return numberOf(value).has_value();
-        const auto* const number = std::get_if<double>(&value);
-        return value.index() == property_.getDefaultValue().index() && !(number && !std::isfinite(*number));
-    }
+    bool isOfType(bool) const { return true; }
+    bool isOfType(int) const { return true; }
+    bool isOfType(double value) const { return std::isfinite(value); }
+    bool isOfType(const std::string& text) const { return !bits_ || numberOf(text); }
 
     // What a program listed or set as a bound may be no text of a bit vector: then it stops nothing and lets nothing
     // in.
-    bool isLess(const Value& a, const Value& b) const {
-        if (!bits_) return a < b;
+    bool isLess(const std::string& a, const std::string& b) const {
         const std::optional<BitText> first = numberOf(a);
         const std::optional<BitText> second = numberOf(b);
         return first && second && *first < *second;
     }
-    bool areEqual(const Value& listed, const Value& value) const {
-        if (bits_) return numberOf(listed) && !isLess(listed, value) && !isLess(value, listed);
-        if (const auto* const text = std::get_if<std::string>(&listed))
-            return HSTStrUtils::compareCI(*text, std::get<std::string>(value)) == 0;
+    template <typename Number>
+    bool isLess(Number a, Number b) const {
+        return a < b;
+    }
+    bool areEqual(const std::string& listed, const std::string& text) const {
+        if (!bits_) return HSTStrUtils::compareCI(listed, text) == 0;
+        return numberOf(listed) && !isLess(listed, text) && !isLess(text, listed);
+    }
+    template <typename Number>
+    bool areEqual(Number listed, Number value) const {
         return listed == value;
     }
 
@@ -100,7 +119,7 @@ private:
         const auto* const text = std::get_if<std::string>(&value);
         if (!text) return hdnt::textOf(value);
         const std::string shown = hdnt::platform::clipped(*text, mostCharacters);
-        if (!numberOf(value)) return '\'' + shown + '\'';
+        if (!numberOf(*text)) return '\'' + shown + '\'';
         return text->find('\'') == text->npos ? typeWord() + shown : shown;
     }
 

@@ -44,6 +44,19 @@ struct TypedValues {
         else return listOf((spec.*list)());
     }
 
+    /// Whether one of the listed values is what is wanted.
+    template <typename Wanted>
+    bool lists(const Wanted& isWanted) const {
+        if constexpr (!std::is_same_v<T, bool>) {
+            const std::unique_ptr<HATValueIter<T>> iterator((spec.*list)());
+            while (iterator->hasNext()) {
+                iterator->next();
+                if (isWanted(iterator->current())) return true;
+            }
+        }
+        return false;
+    }
+
 private:
     // A text is no bound when it is empty.
     static bool isBound(T bound, const Plain& unbounded) { return bound != unbounded; }

@@ -33,17 +33,17 @@ std::optional<BitText> BitText::of(std::string_view text, bool hex) {
 
 // Binary digits make nibbles from their end.
 bool BitText::readDigits(std::string_view digits, bool hex) {
-    const unsigned radix = hex ? 16 : 2;
-    const size_t perNibble = hex ? 1 : 4;
-    unsigned nibble = 0;
-    for (size_t left = digits.size(); left-- > 0;) {
-        const unsigned value = digitValue(digits[digits.size() - left - 1]);
-        if (value >= radix) return false;
-        nibble = nibble * radix + value;
-        if (left % perNibble != 0) continue;
-        if (nibble != 0 || !nibbles_.empty()) nibbles_ += static_cast<char>(nibble);
-        nibble = 0;
+    const unsigned bits = hex ? 4 : 1;
+    const unsigned shift = hex ? 0 : 2;
+    const size_t missing = hex ? 0 : (4 - digits.size() % 4) % 4;
+    std::string nibbles((digits.size() + missing) >> shift, '\0');
+    for (size_t i = 0; i < digits.size(); ++i) {
+        const unsigned value = digitValue(digits[i]);
+        if (value >> bits != 0) return false;
+        char& nibble = nibbles[(i + missing) >> shift];
+        nibble = static_cast<char>(static_cast<unsigned>(nibble) << bits | value);
     }
+    nibbles_ = nibbles.erase(0, nibbles.find_first_not_of('\0'));
     return !digits.empty();
 }
 

@@ -30,8 +30,10 @@ protected:
     void TearDown() override { fs::remove_all(folder_); }
 
     fs::path written(const std::string& name, std::string_view text) const {
-        std::ofstream(folder_ / name, std::ios::binary) << text;
-        return folder_ / name;
+        const fs::path path = folder_ / name;
+        fs::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << text;
+        return path;
     }
 
     // What is said of a library that loads without a report.
@@ -162,6 +164,31 @@ TEST_F(LintTest, MessagesTellTheSettings) {
         };
         EXPECT_TRUE(std::ranges::any_of(saidOf(each.path), isIt)) << each.end;
     }
+}
+
+TEST_F(LintTest, OfWhatNoTextDeclaresNoPlaceIsSaid) {
+    HDNTLibrary library(nullptr);
+    std::vector<HDNTDecl*> decls{new HDNTBlock("PASTURE", nullptr, nullptr, &library)};
+    library.init("L", &decls);
+    library.finalize();
+    hdnt::LintOptions options;
+    options.isThorough = false;
+    const std::vector<Diagnostic> said = hdnt::lint(library, options);
+    ASSERT_EQ(said.size(), 1U);
+    EXPECT_EQ(said.front().code, "unregistered-block");
+    EXPECT_EQ(describe(said.front().place), "(unknown file)");
+}
+
+// A map library that says something, but is whole, is judged like any other.
+TEST_F(LintTest, WarningsOfMapLibrariesAreFindings) {
+    const fs::path mapped =
+        written("maplib/HOLD.btl", "library \"l\" {\nINCLUDE nowhere.btl\nblock \"HOLD\" { pin \"A\" input; } }");
+    setenv("HDNT_DATA_PATH", (mapped.parent_path().parent_path().string() + ":" + HDNT_DATA).c_str(), 1);
+    HPAParamMgr::getParamMgr()->setValueAsBool("ntl.enableMapLib", true);
+    const fs::path own = written("own.btl", "library \"l\" { block \"HOLD\" { pin \"A\" input; } }");
+    hdnt::LintOptions options;
+    options.architectures = {"meadow"};
+    EXPECT_TRUE(codesOf(saidOf(own, options)).contains("include-not-found"));
 }
 
 TEST_F(LintTest, ShippedDataIsClean) {
