@@ -29,8 +29,8 @@ py::tuple lint(const py::object& self, bool thorough, size_t budget,
     return diagnosticsOf(scripts::lintOf(interpreterLock(), libraryOf(use), options));
 }
 
-size_t guide(const py::object& self, const py::object& folder, bool parents, const std::string& title,
-             const std::vector<std::string>& architectures, const py::object& older) {
+py::object guide(const py::object& self, const py::object& folder, bool parents, const std::string& title,
+                 const std::vector<std::string>& architectures, const py::object& older) {
     const HandleInUse use(libraryAt(self));
     author::GuideOptions options;
     options.withParents = parents;
@@ -41,7 +41,10 @@ size_t guide(const py::object& self, const py::object& folder, bool parents, con
         options.changes = {libraryOf(before).getName(),
                            scripts::differencesOf(interpreterLock(), libraryOf(before), libraryOf(use))};
     }
-    return scripts::writeGuide(interpreterLock(), libraryOf(use), pathTextOf(folder), options);
+    const author::WrittenGuide written =
+        scripts::writeGuide(interpreterLock(), libraryOf(use), pathTextOf(folder), options);
+    return dataClass("WrittenGuide")(written.pages, written.drawings, textObject(written.undrawn),
+                                     textObject(written.leftBehind));
 }
 
 std::vector<std::string> textsOf(const py::iterable& texts) {
@@ -93,12 +96,12 @@ void addAuthoring(py::module_& module) {
         "tried; `architectures` are those whose map libraries are judged, all of the configuration when it is None.",
         lint, py::arg("library"), py::kw_only(), py::arg("thorough") = true, py::arg("budget") = LintOptions().budget,
         py::arg("architectures") = py::none());
-    define(
-        module, "guide",
-        "Writes a library as pages into a folder, which is replaced as a whole; the number of pages. `parents` gives "
-        "the blocks of its parents pages, too, `compare` an older library whose changes are told.",
-        guide, py::arg("library"), py::arg("folder"), py::kw_only(), py::arg("parents") = false, py::arg("title") = "",
-        py::arg("architectures") = std::vector<std::string>(), py::arg("compare") = py::none());
+    define(module, "guide",
+           "Writes a library as pages into a folder, which is replaced as a whole: a WrittenGuide. `parents` gives the "
+           "blocks of its parents pages, too, `compare` an older library whose changes are told.",
+           guide, py::arg("library"), py::arg("folder"), py::kw_only(), py::arg("parents") = false,
+           py::arg("title") = "", py::arg("architectures") = std::vector<std::string>(),
+           py::arg("compare") = py::none());
     define(module, "export_blocks",
            "Blocks of a library in a form that other tools read, all of its own without `blocks`, which are names: an "
            "Exported. With `split`, a file for each block or table.",

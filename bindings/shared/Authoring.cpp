@@ -16,13 +16,13 @@ std::vector<Diagnostic> lintOf(ScriptLock& lock, const HDNTLibrary& library, con
     return said;
 }
 
-std::size_t writeGuide(ScriptLock& lock, const HDNTLibrary& library, const std::string& folder,
-                       const author::GuideOptions& options) {
+author::WrittenGuide writeGuide(ScriptLock& lock, const HDNTLibrary& library, const std::string& folder,
+                                const author::GuideOptions& options) {
     Reading::mustNotBe(library.getName(), "no guide is written");
-    std::size_t pages = 0;
+    author::WrittenGuide written;
     inSection(lock, LoadSection::Changes, library.getName(),
-              [&] { pages = author::writeGuide(library, folder, options).pages; });
-    return pages;
+              [&] { written = author::writeGuide(library, folder, options); });
+    return written;
 }
 
 author::Exported exportBlocks(ScriptLock& lock, const HDNTLibrary& library, const ExportRequest& request) {

@@ -16,9 +16,9 @@ namespace hdnt::scripts {
 /// What hdnt::lint says of a library, without what its text waives.
 std::vector<Diagnostic> lintOf(ScriptLock& lock, const HDNTLibrary& library, const LintOptions& options);
 
-/// As author::writeGuide; the number of pages.
-std::size_t writeGuide(ScriptLock& lock, const HDNTLibrary& library, const std::string& folder,
-                       const author::GuideOptions& options);
+/// As author::writeGuide. A broken map library is a LoadFailure, behind the pages.
+author::WrittenGuide writeGuide(ScriptLock& lock, const HDNTLibrary& library, const std::string& folder,
+                                const author::GuideOptions& options);
 
 struct ExportRequest {
     std::string form;

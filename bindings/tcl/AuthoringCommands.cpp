@@ -49,8 +49,14 @@ Tcl_Obj* guide(const Command& command) {
         if (which == 2) options.withParents = boolOf(value);
         if (which == 3) options.title = textOf(value);
     });
-    const std::size_t pages = scripts::writeGuide(scriptLock(), library, textOf(command.argument(1)), options);
-    return Tcl_NewWideIntObj(static_cast<Tcl_WideInt>(pages));
+    const author::WrittenGuide written =
+        scripts::writeGuide(scriptLock(), library, textOf(command.argument(1)), options);
+    return toTcl(Dict()
+                     .put("pages", written.pages)
+                     .put("drawings", written.drawings)
+                     .put("undrawn", written.undrawn)
+                     .put("left_behind", written.leftBehind)
+                     .obj());
 }
 
 Tcl_Obj* exportBlocks(const Command& command) {

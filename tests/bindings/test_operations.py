@@ -289,14 +289,17 @@ class Operations(unittest.TestCase):
             return {path.relative_to(folder): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
 
         mine, theirs = self.folder / "mine", self.folder / "theirs"
-        pages = hdnt.guide(self.library, mine, title="A book", architectures=["none"])
+        written = hdnt.guide(self.library, mine, title="A book", architectures=["none"])
         tool("guide", theirs, "-l", self.path, "--title", "A book")
         self.assertEqual(sorted(content(mine)), sorted(content(theirs)))
-        self.assertEqual(pages, sum(name.suffix == ".html" for name in content(mine)))
+        self.assertEqual(written.pages, sum(name.suffix == ".html" for name in content(mine)))
+        self.assertNotEqual(written.drawings > 0, written.undrawn != "")
+        self.assertEqual(written.left_behind, "")
         (mine / "index.html").write_text("changed")
         with self.assertRaisesRegex(hdnt.Error, "index.html' was changed since"):
             hdnt.guide(self.library, mine)
-        self.assertEqual(hdnt.guide(self.library, self.folder / "other", compare=self.library), pages + 1)
+        other = hdnt.guide(self.library, self.folder / "other", compare=self.library)
+        self.assertEqual(other.pages, written.pages + 1)
 
     def test_export_and_import_as_the_tool_does(self):
         exported = hdnt.export_blocks(self.library, "json")

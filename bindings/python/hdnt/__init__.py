@@ -16,7 +16,7 @@ import warnings as _warnings
 from . import _hdnt, _views
 from ._data import (Branch, CheckResult, Connection, DeadObjectError, Diagnostic, Difference, Error, ExpandedCall,
                     ExpandedInstance, ExpandedSignal, Expansion, Exported, Imported, Level, LoadError, LoadWarning, Location, Origin,
-                    Problem, PropertyValue, RelatedPlace)
+                    Problem, PropertyValue, RelatedPlace, WrittenGuide)
 from ._hdnt import (Block, BlockAssign, BoolConstant, Bus, Call, Connect, DoubleConstant, Expression, Function, If,
                     Instance, IntConstant, Library, Netlist, Node, Operation, Pin, PinAssign, PinRef, Property, Signal,
                     Statements, StringConstant, View, add_search_directory, architecture, common, error_count,

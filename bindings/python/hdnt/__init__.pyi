@@ -23,6 +23,7 @@ from ._data import Origin as Origin
 from ._data import Problem as Problem
 from ._data import RelatedPlace as RelatedPlace
 from ._data import PropertyValue as PropertyValue
+from ._data import WrittenGuide as WrittenGuide
 from ._visitor import Visitor as Visitor
 from ._words import Direction as _Direction
 from ._words import Maturity as _Maturity
@@ -501,7 +502,7 @@ def guide(
     title: str = ...,
     architectures: Sequence[str] = ...,
     compare: Library | None = ...,
-) -> int: ...
+) -> WrittenGuide: ...
 def export_blocks(
     library: Library,
     form: str,

@@ -130,6 +130,14 @@ class Imported(NamedTuple):
     left_out: Tuple[str, ...]  # what could not be taken over: "FILE: WHERE: why"
 
 
+class WrittenGuide(NamedTuple):
+    """What became of the pages of a library."""
+    pages: int
+    drawings: int  # of mappings
+    undrawn: str  # why there are none, when none can be drawn here; else empty
+    left_behind: str  # beside the folder, and why, when what was replaced cannot be removed; else empty
+
+
 class Origin(NamedTuple):
     """The statement something comes from, and the branch around it, by its place in the level's branches."""
     location: Optional[Location]
