@@ -22,7 +22,7 @@ using Length = std::uint64_t;
 
 enum Status : int { Well, OutOfMemory, Failed };
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef HDNT_SANITIZED
 constexpr bool reservesAddresses = true; // far more than anything takes
 #else
 constexpr bool reservesAddresses = false;

@@ -19,10 +19,8 @@ namespace {
 using hdnt::author::server::Worker;
 using Send = Worker::Send;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef HDNT_SANITIZED
 constexpr bool limitsMemory = false;
-#elif defined(__has_feature)
-constexpr bool limitsMemory = !__has_feature(address_sanitizer) && !__has_feature(thread_sanitizer);
 #else
 constexpr bool limitsMemory = true;
 #endif

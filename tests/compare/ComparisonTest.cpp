@@ -352,7 +352,7 @@ TEST(Comparison, WhatOnlyProgramsMake) {
               "nan:7ff8000000000002");
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef HDNT_SANITIZED
 constexpr size_t stackBytes = size_t{8} << 20; // instrumented frames are several times as large
 #else
 constexpr size_t stackBytes = size_t{1} << 20;

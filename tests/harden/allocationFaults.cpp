@@ -14,14 +14,6 @@
 #include <cstring>
 #include <new>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define HDNT_ONLY_NEW 1 // malloc is the sanitizer's
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define HDNT_ONLY_NEW 1
-#endif
-#endif
-
 namespace {
 
 // What these do without memory is not ours to mend: they write to address zero, or call exit().
@@ -121,7 +113,7 @@ struct FromEnvironment {
 
 } // namespace
 
-#ifdef HDNT_ONLY_NEW
+#ifdef HDNT_SANITIZED // malloc is the sanitizer's
 
 static void* newMemory(std::size_t size, std::size_t alignment, void* caller) {
     if (fails(caller)) return nullptr;

@@ -15,7 +15,7 @@
 #include <thread>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef HDNT_SANITIZED
 static constexpr bool judgesMemory = false;
 #else
 static constexpr bool judgesMemory = true;

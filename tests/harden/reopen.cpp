@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <fstream>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef HDNT_SANITIZED
 static constexpr bool judgesMemory = false; // they keep it
 #else
 static constexpr bool judgesMemory = true;

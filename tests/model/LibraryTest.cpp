@@ -60,7 +60,7 @@ TEST(Library, BlocksThatBeginWith) {
     }
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef HDNT_SANITIZED
 static size_t residentKiB() {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)

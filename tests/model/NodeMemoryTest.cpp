@@ -1,4 +1,5 @@
 // How programs may allocate model objects.
+#include "hdnt/platform/SlabMemory.internal.h"
 #include "tests/support/Library.h"
 
 #include <gtest/gtest.h>
@@ -11,13 +12,8 @@
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool ownMemory = false; // the general heap then, whose leaks the sanitizer finds
-#elif defined(__has_feature)
-constexpr bool ownMemory = !__has_feature(address_sanitizer);
-#else
-constexpr bool ownMemory = true;
-#endif
+// Else the general heap, whose leaks the sanitizer finds.
+constexpr bool ownMemory = !hdnt::platform::usesGeneralHeap;
 
 template <typename... Classes>
 constexpr bool haveEveryForm = (requires(void* address) {

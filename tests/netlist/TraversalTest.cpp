@@ -264,7 +264,7 @@ TEST(Slots, HaveTheirNumbers) {
     EXPECT_EQ(std::tuple(slotOf(&Iter::next), slotOf(&Iter::getKey), slotOf(&Iter::getVal)), std::tuple(0U, 1U, 2U));
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef HDNT_SANITIZED
 constexpr size_t stackBytes = size_t{8} << 20; // instrumented frames are several times as large
 #else
 constexpr size_t stackBytes = size_t{1} << 20;

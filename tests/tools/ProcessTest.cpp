@@ -46,7 +46,7 @@ TEST_F(ProcessTest, KilledWorkerCountsAsFailedInput) {
     EXPECT_EQ(outcome.out, "good.btl: 1 block, no errors\n2 libraries: 1 with errors\n");
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef HDNT_SANITIZED
 TEST_F(ProcessTest, MemoryRunsOutInOneWorkerOnly) {
     std::string blocks;
     for (int i = 0; i < 60000; ++i) blocks += "block \"B" + std::to_string(i) + "\" { pin \"A[99:0]\" input; }\n";

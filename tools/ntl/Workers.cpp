@@ -108,7 +108,7 @@ private:
     [[noreturn]] static void end() {
         std::cout.flush();
         std::fflush(nullptr);
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef HDNT_SANITIZED
         std::exit(EXIT_SUCCESS);
 #else
         _exit(EXIT_SUCCESS);
