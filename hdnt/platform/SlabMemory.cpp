@@ -83,12 +83,12 @@ struct alignas(64) Slab {
 /// again takes five times as long as small pages, which come from memory in use. So there is a pause when one was slow.
 class LargePages {
 public:
-    /// How often one was asked for: where texts are large, so is their model.
-    std::size_t asked() const noexcept { return asked_.load(relaxed); }
+    /// Whether one was asked for at all: where texts are large, so is their model.
+    bool wasAsked() const noexcept { return wasAsked_.load(relaxed); }
     /// Whether it is one page now, all of which is there.
     bool ask([[maybe_unused]] char* place) noexcept {
 #ifdef MADV_HUGEPAGE
-        asked_.fetch_add(1, relaxed);
+        wasAsked_.store(true, relaxed);
         if (pause_.load(relaxed) > 0) {
             pause_.fetch_sub(1, relaxed);
             return false;
@@ -117,7 +117,7 @@ private:
     static constexpr std::size_t smallPageBytes = 4096;
 
     std::atomic<int> pause_ = 0; ///< how many not to ask for
-    std::atomic<std::size_t> asked_ = 0;
+    std::atomic<bool> wasAsked_ = false;
 };
 
 constinit LargePages largePages;
@@ -238,7 +238,7 @@ private:
     Region& addRegion() {
         regions_.reserve(regions_.size() + 1);
         char* const place = mapRange();
-        const bool isLarge = regions_.size() >= mostOfSmallPages || largePages.asked() > 0;
+        const bool isLarge = regions_.size() >= mostOfSmallPages || largePages.wasAsked();
         const bool isThere = isLarge && largePages.ask(place);
         free_ += slabsInRegion;
         const auto behind =
